@@ -1,0 +1,213 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+/// The tree of one digital channel: the positions at which its level changes, in three levels of blocks.
+///
+/// The layout of these three records is read by the decoder runtime and must not change. Positions are sample indices
+/// from 0, 40 bits wide, in strictly increasing order; the last entry of a closed channel is the end mark at the
+/// capture's length. `midLast`, `leafLast` and `startLevel` exist only after SmpData::finish.
+struct SmpEdgeLeaf {
+    static constexpr int capacity = 20480; ///< even, so that a level follows from the index within the leaf alone
+    std::uint32_t posLow[capacity];        ///< low 32 bits of each position
+    std::uint8_t posHigh[capacity];        ///< high 8 bits
+    std::int32_t count;
+
+    [[nodiscard]] std::int64_t position(int index) const
+    {
+        return std::int64_t(posHigh[index]) << 32 | std::int64_t(posLow[index]);
+    }
+    void setPosition(int index, std::int64_t pos)
+    {
+        posLow[index] = std::uint32_t(pos);
+        posHigh[index] = std::uint8_t(pos >> 32);
+    }
+};
+
+struct SmpEdgeMid {
+    static constexpr int capacity = 5120;
+    SmpEdgeLeaf *leaves[capacity];
+    std::int64_t leafLast[capacity]; ///< position of the last entry of each leaf
+    std::int32_t leafCount;
+};
+
+struct SmpEdgeRoot {
+    static constexpr int capacity = 1024;
+    SmpEdgeMid *mids[capacity];
+    std::int64_t midLast[capacity]; ///< position of the last entry of each mid
+    std::int32_t midCount;
+    std::int32_t startLevel; ///< 0 or 1
+};
+
+/// One analog channel: signed bytes; sample s stands for (s + 128) * voltDiv * 10 / 255 - voltDiv * 5 millivolts.
+struct SmpAChnBuffer {
+    static constexpr int capacity = 32768;
+    std::int8_t samples[capacity];
+    std::int32_t count;
+    std::int32_t voltDiv; ///< millivolts per division
+};
+
+/// Names one entry of a channel. Its global index is root * 104857600 + mid * 20480 + leaf.
+struct SmpEdgeCursor {
+    std::int32_t root = 0;
+    std::int32_t mid = 0;
+    std::int32_t leaf = 0;
+    bool operator==(const SmpEdgeCursor &) const = default;
+};
+
+/// The surroundings of a position.
+struct SmpEdgeInfo {
+    std::int64_t prevEdge;      ///< last entry at or below the position, -1 for none
+    std::int64_t nextEdge;      ///< first entry above it; may be the end mark
+    std::int64_t afterNextEdge; ///< the entry after that, -1 for none
+    std::int32_t level;         ///< 0 or 1
+};
+
+/// A piece of a drawable line: columns x to x + width - 1.
+struct SmpWaveRun {
+    std::int32_t x;
+    std::int32_t width;
+    std::int32_t kind; ///< 0 low, 1 high, 2 a column that holds at least one transition
+};
+
+/// A point of a drawable analog line.
+struct SmpAChnPoint {
+    std::int32_t x;
+    double value; ///< millivolts
+};
+
+/// The store of one capture: for each digital channel, the sample positions at which its level changes; for each
+/// analog channel, its samples.
+///
+/// Owned by the device object, and never outlives it. One writer at a time: a capture's conversion thread, the
+/// simulated capture, or DataFile. Readers hold a SmpReadLock, which is only granted while the capture is closed;
+/// begin(), clear() and open() wait for the readers to leave before they touch anything, and after that no lock is held
+/// while a capture fills. Positions are signed 64-bit sample indices, 0 to 2^40 - 1.
+///
+/// States: empty (after the constructor or clear()), filling (after begin(), `complete` false), closed (after finish(),
+/// `complete` true).
+class SmpData {
+public:
+    static constexpr std::int64_t entriesPerMid = std::int64_t(SmpEdgeMid::capacity) * SmpEdgeLeaf::capacity;
+
+    /// Allocates no tree. Both counts are fixed for the life of the object.
+    SmpData(int chnCount, int aChnCount);
+    ~SmpData();
+    SmpData(const SmpData &) = delete;
+    SmpData &operator=(const SmpData &) = delete;
+
+    std::vector<SmpEdgeRoot *> chnRoots;   ///< `chnCount` roots; null for a channel that the capture does not have
+    std::vector<SmpAChnBuffer *> aChnBufs; ///< `aChnCount` buffers
+    std::int64_t smpCount = 0;             ///< samples stored so far; the capture's length once closed
+    std::int64_t smpFrequ = 0;             ///< sample rate of this capture, Hz
+    std::int64_t trgPos = 0;               ///< position of the trigger, 0 when there was none
+    std::int32_t zeroSmpCnt = -1;          ///< -1, or the offset of the last malformed record in its chunk
+    const std::int32_t chnCount;
+    const std::int32_t aChnCount;
+    /// True when the capture is closed and may be read. Release on set, acquire on test.
+    std::atomic<bool> complete{false};
+    std::uint32_t trgRecord = 0;           ///< number of the record that holds the trigger, from 1; 0 for none
+    std::uint64_t startLevels = 0;         ///< bit i is the level of channel i at position 0
+    std::vector<std::int32_t> slicedChn;   ///< enabled channels in ascending order, for addSliced()
+    std::vector<std::int32_t> slicedLevel; ///< last level of each channel, for addSliced()
+
+    /// `smpCount` if the capture is closed, else 0. Any thread; takes and releases the read lock.
+    [[nodiscard]] std::int64_t sampleCount() const;
+
+    // ---- life of a capture; writer only --------------------------------------------------------------------------
+
+    /// Waits for the readers, then clears `complete`: from here on no reader is admitted. Changes nothing else.
+    void open();
+    /// open(), then frees every block and credits `memBudget`; `smpCount` and `trgPos` become 0.
+    void clear();
+    /// Starts a capture. A failed allocation leaves a null channel and is not reported.
+    /// @param enable  `chnCount` flags, non-zero for a channel that is captured
+    void begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable);
+    /// Closes the capture at `endPos`: every transition at or beyond it goes, each channel ends in one end mark.
+    /// Cost: one step a leaf, and one per entry cut off.
+    void finish(std::int64_t endPos);
+    /// Appends one empty leaf, with a new mid before it when the last is full. `forced` passes over the budget.
+    /// @return false when a block cannot be had, or the budget is below 1 and `forced` is not set
+    [[nodiscard]] bool growChn(SmpEdgeRoot &root, bool forced);
+    /// Gives a channel a root with its first mid and leaf, all charged, whatever the budget.
+    /// @return null when the heap refuses; the channel then has no root
+    SmpEdgeRoot *createChn(int chn);
+
+    // ---- decoders of received data; writer only ------------------------------------------------------------------
+    // Each returns false only when the memory budget is spent: what was stored stays. Little-endian throughout.
+
+    /// Records of 4 bytes: analog 0, analog 1 (signed 8 bits each), 16 digital bits; one sample a record.
+    /// A call's analog bytes are stored from index 0 of both analog buffers: the whole capture is one chunk.
+    [[nodiscard]] bool addMixed16(std::span<const std::uint8_t> bytes, std::uint32_t &consumed);
+    /// Groups of 16 bytes: five records {word: 16 bits, count: 8 bits}, one spare byte.
+    [[nodiscard]] bool addRle16(std::span<const std::uint8_t> bytes, std::uint32_t &consumed);
+    /// Groups of 32 bytes: six records {word: 32 bits, count: 8 bits}, two check bytes whose XOR is 0xFF.
+    [[nodiscard]] bool addRle32(std::span<const std::uint8_t> bytes, std::uint32_t &consumed);
+    /// One byte a sample, bit i for channel i. `start` >= 0 marks a capture's first chunk and is its first sample.
+    [[nodiscard]] bool addBytes8(std::span<const std::uint8_t> bytes, std::int32_t start, std::int64_t &smpCountOut);
+    /// 16-bit words of the enabled channels in turn; bit k is the channel's sample k of the current 16.
+    [[nodiscard]] bool addSliced(std::span<const std::uint8_t> bytes, std::int32_t start, std::int64_t &smpCountOut);
+    /// Run widths of one channel: each is added to `pos`, where an entry is appended.
+    [[nodiscard]] bool addPulses(std::span<const std::int32_t> widths, int chn, std::int64_t &pos);
+    /// The same; with `join` and `pos` above 0 the first width lengthens the channel's last run.
+    [[nodiscard]] bool addPulsesJoin(std::span<const std::int32_t> widths, int chn, std::int64_t &pos, bool join);
+
+    // ---- queries; under a SmpReadLock (or by the writer after finish()) -------------------------------------------
+    // A channel without data gives -1.
+
+    /// The level at `pos`, or -1 when `pos` is negative or past the channel's end mark. Sets `cursor` to the first
+    /// entry above `pos` (the end mark itself for a `pos` there). `cursor` comes in as a hint: all zero, or an entry at
+    /// or before the answer. Cost: logarithmic in the distance from the hint.
+    [[nodiscard]] int locate(int chn, std::int64_t pos, SmpEdgeCursor &cursor) const;
+    /// True when an entry that is no end mark's echo stands exactly at `pos`; false outside the data.
+    [[nodiscard]] bool isEdge(int chn, std::int64_t pos) const;
+    /// The last entry at or below `pos`; -1 when none.
+    [[nodiscard]] std::int64_t prevEdge(int chn, std::int64_t pos) const;
+    /// The first entry above `pos`, which may be the end mark; -1 outside the data.
+    [[nodiscard]] std::int64_t nextEdge(int chn, std::int64_t pos) const;
+    /// The number of entries in (a, b]; -1 when either is outside the data.
+    [[nodiscard]] std::int64_t edgeCount(int chn, std::int64_t a, std::int64_t b) const;
+    /// @return 0, or -1 when `pos` is outside the data
+    [[nodiscard]] int edgeNeighbours(int chn, std::int64_t pos, SmpEdgeInfo &info) const;
+    /// The position of the entry `offset` entries from `cursor`; -1 when there is none.
+    [[nodiscard]] std::int64_t entryAt(int chn, const SmpEdgeCursor &cursor, std::int64_t offset = 0) const;
+    /// The position of the channel's end mark; -1 for no data.
+    [[nodiscard]] std::int64_t lastPosition(int chn) const;
+    /// The channel's entries, the end mark included; 0 for no data. Cost: one step a mid.
+    [[nodiscard]] std::int64_t entryCount(int chn) const;
+
+    /// One view line. `start` is the position of column 0, `step` the samples per column (above 0).
+    /// @param out  room for `width` records; never more are written
+    /// @return the records written, -1 for no data or a start outside it. Cost: follows `width`, not the data.
+    [[nodiscard]] int waveRuns(int chn, double start, double step, int width, SmpWaveRun *out) const;
+    /// One analog line, one sample a column. @return the points written into `out` (room for `width`)
+    [[nodiscard]] int aChnPoints(int aChn, double start, double step, int width, SmpAChnPoint *out) const;
+
+private:
+    friend class SmpReadLock;
+    mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0
+};
+
+/// Admission to read a capture. Holds while it lives; false when there is no closed capture to read.
+///
+/// Keep it for one event handler or one frame, never across a return to the event loop or a call that starts, clears or
+/// loads a capture: that writer waits for it. Any thread, lock-free; may nest (an inner one is refused as soon as a
+/// writer waits, the outer one stays good).
+class SmpReadLock {
+public:
+    /// `data` may be null: then refused.
+    explicit SmpReadLock(const SmpData *data);
+    ~SmpReadLock();
+    SmpReadLock(const SmpReadLock &) = delete;
+    SmpReadLock &operator=(const SmpReadLock &) = delete;
+    explicit operator bool() const { return m_data != nullptr; }
+
+private:
+    const SmpData *m_data; ///< null when refused
+};

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QByteArray>
+#include <QRect>
+#include <QString>
+#include <QVector>
+
+/// The config document: every persistent setting of the program, one XML tree in memory.
+///
+/// Values are text: decimal numbers, comma lists without blanks. The same document is the settings file (.cxset) and
+/// the head of each data file (.cxdat), see docs/formats.md. Reading a key that does not exist adds an empty element
+/// for it: that is part of the format.
+///
+/// Main thread only: nothing guards the tree. No operation of this header shows a message.
+
+/// Loads "lux.config", or sets the template when that file is missing or malformed. Creates the directory.
+void configLoad();
+
+/// The path of "lux.config". The directory may not exist yet.
+[[nodiscard]] QString configPath();
+
+/// Writes the whole document to `path`: UTF-8, indented by 4, text mode, truncated.
+/// @return false if the file cannot be opened or not all of it could be written
+bool configSave(const QString &path);
+
+/// Replaces the document by a settings block and reloads the view options; `version`, `userLang`, `lastPath` and
+/// `lastUpdate` keep their running values.
+/// @return false if `bytes` do not parse; the tree is then undefined and the caller runs configLoad()
+[[nodiscard]] bool configReplace(const QByteArray &bytes);
+
+/// Extracts the settings block, with the line ends behind it, from the first 32,768 bytes of a data or settings file.
+/// Its size is the offset of the binary part.
+/// @return false if the file cannot be read or holds no whole block there; `block` is then empty
+[[nodiscard]] bool configHeadOfFile(const QString &path, QByteArray &block);
+
+/// Reads `viewState`, `disAnimateZoom` and `colorWaveform` (Globals.h) from the document.
+void viewOptionsLoad();
+
+QString globalGet(const QString &key);
+void globalSet(const QString &key, const QString &value);
+
+/// Settings of one model. `model` is the model's name, such as "RV2420".
+QString deviceGet(const QString &model, const QString &key);
+void deviceSet(const QString &model, const QString &key, const QString &value);
+
+void analyzersClear();
+void analyzerPut(int index, const QString &fileName, const QString &parameters, const QString &format);
+/// The text of every child of every analyzer, in document order, each followed by ";".
+QString analyzersAll();
+
+/// Splits `value` at commas (empty parts are left out) and stores at most `capacity` integers (QString::toInt).
+/// @return how many were stored; an empty `value` stores nothing
+int intListGet(const QString &value, int *array, int capacity);
+QString intListPut(const int *array, int count);
+int boolListGet(const QString &value, bool *array, int capacity);
+QString boolListPut(const bool *array, int count);
+
+/// `flags` comes in sized to the model's channels and filled with the defaults; `analog` selects the analog key.
+void chnEnableGet(const QString &model, QVector<bool> &flags, bool analog);
+void chnEnablePut(const QString &model, const QVector<bool> &flags, bool analog);
+/// `kinds` comes in sized to the model's channels; kinds above 4 read as 0, negative ones stay.
+void chnTrigGet(const QString &model, QVector<int> &kinds, bool analog);
+void chnTrigPut(const QString &model, const QVector<int> &kinds, bool analog);
+
+/// The row of each of `count` digital channels: always a permutation of 0 to `count` - 1.
+QVector<int> chnShowIndexGet(int count);
+void chnShowIndexPut(const QVector<int> &order);
+/// The height factor of each of `count` digital channels: 1, 2, 4 or 8.
+QVector<int> chnShowMultipGet(int count);
+void chnShowMultipPut(const QVector<int> &factors);
+/// The user's name of a digital channel, or the default one: "Channel" translated, a blank, the index.
+QString chnShowNameGet(int index);
+/// At most `count` stored positions of the analog tags.
+QVector<int> AChnHorLabelPosGet(int count);
+
+/// The main window's geometry: the stored one if enough of it lies in `available`, else the default.
+QRect windowPositionGet(const QRect &available);
+void windowPositionSet(const QRect &rect);

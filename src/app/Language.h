@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+/// The language document: English text to translation, one XML file per language, see docs/formats.md.
+///
+/// Loaded once at start on the main thread and never changed afterwards, so the look-ups may be called from any thread.
+/// A text without an entry comes back as it is. A missing or malformed file gives English, silently.
+
+/// One language of the menu.
+struct LanguageInfo {
+    QString code; ///< such as "de"
+    QString name; ///< the menu entry
+    QString info; ///< the text of the restart notice
+};
+
+/// Reads "userLang" (or sets it from the system's locale) and loads that language's file.
+void languageLoad();
+
+/// The directory of the language files: "/Language/" below the program's own.
+[[nodiscard]] QString languageDirectory();
+
+/// The translation of an English text; the look-up ignores case. Within QObject classes call it as `::tr`.
+QString tr(const QString &text);
+QString tr(const char *text);
+
+/// The same for a text of the analyzer `className`; a leading number stays as it is.
+QString trAnalyzer(const QString &text, const QString &className);
+
+/// The text of the head's child `tag`; empty when absent.
+QString languageHead(const QString &tag);
+
+/// All languages for the menu, "en-US" first. Reads the directory anew.
+QVector<LanguageInfo> languageList();
