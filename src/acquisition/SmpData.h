@@ -191,7 +191,30 @@ public:
 
 private:
     friend class SmpReadLock;
+    class Tails; ///< the leaves that a decoder appends to
+
+    /// What a decoder of the device's records keeps between two calls.
+    struct RecordState {
+        std::uint32_t word = 0;    ///< the last record's digital bits
+        std::uint64_t records = 0; ///< records since the capture's start
+    };
+
+    void freeChannel(int chn);
+    void closeChannel(SmpEdgeRoot &root, int level);
+    [[nodiscard]] SmpEdgeLeaf *writableLeaf(SmpEdgeRoot &root);
+    [[nodiscard]] const SmpEdgeRoot *tree(int chn) const;
+    void startRecords(RecordState &state, std::uint32_t firstWord);
+    [[nodiscard]] bool addRecord(Tails &tails, RecordState &state, std::uint32_t word, std::int64_t samples);
+    void firstSlices(std::span<const std::uint8_t> bytes);
+
     mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0
+    std::vector<std::uint8_t> m_enabled;   ///< flags of begin(): also channels whose root the heap refused
+    RecordState m_mixed16;
+    RecordState m_rle16;
+    RecordState m_rle32;
+    std::uint8_t m_lastByte = 0; ///< addBytes8
+    int m_slot = 0;              ///< addSliced: index in `slicedChn` of the next word's channel
+    int m_slotCount = 0;         ///< addSliced: channels that take turns
 };
 
 /// Admission to read a capture. Holds while it lives; false when there is no closed capture to read.

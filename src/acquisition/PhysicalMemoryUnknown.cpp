@@ -1,0 +1,6 @@
+#include "acquisition/PhysicalMemory.h"
+
+std::int64_t physicalMemoryBytes()
+{
+    return 0;
+}
