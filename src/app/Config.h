@@ -33,6 +33,10 @@ bool configSave(const QString &path);
 /// @return false if the file cannot be read or holds no whole block there; `block` is then empty
 [[nodiscard]] bool configHeadOfFile(const QString &path, QByteArray &block);
 
+/// Size in bytes of the settings block at the start of `head`, with the line ends behind it; 0 if `head` holds no whole
+/// block in its first 32,768 bytes. Pure, any thread.
+[[nodiscard]] int configHeadSize(const QByteArray &head);
+
 /// Reads `viewState`, `disAnimateZoom` and `colorWaveform` (Globals.h) from the document.
 void viewOptionsLoad();
 

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QVector>
 
+class QLocale;
+
 /// The language document: English text to translation, one XML file per language, see docs/formats.md.
 ///
 /// Loaded once at start on the main thread and never changed afterwards, so the look-ups may be called from any thread.
@@ -17,6 +19,12 @@ struct LanguageInfo {
 
 /// Reads "userLang" (or sets it from the system's locale) and loads that language's file.
 void languageLoad();
+
+/// The same with the files of `directory` and for the locale `system`.
+void languageLoadFrom(const QString &directory, const QLocale &system);
+
+/// The language for a first start under `locale`: "zh-TW", "zh-CN" or "en-US".
+[[nodiscard]] QString languageOfLocale(const QLocale &locale);
 
 /// The directory of the language files: "/Language/" below the program's own.
 [[nodiscard]] QString languageDirectory();
@@ -33,3 +41,6 @@ QString languageHead(const QString &tag);
 
 /// All languages for the menu, "en-US" first. Reads the directory anew.
 QVector<LanguageInfo> languageList();
+
+/// The same for the files of `directory`.
+QVector<LanguageInfo> languageListFrom(const QString &directory);
