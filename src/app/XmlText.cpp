@@ -1,14 +1,26 @@
 #include "app/XmlText.h"
 
 #include <QFile>
+#include <QTextCodec>
 #include <QXmlStreamReader>
 
 namespace {
 
-/// Reads to the end without building anything.
-bool withinLimits(const QByteArray &bytes)
+/// The text of a document: by its byte order mark, by the encoding that it declares, or UTF-8. Decoded once, so that
+/// the check and the tree cannot see two different texts.
+QString decoded(const QByteArray &bytes)
 {
     QXmlStreamReader reader(bytes);
+    reader.readNext();
+    QTextCodec *declared = QTextCodec::codecForName(reader.documentEncoding().toString().toLatin1());
+    QTextCodec *codec = declared != nullptr ? declared : QTextCodec::codecForName("UTF-8");
+    return QTextCodec::codecForUtfText(bytes, codec)->toUnicode(bytes);
+}
+
+/// Reads to the end without building anything.
+bool withinLimits(const QString &text)
+{
+    QXmlStreamReader reader(text);
     int depth = 0;
     int elements = 0;
     while (!reader.atEnd()) {
@@ -49,7 +61,11 @@ bool isAllowed(ushort unit)
 
 bool xmlParse(QDomDocument &document, const QByteArray &bytes)
 {
-    return bytes.size() <= xmlMaxBytes && withinLimits(bytes) && document.setContent(bytes, false);
+    if (bytes.size() > xmlMaxBytes) {
+        return false;
+    }
+    const QString text = decoded(bytes);
+    return withinLimits(text) && document.setContent(text, false);
 }
 
 bool xmlParseFile(QDomDocument &document, const QString &path)
