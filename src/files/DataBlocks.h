@@ -1,0 +1,85 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <span>
+
+class QIODevice;
+class SmpData;
+
+/// The binary part of a data file (.cxdat) as bytes: its records, and the way between them and the store of a capture.
+///
+/// docs/formats.md tells the layout. Nothing here knows threads, dialogs or the settings in front of the binary part:
+/// the caller hands in a device that stands at the right place. Free functions without state; any thread, as long as
+/// nobody else uses the device, and as long as the rules of SmpData for one writer or for readers are kept.
+
+/// The largest number that the 5-byte fields hold.
+inline constexpr std::int64_t dataFileMax = (std::int64_t(1) << 40) - 1;
+
+/// The head of the binary part.
+struct DataFileHead {
+    static constexpr int size = 40; ///< bytes
+    std::int64_t smpCount = 0;      ///< samples in the file, 0 to dataFileMax
+    std::int64_t smpFrequ = 0;      ///< Hz, 0 to dataFileMax
+    std::int64_t trgPos = 0;        ///< from the first sample of the file; may lie behind the last one
+    std::int32_t chnCount = 0;      ///< digital channels of the model, 0 to 255
+    bool operator==(const DataFileHead &) const = default;
+};
+
+/// The head of one channel's block.
+struct DataBlockHead {
+    static constexpr int size = 16; ///< bytes
+    std::int32_t chn = 0;           ///< from 0 to 255
+    std::int32_t level = 0;         ///< at the first sample, 0 or 1
+    std::int64_t entryCount = 0;    ///< entries that follow, 0 to dataFileMax
+    bool operator==(const DataBlockHead &) const = default;
+};
+
+/// Bytes of one entry.
+inline constexpr int dataEntrySize = 5;
+/// Bytes that are read at once at most: 40,960 entries.
+inline constexpr int dataReadPiece = 204'800;
+/// A piece goes out as soon as it holds this many bytes: 40,956 entries.
+inline constexpr int dataWritePiece = 204'780;
+
+[[nodiscard]] std::array<std::uint8_t, DataFileHead::size> encodeFileHead(const DataFileHead &head);
+/// @return false if the bytes do not begin with the file's mark; `head` is then unchanged. The bytes that are to be
+/// zero are not looked at.
+[[nodiscard]] bool decodeFileHead(std::span<const std::uint8_t, DataFileHead::size> bytes, DataFileHead &head);
+[[nodiscard]] std::array<std::uint8_t, DataBlockHead::size> encodeBlockHead(const DataBlockHead &head);
+/// @return false if the bytes do not begin with the block's mark; `head` is then unchanged. A level byte other than 0
+/// reads as 1.
+[[nodiscard]] bool decodeBlockHead(std::span<const std::uint8_t, DataBlockHead::size> bytes, DataBlockHead &head);
+
+/// How a job on the blocks ended.
+enum class DataBlocksResult {
+    Done,
+    HeadRefused, ///< reading only: no head, or that of another model; nothing was changed
+    Failed,      ///< malformed, cut short, a device error or no memory; what was stored or written so far stays
+    Stopped      ///< the hook said so
+};
+
+/// Called after each piece; false stops the job. May be empty.
+/// @param done  reading: the device's position, bytes; writing: entries written so far, over all channels
+using DataPieceHook = std::function<bool(std::int64_t done)>;
+
+/// Reads head and blocks from the device's position to its end into `data`, which is opened and cleared once the head
+/// has been accepted, and is left open (not `complete`): the caller finishes or clears it.
+///
+/// The numbers in the file are not trusted: nothing is allocated before the bytes for it have been read. Entries at or
+/// behind `smpCount` are legal here, since closing the capture cuts them off; entries out of order are not.
+/// Cost: one step an entry. Waits for the readers of the store.
+[[nodiscard]] DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPieceHook &afterPiece = {});
+
+/// What writeDataBlocks() writes.
+struct DataSelection {
+    const std::uint8_t *chnSelect = nullptr; ///< one flag per digital channel; null for none
+    std::int64_t posStart = 0;               ///< first sample
+    std::int64_t posEnd = 0;                 ///< last sample, inclusive
+};
+
+/// Writes head and blocks of a range of a closed capture at the device's position. The caller holds a SmpReadLock.
+/// What a device keeps in a buffer of its own is the caller's to flush. Cost: one step an entry.
+[[nodiscard]] DataBlocksResult writeDataBlocks(QIODevice &device, const SmpData &data, const DataSelection &selection,
+                                               const DataPieceHook &afterPiece = {});
