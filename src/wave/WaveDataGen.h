@@ -1,25 +1,20 @@
 #pragma once
 
 #include "acquisition/SmpData.h"
+#include "wave/TimeAxis.h"
+#include "wave/TimeTicks.h"
+#include "wave/WaveFrame.h"
 
+#include <QFont>
 #include <QStringList>
 #include <QThread>
 #include <QVector>
 
-#include <array>
-#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <span>
-#include <vector>
-
-/// One mark of the time ruler.
-struct TimeTick {
-    std::int32_t x;    ///< logical pixel
-    std::int32_t kind; ///< 0 absolute label on a decade tick, 1 relative label
-    char text[32];     ///< NUL-terminated
-};
 
 /// The view's time window, and the lines that the items draw: computed once a frame, in place.
 ///
@@ -27,42 +22,61 @@ struct TimeTick {
 /// worker thread of its own for animated zooms. The GUI and the worker never share a buffer: the worker computes whole
 /// frames (window, lines, ticks) and hands them over; the GUI takes the newest one on its own thread before
 /// sigViewRefresh. A call on the main thread that changes the window computes its frame at once and makes what the
-/// worker may still be computing void.
+/// worker may still be computing void. An animation that is under way then goes on from the new window with the frames
+/// that it has left, unless the call ends in a settle, which takes the animation's place.
 class WaveDataGen : public QThread {
     Q_OBJECT
 public:
+    /// Starts the worker thread.
     explicit WaveDataGen(QObject *parent = nullptr);
+    /// Ends the worker thread, also in the middle of an animation, and waits for it.
     ~WaveDataGen() override;
 
-    static constexpr int animStepCount = 7;  ///< frames of an animated zoom
-    static constexpr double minRatio = 0.01; ///< samples per pixel
+    static constexpr int animStepCount = TimeAxis::animStepCount; ///< frames of an animated zoom
+    static constexpr double minRatio = TimeAxis::minRatio;        ///< samples per pixel
+    static constexpr int maxViewWidth = 65536;                    ///< logical pixels, far beyond any screen
 
     // ---- main thread ---------------------------------------------------------------------------------------------
     [[nodiscard]] double ratioSasPix() const; ///< samples per logical pixel of the frame that is shown
     [[nodiscard]] double viewStart() const;   ///< sample position of logical pixel 0 of the frame that is shown
     [[nodiscard]] int viewWidth() const;      ///< logical pixels
 
-    /// Null while the device object is being replaced: waits until the worker has let go of the former source.
+    /// Null while the device object is being replaced: waits until the worker has let go of the former source. Ends an
+    /// animation. The view has no columns until the next setViewWidth(); the window stays.
     void setDataSource(const SmpData *source);
     /// False for the mixed-signal model, whose window may lie past its data.
     void setClampToData(bool clamp);
-    /// The rate of the ruler while an analog model has no capture, Hz.
+    /// The rate of the ruler while an analog model has no capture, Hz. Seen by the next frame.
     void setSampleRateHz(std::int64_t rate);
+    /// Takes the memory of all frames and empties the lines; updateLines() fills them. Widths are cut to 0 to
+    /// maxViewWidth. Waits for the worker to leave the frame that it computes; an animation goes on at the new width.
     void setViewWidth(int width);
 
+    /// Computes the lines and ticks of the present window anew. Emits nothing.
     void updateLines();
+    /// A capture or a file has delivered data: places the window by `viewState`.
     void dataReady();
+    /// The whole capture fills the view.
     void zoomFit();
+    /// One sample per pixel, the trigger in the middle.
     void zoomToTrigger();
+    /// Twice as near, or as far, about column `x`: animated, unless `disAnimateZoom`.
     void zoomInAt(int x);
     void zoomOutAt(int x);
+    /// The ratio times 0.9, or 1.1, about the middle column.
     void zoomStepIn();
     void zoomStepOut();
+    /// The ratio, within its limits, about the middle column.
     void zoomSetRatio(double ratio);
+    /// Samples a to b fill the middle half of the view.
     void zoomToRange(double a, double b);
+    /// Scrolls. What lies past the data springs back 100 ms later.
     void setViewStart(double start);
+    /// The channel's last edge at or before the window's start comes to the middle column; the data's start for none.
     void jumpPrevEdge(int chn);
+    /// The channel's first edge after the window comes to the middle column; the data's end for none.
     void jumpNextEdge(int chn);
+    /// After a change of the view's width, on a model with analog channels.
     void setRatioKeepStart(double ratio);
 
     /// The last frame has been painted: an animation may go on.
@@ -73,17 +87,94 @@ public:
     [[nodiscard]] std::span<const SmpWaveRun> digLine(int chn) const;
     [[nodiscard]] std::span<const SmpAChnPoint> aChnLine(int chn) const;
     [[nodiscard]] std::span<const TimeTick> timeTicks() const;
+    /// The measured values of an analog channel as one text; empty for none.
     [[nodiscard]] QString aChnParamText(int chn) const;
+    /// The probe factor of an analog channel, for its measured values.
     void setAChnProbe(int chn, int factor);
+    /// 1 until set.
+    [[nodiscard]] int aChnProbe(int chn) const;
 
 signals:
     /// The lines have changed. `decRefresh` asks also for the decoded results, which are spared on frames between.
     /// Emitted on the main thread.
     void sigViewRefresh(bool decRefresh);
     void sigParameterRefreshAch();
+    /// The worker has handed over a frame; reaches the main thread through its event loop.
+    void frameReady(QPrivateSignal);
 
 protected:
     void run() override;
+
+private:
+    enum class AnimMode { zoomIn, zoomOut, settle };
+
+    /// What the worker is asked for: the latest request is what its next round sees.
+    struct Animation {
+        AnimMode mode = AnimMode::zoomIn;
+        int steps = 0;             ///< frames still to produce; the worker sleeps while it is below 1
+        int done = 0;              ///< frames produced since `base`; 0 takes the present window as base
+        int focusX = 0;            ///< logical pixel held still during a zoom
+        TimeWindow base;           ///< window that the zoom's frames are reckoned from
+        std::uint64_t request = 0; ///< raised by every request
+    };
+
+    /// A frame that the worker makes without the lock, and what tells whether it is still wanted.
+    struct FrameJob {
+        WaveInput input;
+        Animation animation;
+        std::uint64_t generation = 0;
+    };
+
+    using Lock = std::unique_lock<std::mutex>;
+    using Clock = std::chrono::steady_clock;
+
+    // main thread
+    [[nodiscard]] const TimeWindow &window() const { return m_front.window(); }
+    [[nodiscard]] std::int64_t sampleCount() const;
+    void showWindow(const TimeWindow &window);
+    void refresh(const TimeWindow &window);
+    void settle();
+    void animate(AnimMode mode, int x);
+    void zoomAt(AnimMode mode, int x);
+    void placeCapture();
+    void updateMetrics();
+    void takeFrame();
+    void resizeFrames();
+    void dropFrames();
+
+    // worker
+    void request(AnimMode mode, int steps, int focusX);
+    [[nodiscard]] bool waitForSettle(Lock &lock);
+    [[nodiscard]] bool waitForAck(Lock &lock);
+    void produceFrame(Lock &lock);
+    void publish(const FrameJob &job, bool atLimit);
+    void pace(Lock &lock, Clock::time_point begun);
+    [[nodiscard]] TimeAxis::Settled settled(Lock &lock);
+
+    WaveFrame m_front; ///< main thread: what the items draw
+    QStringList m_aChnParamTexts;
+    QVector<int> m_aChnProbes;
+    std::int64_t m_lastTriggerPos = 0; ///< of the capture that was placed last
+    bool m_placementDue = false;       ///< a capture came while the view had no columns
+    QFont m_metricsFont;               ///< that m_input.metrics are of
+    int m_metricsDpi = 0;
+
+    mutable std::mutex m_mutex;         ///< guards all below; never held while computing, emitting or calling out
+    std::condition_variable m_wake;     ///< for the worker: a request, an acknowledgement, the end
+    std::condition_variable m_released; ///< for the main thread: m_computing has become false
+    bool m_quitting = false;
+    bool m_computing = false;  ///< the worker reads the source and writes m_back
+    bool m_frameAck = false;   ///< the last frame has been painted
+    bool m_clampToData = true; ///< the window is pulled back into the data after a change
+    int m_width = 0;           ///< written by the main thread only
+    WaveInput m_input;         ///< source written by the main thread only; window: of the newest frame
+    Animation m_animation;
+    std::uint64_t m_generation = 0; ///< raised by what makes a frame in the making void
+    WaveFrame m_back;               ///< the worker's, while m_computing
+    WaveFrame m_ready;              ///< handed over, not yet taken
+    bool m_hasReady = false;        ///< m_ready is newer than what is shown
+    bool m_refreshDue = false;      ///< frameReady is under way
+    bool m_decRefreshDue = false;
 };
 
 /// The one generator, for items and panels. Set by the constructor, cleared by the destructor.
