@@ -1,0 +1,26 @@
+# shellcheck shell=bash
+# What the commands of this folder share. To be sourced; `root` is the checkout, whatever the current directory is.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() {
+    printf '== %s\n' "$*"
+}
+
+# configure PRESET FOLDER [CMAKE-OPTION...]: FOLDER is below the checkout.
+configure() {
+    local preset=$1 folder=$2
+    shift 2
+    local launcher=()
+    if command -v ccache >/dev/null; then
+        launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    fi
+    cmake -S "$root" -B "$root/$folder" --preset "$preset" "${launcher[@]}" "$@"
+}
+
+# build FOLDER [CMAKE-BUILD-OPTION...]
+build() {
+    local folder=$1
+    shift
+    cmake --build "$root/$folder" --parallel "$(nproc)" "$@"
+}
