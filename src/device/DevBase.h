@@ -12,7 +12,7 @@
 #include <array>
 #include <cstdint>
 
-class DevControl;
+struct SmpConfig;
 
 /// How many digital channels may run at which rate.
 struct ChnRateLimit {
@@ -25,16 +25,15 @@ struct ChnRateLimit {
 ///
 /// Reached through `gDev`; made and deleted on the main thread, never held across events. Without an instrument
 /// `connected` is false, the settings still work and a capture runs simulated. Settings operations run on the main
-/// thread between captures, and save their value in the model's configuration node at once; a value out of range falls
-/// back silently and returns false.
+/// thread, and save their value in the model's configuration node at once; a value out of range falls back silently and
+/// returns false. A capture takes its settings when it starts. What goes to an instrument passes through devControl().
 class DevBase : public SmpHost {
     Q_OBJECT
 public:
     DevBase();
     ~DevBase() override;
 
-    // ---- the model
-    // ---------------------------------------------------------------------------------------------------
+    // ---- the model -------------------------------------------------------------------------------------------------
     std::int32_t model = 0;        ///< model code, the value of "devModel"
     QString name;                  ///< model name and configuration node
     std::int32_t memSize = 0;      ///< bytes of sample memory in the device, 0 for streaming models
@@ -55,8 +54,7 @@ public:
     std::int32_t smpFrequDefault = 0;
     std::int32_t smpDepthDefault = 0;
 
-    // ---- the user's choice
-    // -------------------------------------------------------------------------------------------
+    // ---- the user's choice -----------------------------------------------------------------------------------------
     QVector<bool> chnEnable;  ///< digital channels in use; its size is the model's channel count
     QVector<bool> aChnEnable; ///< analog channels in use
     QVector<int> chnTrig;     ///< 0 none, 1 low, 2 high, 3 rising, 4 falling
@@ -73,46 +71,73 @@ public:
     [[nodiscard]] bool hasFeature(int value) const { return features.contains(value); }
     [[nodiscard]] bool isAnalogModel() const { return model == 97; }
 
+    // Each is saved at once. A channel that the model does not have is ignored.
+
+    /// Takes a rate, and turns off enabled channels that it does not allow, with their triggers.
+    /// @return false for an index out of range: the model's default is taken
     bool setSmpFrequIndex(int index);
+    /// @return false for an index out of range: the model's default is taken
     bool setSmpDepthIndex(int index);
+    /// @return false outside 0 to 99: 5 is taken
     bool setTrgPosition(int percent);
+    /// Takes the channels in use and clears the triggers of the others. Brings the rate down to what all channels of
+    /// the model could sustain, however few are in use. Channels beyond the end of `list` stay as they are.
     void setChnEnable(const QVector<bool> &list);
     void setAChnEnable(const QVector<bool> &list);
+    /// An edge (3, 4) clears every other edge, digital or analog. A code outside 0 to 4 is taken as 0.
     void setChnTrig(int chn, int code);
     void setAChnTrig(int chn, int code);
     void setAChnProbe(int chn, int value);
     void setAChnReverse(int chn, bool value);
     void setAChnCouple(int chn, int value);
-    void setAChnVoltDiv(int chn, int value);
+    void setAChnVoltDiv(int chn, int value); ///< millivolts
 
-    [[nodiscard]] std::int64_t smpFrequ() const; ///< Hz
-    [[nodiscard]] std::int64_t smpDepth() const; ///< samples
-    [[nodiscard]] int chnEnableCount() const;
+    [[nodiscard]] std::int64_t smpFrequ() const; ///< Hz; 0 without a model
+    [[nodiscard]] std::int64_t smpDepth() const; ///< samples; 0 without a model
+    [[nodiscard]] int chnEnableCount() const;    ///< digital channels in use
+    /// The channels that may run at `rate` (Hz); 0 for a rate that none may run at.
     [[nodiscard]] int maxChnForFrequ(std::int64_t rate) const;
+    /// The fastest rate in Hz of so many channels; 0 for more than the model has.
     [[nodiscard]] std::int64_t maxFrequForChn(int channels) const;
+    /// The index of that rate; 0 when it is not offered.
     [[nodiscard]] int frequIndexForChn(int channels) const;
-    [[nodiscard]] QStringList smpFrequTexts() const;
-    [[nodiscard]] QStringList smpDepthTexts() const;
+    [[nodiscard]] QStringList smpFrequTexts() const; ///< such as "62.5 MHz", one for each rate
+    [[nodiscard]] QStringList smpDepthTexts() const; ///< such as "200 M* Samples", one for each depth offered
+    /// The samples to keep before the trigger: 0 when no digital channel has one.
     [[nodiscard]] std::int64_t preTrigSamples() const;
+    /// The settings as an instrument wants them for its next capture.
+    [[nodiscard]] SmpConfig smpConfig() const;
 
-    // ---- run control; main thread
-    // ------------------------------------------------------------------------------------
-    /// Starts one capture. Returns at once; sigSmpSta and sigSmpDataReady tell the rest.
+    // ---- run control; main thread ----------------------------------------------------------------------------------
+    /// Starts one capture, unless one is running. Returns at once; sigSmpSta and sigSmpDataReady tell the rest. A
+    /// simulated capture admits no reader from here on: it waits for those who still read the last one.
     void startCapture();
-    /// Asks the running capture to end; what has been captured is kept.
+    /// Asks the running capture to end; what has been captured is kept. Does not wait.
     void stopCapture();
+    /// Ends a simulated capture without publishing its data, and waits for its thread. For who takes away what the run
+    /// needs, such as the source of its data. Harmless without a capture.
+    void endCapture();
 
+    // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, and then may
+    // block for a control transfer. Nothing is reported.
     void setPwmEnable(bool on0, bool on1);
+    /// Limits `frequ` to 0.1 to 2e7 Hz and `duty` to 0 to 100 percent. Ignored for an output other than 0 and 1.
     void setPwm(int output, double frequ, double duty);
+    /// Runs output 0 at 1 kHz and output 1 at 100 kHz, both at half duty.
     void resetPwm();
+    /// The input threshold. Index 1: all channels, or 0 to 15 of 32; index 2: 16 to 31; others are ignored.
+    void setVth(double volts, int index);
+    /// Sends the stored threshold of the first group, 1.65 V if none is stored.
     void loadVth();
     /// Tells a connected instrument that the program goes away.
     void shutDown();
 
-    /// Loads the model's settings from the configuration.
+    /// Loads the model's settings from the configuration. What it holds may be wrong in any way.
     void loadConfig();
 
-    /// Called at the end of bring-up with the identity block. @return 0 connected, else an error code
+    /// Called at the end of bring-up with the identity block; bytes that it lacks count as 0. May block for some
+    /// control transfers. Main thread.
+    /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
     virtual int initDevice(const QByteArray &identity);
 
     SmpSimulate thrSimulate{*this};
@@ -125,9 +150,31 @@ signals:
     void sigCaptureStarts();
 
 protected:
-    /// Fills `chnRateLimits` and sets `transferMode`. After `smpFrequs` and `chnEnable` are filled.
+    static constexpr int errWrongModel = 11;
+    static constexpr int errNotReady = 12;
+
+    /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.
     void initRateLimits(int mode);
+
+    // The steps of initDevice(), for models that differ in one of them.
+    [[nodiscard]] static std::uint8_t identityByte(const QByteArray &identity, int index);
+    [[nodiscard]] bool namesThisModel(const QByteArray &identity) const;
+    void readClocks(const QByteArray &identity);
+    /// @return 0, or the error code of an instrument that cannot be read or is not ready
+    [[nodiscard]] int checkReady();
+    /// Reads the identity, which may fail, and sets `connected`.
+    void finishInit();
+    /// Streaming models: tells the transport the present rate of data.
+    void tuneChunkSize();
+
+private:
+    void startHardware();
+    void loadAnalogConfig();
+    void saveChnEnable();
+    void saveChnTrig();
+    void saveAChnTrig();
 };
 
-/// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread between captures.
+/// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated
+/// capture runs: DevBase::endCapture() sees to that.
 extern SimulationSource *gSimulationSource;

@@ -1,0 +1,190 @@
+#include "device/DevBase.h"
+
+#include "app/Config.h"
+#include "device/DevControl.h"
+
+#include <algorithm>
+#include <cmath>
+
+SimulationSource *gSimulationSource = nullptr;
+
+namespace {
+
+constexpr int identityNameSize = 6;
+constexpr int uidSize = 8;
+constexpr std::uint16_t readyMask = 0x8F00;
+constexpr std::uint16_t readyValue = 0x8500;
+constexpr double defaultVth = 1.65; // volts
+
+} // namespace
+
+DevBase::DevBase() : devUid(uidSize, '\0')
+{
+    smpDepths = {20000,     200000,    1000000,   2000000,    5000000,    10000000,   20000000,   50000000,
+                 100000000, 200000000, 500000000, 1000000000, 2000000000, 5000000000, 10000000000};
+    resetPwm();
+}
+
+DevBase::~DevBase()
+{
+    // The thread writes the store and emits through this object: it goes first.
+    endCapture();
+    if (smpData) {
+        smpData->clear();
+    }
+}
+
+void DevBase::startCapture()
+{
+    if (!smpData || thrSimulate.isBusy() || devControl().isRunning()) {
+        return;
+    }
+    emit sigCaptureStarts();
+    smpStop.store(false, std::memory_order_release);
+    if (connected) {
+        startHardware();
+        return;
+    }
+    smpData->open(); // here, so that nobody reads the last capture between now and the thread's start
+    SimulationSettings settings;
+    settings.frequency = smpFrequ();
+    settings.depth = smpDepth();
+    settings.enable.assign(chnEnable.cbegin(), chnEnable.cend());
+    thrSimulate.startRun(settings, gSimulationSource);
+}
+
+void DevBase::startHardware()
+{
+    devControl().sendSmpConfig(smpConfig());
+    if (const int error = devControl().startRun(transferMode == 1); error != 0) {
+        smpSta.store(0, std::memory_order_relaxed);
+        emit sigSmpSta(0, error, 0);
+    }
+}
+
+void DevBase::stopCapture()
+{
+    // One control transfer stops the instrument, so that the order of the two steps makes no difference to it.
+    smpStop.store(true, std::memory_order_release);
+    thrSimulate.wake();
+    if (connected && devControl().isRunning()) {
+        devControl().stopDevice();
+    }
+}
+
+void DevBase::endCapture()
+{
+    thrSimulate.abort.store(true, std::memory_order_release);
+    thrSimulate.wake();
+    thrSimulate.wait();
+}
+
+void DevBase::setPwmEnable(bool on0, bool on1)
+{
+    pwmEnable = {on0, on1};
+    if (connected) {
+        devControl().sendPwmEnable(std::uint8_t((on0 ? 1 : 0) | (on1 ? 2 : 0)));
+    }
+}
+
+void DevBase::setPwm(int output, double frequ, double duty)
+{
+    if (output < 0 || output > 1) {
+        return;
+    }
+    const auto index = std::size_t(output);
+    // fmax and fmin, unlike clamp, turn what is no number into a limit.
+    pwmFrequ[index] = std::fmin(std::fmax(frequ, 0.1), 2e7);
+    pwmDuty[index] = std::fmin(std::fmax(duty, 0.0), 100.0);
+    if (!connected) {
+        return;
+    }
+    const PwmCounts counts = pwmCounts(pwmClock, pwmFrequ[index], pwmDuty[index]);
+    pwmFrequ[index] = counts.frequ;
+    pwmDuty[index] = counts.duty;
+    devControl().sendPwm(output, counts.period, counts.high);
+}
+
+void DevBase::resetPwm()
+{
+    setPwmEnable(false, false);
+    setPwm(0, 1000.0, 50.0);
+    setPwm(1, 100000.0, 50.0);
+    setPwmEnable(true, true);
+}
+
+void DevBase::setVth(double volts, int index)
+{
+    if (connected && (index == 1 || index == 2)) {
+        devControl().sendVth(index, vthCodes(volts));
+    }
+}
+
+void DevBase::loadVth()
+{
+    bool isNumber = false;
+    const double volts = deviceGet(name, QStringLiteral("chnVth")).toDouble(&isNumber);
+    setVth(isNumber ? volts : defaultVth, 1);
+}
+
+void DevBase::shutDown()
+{
+    if (connected) {
+        devControl().powerOff();
+    }
+}
+
+int DevBase::initDevice(const QByteArray &identity)
+{
+    if (!namesThisModel(identity)) {
+        return errWrongModel;
+    }
+    readClocks(identity);
+    if (memSize > 0) {
+        if (const int error = checkReady(); error != 0) {
+            return error;
+        }
+    }
+    finishInit();
+    return 0;
+}
+
+std::uint8_t DevBase::identityByte(const QByteArray &identity, int index)
+{
+    return index < identity.size() ? std::uint8_t(identity.at(index)) : std::uint8_t(0);
+}
+
+bool DevBase::namesThisModel(const QByteArray &identity) const
+{
+    return identity.left(identityNameSize) == name.toLatin1();
+}
+
+void DevBase::readClocks(const QByteArray &identity)
+{
+    const auto megahertz = [&identity](int index) {
+        return std::int64_t(identityByte(identity, index) | identityByte(identity, index + 1) << 8);
+    };
+    clockFrequ = megahertz(8) * 1000000;
+    pwmClock = megahertz(10) * 1000000;
+}
+
+int DevBase::checkReady()
+{
+    std::uint16_t status = 0;
+    if (const int error = devControl().readStatus(status); error != 0) {
+        return error;
+    }
+    if (const int error = statusError(status); error != 0) {
+        return error;
+    }
+    return (status & readyMask) == readyValue ? 0 : errNotReady;
+}
+
+void DevBase::finishInit()
+{
+    QByteArray uid;
+    if (devControl().readUid(uid) == 0 && uid.size() == uidSize) {
+        devUid = uid;
+    }
+    connected = true;
+}

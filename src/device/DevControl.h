@@ -1,0 +1,99 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <cstdint>
+
+/// How a capture is set up in an instrument. Masks: bit i stands for digital channel i.
+struct SmpConfig {
+    std::int64_t depth = 0;          ///< samples, 40 bits
+    std::int64_t preTrig = 0;        ///< samples before the trigger, 40 bits
+    std::uint32_t preTrigMemory = 0; ///< bytes of the sample memory that are kept for them
+    std::uint16_t divider = 0;       ///< of the base clock
+    std::uint32_t enabled = 0;       ///< channels captured
+    std::uint32_t trigger = 0;       ///< channels that take part in the trigger
+    std::uint32_t level = 0;         ///< of these, the ones tested by level
+    std::uint32_t polarity = 0;      ///< of these, the ones that want a high level or a falling edge
+    bool operator==(const SmpConfig &) const = default;
+};
+
+/// A threshold voltage as the hardware wants it.
+struct VthCodes {
+    std::uint16_t threshold = 0; ///< 3.3 mV a step, two's complement
+    std::uint16_t range = 0;     ///< one of 0, 242, 727
+    bool operator==(const VthCodes &) const = default;
+};
+
+/// A PWM output in steps of its base clock, and what comes out of that.
+struct PwmCounts {
+    std::uint32_t period = 0;
+    std::uint32_t high = 0;
+    double frequ = 0; ///< Hz
+    double duty = 0;  ///< percent
+};
+
+/// Turns a voltage of any size into codes: beyond -4 V and 4 V the last setting repeats.
+[[nodiscard]] VthCodes vthCodes(double volts);
+/// Rounds to whole steps of `clock` (Hz). `frequ` in Hz, above 0; `duty` in percent.
+[[nodiscard]] PwmCounts pwmCounts(std::int64_t clock, double frequ, double duty);
+/// What a status word tells: 0 running well, 7 no answer on the bus, 8 all zero, 9 not running, 10 and 13 faults.
+[[nodiscard]] int statusError(std::uint16_t status);
+
+/// What the device object asks of an instrument: the one seam between the models and the hardware side.
+///
+/// Every operation that returns an int answers 0 done, 1 not open, 2 the transfer failed; it may block for one control
+/// transfer (readUid() for 50 ms more) and may be called in any order, whatever the last answer was. All run on the
+/// main thread; stopDevice() may meet a transfer of the capture's own threads, and implementations serialise that.
+class DevControl {
+public:
+    virtual ~DevControl() = default;
+
+    /// Reads the status word; it is 0 unless the answer is 0. statusError() tells what it means.
+    [[nodiscard]] virtual int readStatus(std::uint16_t &status) = 0;
+    /// Reads the 8 bytes of identity; `devUid` is left alone unless the answer is 0.
+    [[nodiscard]] virtual int readUid(QByteArray &devUid) = 0;
+    /// Sets up the next capture.
+    virtual int sendSmpConfig(const SmpConfig &config) = 0;
+    /// Hands the capture over to the hardware side, whose threads fill and close the store. Does not wait for them.
+    /// @param streaming  samples arrive while they are taken; else they are read out of the device's memory
+    virtual int startRun(bool streaming) = 0;
+    /// True from a startRun() that answered 0 until its threads have ended. Never blocks.
+    [[nodiscard]] virtual bool isRunning() const = 0;
+    /// Tells the instrument to stop sampling.
+    virtual int stopDevice() = 0;
+    /// Tells the transport the rate of data on the wire, from which it chooses the size of its reads. Never blocks.
+    virtual void tuneChunkSize(std::int64_t bitsPerSecond) = 0;
+    /// Routes received data to the streaming or to the storage side. Called once by each new model object; never
+    /// blocks.
+    virtual void attach(bool streaming) = 0;
+    /// Sets the counts of one PWM output, 0 or 1.
+    virtual int sendPwm(int output, std::uint32_t period, std::uint32_t high) = 0;
+    /// Bit 0 runs output 0, bit 1 output 1.
+    virtual int sendPwmEnable(std::uint8_t mask) = 0;
+    /// Index 1: all channels, or 0 to 15 of 32; index 2: 16 to 31.
+    virtual int sendVth(int index, const VthCodes &codes) = 0;
+    /// Switches the instrument's logic off; only a new bring-up wakes it.
+    virtual int powerOff() = 0;
+};
+
+/// The answer of a program without an instrument: nothing is ever open.
+class DevControlNone final : public DevControl {
+public:
+    int readStatus(std::uint16_t &status) override;
+    int readUid(QByteArray &devUid) override;
+    int sendSmpConfig(const SmpConfig &config) override;
+    int startRun(bool streaming) override;
+    bool isRunning() const override;
+    int stopDevice() override;
+    void tuneChunkSize(std::int64_t bitsPerSecond) override;
+    void attach(bool streaming) override;
+    int sendPwm(int output, std::uint32_t period, std::uint32_t high) override;
+    int sendPwmEnable(std::uint8_t mask) override;
+    int sendVth(int index, const VthCodes &codes) override;
+    int powerOff() override;
+};
+
+/// The instrument side in use, for all device objects: DevControlNone until another one is set. Main thread.
+[[nodiscard]] DevControl &devControl();
+/// Sets it, or DevControlNone for null. Not owned. Main thread, while no capture runs.
+void setDevControl(DevControl *control);
