@@ -1,0 +1,101 @@
+#include "wave/SmpZoom.h"
+
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "wave/MyButton.h"
+#include "wave/Style.h"
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPainter>
+
+#include <cmath>
+
+SmpZoom::SmpZoom(QWidget *parent) : QWidget(parent)
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(dp(3), dp(4), dp(6), dp(4));
+    row->setSpacing(dp(1));
+    m_trigger = addButton(QStringLiteral(":/res/btnZoomTrg"), ::tr("Trigger position centered"), &SmpZoom::slotZoomTrg);
+    m_all = addButton(QStringLiteral(":/res/btnZoomAll"), ::tr("Zoom to screen"), &SmpZoom::slotZoomAll);
+    m_out = addButton(QStringLiteral(":/res/btnZoomOut"), ::tr("Zoom out"), &SmpZoom::slotZoomOut);
+    m_in = addButton(QStringLiteral(":/res/btnZoomIn"), ::tr("Zoom in"), &SmpZoom::slotZoomIn);
+
+    m_edit = new QLineEdit(this);
+    m_edit->setObjectName(QStringLiteral("zoomEdit"));
+    m_edit->setStyleSheet(lineEditStyle());
+    m_edit->setFixedWidth(dp(92));
+    m_edit->setAccessibleName(::tr("Samples per pixel"));
+    m_edit->setToolTip(::tr("Samples per pixel"));
+    row->addSpacing(dp(4));
+    row->addWidget(m_edit, 0, Qt::AlignVCenter);
+    connect(m_edit, &QLineEdit::editingFinished, this, &SmpZoom::slotZoomFixed);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+}
+
+MyButton *SmpZoom::addButton(const QString &icon, const QString &toolTip, void (SmpZoom::*slot)())
+{
+    auto *button = new MyButton(QIcon(icon), toolTip, this);
+    button->setObjectName(icon.section(QLatin1Char('/'), -1));
+    button->setIconSize(QSize(dp(24), dp(24)));
+    button->setFixedWidth(dp(36));
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    button->setRadius(dp(3));
+    layout()->addWidget(button);
+    connect(button, &QPushButton::clicked, this, slot);
+    return button;
+}
+
+void SmpZoom::showRatio(double ratio)
+{
+    const bool typing = m_edit->hasFocus() && m_edit->isModified();
+    if (typing)
+        return;
+    m_shown = std::isfinite(ratio) && ratio > 0.0 ? QString::number(ratio) : QString();
+    m_edit->setText(m_shown);
+    m_edit->setCursorPosition(0);
+}
+
+void SmpZoom::slotZoomTrg()
+{
+    emit zoomValueChanged(QStringLiteral("Trg"));
+}
+
+void SmpZoom::slotZoomAll()
+{
+    emit zoomValueChanged(QStringLiteral("All"));
+}
+
+void SmpZoom::slotZoomOut()
+{
+    emit zoomValueChanged(QStringLiteral("Out"));
+}
+
+void SmpZoom::slotZoomIn()
+{
+    emit zoomValueChanged(QStringLiteral("In"));
+}
+
+void SmpZoom::slotZoomFixed()
+{
+    if (m_edit->hasFocus()) {
+        m_edit->clearFocus();
+        return;
+    }
+    m_edit->setModified(false);
+    // The shown ratio is rounded: whoever only passes through the field must not change the zoom by that.
+    if (m_edit->text() != m_shown)
+        emit zoomValueChanged(m_edit->text());
+}
+
+void SmpZoom::paintEvent(QPaintEvent *)
+{
+    const int a = dp(2);
+    const double top = m_trigger->y() - a / 2.0;
+    const QRectF frame(a / 2.0, top, width() - a, height() + a - 2 * m_trigger->y());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(0xaf, 0xaf, 0xaf), a, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.setBrush(QColor(0x1f, 0x1f, 0x23));
+    painter.drawRoundedRect(frame, 2 * a, 2 * a);
+}
