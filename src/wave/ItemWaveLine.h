@@ -1,0 +1,27 @@
+#pragma once
+
+#include "wave/WaveItem.h"
+
+#include <QColor>
+#include <QRect>
+
+#include <vector>
+
+class WaveDataGen;
+
+/// The logic trace of a digital channel, and above it what is decoded there.
+///
+/// Holds no waveform: it replays the runs that the generator has prepared for the frame. Cost follows the pixels.
+class ItemWaveLine : public WaveItem {
+public:
+    ItemWaveLine(int channel, const WaveDataGen *generator);
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
+
+private:
+    void paintTrace(QPainter &painter, const QRectF &exposed);
+
+    const int chnIndex;
+    const WaveDataGen *const waveGen;
+    const QColor lineColor;     ///< the trace's colour when waves are drawn in their channels' colours
+    std::vector<QRect> m_rects; ///< scratch of one paint, kept for its memory
+};

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "wave/ChannelLayout.h"
+
+#include <QPair>
+#include <QPoint>
+#include <QStringList>
+#include <QVector>
+#include <QWidget>
+
+class ItemChnSidebar;
+class ItemWaveArrow;
+class ItemWaveBackground;
+class ItemWaveLine;
+class QFrame;
+class QGraphicsScene;
+class QHBoxLayout;
+class QMouseEvent;
+class QScrollArea;
+class QShortcut;
+class WaveDataGen;
+class WaveView;
+struct SmpEdgeInfo;
+
+/// The central widget: the column of channel sidebars and, beside it, the scene with the waves.
+///
+/// Owns the items of each channel, lays them out, and turns mouse and keys into requests. The time axis is the
+/// generator's: this class holds no time state of its own. GUI thread; one instance. Points are device pixels of the
+/// wave view.
+class MainView : public QWidget {
+    Q_OBJECT
+public:
+    /// @param generator  not owned, outlives this
+    explicit MainView(WaveDataGen *generator, QWidget *parent = nullptr);
+    ~MainView() override;
+
+    /// Replaces all items by those of the present device and the stored configuration.
+    void rebuildChannels();
+    /// Shows the generator's newest frame.
+    void refreshWave();
+    /// Takes off what belongs to the capture that is about to be replaced.
+    void clearForNewData();
+
+public slots:
+    /// A channel was switched on or off.
+    void slotChnEnaChanged();
+    /// A decoder was added, removed or changed. `labels` names channel and decoder; lists of any other length than the
+    /// channel count change no label.
+    void slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &labels);
+    /// There is more decoded data to show.
+    void slotUpdateAnalyzerDecoded();
+    /// Brings the wave view's vertical scroll bar in line with the sidebars'.
+    void slotSidebarVerRangChange(int min, int max);
+
+    void slotWheelChanged(int flag, QPoint point);
+    void slotMousePressed(QMouseEvent *event);
+    void slotMouseReleased(QMouseEvent *event);
+    void slotMouseMoved(QMouseEvent *event);
+    void slotMouseLeave();
+
+    void slotShortCutZoomIn();
+    void slotShortCutZoomOut();
+    void slotShortCutMovToBeg();
+    void slotShortCutMovToEnd();
+
+signals:
+    /// `flag` 1 in, 2 out, about `point`.
+    void zoomChangedByMouse(int flag, QPoint point);
+    /// The wave was dragged by `width` logical pixels to the right.
+    void mouseDraged(int width);
+    /// Width, period, duty and frequency of the pulse under the pointer; "###" for what is not known.
+    void logMeasureChanged(QStringList res);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    // construction
+    void buildViews();
+    void connectWaveView();
+    void connectScrolling();
+    void addShortcut(int key, void (MainView::*slot)());
+
+    // channels
+    void removeChannels();
+    void buildChannel(int chn, int row, int multiplier);
+    void layoutRows();
+    void placeRow(int chn);
+    void setTimeWidth();
+    void setAnalogTimeWidth(int oldWidth, int deviceWidth);
+    [[nodiscard]] std::vector<ChannelRow> channelRows() const;
+
+    // input
+    [[nodiscard]] bool canMoveTime() const;
+    void zoomAboutMiddle(int flag);
+    [[nodiscard]] int channelAt(QPoint point) const;
+    void hover(QPoint point);
+    void repeatHover();
+    void hideHover();
+    void forgetHover();
+    [[nodiscard]] bool pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate) const;
+    void placeArrow(int chn, const SmpEdgeInfo &info);
+
+    QHBoxLayout *mainLayout;
+    QScrollArea *sidebarArea;
+    QFrame *sidebarFrame;
+    QVector<ItemChnSidebar *> chnSidebars; ///< by physical channel, as the two below
+    WaveView *waveView;
+    QGraphicsScene *scene;
+    ItemWaveArrow *waveArrow;
+    QVector<ItemWaveBackground *> waveBackgrounds;
+    QVector<ItemWaveLine *> waveLines;
+    ChannelLayout m_rows;           ///< the rows' tops and heights, as they are shown
+    std::vector<ChannelRow> m_chns; ///< what m_rows was computed from
+    WaveDataGen *const waveGen;
+    QVector<QShortcut *> shortcuts;
+
+    // The last hover, to spare repainting when nothing has changed; all 0 when no arrow is shown.
+    double hoverChn = 0;
+    double hoverStart = 0;
+    double hoverEdge = 0;
+    double m_hoverRatio = 0;
+
+    bool dragged = false; ///< the mouse has moved since the last press
+    QPoint pressPos;      ///< anchor of the drag
+    const QStringList freqUnits;
+    const QStringList timeUnits;
+};
+
+/// The one main view, for panels. Set by the constructor, cleared by the destructor.
+extern MainView *gMainView;

@@ -1,0 +1,88 @@
+#include "wave/WaveView.h"
+
+#include "app/Globals.h"
+#include "wave/MyScrollbar.h"
+
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+WaveView::WaveView(QGraphicsScene *scene, QWidget *parent) : QGraphicsView(scene, parent), m_bar(new MyScrollbar(this))
+{
+    setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAcceptDrops(false);
+    setDragMode(NoDrag);
+    setMouseTracking(true);
+    viewport()->setMouseTracking(true);
+    setFrameShape(NoFrame);
+    setStyleSheet(QStringLiteral("QGraphicsView{background-color:%1;border:0;}").arg(gGreys[7].name()));
+    // Nearly every frame changes every row, and each item sets all painter state that it uses.
+    setViewportUpdateMode(BoundingRectViewportUpdate);
+    setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
+    connectScrollBars();
+}
+
+void WaveView::connectScrollBars()
+{
+    QScrollBar *native = verticalScrollBar();
+    connect(native, &QScrollBar::rangeChanged, this, &WaveView::scrollBarRangeChanged);
+    connect(native, &QScrollBar::valueChanged, m_bar, &MyScrollbar::setValue);
+    connect(m_bar, &MyScrollbar::valueChanged, native, [native](qlonglong value) { native->setValue(int(value)); });
+}
+
+void WaveView::scrollBarRangeChanged(int min, int max)
+{
+    m_bar->setPageStep(verticalScrollBar()->pageStep());
+    m_bar->setRange(min, max);
+    m_bar->setValue(verticalScrollBar()->value());
+}
+
+bool WaveView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::Leave)
+        emit mouseLeave();
+    return QGraphicsView::viewportEvent(event);
+}
+
+void WaveView::wheelEvent(QWheelEvent *event)
+{
+    // The base class would scroll. A purely sideways step is none of the wheel's.
+    const int delta = event->angleDelta().y();
+    if (delta != 0)
+        emit wheelChanged(delta < 1 ? -1 : 1, event->position().toPoint());
+    event->accept();
+}
+
+void WaveView::mousePressEvent(QMouseEvent *event)
+{
+    emit mousePressed(event);
+    QGraphicsView::mousePressEvent(event);
+}
+
+void WaveView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    emit mousePressed(event);
+    QGraphicsView::mouseDoubleClickEvent(event);
+}
+
+void WaveView::mouseReleaseEvent(QMouseEvent *event)
+{
+    emit mouseReleased(event);
+    QGraphicsView::mouseReleaseEvent(event);
+}
+
+void WaveView::mouseMoveEvent(QMouseEvent *event)
+{
+    emit mouseMoved(event);
+    QGraphicsView::mouseMoveEvent(event);
+}
+
+void WaveView::resizeEvent(QResizeEvent *event)
+{
+    QGraphicsView::resizeEvent(event);
+    m_bar->setGeometry(width() - dp(10), 0, dp(10), height());
+    // The base class sets the page step after the range, and tells only of the range.
+    scrollBarRangeChanged(verticalScrollBar()->minimum(), verticalScrollBar()->maximum());
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QGraphicsView>
+
+class MyScrollbar;
+
+/// The view of the wave scene. It turns input into signals and decides nothing; a thin scroll bar lies over its right
+/// edge while the rows do not all fit.
+///
+/// GUI thread, owned by the main view. Points are device pixels of the viewport.
+class WaveView : public QGraphicsView {
+    Q_OBJECT
+public:
+    explicit WaveView(QGraphicsScene *scene, QWidget *parent = nullptr);
+
+public slots:
+    /// Brings the thin bar in line with the native vertical scroll bar, whose range is now `min` to `max`.
+    void scrollBarRangeChanged(int min, int max);
+
+signals:
+    /// One step of the wheel: `flag` is +1 away from the user, else -1.
+    void wheelChanged(int flag, QPoint point);
+    /// Also for the second press of a double click: each click counts.
+    void mousePressed(QMouseEvent *event);
+    void mouseReleased(QMouseEvent *event);
+    void mouseMoved(QMouseEvent *event);
+    void mouseLeave();
+
+protected:
+    bool viewportEvent(QEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    void connectScrollBars();
+
+    MyScrollbar *m_bar;
+};
