@@ -1,8 +1,10 @@
 #include "wave/TimeAxis.h"
 
+#include "wave/Truncate.h"
+
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <utility>
 
 namespace TimeAxis {
 
@@ -14,14 +16,6 @@ double spanOf(const TimeWindow &window, int width)
 }
 
 } // namespace
-
-std::int64_t toSample(double position)
-{
-    constexpr double limit = 9.2e18; // below 2^63, exactly representable
-    if (std::isnan(position))
-        return 0;
-    return std::int64_t(std::clamp(position, -limit, limit));
-}
 
 int clampColumn(int x, int width)
 {
@@ -86,7 +80,7 @@ TimeWindow centredOn(const TimeWindow &window, double position, int width)
 
 std::int64_t rightEnd(const TimeWindow &window, int width)
 {
-    return toSample(window.start + spanOf(window, width));
+    return truncated64(window.start + spanOf(window, width));
 }
 
 Settled settle(const TimeWindow &window, std::int64_t count, int width)

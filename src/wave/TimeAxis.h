@@ -41,8 +41,6 @@ struct Settled {
     bool changed = false; ///< false: the window lay in the data already
 };
 
-/// Truncates towards 0; what does not fit is cut to the limits, NaN gives 0.
-[[nodiscard]] std::int64_t toSample(double position);
 /// `x` cut to the columns 0 to width - 1; 0 for a view without columns.
 [[nodiscard]] int clampColumn(int x, int width);
 /// A ratio outside 0 to ratioLimit, and a start outside the startLimit, are cut; infinite ratios and NaN become 0.

@@ -1,6 +1,7 @@
 #include "wave/WaveDataGen.h"
 
 #include "app/Globals.h"
+#include "wave/Truncate.h"
 
 #include <QFontMetrics>
 
@@ -321,7 +322,7 @@ void WaveDataGen::jumpPrevEdge(int chn)
     {
         const SmpReadLock reading(m_input.source);
         if (reading)
-            edge = m_input.source->prevEdge(chn, TimeAxis::toSample(window().start));
+            edge = m_input.source->prevEdge(chn, truncated64(window().start));
     }
     refresh(TimeAxis::centredOn(window(), double(std::max<std::int64_t>(edge, 0)), m_width));
     settle();

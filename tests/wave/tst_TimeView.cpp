@@ -1,0 +1,129 @@
+#include "app/Globals.h"
+#include "wave/TimeView.h"
+#include "wave/WaveCapture.h"
+#include "wave/WaveDataGen.h"
+
+#include <QtTest>
+
+class TstTimeView : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { globalsFillTables(); }
+    void init() { gDpi = 96; }
+    void cleanup() { gDpi = 96; }
+    void theRulerIs36UnitsHighAndAsWideAsItMay();
+    void theRulerTracksTheMouse();
+    void aDecadeTickStandsUnderItsLabel();
+    void aRelativeTickIsShorterAndItsLabelLower();
+    void onAScaledScreenTicksStandOnScaledColumns();
+    void eachTickIsPaintedAtItsColumn_data();
+    void eachTickIsPaintedAtItsColumn();
+    void withoutTicksOnlyTheGroundIsPainted();
+};
+
+namespace {
+
+TimeTick tick(int x, int kind)
+{
+    return {x, kind, "+1us"};
+}
+
+bool isLit(const QImage &image, int x, int y)
+{
+    return image.pixelColor(x, y) == gGreys[0];
+}
+
+} // namespace
+
+void TstTimeView::theRulerIs36UnitsHighAndAsWideAsItMay()
+{
+    gDpi = 144;
+    const WaveDataGen gen;
+    const TimeView ruler(gen);
+    QCOMPARE(ruler.minimumHeight(), 54);
+    QCOMPARE(ruler.maximumHeight(), 54);
+    QCOMPARE(ruler.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+}
+
+void TstTimeView::theRulerTracksTheMouse()
+{
+    const WaveDataGen gen;
+    QVERIFY(TimeView(gen).hasMouseTracking());
+}
+
+void TstTimeView::aDecadeTickStandsUnderItsLabel()
+{
+    const RulerMark mark = rulerMark(tick(100, 0), 96, 36);
+    QCOMPARE(mark.text, QPoint(97, 16));
+    QCOMPARE(mark.line, QLine(100, 21, 100, 34));
+}
+
+void TstTimeView::aRelativeTickIsShorterAndItsLabelLower()
+{
+    const RulerMark mark = rulerMark(tick(100, 1), 96, 36);
+    QCOMPARE(mark.text, QPoint(96, 28));
+    QCOMPARE(mark.line, QLine(100, 31, 100, 34));
+}
+
+void TstTimeView::onAScaledScreenTicksStandOnScaledColumns()
+{
+    QCOMPARE(rulerMark(tick(100, 0), 192, 72).text, QPoint(194, 32));
+    QCOMPARE(rulerMark(tick(100, 0), 192, 72).line, QLine(201, 42, 201, 70));
+    QCOMPARE(rulerMark(tick(100, 1), 192, 72).text, QPoint(192, 56));
+    QCOMPARE(rulerMark(tick(100, 1), 192, 72).line, QLine(201, 62, 201, 70));
+    // Between whole scales the columns keep the lower one.
+    QCOMPARE(rulerMark(tick(100, 1), 144, 54).line, QLine(100, 46, 100, 52));
+    QCOMPARE(rulerMark(tick(100, 0), 144, 54).text, QPoint(96, 24));
+}
+
+void TstTimeView::eachTickIsPaintedAtItsColumn_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96 dpi") << 96;
+    QTest::newRow("192 dpi") << 192;
+}
+
+void TstTimeView::eachTickIsPaintedAtItsColumn()
+{
+    QFETCH(int, dpi);
+    gDpi = dpi;
+    const auto data = capture().samples(500).build();
+    WaveDataGen gen;
+    gen.setDataSource(data.get());
+    gen.setViewWidth(500);
+    gen.zoomFit();
+    QVERIFY(gen.timeTicks().size() >= 2);
+
+    TimeView ruler(gen);
+    const int scale = uiScale();
+    ruler.resize(500 * scale, dp(36));
+    const QImage image = ruler.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const int bottom = ruler.height() - 2;
+    for (const TimeTick &each : gen.timeTicks()) {
+        const int left = each.x * scale;
+        for (int x = left; x < left + scale; ++x) {
+            QVERIFY(isLit(image, x, bottom));
+            QVERIFY(isLit(image, x, dp(31)));
+        }
+        QVERIFY(!isLit(image, left + scale, bottom));
+        if (left > 0)
+            QVERIFY(!isLit(image, left - 1, bottom));
+        QCOMPARE(isLit(image, left, dp(29)), each.kind == 0);
+    }
+}
+
+void TstTimeView::withoutTicksOnlyTheGroundIsPainted()
+{
+    const WaveDataGen gen;
+    TimeView ruler(gen);
+    ruler.resize(50, 36);
+    const QImage image = ruler.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    for (int x = 0; x < 50; ++x) {
+        for (int y = 0; y < 35; ++y)
+            QCOMPARE(image.pixelColor(x, y), gGreys[8]);
+        QCOMPARE(image.pixelColor(x, 35), gGreys[3]);
+    }
+}
+
+QTEST_MAIN(TstTimeView)
+#include "tst_TimeView.moc"
