@@ -1,0 +1,416 @@
+// Rules of the source tree that no compiler checks: who may include whom, and how texts are translated.
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QHash>
+#include <QRegularExpression>
+#include <QSet>
+#include <QStringList>
+#include <QtTest>
+
+namespace {
+
+/// The text of each source file by its path below src/.
+using Sources = QMap<QString, QString>;
+
+/// `code` with the contents of comments and, unless `keepStrings`, of literals replaced by blanks. Line ends stay.
+class Stripper {
+public:
+    Stripper(const QString &code, bool keepStrings) : m_code(code), m_keepStrings(keepStrings) {}
+
+    QString run()
+    {
+        while (m_at < m_code.size()) {
+            if (startsWith("//")) {
+                blankTo(m_code.indexOf(QLatin1Char('\n'), m_at));
+            } else if (startsWith("/*")) {
+                blankTo(behind(QStringLiteral("*/"), m_at + 2));
+            } else if (startsWith("R\"")) {
+                rawString();
+            } else if (startsWith("\"") || (startsWith("'") && !isDigitSeparator())) {
+                literal();
+            } else {
+                m_out += m_code.at(m_at++);
+            }
+        }
+        return m_out;
+    }
+
+private:
+    bool startsWith(const char *text) const { return m_code.midRef(m_at).startsWith(QLatin1String(text)); }
+
+    bool isDigitSeparator() const { return m_at > 0 && m_code.at(m_at - 1).isLetterOrNumber(); }
+
+    int behind(const QString &end, int from) const
+    {
+        const int found = m_code.indexOf(end, from);
+        return found < 0 ? -1 : found + end.size();
+    }
+
+    void copyTo(int end, bool blank)
+    {
+        const int stop = end < 0 ? m_code.size() : end;
+        for (; m_at < stop; ++m_at) {
+            const QChar c = m_code.at(m_at);
+            m_out += blank && c != QLatin1Char('\n') ? QLatin1Char(' ') : c;
+        }
+    }
+
+    void blankTo(int end) { copyTo(end, true); }
+
+    void rawString()
+    {
+        const int open = m_code.indexOf(QLatin1Char('('), m_at);
+        const QString delimiter = m_code.mid(m_at + 2, open - m_at - 2);
+        copyTo(behind(QLatin1Char(')') + delimiter + QLatin1Char('"'), open), !m_keepStrings);
+    }
+
+    void literal()
+    {
+        const QChar quote = m_code.at(m_at);
+        int end = m_at + 1;
+        while (end < m_code.size() && m_code.at(end) != quote && m_code.at(end) != QLatin1Char('\n')) {
+            end += m_code.at(end) == QLatin1Char('\\') ? 2 : 1;
+        }
+        copyTo(qMin(end + 1, m_code.size()), !m_keepStrings);
+    }
+
+    QString m_code;
+    QString m_out;
+    int m_at = 0;
+    bool m_keepStrings;
+};
+
+/// What `code` includes in quotes, without the output of moc.
+QStringList includesOf(const QString &code)
+{
+    static const QRegularExpression line(QStringLiteral("^[ \\t]*#[ \\t]*include[ \\t]*\"([^\"\\n]+)\""),
+                                         QRegularExpression::MultilineOption);
+    const QString clean = Stripper(code, true).run();
+    QStringList includes;
+    for (auto match = line.globalMatch(clean); match.hasNext();) {
+        const QString path = match.next().captured(1);
+        if (!path.endsWith(QStringLiteral(".moc"))) {
+            includes += path;
+        }
+    }
+    return includes;
+}
+
+/// Lines, counted from 1, that call a `tr` other than the global one.
+QList<int> wrongTranslations(const QString &code)
+{
+    static const QRegularExpression call(QStringLiteral("(?<![A-Za-z0-9_])tr\\s*\\("));
+    static const QRegularExpression global(QStringLiteral("(^|[^A-Za-z0-9_>])::$"));
+    const QString clean = Stripper(code, false).run();
+    QList<int> lines;
+    for (auto match = call.globalMatch(clean); match.hasNext();) {
+        const int start = match.next().capturedStart();
+        if (!global.match(clean.mid(qMax(0, start - 3), qMin(start, 3))).hasMatch()) {
+            lines += clean.leftRef(start).count(QLatin1Char('\n')) + 1;
+        }
+    }
+    return lines;
+}
+
+/// The part of the tree that a path belongs to: its folder, with "core" for the bottom half of app/.
+QString partOf(const QString &path)
+{
+    static const QRegularExpression core(
+        QStringLiteral("^app/(Config|ConfigValues|Globals|Language|XmlText)\\.(h|cpp)$"));
+    if (core.match(path).hasMatch()) {
+        return QStringLiteral("core");
+    }
+    return path.startsWith(QStringLiteral("analyzer/runtime/")) ? QStringLiteral("runtime")
+                                                                : path.section(QLatin1Char('/'), 0, 0);
+}
+
+/// Which parts a part may include, itself left out.
+const QHash<QString, QStringList> &directions()
+{
+    const auto list = [](const char *parts) {
+        return QString::fromLatin1(parts).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    };
+    static const QHash<QString, QStringList> table{
+        {QStringLiteral("core"), {}},
+        {QStringLiteral("runtime"), {}},
+        {QStringLiteral("acquisition"), list("core")},
+        {QStringLiteral("device"), list("core acquisition")},
+        {QStringLiteral("files"), list("core acquisition")},
+        {QStringLiteral("wave"), list("core acquisition device")},
+        {QStringLiteral("measure"), list("core acquisition device wave")},
+        {QStringLiteral("panels"), list("core acquisition device wave")},
+        {QStringLiteral("analyzer"), list("core acquisition device wave runtime")},
+        {QStringLiteral("update"), list("core")},
+        {QStringLiteral("app"), list("core runtime acquisition device files wave measure panels analyzer update")}};
+    return table;
+}
+
+/// Why the file `from` must not include `include`; empty if it may.
+QString fault(const QString &from, const QString &include)
+{
+    static const QStringList shared{QStringLiteral("app/Config.h"), QStringLiteral("app/Globals.h"),
+                                    QStringLiteral("app/Language.h")};
+    if (!include.contains(QLatin1Char('/')) || include.contains(QStringLiteral(".."))) {
+        return QStringLiteral("is not written from src/");
+    }
+    const QString here = partOf(from);
+    const QString there = partOf(include);
+    if (!directions().contains(here) || !directions().contains(there)) {
+        return QStringLiteral("is of a folder without a rank");
+    }
+    if (here != there && !directions().value(here).contains(there)) {
+        return QStringLiteral("points upwards");
+    }
+    const bool withinApp = here == QStringLiteral("core") || here == QStringLiteral("app");
+    if (include.startsWith(QStringLiteral("app/")) && !withinApp && !shared.contains(include)) {
+        return QStringLiteral("belongs to app/ alone");
+    }
+    return {};
+}
+
+QStringList wrongIncludes(const Sources &sources)
+{
+    QStringList wrong;
+    for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
+        for (const QString &include : includesOf(file.value())) {
+            const QString reason =
+                sources.contains(include) ? fault(file.key(), include) : QStringLiteral("names no file below src/");
+            if (!reason.isEmpty()) {
+                wrong += file.key() + QStringLiteral(": \"") + include + QStringLiteral("\" ") + reason;
+            }
+        }
+    }
+    return wrong;
+}
+
+/// Looks for files that include each other.
+class RingSearch {
+public:
+    explicit RingSearch(const Sources &sources) : m_sources(sources) {}
+
+    /// One ring, its first file also at the end; empty if there is none.
+    QStringList run()
+    {
+        for (auto file = m_sources.cbegin(); file != m_sources.cend(); ++file) {
+            const QStringList ring = visit(file.key());
+            if (!ring.isEmpty()) {
+                return ring;
+            }
+        }
+        return {};
+    }
+
+private:
+    QStringList visit(const QString &path)
+    {
+        if (m_way.contains(path)) {
+            return m_way.mid(m_way.indexOf(path)) << path;
+        }
+        if (m_done.contains(path)) {
+            return {};
+        }
+        m_way += path;
+        for (const QString &include : includesOf(m_sources.value(path))) {
+            const QStringList ring = visit(include);
+            if (!ring.isEmpty()) {
+                return ring;
+            }
+        }
+        m_way.removeLast();
+        m_done += path;
+        return {};
+    }
+
+    const Sources &m_sources;
+    QStringList m_way;
+    QSet<QString> m_done;
+};
+
+Sources readTree()
+{
+    const QDir root(QStringLiteral(LUX_SOURCE_DIR));
+    Sources sources;
+    QDirIterator files(root.path(), {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+            qFatal("cannot read %s", qPrintable(file.fileName()));
+        }
+        sources.insert(root.relativeFilePath(file.fileName()), QString::fromUtf8(file.readAll()));
+    }
+    return sources;
+}
+
+Sources tree(std::initializer_list<std::pair<const char *, const char *>> files)
+{
+    Sources sources;
+    for (const auto &[path, code] : files) {
+        sources.insert(QString::fromLatin1(path), QString::fromLatin1(code));
+    }
+    return sources;
+}
+
+} // namespace
+
+class TstSources : public QObject {
+    Q_OBJECT
+
+private slots:
+    void theTreeIsFound();
+    void everyTextIsTranslatedByTheGlobalFunction();
+    void everyIncludePointsDownwards();
+    void noFilesIncludeEachOther();
+
+    void theTextCheckFindsOtherFunctionsOfThatName_data();
+    void theTextCheckFindsOtherFunctionsOfThatName();
+    void theIncludeCheckFindsWrongDirections_data();
+    void theIncludeCheckFindsWrongDirections();
+    void theIncludeCheckReadsCodeAndNotComments();
+    void theIncludeCheckFindsFilesThatDoNotExist();
+    void theRingCheckFindsARing();
+    void theRingCheckAllowsSeveralWaysToOneFile();
+};
+
+void TstSources::theTreeIsFound()
+{
+    const Sources sources = readTree();
+    QVERIFY(sources.size() > 20);
+    QVERIFY(sources.contains(QStringLiteral("app/Config.h")));
+}
+
+void TstSources::everyTextIsTranslatedByTheGlobalFunction()
+{
+    QStringList wrong;
+    const Sources sources = readTree();
+    for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
+        if (file.key().startsWith(QStringLiteral("app/Language."))) {
+            continue;
+        }
+        for (const int line : wrongTranslations(file.value())) {
+            wrong += QStringLiteral("%1:%2").arg(file.key()).arg(line);
+        }
+    }
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QLatin1Char('\n'))));
+}
+
+void TstSources::everyIncludePointsDownwards()
+{
+    const QStringList wrong = wrongIncludes(readTree());
+    QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QLatin1Char('\n'))));
+}
+
+void TstSources::noFilesIncludeEachOther()
+{
+    const Sources sources = readTree();
+    const QStringList ring = RingSearch(sources).run();
+    QVERIFY2(ring.isEmpty(), qPrintable(ring.join(QStringLiteral(" -> "))));
+}
+
+void TstSources::theTextCheckFindsOtherFunctionsOfThatName_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("found");
+    QTest::newRow("global") << QStringLiteral("a = ::tr(\"Open\");") << 0;
+    QTest::newRow("global, first") << QStringLiteral("::tr(\"Open\")") << 0;
+    QTest::newRow("plain") << QStringLiteral("a = tr(\"Open\");") << 1;
+    QTest::newRow("plain, first") << QStringLiteral("tr(\"Open\");") << 1;
+    QTest::newRow("blank before the bracket") << QStringLiteral("f(tr (\"Open\"));") << 1;
+    QTest::newRow("of a class") << QStringLiteral("a = QObject::tr(\"Open\");") << 1;
+    QTest::newRow("of a template") << QStringLiteral("a = T<int>::tr(\"Open\");") << 1;
+    QTest::newRow("of an object") << QStringLiteral("a = box->tr(\"x\") + box.tr(\"y\");") << 2;
+    QTest::newRow("longer names") << QStringLiteral("str(x); trAnalyzer(a, b); tr_(x); x.str();") << 0;
+    QTest::newRow("line comment") << QStringLiteral("f(); // tr(\"Open\")\n") << 0;
+    QTest::newRow("block comment") << QStringLiteral("/* tr( \n tr( */ f();") << 0;
+    QTest::newRow("behind a comment") << QStringLiteral("/* \" */ tr(x); // \"") << 1;
+    QTest::newRow("text") << QStringLiteral("f(\"tr(\\\" tr(\"); g('\"'); h(\" tr( \");") << 0;
+    QTest::newRow("raw text") << QStringLiteral("f(R\"x(tr(\" )\" tr()x\"); tr(a);") << 1;
+    QTest::newRow("digit separators") << QStringLiteral("f(1'000); tr(x); g(1'0);") << 1;
+}
+
+void TstSources::theTextCheckFindsOtherFunctionsOfThatName()
+{
+    QFETCH(QString, code);
+    QFETCH(int, found);
+    QCOMPARE(wrongTranslations(code).size(), found);
+}
+
+void TstSources::theIncludeCheckFindsWrongDirections_data()
+{
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<QString>("include");
+    QTest::addColumn<bool>("allowed");
+    const auto row = [](const char *from, const char *include, bool allowed) {
+        QTest::addRow("%s includes %s", from, include)
+            << QString::fromLatin1(from) << QString::fromLatin1(include) << allowed;
+    };
+    row("wave/MainView.cpp", "device/DevBase.h", true);
+    row("wave/MainView.cpp", "wave/MainView.h", true);
+    row("wave/MainView.cpp", "app/Globals.h", true);
+    row("wave/MainView.cpp", "app/XmlText.h", false);
+    row("wave/MainView.cpp", "app/MainWindow.h", false);
+    row("wave/MainView.cpp", "panels/Toolbar.h", false);
+    row("wave/MainView.cpp", "MainView.h", false);
+    row("wave/MainView.cpp", "wave/../app/Globals.h", false);
+    row("wave/MainView.cpp", "files/DataFile.h", false);
+    row("acquisition/SmpData.h", "device/DevBase.h", false);
+    row("device/DevBase.h", "acquisition/SmpHost.h", true);
+    row("files/DataFile.cpp", "device/DevBase.h", false);
+    row("panels/Toolbar.cpp", "wave/MyButton.h", true);
+    row("analyzer/AnalyzerManager.cpp", "analyzer/runtime/Frame.h", true);
+    row("analyzer/runtime/Frame.h", "app/Globals.h", false);
+    row("update/CheckUpdate.cpp", "device/DevBase.h", false);
+    row("app/Config.cpp", "app/XmlText.h", true);
+    row("app/Config.cpp", "app/MainWindow.h", false);
+    row("app/Globals.h", "device/DevBase.h", false);
+    row("app/MainWindow.cpp", "panels/Toolbar.h", true);
+    row("app/MainWindow.cpp", "app/MainMenu.h", true);
+    row("other/Thing.cpp", "app/Globals.h", false);
+    row("wave/MainView.cpp", "other/Thing.h", false);
+}
+
+void TstSources::theIncludeCheckFindsWrongDirections()
+{
+    QFETCH(QString, from);
+    QFETCH(QString, include);
+    QFETCH(bool, allowed);
+    QCOMPARE(fault(from, include).isEmpty(), allowed);
+}
+
+void TstSources::theIncludeCheckReadsCodeAndNotComments()
+{
+    const QString code = QStringLiteral("#include \"a/A.h\"\n  #  include \"b/B.h\" // why\n// #include \"c/C.h\"\n"
+                                        "/*\n#include \"d/D.h\"\n*/\n#include <QString>\n#include \"x.moc\"\n");
+    QCOMPARE(includesOf(code), QStringList({QStringLiteral("a/A.h"), QStringLiteral("b/B.h")}));
+}
+
+void TstSources::theIncludeCheckFindsFilesThatDoNotExist()
+{
+    const Sources sources = tree({{"wave/A.h", "#include \"wave/B.h\"\n"}, {"wave/C.h", "#include \"wave/A.h\"\n"}});
+    QCOMPARE(wrongIncludes(sources), QStringList{QStringLiteral("wave/A.h: \"wave/B.h\" names no file below src/")});
+}
+
+void TstSources::theRingCheckFindsARing()
+{
+    const Sources sources = tree({{"wave/A.cpp", "#include \"wave/B.h\"\n"},
+                                  {"wave/B.h", "#include \"wave/C.h\"\n"},
+                                  {"wave/C.h", "#include \"wave/D.h\"\n"},
+                                  {"wave/D.h", "#include \"wave/B.h\"\n"}});
+    QCOMPARE(RingSearch(sources).run().join(QLatin1Char(' ')), QStringLiteral("wave/B.h wave/C.h wave/D.h wave/B.h"));
+    const Sources self = tree({{"wave/A.h", "#include \"wave/A.h\"\n"}});
+    QCOMPARE(RingSearch(self).run().size(), 2);
+}
+
+void TstSources::theRingCheckAllowsSeveralWaysToOneFile()
+{
+    const Sources sources = tree({{"wave/A.h", "#include \"wave/B.h\"\n#include \"wave/C.h\"\n"},
+                                  {"wave/B.h", "#include \"wave/D.h\"\n"},
+                                  {"wave/C.h", "#include \"wave/D.h\"\n"},
+                                  {"wave/D.h", ""}});
+    QVERIFY(RingSearch(sources).run().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TstSources)
+#include "tst_Sources.moc"
