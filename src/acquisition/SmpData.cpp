@@ -187,8 +187,8 @@ namespace {
 void appendEndMark(SmpData &data, SmpEdgeRoot &root, std::int64_t end)
 {
     SmpEdgeLeaf *leaf = lastLeaf(root);
-    if ((leaf == nullptr || leaf->count >= SmpEdgeLeaf::capacity) && data.growChn(root, true)) {
-        leaf = lastLeaf(root);
+    if (leaf == nullptr || leaf->count >= SmpEdgeLeaf::capacity) {
+        static_cast<void>(data.growChn(root, true)); // refused: seen below, from the last leaf
     }
     while (root.midCount > 0 && root.mids[root.midCount - 1]->leafCount < 1) {
         give(root.mids[root.midCount - 1]);
