@@ -169,7 +169,7 @@ void TstResources::theImagesLoadWithoutASuffix()
     QFETCH(QString, path);
     const QImage image(path);
     QVERIFY(!image.isNull());
-    QVERIFY(image.width() >= 64);
+    QVERIFY(image.width() >= 48);
     QCOMPARE(image.width(), image.height());
     QVERIFY(inkedPixels(image) > image.width());
 }
