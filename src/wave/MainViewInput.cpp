@@ -78,7 +78,8 @@ bool MainView::pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate)
     const WaveWindow window{waveGen->viewStart(), waveGen->ratioSasPix(), waveGen->viewWidth()};
     const std::int64_t sample = sampleUnder(x / uiScale(), window);
     rate = capture->smpFrequ;
-    return window.ratio > 0.0 && sample >= 0 && sample < capture->smpCount && capture->edgeNeighbours(chn, sample, info) == 0;
+    return window.ratio > 0.0 && sample >= 0 && sample < capture->smpCount &&
+           capture->edgeNeighbours(chn, sample, info) == 0;
 }
 
 void MainView::hover(QPoint point)
