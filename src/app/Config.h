@@ -9,7 +9,13 @@
 ///
 /// Values are text: decimal numbers, comma lists without blanks. The same document is the settings file (.cxset) and
 /// the head of each data file (.cxdat), see docs/formats.md. Reading a key that does not exist adds an empty element
-/// for it: that is part of the format.
+/// for it: that is part of the format. Keys and models are names of elements (letters, digits, "_", "-" and ".", a
+/// letter or "_" first); any other is ignored and reads as empty, since it would make the next saved file unreadable.
+///
+/// A document with another root than "settings", deeper than 64 levels, with more than 200,000 elements or 16 MiB, or
+/// with a document type counts as malformed.
+///
+/// A look-up costs a walk over the keys of its section: meant for building widgets, not for painting.
 ///
 /// Main thread only: nothing guards the tree. No operation of this header shows a message.
 
@@ -19,7 +25,8 @@ void configLoad();
 /// The path of "lux.config". The directory may not exist yet.
 [[nodiscard]] QString configPath();
 
-/// Writes the whole document to `path`: UTF-8, indented by 4, text mode, truncated.
+/// Writes the whole document to `path`: UTF-8, indented by 4, text mode, truncated. The file is complete and closed
+/// on return. A plain file is replaced only after all was written, so that a full disk leaves the old one.
 /// @return false if the file cannot be opened or not all of it could be written
 bool configSave(const QString &path);
 
@@ -40,7 +47,10 @@ bool configSave(const QString &path);
 /// Reads `viewState`, `disAnimateZoom` and `colorWaveform` (Globals.h) from the document.
 void viewOptionsLoad();
 
+/// The value of a global key; empty if it has none.
 QString globalGet(const QString &key);
+/// Replaces the text of an element that begins with text, or else all its children. Characters that XML cannot hold
+/// are left out.
 void globalSet(const QString &key, const QString &value);
 
 /// Settings of one model. `model` is the model's name, such as "RV2420".
@@ -48,6 +58,7 @@ QString deviceGet(const QString &model, const QString &key);
 void deviceSet(const QString &model, const QString &key, const QString &value);
 
 void analyzersClear();
+/// Stores the analyzer of place `index`, from 0, in the element "item<index>".
 void analyzerPut(int index, const QString &fileName, const QString &parameters, const QString &format);
 /// The text of every child of every analyzer, in document order, each followed by ";".
 QString analyzersAll();
