@@ -1,0 +1,1 @@
+lux_bench(bench_DataFile LINK lux_files)
