@@ -16,7 +16,7 @@ RulerMark rulerMark(const TimeTick &tick, int dpi, int height)
     return {QPoint(x - scaled(8) / 2, scaled(28)), QLine(lineX, scaled(31), lineX, height - 2)};
 }
 
-TimeView::TimeView(const WaveDataGen &waveGen, QWidget *parent) : QWidget(parent), m_waveGen(waveGen)
+TimeView::TimeView(const WaveDataGen *waveGen, QWidget *parent) : QWidget(parent), m_waveGen(waveGen)
 {
     setFixedHeight(dp(36));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -34,7 +34,7 @@ void TimeView::paintEvent(QPaintEvent *)
     painter.fillRect(0, height() - 1, width(), 1, gGreys[3]);
 
     m_lines.clear();
-    for (const TimeTick &tick : m_waveGen.timeTicks()) {
+    for (const TimeTick &tick : m_waveGen->timeTicks()) {
         const RulerMark mark = rulerMark(tick, gDpi, height());
         painter.drawText(mark.text, QString::fromLatin1(tick.text));
         m_lines.append(mark.line);

@@ -23,12 +23,12 @@ class TimeView : public QWidget {
     Q_OBJECT
 public:
     /// @param waveGen  outlives the ruler
-    explicit TimeView(const WaveDataGen &waveGen, QWidget *parent = nullptr);
+    explicit TimeView(const WaveDataGen *waveGen, QWidget *parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    const WaveDataGen &m_waveGen;
+    const WaveDataGen *m_waveGen;
     QVector<QLine> m_lines; ///< of one painting; kept for its memory
 };

@@ -363,6 +363,12 @@ void WaveDataGen::setFrameAck()
     m_wake.notify_all();
 }
 
+bool WaveDataGen::isAnimating() const
+{
+    const Lock lock(m_mutex);
+    return m_animation.steps > 0 || m_refreshDue;
+}
+
 /// Shows the newest frame of the worker. A frame that has become void meanwhile still leads to a refresh, of what
 /// replaced it: whoever acknowledges frames can rely on one signal for each.
 void WaveDataGen::takeFrame()

@@ -81,6 +81,8 @@ public:
 
     /// The last frame has been painted: an animation may go on.
     void setFrameAck();
+    /// True while frames of an animation or of a settle are still to come.
+    [[nodiscard]] bool isAnimating() const;
 
     /// The runs of a channel's line, empty for none. Valid until the next call that changes the window or the next
     /// return to the event loop.

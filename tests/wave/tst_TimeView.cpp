@@ -39,7 +39,7 @@ void TstTimeView::theRulerIs36UnitsHighAndAsWideAsItMay()
 {
     gDpi = 144;
     const WaveDataGen gen;
-    const TimeView ruler(gen);
+    const TimeView ruler(&gen);
     QCOMPARE(ruler.minimumHeight(), 54);
     QCOMPARE(ruler.maximumHeight(), 54);
     QCOMPARE(ruler.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
@@ -48,7 +48,7 @@ void TstTimeView::theRulerIs36UnitsHighAndAsWideAsItMay()
 void TstTimeView::theRulerTracksTheMouse()
 {
     const WaveDataGen gen;
-    QVERIFY(TimeView(gen).hasMouseTracking());
+    QVERIFY(TimeView(&gen).hasMouseTracking());
 }
 
 void TstTimeView::aDecadeTickStandsUnderItsLabel()
@@ -94,7 +94,7 @@ void TstTimeView::eachTickIsPaintedAtItsColumn()
     gen.zoomFit();
     QVERIFY(gen.timeTicks().size() >= 2);
 
-    TimeView ruler(gen);
+    TimeView ruler(&gen);
     const int scale = uiScale();
     ruler.resize(500 * scale, dp(36));
     const QImage image = ruler.grab().toImage().convertToFormat(QImage::Format_RGB32);
@@ -115,7 +115,7 @@ void TstTimeView::eachTickIsPaintedAtItsColumn()
 void TstTimeView::withoutTicksOnlyTheGroundIsPainted()
 {
     const WaveDataGen gen;
-    TimeView ruler(gen);
+    TimeView ruler(&gen);
     ruler.resize(50, 36);
     const QImage image = ruler.grab().toImage().convertToFormat(QImage::Format_RGB32);
     for (int x = 0; x < 50; ++x) {
