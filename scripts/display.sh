@@ -88,6 +88,15 @@ press() {
     xdotool key "$2"
 }
 
+# press_often WINDOW KEY TIMES: a zoom that is under way takes the next one into account, so each is waited for.
+press_often() {
+    local i
+    for ((i = 0; i < $3; ++i)); do
+        press "$1" "$2"
+        wait_settled "$1"
+    done
+}
+
 # click WINDOW X Y BUTTON: pixels from the window's corner.
 click() {
     xdotool mousemove --window "$1" "$2" "$3"

@@ -3,7 +3,7 @@
 # its own (`folder`) and a display, and takes both away at the end. A failure leaves the last picture's path.
 #
 # The places of the window at 96 dots per inch, in pixels: the margins left, right and below are 2; the bar above is 48
-# high, the ruler 36, the sidebars are 190 wide, the panel at the right is 240 wide, the status line is 20 high.
+# high, the ruler 36, the sidebars are 190 wide, the status line is 20 high.
 set -euo pipefail
 
 # shellcheck disable=SC2034 # read by the tests
@@ -35,12 +35,16 @@ fail() {
     exit 1
 }
 
-# share FILE GEOMETRY COLOUR: how many of a thousand pixels of that part have exactly that colour, rounded up, so that 0
-# means none.
+# count FILE GEOMETRY COLOUR: prints how many pixels of that part have exactly that colour, and how many there are.
+count() {
+    convert "$1" -crop "$2" +repage -alpha off -fill black +opaque "$3" -fill white -opaque "$3" \
+        -precision 15 -format '%[fx:round(mean*w*h)] %[fx:w*h]\n' info:
+}
+
+# share FILE GEOMETRY COLOUR: the same of a thousand, rounded up, so that 0 means none.
 share() {
     local found all
-    read -r found all < <(convert "$1" -crop "$2" +repage -alpha off -fill black +opaque "$3" -fill white -opaque "$3" \
-        -precision 15 -format '%[fx:round(mean*w*h)] %[fx:w*h]\n' info:)
+    read -r found all < <(count "$@")
     echo $(((found * 1000 + all - 1) / all))
 }
 
@@ -63,7 +67,8 @@ expect_config() {
     grep -Eq "$1" "$config" || fail "$config does not hold $1"
 }
 
-# measure_window WINDOW: sets `width` and `height`, and the wave view's `wave_x`, `wave_y`, `wave_w`, `wave_h`.
+# measure_window WINDOW: sets `width` and `height`, and the wave view's `wave_x`, `wave_y`, `wave_w`, `wave_h`. The wave
+# view is as wide as the ruler above it, which its lower line tells.
 measure_window() {
     local WIDTH HEIGHT
     eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
@@ -71,7 +76,11 @@ measure_window() {
     height=$HEIGHT
     wave_x=$((2 + 190))
     wave_y=$((48 + 36))
-    wave_w=$((width - wave_x - 240 - 2))
+    picture "$1" "$shot"
+    read -r wave_w _ < <(count "$shot" "$((width - wave_x))x1+${wave_x}+$((wave_y - 1))" '#9f9f9f')
+    if ((wave_w < 400 || wave_w > width - wave_x - 2)); then
+        fail "the ruler's lower line is $wave_w of $width pixels wide"
+    fi
     wave_h=$((height - wave_y - 20 - 2))
     ruler=${wave_w}x36+${wave_x}+48
     wave=${wave_w}x${wave_h}+${wave_x}+${wave_y}
@@ -93,7 +102,7 @@ wave_is_shown() {
 
 # expect_main_window FILE: the parts that stand there with any data.
 expect_main_window() {
-    expect "the rows' ground" "$1" "$wave" '#1f1f23' 400 1000
+    expect "the rows' ground" "$1" "$wave" '#1f1f23' 100 1000
     expect "the ruler's ground" "$1" "$ruler" '#1f1f23' 700 1000
     expect "the ruler's lower line" "$1" "${wave_w}x1+${wave_x}+$((wave_y - 1))" '#9f9f9f' 950 1000
     expect "the sidebars' ground" "$1" "$sidebars" '#3f3f3f' 200 1000
