@@ -1,7 +1,12 @@
+#include "acquisition/MemBudget.h"
 #include "files/DataBlocks.h"
+#include "files/DataFileBytes.h"
 
+#include <QBuffer>
 #include <QTest>
 
+#include <algorithm>
+#include <limits>
 #include <span>
 
 namespace {
@@ -11,11 +16,28 @@ QByteArray hex(std::span<const std::uint8_t> bytes)
     return QByteArray(reinterpret_cast<const char *>(bytes.data()), int(bytes.size())).toHex();
 }
 
+/// A device that takes `room` bytes, and answers `reads` times.
+class FailingBuffer : public QBuffer {
+public:
+    qint64 room = std::numeric_limits<qint64>::max();
+    int reads = std::numeric_limits<int>::max();
+
+protected:
+    qint64 writeData(const char *bytes, qint64 size) override
+    {
+        const qint64 taken = QBuffer::writeData(bytes, std::min(size, room));
+        room -= taken;
+        return taken;
+    }
+    qint64 readData(char *bytes, qint64 size) override { return reads-- > 0 ? QBuffer::readData(bytes, size) : -1; }
+};
+
 } // namespace
 
 class TstDataBlocks : public QObject {
     Q_OBJECT
 private slots:
+    void initTestCase() { memBudget = std::int64_t(1) << 30; }
     void aFileHeadHasItsFieldsAtTheirOffsetsLittleEndian();
     void aBlockHeadHasItsFieldsAtTheirOffsetsLittleEndian();
     void headsComeBackAsTheyWereWritten_data();
@@ -24,6 +46,9 @@ private slots:
     void aBlockHeadWithAnotherMarkIsRefusedUnchanged();
     void theSpareBytesOfTheHeadsAreNotLookedAt();
     void aLevelByteOtherThanZeroReadsAsOne();
+    void aDeviceThatIsFullAfterAnyByteFailsTheWriter();
+    void aDeviceThatFailsAtAnyReadFailsTheReader();
+    void theHookIsCalledAfterEachPieceAndStopsTheJob();
 };
 
 void TstDataBlocks::aFileHeadHasItsFieldsAtTheirOffsetsLittleEndian()
@@ -114,6 +139,74 @@ void TstDataBlocks::aLevelByteOtherThanZeroReadsAsOne()
         QVERIFY(decodeBlockHead(bytes, head));
         QCOMPARE(head.level, 1);
     }
+}
+
+void TstDataBlocks::aDeviceThatIsFullAfterAnyByteFailsTheWriter()
+{
+    const auto data = CaptureBuilder(8).channel(0, 0, {1, 2, 3}).channel(4, 1, {7}).build();
+    const std::vector<std::uint8_t> all(8, 1);
+    const int whole = 40 + 16 + 4 * 5 + 16 + 2 * 5;
+    for (int room = 0; room <= whole; ++room) {
+        FailingBuffer device;
+        QVERIFY(device.open(QIODevice::ReadWrite));
+        device.room = room;
+        const auto result = writeDataBlocks(device, *data, {all.data(), 0, 999});
+        QVERIFY(result == (room == whole ? DataBlocksResult::Done : DataBlocksResult::Failed));
+        QCOMPARE(device.data().size(), room);
+    }
+}
+
+void TstDataBlocks::aDeviceThatFailsAtAnyReadFailsTheReader()
+{
+    const QByteArray part =
+        DataFileBytes(8).samples(100'000).block(0, 0, stairs(1, 1, 90'000)).block(1, 0, {5, 100'000}).bytes();
+    // The file head; a block head and three pieces; a block head and a piece.
+    const int reads = 1 + 1 + 3 + 1 + 1;
+    for (int failing = 0; failing <= reads; ++failing) {
+        FailingBuffer device;
+        device.setData(part);
+        QVERIFY(device.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        device.reads = failing;
+        SmpData data(8, 0);
+        const auto result = readDataBlocks(device, data);
+        QVERIFY(result == (failing == 0       ? DataBlocksResult::HeadRefused
+                           : failing == reads ? DataBlocksResult::Done
+                                              : DataBlocksResult::Failed));
+    }
+}
+
+void TstDataBlocks::theHookIsCalledAfterEachPieceAndStopsTheJob()
+{
+    QByteArray part =
+        DataFileBytes(8).samples(100'000).block(0, 0, stairs(1, 1, 90'000)).block(1, 0, {5, 100'000}).bytes();
+    const std::int64_t first = 40 + 16;
+    const std::vector<std::int64_t> positions{first + 204'800, first + 2 * 204'800, first + 450'000,
+                                              first + 450'000 + 16 + 10};
+    for (std::size_t stopAt = 0; stopAt <= positions.size(); ++stopAt) {
+        QBuffer device(&part);
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        SmpData data(8, 0);
+        std::vector<std::int64_t> seen;
+        const auto result = readDataBlocks(device, data, [&](std::int64_t position) {
+            seen.push_back(position);
+            return seen.size() <= stopAt;
+        });
+        const bool whole = stopAt == positions.size();
+        QVERIFY(result == (whole ? DataBlocksResult::Done : DataBlocksResult::Stopped));
+        QCOMPARE(seen, std::vector<std::int64_t>(positions.begin(),
+                                                 positions.begin() + std::ptrdiff_t(whole ? stopAt : stopAt + 1)));
+    }
+
+    const auto data = CaptureBuilder(8).samples(100'000).channel(0, 0, stairs(1, 1, 90'000)).channel(1, 0).build();
+    const std::vector<std::uint8_t> all(8, 1);
+    QBuffer out;
+    QVERIFY(out.open(QIODevice::WriteOnly));
+    std::vector<std::int64_t> seen;
+    QVERIFY(writeDataBlocks(out, *data, {all.data(), 0, 99'999}, [&seen](std::int64_t entries) {
+                seen.push_back(entries);
+                return true;
+            }) == DataBlocksResult::Done);
+    QCOMPARE(seen, (std::vector<std::int64_t>{40'956, 2 * 40'956, 90'001, 90'002}));
 }
 
 QTEST_GUILESS_MAIN(TstDataBlocks)

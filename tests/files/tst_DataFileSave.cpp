@@ -5,10 +5,16 @@
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
 
+#include <QFileInfo>
 #include <QTest>
 
 #include <cmath>
 #include <limits>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 using Entries = std::vector<std::int64_t>;
 
@@ -28,6 +34,31 @@ QByteArray saved(SmpData &data, const std::vector<std::uint8_t> &select, double 
     return folder.read();
 }
 
+#ifdef Q_OS_UNIX
+/// While it lives no file of this process grows beyond `bytes`, as on a disk with so much room left.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(int bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limited = m_before;
+        limited.rlim_cur = rlim_t(bytes);
+        setrlimit(RLIMIT_FSIZE, &limited);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int);
+};
+#endif
+
 std::vector<std::uint8_t> all(int chnCount)
 {
     return std::vector<std::uint8_t>(std::size_t(chnCount), 1);
@@ -46,6 +77,7 @@ private slots:
     void theEntriesOfASaveAreCountedWithOneEndMarkAChannel();
     void nothingIsCountedWithoutASelectionOrACapture();
     void aSaveWritesTheHeadAndAscendingBlocks();
+    void theDocumentedExampleIsWhatIsWritten();
     void aSaveAppendsBehindTheSettingsBlock();
     void aWholeFileOfSettingsAndDataLoadsAgain();
     void aRangeThatStartsBehindTheTriggerStoresTriggerZero();
@@ -65,8 +97,10 @@ private slots:
     void aSaveWithoutAClosedCaptureFails();
     void aSaveToAClosedFileFails();
     void aSaveToAFileOpenForReadingFails();
-    void aFullDiskFailsTheSave_data();
-    void aFullDiskFailsTheSave();
+    void aDiskThatIsFullAfterSomeBytesFailsTheSave_data();
+    void aDiskThatIsFullAfterSomeBytesFailsTheSave();
+    void aDeviceThatIsAlwaysFullFailsTheSave_data();
+    void aDeviceThatIsAlwaysFullFailsTheSave();
 };
 
 void TstDataFileSave::initTestCase()
@@ -160,6 +194,24 @@ void TstDataFileSave::aSaveWritesTheHeadAndAscendingBlocks()
     const auto data = CaptureBuilder(16).samples(1000).trigger(77).channel(5, 1, {999}).channel(0, 0, {10, 20}).build();
     QCOMPARE(saved(*data, all(16), 0, 1000),
              DataFileBytes(16).samples(1000).trigger(77).block(0, 0, {10, 20, 1000}).block(5, 1, {999, 1000}).bytes());
+}
+
+void TstDataFileSave::theDocumentedExampleIsWhatIsWritten()
+{
+    const auto data = CaptureBuilder(8).samples(1000).trigger(10).channel(0, 0, {10, 20}).channel(3, 1).build();
+    QCOMPARE(saved(*data, all(8), 0, 1000).toHex(' '), QByteArray("63 78 64 61 74 00 00 00 "
+                                                                  "e8 03 00 00 00 00 00 00 "
+                                                                  "40 42 0f 00 00 00 00 00 "
+                                                                  "0a 00 00 00 00 00 00 00 "
+                                                                  "08 00 00 00 00 00 00 00 "
+                                                                  "23 23 44 00 00 00 00 00 "
+                                                                  "03 00 00 00 00 00 00 00 "
+                                                                  "0a 00 00 00 00 "
+                                                                  "14 00 00 00 00 "
+                                                                  "e8 03 00 00 00 "
+                                                                  "23 23 44 00 03 01 00 00 "
+                                                                  "01 00 00 00 00 00 00 00 "
+                                                                  "e8 03 00 00 00"));
 }
 
 void TstDataFileSave::aSaveAppendsBehindTheSettingsBlock()
@@ -377,7 +429,40 @@ void TstDataFileSave::aSaveToAFileOpenForReadingFails()
     QCOMPARE(folder.read(), QByteArray("as it was"));
 }
 
-void TstDataFileSave::aFullDiskFailsTheSave_data()
+void TstDataFileSave::aDiskThatIsFullAfterSomeBytesFailsTheSave_data()
+{
+    QTest::addColumn<int>("room"); // bytes
+    for (const int room : {0, 20, 39, 40, 50, 56, 60, 204'835, 204'836, 204'837, 300'000, 499'999, 500'055})
+        QTest::newRow(qPrintable(QString::number(room))) << room;
+}
+
+void TstDataFileSave::aDiskThatIsFullAfterSomeBytesFailsTheSave()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, room);
+    const FileFolder folder;
+    const auto data = CaptureBuilder(8).samples(1'000'000).channel(0, 0, stairs(1, 1, 99'999)).build();
+    const auto select = all(8);
+    DataFile file(data.get());
+    file.chnSelect = select.data();
+    file.setRange(0, 1'000'000);
+    file.file.setFileName(folder.path(QStringLiteral("a.cxdat")));
+    QVERIFY(file.file.open(QIODevice::Append));
+    bool done = true;
+    {
+        const FileSizeLimit limit(room);
+        done = file.saveData();
+        file.file.close();
+    }
+    QVERIFY(!done);
+    QVERIFY(folder.read().size() <= room);
+    QCOMPARE(saved(*data, select, 0, 1'000'000).size(), 500'056); // with one byte more than the last row it fits
+#else
+    QSKIP("the size of files cannot be limited here");
+#endif
+}
+
+void TstDataFileSave::aDeviceThatIsAlwaysFullFailsTheSave_data()
 {
     QTest::addColumn<int>("edges");
     QTest::newRow("head alone") << -1;
@@ -385,11 +470,11 @@ void TstDataFileSave::aFullDiskFailsTheSave_data()
     QTest::newRow("several pieces") << 100'000;
 }
 
-void TstDataFileSave::aFullDiskFailsTheSave()
+void TstDataFileSave::aDeviceThatIsAlwaysFullFailsTheSave()
 {
     QFETCH(int, edges);
-    const QString fullDisk = QStringLiteral("/dev/full");
-    if (!QFile::exists(fullDisk))
+    const QString full = QStringLiteral("/dev/full");
+    if (!QFile::exists(full) || QFileInfo(full).isFile())
         QSKIP("this system has no device that is always full");
     CaptureBuilder builder(8);
     builder.samples(1'000'000);
@@ -400,7 +485,7 @@ void TstDataFileSave::aFullDiskFailsTheSave()
     const auto select = all(8);
     file.chnSelect = select.data();
     file.setRange(0, 1'000'000);
-    file.file.setFileName(fullDisk);
+    file.file.setFileName(full);
     QVERIFY(file.file.open(QIODevice::Append));
     QVERIFY(!file.saveData());
 }
