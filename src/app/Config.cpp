@@ -23,12 +23,10 @@ QDomDocument &document()
     return tree;
 }
 
-/// Makes a parsed tree one that can be edited and saved: adjoining text nodes become one, since setText replaces the
-/// first, and the declaration tells the encoding that configSave writes.
-void normalize()
+/// Makes the declaration tell the encoding that configSave writes, whatever the parsed text had.
+void setDeclaration()
 {
     QDomDocument &tree = document();
-    tree.normalize();
     const QDomNode first = tree.firstChild();
     if (first.isProcessingInstruction() && first.nodeName() == QLatin1String("xml")) {
         tree.removeChild(first);
@@ -42,7 +40,7 @@ void setTemplate()
 {
     document().setContent(QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
                                          "<settings><global/><devices/><analyzers/></settings>"));
-    normalize();
+    setDeclaration();
 }
 
 bool hasSettingsRoot()
@@ -167,7 +165,7 @@ void configLoad()
     const QString path = configPath();
     QDir().mkpath(QFileInfo(path).path());
     if (xmlParseFile(document(), path) && hasSettingsRoot()) {
-        normalize();
+        setDeclaration();
     } else {
         setTemplate();
     }
@@ -194,7 +192,7 @@ bool configReplace(const QByteArray &bytes)
     if (!xmlParse(document(), bytes) || !hasSettingsRoot()) {
         return false;
     }
-    normalize();
+    setDeclaration();
     for (std::size_t i = 0; i < keys.size(); ++i) {
         globalSet(keys[i], kept[i]);
     }

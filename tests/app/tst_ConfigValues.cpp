@@ -364,6 +364,7 @@ void TstConfigValues::theStoredWindowIsUsedIfItCanBeReached_data()
     QTest::newRow("largest numbers") << QStringLiteral("2147483647,2147483647,2147483647,2147483647") << false;
     QTest::newRow("smallest numbers") << QStringLiteral("-2147483648,-2147483648,800,600") << false;
     QTest::newRow("numbers that would wrap") << QStringLiteral("-2147483648,100,800,600") << false;
+    QTest::newRow("numbers that would wrap to a large width") << QStringLiteral("-2147483648,100,-800,600") << false;
     QTest::newRow("words") << QStringLiteral("left,top,wide,high") << false;
 }
 
