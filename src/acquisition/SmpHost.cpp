@@ -1,7 +1,5 @@
 #include "acquisition/SmpHost.h"
 
-SmpHost::SmpHost(QObject *parent) : QObject(parent)
-{
-}
+SmpHost::SmpHost(QObject *parent) : QObject(parent) {}
 
 SmpHost::~SmpHost() = default;
