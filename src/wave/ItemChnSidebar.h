@@ -1,9 +1,13 @@
 #pragma once
 
+#include <QColor>
 #include <QWidget>
 
 class QGridLayout;
 class QLabel;
+
+/// Black or white, whichever can be read better on `ground`.
+[[nodiscard]] QColor readableOn(const QColor &ground);
 
 /// What stands to the left of a digital channel's row: the channel's number on its colour, its name, and the name of
 /// the decoder that uses it.
@@ -28,6 +32,7 @@ protected:
 
 private:
     void buildGrid();
+    [[nodiscard]] QColor chnColor() const;
     void showElided(QLabel &label, const QString &text);
 
     const int chnIndex;   ///< physical channel
