@@ -48,7 +48,7 @@ SmpSimulate::~SmpSimulate()
 {
     abort.store(true, std::memory_order_release);
     wake();
-    wait();
+    join();
 }
 
 void SmpSimulate::startRun(const SimulationSettings &settings, SimulationSource *source)
@@ -56,13 +56,25 @@ void SmpSimulate::startRun(const SimulationSettings &settings, SimulationSource 
     if (isBusy() || !m_host.smpData) {
         return;
     }
-    wait(); // the last run's thread may still have a signal to emit
+    join(); // the last run's thread may still have a signal to emit
     m_settings = settings;
     m_settings.enable.resize(std::size_t(m_host.smpData->chnCount), 0);
     m_source = source;
     abort.store(false, std::memory_order_release);
-    m_busy.store(true, std::memory_order_release);
+    m_left.store(false, std::memory_order_relaxed);
+    m_busy.store(true, std::memory_order_release); // with the settings; run() acquires it
     start(QThread::InheritPriority);
+    if (!isRunning() && !isFinished()) { // the system gives no thread
+        m_busy.store(false, std::memory_order_release);
+        report(0, 4, 0);
+    }
+}
+
+void SmpSimulate::join()
+{
+    // wait() orders the memory too, but inside a library that a race detector cannot look into.
+    wait();
+    (void)m_left.load(std::memory_order_acquire);
 }
 
 void SmpSimulate::wake()
@@ -163,6 +175,9 @@ std::vector<std::int32_t> SmpSimulate::joinEmptyRuns(std::span<const std::int32_
 
 void SmpSimulate::run()
 {
+    if (!m_busy.load(std::memory_order_acquire)) {
+        return; // nobody asked for a run
+    }
     report(0, 0, 0);
     Block block{*m_host.smpData, 0, 0, 0, {}, {}, {}, {}};
     QRandomGenerator random(m_seed ? *m_seed : QRandomGenerator::global()->generate());
@@ -186,6 +201,7 @@ void SmpSimulate::run()
     if (!abort.load(std::memory_order_acquire)) {
         emit m_host.sigSmpDataReady();
     }
+    m_left.store(true, std::memory_order_release);
 }
 
 void SmpSimulate::report(int sta, int err, int value)

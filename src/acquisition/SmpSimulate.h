@@ -64,6 +64,9 @@ public:
     /// Ends a run without publishing its data; checked once a block. Any thread; follow it by wake().
     std::atomic<bool> abort{false};
 
+    /// Waits for the thread's end; afterwards all that it wrote may be read. Not on the run's own thread.
+    void join();
+
     /// Lets a run that waits for real time look at `abort` and the host's `smpStop` now. Any thread.
     void wake();
 
@@ -108,6 +111,7 @@ private:
     SimulationSource *m_source = nullptr; ///< the same
     std::optional<std::uint32_t> m_seed;  ///< the same
     std::atomic<bool> m_busy{false};
-    std::mutex m_mutex; ///< of `m_woken` alone
+    std::atomic<bool> m_left{true}; ///< the thread has nothing more to do: orders its memory for join()
+    std::mutex m_mutex;             ///< of `m_woken` alone
     std::condition_variable m_woken;
 };

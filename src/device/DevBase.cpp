@@ -76,7 +76,7 @@ void DevBase::endCapture()
 {
     thrSimulate.abort.store(true, std::memory_order_release);
     thrSimulate.wake();
-    thrSimulate.wait();
+    thrSimulate.join();
 }
 
 void DevBase::setPwmEnable(bool on0, bool on1)

@@ -4,6 +4,7 @@
 #include "acquisition/SmpSimulate.h"
 
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <functional>
@@ -127,6 +128,7 @@ private slots:
     void settingsThatNameNoSamplesGiveAnEmptyCapture_data();
     void settingsThatNameNoSamplesGiveAnEmptyCapture();
     void fewerFlagsThanChannelsLeaveTheRestOff();
+    void aThreadThatCannotBeHadIsReported();
 
     void aSourceIsBegunOnceAskedForEachBlockAndReleasedOnce();
     void aSourceIsReleasedAlsoWhenTheRunIsStoppedAtOnce();
@@ -515,6 +517,18 @@ void TstSmpSimulate::fewerFlagsThanChannelsLeaveTheRestOff()
     QVERIFY(bench.run());
     QVERIFY(bench.smpData->entryCount(1) > 1);
     QCOMPARE(bench.smpData->entryCount(2), std::int64_t(0));
+}
+
+void TstSmpSimulate::aThreadThatCannotBeHadIsReported()
+{
+    Bench bench(2);
+    bench.simulate.setStackSize(1);
+    QTest::ignoreMessage(QtSystemMsg, QRegularExpression(QStringLiteral("stack size")));
+    bench.simulate.startRun(bench.settings, nullptr);
+    QVERIFY(!bench.simulate.isBusy());
+    QVERIFY((bench.states == QVector<State>{{0, 4, 0}}));
+    bench.simulate.setStackSize(0);
+    QVERIFY(bench.run());
 }
 
 // ---- data of a source
