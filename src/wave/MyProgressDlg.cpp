@@ -26,6 +26,8 @@ MyProgressDlg::MyProgressDlg(const QString &title, const QString &label, const Q
     m_label->setTextInteractionFlags(Qt::NoTextInteraction);
     m_bar->setRange(0, 100);
     m_bar->setValue(0);
+    m_bar->ensurePolished();
+    m_bar->setFixedHeight(std::max(dp(18), m_bar->fontMetrics().height() + dp(2)));
     m_bar->setAccessibleName(title);
     m_button->setAutoDefault(true);
     QSizePolicy keepsPlace = m_button->sizePolicy();

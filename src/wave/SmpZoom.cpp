@@ -24,7 +24,9 @@ SmpZoom::SmpZoom(QWidget *parent) : QWidget(parent)
     m_edit = new QLineEdit(this);
     m_edit->setObjectName(QStringLiteral("zoomEdit"));
     m_edit->setStyleSheet(lineEditStyle());
-    m_edit->setFixedWidth(dp(92));
+    m_edit->ensurePolished();
+    m_edit->setFixedWidth(m_edit->fontMetrics().horizontalAdvance(QStringLiteral("0.00000e+00")) + dp(18));
+    m_edit->setFixedHeight(controlHeight(m_edit->fontMetrics()));
     m_edit->setAccessibleName(::tr("Samples per pixel"));
     m_edit->setToolTip(::tr("Samples per pixel"));
     row->addSpacing(dp(4));

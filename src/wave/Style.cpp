@@ -2,6 +2,12 @@
 
 #include "app/Globals.h"
 
+#include <QComboBox>
+#include <QFontMetrics>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+
 namespace {
 
 /// Fills a sheet: "@0" to "@9" become the greys, "#N#" becomes dp(N) with its unit.
@@ -10,7 +16,7 @@ QString filled(const char *sheet)
     QString text = QString::fromLatin1(sheet);
     for (int i = 0; i < gGreys.size(); ++i)
         text.replace(QLatin1Char('@') + QString::number(i), gGreys[i].name());
-    for (const int pixels : {1, 2, 3, 4, 6, 8, 10, 12, 14, 16, 20, 22, 26, 64})
+    for (const int pixels : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 22, 26, 64})
         text.replace(QStringLiteral("#%1#").arg(pixels), QString::number(dp(pixels)) + QStringLiteral("px"));
     return text;
 }
@@ -21,7 +27,7 @@ QString comboBoxStyle()
 {
     return filled(
         "QComboBox{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;"
-        "padding:0 #4# 0 #6#;min-height:#20#;}"
+        "padding:0 #4# 0 #6#;combobox-popup:0;}"
         "QComboBox:hover{background-color:@6;}"
         "QComboBox:focus{border-color:@0;}"
         "QComboBox:disabled{color:@4;border-color:@5;}"
@@ -29,23 +35,37 @@ QString comboBoxStyle()
         "QComboBox::down-arrow{image:url(:/res/icoDropDown);width:#10#;height:#10#;}"
         "QComboBox QAbstractItemView{background-color:@7;color:@0;border:#1# solid @4;outline:0;"
         "selection-background-color:@5;selection-color:@0;}"
-        "QComboBox QAbstractItemView::item{min-height:#20#;padding:0 #6#;}");
+        "QComboBox QAbstractItemView::item{min-height:#20#;padding:0 #6#;border:0;background:transparent;}"
+        "QComboBox QAbstractItemView::item:selected{background-color:@5;color:@0;}");
+}
+
+void dressComboBox(QComboBox &box)
+{
+    box.setMaxVisibleItems(20);
+    box.setItemDelegate(new QStyledItemDelegate(&box)); // the box's own delegate does not know style sheets
+    box.ensurePolished();
+    box.setFixedHeight(controlHeight(box.fontMetrics()));
+}
+
+int controlHeight(const QFontMetrics &metrics)
+{
+    return std::max(dp(22), metrics.height() + dp(2));
 }
 
 QString lineEditStyle()
 {
     return filled("QLineEdit{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;padding:0 #4#;"
-                  "min-height:#20#;selection-background-color:@3;selection-color:@9;}"
+                  "selection-background-color:@3;selection-color:@9;}"
                   "QLineEdit:focus{border-color:@0;}"
                   "QLineEdit:disabled{color:@4;border-color:@5;}");
 }
 
 QString spinBoxStyle()
 {
-    return filled("QAbstractSpinBox{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;padding:0 #4#;"
-                  "min-height:#20#;selection-background-color:@3;selection-color:@9;}"
-                  "QAbstractSpinBox:focus{border-color:@0;}"
-                  "QAbstractSpinBox:disabled{color:@4;border-color:@5;}");
+    // Without a border of its own: the arrows stay those of the system's style.
+    return filled("QAbstractSpinBox{background-color:@8;color:@0;"
+                  "selection-background-color:@3;selection-color:@9;}"
+                  "QAbstractSpinBox:disabled{color:@4;}");
 }
 
 QString labelStyle()
@@ -56,10 +76,19 @@ QString labelStyle()
 
 QString checkBoxStyle()
 {
+    // A checked indicator is a light core in a dark ring, so that no picture is needed at any scale.
     return filled("QCheckBox,QRadioButton{color:@0;background:transparent;spacing:#6#;padding:#2#;"
                   "border:#1# solid transparent;border-radius:#3#;}"
                   "QCheckBox:focus,QRadioButton:focus{border-color:@2;}"
-                  "QCheckBox:disabled,QRadioButton:disabled{color:@3;}");
+                  "QCheckBox:disabled,QRadioButton:disabled{color:@3;}"
+                  "QCheckBox::indicator,QRadioButton::indicator{width:#14#;height:#14#;background-color:@8;}"
+                  "QCheckBox::indicator{border-radius:#2#;}"
+                  "QRadioButton::indicator{border-radius:#7#;}"
+                  "QCheckBox::indicator:hover,QRadioButton::indicator:hover{background-color:@6;}"
+                  "QCheckBox::indicator:checked,QRadioButton::indicator:checked{width:#6#;height:#6#;"
+                  "border:#4# solid @8;background-color:@1;}"
+                  "QCheckBox::indicator:checked{border-radius:0;}"
+                  "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}");
 }
 
 QString groupBoxStyle()
@@ -70,19 +99,29 @@ QString groupBoxStyle()
 
 QString pushButtonStyle()
 {
-    return filled("QPushButton{background-color:@7;color:@0;border:#1# solid @4;border-radius:#3#;"
-                  "padding:0 #12#;min-height:#22#;min-width:#64#;}"
-                  "QPushButton:hover{background-color:@6;}"
-                  "QPushButton:pressed{background-color:@9;}"
-                  "QPushButton:focus{border-color:@0;}"
-                  "QPushButton:disabled{color:@4;border-color:@6;}");
+    // The dot leaves out derived buttons: MyButton paints itself, and a sheet would change its size.
+    return filled(".QPushButton{background-color:@7;color:@0;border:#1# solid @4;border-radius:#3#;padding:0 #4#;}"
+                  ".QPushButton:hover{background-color:@6;}"
+                  ".QPushButton:pressed{background-color:@9;}"
+                  ".QPushButton:focus{border-color:@0;}"
+                  ".QPushButton:disabled{color:@4;border-color:@6;}"
+                  "QDialog .QPushButton{padding:0 #12#;min-height:#22#;min-width:#64#;}");
 }
 
 QString progressBarStyle()
 {
-    return filled("QProgressBar{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;text-align:center;"
-                  "min-height:#16#;max-height:#16#;}"
+    return filled("QProgressBar{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;text-align:center;}"
                   "QProgressBar::chunk{background-color:@4;border-radius:#2#;}");
+}
+
+QString sliderStyle()
+{
+    return filled("QSlider::groove:horizontal{height:#4#;background-color:@8;border-radius:#2#;}"
+                  "QSlider::sub-page:horizontal{background-color:@3;border-radius:#2#;}"
+                  "QSlider::handle:horizontal{width:#10#;margin:-#5# 0;background-color:@2;border:#1# solid @8;"
+                  "border-radius:#3#;}"
+                  "QSlider::handle:horizontal:hover,QSlider::handle:horizontal:focus{background-color:@0;}"
+                  "QSlider:horizontal{min-height:#20#;}");
 }
 
 QString scrollBarStyle()
@@ -120,14 +159,17 @@ QString messageBoxStyle()
 
 QString programStyle()
 {
-    return messageBoxStyle() + toolTipStyle() + labelStyle() + lineEditStyle() + comboBoxStyle() + spinBoxStyle() +
-           checkBoxStyle() + groupBoxStyle() + pushButtonStyle() + progressBarStyle() + scrollBarStyle() + menuStyle();
+    // A tool tip is a label too: its own rules come last, so that they win.
+    return messageBoxStyle() + labelStyle() + lineEditStyle() + comboBoxStyle() + spinBoxStyle() + checkBoxStyle() +
+           groupBoxStyle() + pushButtonStyle() + progressBarStyle() + sliderStyle() + scrollBarStyle() + menuStyle() +
+           toolTipStyle();
 }
 
 QString menuDialogStyle()
 {
     // The two colours of the panel are the only ones outside the palette: a form in it is a light sheet of its own.
-    return filled("QMenu{background-color:#F0F0F0; color:black;}"
+    return sliderStyle() +
+           filled("QMenu{background-color:#F0F0F0; color:black;}"
                   "QMenu QWidget{color:black;}"
                   "QMenu QLabel,QMenu QCheckBox,QMenu QRadioButton{color:black;background:transparent;}"
                   "QMenu QCheckBox:disabled,QMenu QRadioButton:disabled,QMenu QLabel:disabled{color:@4;}"
@@ -140,8 +182,17 @@ QString menuDialogStyle()
                   "QMenu QLineEdit:focus,QMenu QComboBox:focus,QMenu QAbstractSpinBox:focus{border-color:black;}"
                   "QMenu QLineEdit:disabled,QMenu QComboBox:disabled,QMenu QAbstractSpinBox:disabled{"
                   "background-color:@1;color:@4;}"
+                  "QMenu QComboBox::drop-down{background-color:@5;}"
                   "QMenu QComboBox QAbstractItemView{background-color:white;color:black;"
                   "selection-background-color:@1;selection-color:black;}"
+                  "QMenu QComboBox QAbstractItemView::item:selected{background-color:@1;color:black;}"
+                  "QMenu QCheckBox::indicator,QMenu QRadioButton::indicator{width:#12#;height:#12#;"
+                  "border:#1# solid @6;background-color:white;}"
+                  "QMenu QCheckBox::indicator{border-radius:#2#;}"
+                  "QMenu QRadioButton::indicator{border-radius:#7#;}"
+                  "QMenu QCheckBox::indicator:checked,QMenu QRadioButton::indicator:checked{width:#6#;height:#6#;"
+                  "border:#4# solid white;background-color:black;}"
+                  "QMenu QCheckBox::indicator:checked{border-radius:0;}"
                   "QMenu QPushButton{background-color:@1;color:black;border:#1# solid @4;border-radius:#3#;"
                   "padding:0 #12#;min-height:#22#;}"
                   "QMenu QPushButton:hover{background-color:white;}"
