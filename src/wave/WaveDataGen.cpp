@@ -29,8 +29,7 @@ WaveDataGen::~WaveDataGen()
     gWaveGen = nullptr;
 }
 
-// ---- the window and what it shows
-// ------------------------------------------------------------------------------------
+// ---- the window and what it shows -------------------------------------------------------------------------
 
 double WaveDataGen::ratioSasPix() const
 {
@@ -81,8 +80,7 @@ void WaveDataGen::setAChnProbe(int chn, int factor)
     m_aChnProbes[chn] = factor;
 }
 
-// ---- sources and sizes
-// -----------------------------------------------------------------------------------------------
+// ---- sources and sizes ------------------------------------------------------------------------------------
 
 void WaveDataGen::setDataSource(const SmpData *source)
 {
@@ -164,8 +162,7 @@ void WaveDataGen::updateMetrics()
     m_input.metrics = metrics;
 }
 
-// ---- calls that change the window
-// ------------------------------------------------------------------------------------
+// ---- calls that change the window -------------------------------------------------------------------------
 
 std::int64_t WaveDataGen::sampleCount() const
 {
