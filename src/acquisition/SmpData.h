@@ -205,6 +205,13 @@ private:
     [[nodiscard]] const SmpEdgeRoot *tree(int chn) const;
     void startRecords(RecordState &state, std::uint32_t firstWord);
     [[nodiscard]] bool addRecord(Tails &tails, RecordState &state, std::uint32_t word, std::int64_t samples);
+    struct RleRun;
+    template<class Format>
+    void addPlainGroups(Tails &tails, RleRun &run, const std::uint8_t *end);
+    template<class Format>
+    [[nodiscard]] bool addOddGroup(Tails &tails, RleRun &run, std::size_t groupAt);
+    template<class Format>
+    [[nodiscard]] bool addRle(std::span<const std::uint8_t> bytes, RecordState &state, std::uint32_t &consumed);
     void firstSlices(std::span<const std::uint8_t> bytes);
 
     mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0

@@ -104,7 +104,10 @@ int SmpData::edgeNeighbours(int chn, std::int64_t pos, SmpEdgeInfo &info) const
 std::int64_t SmpData::entryAt(int chn, const SmpEdgeCursor &cursor, std::int64_t offset) const
 {
     const SmpEdgeRoot *root = tree(chn);
-    return root == nullptr ? -1 : positionOf(*root, globalIndex(cursor) + offset);
+    if (root == nullptr || offset < -maxPosition || offset > maxPosition) {
+        return -1;
+    }
+    return positionOf(*root, globalIndex(cursor) + offset);
 }
 
 std::int64_t SmpData::lastPosition(int chn) const

@@ -2,19 +2,20 @@
 
 #include "acquisition/SmpData.h"
 
+#include <algorithm>
 #include <cstdint>
 
 /// Searching forward in the tree of one closed channel. Private to this folder.
+///
+/// A line is drawn by one search a column, each from where the last one ended, so what counts is the number of distant
+/// cache lines that a search touches. It therefore takes the bounds of a leaf from the index arrays of the mid, which
+/// lie close together, guesses the entry by interpolation between them, and looks around there.
 namespace smpSeek {
 
-/// The first index in [low, high] for which `above` holds; `high` is taken to hold, unlooked at. `above` must be
-/// false up to some index and true from there on.
+/// The first index in (low, high] for which `above` holds, when it does not hold at `low` and does at `high`.
 template<class Above>
-[[nodiscard]] int firstAbove(int low, int high, const Above &above)
+[[nodiscard]] int bisect(int low, int high, const Above &above)
 {
-    if (low >= high || above(low)) {
-        return low;
-    }
     while (high - low > 1) {
         const int middle = low + (high - low) / 2;
         (above(middle) ? high : low) = middle;
@@ -22,31 +23,74 @@ template<class Above>
     return high;
 }
 
-/// The same as firstAbove(), for an answer that is often near `low`: the steps double until one is too far. On a dense
-/// channel the searches of a line then stay within the few cache lines between two columns.
+/// The same, looking around `guess` first, in steps that double. `guess` lies between the two.
 template<class Above>
-[[nodiscard]] int firstAboveNear(int low, int high, const Above &above)
+[[nodiscard]] int bisectNear(int low, int guess, int high, int step, const Above &above)
 {
-    for (int step = 16; high - low > step && !above(low); step *= 2) {
-        if (above(low + step)) {
-            return firstAbove(low, low + step, above);
+    if (above(guess)) {
+        high = guess;
+        for (int probe = guess - step; probe > low; probe -= step) {
+            if (!above(probe)) {
+                low = probe;
+                break;
+            }
+            high = probe;
+            step *= 2;
         }
-        low += step;
+    } else {
+        low = guess;
+        for (int probe = guess + step; probe < high; probe += step) {
+            if (above(probe)) {
+                high = probe;
+                break;
+            }
+            low = probe;
+            step *= 2;
+        }
     }
-    return firstAbove(low, high, above);
+    return bisect(low, high, above);
 }
 
-/// The first entry above `pos` in a leaf, from `hint` on; the last one if there is none before it.
-[[nodiscard]] inline int firstEntryAbove(const SmpEdgeLeaf &leaf, int hint, std::int64_t pos)
+/// The first index in [hint, last] for which `above` holds; at `last` it is taken to hold, unlooked at.
+template<class Above>
+[[nodiscard]] int firstFrom(int hint, int last, const Above &above)
 {
-    const int last = leaf.count - 1;
-    const std::uint8_t high = leaf.posHigh[hint];
-    // Nearly every leaf lies within one range of 32 bits: then the low words tell all.
-    if (high == leaf.posHigh[last] && pos >> 32 == high) {
-        const auto low = std::uint32_t(pos);
-        return firstAboveNear(hint, last, [&](int i) { return low < leaf.posLow[i]; });
+    if (hint >= last || above(hint)) {
+        return hint;
     }
-    return firstAboveNear(hint, last, [&](int i) { return pos < leaf.position(i); });
+    return bisectNear(hint, hint, last, 1, above);
+}
+
+/// Entries of one leaf that share the high byte of their position: only the low words are read.
+struct LowWords {
+    const SmpEdgeLeaf &leaf;
+    std::int64_t high; ///< the shared part, shifted up
+    [[nodiscard]] std::int64_t position(int index) const { return high | std::int64_t(leaf.posLow[index]); }
+};
+
+/// The first entry of a leaf above `pos`, from `hint` on. `last` is the leaf's last entry, at `lastPos`, at or above
+/// `pos`; it is the answer when no other is.
+template<class Entries>
+[[nodiscard]] int entryAbove(const Entries &entries, std::int64_t pos, int hint, int last, std::int64_t lastPos)
+{
+    constexpr int nearby = 8; // entries that share a cache line with the hint, or nearly
+    const auto above = [&](int index) { return pos < entries.position(index); };
+    if (hint >= last || above(hint)) {
+        return hint;
+    }
+    if (last - hint <= nearby || above(hint + nearby)) {
+        return bisect(hint, std::min(hint + nearby, last), above);
+    }
+    const std::int64_t hintPos = entries.position(hint);
+    if (lastPos <= hintPos) {
+        return bisect(hint, last, above);
+    }
+    // Two steps of interpolation: the first one lands about a square root of the way off, the second one beside it.
+    const double density = double(last - hint) / double(lastPos - hintPos);
+    const auto inside = [&](double index) { return int(std::clamp(index, double(hint), double(last - 1))); };
+    int guess = inside(double(hint) + double(pos - hintPos) * density);
+    guess = inside(double(guess) + double(pos - entries.position(guess)) * density);
+    return bisectNear(hint, guess, last, nearby / 2, above);
 }
 
 /// Moves `cursor` to the first entry above `pos`, or to the end mark when `pos` is there, never backwards. The cursor
@@ -57,13 +101,21 @@ template<class Above>
     if (pos < 0 || pos > root.midLast[lastMid]) {
         return -1;
     }
-    const int m = firstAbove(cursor.root, lastMid, [&](int i) { return pos < root.midLast[i]; });
+    const int m = firstFrom(cursor.root, lastMid, [&](int i) { return pos < root.midLast[i]; });
     const SmpEdgeMid &mid = *root.mids[m];
     const int leafHint = m == cursor.root ? cursor.mid : 0;
-    const int l = firstAbove(leafHint, mid.leafCount - 1, [&](int i) { return pos < mid.leafLast[i]; });
+    const int l = firstFrom(leafHint, mid.leafCount - 1, [&](int i) { return pos < mid.leafLast[i]; });
     const SmpEdgeLeaf &leaf = *mid.leaves[l];
     const int entryHint = m == cursor.root && l == leafHint ? cursor.leaf : 0;
-    const int e = firstEntryAbove(leaf, entryHint, pos);
+
+    // All leaves but a channel's last one are full.
+    const bool full = m < lastMid || l < mid.leafCount - 1;
+    const int last = (full ? SmpEdgeLeaf::capacity : leaf.count) - 1;
+    const std::int64_t lastPos = mid.leafLast[l];
+    const std::int64_t beforeFirst = l > 0 ? mid.leafLast[l - 1] : m > 0 ? root.midLast[m - 1] : 0;
+    const int e = beforeFirst >> 32 == lastPos >> 32
+                      ? entryAbove(LowWords{leaf, lastPos >> 32 << 32}, pos, entryHint, last, lastPos)
+                      : entryAbove(leaf, pos, entryHint, last, lastPos);
     cursor = {m, l, e};
     return (root.startLevel + e) & 1;
 }

@@ -1,0 +1,1 @@
+lux_bench(bench_SmpData LINK lux_acquisition)
