@@ -73,7 +73,8 @@ QString boolListPut(const bool *array, int count);
 /// `flags` comes in sized to the model's channels and filled with the defaults; `analog` selects the analog key.
 void chnEnableGet(const QString &model, QVector<bool> &flags, bool analog);
 void chnEnablePut(const QString &model, const QVector<bool> &flags, bool analog);
-/// `kinds` comes in sized to the model's channels; kinds above 4 read as 0, negative ones stay.
+/// `kinds` comes in sized to the model's channels; kinds above 4 and those not stored read as 0, negative
+/// ones stay.
 void chnTrigGet(const QString &model, QVector<int> &kinds, bool analog);
 void chnTrigPut(const QString &model, const QVector<int> &kinds, bool analog);
 

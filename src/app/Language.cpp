@@ -9,7 +9,7 @@
 #include <QHash>
 #include <QLocale>
 
-#include <memory>
+#include <algorithm>
 
 namespace {
 
@@ -75,7 +75,8 @@ LanguageIndex &current()
 /// A code names a file of the directory, never one elsewhere.
 bool isPlainName(const QString &code)
 {
-    return !code.isEmpty() && !code.contains(QLatin1Char('/')) && !code.contains(QLatin1Char('\\'));
+    const QString separators = QStringLiteral("/\\:");
+    return !code.isEmpty() && std::none_of(code.cbegin(), code.cend(), [&](QChar c) { return separators.contains(c); });
 }
 
 /// Length of the leading part of digits, points and blanks.

@@ -92,6 +92,8 @@ private slots:
     void anUnusableFileGivesEnglishAndKeepsTheChoice_data();
     void anUnusableFileGivesEnglishAndKeepsTheChoice();
     void aCodeNeverNamesAFileElsewhere();
+    void aCodeWithASeparatorOfAnySystemIsNoFile_data();
+    void aCodeWithASeparatorOfAnySystemIsNoFile();
     void aFileNeedNotNameItsOwnCode();
     void loadingFromTheProgramsDirectoryWithoutFilesGivesEnglish();
 
@@ -259,6 +261,27 @@ void TstLanguage::aCodeNeverNamesAFileElsewhere()
     languageLoadFrom(m_dir->filePath(QStringLiteral("inner")), QLocale::c());
     QCOMPARE(::tr("Open"), QStringLiteral("Open"));
     globalSet(QStringLiteral("userLang"), m_dir->filePath(QStringLiteral("de")));
+    languageLoadFrom(m_dir->path(), QLocale::c());
+    QCOMPARE(::tr("Open"), QStringLiteral("Open"));
+}
+
+void TstLanguage::aCodeWithASeparatorOfAnySystemIsNoFile_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::newRow("colon") << QStringLiteral("C:de");
+    QTest::newRow("backslash") << QStringLiteral("x\\de");
+}
+
+void TstLanguage::aCodeWithASeparatorOfAnySystemIsNoFile()
+{
+    QFETCH(QString, code);
+    QFile file(m_dir->filePath(code + QStringLiteral(".xml"))); // here, a plain name
+    if (!file.open(QIODevice::WriteOnly)) {
+        QSKIP("this system allows no such name");
+    }
+    QVERIFY(file.write("<language><head/><lux><t src=\"Open\">X</t></lux></language>") > 0);
+    file.close();
+    globalSet(QStringLiteral("userLang"), code);
     languageLoadFrom(m_dir->path(), QLocale::c());
     QCOMPARE(::tr("Open"), QStringLiteral("Open"));
 }
