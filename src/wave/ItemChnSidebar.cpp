@@ -101,6 +101,7 @@ void ItemChnSidebar::setAnalyzerLabel(const QString &label)
     layout->setRowStretch(0, label.isEmpty() ? 1 : 0);
     layout->setRowStretch(1, label.isEmpty() ? 0 : 1);
     showElided(*analyzerLabel, label);
+    analyzerLabel->setToolTip(label.toHtmlEscaped());
 }
 
 void ItemChnSidebar::showElided(QLabel &label, const QString &text)

@@ -183,6 +183,10 @@ void MainView::placeRow(int chn)
 
 void MainView::setTimeWidth()
 {
+    // An analog model keeps its time span from one width to the next: the arbitrary width of a widget that has never
+    // been shown must not be where it begins.
+    if (!m_sized && !gDev->aChnEnable.isEmpty())
+        return;
     const int oldWidth = waveGen->viewWidth();
     waveGen->setViewWidth(waveView->width() / uiScale());
     if (gDev->aChnEnable.isEmpty())
@@ -202,6 +206,7 @@ void MainView::setAnalogTimeWidth(int oldWidth, int deviceWidth)
 void MainView::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
+    m_sized = true;
     layoutRows();
 }
 

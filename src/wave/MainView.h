@@ -8,6 +8,9 @@
 #include <QVector>
 #include <QWidget>
 
+#include <cstdint>
+#include <vector>
+
 class ItemChnSidebar;
 class ItemWaveArrow;
 class ItemWaveBackground;
@@ -123,6 +126,7 @@ private:
 
     bool dragged = false; ///< the mouse has moved since the last press
     QPoint pressPos;      ///< anchor of the drag
+    bool m_sized = false; ///< the window has given this widget its size
     const QStringList freqUnits;
     const QStringList timeUnits;
 };

@@ -197,6 +197,7 @@ void TstMainView::theAnalogModelStartsAtOneSamplePerPixelWithTimeZeroInTheMiddle
 {
     const MainViewDesk desk(analogModel);
     QCOMPARE(desk.gen.viewWidth(), 1000);
+    QCOMPARE(desk.gen.ratioSasPix(), 1.0);
     const double middle = desk.gen.viewStart() + 500 * desk.gen.ratioSasPix();
     QCOMPARE(middle + 1.0, 1.0);
 }
@@ -262,6 +263,7 @@ void TstMainView::labelsOfDecodersAreTakenOnlyForAllChannelsAtOnce()
     QCOMPARE(label(2)->text(), QString());
     desk.view.slotAnalyzerItemChanged(labels);
     QCOMPARE(label(2)->text(), QStringLiteral("I2C - SDA"));
+    QCOMPARE(label(2)->toolTip(), QStringLiteral("I2C - SDA"));
     QVERIFY(label(2)->isVisible());
     QVERIFY(!label(3)->isVisible());
 }
