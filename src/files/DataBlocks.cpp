@@ -238,8 +238,7 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
         head.chnCount != data.chnCount)
         return DataBlocksResult::HeadRefused;
 
-    data.open();
-    data.clear();
+    data.clear(); // which waits for the readers and closes the store to new ones
     data.smpCount = head.smpCount;
     data.smpFrequ = head.smpFrequ;
     data.trgPos = head.trgPos;

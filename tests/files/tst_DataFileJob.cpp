@@ -3,117 +3,14 @@
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
+#include "files/ScriptedDialog.h"
 
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QTest>
 
-#include <functional>
-#include <memory>
-#include <thread>
-
 using Entries = std::vector<std::int64_t>;
 
-namespace {
-
-/// What the scripted dialogs of one test have seen. Main thread.
-struct DialogLog {
-    QStringList texts;        ///< title, label and button of each
-    std::vector<int> reports; ///< all percentages, in the order of their arrival
-    bool wrongThread = false; ///< a report that did not arrive on the main thread
-    int open = 0;             ///< dialogs that live
-};
-
-/// A dialog that does in exec() what the test says.
-class ScriptedDialog : public JobDialog {
-public:
-    using Script = std::function<bool(ScriptedDialog &)>;
-
-    ScriptedDialog(DialogLog &log, Script script) : m_log(log), m_script(std::move(script)) { ++m_log.open; }
-    ~ScriptedDialog() override { --m_log.open; }
-    ScriptedDialog(const ScriptedDialog &) = delete;
-    ScriptedDialog &operator=(const ScriptedDialog &) = delete;
-
-    void setProgress(int percent) override
-    {
-        m_log.wrongThread |= QThread::currentThread() != QCoreApplication::instance()->thread();
-        m_log.reports.push_back(percent);
-        if (percent == 100)
-            m_loop.exit();
-    }
-    bool exec() override { return m_script(*this); }
-    /// Processes events until 100 has arrived.
-    bool runToTheEnd()
-    {
-        m_loop.exec();
-        return true;
-    }
-
-private:
-    DialogLog &m_log;
-    Script m_script;
-    QEventLoop m_loop;
-};
-
-JobDialogFactory scripted(DialogLog &log, ScriptedDialog::Script script)
-{
-    return [&log, script](const QString &title, const QString &label, const QString &button) {
-        log.texts << title << label << button;
-        return std::make_unique<ScriptedDialog>(log, script);
-    };
-}
-
-const ScriptedDialog::Script acceptAtTheEnd = [](ScriptedDialog &dialog) { return dialog.runToTheEnd(); };
-
-/// Brings the dialog's rejection and a certain report of the job together.
-class Crossing {
-public:
-    /// A dialog that is rejected as soon as the job stands in its report.
-    [[nodiscard]] ScriptedDialog::Script script()
-    {
-        return [this](ScriptedDialog &) {
-            while (!m_inReport)
-                std::this_thread::yield();
-            return false;
-        };
-    }
-    /// On the job's thread, within a report: goes on only when the main thread has cancelled the job.
-    void holdUntilCancelled(const DataFile &file)
-    {
-        m_inReport = true;
-        while (file.cancelled.load() == 0)
-            std::this_thread::yield();
-    }
-
-private:
-    std::atomic<bool> m_inReport{false};
-};
-
-/// A small data file's binary part.
-QByteArray smallPart()
-{
-    return DataFileBytes(8).block(0, 0, {5, 1000}).bytes();
-}
-
-/// A capture of `entries` entries in channel 0, the end mark included.
-std::unique_ptr<SmpData> captureOf(int entries)
-{
-    return CaptureBuilder(8).samples(2 * std::int64_t(entries)).channel(0, 0, stairs(1, 2, entries - 1)).build();
-}
-
-/// Collects the reports on the thread that makes them; `then` runs there after each.
-void collect(DataFile &file, std::vector<int> &reports, std::function<void(int)> then = {})
-{
-    QObject::connect(&file, &DataFile::sigReportProgress, [&reports, then](int percent) {
-        reports.push_back(percent);
-        if (then)
-            then(percent);
-    });
-}
-
-} // namespace
-
-/// Jobs on the thread of their own: progress, cancel, and the dialog in front of them.
+/// Jobs on the thread of their own: progress, and the dialog in front of them.
 class TstDataFileJob : public QObject {
     Q_OBJECT
 private slots:
@@ -134,40 +31,15 @@ private slots:
     void withoutADialogTheJobIsWaitedFor();
     void aModeWithoutAJobFails_data();
     void aModeWithoutAJobFails();
-    void aCancelledLoadStopsWithinOnePieceWithoutAReport();
-    void aCancelledSaveStopsWithinOnePieceAndLeavesAPartialFile();
-    void aRejectedDialogCancelsTheRunningLoadAndEmptiesTheStore();
-    void aRejectedDialogCancelsTheRunningSave();
-    void aCancelThatCrossesTheEndOfTheJobIsTooLate();
-    void aDialogRejectedBehindTheEndOfTheJobCancelsNothing();
-    void aCancelOfAnEarlierJobIsForgotten();
-    void readersAreRefusedWhileALoadRunsAndAdmittedAfterIt();
-    void aLoadWaitsForTheReadersOfTheFormerCapture();
-    void aSaveKeepsItsCaptureReadable();
-    void destroyingTheObjectEndsAJobThatStillRuns();
 
 private:
-    /// Opens the big file at its binary part, for a job that is started by hand.
-    void openBig(DataFile &file);
-
-    static constexpr int bigEntries = 10'000'000;
-    FileFolder m_folder;
-    QString m_big; ///< loads behind the dialog: a little above the limit
+    BigFile m_big;
 };
 
 void TstDataFileJob::initTestCase()
 {
     memBudget = std::int64_t(4) << 30;
-    m_big = m_folder.write(
-        DataFileBytes(8).samples(2 * std::int64_t(bigEntries)).block(0, 0, stairs(1, 2, bigEntries)).bytes(),
-        QStringLiteral("big.cxdat"));
-    QVERIFY(!m_big.isEmpty());
-}
-
-void TstDataFileJob::openBig(DataFile &file)
-{
-    file.file.setFileName(m_big);
-    QVERIFY(file.file.open(QIODevice::ReadOnly));
+    QVERIFY(!m_big.path.isEmpty());
 }
 
 void TstDataFileJob::thePercentageCountsWholeUnitsAndStopsAtNinetyNine_data()
@@ -211,7 +83,7 @@ void TstDataFileJob::aFileLoadsBehindTheDialogFromTheLimitOn()
     QFETCH(int, dialogs);
     // What stands in front of the binary part counts too.
     const qint64 headSize = size - smallPart().size();
-    const QString path = m_folder.write(QByteArray(int(headSize), '\n') + smallPart());
+    const QString path = m_big.folder.write(QByteArray(int(headSize), '\n') + smallPart());
     DialogLog log;
     SmpData data(8, 0);
     DataFile file(&data, scripted(log, acceptAtTheEnd));
@@ -249,11 +121,11 @@ void TstDataFileJob::reportsRiseToOneHundredOnTheMainThread()
     DialogLog log;
     SmpData data(8, 0);
     DataFile file(&data, scripted(log, acceptAtTheEnd));
-    QVERIFY(file.loadData(m_big, 0));
+    QVERIFY(file.loadData(m_big.path, 0));
     QVERIFY(!log.wrongThread);
     QCOMPARE(log.reports, (std::vector<int>{10, 20, 30, 40, 50, 60, 70, 80, 90, 99, 100}));
     QVERIFY(data.complete);
-    QCOMPARE(data.entryCount(0), bigEntries + 1);
+    QCOMPARE(data.entryCount(0), BigFile::entries + 1);
     QVERIFY(!file.file.isOpen());
 }
 
@@ -266,7 +138,7 @@ void TstDataFileJob::aSaveInTheBackgroundReportsByEntries()
     file.chnSelect = select.data();
     file.setRange(0, double(data->smpCount));
     QCOMPARE(file.edgeTotal(), 3'000'000);
-    file.file.setFileName(m_folder.path(QStringLiteral("saved.cxdat")));
+    file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
     QVERIFY(file.runWithDialog(DataFile::Mode::SaveData));
     QVERIFY(!log.wrongThread);
@@ -280,13 +152,13 @@ void TstDataFileJob::aDirectJobReportsNothingButTheEnd()
     SmpData data(8, 0);
     DataFile file(&data);
     collect(file, reports);
-    QVERIFY(
-        file.loadData(m_folder.write(DataFileBytes(8).samples(900'000).block(0, 0, stairs(1, 1, 800'000)).bytes()), 0));
+    QVERIFY(file.loadData(
+        m_big.folder.write(DataFileBytes(8).samples(900'000).block(0, 0, stairs(1, 1, 800'000)).bytes()), 0));
     QCOMPARE(reports, (std::vector<int>{100}));
     const std::vector<std::uint8_t> select(8, 1);
     file.chnSelect = select.data();
     file.setRange(0, 900'000);
-    file.file.setFileName(m_folder.path(QStringLiteral("saved.cxdat")));
+    file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
     QVERIFY(file.saveData());
     QCOMPARE(reports, (std::vector<int>{100, 100}));
@@ -310,7 +182,7 @@ void TstDataFileJob::aFailedJobClosesItsDialog()
     DialogLog log;
     const auto data = captureOf(2);
     DataFile file(data.get(), scripted(log, acceptAtTheEnd));
-    file.file.setFileName(m_folder.write(bytes));
+    file.file.setFileName(m_big.folder.write(bytes));
     QVERIFY(bytes.isEmpty() || file.file.open(QIODevice::ReadOnly));
     QVERIFY(!file.runWithDialog(DataFile::Mode(job)));
     QCOMPARE(log.reports, (std::vector<int>{100}));
@@ -321,7 +193,7 @@ void TstDataFileJob::aRefusedHeadClosesTheDialogAndKeepsTheCapture()
     DialogLog log;
     auto data = CaptureBuilder(16).channel(0, 0, {7}).build(); // the file is of a model with 8
     DataFile file(data.get(), scripted(log, acceptAtTheEnd));
-    QVERIFY(!file.loadData(m_big, 0));
+    QVERIFY(!file.loadData(m_big.path, 0));
     QCOMPARE(log.reports, (std::vector<int>{100}));
     QVERIFY(data->complete);
     QCOMPARE(entriesOf(*data, 0), (Entries{7, 1000}));
@@ -343,8 +215,8 @@ void TstDataFileJob::withoutADialogTheJobIsWaitedFor()
     int events = 0; // handled while the load runs
     QMetaObject::invokeMethod(
         &file, [&events] { ++events; }, Qt::QueuedConnection);
-    QVERIFY(file.loadData(m_big, 0));
-    QCOMPARE(data.entryCount(0), bigEntries + 1);
+    QVERIFY(file.loadData(m_big.path, 0));
+    QCOMPARE(data.entryCount(0), BigFile::entries + 1);
     QCOMPARE(events, 0);
 }
 
@@ -360,202 +232,11 @@ void TstDataFileJob::aModeWithoutAJobFails()
     QFETCH(int, job);
     const auto data = captureOf(2);
     DataFile file(data.get());
-    file.file.setFileName(m_folder.path(QStringLiteral("saved.cxdat")));
+    file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
     QVERIFY(file.runWithDialog(DataFile::Mode::SaveData));
     QVERIFY(!file.runWithDialog(DataFile::Mode(job)));
     QCOMPARE(entriesOf(*data, 0), (Entries{1, 4}));
-}
-
-void TstDataFileJob::aCancelledLoadStopsWithinOnePieceWithoutAReport()
-{
-    std::vector<int> reports;
-    SmpData data(8, 0);
-    DataFile file(&data);
-    std::int64_t cancelledAt = 0;
-    collect(file, reports, [&](int percent) {
-        if (percent == 20) {
-            file.cancelled = 1;
-            cancelledAt = file.file.pos();
-        }
-    });
-    openBig(file);
-    QVERIFY(!file.runWithDialog(DataFile::Mode::Load));
-    QCOMPARE(reports, (std::vector<int>{10, 20}));
-    QVERIFY(cancelledAt >= 10'000'000 && cancelledAt < 10'000'000 + dataReadPiece);
-    QCOMPARE(file.file.pos(), cancelledAt);
-    QVERIFY(!data.complete);
-}
-
-void TstDataFileJob::aCancelledSaveStopsWithinOnePieceAndLeavesAPartialFile()
-{
-    std::vector<int> reports;
-    const auto data = captureOf(3'000'000);
-    const std::vector<std::uint8_t> select(8, 1);
-    DataFile file(data.get());
-    collect(file, reports, [&file](int percent) { file.cancelled = percent == 33; });
-    file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
-    QCOMPARE(file.edgeTotal(), 3'000'000);
-    const QString path = m_folder.path(QStringLiteral("saved.cxdat"));
-    file.file.setFileName(path);
-    QVERIFY(file.file.open(QIODevice::WriteOnly));
-    QVERIFY(!file.runWithDialog(DataFile::Mode::SaveData));
-    QCOMPARE(reports, (std::vector<int>{33}));
-    const qint64 written = QFileInfo(path).size();
-    QVERIFY(written >= 5'000'000 && written < 5'000'000 + dataReadPiece);
-    QVERIFY(data->complete);
-}
-
-void TstDataFileJob::aRejectedDialogCancelsTheRunningLoadAndEmptiesTheStore()
-{
-    DialogLog log;
-    Crossing crossing;
-    std::vector<int> reports;
-    auto data = captureOf(2);
-    DataFile file(data.get(), scripted(log, crossing.script()));
-    collect(file, reports, [&](int) { crossing.holdUntilCancelled(file); });
-    QVERIFY(!file.loadData(m_big, 0));
-    QCOMPARE(reports, (std::vector<int>{10}));
-    QCOMPARE(log.reports, std::vector<int>());
-    QCOMPARE(log.open, 0);
-    QVERIFY(data->complete);
-    QCOMPARE(data->smpCount, 0);
-    QVERIFY(data->chnRoots[0] == nullptr);
-}
-
-void TstDataFileJob::aRejectedDialogCancelsTheRunningSave()
-{
-    DialogLog log;
-    Crossing crossing;
-    std::vector<int> reports;
-    const auto data = captureOf(3'000'000);
-    const std::vector<std::uint8_t> select(8, 1);
-    DataFile file(data.get(), scripted(log, crossing.script()));
-    collect(file, reports, [&](int) { crossing.holdUntilCancelled(file); });
-    file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
-    QCOMPARE(file.edgeTotal(), 3'000'000);
-    file.file.setFileName(m_folder.path(QStringLiteral("saved.cxdat")));
-    QVERIFY(file.file.open(QIODevice::WriteOnly));
-    QVERIFY(!file.runWithDialog(DataFile::Mode::SaveData));
-    QCOMPARE(reports, (std::vector<int>{33}));
-    QVERIFY(data->complete);
-    QCOMPARE(data->entryCount(0), 3'000'000);
-}
-
-void TstDataFileJob::aCancelThatCrossesTheEndOfTheJobIsTooLate()
-{
-    DialogLog log;
-    Crossing crossing;
-    std::vector<int> reports;
-    SmpData data(8, 0);
-    DataFile file(&data, scripted(log, crossing.script()));
-    collect(file, reports, [&](int percent) {
-        if (percent == 100)
-            crossing.holdUntilCancelled(file);
-    });
-    QVERIFY(file.loadData(m_big, 0));
-    QCOMPARE(file.cancelled.load(), 1);
-    QCOMPARE(data.entryCount(0), bigEntries + 1);
-    QCOMPARE(log.reports, std::vector<int>());
-}
-
-void TstDataFileJob::aDialogRejectedBehindTheEndOfTheJobCancelsNothing()
-{
-    DialogLog log;
-    SmpData data(8, 0);
-    DataFile *job = nullptr;
-    DataFile file(&data, scripted(log, [&job](ScriptedDialog &) {
-        job->wait();
-        return false;
-    }));
-    job = &file;
-    QVERIFY(file.loadData(m_big, 0));
-    QCOMPARE(file.cancelled.load(), 0);
-    QCOMPARE(data.entryCount(0), bigEntries + 1);
-}
-
-void TstDataFileJob::aCancelOfAnEarlierJobIsForgotten()
-{
-    SmpData data(8, 0);
-    DataFile file(&data);
-    const auto cancel = QObject::connect(&file, &DataFile::sigReportProgress, [&file](int) { file.cancelled = 1; });
-    QVERIFY(!file.loadData(m_big, 0));
-    QObject::disconnect(cancel);
-    QVERIFY2(file.loadData(m_folder.write(smallPart()), 0), "a direct job does not look at the flag");
-    QVERIFY2(file.loadData(m_big, 0), "one in the background begins with a fresh one");
-    QCOMPARE(data.entryCount(0), bigEntries + 1);
-}
-
-void TstDataFileJob::readersAreRefusedWhileALoadRunsAndAdmittedAfterIt()
-{
-    std::vector<int> reports;
-    auto data = captureOf(2);
-    DataFile file(data.get());
-    int admitted = 0;
-    collect(file, reports, [&](int) { admitted += bool(SmpReadLock(data.get())) + (data->sampleCount() != 0); });
-    QVERIFY(bool(SmpReadLock(data.get())));
-    QVERIFY(file.loadData(m_big, 0));
-    QCOMPARE(reports.size(), std::size_t(11));
-    QCOMPARE(admitted, 0);
-    QVERIFY(bool(SmpReadLock(data.get())));
-}
-
-void TstDataFileJob::aLoadWaitsForTheReadersOfTheFormerCapture()
-{
-    auto data = CaptureBuilder(8).channel(0, 0, {7}).build();
-    const QString path = m_folder.write(smallPart());
-    std::atomic<bool> reading{false};
-    Entries seen;
-    std::thread reader([&] {
-        const SmpReadLock lock(data.get());
-        reading = bool(lock);
-        while (data->complete)
-            std::this_thread::yield();
-        seen = entriesOf(*data, 0); // the load waits by now
-    });
-    while (!reading)
-        std::this_thread::yield();
-    DataFile file(data.get());
-    const bool loaded = file.loadData(path, 0);
-    reader.join();
-    QVERIFY(loaded);
-    QCOMPARE(seen, (Entries{7, 1000}));
-    QCOMPARE(entriesOf(*data, 0), (Entries{5, 1000}));
-}
-
-void TstDataFileJob::aSaveKeepsItsCaptureReadable()
-{
-    std::vector<int> reports;
-    const auto data = captureOf(1000);
-    const std::vector<std::uint8_t> select(8, 1);
-    DataFile file(data.get());
-    int admitted = 0;
-    collect(file, reports, [&](int) { admitted += bool(SmpReadLock(data.get())); });
-    file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
-    file.file.setFileName(m_folder.path(QStringLiteral("saved.cxdat")));
-    QVERIFY(file.file.open(QIODevice::WriteOnly));
-    QVERIFY(file.runWithDialog(DataFile::Mode::SaveData));
-    QCOMPARE(reports, (std::vector<int>{100}));
-    QCOMPARE(admitted, 1);
-}
-
-void TstDataFileJob::destroyingTheObjectEndsAJobThatStillRuns()
-{
-    SmpData data(8, 0);
-    Crossing crossing;
-    bool held = false;
-    {
-        DataFile file(&data);
-        QObject::connect(&file, &DataFile::sigReportProgress, [&](int) {
-            crossing.holdUntilCancelled(file);
-            held = true;
-        });
-        file.start(); // nothing is open: the job fails, and is held in its last report
-    }
-    QVERIFY(held);
 }
 
 QTEST_GUILESS_MAIN(TstDataFileJob)

@@ -4,78 +4,19 @@
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
+#include "files/DataFileSaved.h"
 
-#include <QFileInfo>
 #include <QTest>
 
 #include <cmath>
-#include <limits>
-
-#ifdef Q_OS_UNIX
-#include <csignal>
-#include <sys/resource.h>
-#endif
 
 using Entries = std::vector<std::int64_t>;
 
-namespace {
-
-/// Saves a range of `data` into a new file, which becomes the result; empty when the save fails.
-QByteArray saved(SmpData &data, const std::vector<std::uint8_t> &select, double start, double end)
-{
-    const FileFolder folder;
-    DataFile file(&data);
-    file.chnSelect = select.data();
-    file.setRange(start, end);
-    file.file.setFileName(folder.path(QStringLiteral("a.cxdat")));
-    if (!file.file.open(QIODevice::Append) || !file.saveData())
-        return {};
-    file.file.close();
-    return folder.read();
-}
-
-#ifdef Q_OS_UNIX
-/// While it lives no file of this process grows beyond `bytes`, as on a disk with so much room left.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(int bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit limited = m_before;
-        limited.rlim_cur = rlim_t(bytes);
-        setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit m_before{};
-    void (*m_handler)(int);
-};
-#endif
-
-std::vector<std::uint8_t> all(int chnCount)
-{
-    return std::vector<std::uint8_t>(std::size_t(chnCount), 1);
-}
-
-} // namespace
-
-/// The range of a save, and the bytes that it writes.
+/// The bytes that a save writes.
 class TstDataFileSave : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void theRangeIsSwappedLimitedAndNeverEmpty_data();
-    void theRangeIsSwappedLimitedAndNeverEmpty();
-    void aRangeWithoutACaptureIsTheFirstSample();
-    void theEntriesOfASaveAreCountedWithOneEndMarkAChannel();
-    void nothingIsCountedWithoutASelectionOrACapture();
     void aSaveWritesTheHeadAndAscendingBlocks();
     void theDocumentedExampleIsWhatIsWritten();
     void aSaveAppendsBehindTheSettingsBlock();
@@ -93,100 +34,11 @@ private slots:
     void piecesAndLeavesLeaveNoSeamInTheFile();
     void saveLoadSaveGivesTheSameBytes_data();
     void saveLoadSaveGivesTheSameBytes();
-    void aReversedRangeFails();
-    void aSaveWithoutAClosedCaptureFails();
-    void aSaveToAClosedFileFails();
-    void aSaveToAFileOpenForReadingFails();
-    void aDiskThatIsFullAfterSomeBytesFailsTheSave_data();
-    void aDiskThatIsFullAfterSomeBytesFailsTheSave();
-    void aDeviceThatIsAlwaysFullFailsTheSave_data();
-    void aDeviceThatIsAlwaysFullFailsTheSave();
 };
 
 void TstDataFileSave::initTestCase()
 {
     memBudget = std::int64_t(4) << 30;
-}
-
-void TstDataFileSave::theRangeIsSwappedLimitedAndNeverEmpty_data()
-{
-    constexpr double inf = std::numeric_limits<double>::infinity();
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    QTest::addColumn<double>("start");
-    QTest::addColumn<double>("end");
-    QTest::addColumn<qint64>("first");
-    QTest::addColumn<qint64>("last");
-    QTest::newRow("all") << 0.0 << 1000.0 << qint64(0) << qint64(999);
-    QTest::newRow("reversed") << 1000.0 << 0.0 << qint64(0) << qint64(999);
-    QTest::newRow("outside on both sides") << -5.0 << 2000.0 << qint64(0) << qint64(999);
-    QTest::newRow("fractions widen") << 9.9 << 20.1 << qint64(9) << qint64(20);
-    QTest::newRow("whole end is exclusive") << 9.0 << 20.0 << qint64(9) << qint64(19);
-    QTest::newRow("empty holds one") << 7.0 << 7.0 << qint64(7) << qint64(7);
-    QTest::newRow("empty between two samples") << 7.5 << 7.5 << qint64(7) << qint64(7);
-    QTest::newRow("empty at zero") << 0.0 << 0.0 << qint64(0) << qint64(0);
-    QTest::newRow("empty at the end") << 1000.0 << 1000.0 << qint64(1000) << qint64(1000);
-    QTest::newRow("wholly before") << -9.0 << -3.0 << qint64(0) << qint64(0);
-    QTest::newRow("wholly behind") << 5000.0 << 6000.0 << qint64(1000) << qint64(1000);
-    QTest::newRow("infinite") << -inf << inf << qint64(0) << qint64(999);
-    QTest::newRow("infinite reversed") << inf << -inf << qint64(0) << qint64(999);
-    QTest::newRow("huge") << -1e300 << 1e300 << qint64(0) << qint64(999);
-    QTest::newRow("no number at the start") << nan << 10.0 << qint64(0) << qint64(9);
-    QTest::newRow("no number at the end") << 10.0 << nan << qint64(0) << qint64(9);
-    QTest::newRow("no numbers") << nan << nan << qint64(0) << qint64(0);
-}
-
-void TstDataFileSave::theRangeIsSwappedLimitedAndNeverEmpty()
-{
-    QFETCH(double, start);
-    QFETCH(double, end);
-    QFETCH(qint64, first);
-    QFETCH(qint64, last);
-    const auto data = CaptureBuilder(8).samples(1000).build();
-    DataFile file(data.get());
-    file.setRange(start, end);
-    QCOMPARE(qint64(file.posStart), first);
-    QCOMPARE(qint64(file.posEnd), last);
-    QCOMPARE(qint64(file.smpTotal), last - first + 1);
-}
-
-void TstDataFileSave::aRangeWithoutACaptureIsTheFirstSample()
-{
-    SmpData data(8, 0);
-    data.smpCount = 500; // a capture that fills
-    DataFile file(&data);
-    file.setRange(0, 500);
-    QCOMPARE(file.posStart, 0);
-    QCOMPARE(file.posEnd, 0);
-}
-
-void TstDataFileSave::theEntriesOfASaveAreCountedWithOneEndMarkAChannel()
-{
-    const auto data = CaptureBuilder(8).channel(0, 0, {10, 20, 30}).channel(1, 0, {20}).channel(2, 0).build();
-    DataFile file(data.get());
-    auto select = all(8);
-    file.chnSelect = select.data();
-    file.setRange(0, 1000);
-    QCOMPARE(file.edgeTotal(), 4 + 2 + 1);
-    QCOMPARE(file.workTotal, 7);
-    file.setRange(10, 30); // the edge at 10 is part of the level, that at 30 lies behind
-    QCOMPARE(file.edgeTotal(), 2 + 2 + 1);
-    select[0] = 0;
-    QCOMPARE(file.edgeTotal(), 2 + 1);
-}
-
-void TstDataFileSave::nothingIsCountedWithoutASelectionOrACapture()
-{
-    const auto data = CaptureBuilder(8).channel(0, 0, {10}).build();
-    DataFile file(data.get());
-    file.workTotal = 9;
-    file.setRange(0, 1000);
-    QCOMPARE(file.edgeTotal(), 0);
-    QCOMPARE(file.workTotal, 0);
-    const auto select = all(8);
-    file.chnSelect = select.data();
-    QCOMPARE(file.edgeTotal(), 2);
-    data->open();
-    QCOMPARE(file.edgeTotal(), 0);
 }
 
 void TstDataFileSave::aSaveWritesTheHeadAndAscendingBlocks()
@@ -384,110 +236,6 @@ void TstDataFileSave::saveLoadSaveGivesTheSameBytes()
     DataFile partFile(&partData);
     QVERIFY(partFile.loadData(folder.write(part), 0));
     QVERIFY(saved(partData, all(chnCount), 0, double(partData.smpCount)) == part);
-}
-
-void TstDataFileSave::aReversedRangeFails()
-{
-    const FileFolder folder;
-    const auto data = CaptureBuilder(8).channel(0, 0, {1}).build();
-    DataFile file(data.get());
-    file.posStart = 10;
-    file.posEnd = 9;
-    file.file.setFileName(folder.path(QStringLiteral("a.cxdat")));
-    QVERIFY(file.file.open(QIODevice::Append));
-    QVERIFY(!file.saveData());
-    file.file.close();
-    QCOMPARE(folder.read(), QByteArray());
-}
-
-void TstDataFileSave::aSaveWithoutAClosedCaptureFails()
-{
-    SmpData data(8, 0);
-    QCOMPARE(saved(data, all(8), 0, 0), QByteArray());
-    data.finish(0);
-    QCOMPARE(saved(data, all(8), 0, 0).size(), DataFileHead::size);
-}
-
-void TstDataFileSave::aSaveToAClosedFileFails()
-{
-    const auto data = CaptureBuilder(8).channel(0, 0, {1}).build();
-    DataFile file(data.get());
-    file.setRange(0, 1000);
-    QVERIFY(!file.saveData());
-}
-
-void TstDataFileSave::aSaveToAFileOpenForReadingFails()
-{
-    const FileFolder folder;
-    const auto data = CaptureBuilder(8).channel(0, 0, {1}).build();
-    DataFile file(data.get());
-    file.setRange(0, 1000);
-    file.file.setFileName(folder.write("as it was"));
-    QVERIFY(file.file.open(QIODevice::ReadOnly));
-    QVERIFY(!file.saveData());
-    file.file.close();
-    QCOMPARE(folder.read(), QByteArray("as it was"));
-}
-
-void TstDataFileSave::aDiskThatIsFullAfterSomeBytesFailsTheSave_data()
-{
-    QTest::addColumn<int>("room"); // bytes
-    for (const int room : {0, 20, 39, 40, 50, 56, 60, 204'835, 204'836, 204'837, 300'000, 499'999, 500'055})
-        QTest::newRow(qPrintable(QString::number(room))) << room;
-}
-
-void TstDataFileSave::aDiskThatIsFullAfterSomeBytesFailsTheSave()
-{
-#ifdef Q_OS_UNIX
-    QFETCH(int, room);
-    const FileFolder folder;
-    const auto data = CaptureBuilder(8).samples(1'000'000).channel(0, 0, stairs(1, 1, 99'999)).build();
-    const auto select = all(8);
-    DataFile file(data.get());
-    file.chnSelect = select.data();
-    file.setRange(0, 1'000'000);
-    file.file.setFileName(folder.path(QStringLiteral("a.cxdat")));
-    QVERIFY(file.file.open(QIODevice::Append));
-    bool done = true;
-    {
-        const FileSizeLimit limit(room);
-        done = file.saveData();
-        file.file.close();
-    }
-    QVERIFY(!done);
-    QVERIFY(folder.read().size() <= room);
-    QCOMPARE(saved(*data, select, 0, 1'000'000).size(), 500'056); // with one byte more than the last row it fits
-#else
-    QSKIP("the size of files cannot be limited here");
-#endif
-}
-
-void TstDataFileSave::aDeviceThatIsAlwaysFullFailsTheSave_data()
-{
-    QTest::addColumn<int>("edges");
-    QTest::newRow("head alone") << -1;
-    QTest::newRow("within one buffer") << 10;
-    QTest::newRow("several pieces") << 100'000;
-}
-
-void TstDataFileSave::aDeviceThatIsAlwaysFullFailsTheSave()
-{
-    QFETCH(int, edges);
-    const QString full = QStringLiteral("/dev/full");
-    if (!QFile::exists(full) || QFileInfo(full).isFile())
-        QSKIP("this system has no device that is always full");
-    CaptureBuilder builder(8);
-    builder.samples(1'000'000);
-    if (edges >= 0)
-        builder.channel(0, 0, stairs(1, 1, edges));
-    const auto data = builder.build();
-    DataFile file(data.get());
-    const auto select = all(8);
-    file.chnSelect = select.data();
-    file.setRange(0, 1'000'000);
-    file.file.setFileName(full);
-    QVERIFY(file.file.open(QIODevice::Append));
-    QVERIFY(!file.saveData());
 }
 
 QTEST_GUILESS_MAIN(TstDataFileSave)
