@@ -156,8 +156,9 @@ bool DataFile::runWithDialog(Mode job)
     if (dialog && !dialog->exec() && isRunning())
         cancelled.store(1, std::memory_order_relaxed);
     wait();
+    const bool done = result.load(std::memory_order_acquire); // what the job wrote is the main thread's again
     background = false;
-    return result.load(std::memory_order_acquire);
+    return done;
 }
 
 void DataFile::run()
