@@ -28,7 +28,13 @@ DataFile::DataFile(SmpData *data, JobDialogFactory dialogs) : smpData(data), m_d
 DataFile::~DataFile()
 {
     cancelled.store(1, std::memory_order_relaxed);
+    static_cast<void>(joined());
+}
+
+bool DataFile::joined()
+{
     wait();
+    return result.load(std::memory_order_acquire);
 }
 
 int DataFile::percentOf(std::int64_t done, std::int64_t total, std::int64_t unit)
@@ -155,8 +161,7 @@ bool DataFile::runWithDialog(Mode job)
     start();
     if (dialog && !dialog->exec() && isRunning())
         cancelled.store(1, std::memory_order_relaxed);
-    wait();
-    const bool done = result.load(std::memory_order_acquire); // what the job wrote is the main thread's again
+    const bool done = joined();
     background = false;
     return done;
 }

@@ -77,6 +77,8 @@ protected:
 private:
     [[nodiscard]] bool loadBlocks();
     [[nodiscard]] bool openForLoad(const QString &path, std::int64_t headSize);
+    /// Waits for the job; from here on what it wrote is this thread's again. @return its outcome
+    bool joined();
     /// Reports the progress after a piece. @return false when the job is cancelled
     [[nodiscard]] bool afterPiece(int percent);
 
