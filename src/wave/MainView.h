@@ -44,6 +44,9 @@ public:
     /// Takes off what belongs to the capture that is about to be replaced.
     void clearForNewData();
 
+    /// The main window sets it while Shift is held: what is dragged in pairs then moves together.
+    bool shiftHeld = false;
+
 public slots:
     /// A channel was switched on or off.
     void slotChnEnaChanged();
