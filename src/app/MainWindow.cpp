@@ -1,0 +1,455 @@
+#include "app/MainWindow.h"
+
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "app/MainMenu.h"
+#include "app/RunStatus.h"
+#include "device/DevBase.h"
+#include "device/DevModels.h"
+#include "panels/DevSetting.h"
+#include "panels/SmpCtrl.h"
+#include "panels/Toolbar.h"
+#include "wave/MainView.h"
+#include "wave/MyProgressDlg.h"
+#include "wave/NoticeBox.h"
+#include "wave/PosiView.h"
+#include "wave/SmpZoom.h"
+#include "wave/TimeView.h"
+#include "wave/WaveDataGen.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QLabel>
+#include <QMimeData>
+#include <QScreen>
+#include <QScrollArea>
+#include <QShortcut>
+#include <QTimerEvent>
+#include <QUrl>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr int startDelayMs = 200;
+
+QString titleTail()
+{
+    return QStringLiteral(" - CorvanLUX");
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
+{
+    initWindow();
+    buildDialogs();
+    buildPanels();
+    connectPanels();
+    buildGrid();
+    buildShortcuts();
+    rebindDevice();
+    m_startTimer = startTimer(startDelayMs);
+}
+
+MainWindow::~MainWindow()
+{
+    // The generator's worker reads the device's capture, which may go away before this window's children do.
+    waveGen->setDataSource(nullptr);
+}
+
+void MainWindow::initWindow()
+{
+    setWindowIcon(QIcon(QStringLiteral(":/res/Logo.ico")));
+    setMinimumSize(dp(800), dp(240));
+    setGeometry(windowPositionGet(QGuiApplication::primaryScreen()->availableGeometry()));
+    if (globalGet(QStringLiteral("windowMaximized")).toInt() != 0) {
+        setWindowState(Qt::WindowMaximized);
+    }
+    setAcceptDrops(true);
+    setFocusPolicy(Qt::ClickFocus);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Window, gGreys.at(5));
+    setPalette(colours);
+    setAutoFillBackground(true);
+}
+
+void MainWindow::buildDialogs()
+{
+    smpDialog = new MyProgressDlg(::tr("Sampling"), QString(), ::tr("Stop"), this);
+    connect(smpDialog, &QDialog::rejected, this, &MainWindow::slotSmpStop);
+}
+
+void MainWindow::buildPanels()
+{
+    waveGen = new WaveDataGen(this);
+    toolbar = new Toolbar(this);
+    mainMenu = new MainMenu(this);
+    mainMenu->hide();
+    devSetting = new DevSetting(this);
+    timeView = new TimeView(waveGen, this);
+    posiView = new PosiView(this);
+    mainView = new MainView(waveGen, this);
+    statusLabel = new QLabel(::tr("Device unconnected"), this);
+    statusLabel->setFixedHeight(dp(20));
+    statusLabel->setStyleSheet(
+        QStringLiteral("background-color:#2f2f2f;border:%1px solid #7f7f7f;color:#f7f7f7;").arg(dp(1)));
+    statusLabel->setAccessibleName(::tr("Device state"));
+}
+
+void MainWindow::connectPanels()
+{
+    connect(toolbar, &Toolbar::zoomValued, this, &MainWindow::slotToolbarZoomChanged);
+    connect(toolbar, &Toolbar::frequViewChanged, this, &MainWindow::slotToolbarFrequChanged);
+    connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
+    connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
+    connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
+    connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);
+    connect(posiView, &PosiView::sigPosiChanged, this, &MainWindow::slotPosiViewChanged);
+    connect(waveGen, &WaveDataGen::sigViewRefresh, this, &MainWindow::slotWaveViewRefresh);
+}
+
+void MainWindow::buildGrid()
+{
+    toolbarScroll = new QScrollArea(this);
+    toolbarScroll->setWidget(toolbar);
+    toolbarScroll->setWidgetResizable(true);
+    toolbarScroll->setFrameShape(QFrame::NoFrame);
+    toolbarScroll->setFixedHeight(dp(48));
+    toolbarScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    toolbarScroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    toolbarScroll->setFocusPolicy(Qt::NoFocus);
+
+    grid = new QGridLayout(this);
+    grid->setContentsMargins(dp(2), 0, dp(2), dp(2));
+    grid->setSpacing(0);
+    grid->addWidget(toolbarScroll, 0, 0, 1, 3);
+    grid->addWidget(devSetting, 1, 0);
+    grid->addWidget(timeView, 1, 1);
+    grid->addWidget(mainView, 2, 0, 1, 2);
+    grid->addWidget(statusLabel, 3, 0);
+    grid->addWidget(posiView, 3, 1);
+    grid->setRowStretch(2, 1);
+    grid->setColumnStretch(1, 1);
+}
+
+void MainWindow::buildShortcuts()
+{
+    auto *start = new QShortcut(QKeySequence(Qt::Key_F5), this);
+    start->setAutoRepeat(false);
+    connect(start, &QShortcut::activated, toolbar, &Toolbar::slotShortcutF5);
+    shortcuts.append(start);
+}
+
+void MainWindow::showModelTitle()
+{
+    setWindowTitle(gDev->name + (gDev->connected ? QStringLiteral(" Connected") : QStringLiteral(" Unconnected")) +
+                   titleTail());
+}
+
+void MainWindow::showTitleAndState()
+{
+    if (gOpenFile.isEmpty()) {
+        setWindowTitle(gDev->name + QStringLiteral(" Unconnected") + titleTail());
+        statusLabel->setText(::tr("Device unconnected"));
+    } else {
+        setWindowTitle(gOpenFile + titleTail());
+        statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Data review"));
+    }
+}
+
+void MainWindow::rebindDevice()
+{
+    showTitleAndState();
+    waveGen->setDataSource(gDev->smpData.get());
+    waveGen->setClampToData(!gDev->isAnalogModel());
+
+    devSetting->reload();
+    toolbar->reload();
+    timeView->update();
+    mainView->rebuildChannels();
+    updatePosition();
+    connectDevice();
+}
+
+void MainWindow::connectDevice()
+{
+    // A capture thread's report may still be queued when its device has been replaced.
+    const int number = ++m_deviceNumber;
+    connect(gDev, &DevBase::sigSmpSta, this, [this, number](int sta, int err, int n) {
+        if (number == m_deviceNumber) {
+            slotDevSmpStaShow(sta, err, n);
+        }
+    });
+    connect(gDev, &DevBase::sigSmpDataReady, this, [this, number] {
+        if (number == m_deviceNumber) {
+            slotSmpDataReady();
+        }
+    });
+    connect(gDev, &DevBase::sigChnEnaChanged, mainView, &MainView::slotChnEnaChanged);
+}
+
+void MainWindow::replaceDevice(int model)
+{
+    // No report of the old device may reach the window any more, nor may the generator's worker read its capture.
+    ++m_deviceNumber;
+    smpDialog->hide();
+    waveGen->setDataSource(nullptr);
+    delete std::exchange(gDev, nullptr);
+    gDev = createDevice(model).release();
+}
+
+void MainWindow::slotDevPreConnect(int model)
+{
+    if (model == gDev->model) {
+        return;
+    }
+    replaceDevice(model);
+    rebindDevice();
+    globalSet(QStringLiteral("devModel"), QString::number(gDev->model));
+}
+
+void MainWindow::slotReplaceConfig()
+{
+    stopStartTimer(); // what was named at the start has been overtaken
+    replaceDevice(globalGet(QStringLiteral("devModel")).toInt());
+    rebindDevice();
+}
+
+void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
+{
+    if (err != 0) {
+        showRunError(sta, err);
+    } else {
+        showRunState(sta, n);
+    }
+}
+
+void MainWindow::showRunError(int sta, int err)
+{
+    constexpr int malformedRecord = 32; // no error: a note for later diagnosis
+    if (err == malformedRecord) {
+        globalSet(QStringLiteral("zeroSmpCnt"), QString::number(gDev->smpData->zeroSmpCnt));
+        return;
+    }
+    const RunStatus::ErrorText error = RunStatus::errorText(sta, err, gDev->transferMode);
+    if (gDev->isAnalogModel()) {
+        toolbar->smpCtrl->hideProgress();
+        // The blanks widen a box that holds nothing but a code.
+        const QString tail = error.isCode ? QStringLiteral("                 ") : QString();
+        showNotice(this, QMessageBox::Warning, ::tr("An error occurred"), error.text + tail);
+        return;
+    }
+    smpDialog->closeOnButton = true;
+    smpDialog->setButtonVisible(true);
+    if (error.box) {
+        smpDialog->accept();
+        showNotice(this, QMessageBox::Warning, ::tr("An error occurred"), error.text);
+        return;
+    }
+    smpDialog->setLabelText(RunStatus::dialogErrorText(err, error));
+}
+
+void MainWindow::showRunState(int sta, int n)
+{
+    constexpr int starting = 0;
+    constexpr int reading = 4;
+    constexpr int done = 5;
+    if (sta == starting && !gOpenFile.isEmpty()) {
+        gOpenFile.clear();
+        showModelTitle();
+    }
+    const int shown = RunStatus::shownProgress(n);
+    if (gDev->isAnalogModel()) {
+        if (sta == done) {
+            toolbar->smpCtrl->hideProgress();
+        } else if (sta != starting) {
+            toolbar->smpCtrl->setProgress(shown);
+        }
+        return;
+    }
+    if (sta == done) {
+        smpDialog->accept();
+        return;
+    }
+    if (sta < starting || sta > done) {
+        return;
+    }
+    if (sta == starting) {
+        smpDialog->closeOnButton = false;
+    }
+    if (sta == starting || sta == reading) {
+        smpDialog->setButtonVisible(sta == starting);
+    }
+    smpDialog->setLabelText(RunStatus::stateText(sta));
+    smpDialog->setProgress(shown);
+    if (sta == starting) {
+        smpDialog->show();
+    }
+}
+
+void MainWindow::slotSmpDataReady()
+{
+    for (int chn = 0; chn < gDev->aChnProbe.size(); ++chn) {
+        waveGen->setAChnProbe(chn, gDev->aChnProbe.at(chn));
+    }
+    mainView->clearForNewData();
+    waveGen->dataReady();
+}
+
+bool MainWindow::hasView() const
+{
+    return gDev->isAnalogModel() || gDev->smpData->sampleCount() > 0;
+}
+
+void MainWindow::slotWaveViewRefresh(bool)
+{
+    if (!hasView()) {
+        return;
+    }
+    timeView->update();
+    mainView->refreshWave();
+    updatePosition();
+    toolbar->smpZoom->showRatio(waveGen->ratioSasPix());
+    if (gDev->smpData->sampleCount() > 0) {
+        waveGen->setFrameAck();
+    }
+}
+
+void MainWindow::updatePosition()
+{
+    posiView->updatePosi(gDev->smpData->sampleCount(), waveGen->viewWidth(), waveGen->ratioSasPix(),
+                         waveGen->viewStart());
+}
+
+void MainWindow::slotToolbarZoomChanged(QString str)
+{
+    if (str == QLatin1String("Trg")) {
+        waveGen->zoomToTrigger();
+    } else if (str == QLatin1String("Out")) {
+        waveGen->zoomStepOut();
+    } else if (str == QLatin1String("In")) {
+        waveGen->zoomStepIn();
+    } else {
+        bool isNumber = false;
+        const double ratio = str.toDouble(&isNumber);
+        if (isNumber) {
+            waveGen->zoomSetRatio(ratio);
+        } else {
+            waveGen->zoomFit();
+        }
+    }
+}
+
+void MainWindow::slotToolbarFrequChanged()
+{
+    waveGen->setSampleRateHz(gDev->smpFrequ());
+}
+
+void MainWindow::slotMouseZoomChanged(int flag, QPoint mouse)
+{
+    if (!hasView()) {
+        return;
+    }
+    const int column = mouse.x() / uiScale();
+    if (flag == 1) {
+        waveGen->zoomInAt(column);
+    } else if (flag == 2) {
+        waveGen->zoomOutAt(column);
+    }
+}
+
+void MainWindow::slotMouseDraged(int moveLenLogic)
+{
+    waveGen->setViewStart(waveGen->viewStart() - moveLenLogic * waveGen->ratioSasPix());
+}
+
+void MainWindow::slotPosiViewChanged(double posi)
+{
+    const auto total = double(gDev->smpData->sampleCount());
+    const double start = total * posi;
+    if (start < 0.0) {
+        waveGen->setViewStart(0.0);
+    } else {
+        waveGen->setViewStart(std::min(start, total - waveGen->viewWidth() * waveGen->ratioSasPix()));
+    }
+}
+
+void MainWindow::slotSmpStop()
+{
+    gDev->stopCapture();
+}
+
+void MainWindow::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_startTimer) {
+        QWidget::timerEvent(event);
+        return;
+    }
+    stopStartTimer();
+    if (gOpenFile.isEmpty()) {
+        return;
+    }
+    const QString path = gOpenFile;
+    QByteArray settings;
+    if (!configHeadOfFile(path, settings) || !mainMenu->loadData(path, settings.size())) {
+        mainMenu->tellOpenFailed(path, QMessageBox::Information);
+    }
+}
+
+void MainWindow::stopStartTimer()
+{
+    if (m_startTimer != 0) {
+        killTimer(std::exchange(m_startTimer, 0));
+    }
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls()) {
+        event->acceptProposedAction();
+    }
+}
+
+void MainWindow::dropEvent(QDropEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    const QString path = urls.isEmpty() ? QString() : urls.constFirst().toLocalFile();
+    if (!path.isEmpty()) {
+        mainMenu->openFile(path);
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    gDev->shutDown();
+    if (!isMaximized()) {
+        windowPositionSet(geometry());
+    }
+    globalSet(QStringLiteral("windowMaximized"), QString::number(isMaximized() ? 1 : 0));
+    globalSet(QStringLiteral("ratioSasPix"), QString::number(waveGen->ratioSasPix(), 'g', 6));
+    smpDialog->hide();
+    QWidget::closeEvent(event);
+}
+
+void MainWindow::keyPressEvent(QKeyEvent *event)
+{
+    QWidget::keyPressEvent(event);
+    if (event->key() == Qt::Key_Shift) {
+        mainView->shiftHeld = true;
+    }
+}
+
+void MainWindow::keyReleaseEvent(QKeyEvent *event)
+{
+    QWidget::keyReleaseEvent(event);
+    if (event->key() == Qt::Key_Shift) {
+        mainView->shiftHeld = false;
+    }
+}

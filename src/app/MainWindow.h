@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QPoint>
+#include <QVector>
+#include <QWidget>
+
+class DevSetting;
+class MainMenu;
+class MainView;
+class MyProgressDlg;
+class PosiView;
+class QGridLayout;
+class QLabel;
+class QScrollArea;
+class QShortcut;
+class TimeView;
+class Toolbar;
+class WaveDataGen;
+
+/// The top-level widget: owns the panels and is where the device object and the view meet.
+///
+/// It turns the device's reports into the progress dialog, the title and the status line, tells the view when a capture
+/// is ready, and brings everything in line with `gDev` when that is replaced. Main thread; the device's signals arrive
+/// queued from its capture threads, and those of a device that is gone by then are dropped.
+class MainWindow : public QWidget {
+    Q_OBJECT
+public:
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+public slots:
+    /// A report of the running capture: state, error, value (percent).
+    void slotDevSmpStaShow(int sta, int err, int n);
+    /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same.
+    void slotDevPreConnect(int model);
+    void slotSmpDataReady();
+    void slotWaveViewRefresh(bool decRefresh);
+    /// "All", "Trg", "Out", "In" or a number of samples per pixel; anything else shows all.
+    void slotToolbarZoomChanged(QString str);
+    void slotToolbarFrequChanged();
+    /// `flag` 1 zooms in, 2 out, about the column under `mouse` (device pixels of the wave view).
+    void slotMouseZoomChanged(int flag, QPoint mouse);
+    void slotMouseDraged(int moveLenLogic);
+    /// `posi` is the view's start as a share of the capture, 0 to 1.
+    void slotPosiViewChanged(double posi);
+    void slotSmpStop();
+    /// The configuration has been replaced: makes the device object anew from it.
+    void slotReplaceConfig();
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+
+private:
+    void initWindow();
+    void buildDialogs();
+    void buildPanels();
+    void connectPanels();
+    void buildGrid();
+    void buildShortcuts();
+    /// Brings everything that looks at the device in line with `gDev`.
+    void rebindDevice();
+    void showTitleAndState();
+    void connectDevice();
+    void stopStartTimer();
+    void replaceDevice(int model);
+    void updatePosition();
+    void showModelTitle();
+    void showRunError(int sta, int err);
+    void showRunState(int sta, int n);
+    /// True when there is something that the view can zoom in and move through.
+    [[nodiscard]] bool hasView() const;
+
+    WaveDataGen *waveGen = nullptr;
+    QVector<QShortcut *> shortcuts;
+    QGridLayout *grid = nullptr;
+    QScrollArea *toolbarScroll = nullptr;
+    MainMenu *mainMenu = nullptr;
+    Toolbar *toolbar = nullptr;
+    DevSetting *devSetting = nullptr;
+    TimeView *timeView = nullptr;
+    MainView *mainView = nullptr;
+    PosiView *posiView = nullptr;
+    QLabel *statusLabel = nullptr;
+    MyProgressDlg *smpDialog = nullptr;
+
+    /// Counts device objects: a queued signal of an earlier one is told by its number.
+    int m_deviceNumber = 0;
+    int m_startTimer = 0;
+};

@@ -1,0 +1,61 @@
+#include "app/StartUp.h"
+
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "device/DevBase.h"
+#include "device/DevModels.h"
+#include "wave/Style.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace StartUp {
+
+namespace {
+
+/// Takes the settings of a file named on the command line, if there is one that has any.
+void loadNamedFile(const QStringList &arguments)
+{
+    const QString path = globalsFileArgument(arguments);
+    if (path.isEmpty()) {
+        return;
+    }
+    if (QFileInfo(path).suffix() == QLatin1String("cxdat")) {
+        gOpenFile = path;
+    }
+    QByteArray settings;
+    if (!configHeadOfFile(path, settings) || !configReplace(settings)) {
+        gOpenFile.clear();
+        configLoad();
+    }
+}
+
+} // namespace
+
+void initGlobals(const QStringList &arguments)
+{
+    globalsSetDpi(QGuiApplication::primaryScreen()->logicalDotsPerInch());
+    globalsFillTables();
+    configLoad();
+    loadNamedFile(arguments);
+    viewOptionsLoad();
+}
+
+void initLook()
+{
+    languageLoad();
+    globalsLoadFonts(QApplication::font(), languageHead(QStringLiteral("font")));
+    QApplication::setFont(gFontMain);
+    qApp->setStyleSheet(programStyle());
+}
+
+void initDevice()
+{
+    gDev = createDevice(std::max(globalGet(QStringLiteral("devModel")).toInt(), 0)).release();
+}
+
+} // namespace StartUp

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QStringList>
+
+/// The steps of start-up between the application object and the main window, in this order. Main thread.
+namespace StartUp {
+
+/// Screen scale, tables, configuration and view options. A settings or data file named in `arguments` (without the
+/// program's own name) gives the configuration instead of "lux.config"; a data file is left in `gOpenFile` for the
+/// main window to load. A file that gives no configuration is forgotten silently.
+void initGlobals(const QStringList &arguments);
+
+/// Language, fonts, and the style of the whole application.
+void initLook();
+
+/// Makes `gDev` from "devModel".
+void initDevice();
+
+} // namespace StartUp

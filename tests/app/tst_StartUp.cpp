@@ -1,0 +1,149 @@
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "app/StartUp.h"
+#include "device/DevBase.h"
+
+#include <QApplication>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TstStartUp : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+
+    void withoutAFileTheConfigurationIsThatOfTheLastRun();
+    void aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData();
+    void aDataFileGivesTheConfigurationAndIsLeftForTheWindow();
+    void onlyTheFirstSuitableFileCounts();
+    void aFileWithoutSettingsIsForgotten_data();
+    void aFileWithoutSettingsIsForgotten();
+    void theViewOptionsAreThoseOfTheFile();
+    void aNegativeModelGivesTheDeviceWithoutHardware();
+    void anUnreadableModelGivesTheDeviceWithoutHardware();
+    void theLookTakesTheProgramsFontAndStyle();
+
+private:
+    QString write(const QString &name, const QByteArray &bytes);
+    static QByteArray settings(const QByteArray &global)
+    {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><settings><global>" + global +
+               "</global><devices/><analyzers/></settings>\n";
+    }
+    QTemporaryDir m_dir;
+};
+
+void TstStartUp::init()
+{
+    QFile::remove(configPath());
+    gOpenFile.clear();
+}
+
+void TstStartUp::cleanup()
+{
+    delete gDev;
+    gDev = nullptr;
+}
+
+QString TstStartUp::write(const QString &name, const QByteArray &bytes)
+{
+    const QString path = m_dir.filePath(name);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
+}
+
+void TstStartUp::withoutAFileTheConfigurationIsThatOfTheLastRun()
+{
+    StartUp::initGlobals({});
+    globalSet(QStringLiteral("devModel"), QStringLiteral("9"));
+    QVERIFY(configSave(configPath()));
+    StartUp::initGlobals({QStringLiteral("--nothing"), QStringLiteral("/no/such.cxdat")});
+    QVERIFY(gOpenFile.isEmpty());
+    StartUp::initDevice();
+    QCOMPARE(gDev->model, 9);
+}
+
+void TstStartUp::aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData()
+{
+    const QString path = write(QStringLiteral("a.cxset"), settings("<devModel>5</devModel>"));
+    StartUp::initGlobals({path});
+    QVERIFY(gOpenFile.isEmpty());
+    StartUp::initDevice();
+    QCOMPARE(gDev->model, 5);
+}
+
+void TstStartUp::aDataFileGivesTheConfigurationAndIsLeftForTheWindow()
+{
+    const QString path = write(QStringLiteral("a.cxdat"), settings("<devModel>1</devModel>"));
+    StartUp::initGlobals({path});
+    QCOMPARE(gOpenFile, path);
+    StartUp::initDevice();
+    QCOMPARE(gDev->model, 1);
+}
+
+void TstStartUp::onlyTheFirstSuitableFileCounts()
+{
+    const QString set = write(QStringLiteral("first.cxset"), settings("<devModel>5</devModel>"));
+    const QString data = write(QStringLiteral("second.cxdat"), settings("<devModel>1</devModel>"));
+    StartUp::initGlobals({QStringLiteral("/etc/hostname"), set, data});
+    QVERIFY(gOpenFile.isEmpty());
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("5"));
+}
+
+void TstStartUp::aFileWithoutSettingsIsForgotten_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("malformed") << QByteArray("<settings><global></settings>\n");
+    QTest::newRow("settings beyond the head")
+        << QByteArray("<settings>") + QByteArray(40000, ' ') + QByteArray("</settings>\n");
+}
+
+void TstStartUp::aFileWithoutSettingsIsForgotten()
+{
+    QFETCH(QByteArray, bytes);
+    StartUp::initGlobals({});
+    globalSet(QStringLiteral("devModel"), QStringLiteral("7"));
+    QVERIFY(configSave(configPath()));
+    StartUp::initGlobals({write(QStringLiteral("bad.cxdat"), bytes)});
+    QVERIFY(gOpenFile.isEmpty());
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("7"));
+}
+
+void TstStartUp::theViewOptionsAreThoseOfTheFile()
+{
+    StartUp::initGlobals({});
+    QCOMPARE(viewState, 0);
+    StartUp::initGlobals(
+        {write(QStringLiteral("v.cxset"), settings("<viewState>2</viewState><disAnimateZoom>1</disAnimateZoom>"
+                                                   "<colorWaveform>1</colorWaveform>"))});
+    QCOMPARE(viewState, 2);
+    QVERIFY(disAnimateZoom);
+    QVERIFY(colorWaveform);
+}
+
+void TstStartUp::aNegativeModelGivesTheDeviceWithoutHardware()
+{
+    StartUp::initGlobals({write(QStringLiteral("n.cxset"), settings("<devModel>-3</devModel>"))});
+    StartUp::initDevice();
+    QCOMPARE(gDev->model, 0);
+}
+
+void TstStartUp::anUnreadableModelGivesTheDeviceWithoutHardware()
+{
+    StartUp::initGlobals({write(QStringLiteral("x.cxset"), settings("<devModel>RV2540</devModel>"))});
+    StartUp::initDevice();
+    QCOMPARE(gDev->model, 0);
+}
+
+void TstStartUp::theLookTakesTheProgramsFontAndStyle()
+{
+    StartUp::initGlobals({});
+    StartUp::initLook();
+    QCOMPARE(QApplication::font(), gFontMain);
+    QVERIFY(!qApp->styleSheet().isEmpty());
+}
+
+QTEST_MAIN(TstStartUp)
+#include "tst_StartUp.moc"
