@@ -1,0 +1,1 @@
+lux_bench(bench_StartUp LINK lux_window lux_res Qt5::Test)

@@ -1,0 +1,109 @@
+// How long a user waits for the window, and what the idle program costs.
+
+#include "acquisition/MemBudget.h"
+#include "app/Globals.h"
+#include "app/MainWindow.h"
+#include "app/StartUp.h"
+#include "device/DevBase.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <benchmark/benchmark.h>
+#include <ctime>
+#include <memory>
+
+namespace {
+
+/// Ends a loop when a widget has been painted.
+class PaintWatcher : public QObject {
+public:
+    explicit PaintWatcher(QEventLoop &loop) : m_loop(loop) {}
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            QTimer::singleShot(0, &m_loop, &QEventLoop::quit);
+        }
+        return false;
+    }
+
+private:
+    QEventLoop &m_loop;
+};
+
+struct Program {
+    int argc = 1;
+    char name[10] = "corvanlux";
+    char *argv[2] = {name, nullptr};
+    std::unique_ptr<QApplication> application;
+    std::unique_ptr<MainWindow> window;
+
+    void start()
+    {
+        application = std::make_unique<QApplication>(argc, argv);
+        memBudgetInit();
+        StartUp::initGlobals({});
+        StartUp::initLook();
+        StartUp::initDevice();
+        window = std::make_unique<MainWindow>();
+        window->show();
+        QEventLoop loop;
+        PaintWatcher watcher(loop);
+        window->installEventFilter(&watcher);
+        loop.exec();
+    }
+
+    ~Program()
+    {
+        window.reset();
+        delete gDev;
+        gDev = nullptr;
+    }
+};
+
+/// From the application object to the painted window; the program's own load time is not in it.
+void startUntilPainted(benchmark::State &state)
+{
+    for (auto _ : state) {
+        QElapsedTimer clock;
+        clock.start();
+        Program program;
+        program.start();
+        state.SetIterationTime(double(clock.nsecsElapsed()) * 1e-9);
+    }
+}
+BENCHMARK(startUntilPainted)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// Processor time of one idle second, after the start has settled.
+void idleSecond(benchmark::State &state)
+{
+    const auto run = [](int milliseconds) {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
+    };
+    for (auto _ : state) {
+        Program program;
+        program.start();
+        run(700);
+        const std::clock_t before = std::clock();
+        run(1000);
+        state.SetIterationTime(double(std::clock() - before) / CLOCKS_PER_SEC);
+    }
+}
+BENCHMARK(idleSecond)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QTemporaryDir home;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("XDG_DATA_HOME", home.path().toLocal8Bit());
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
