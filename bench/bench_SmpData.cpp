@@ -23,6 +23,17 @@ using smpStreams::Bytes;
 constexpr std::size_t streamBytes = std::size_t(64) << 20;
 constexpr int channels = 16;
 
+/// The least of the times taken: on a busy machine the one that was disturbed least.
+class Least {
+public:
+    void add(double time) { m_time = std::min(m_time, time); }
+    [[nodiscard]] double operator/(const Least &other) const { return m_time / other.m_time; }
+    [[nodiscard]] double time() const { return m_time; }
+
+private:
+    double m_time = std::numeric_limits<double>::max();
+};
+
 /// Processor time, so that what else runs on the machine counts for neither side.
 template<class Job>
 double seconds(const Job &job)
@@ -119,8 +130,8 @@ void quiet(benchmark::State &state, Decode decode)
     const Bytes bytes = quietStream(decode, streamBytes);
     Bytes copy(bytes.size());
     SmpData data(channelsOf(decode), 0);
-    double spent = 0;
-    double yardstick = 0;
+    Least spent;
+    Least yardstick;
     for (auto _ : state) {
         data.begin(0, 100000000, smpStreams::enabled(data.chnCount));
         bool stored = false;
@@ -129,11 +140,11 @@ void quiet(benchmark::State &state, Decode decode)
             state.SkipWithError("not decoded");
             return;
         }
-        yardstick += seconds([&] {
+        yardstick.add(seconds([&] {
             std::memcpy(copy.data(), bytes.data(), bytes.size());
             benchmark::ClobberMemory();
-        });
-        spent += took;
+        }));
+        spent.add(took);
         state.SetIterationTime(took);
     }
     state.SetBytesProcessed(std::int64_t(state.iterations()) * std::int64_t(bytes.size()));
@@ -164,8 +175,8 @@ void busy(benchmark::State &state, Decode decode)
     for (auto &list : lists) {
         list.reserve(order.size() / 4);
     }
-    double spent = 0;
-    double yardstick = 0;
+    Least spent;
+    Least yardstick;
     for (auto _ : state) {
         data.begin(0, 100000000, enable); // its blocks come from those just freed, as the vectors keep theirs
         bool stored = false;
@@ -177,16 +188,17 @@ void busy(benchmark::State &state, Decode decode)
         for (auto &list : lists) {
             list.clear();
         }
-        yardstick += seconds([&] {
+        yardstick.add(seconds([&] {
             for (const auto &[list, pos] : order) {
                 lists[list].push_back(pos);
             }
             benchmark::ClobberMemory();
-        });
-        spent += took;
+        }));
+        spent.add(took);
         state.SetIterationTime(took);
     }
     state.SetItemsProcessed(std::int64_t(state.iterations()) * std::int64_t(order.size()));
+    state.counters["perSecond"] = double(order.size()) / spent.time();
     state.counters["ratio"] = spent / yardstick; // to appending the same positions; at most 1.5
 }
 
@@ -227,8 +239,8 @@ void line(benchmark::State &state)
     const LongChannel channel(state.range(0), true);
     const double step = double(channel.data.smpCount) / lineWidth;
     std::vector<SmpWaveRun> runs(lineWidth);
-    double spent = 0;
-    double yardstick = 0;
+    Least spent;
+    Least yardstick;
     for (auto _ : state) {
         int count = 0;
         const double took = seconds([&] { count = channel.data.waveRuns(0, 0.0, step, lineWidth, runs.data()); });
@@ -236,17 +248,18 @@ void line(benchmark::State &state)
             state.SkipWithError("not a dense line");
             return;
         }
-        yardstick += seconds([&] {
+        yardstick.add(seconds([&] {
             std::int64_t sum = 0;
             for (int column = 0; column < lineWidth; ++column) {
                 const auto pos = std::int64_t(column * step);
                 sum += std::upper_bound(channel.flat.begin(), channel.flat.end(), pos) - channel.flat.begin();
             }
             benchmark::DoNotOptimize(sum);
-        });
-        spent += took;
+        }));
+        spent.add(took);
         state.SetIterationTime(took);
     }
+    state.counters["leastMicroseconds"] = spent.time() * 1e6;
     state.counters["ratio"] = spent / yardstick; // to a binary search a column in one flat array; at most 0.8
 }
 

@@ -65,32 +65,61 @@ template<class Above>
 struct LowWords {
     const SmpEdgeLeaf &leaf;
     std::int64_t high; ///< the shared part, shifted up
+
     [[nodiscard]] std::int64_t position(int index) const { return high | std::int64_t(leaf.posLow[index]); }
+    /// How many of the `window` entries from `first` on are not above `pos`, which shares the high byte.
+    [[nodiscard]] int notAbove(int first, std::int64_t pos) const
+    {
+        const auto low = std::uint32_t(pos);
+        int count = 0;
+        for (int i = 0; i < window; ++i) {
+            count += leaf.posLow[first + i] <= low ? 1 : 0;
+        }
+        return count;
+    }
+    static constexpr int window = 16;
 };
 
 /// The first entry of a leaf above `pos`, from `hint` on. `last` is the leaf's last entry, at `lastPos`, at or above
 /// `pos`; it is the answer when no other is.
-template<class Entries>
-[[nodiscard]] int entryAbove(const Entries &entries, std::int64_t pos, int hint, int last, std::int64_t lastPos)
+[[nodiscard]] inline int entryAbove(const LowWords &entries, std::int64_t pos, int hint, int last, std::int64_t lastPos)
 {
-    constexpr int nearby = 8; // entries that share a cache line with the hint, or nearly
+    constexpr int window = LowWords::window;
     const auto above = [&](int index) { return pos < entries.position(index); };
     if (hint >= last || above(hint)) {
         return hint;
     }
-    if (last - hint <= nearby || above(hint + nearby)) {
-        return bisect(hint, std::min(hint + nearby, last), above);
+    if (last - hint <= window || above(hint + window)) {
+        return bisect(hint, std::min(hint + window, last), above);
     }
     const std::int64_t hintPos = entries.position(hint);
     if (lastPos <= hintPos) {
         return bisect(hint, last, above);
     }
     // Two steps of interpolation: the first one lands about a square root of the way off, the second one beside it.
+    // What is left are a few entries, counted without a branch that could be guessed wrong.
     const double density = double(last - hint) / double(lastPos - hintPos);
     const auto inside = [&](double index) { return int(std::clamp(index, double(hint), double(last - 1))); };
     int guess = inside(double(hint) + double(pos - hintPos) * density);
     guess = inside(double(guess) + double(pos - entries.position(guess)) * density);
-    return bisectNear(hint, guess, last, nearby / 2, above);
+    const int first = std::clamp(guess - window / 2, hint, last - window);
+    const int below = entries.notAbove(first, pos);
+    if (below == window) {
+        return bisectNear(hint, first + window - 1, last, window, above);
+    }
+    return below == 0 ? bisectNear(hint, first, last, window, above) : first + below;
+}
+
+/// The same for a leaf whose entries differ in their high bytes, which is rare.
+[[nodiscard]] inline int entryAbove(const SmpEdgeLeaf &leaf, std::int64_t pos, int hint, int last)
+{
+    return firstFrom(hint, last, [&](int index) { return pos < leaf.position(index); });
+}
+
+/// The position of the entry before the first one of a leaf; 0 for a channel's first leaf.
+[[nodiscard]] inline std::int64_t positionBefore(const SmpEdgeRoot &root, int mid, int leaf)
+{
+    return leaf > 0 ? root.mids[mid]->leafLast[leaf - 1] : mid > 0 ? root.midLast[mid - 1] : 0;
 }
 
 /// Moves `cursor` to the first entry above `pos`, or to the end mark when `pos` is there, never backwards. The cursor
@@ -112,12 +141,53 @@ template<class Entries>
     const bool full = m < lastMid || l < mid.leafCount - 1;
     const int last = (full ? SmpEdgeLeaf::capacity : leaf.count) - 1;
     const std::int64_t lastPos = mid.leafLast[l];
-    const std::int64_t beforeFirst = l > 0 ? mid.leafLast[l - 1] : m > 0 ? root.midLast[m - 1] : 0;
-    const int e = beforeFirst >> 32 == lastPos >> 32
+    const int e = positionBefore(root, m, l) >> 32 == lastPos >> 32
                       ? entryAbove(LowWords{leaf, lastPos >> 32 << 32}, pos, entryHint, last, lastPos)
-                      : entryAbove(leaf, pos, entryHint, last, lastPos);
+                      : entryAbove(leaf, pos, entryHint, last);
     cursor = {m, l, e};
     return (root.startLevel + e) & 1;
 }
+
+/// Fetches, ahead of the searches of a dense line, the cache lines that they will look at. One for each line.
+class Scout {
+public:
+    /// Fetches for a later search, for `pos`, behind the one that ended at `cursor`. Stays within its mid.
+    void lookAhead(const SmpEdgeRoot &root, const SmpEdgeCursor &cursor, double pos)
+    {
+        const SmpEdgeMid &mid = *root.mids[cursor.root];
+        if (m_mid != cursor.root || m_leaf < cursor.mid) {
+            m_mid = cursor.root;
+            m_leaf = cursor.mid;
+        }
+        while (m_leaf < mid.leafCount - 1 && double(mid.leafLast[m_leaf]) <= pos) {
+            ++m_leaf;
+        }
+        const auto first = double(positionBefore(root, m_mid, m_leaf));
+        const auto last = double(mid.leafLast[m_leaf]);
+        if (last <= first) {
+            return;
+        }
+        constexpr int most = SmpEdgeLeaf::capacity - 1 - lineEntries;
+        const double share = std::clamp((pos - first) / (last - first), 0.0, 1.0);
+        const int guess = std::clamp(int(share * SmpEdgeLeaf::capacity), lineEntries, most);
+        const SmpEdgeLeaf &leaf = *mid.leaves[m_leaf];
+        for (const int index : {guess, guess - lineEntries, guess + lineEntries}) {
+            fetch(&leaf.posLow[index]);
+        }
+    }
+
+private:
+    static constexpr int lineEntries = 16; ///< of a cache line
+
+    static void fetch([[maybe_unused]] const void *address)
+    {
+#ifdef __GNUC__
+        __builtin_prefetch(address);
+#endif
+    }
+
+    int m_mid = -1;
+    int m_leaf = 0;
+};
 
 } // namespace smpSeek

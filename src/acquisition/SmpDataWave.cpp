@@ -60,6 +60,8 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
     if (root == nullptr || !(step > 0.0) || !std::isfinite(step) || !std::isfinite(start)) {
         return -1;
     }
+    constexpr int denseEntries = 64; // in a column, from which on the cache lines of the next ones are fetched early
+    constexpr int scoutColumns = 4;  // how early
     const double firstColumn = start < 0.0 ? std::trunc(-start / step) : 0.0;
     SmpEdgeCursor cursor;
     int level = smpSeek::forward(*root, start < 0.0 ? 0 : wholePosition(start), cursor);
@@ -72,6 +74,7 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
     const std::int64_t last = root->midLast[root->midCount - 1];
     RunWriter runs(out, width);
     int column = int(firstColumn);
+    smpSeek::Scout scout;
     for (;;) {
         const std::int64_t entry = root->mids[cursor.root]->leaves[cursor.mid]->position(cursor.leaf);
         // Compared before it becomes an int: at a small step an entry far to the right has no column that fits one.
@@ -88,7 +91,11 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
         }
         runs.add(x, 1, 2);
         column = x + 1;
+        const SmpEdgeCursor before = cursor;
         level = smpSeek::forward(*root, wholePosition(column * step + start), cursor);
+        if (globalIndex(cursor) - globalIndex(before) > denseEntries) {
+            scout.lookAhead(*root, cursor, (column + scoutColumns) * step + start);
+        }
         if (level < 0 || column > width - 1) {
             return runs.count();
         }
