@@ -397,6 +397,9 @@ void TstConfig::settingAnElementThatBeginsWithTextLeavesTheMarkupBehindIt()
     QVERIFY(configReplace(global("<k>x<b>y</b></k>")));
     put("k", "z");
     QCOMPARE(value("k"), QStringLiteral("zy"));
+    QVERIFY(configReplace(global("<k>y<![CDATA[q]]></k>")));
+    put("k", "z");
+    QCOMPARE(value("k"), QStringLiteral("zq"));
 }
 
 void TstConfig::settingATextThatWasWrittenWithEntitiesReplacesAllOfIt()
