@@ -1,7 +1,6 @@
 #include "panels/DevSetting.h"
 
 #include "app/Globals.h"
-#include "app/Language.h"
 #include "device/DevBase.h"
 
 #include <QHBoxLayout>
@@ -16,7 +15,6 @@ DevSetting::DevSetting(QWidget *parent) : QWidget(parent), m_picture(new QLabel(
     m_picture->setStyleSheet(QStringLiteral("QLabel{border:0;border-image:url(:/res/icoDeviceLA);}"));
     m_name->setObjectName(QStringLiteral("modelName"));
     m_name->setStyleSheet(QStringLiteral("QLabel{border:0;color:#dfdfdf;}"));
-    m_name->setAccessibleDescription(::tr("Model Select"));
 
     auto *row = new QHBoxLayout(this);
     row->setContentsMargins(dp(10), dp(2), dp(8), dp(2));
