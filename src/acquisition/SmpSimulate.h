@@ -11,7 +11,6 @@
 #include <vector>
 
 class QRandomGenerator;
-class SmpData;
 class SmpHost;
 
 /// What one channel of a simulated capture carries in one block, when a decoder's own simulation drives it.
