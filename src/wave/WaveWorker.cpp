@@ -107,9 +107,10 @@ void WaveDataGen::produceFrame(Lock &lock)
     lock.lock();
     m_computing = false;
     m_released.notify_all();
-    if (job.generation != m_generation || !wanted) {
+    const bool isVoid = job.generation != m_generation; // then the next round looks at what has changed
+    if (isVoid || !wanted) {
         m_frameAck = true; // not used up
-        if (!wanted && job.animation.request == m_animation.request)
+        if (!isVoid && job.animation.request == m_animation.request)
             m_animation.steps = 0;
         return;
     }
