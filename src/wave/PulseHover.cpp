@@ -6,10 +6,10 @@ namespace {
 
 constexpr double psPerSecond = 1e12;
 constexpr int significantDigits = 9;
-constexpr double overhang = 10.0;       ///< logical pixels by which an arrow may pass the view's edges
-constexpr double gapAtEdge = 2.0;       ///< logical pixels between an arrow's end and its edge
-constexpr double gapAfterEdge = 3.0;    ///< the same at the start of the second arrow
-constexpr double sampleLimit = 1 << 20; ///< times itself: positions have 40 bits
+constexpr double overhang = 10.0;    ///< logical pixels by which an arrow may pass the view's edges
+constexpr double gapAtEdge = 2.0;    ///< logical pixels between an arrow's end and its edge
+constexpr double gapAfterEdge = 3.0; ///< the same at the start of the second arrow
+constexpr double sampleLimit = double(std::int64_t(1) << 40); ///< positions have 40 bits
 
 std::int64_t prevOrStart(const SmpEdgeInfo &info)
 {
@@ -26,7 +26,7 @@ QString unknownText()
 std::int64_t sampleUnder(int x, const WaveWindow &window)
 {
     const double sample = window.start + x * window.ratio;
-    const bool inRange = sample > -1.0 && sample < sampleLimit * sampleLimit;
+    const bool inRange = sample > -1.0 && sample < sampleLimit;
     return inRange ? std::int64_t(sample) : -1;
 }
 

@@ -12,7 +12,7 @@ constexpr int mostHeads = 3;
 /// Far outside any view, and small enough for the arithmetic behind it.
 constexpr double columnLimit = 1e6;
 
-int truncated(double value)
+int wholeColumns(double value)
 {
     return int(std::clamp(value, -columnLimit, columnLimit));
 }
@@ -26,9 +26,9 @@ void addRightHead(QVector<QPoint> &points, int x, int y, int step)
 int addFirstArrow(const ArrowSpans &spans, int y, PixelScale scale, ArrowStrokes &out)
 {
     const int s = scale.s();
-    const int x1 = scale.column(truncated(spans.span1Start));
-    const int x2 = scale.column(truncated(spans.span1End));
-    const int k = truncated((spans.span1End - spans.span1Start - 1.0) * 0.5 - 1.0);
+    const int x1 = scale.column(wholeColumns(spans.span1Start));
+    const int x2 = scale.column(wholeColumns(spans.span1End));
+    const int k = wholeColumns((spans.span1End - spans.span1Start - 1.0) * 0.5 - 1.0);
     if (k < 2) {
         out.lines << QLine(x1, y, x2, y);
     } else {
@@ -46,9 +46,9 @@ int addFirstArrow(const ArrowSpans &spans, int y, PixelScale scale, ArrowStrokes
 void addSecondArrow(const ArrowSpans &spans, int y, int firstHeads, PixelScale scale, ArrowStrokes &out)
 {
     const int s = scale.s();
-    const int x3 = scale.column(truncated(spans.span2Start));
-    const int x4 = scale.column(truncated(spans.span2End));
-    const int k = truncated(spans.span2End - spans.span2Start - 1.0);
+    const int x3 = scale.column(wholeColumns(spans.span2Start));
+    const int x4 = scale.column(wholeColumns(spans.span2End));
+    const int k = wholeColumns(spans.span2End - spans.span2Start - 1.0);
     const bool pointed = firstHeads == 0 ? k >= 2 : k >= firstHeads;
     if (pointed) {
         out.lines << QLine(x3, y, x4 - 2 * s, y);
