@@ -212,6 +212,10 @@ private:
     [[nodiscard]] bool addOddGroup(Tails &tails, RleRun &run, std::size_t groupAt);
     template<class Format>
     [[nodiscard]] bool addRle(std::span<const std::uint8_t> bytes, RecordState &state, std::uint32_t &consumed);
+    struct Turns;
+    [[nodiscard]] static bool hasRoom(const Tails &tails, const Turns &turns, std::int64_t samples);
+    [[nodiscard]] static bool addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t *bytes,
+                                            std::int64_t samples);
     void firstSlices(std::span<const std::uint8_t> bytes);
 
     mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0

@@ -39,7 +39,8 @@ public:
         constexpr std::uint64_t highWords = 0x0000FFFF00FFFF00; // bytes 9, 10; 12, 13
         const std::uint64_t lowPattern = word | word << 24 | word << 48;
         const std::uint64_t highPattern = word << 8 | word << 32;
-        return (((m_low ^ lowPattern) & lowWords) | ((m_high ^ highPattern) & highWords)) == 0;
+        return (m_low & 0xFFFF) == word && // which decides for most groups that are not
+               (((m_low ^ lowPattern) & lowWords) | ((m_high ^ highPattern) & highWords)) == 0;
     }
     [[nodiscard]] std::int64_t samples() const
     {
@@ -79,10 +80,11 @@ public:
     /// All six words are `word`: at the bytes 0, 5, 10, 15, 20 and 25, the counts behind each.
     [[nodiscard]] bool quiet(std::uint64_t word) const
     {
-        return (((m_a ^ (word | word << 40)) & 0xFFFFFF00FFFFFFFF) |
+        return (m_a & 0xFFFFFFFF) == word && // which decides for most groups that are not
+               (((m_a ^ (word | word << 40)) & 0xFFFFFF00FFFFFFFF) |
                 ((m_b ^ (word >> 24 | word << 16 | word << 56)) & 0xFF00FFFFFFFF00FF) |
                 ((m_c ^ (word >> 8 | word << 32)) & 0xFFFFFFFF00FFFFFF) | ((m_d ^ word << 8) & 0x000000FFFFFFFF00)) ==
-               0;
+                   0;
     }
     [[nodiscard]] std::int64_t samples() const
     {

@@ -62,6 +62,7 @@ namespace {
 
 constexpr int slicedBits = 16;         // samples in one word of one channel
 constexpr std::size_t slicedWord = 2;  // bytes
+constexpr int busyGroups = 8;          // decoded at once where channels change
 constexpr std::size_t quietBytes = 64; // compared at once; room for one group of 32 channels
 
 /// The bytes of a stream in which no channel changes, for one state of all channels.
@@ -93,6 +94,60 @@ private:
 };
 
 } // namespace
+
+/// The channels that take turns in a stream of slices, while it is decoded.
+struct SmpData::Turns {
+    const std::int32_t *chns; ///< in the order of their words
+    std::int32_t *levels;     ///< by channel
+    int slots;
+
+    [[nodiscard]] std::size_t groupBytes() const { return std::size_t(slots) * slicedWord; }
+};
+
+/// True when each channel has room for whatever the next busyGroups groups hold.
+bool SmpData::hasRoom(const Tails &tails, const Turns &turns, std::int64_t samples)
+{
+    constexpr int most = busyGroups * slicedBits;
+    if (samples + most > tails.limit()) {
+        return false;
+    }
+    for (int slot = 0; slot < turns.slots; ++slot) {
+        const auto chn = std::size_t(turns.chns[slot]);
+        if ((tails.present() >> chn & 1) != 0 && tails.room(chn) < most) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Decodes busyGroups groups channel by channel, which keeps what belongs to a channel in registers. Needs hasRoom().
+/// @return whether any channel changed
+bool SmpData::addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t *bytes, std::int64_t samples)
+{
+    std::uint32_t any = 0;
+    for (int slot = 0; slot < turns.slots; ++slot, bytes += slicedWord) {
+        const auto chn = std::size_t(turns.chns[slot]);
+        const bool present = (tails.present() >> chn & 1) != 0;
+        auto level = std::uint32_t(turns.levels[chn]);
+        std::uint32_t *next = tails.next(chn);
+        const std::uint8_t *at = bytes;
+        auto pos = std::uint32_t(samples);
+        for (int group = 0; group < busyGroups; ++group) {
+            const std::uint32_t word = load16(at);
+            std::uint32_t changed = (word ^ (word << 1 | level)) & 0xFFFF;
+            any |= changed;
+            level = word >> (slicedBits - 1);
+            for (changed = present ? changed : 0; changed != 0; changed &= changed - 1) {
+                *next++ = pos + std::uint32_t(std::countr_zero(changed));
+            }
+            at += turns.groupBytes();
+            pos += slicedBits;
+        }
+        turns.levels[chn] = std::int32_t(level);
+        tails.setNext(chn, next);
+    }
+    return any != 0;
+}
 
 /// The first chunk of a capture tells the start levels: bit 0 of each channel's first word.
 void SmpData::firstSlices(std::span<const std::uint8_t> bytes)
@@ -132,7 +187,8 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
     const int slots = m_slotCount;
     const std::int32_t *const chns = slicedChn.data();
     std::int32_t *const levels = slicedLevel.data();
-    const std::size_t groupBytes = std::size_t(slots) * slicedWord;
+    const Turns turns{chns, levels, slots};
+    const std::size_t groupBytes = turns.groupBytes();
     const auto groupsAtOnce = std::int64_t(quietBytes / groupBytes);
     std::int64_t samples = smpCount;
     int slot = m_slot;
@@ -150,6 +206,13 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
                 samples += groupsAtOnce * slicedBits;
                 continue;
             }
+        }
+        if (slot == 0 && !quiet && std::size_t(end - at) >= busyGroups * groupBytes && hasRoom(tails, turns, samples)) {
+            quiet = !addBusyGroups(tails, turns, at, samples);
+            patternHolds = false;
+            at += busyGroups * groupBytes;
+            samples += busyGroups * slicedBits;
+            continue;
         }
         quiet = quiet || slot == 0;
         const std::uint32_t word = load16(at);

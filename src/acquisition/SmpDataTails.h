@@ -50,6 +50,14 @@ public:
         return true;
     }
 
+    /// How many entries put() still takes of a channel.
+    [[nodiscard]] std::int64_t room(std::size_t chn) const { return m_tails[chn].end - m_tails[chn].next; }
+
+    /// Where put() writes the low word of a present channel's next position, for a loop that appends several itself, no
+    /// more than room(); setNext() then tells how far it came.
+    [[nodiscard]] std::uint32_t *next(std::size_t chn) const { return m_tails[chn].next; }
+    void setNext(std::size_t chn, std::uint32_t *next) { m_tails[chn].next = next; }
+
     /// Appends an entry to a channel that is present, whatever the room and the position: one that 40 bits do not hold
     /// is passed over, since finish() would cut it off. False when memory is spent.
     [[nodiscard]] bool add(std::size_t chn, std::int64_t pos)

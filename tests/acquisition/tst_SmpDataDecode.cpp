@@ -170,6 +170,7 @@ private slots:
     void anOddLastByteOfSlicesIsIgnored();
     void slicesWithoutAnyChannelAreIgnored();
     void slicesOfAChannelWithoutARootKeepTheirTurn();
+    void slicesStopBeforeTheGroupThatFindsNoRoom();
     void aShortFirstChunkOfSlicesDoesNotReadBeyondItsEnd();
     void positionsKeepTheirHighByteAcrossTheSeamsOf32Bits_data();
     void positionsKeepTheirHighByteAcrossTheSeamsOf32Bits();
@@ -636,6 +637,23 @@ void TstSmpDataDecode::slicesOfAChannelWithoutARootKeepTheirTurn()
     Positions want = walkSamples(samples, 3, samples[0]).chns[2];
     want.push_back(done);
     QCOMPARE(captures::entries(data, 2), want);
+}
+
+void TstSmpDataDecode::slicesStopBeforeTheGroupThatFindsNoRoom()
+{
+    std::vector<std::uint32_t> samples;
+    for (std::uint32_t i = 0; i < 32000; ++i) {
+        samples.push_back(i & 1);
+    }
+    SmpData data(2, 0);
+    std::int64_t done = 0;
+    data.begin(0, 1, smpStreams::enabled(2));
+    memBudget = 0;
+    QVERIFY(!data.addSliced(smpStreams::sliced(samples, {0, 1}), 0, done));
+    QCOMPARE(done, std::int64_t(20480)); // samples 1 to 20480 fill the leaf, sample 20481 finds no room
+    data.finish(done);
+    QCOMPARE(data.entryCount(0), std::int64_t(20480));
+    QCOMPARE(data.lastPosition(0), std::int64_t(20480));
 }
 
 void TstSmpDataDecode::aShortFirstChunkOfSlicesDoesNotReadBeyondItsEnd()
