@@ -14,7 +14,6 @@
 #include "wave/MyProgressDlg.h"
 #include "wave/NoticeBox.h"
 #include "wave/PosiView.h"
-#include "wave/SmpZoom.h"
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
@@ -316,7 +315,7 @@ void MainWindow::slotWaveViewRefresh(bool)
     timeView->update();
     mainView->refreshWave();
     updatePosition();
-    toolbar->smpZoom->showRatio(waveGen->ratioSasPix());
+    toolbar->showRatio(waveGen->ratioSasPix());
     if (gDev->smpData->sampleCount() > 0) {
         waveGen->setFrameAck();
     }
