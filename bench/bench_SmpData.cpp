@@ -109,7 +109,7 @@ Bytes busyStream(Decode decode, std::size_t entries)
         }
         return bytes;
     }
-    const int count = channelsOf(decode);
+    const int count = std::min(channelsOf(decode), channels); // as many as the yardstick has vectors
     std::uint32_t word = 0;
     std::vector<smpStreams::Record> records;
     for (std::size_t i = 0; i < entries; ++i) {

@@ -144,7 +144,7 @@ struct SmpData::RleRun {
 };
 
 /// Decodes whole groups up to `end`, among which no trigger lies and no position reaches the tails' limit. Stops at a
-/// group that is malformed, or at a record of a channel whose leaf is full: `run` then tells where, and the changes of
+/// group or record that is malformed, or at a record of a channel whose leaf is full: `run` tells where, and the changes of
 /// that record that are appended stand in `run.word`.
 template<class Format>
 void SmpData::addPlainGroups(Tails &tails, RleRun &run, const std::uint8_t *end)
@@ -157,31 +157,36 @@ void SmpData::addPlainGroups(Tails &tails, RleRun &run, const std::uint8_t *end)
     std::size_t offset = 0;
     for (; group != end; group += Format::groupSize) {
         const Format loaded(group);
-        if (!loaded.wellFormed()) [[unlikely]] {
-            break;
-        }
         if (loaded.quiet(last)) {
+            if (!loaded.wellFormed()) [[unlikely]] {
+                break;
+            }
             samples += loaded.samples();
             continue;
         }
-        bool full = false;
-        for (offset = 0; offset < recordBytes; offset += Format::recordSize) {
+        bool stopped = Format::unsoundAt(group) != 0;
+        for (offset = 0; offset < recordBytes && !stopped; offset += Format::recordSize) {
             const std::uint32_t word = Format::word(group + offset);
+            const std::uint8_t count = group[offset + Format::countAt];
+            stopped = count == 0;
+            if (stopped) [[unlikely]] {
+                break;
+            }
             std::uint32_t changed = (word ^ last) & present;
             last = word;
-            for (; changed != 0 && !full; changed &= changed - 1) {
+            for (; changed != 0; changed &= changed - 1) {
                 if (!tails.put(std::size_t(std::countr_zero(changed)), samples)) [[unlikely]] {
                     last ^= changed;
-                    full = true;
+                    stopped = true;
                     break;
                 }
             }
-            if (full) [[unlikely]] {
+            if (stopped) [[unlikely]] {
                 break;
             }
-            samples += group[offset + Format::countAt];
+            samples += count;
         }
-        if (full) [[unlikely]] {
+        if (stopped) [[unlikely]] {
             break;
         }
         offset = 0;
