@@ -144,8 +144,8 @@ struct SmpData::RleRun {
 };
 
 /// Decodes whole groups up to `end`, among which no trigger lies and no position reaches the tails' limit. Stops at a
-/// group or record that is malformed, or at a record of a channel whose leaf is full: `run` tells where, and the changes of
-/// that record that are appended stand in `run.word`.
+/// group or record that is malformed, or at a record of a channel whose leaf is full: `run` tells where, and the
+/// changes of that record that are appended stand in `run.word`.
 template<class Format>
 void SmpData::addPlainGroups(Tails &tails, RleRun &run, const std::uint8_t *end)
 {
