@@ -3,6 +3,9 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QRawFont>
+
+#include <array>
 
 UsbTransport *gUsb = nullptr;
 DevBase *gDev = nullptr;
@@ -25,14 +28,40 @@ bool colorWaveform = false;
 
 namespace {
 
-/// The family of a font of the resources; empty if it does not load.
-QString applicationFont(const QString &path)
+/// What selects a font of the resources among all fonts: its family and its width.
+struct ApplicationFont {
+    QString family; ///< empty if the font did not load
+    int stretch = QFont::Unstretched;
+
+    void applyTo(QFont &font) const
+    {
+        if (!family.isEmpty()) {
+            font.setFamily(family);
+            font.setStretch(stretch);
+        }
+    }
+};
+
+/// The width that a font file tells of itself, in percent. Source: OpenType, table OS/2, field usWidthClass, 1 to 9.
+int stretchOf(const QString &path)
+{
+    constexpr int widthClassAt = 6; // a 16-bit number, big-endian, below 256
+    constexpr std::array<int, 9> percents{QFont::UltraCondensed, QFont::ExtraCondensed, QFont::Condensed,
+                                          QFont::SemiCondensed,  QFont::Unstretched,    QFont::SemiExpanded,
+                                          QFont::Expanded,       QFont::ExtraExpanded,  QFont::UltraExpanded};
+    const QByteArray table = QRawFont(path, 12).fontTable("OS/2");
+    const int widthClass = table.size() > widthClassAt + 1 ? table.at(widthClassAt + 1) : 0;
+    return widthClass >= 1 && widthClass <= 9 ? percents[std::size_t(widthClass - 1)] : QFont::Unstretched;
+}
+
+/// A condensed font may bear the family name of the plain one, so that the family alone would not find it.
+ApplicationFont applicationFont(const QString &path)
 {
     if (!QFileInfo::exists(path)) {
         return {};
     }
     const QStringList families = QFontDatabase::applicationFontFamilies(QFontDatabase::addApplicationFont(path));
-    return families.isEmpty() ? QString() : families.first();
+    return families.isEmpty() ? ApplicationFont{} : ApplicationFont{families.first(), stretchOf(path)};
 }
 
 /// A theme may give the system's font in pixels, and then the font itself knows no points.
@@ -81,22 +110,19 @@ QString globalsFileArgument(const QStringList &arguments)
 
 void globalsLoadFonts(const QFont &system, const QString &languageFont)
 {
-    const QString tahoma = applicationFont(QStringLiteral(":/res/Tahoma.ttf"));
-    const QString verdana = applicationFont(QStringLiteral(":/res/Verdana.ttf"));
+    const ApplicationFont tahoma = applicationFont(QStringLiteral(":/res/Tahoma.ttf"));
+    const ApplicationFont verdana = applicationFont(QStringLiteral(":/res/Verdana.ttf"));
 
     gFontMain = system;
-    const QString family = languageFont.isEmpty() ? tahoma : languageFont;
-    if (!family.isEmpty() && family != QLatin1String("SysDefault")) {
-        gFontMain.setFamily(family);
+    if (languageFont.isEmpty()) {
+        tahoma.applyTo(gFontMain);
+    } else if (languageFont != QLatin1String("SysDefault")) {
+        gFontMain.setFamily(languageFont);
     }
     gFontSmall = gFontMain;
-    if (!tahoma.isEmpty()) {
-        gFontSmall.setFamily(tahoma);
-    }
+    tahoma.applyTo(gFontSmall);
     gFontLarge = gFontMain;
-    if (!verdana.isEmpty()) {
-        gFontLarge.setFamily(verdana);
-    }
+    verdana.applyTo(gFontLarge);
 
     const double size = pointSize(system);
     gFontMain.setPointSizeF(size + 0.5);

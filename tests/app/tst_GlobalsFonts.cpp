@@ -4,7 +4,12 @@
 
 #include <QFile>
 #include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontMetricsF>
+#include <QRawFont>
 #include <QtTest>
+
+#include <numeric>
 
 class TstGlobalsFonts : public QObject {
     Q_OBJECT
@@ -15,6 +20,7 @@ private slots:
     void theLanguageFileDecidesTheMainFamilyOnly_data();
     void theLanguageFileDecidesTheMainFamilyOnly();
     void loadingTheFontsAgainGivesTheSame();
+    void theMainFontIsAsNarrowAsItsFile();
 
 private:
     static QString familyOf(const QString &path);
@@ -70,6 +76,23 @@ void TstGlobalsFonts::theLanguageFileDecidesTheMainFamilyOnly()
     QCOMPARE(gFontMain.family(), family);
     QCOMPARE(gFontSmall.family(), m_tahoma);
     QCOMPARE(gFontLarge.family(), m_verdana);
+}
+
+void TstGlobalsFonts::theMainFontIsAsNarrowAsItsFile()
+{
+    // Both files bear one family name, and the full family may be installed beside them.
+    globalsLoadFonts(m_system, QString());
+    const QString text = QStringLiteral("+100us +200us +300us");
+    const auto widthIn = [&text](const QString &path) {
+        QRawFont font(path, QFontInfo(gFontMain).pixelSize());
+        const QVector<QPointF> advances = font.advancesForGlyphIndexes(font.glyphIndexesForString(text));
+        return std::accumulate(advances.cbegin(), advances.cend(), QPointF()).x();
+    };
+    const double narrow = widthIn(QStringLiteral(":/res/Tahoma.ttf"));
+    const double plain = widthIn(QStringLiteral(":/res/Verdana.ttf"));
+    QVERIFY(narrow < 0.95 * plain);
+    const double shown = QFontMetricsF(gFontMain).horizontalAdvance(text);
+    QVERIFY2(shown < 1.04 * narrow, qPrintable(QStringLiteral("%1 instead of %2").arg(shown).arg(narrow)));
 }
 
 void TstGlobalsFonts::loadingTheFontsAgainGivesTheSame()
