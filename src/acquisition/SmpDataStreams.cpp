@@ -211,7 +211,7 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
             quiet = !addBusyGroups(tails, turns, at, samples);
             patternHolds = false;
             at += busyGroups * groupBytes;
-            samples += busyGroups * slicedBits;
+            samples += std::int64_t(busyGroups) * slicedBits;
             continue;
         }
         quiet = quiet || slot == 0;
