@@ -57,7 +57,7 @@ public:
     // ---- the user's choice -----------------------------------------------------------------------------------------
     QVector<bool> chnEnable;  ///< digital channels in use; its size is the model's channel count
     QVector<bool> aChnEnable; ///< analog channels in use
-    QVector<int> chnTrig;     ///< 0 none, 1 low, 2 high, 3 rising, 4 falling
+    QVector<int> chnTrig;     ///< 0 none, 1 low, 2 high, 3 rising, 4 falling; negative as stored, none as well
     QVector<int> aChnTrig;
     std::int32_t trgPosition = 5; ///< percent of the depth before the trigger, 0 to 99
     QVector<bool> aChnReverse;

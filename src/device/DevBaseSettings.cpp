@@ -20,10 +20,10 @@ bool isEdge(int code)
     return code == risingEdge || code == fallingEdge;
 }
 
-/// A trigger code as it may be stored: any other number is none.
-int soundTrig(int code)
+/// Any other code triggers nothing; a settings file may hold negative ones, and they are kept.
+bool isTrigger(int code)
 {
-    return code >= lowLevel && code <= fallingEdge ? code : 0;
+    return code >= lowLevel && code <= fallingEdge;
 }
 
 bool has(const QVector<int> &list, int index)
@@ -84,7 +84,6 @@ QVector<int> storedTriggers(const QString &model, int count, bool analog)
     QVector<int> triggers(count, 0);
     chnTrigGet(model, triggers, analog);
     triggers.resize(count);
-    std::transform(triggers.cbegin(), triggers.cend(), triggers.begin(), soundTrig);
     return triggers;
 }
 
@@ -239,7 +238,7 @@ void DevBase::setChnTrig(int chn, int code)
         clearEdges(aChnTrig);
         saveAChnTrig();
     }
-    chnTrig[chn] = soundTrig(code);
+    chnTrig[chn] = isTrigger(code) ? code : 0;
     saveChnTrig();
 }
 
@@ -253,13 +252,13 @@ void DevBase::setAChnTrig(int chn, int code)
         clearEdges(chnTrig);
         saveChnTrig();
     }
-    aChnTrig[chn] = soundTrig(code);
+    aChnTrig[chn] = isTrigger(code) ? code : 0;
     saveAChnTrig();
 }
 
 std::int64_t DevBase::preTrigSamples() const
 {
-    const bool triggered = std::any_of(chnTrig.cbegin(), chnTrig.cend(), [](int code) { return code != 0; });
+    const bool triggered = std::any_of(chnTrig.cbegin(), chnTrig.cend(), isTrigger);
     return triggered ? smpDepth() * trgPosition / 100 : 0;
 }
 
@@ -274,7 +273,7 @@ SmpConfig DevBase::smpConfig() const
         const std::uint32_t bit = std::uint32_t(1) << chn;
         const int code = chnTrig.value(chn, 0);
         config.enabled |= chnEnable.at(chn) ? bit : 0;
-        config.trigger |= code != 0 ? bit : 0;
+        config.trigger |= isTrigger(code) ? bit : 0;
         config.level |= code == lowLevel || code == highLevel ? bit : 0;
         config.polarity |= code == highLevel || code == fallingEdge ? bit : 0;
     }

@@ -107,6 +107,7 @@ private slots:
     void senselessSavedSettingsAreHarmless_data();
     void senselessSavedSettingsAreHarmless();
     void shortSavedListsLeaveTheRestAtTheDefaults();
+    void negativeSavedTriggersAreKeptAndTriggerNothing();
 };
 
 // ---- rates, depths and channels
@@ -623,7 +624,7 @@ void TstDevBase::senselessSavedSettingsAreHarmless()
         QCOMPARE(device->aChnTrig.size(), device->aChnEnable.size());
         QCOMPARE(device->aChnProbe.size(), device->aChnEnable.size());
         for (const int kind : device->chnTrig + device->aChnTrig) {
-            QVERIFY(kind >= 0 && kind <= 4);
+            QVERIFY(kind <= 4);
         }
         QVERIFY(device->preTrigSamples() >= 0);
     }
@@ -642,6 +643,29 @@ void TstDevBase::shortSavedListsLeaveTheRestAtTheDefaults()
     QCOMPARE(device->aChnVoltDiv, QVector<int>({250, 1000}));
     QCOMPARE(device->aChnProbe, QVector<int>({10, 1}));
     QCOMPARE(device->aChnEnable, QVector<bool>({false, true}));
+}
+
+void TstDevBase::negativeSavedTriggersAreKeptAndTriggerNothing()
+{
+    const QString list = QStringLiteral("-1,-3,-2147483648,0,0,0,0,0,0,0,0,0,0,0,0,-4");
+    store(QStringLiteral("RV2720"), "chnTrig", list);
+    store(QStringLiteral("RV2720"), "AChnTrig", QStringLiteral("-2,-3"));
+    const std::unique_ptr<DevBase> device = createDevice(97);
+    device->setTrgPosition(50);
+    QCOMPARE(device->chnTrig.mid(0, 4), QVector<int>({-1, -3, std::numeric_limits<int>::min(), 0}));
+    QCOMPARE(device->aChnTrig, QVector<int>({-2, -3}));
+    QCOMPARE(stored(*device, "chnTrig"), list);
+    QCOMPARE(stored(*device, "AChnTrig"), QStringLiteral("-2,-3"));
+
+    QCOMPARE(device->preTrigSamples(), std::int64_t(0));
+    const SmpConfig none = device->smpConfig();
+    QCOMPARE(none.trigger | none.level | none.polarity, 0U);
+
+    // They stay beside triggers that the user sets, edges too.
+    device->setChnTrig(5, 3);
+    QCOMPARE(device->smpConfig().trigger, 0x20U);
+    QCOMPARE(stored(*device, "chnTrig"), QStringLiteral("-1,-3,-2147483648,0,0,3,0,0,0,0,0,0,0,0,0,-4"));
+    QCOMPARE(stored(*device, "AChnTrig"), QStringLiteral("-2,-3"));
 }
 
 QTEST_GUILESS_MAIN(TstDevBase)
