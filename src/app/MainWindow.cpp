@@ -241,7 +241,7 @@ void MainWindow::showRunError(int sta, int err)
     if (gDev->isAnalogModel()) {
         toolbar->smpCtrl->hideProgress();
         // The blanks widen a box that holds nothing but a code.
-        const QString tail = error.isCode ? QStringLiteral("                 ") : QString();
+        const QString tail = error.isCode ? QStringLiteral(".                 ") : QString();
         showNotice(this, QMessageBox::Warning, ::tr("An error occurred"), error.text + tail);
         return;
     }

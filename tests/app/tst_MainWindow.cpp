@@ -213,7 +213,7 @@ void TstMainWindow::onlyTheAnalogModelsCodeBoxHasATail()
     m_window->slotDevPreConnect(97);
     BoxCloser closer;
     emit gDev->sigSmpSta(2, 14, 0);
-    QCOMPARE(closer.seen.text, QStringLiteral("S-20e                 "));
+    QCOMPARE(closer.seen.text, QStringLiteral("S-20e.                 "));
     emit gDev->sigSmpSta(4, 4, 0);
     QCOMPARE(closer.seen.text, QStringLiteral("Out of memory, Sample abort."));
     QVERIFY(!m_dialog->isVisible());
