@@ -99,7 +99,7 @@ void MainWindow::buildPanels()
     statusLabel->setFixedHeight(dp(20));
     statusLabel->setStyleSheet(
         QStringLiteral("background-color:#2f2f2f;border:%1px solid #7f7f7f;color:#f7f7f7;").arg(dp(1)));
-    statusLabel->setAccessibleName(::tr("Device state"));
+    statusLabel->setAccessibleDescription(::tr("Device state")); // its name is the text that it shows
 }
 
 void MainWindow::connectPanels()

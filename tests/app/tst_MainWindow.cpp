@@ -9,6 +9,7 @@
 #include "wave/MyProgressDlg.h"
 #include "wave/WaveDataGen.h"
 
+#include <QAccessible>
 #include <QDropEvent>
 #include <QLabel>
 #include <QMessageBox>
@@ -67,6 +68,7 @@ private slots:
     void theTitleNamesTheModelAndTheState();
     void aFileInViewIsForgottenWhenACaptureStarts();
     void withoutAFileTheTitleStaysWhenACaptureStarts();
+    void theDeviceStateIsReadToThoseWhoCannotSeeIt();
     void replacingTheModelRebindsAndSavesIt();
     void theSameModelIsNotReplaced();
     void aReportOfAReplacedDeviceIsDropped();
@@ -251,6 +253,15 @@ void TstMainWindow::withoutAFileTheTitleStaysWhenACaptureStarts()
     m_window->setWindowTitle(QStringLiteral("as it was"));
     emit gDev->sigSmpSta(0, 0, 0);
     QCOMPARE(m_window->windowTitle(), QStringLiteral("as it was"));
+}
+
+void TstMainWindow::theDeviceStateIsReadToThoseWhoCannotSeeIt()
+{
+    QStringList read;
+    for (QLabel *label : m_window->findChildren<QLabel *>()) {
+        read += QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
+    }
+    QVERIFY(read.contains(QStringLiteral("Device unconnected")));
 }
 
 void TstMainWindow::replacingTheModelRebindsAndSavesIt()
