@@ -14,11 +14,13 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
 
 #include <memory>
+#include <thread>
 
 /// What a box on the screen said before it was closed by its button.
 struct SeenBox {
@@ -71,7 +73,7 @@ private slots:
     void theDeviceStateIsReadToThoseWhoCannotSeeIt();
     void replacingTheModelRebindsAndSavesIt();
     void theSameModelIsNotReplaced();
-    void aReportOfAReplacedDeviceIsDropped();
+    void reportsOfAReplacedDeviceAreDropped();
     void zoomTextsReachTheGenerator();
     void dragMovesTheViewByWholeColumns();
     void thePositionBarMovesTheViewWithinTheCapture();
@@ -283,17 +285,24 @@ void TstMainWindow::theSameModelIsNotReplaced()
     QVERIFY(gDev->smpData->complete);
 }
 
-void TstMainWindow::aReportOfAReplacedDeviceIsDropped()
+void TstMainWindow::reportsOfAReplacedDeviceAreDropped()
 {
-    // A report that is still queued when the device goes away.
-    QMetaObject::invokeMethod(
-        gDev, [] { emit gDev->sigSmpSta(0, 0, 0); }, Qt::QueuedConnection);
-    DevBase *old = gDev;
-    QPointer<DevBase> watch(old);
+    // From another thread, as those of a capture: they are on their way to the window when the device goes away.
+    std::thread([] {
+        emit gDev->sigSmpSta(0, 0, 0);
+        emit gDev->sigSmpDataReady();
+    }).join();
+    const QPointer<DevBase> old(gDev);
     m_window->slotDevPreConnect(9);
-    QVERIFY(watch.isNull());
+    QVERIFY(old.isNull());
+    CaptureBuilder{100000}.fill(*gDev->smpData);
     QCoreApplication::processEvents();
     QVERIFY(!m_dialog->isVisible());
+    QVERIFY(m_gen->digLine(0).empty());
+
+    std::thread([] { emit gDev->sigSmpSta(0, 0, 0); }).join();
+    QCoreApplication::processEvents();
+    QVERIFY(m_dialog->isVisible());
 }
 
 void TstMainWindow::zoomTextsReachTheGenerator()
