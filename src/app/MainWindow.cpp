@@ -43,6 +43,13 @@ QString titleTail()
     return QStringLiteral(" - CorvanLUX");
 }
 
+/// A dropped file is read and stays where it is: whoever offered it for moving must not take it away.
+void acceptCopy(QDropEvent &event)
+{
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
@@ -412,12 +419,13 @@ void MainWindow::stopStartTimer()
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     if (event->mimeData()->hasUrls()) {
-        event->acceptProposedAction();
+        acceptCopy(*event);
     }
 }
 
 void MainWindow::dropEvent(QDropEvent *event)
 {
+    acceptCopy(*event);
     const QList<QUrl> urls = event->mimeData()->urls();
     const QString path = urls.isEmpty() ? QString() : urls.constFirst().toLocalFile();
     if (!path.isEmpty()) {

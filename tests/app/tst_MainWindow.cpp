@@ -377,13 +377,18 @@ void TstMainWindow::closingSavesGeometryAndRatio()
 
 void TstMainWindow::drop(const QString &path)
 {
+    // A file manager may offer the file for moving, and would then delete it.
+    const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction;
     QMimeData mime;
     mime.setUrls({QUrl::fromLocalFile(path)});
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QDragEnterEvent enter(QPoint(50, 50), offered, &mime, Qt::LeftButton, Qt::ShiftModifier);
     QApplication::sendEvent(m_window.get(), &enter);
     QVERIFY(enter.isAccepted());
-    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QCOMPARE(enter.dropAction(), Qt::CopyAction);
+    QDropEvent event(QPointF(50, 50), offered, &mime, Qt::LeftButton, Qt::ShiftModifier);
     QApplication::sendEvent(m_window.get(), &event);
+    QVERIFY(event.isAccepted());
+    QCOMPARE(event.dropAction(), Qt::CopyAction);
 }
 
 void TstMainWindow::aDropWithoutALocalFileDoesNothing()
