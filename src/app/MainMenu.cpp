@@ -10,11 +10,15 @@
 
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QScopedValueRollback>
 
 MainMenu::MainMenu(QWidget *parent) : QWidget(parent) {}
 
 void MainMenu::openFile(const QString &path)
 {
+    if (m_loading) {
+        return;
+    }
     const QFileInfo info(path);
     const bool isData = info.suffix() == QLatin1String("cxdat");
     const bool isSettings = info.suffix() == QLatin1String("cxset");
@@ -40,6 +44,7 @@ void MainMenu::openFile(const QString &path)
 
 bool MainMenu::loadData(const QString &path, qint64 headSize)
 {
+    const QScopedValueRollback<bool> loading(m_loading, true);
     DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
     if (!job.loadData(path, headSize)) {
         return false;

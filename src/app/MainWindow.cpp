@@ -213,7 +213,7 @@ void MainWindow::replaceDevice(int model)
 
 void MainWindow::slotDevPreConnect(int model)
 {
-    if (model == gDev->model) {
+    if (model == gDev->model || mainMenu->isLoading()) {
         return;
     }
     replaceDevice(model);
@@ -223,6 +223,9 @@ void MainWindow::slotDevPreConnect(int model)
 
 void MainWindow::slotReplaceConfig()
 {
+    if (mainMenu->isLoading()) {
+        return;
+    }
     stopStartTimer(); // what was named at the start has been overtaken
     replaceDevice(globalGet(QStringLiteral("devModel")).toInt());
     rebindDevice();

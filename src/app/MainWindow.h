@@ -31,7 +31,8 @@ public:
 public slots:
     /// A report of the running capture: state, error, value (percent).
     void slotDevSmpStaShow(int sta, int err, int n);
-    /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same.
+    /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same, nor
+    /// while a file loads, since the load fills the present device's store: who goes on with `gDev` looks at its model.
     void slotDevPreConnect(int model);
     void slotSmpDataReady();
     void slotWaveViewRefresh(bool decRefresh);
@@ -44,7 +45,7 @@ public slots:
     /// `posi` is the view's start as a share of the capture, 0 to 1.
     void slotPosiViewChanged(double posi);
     void slotSmpStop();
-    /// The configuration has been replaced: makes the device object anew from it.
+    /// The configuration has been replaced: makes the device object anew from it. Nothing while a file loads.
     void slotReplaceConfig();
 
 protected:

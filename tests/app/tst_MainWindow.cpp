@@ -3,6 +3,7 @@
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "files/DataFile.h"
+#include "support/BoxCloser.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainView.h"
@@ -12,7 +13,6 @@
 #include <QAccessible>
 #include <QDropEvent>
 #include <QLabel>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QPointer>
 #include <QProgressBar>
@@ -21,36 +21,6 @@
 
 #include <memory>
 #include <thread>
-
-/// What a box on the screen said before it was closed by its button.
-struct SeenBox {
-    int count = 0;
-    QString title;
-    QString text;
-    QString button;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-};
-
-/// Closes every message box of `owner`'s thread that appears while this lives, and notes the last.
-class BoxCloser : public QObject {
-public:
-    BoxCloser() { qApp->installEventFilter(this); }
-    SeenBox seen;
-
-    bool eventFilter(QObject *object, QEvent *event) override
-    {
-        auto *box = qobject_cast<QMessageBox *>(object);
-        if (box != nullptr && event->type() == QEvent::Show) {
-            ++seen.count;
-            seen.title = box->windowTitle();
-            seen.text = box->text();
-            seen.button = box->buttons().constFirst()->text();
-            seen.icon = box->icon();
-            QMetaObject::invokeMethod(box->buttons().constFirst(), "click", Qt::QueuedConnection);
-        }
-        return false;
-    }
-};
 
 class TstMainWindow : public QObject {
     Q_OBJECT
@@ -98,7 +68,8 @@ private:
     void makeWindow();
     void capture(std::int64_t samples = 100000);
     QString writeDataFile(const QString &name);
-    void drop(const QString &path);
+    void drop(const QUrl &url);
+    void drop(const QString &path) { drop(QUrl::fromLocalFile(path)); }
 
     QTemporaryDir m_dir;
     std::unique_ptr<MainWindow> m_window;
@@ -375,12 +346,12 @@ void TstMainWindow::closingSavesGeometryAndRatio()
     QCOMPARE(globalGet(QStringLiteral("ratioSasPix")), QStringLiteral("12.3457"));
 }
 
-void TstMainWindow::drop(const QString &path)
+void TstMainWindow::drop(const QUrl &url)
 {
     // A file manager may offer the file for moving, and would then delete it.
     const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction;
     QMimeData mime;
-    mime.setUrls({QUrl::fromLocalFile(path)});
+    mime.setUrls({url});
     QDragEnterEvent enter(QPoint(50, 50), offered, &mime, Qt::LeftButton, Qt::ShiftModifier);
     QApplication::sendEvent(m_window.get(), &enter);
     QVERIFY(enter.isAccepted());
@@ -394,10 +365,7 @@ void TstMainWindow::drop(const QString &path)
 void TstMainWindow::aDropWithoutALocalFileDoesNothing()
 {
     BoxCloser closer;
-    QMimeData mime;
-    mime.setUrls({QUrl(QStringLiteral("https://localhost/a.cxdat"))});
-    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(m_window.get(), &event);
+    drop(QUrl(QStringLiteral("https://localhost/a.cxdat")));
     QCOMPARE(closer.seen.count, 0);
 }
 

@@ -1,0 +1,199 @@
+#include "app/MainMenu.h"
+#include "app/MainWindow.h"
+#include "device/DevBase.h"
+#include "device/DevModels.h"
+#include "files/DataBlocks.h"
+#include "files/DataFile.h"
+#include "support/BoxCloser.h"
+#include "support/GuiTestMain.h"
+#include "wave/MyProgressDlg.h"
+#include "wave/WaveDataGen.h"
+
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QPointer>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+/// Does something as soon as the progress dialog of a load is shown: the load is under way then, and the window gets
+/// events behind its back.
+class DuringLoad : public QObject {
+public:
+    explicit DuringLoad(std::function<void()> act) : m_act(std::move(act)) { qApp->installEventFilter(this); }
+    int dialogs = 0;
+
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        auto *dialog = qobject_cast<MyProgressDlg *>(object);
+        if (dialog != nullptr && event->type() == QEvent::Show &&
+            dialog->windowTitle() == QStringLiteral("Open File")) {
+            ++dialogs;
+            m_act();
+        }
+        return false;
+    }
+
+private:
+    std::function<void()> m_act;
+};
+
+/// What reaches the window while a file loads that is big enough for the progress dialog.
+class TstMainWindowLoad : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void aBigFileOpensBehindTheProgressDialog();
+    void aFileDroppedWhileAnotherLoadsIsIgnored();
+    void anotherModelWhileAFileLoadsIsIgnored();
+    void aReplacedConfigurationWhileAFileLoadsIsIgnored();
+    void theWindowMayCloseWhileAFileLoads();
+    void aFileOfTheCommandLineThatStillLoadsIsNotOvertakenByADrop();
+
+private:
+    void open(const QString &path) { m_window->findChild<MainMenu *>()->openFile(path); }
+    void drop(const QString &path);
+
+    static constexpr std::int64_t entries = DataFile::backgroundLoadSize / dataEntrySize + 100;
+    QTemporaryDir m_dir;
+    QString m_big;   ///< a data file of model 0 with `entries` samples
+    QString m_other; ///< a settings file of model 9
+    std::unique_ptr<MainWindow> m_window;
+};
+
+void TstMainWindowLoad::initTestCase()
+{
+    m_other = m_dir.filePath(QStringLiteral("other.cxset"));
+    globalSet(QStringLiteral("devModel"), QStringLiteral("9"));
+    QVERIFY(configSave(m_other));
+    m_big = m_dir.filePath(QStringLiteral("big.cxdat"));
+    globalSet(QStringLiteral("devModel"), QStringLiteral("0"));
+    QVERIFY(configSave(m_big));
+
+    QByteArray bytes(int(entries * dataEntrySize), '\0');
+    for (std::int64_t i = 0; i < entries; ++i) {
+        const std::int64_t pos = i + 1;
+        for (int byte = 0; byte < dataEntrySize; ++byte) {
+            bytes[int(i * dataEntrySize + byte)] = char(pos >> (8 * byte) & 0xff);
+        }
+    }
+    const auto head = encodeFileHead({entries, 1000000, 0, 16});
+    const auto block = encodeBlockHead({3, 0, entries});
+    QFile file(m_big);
+    QVERIFY(file.open(QIODevice::Append));
+    file.write(reinterpret_cast<const char *>(head.data()), DataFileHead::size);
+    file.write(reinterpret_cast<const char *>(block.data()), DataBlockHead::size);
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+void TstMainWindowLoad::init()
+{
+    QFile::remove(configPath());
+    configLoad();
+    gOpenFile.clear();
+    gDev = createDevice(1).release();
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+}
+
+void TstMainWindowLoad::cleanup()
+{
+    m_window.reset();
+    delete gDev;
+    gDev = nullptr;
+}
+
+void TstMainWindowLoad::drop(const QString &path)
+{
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(path)});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(m_window.get(), &enter); // a drop goes to who has taken the drag
+    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(m_window.get(), &event);
+}
+
+void TstMainWindowLoad::aBigFileOpensBehindTheProgressDialog()
+{
+    BoxCloser closer;
+    DuringLoad load([this] { QCOMPARE(m_window->windowTitle(), m_big + QStringLiteral(" - CorvanLUX")); });
+    open(m_big);
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+    QVERIFY(!m_window->findChild<WaveDataGen *>()->digLine(3).empty());
+}
+
+void TstMainWindowLoad::aFileDroppedWhileAnotherLoadsIsIgnored()
+{
+    BoxCloser closer;
+    DuringLoad load([this] {
+        drop(m_other);
+        drop(m_big);
+        drop(m_dir.filePath(QStringLiteral("nothing.cxdat")));
+    });
+    open(m_big);
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+    drop(m_other); // and is taken again once the load is done
+    QCOMPARE(gDev->model, 9);
+}
+
+void TstMainWindowLoad::anotherModelWhileAFileLoadsIsIgnored()
+{
+    DuringLoad load([this] { m_window->slotDevPreConnect(9); });
+    open(m_big);
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("0"));
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+    m_window->slotDevPreConnect(9);
+    QCOMPARE(gDev->model, 9);
+}
+
+void TstMainWindowLoad::aReplacedConfigurationWhileAFileLoadsIsIgnored()
+{
+    QPointer<DevBase> loading;
+    DuringLoad load([&] {
+        loading = gDev;
+        m_window->slotReplaceConfig();
+    });
+    open(m_big);
+    QVERIFY(!loading.isNull());
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+}
+
+void TstMainWindowLoad::theWindowMayCloseWhileAFileLoads()
+{
+    QApplication::setQuitOnLastWindowClosed(false);
+    DuringLoad load([this] { QVERIFY(m_window->close()); });
+    open(m_big);
+    QApplication::setQuitOnLastWindowClosed(true);
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+}
+
+void TstMainWindowLoad::aFileOfTheCommandLineThatStillLoadsIsNotOvertakenByADrop()
+{
+    cleanup();
+    gDev = createDevice(0).release();
+    gOpenFile = m_big;
+    DuringLoad load([this] { drop(m_other); });
+    m_window = std::make_unique<MainWindow>();
+    QTRY_COMPARE(load.dialogs, 1);
+    QTRY_COMPARE(gDev->smpData->sampleCount(), entries);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(gOpenFile, m_big);
+}
+
+LUX_GUI_TEST(TstMainWindowLoad)
+#include "tst_MainWindowLoad.moc"
