@@ -402,7 +402,8 @@ void MainWindow::timerEvent(QTimerEvent *event)
         return;
     }
     stopStartTimer();
-    if (gOpenFile.isEmpty()) {
+    // A capture that was started meanwhile fills the store already, and has overtaken the file.
+    if (gOpenFile.isEmpty() || gDev->isCapturing()) {
         return;
     }
     const QString path = gOpenFile;

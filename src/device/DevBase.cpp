@@ -36,7 +36,7 @@ DevBase::~DevBase()
 
 void DevBase::startCapture()
 {
-    if (!smpData || thrSimulate.isBusy() || devControl().isRunning()) {
+    if (!smpData || isCapturing()) {
         return;
     }
     emit sigCaptureStarts();
@@ -51,6 +51,11 @@ void DevBase::startCapture()
     settings.depth = smpDepth();
     settings.enable.assign(chnEnable.cbegin(), chnEnable.cend());
     thrSimulate.startRun(settings, gSimulationSource);
+}
+
+bool DevBase::isCapturing() const
+{
+    return thrSimulate.isBusy() || devControl().isRunning();
 }
 
 void DevBase::startHardware()

@@ -112,6 +112,8 @@ public:
     /// Starts one capture, unless one is running. Returns at once; sigSmpSta and sigSmpDataReady tell the rest. A
     /// simulated capture admits no reader from here on: it waits for those who still read the last one.
     void startCapture();
+    /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
+    [[nodiscard]] bool isCapturing() const;
     /// Asks the running capture to end; what has been captured is kept. Does not wait.
     void stopCapture();
     /// Ends a simulated capture without publishing its data, and waits for its thread. For who takes away what the run

@@ -60,6 +60,7 @@ private slots:
     void aFileDroppedDuringACaptureEndsItAndOpens();
     void theStartTimerLoadsTheFileOfTheCommandLine();
     void theStartTimerTellsOfAFileThatDoesNotLoad();
+    void theStartTimerLeavesACaptureThatWasStartedBeforeItAlone();
 
 private:
     QLabel *dialogLabel() const { return m_dialog->findChild<QLabel *>(); }
@@ -512,6 +513,24 @@ void TstMainWindow::theStartTimerTellsOfAFileThatDoesNotLoad()
     QTRY_COMPARE(closer.seen.count, 1);
     QCOMPARE(closer.seen.text, QStringLiteral("File open failed.\r\n") + path);
     QCOMPARE(closer.seen.icon, QMessageBox::Information);
+}
+
+void TstMainWindow::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone()
+{
+    cleanup();
+    gOpenFile = m_dir.filePath(QStringLiteral("nothing.cxdat"));
+    gDev = createDevice(0).release();
+    gDev->setSmpDepthIndex(0);
+    m_window = std::make_unique<MainWindow>();
+    BoxCloser closer;
+    gDev->startCapture();
+    for (int id = 1; id < 1000; ++id) {
+        QTimerEvent timeout(id);
+        QApplication::sendEvent(m_window.get(), &timeout);
+    }
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
+    QCOMPARE(closer.seen.count, 0);
+    QTRY_VERIFY(gOpenFile.isEmpty());
 }
 
 LUX_GUI_TEST(TstMainWindow)
