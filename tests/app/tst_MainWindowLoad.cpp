@@ -1,21 +1,13 @@
 #include "app/MainMenu.h"
-#include "app/MainWindow.h"
-#include "device/DevBase.h"
-#include "device/DevModels.h"
+#include "app/WindowDesk.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "support/BoxCloser.h"
-#include "support/GuiTestMain.h"
-#include "wave/MyProgressDlg.h"
-#include "wave/WaveDataGen.h"
 
-#include <QDragEnterEvent>
-#include <QMimeData>
 #include <QPointer>
 #include <QTemporaryDir>
 
 #include <functional>
-#include <memory>
 
 /// Does something as soon as the progress dialog of a load is shown: the load is under way then, and the window gets
 /// events behind its back.
@@ -40,12 +32,12 @@ private:
 };
 
 /// What reaches the window while a file loads that is big enough for the progress dialog.
-class TstMainWindowLoad : public QObject {
+class TstMainWindowLoad : public QObject, private WindowDesk {
     Q_OBJECT
 private slots:
     void initTestCase();
-    void init();
-    void cleanup();
+    void init() { setUp(1); }
+    void cleanup() { tearDown(); }
 
     void aBigFileOpensBehindTheProgressDialog();
     void aFileDroppedWhileAnotherLoadsIsIgnored();
@@ -56,13 +48,11 @@ private slots:
 
 private:
     void open(const QString &path) { m_window->findChild<MainMenu *>()->openFile(path); }
-    void drop(const QString &path);
 
     static constexpr std::int64_t entries = DataFile::backgroundLoadSize / dataEntrySize + 100;
     QTemporaryDir m_dir;
     QString m_big;   ///< a data file of model 0 with `entries` samples
     QString m_other; ///< a settings file of model 9
-    std::unique_ptr<MainWindow> m_window;
 };
 
 void TstMainWindowLoad::initTestCase()
@@ -88,34 +78,6 @@ void TstMainWindowLoad::initTestCase()
     file.write(reinterpret_cast<const char *>(head.data()), DataFileHead::size);
     file.write(reinterpret_cast<const char *>(block.data()), DataBlockHead::size);
     QCOMPARE(file.write(bytes), qint64(bytes.size()));
-}
-
-void TstMainWindowLoad::init()
-{
-    QFile::remove(configPath());
-    configLoad();
-    gOpenFile.clear();
-    gDev = createDevice(1).release();
-    m_window = std::make_unique<MainWindow>();
-    m_window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-}
-
-void TstMainWindowLoad::cleanup()
-{
-    m_window.reset();
-    delete gDev;
-    gDev = nullptr;
-}
-
-void TstMainWindowLoad::drop(const QString &path)
-{
-    QMimeData mime;
-    mime.setUrls({QUrl::fromLocalFile(path)});
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(m_window.get(), &enter); // a drop goes to who has taken the drag
-    QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(m_window.get(), &event);
 }
 
 void TstMainWindowLoad::aBigFileOpensBehindTheProgressDialog()
@@ -184,7 +146,7 @@ void TstMainWindowLoad::theWindowMayCloseWhileAFileLoads()
 
 void TstMainWindowLoad::aFileOfTheCommandLineThatStillLoadsIsNotOvertakenByADrop()
 {
-    cleanup();
+    tearDown();
     gDev = createDevice(0).release();
     gOpenFile = m_big;
     DuringLoad load([this] { drop(m_other); });

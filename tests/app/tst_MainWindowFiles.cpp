@@ -1,0 +1,204 @@
+#include "app/MainMenu.h"
+#include "app/WindowDesk.h"
+#include "files/DataFile.h"
+#include "support/BoxCloser.h"
+
+#include <QTemporaryDir>
+
+/// Files that are dropped on the window, opened, or named on the command line.
+class TstMainWindowFiles : public QObject, private WindowDesk {
+    Q_OBJECT
+private slots:
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
+
+    void aDropWithoutALocalFileDoesNothing();
+    void aDroppedFileOfAnotherKindGivesTheBox();
+    void aDataFileOpensWithItsSettings();
+    void aSettingsFileChangesTheModelAndKeepsTheLanguage();
+    void aBrokenFileGivesTheBoxAndTheProgramGoesOn_data();
+    void aBrokenFileGivesTheBoxAndTheProgramGoesOn();
+    void aDataFileWithoutDataBehindItsSettingsGivesTheBox();
+    void aFileDroppedDuringACaptureEndsItAndOpens();
+    void theStartTimerLoadsTheFileOfTheCommandLine();
+    void theStartTimerTellsOfAFileThatDoesNotLoad();
+    void theStartTimerLeavesACaptureThatWasStartedBeforeItAlone();
+
+private:
+    QString writeDataFile(const QString &name);
+
+    QTemporaryDir m_dir;
+};
+
+QString TstMainWindowFiles::writeDataFile(const QString &name)
+{
+    CaptureBuilder{50000, 20000000}.fill(*gDev->smpData);
+    const QString path = m_dir.filePath(name);
+    if (!configSave(path)) {
+        return {};
+    }
+    const std::vector<std::uint8_t> all(std::size_t(gDev->smpData->chnCount), 1);
+    DataFile job(gDev->smpData.get());
+    job.file.setFileName(path);
+    job.chnSelect = all.data();
+    job.setRange(0, 50000);
+    if (!job.file.open(QIODevice::WriteOnly | QIODevice::Append) || !job.saveData()) {
+        return {};
+    }
+    job.file.close();
+    return path;
+}
+
+void TstMainWindowFiles::aDropWithoutALocalFileDoesNothing()
+{
+    BoxCloser closer;
+    drop(QUrl(QStringLiteral("https://localhost/a.cxdat")));
+    QCOMPARE(closer.seen.count, 0);
+}
+
+void TstMainWindowFiles::aDroppedFileOfAnotherKindGivesTheBox()
+{
+    const QString path = m_dir.filePath(QStringLiteral("a.CXDAT"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.close();
+    BoxCloser closer;
+    drop(path);
+    QCOMPARE(closer.seen.count, 1);
+    QCOMPARE(closer.seen.title, QStringLiteral("An error occurred"));
+    QCOMPARE(closer.seen.text, QStringLiteral("File open failed.\r\n") + path);
+    QCOMPARE(closer.seen.button, QStringLiteral("Close"));
+    QCOMPARE(closer.seen.icon, QMessageBox::Warning);
+}
+
+void TstMainWindowFiles::aDataFileOpensWithItsSettings()
+{
+    m_window->slotDevPreConnect(9);
+    const QString path = writeDataFile(QStringLiteral("thirtytwo.cxdat"));
+    QVERIFY(!path.isEmpty());
+    m_window->slotDevPreConnect(0);
+    BoxCloser closer;
+    drop(path);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->model, 9);
+    QCOMPARE(gDev->smpData->sampleCount(), 50000);
+    QCOMPARE(gDev->smpData->smpFrequ, 20000000);
+    QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
+    QVERIFY(!m_gen->digLine(31).empty());
+}
+
+void TstMainWindowFiles::aSettingsFileChangesTheModelAndKeepsTheLanguage()
+{
+    const QString path = m_dir.filePath(QStringLiteral("other.cxset"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<?xml version=\"1.0\" encoding=\"UTF-8\"?><settings><global><userLang>ja</userLang>"
+               "<disAutoUpdate>1</disAutoUpdate><devModel>5</devModel></global><devices/><analyzers/></settings>\n");
+    file.close();
+    globalSet(QStringLiteral("userLang"), QStringLiteral("de"));
+    BoxCloser closer;
+    m_window->findChild<MainMenu *>()->openFile(path);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->model, 5);
+    QCOMPARE(globalGet(QStringLiteral("userLang")), QStringLiteral("de"));
+    QCOMPARE(globalGet(QStringLiteral("disAutoUpdate")), QStringLiteral("1"));
+    QVERIFY(gOpenFile.isEmpty());
+}
+
+void TstMainWindowFiles::aBrokenFileGivesTheBoxAndTheProgramGoesOn_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    const QByteArray settings = "<settings><global><devModel>0</devModel></global><devices/><analyzers/></settings>\n";
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("no settings block") << QByteArray(100, 'x');
+    QTest::newRow("settings that are no document") << QByteArray("<settings><global></settings>\n");
+    QTest::newRow("a head of zeros") << settings + QByteArray(40, '\0');
+    QTest::newRow("a short head") << settings + QByteArray("cxdat\0\0\0", 8);
+}
+
+void TstMainWindowFiles::aBrokenFileGivesTheBoxAndTheProgramGoesOn()
+{
+    QFETCH(QByteArray, bytes);
+    const QString path = m_dir.filePath(QStringLiteral("broken.cxdat"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    file.close();
+    BoxCloser closer;
+    m_window->findChild<MainMenu *>()->openFile(path);
+    QCOMPARE(closer.seen.count, 1);
+    QCOMPARE(closer.seen.text, QStringLiteral("File open failed.\r\n") + path);
+    capture();
+    QVERIFY(!m_gen->digLine(0).empty());
+}
+
+void TstMainWindowFiles::aDataFileWithoutDataBehindItsSettingsGivesTheBox()
+{
+    const QString path = m_dir.filePath(QStringLiteral("settings.cxdat"));
+    QVERIFY(configSave(path));
+    BoxCloser closer;
+    m_window->findChild<MainMenu *>()->openFile(path);
+    QCOMPARE(closer.seen.count, 1);
+    QVERIFY(gOpenFile.isEmpty());
+    QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Unconnected - CorvanLUX"));
+}
+
+void TstMainWindowFiles::aFileDroppedDuringACaptureEndsItAndOpens()
+{
+    const QString path = writeDataFile(QStringLiteral("dropped.cxdat"));
+    QVERIFY(!path.isEmpty());
+    gDev->setSmpDepthIndex(14);
+    gDev->startCapture();
+    QTRY_VERIFY(m_dialog->isVisible());
+    m_window->findChild<MainMenu *>()->openFile(path);
+    QVERIFY(!m_dialog->isVisible());
+    QCOMPARE(gDev->smpData->sampleCount(), 50000);
+    QCOMPARE(gOpenFile, path);
+}
+
+void TstMainWindowFiles::theStartTimerLoadsTheFileOfTheCommandLine()
+{
+    const QString path = writeDataFile(QStringLiteral("named.cxdat"));
+    QVERIFY(!path.isEmpty());
+    tearDown();
+    gOpenFile = path;
+    gDev = createDevice(0).release();
+    makeWindow();
+    QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 50000);
+    QVERIFY(!m_gen->digLine(0).empty());
+}
+
+void TstMainWindowFiles::theStartTimerTellsOfAFileThatDoesNotLoad()
+{
+    const QString path = m_dir.filePath(QStringLiteral("nothing.cxdat"));
+    tearDown();
+    gOpenFile = path;
+    gDev = createDevice(0).release();
+    BoxCloser closer;
+    makeWindow();
+    QTRY_COMPARE(closer.seen.count, 1);
+    QCOMPARE(closer.seen.text, QStringLiteral("File open failed.\r\n") + path);
+    QCOMPARE(closer.seen.icon, QMessageBox::Information);
+}
+
+void TstMainWindowFiles::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone()
+{
+    tearDown();
+    gOpenFile = m_dir.filePath(QStringLiteral("nothing.cxdat"));
+    gDev = createDevice(0).release();
+    gDev->setSmpDepthIndex(0);
+    m_window = std::make_unique<MainWindow>();
+    BoxCloser closer;
+    gDev->startCapture();
+    for (int id = 1; id < 1000; ++id) {
+        QTimerEvent timeout(id);
+        QApplication::sendEvent(m_window.get(), &timeout);
+    }
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
+    QCOMPARE(closer.seen.count, 0);
+    QTRY_VERIFY(gOpenFile.isEmpty());
+}
+
+LUX_GUI_TEST(TstMainWindowFiles)
+#include "tst_MainWindowFiles.moc"
