@@ -1,4 +1,6 @@
 #include "app/WindowDesk.h"
+#include "panels/SmpCtrl.h"
+#include "panels/Toolbar.h"
 #include "support/BoxCloser.h"
 #include "wave/MainView.h"
 
@@ -24,6 +26,7 @@ private slots:
     void anErrorCodeStandsInTheDialogWithStateAndError();
     void aStreamThatCannotKeepUpClosesTheDialogAndShowsABox();
     void onlyTheAnalogModelsCodeBoxHasATail();
+    void theAnalogModelShowsItsProgressInTheBarAlone();
     void theNoteOfAMalformedRecordIsOnlySaved();
     void reportsOfAReplacedDeviceAreDropped();
     void zoomTextsReachTheGenerator();
@@ -119,6 +122,34 @@ void TstMainWindow::onlyTheAnalogModelsCodeBoxHasATail()
     QCOMPARE(closer.seen.text, QStringLiteral("S-20e.                 "));
     emit gDev->sigSmpSta(4, 4, 0);
     QCOMPARE(closer.seen.text, QStringLiteral("Out of memory, Sample abort."));
+    QVERIFY(!m_dialog->isVisible());
+}
+
+void TstMainWindow::theAnalogModelShowsItsProgressInTheBarAlone()
+{
+    m_window->slotDevPreConnect(97);
+    QCoreApplication::processEvents(); // the bar's new groups are shown
+    QProgressBar *bar = m_window->findChild<Toolbar *>()->smpCtrl->smpBar;
+    const auto start = [&] {
+        bar->setValue(50);
+        bar->show();
+        emit gDev->sigSmpSta(0, 0, 0);
+    };
+    start();
+    QCOMPARE(bar->value(), 50);
+    emit gDev->sigSmpSta(1, 0, 0);
+    QCOMPARE(bar->value(), 1);
+    emit gDev->sigSmpSta(3, 0, 120);
+    QCOMPARE(bar->value(), 99);
+    QVERIFY(bar->isVisible());
+    emit gDev->sigSmpSta(5, 0, 100);
+    QVERIFY(!bar->isVisible());
+
+    start();
+    BoxCloser closer;
+    emit gDev->sigSmpSta(3, 1, 0);
+    QVERIFY(!bar->isVisible());
+    QCOMPARE(closer.seen.count, 1);
     QVERIFY(!m_dialog->isVisible());
 }
 

@@ -19,6 +19,8 @@ private slots:
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn_data();
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn();
     void aDataFileWithoutDataBehindItsSettingsGivesTheBox();
+    void aFileOfAnotherChannelCountGivesTheBoxAndItsSettingsStay();
+    void anotherFileThatDoesNotOpenLeavesTheOneInView();
     void aFileDroppedDuringACaptureEndsItAndOpens();
     void theStartTimerLoadsTheFileOfTheCommandLine();
     void theStartTimerTellsOfAFileThatDoesNotLoad();
@@ -141,6 +143,33 @@ void TstMainWindowFiles::aDataFileWithoutDataBehindItsSettingsGivesTheBox()
     QCOMPARE(closer.seen.count, 1);
     QVERIFY(gOpenFile.isEmpty());
     QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Unconnected - CorvanLUX"));
+}
+
+void TstMainWindowFiles::aFileOfAnotherChannelCountGivesTheBoxAndItsSettingsStay()
+{
+    globalSet(QStringLiteral("devModel"), QStringLiteral("9")); // of 32 channels, in front of the data of 16
+    const QString path = writeDataFile(QStringLiteral("mixed.cxdat"));
+    QVERIFY(!path.isEmpty());
+    globalSet(QStringLiteral("devModel"), QStringLiteral("0"));
+    BoxCloser closer;
+    drop(path);
+    QCOMPARE(closer.seen.count, 1);
+    QCOMPARE(closer.seen.text, QStringLiteral("File open failed.\r\n") + path);
+    QCOMPARE(gDev->model, 9);
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("9"));
+    QCOMPARE(gDev->smpData->sampleCount(), 0);
+}
+
+void TstMainWindowFiles::anotherFileThatDoesNotOpenLeavesTheOneInView()
+{
+    const QString path = writeDataFile(QStringLiteral("good.cxdat"));
+    drop(path);
+    BoxCloser closer;
+    drop(m_dir.filePath(QStringLiteral("missing.cxdat")));
+    QCOMPARE(closer.seen.count, 1);
+    QCOMPARE(gOpenFile, path);
+    QCOMPARE(gDev->smpData->sampleCount(), 50000);
+    QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
 }
 
 void TstMainWindowFiles::aFileDroppedDuringACaptureEndsItAndOpens()

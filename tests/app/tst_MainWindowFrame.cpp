@@ -1,7 +1,15 @@
+#include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "panels/DevSetting.h"
+#include "wave/MainView.h"
+#include "wave/PosiView.h"
+#include "wave/TimeView.h"
 
 #include <QAccessible>
+#include <QGridLayout>
 #include <QLabel>
+#include <QScrollArea>
+#include <QShortcut>
 
 /// The window itself: its place, its panels' places, its title and state line, and the device behind it.
 class TstMainWindowFrame : public QObject, private WindowDesk {
@@ -10,6 +18,11 @@ private slots:
     void init() { setUp(); }
     void cleanup() { tearDown(); }
 
+    void thePanelsStandInTheirPlacesOfTheGrid();
+    void theWindowIsNeverSmallerThanItsPanelsNeed();
+    void theStartKeyIsPressedOnceHoweverLongItIsHeld();
+    void theStateLineTellsWhetherAFileIsInView();
+    void aMaximisedWindowKeepsItsPositionForLater();
     void theTitleNamesTheModelAndTheState();
     void aFileInViewIsForgottenWhenACaptureStarts();
     void withoutAFileTheTitleStaysWhenACaptureStarts();
@@ -17,7 +30,83 @@ private slots:
     void replacingTheModelRebindsAndSavesIt();
     void theSameModelIsNotReplaced();
     void closingSavesGeometryAndRatio();
+
+private:
+    QLabel *stateLine() const
+    {
+        const QList<QLabel *> own = m_window->findChildren<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+        return own.size() == 1 ? own.constFirst() : nullptr;
+    }
 };
+
+void TstMainWindowFrame::thePanelsStandInTheirPlacesOfTheGrid()
+{
+    const auto *grid = qobject_cast<QGridLayout *>(m_window->layout());
+    QVERIFY(grid != nullptr);
+    const auto cells = [&](QWidget *widget) {
+        int row = -1;
+        int column = -1;
+        int rows = 0;
+        int columns = 0;
+        grid->getItemPosition(grid->indexOf(widget), &row, &column, &rows, &columns);
+        return QRect(column, row, columns, rows);
+    };
+    QCOMPARE(cells(m_window->findChild<QScrollArea *>()), QRect(0, 0, 3, 1));
+    QCOMPARE(cells(m_window->findChild<DevSetting *>()), QRect(0, 1, 1, 1));
+    QCOMPARE(cells(m_window->findChild<TimeView *>()), QRect(1, 1, 1, 1));
+    QCOMPARE(cells(m_window->findChild<MainView *>()), QRect(0, 2, 2, 1));
+    QCOMPARE(cells(stateLine()), QRect(0, 3, 1, 1));
+    QCOMPARE(cells(m_window->findChild<PosiView *>()), QRect(1, 3, 1, 1));
+    QCOMPARE(grid->rowStretch(2), 1);
+    QCOMPARE(grid->columnStretch(1), 1);
+    QCOMPARE(grid->contentsMargins(), QMargins(2, 0, 2, 2));
+}
+
+void TstMainWindowFrame::theWindowIsNeverSmallerThanItsPanelsNeed()
+{
+    QCOMPARE(m_window->minimumSize(), QSize(800, 240));
+    QCOMPARE(m_window->findChild<QScrollArea *>()->height(), 48);
+    QCOMPARE(stateLine()->height(), 20);
+    QCOMPARE(stateLine()->styleSheet(),
+             QStringLiteral("background-color:#2f2f2f;border:1px solid #7f7f7f;color:#f7f7f7;"));
+}
+
+void TstMainWindowFrame::theStartKeyIsPressedOnceHoweverLongItIsHeld()
+{
+    for (const auto *shortcut : m_window->findChildren<QShortcut *>()) {
+        QVERIFY(!shortcut->autoRepeat());
+    }
+    gDev->setSmpDepthIndex(0);
+    QTest::keyClick(m_window.get(), Qt::Key_F5);
+    QVERIFY(gDev->isCapturing());
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
+}
+
+void TstMainWindowFrame::theStateLineTellsWhetherAFileIsInView()
+{
+    QCOMPARE(stateLine()->text(), QStringLiteral("Device unconnected"));
+    gOpenFile = QStringLiteral("/somewhere/a.cxdat");
+    m_window->slotReplaceConfig();
+    QCOMPARE(stateLine()->text(), QStringLiteral("Data review"));
+    gDev->connected = true;
+    emit m_window->findChild<MainMenu *>()->openFileGone();
+    QCOMPARE(stateLine()->text(), QStringLiteral("Device connected"));
+    QCOMPARE(m_window->windowTitle(), QStringLiteral("/somewhere/a.cxdat - CorvanLUX"));
+    gDev->connected = false;
+}
+
+void TstMainWindowFrame::aMaximisedWindowKeepsItsPositionForLater()
+{
+    const QString position = QStringLiteral("30,40,700,500");
+    globalSet(QStringLiteral("windowPosition"), position);
+    globalSet(QStringLiteral("windowMaximized"), QStringLiteral("1"));
+    m_window = std::make_unique<MainWindow>();
+    m_window->show();
+    QVERIFY(m_window->isMaximized());
+    m_window->close();
+    QCOMPARE(globalGet(QStringLiteral("windowPosition")), position);
+    QCOMPARE(globalGet(QStringLiteral("windowMaximized")), QStringLiteral("1"));
+}
 
 void TstMainWindowFrame::theTitleNamesTheModelAndTheState()
 {
@@ -45,11 +134,9 @@ void TstMainWindowFrame::withoutAFileTheTitleStaysWhenACaptureStarts()
 
 void TstMainWindowFrame::theDeviceStateIsReadToThoseWhoCannotSeeIt()
 {
-    QStringList read;
-    for (QLabel *label : m_window->findChildren<QLabel *>()) {
-        read += QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
-    }
-    QVERIFY(read.contains(QStringLiteral("Device unconnected")));
+    const QAccessibleInterface *line = QAccessible::queryAccessibleInterface(stateLine());
+    QCOMPARE(line->text(QAccessible::Name), QStringLiteral("Device unconnected"));
+    QCOMPARE(line->text(QAccessible::Description), QStringLiteral("Device state"));
 }
 
 void TstMainWindowFrame::replacingTheModelRebindsAndSavesIt()
