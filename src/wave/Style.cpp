@@ -1,6 +1,7 @@
 #include "wave/Style.h"
 
 #include "app/Globals.h"
+#include "wave/ComboKeys.h"
 
 #include <QComboBox>
 #include <QFontMetrics>
@@ -43,6 +44,7 @@ void dressComboBox(QComboBox &box)
 {
     box.setMaxVisibleItems(20);
     box.setItemDelegate(new QStyledItemDelegate(&box)); // the box's own delegate does not know style sheets
+    new ComboKeys(&box);
     box.ensurePolished();
     box.setFixedHeight(controlHeight(box.fontMetrics()));
 }

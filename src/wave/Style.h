@@ -32,5 +32,6 @@ class QFontMetrics;
 
 /// The height of a one-line field or combo box for a font, pixels: the text fits at any scale.
 [[nodiscard]] int controlHeight(const QFontMetrics &metrics);
-/// What a sheet cannot say of a combo box: at most 20 entries in its list, entries with room, and the height.
+/// What a sheet cannot say of a combo box: at most 20 entries in its list, entries with room, the height, and that a
+/// box reached by key keeps its keys from the window's shortcuts.
 void dressComboBox(QComboBox &box);
