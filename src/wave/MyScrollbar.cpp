@@ -11,8 +11,16 @@
 #include <algorithm>
 
 namespace {
+
 constexpr int minHandleUnits = 12; // what a finger on a touch pad still hits
+
+bool movesHandle(int key)
+{
+    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown ||
+           key == Qt::Key_Home || key == Qt::Key_End;
 }
+
+} // namespace
 
 double scrollHandleHeight(int trackHeight, qlonglong minV, qlonglong maxV, qlonglong pageStep)
 {
@@ -95,6 +103,16 @@ void MyScrollbar::setValue(qlonglong v)
 void MyScrollbar::updateHandle()
 {
     handleHeight = scrollHandleHeight(height(), minV, maxV, pageStep);
+}
+
+bool MyScrollbar::event(QEvent *event)
+{
+    // Up, Down, Home and End move the time axis by shortcuts of the window, but not while this bar has the focus.
+    if (event->type() == QEvent::ShortcutOverride && movesHandle(static_cast<QKeyEvent *>(event)->key())) {
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
 }
 
 void MyScrollbar::paintEvent(QPaintEvent *)

@@ -2,6 +2,7 @@
 #include "wave/MyScrollbar.h"
 
 #include <QImage>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -28,6 +29,8 @@ private slots:
     void theMouseDragsTheHandleAndStopsAtTheEnds();
     void otherMouseButtonsDoNotDrag();
     void keysMoveTheHandle();
+    void withTheFocusTheKeysAreItsOwnAndNotTheWindows_data();
+    void withTheFocusTheKeysAreItsOwnAndNotTheWindows();
     void theHandleIsPaintedDarkAndTheRestIsLeftClear();
 };
 
@@ -241,6 +244,42 @@ void TstMyScrollbar::keysMoveTheHandle()
     QCOMPARE(made->value, 200);
     QTest::keyClick(made.get(), Qt::Key_Home);
     QCOMPARE(made->value, 0);
+}
+
+void TstMyScrollbar::withTheFocusTheKeysAreItsOwnAndNotTheWindows_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<int>("value");
+    QTest::newRow("up") << Qt::Key_Up << 140;
+    QTest::newRow("down") << Qt::Key_Down << 160;
+    QTest::newRow("page up") << Qt::Key_PageUp << 50;
+    QTest::newRow("page down") << Qt::Key_PageDown << 250;
+    QTest::newRow("home") << Qt::Key_Home << 0;
+    QTest::newRow("end") << Qt::Key_End << 300;
+}
+
+void TstMyScrollbar::withTheFocusTheKeysAreItsOwnAndNotTheWindows()
+{
+    QFETCH(Qt::Key, key);
+    QWidget window;
+    const auto made = bar(300, 100);
+    made->setParent(&window);
+    made->setValue(150);
+    made->show();
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    int shortcuts = 0;
+    const QShortcut shortcut(QKeySequence(key), &window);
+    connect(&shortcut, &QShortcut::activated, &window, [&shortcuts] { ++shortcuts; });
+
+    made->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(made.get(), key);
+    QTEST(int(made->value), "value");
+    QCOMPARE(shortcuts, 0);
+    made->clearFocus();
+    QTest::keyClick(&window, key);
+    QCOMPARE(shortcuts, 1);
+    QTEST(int(made->value), "value");
 }
 
 void TstMyScrollbar::theHandleIsPaintedDarkAndTheRestIsLeftClear()
