@@ -17,6 +17,12 @@ int wholeColumns(double value)
     return int(std::clamp(value, -columnLimit, columnLimit));
 }
 
+/// The device column of a place between logical columns.
+int deviceColumn(double logical, PixelScale scale)
+{
+    return wholeColumns(logical * scale.s()) + scale.s() / 2;
+}
+
 void addRightHead(QVector<QPoint> &points, int x, int y, int step)
 {
     points << QPoint(x - step, y - step) << QPoint(x - step, y + step);
@@ -26,8 +32,8 @@ void addRightHead(QVector<QPoint> &points, int x, int y, int step)
 int addFirstArrow(const ArrowSpans &spans, int y, PixelScale scale, ArrowStrokes &out)
 {
     const int s = scale.s();
-    const int x1 = scale.column(wholeColumns(spans.span1Start));
-    const int x2 = scale.column(wholeColumns(spans.span1End));
+    const int x1 = deviceColumn(spans.span1Start, scale);
+    const int x2 = deviceColumn(spans.span1End, scale);
     const int k = wholeColumns((spans.span1End - spans.span1Start - 1.0) * 0.5 - 1.0);
     if (k < 2) {
         out.lines << QLine(x1, y, x2, y);
@@ -46,8 +52,8 @@ int addFirstArrow(const ArrowSpans &spans, int y, PixelScale scale, ArrowStrokes
 void addSecondArrow(const ArrowSpans &spans, int y, int firstHeads, PixelScale scale, ArrowStrokes &out)
 {
     const int s = scale.s();
-    const int x3 = scale.column(wholeColumns(spans.span2Start));
-    const int x4 = scale.column(wholeColumns(spans.span2End));
+    const int x3 = deviceColumn(spans.span2Start, scale);
+    const int x4 = deviceColumn(spans.span2End, scale);
     const int k = wholeColumns(spans.span2End - spans.span2Start - 1.0);
     const bool pointed = firstHeads == 0 ? k >= 2 : k >= firstHeads;
     if (pointed) {

@@ -93,6 +93,7 @@ private slots:
     void theSecondArrowIsAPlainLineWhenTheFirstHasMoreHeads();
     void theSecondArrowHasItsOwnHeadsWhenTheFirstHasNone();
     void strokesAreScaledByWholeDevicePixels();
+    void onAScaledScreenAnArrowEndsBetweenLogicalColumns();
     void spansFarOutsideAreCutBeforeTheyBecomeIntegers();
 };
 
@@ -235,6 +236,13 @@ void TstWaveStrokes::strokesAreScaledByWholeDevicePixels()
     const ArrowStrokes strokes = arrowStrokes({10.0, 50.0, 0.0, 0.0}, 80, {192});
     QCOMPARE(strokes.lines[0], QLine(21 + 4, 1 + (8 + 80) / 2, 101 - 4, 45));
     QVERIFY(strokes.points.contains(QPoint(23, 43)));
+}
+
+void TstWaveStrokes::onAScaledScreenAnArrowEndsBetweenLogicalColumns()
+{
+    const ArrowStrokes strokes = arrowStrokes({10.6, 13.4, 20.6, 60.9}, 80, {192});
+    QCOMPARE(strokes.lines[0], QLine(22, 45, 27, 45));
+    QCOMPARE(strokes.lines[1], QLine(42, 45, 122 - 4, 45));
 }
 
 void TstWaveStrokes::spansFarOutsideAreCutBeforeTheyBecomeIntegers()
