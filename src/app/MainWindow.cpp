@@ -117,6 +117,7 @@ void MainWindow::connectPanels()
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
     connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
     connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);
+    connect(mainView, &MainView::timeWidthChanged, this, &MainWindow::updatePosition);
     connect(posiView, &PosiView::sigPosiChanged, this, &MainWindow::slotPosiViewChanged);
     connect(waveGen, &WaveDataGen::sigViewRefresh, this, &MainWindow::slotWaveViewRefresh);
 }

@@ -208,6 +208,7 @@ void MainView::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
     m_sized = true;
     layoutRows();
+    emit timeWidthChanged();
 }
 
 void MainView::refreshWave()

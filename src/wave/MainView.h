@@ -70,6 +70,8 @@ public slots:
     void slotShortCutMovToEnd();
 
 signals:
+    /// The waves have another width: the window shows more or less of the capture than before.
+    void timeWidthChanged();
     /// `flag` 1 in, 2 out, about `point`.
     void zoomChangedByMouse(int flag, QPoint point);
     /// The wave was dragged by `width` logical pixels to the right.

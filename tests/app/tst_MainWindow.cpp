@@ -3,6 +3,7 @@
 #include "panels/Toolbar.h"
 #include "support/BoxCloser.h"
 #include "wave/MainView.h"
+#include "wave/PosiView.h"
 
 #include <QLabel>
 #include <QPointer>
@@ -32,6 +33,7 @@ private slots:
     void zoomTextsReachTheGenerator();
     void dragMovesTheViewByWholeColumns();
     void thePositionBarMovesTheViewWithinTheCapture();
+    void thePositionBarFollowsTheWidthOfTheWindow();
     void mouseZoomIsIgnoredWithoutData();
     void shiftIsPassedToTheView();
 
@@ -219,6 +221,19 @@ void TstMainWindow::thePositionBarMovesTheViewWithinTheCapture()
     QCOMPARE(m_gen->viewStart(), 0.0);
     m_window->slotPosiViewChanged(1.0);
     QCOMPARE(m_gen->viewStart(), 100000.0 - m_gen->viewWidth() * 10.0);
+}
+
+void TstMainWindow::thePositionBarFollowsTheWidthOfTheWindow()
+{
+    capture();
+    m_gen->zoomFit();
+    auto *bar = m_window->findChild<PosiView *>();
+    QCOMPARE(bar->maximum(), 0);
+    const int before = m_gen->viewWidth();
+    m_window->resize(900, 700);
+    QCOMPARE(m_gen->viewWidth(), before - 300);
+    QCOMPARE(bar->pageStep(), int(10000.0 * (before - 300) / before));
+    QCOMPARE(bar->maximum(), 10000 - bar->pageStep());
 }
 
 void TstMainWindow::mouseZoomIsIgnoredWithoutData()
