@@ -66,6 +66,7 @@ void MainView::buildViews()
     sidebarArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     sidebarArea->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     sidebarArea->setFrameShape(QFrame::NoFrame);
+    sidebarArea->setFocusPolicy(Qt::NoFocus); // the rows are scrolled by the bar over the waves
     sidebarArea->setFixedWidth(dp(sidebarWidth));
     sidebarArea->setStyleSheet(QStringLiteral("QScrollArea{background-color:%1;border:0;}").arg(gGreys[7].name()));
     sidebarFrame->setObjectName(QStringLiteral("sidebarFrame"));

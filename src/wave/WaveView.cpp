@@ -14,6 +14,9 @@ WaveView::WaveView(QGraphicsScene *scene, QWidget *parent) : QGraphicsView(scene
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAcceptDrops(false);
     setDragMode(NoDrag);
+    // A click ends typing elsewhere. By key there is nothing to do here that needs the focus, and it would not be seen.
+    setFocusPolicy(Qt::ClickFocus);
+    viewport()->setFocusPolicy(Qt::ClickFocus);
     setMouseTracking(true);
     viewport()->setMouseTracking(true);
     setFrameShape(NoFrame);

@@ -1,7 +1,9 @@
 #include "wave/DecodedSource.h"
 #include "wave/MainViewDesk.h"
+#include "wave/MyScrollbar.h"
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
@@ -66,6 +68,8 @@ private slots:
     void homeAndEndPassTheEndsOfTheDataBeforeTheViewSettles();
     void keysDoNothingWithoutACapture();
     void keysDoNotRepeatByThemselves();
+    void tabStopsOnlyAtTheBarThatShowsItsFocus();
+    void aClickInTheWavesTakesTheFocusFromAField();
 
     void hoveringTellsThePulseUnderThePointer();
     void hoveringOutsideTheDataTellsNothing();
@@ -441,6 +445,28 @@ void TstMainView::keysDoNotRepeatByThemselves()
     QCOMPARE(shortcuts.size(), 7);
     for (const QShortcut *shortcut : shortcuts)
         QVERIFY(!shortcut->autoRepeat());
+}
+
+void TstMainView::tabStopsOnlyAtTheBarThatShowsItsFocus()
+{
+    const MainViewDesk desk(thirtyTwoChannelModel);
+    QVector<QWidget *> stops;
+    for (QWidget *widget : desk.view.findChildren<QWidget *>()) {
+        if (widget->isVisible() && widget->focusPolicy() & Qt::TabFocus)
+            stops.append(widget);
+    }
+    QCOMPARE(stops, QVector<QWidget *>{desk.waves->findChild<MyScrollbar *>()});
+}
+
+void TstMainView::aClickInTheWavesTakesTheFocusFromAField()
+{
+    MainViewDesk desk;
+    QLineEdit field(&desk.view);
+    field.show();
+    field.setFocus();
+    QVERIFY(field.hasFocus());
+    desk.click(500, 400);
+    QVERIFY(desk.waves->hasFocus());
 }
 
 void TstMainView::hoveringTellsThePulseUnderThePointer()
