@@ -120,7 +120,7 @@ int SmpData::aChnPoints(int aChn, double start, double step, int width, SmpAChnP
         const double x = std::trunc(step <= 1.0 ? n / step + firstColumn : n + firstColumn);
         const double raw = buffer->samples[int(sample)];
         out[n] = {x < farRight ? std::int32_t(x) : std::numeric_limits<std::int32_t>::max(),
-                  (raw + 128) * buffer->voltDiv * 10.0 / 255.0 - buffer->voltDiv * 5};
+                  (raw + 128) * buffer->voltDiv * 10.0 / 255.0 - buffer->voltDiv * 5.0};
         ++n;
         if (x >= width - 1) {
             break;

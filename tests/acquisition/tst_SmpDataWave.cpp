@@ -104,6 +104,7 @@ private slots:
     void aLineNeverHoldsMoreRunsThanColumns();
 
     void anAnalogSampleStandsForItsMillivolts();
+    void aScaleOfAnySizeDoesNotWrap();
     void oneSampleAColumnTakesTheBranchOfEverySample();
     void severalColumnsToASampleSpreadThePoints();
     void severalSamplesToAColumnTakeOneEach();
@@ -318,6 +319,19 @@ void TstSmpDataWave::anAnalogSampleStandsForItsMillivolts()
     data.aChnBufs[0]->samples[0] = 127;
     QCOMPARE(data.aChnPoints(0, 0, 1, 1, out), 1);
     QCOMPARE(out[0].value, 1000.0);
+}
+
+void TstSmpDataWave::aScaleOfAnySizeDoesNotWrap()
+{
+    SmpData data(0, 1);
+    closeAnalog(data, 1);
+    SmpAChnPoint out[1];
+    data.aChnBufs[0]->samples[0] = -128;
+    for (const std::int32_t voltDiv : {500000000, std::numeric_limits<std::int32_t>::max()}) {
+        data.aChnBufs[0]->voltDiv = voltDiv;
+        QCOMPARE(data.aChnPoints(0, 0, 1, 1, out), 1);
+        QCOMPARE(out[0].value, voltDiv * -5.0);
+    }
 }
 
 void TstSmpDataWave::oneSampleAColumnTakesTheBranchOfEverySample()
