@@ -110,7 +110,8 @@ public:
     std::int32_t zeroSmpCnt = -1;          ///< -1, or the offset of the last malformed record in its chunk
     const std::int32_t chnCount;
     const std::int32_t aChnCount;
-    /// True when the capture is closed and may be read. Release on set, acquire on test.
+    /// True when the capture is closed and may be read. SmpReadLock and open() order it sequentially with the count of
+    /// readers; for a test alone, which admits nobody, acquire suffices.
     std::atomic<bool> complete{false};
     std::uint32_t trgRecord = 0;           ///< number of the record that holds the trigger, from 1; 0 for none
     std::uint64_t startLevels = 0;         ///< bit i is the level of channel i at position 0
