@@ -34,16 +34,21 @@ public slots:
     /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same, nor
     /// while a file loads, since the load fills the present device's store: who goes on with `gDev` looks at its model.
     void slotDevPreConnect(int model);
+    /// The device's store holds a new capture, or the data of a file: shows it from scratch.
     void slotSmpDataReady();
+    /// The lines have changed: paints them. `decRefresh` asks also for the decoded results.
     void slotWaveViewRefresh(bool decRefresh);
     /// "All", "Trg", "Out", "In" or a number of samples per pixel; anything else shows all.
     void slotToolbarZoomChanged(QString str);
+    /// Another sample rate has been chosen.
     void slotToolbarFrequChanged();
     /// `flag` 1 zooms in, 2 out, about the column under `mouse` (device pixels of the wave view).
     void slotMouseZoomChanged(int flag, QPoint mouse);
+    /// The wave has been dragged to the right by so many logical pixels.
     void slotMouseDraged(int moveLenLogic);
     /// `posi` is the view's start as a share of the capture, 0 to 1.
     void slotPosiViewChanged(double posi);
+    /// Asks the running capture to end; does not wait.
     void slotSmpStop();
     /// The configuration has been replaced: makes the device object anew from it. Nothing while a file loads.
     void slotReplaceConfig();

@@ -1,0 +1,183 @@
+// What the main window does with the reports of a capture and with the moves of its panels.
+
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "app/MainWindow.h"
+#include "app/RunStatus.h"
+#include "device/DevBase.h"
+#include "panels/SmpCtrl.h"
+#include "panels/Toolbar.h"
+#include "wave/MainView.h"
+#include "wave/MyProgressDlg.h"
+#include "wave/NoticeBox.h"
+#include "wave/PosiView.h"
+#include "wave/SmpZoom.h"
+#include "wave/TimeView.h"
+#include "wave/WaveDataGen.h"
+
+#include <algorithm>
+
+void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
+{
+    if (err != 0) {
+        showRunError(sta, err);
+    } else {
+        showRunState(sta, n);
+    }
+}
+
+void MainWindow::showRunError(int sta, int err)
+{
+    constexpr int malformedRecord = 32; // no error: a note for later diagnosis
+    if (err == malformedRecord) {
+        globalSet(QStringLiteral("zeroSmpCnt"), QString::number(gDev->smpData->zeroSmpCnt));
+        return;
+    }
+    const RunStatus::ErrorText error = RunStatus::errorText(sta, err, gDev->transferMode);
+    if (gDev->isAnalogModel()) {
+        toolbar->smpCtrl->hideProgress();
+        // The blanks widen a box that holds nothing but a code.
+        const QString tail = error.isCode ? QStringLiteral(".                 ") : QString();
+        showNotice(this, QMessageBox::Warning, ::tr("An error occurred"), error.text + tail);
+        return;
+    }
+    smpDialog->closeOnButton = true;
+    smpDialog->setButtonVisible(true);
+    if (error.box) {
+        smpDialog->accept();
+        showNotice(this, QMessageBox::Warning, ::tr("An error occurred"), error.text);
+        return;
+    }
+    smpDialog->setLabelText(RunStatus::dialogErrorText(err, error));
+}
+
+void MainWindow::showRunState(int sta, int n)
+{
+    constexpr int starting = 0;
+    constexpr int reading = 4;
+    constexpr int done = 5;
+    if (sta == starting && !gOpenFile.isEmpty()) {
+        gOpenFile.clear();
+        showModelTitle();
+    }
+    const int shown = RunStatus::shownProgress(n);
+    if (gDev->isAnalogModel()) {
+        if (sta == done) {
+            toolbar->smpCtrl->hideProgress();
+        } else if (sta != starting) {
+            toolbar->smpCtrl->setProgress(shown);
+        }
+        return;
+    }
+    if (sta == done) {
+        smpDialog->accept();
+        return;
+    }
+    if (sta < starting || sta > done) {
+        return;
+    }
+    if (sta == starting) {
+        smpDialog->closeOnButton = false;
+    }
+    if (sta == starting || sta == reading) {
+        smpDialog->setButtonVisible(sta == starting);
+    }
+    smpDialog->setLabelText(RunStatus::stateText(sta));
+    smpDialog->setProgress(shown);
+    if (sta == starting) {
+        smpDialog->show();
+    }
+}
+
+void MainWindow::slotSmpDataReady()
+{
+    for (int chn = 0; chn < gDev->aChnProbe.size(); ++chn) {
+        waveGen->setAChnProbe(chn, gDev->aChnProbe.at(chn));
+    }
+    mainView->clearForNewData();
+    waveGen->dataReady();
+}
+
+bool MainWindow::hasView() const
+{
+    return gDev->isAnalogModel() || gDev->smpData->sampleCount() > 0;
+}
+
+void MainWindow::slotWaveViewRefresh(bool)
+{
+    if (!hasView()) {
+        return;
+    }
+    timeView->update();
+    mainView->refreshWave();
+    updatePosition();
+    toolbar->showRatio(waveGen->ratioSasPix());
+    if (gDev->smpData->sampleCount() > 0) {
+        waveGen->setFrameAck();
+    }
+}
+
+void MainWindow::updatePosition()
+{
+    posiView->updatePosi(gDev->smpData->sampleCount(), waveGen->viewWidth(), waveGen->ratioSasPix(),
+                         waveGen->viewStart());
+}
+
+void MainWindow::slotToolbarZoomChanged(QString str)
+{
+    if (str == QLatin1String("Trg")) {
+        waveGen->zoomToTrigger();
+    } else if (str == QLatin1String("Out")) {
+        waveGen->zoomStepOut();
+    } else if (str == QLatin1String("In")) {
+        waveGen->zoomStepIn();
+    } else {
+        bool isNumber = false;
+        const double ratio = str.toDouble(&isNumber);
+        if (isNumber) {
+            waveGen->zoomSetRatio(ratio);
+        } else {
+            waveGen->zoomFit();
+        }
+    }
+}
+
+void MainWindow::slotToolbarFrequChanged()
+{
+    waveGen->setSampleRateHz(gDev->smpFrequ());
+}
+
+void MainWindow::slotMouseZoomChanged(int flag, QPoint mouse)
+{
+    if (!hasView()) {
+        return;
+    }
+    const int column = mouse.x() / uiScale();
+    if (flag == 1) {
+        waveGen->zoomInAt(column);
+    } else if (flag == 2) {
+        waveGen->zoomOutAt(column);
+    }
+}
+
+void MainWindow::slotMouseDraged(int moveLenLogic)
+{
+    waveGen->setViewStart(waveGen->viewStart() - moveLenLogic * waveGen->ratioSasPix());
+}
+
+void MainWindow::slotPosiViewChanged(double posi)
+{
+    const auto total = double(gDev->smpData->sampleCount());
+    const double start = total * posi;
+    if (start < 0.0) {
+        waveGen->setViewStart(0.0);
+    } else {
+        waveGen->setViewStart(std::min(start, total - waveGen->viewWidth() * waveGen->ratioSasPix()));
+    }
+}
+
+void MainWindow::slotSmpStop()
+{
+    gDev->stopCapture();
+}
