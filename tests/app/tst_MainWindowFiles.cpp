@@ -1,9 +1,12 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "support/BoxCloser.h"
 
 #include <QTemporaryDir>
+
+#include <cmath>
 
 /// Files that are dropped on the window, opened, or named on the command line.
 class TstMainWindowFiles : public QObject, private WindowDesk {
@@ -19,6 +22,8 @@ private slots:
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn_data();
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn();
     void aDataFileWithoutDataBehindItsSettingsGivesTheBox();
+    void aHeadOfAnyNumbersIsShown_data();
+    void aHeadOfAnyNumbersIsShown();
     void aFileOfAnotherChannelCountGivesTheBoxAndItsSettingsStay();
     void anotherFileThatDoesNotOpenLeavesTheOneInView();
     void aFileDroppedDuringACaptureEndsItAndOpens();
@@ -143,6 +148,53 @@ void TstMainWindowFiles::aDataFileWithoutDataBehindItsSettingsGivesTheBox()
     QCOMPARE(closer.seen.count, 1);
     QVERIFY(gOpenFile.isEmpty());
     QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Unconnected - CorvanLUX"));
+}
+
+void TstMainWindowFiles::aHeadOfAnyNumbersIsShown_data()
+{
+    QTest::addColumn<qint64>("samples");
+    QTest::addColumn<qint64>("rate");
+    QTest::addColumn<qint64>("trigger");
+    const qint64 most = dataFileMax;
+    QTest::newRow("no rate") << qint64(1000) << qint64(0) << qint64(0);
+    QTest::newRow("the fastest rate") << qint64(1000) << most << qint64(0);
+    QTest::newRow("the slowest rate and the most samples") << most << qint64(1) << qint64(0);
+    QTest::newRow("a trigger far behind the end") << qint64(1000) << qint64(1000000) << most;
+    QTest::newRow("one sample") << qint64(1) << qint64(1000000) << qint64(0);
+    QTest::newRow("no sample") << qint64(0) << qint64(1000000) << qint64(0);
+    QTest::newRow("the most of all") << most << most << most;
+}
+
+void TstMainWindowFiles::aHeadOfAnyNumbersIsShown()
+{
+    QFETCH(qint64, samples);
+    QFETCH(qint64, rate);
+    QFETCH(qint64, trigger);
+    const QString path = m_dir.filePath(QStringLiteral("any.cxdat"));
+    QVERIFY(configSave(path));
+    const auto head = encodeFileHead({samples, rate, trigger, 16});
+    const auto block = encodeBlockHead({5, 1, 0});
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::Append));
+    file.write(reinterpret_cast<const char *>(head.data()), DataFileHead::size);
+    file.write(reinterpret_cast<const char *>(block.data()), DataBlockHead::size);
+    file.close();
+    BoxCloser closer;
+    drop(path);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->smpData->sampleCount(), samples);
+    for (const int state : {0, 1, 2}) {
+        viewState = state;
+        emit gDev->sigSmpDataReady();
+        for (const char *zoom : {"All", "Out", "In", "Trg", "1e300", "0", "-1", "nan", "inf"}) {
+            m_window->slotToolbarZoomChanged(QLatin1String(zoom));
+            m_window->slotPosiViewChanged(0.9);
+            m_window->slotMouseDraged(1 << 30);
+            QVERIFY(std::isfinite(m_gen->ratioSasPix()) && std::isfinite(m_gen->viewStart()));
+            QVERIFY(!m_window->grab().isNull());
+        }
+    }
+    viewState = 0;
 }
 
 void TstMainWindowFiles::aFileOfAnotherChannelCountGivesTheBoxAndItsSettingsStay()
