@@ -148,6 +148,7 @@ private slots:
     void theTriggerStandsAtTheEndOfItsRecord();
     void aCountOfZeroLeavesTheOffsetOfTheLastSuchRecord();
     void wrongCheckBytesLeaveTheOffsetOfTheGroupPlusThirty();
+    void malformedRecordsAreToldAmongTransitionsToo();
     void aTailShorterThanAGroupIsSkippedAndConsumed();
     void anEmptyChunkChangesNothing();
     void recordsStopAtAFullLeafWhenTheBudgetIsSpent();
@@ -292,6 +293,39 @@ void TstSmpDataDecode::wrongCheckBytesLeaveTheOffsetOfTheGroupPlusThirty()
     QVERIFY(data.addRle32(bytes, consumed));
     QCOMPARE(data.zeroSmpCnt, 32 + 30);
     QCOMPARE(data.smpCount, std::int64_t(18 * 9)); // still processed
+}
+
+void TstSmpDataDecode::malformedRecordsAreToldAmongTransitionsToo()
+{
+    std::vector<Record> records;
+    for (std::uint32_t i = 0; i < 30; ++i) {
+        records.push_back({i % 2 == 0 ? 0x1234U : 0x4321U, 9});
+    }
+    for (std::size_t bad = 0; bad < 30; ++bad) {
+        auto withZero = records;
+        withZero[bad].count = 0;
+        std::uint32_t consumed = 0;
+        SmpData narrow(16, 0);
+        narrow.begin(0, 1, smpStreams::enabled(16));
+        QVERIFY(narrow.addRle16(smpStreams::rle16(withZero), consumed));
+        QCOMPARE(narrow.zeroSmpCnt, std::int32_t(bad / 5 * 16 + bad % 5 * 3));
+        QVERIFY(holds(narrow, walk(withZero, 16, 0)));
+        SmpData wide(32, 0);
+        wide.begin(0, 1, smpStreams::enabled(32));
+        QVERIFY(wide.addRle32(smpStreams::rle32(withZero), consumed));
+        QCOMPARE(wide.zeroSmpCnt, std::int32_t(bad / 6 * 32 + bad % 6 * 5));
+        QVERIFY(holds(wide, walk(withZero, 32, 0)));
+    }
+    for (std::size_t group = 0; group < 5; ++group) {
+        Bytes bytes = smpStreams::rle32(records);
+        bytes[group * 32 + 30] ^= 0x01;
+        std::uint32_t consumed = 0;
+        SmpData wide(32, 0);
+        wide.begin(0, 1, smpStreams::enabled(32));
+        QVERIFY(wide.addRle32(bytes, consumed));
+        QCOMPARE(wide.zeroSmpCnt, std::int32_t(group * 32 + 30));
+        QVERIFY(holds(wide, walk(records, 32, 0)));
+    }
 }
 
 void TstSmpDataDecode::aTailShorterThanAGroupIsSkippedAndConsumed()

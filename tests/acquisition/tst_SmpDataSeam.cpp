@@ -62,10 +62,12 @@ void TstSmpDataSeam::anEntryAtTheSeamOfTwoMidsIsFoundFromBothSides()
 
     // A cut just before the seam gives the second mid back.
     data.open();
-    data.finish(seam);
+    data.finish(seam - 5);
     QCOMPARE(data.chnRoots[0]->midCount, 1);
-    QCOMPARE(data.entryCount(0), seam);
-    QCOMPARE(data.lastPosition(0), seam);
+    QCOMPARE(data.entryCount(0), seam - 5);
+    QCOMPARE(data.lastPosition(0), seam - 5); // the first mid ends there now
+    QCOMPARE(data.nextEdge(0, seam - 6), seam - 5);
+    QCOMPARE(data.nextEdge(0, seam - 4), std::int64_t(-1));
     QCOMPARE(memBudget.load(), budget - std::int64_t(sizeof(SmpEdgeRoot)) - std::int64_t(sizeof(SmpEdgeMid)) -
                                    SmpEdgeMid::capacity * std::int64_t(sizeof(SmpEdgeLeaf)));
     data.clear();
