@@ -196,6 +196,8 @@ void TstSmpData::finishAtAnEarlierEndRemovesWhatLiesBeyond()
     QCOMPARE(data.entryAt(0, {}, entries - 1), std::int64_t(end));
     QCOMPARE(data.entryAt(0, {}, entries - 2), entries > 1 ? std::int64_t(entries - 1) : -1);
     QCOMPARE(data.chnRoots[0]->mids[0]->leafCount, leaves);
+    QCOMPARE(data.chnRoots[0]->mids[0]->leafLast[leaves - 1], std::int64_t(end));
+    QCOMPARE(data.chnRoots[0]->midLast[0], std::int64_t(end));
     QCOMPARE(memBudget.load(), plenty - rootBytes - midBytes - leaves * leafBytes);
     data.clear();
 }

@@ -167,6 +167,7 @@ private slots:
     void slicesGiveTheTransitionsOfAPlainWalk_data();
     void slicesGiveTheTransitionsOfAPlainWalk();
     void slicesMayBeSplitBetweenAnyTwoWords();
+    void slicesThatGoOnAtAnotherChannelAreNotTakenForQuiet();
     void slicesOfSomeChannelsTakeTurnsInAscendingOrder();
     void anOddLastByteOfSlicesIsIgnored();
     void slicesWithoutAnyChannelAreIgnored();
@@ -175,6 +176,7 @@ private slots:
     void aShortFirstChunkOfSlicesDoesNotReadBeyondItsEnd();
     void positionsKeepTheirHighByteAcrossTheSeamsOf32Bits_data();
     void positionsKeepTheirHighByteAcrossTheSeamsOf32Bits();
+    void longRecordsKeepTheirHighByteAcrossASeamOf32Bits();
     void positionsBeyond40BitsAreNeverStored();
     void pulsesAddUpToPositions();
     void pulsesOfAForeignChannelOrOfNoWidthsAreDone();
@@ -606,6 +608,22 @@ void TstSmpDataDecode::slicesMayBeSplitBetweenAnyTwoWords()
     }
 }
 
+void TstSmpDataDecode::slicesThatGoOnAtAnotherChannelAreNotTakenForQuiet()
+{
+    // From the split on, the words are those of the quiet stream before it, but they belong to the other channel.
+    std::vector<std::uint32_t> samples(16, 2);
+    samples.insert(samples.end(), 16, 0);
+    samples.insert(samples.end(), std::size_t(16) * 200, 1);
+    const Bytes bytes = smpStreams::sliced(samples, {0, 1});
+    constexpr std::size_t split = 6;
+    SmpData data(2, 0);
+    std::int64_t done = 0;
+    data.begin(0, 1, smpStreams::enabled(2));
+    QVERIFY(data.addSliced(part(bytes, 0, split), 0, done));
+    QVERIFY(data.addSliced(part(bytes, split, bytes.size()), -1, done));
+    QVERIFY(holds(data, walkSamples(samples, 2, samples[0])));
+}
+
 void TstSmpDataDecode::slicesOfSomeChannelsTakeTurnsInAscendingOrder()
 {
     const auto samples = randomSamples(43, 16 * 50, 20, 0xFFFF);
@@ -744,6 +762,33 @@ void TstSmpDataDecode::positionsKeepTheirHighByteAcrossTheSeamsOf32Bits()
     records.smpCount = from;
     QVERIFY(records.addRle16(smpStreams::rle16(ones), consumed));
     QVERIFY(holds(records, walkSamples(samples, 8, 0, from)));
+}
+
+void TstSmpDataDecode::longRecordsKeepTheirHighByteAcrossASeamOf32Bits()
+{
+    const std::int64_t from = (std::int64_t(1) << 32) - 60000; // many groups before the seam, and behind it
+    const auto records = randomRecords(23, 1200, 60, 0xFF, true);
+    // The records go on from a word of 0, since they do not begin a capture.
+    Expected expected(8);
+    expected.samples = from;
+    std::uint32_t last = 0;
+    for (const Record &record : records) {
+        expected.change(record.word ^ last, expected.samples);
+        last = record.word;
+        expected.samples += record.count;
+    }
+    QVERIFY(expected.samples > (std::int64_t(1) << 32) + 60000);
+    std::uint32_t consumed = 0;
+    SmpData narrow(8, 0);
+    narrow.begin(0, 1, smpStreams::enabled(8));
+    narrow.smpCount = from;
+    QVERIFY(narrow.addRle16(smpStreams::rle16(records), consumed));
+    QVERIFY(holds(narrow, expected));
+    SmpData wide(8, 0);
+    wide.begin(0, 1, smpStreams::enabled(8));
+    wide.smpCount = from;
+    QVERIFY(wide.addRle32(smpStreams::rle32(records), consumed));
+    QVERIFY(holds(wide, expected));
 }
 
 void TstSmpDataDecode::positionsBeyond40BitsAreNeverStored()
