@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <atomic>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -124,6 +125,7 @@ private slots:
     void aRunEndsWithItsObject();
     void aSecondStartIsIgnoredWhileARunIsBusy();
     void theNextRunMayBeStartedByTheLastRunsEnd();
+    void aRunThatIsStartedWhileTheLastThreadStillEndsIsNotLost();
     void aSpentMemoryBudgetEndsTheRunWithAClosedPart();
     void settingsThatNameNoSamplesGiveAnEmptyCapture_data();
     void settingsThatNameNoSamplesGiveAnEmptyCapture();
@@ -474,6 +476,31 @@ void TstSmpSimulate::theNextRunMayBeStartedByTheLastRunsEnd()
     QVERIFY(bench.run());
     QTRY_COMPARE(bench.published, 2);
     QCOMPARE(ends, 2);
+}
+
+void TstSmpSimulate::aRunThatIsStartedWhileTheLastThreadStillEndsIsNotLost()
+{
+    constexpr int runs = 40;
+    Bench bench(2);
+    std::atomic<bool> seen{true}; // by the main thread, that the run is no longer busy
+    connect(
+        &bench, &SmpHost::sigSmpDataReady, &bench.listener,
+        [&seen] {
+            while (!seen) {
+                QThread::yieldCurrentThread();
+            }
+        },
+        Qt::DirectConnection);
+    for (int run = 0; run < runs; ++run) {
+        bench.simulate.startRun(bench.settings, nullptr); // waits for the thread that has just been let go
+        seen = false;
+        while (bench.simulate.isBusy()) {
+            QThread::yieldCurrentThread();
+        }
+        seen = true;
+    }
+    QTRY_COMPARE(bench.published, runs);
+    QCOMPARE(bench.states.count({5, 0, 0}), runs);
 }
 
 void TstSmpSimulate::aSpentMemoryBudgetEndsTheRunWithAClosedPart()
