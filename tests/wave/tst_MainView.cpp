@@ -26,6 +26,19 @@ QStringList unknown()
     return QVector<QString>(4, QStringLiteral("###")).toList();
 }
 
+/// The last column of the arrow in the first of 16 rows that share 800 pixels, -1 for none.
+int arrowEnd(const MainViewDesk &desk)
+{
+    const QImage image = desk.waves->grab().toImage();
+    const int y = 2 + (4 + 46) / 2;
+    int last = -1;
+    for (int x = 0; x < image.width(); ++x) {
+        if (image.pixelColor(x, y) == gGreys[2])
+            last = x;
+    }
+    return last;
+}
+
 } // namespace
 
 class TstMainView : public QObject {
@@ -79,6 +92,7 @@ private slots:
     void leavingTheViewHidesTheArrow();
     void aNewFrameRepeatsTheHoverWhereThePointerIs();
     void aNewRatioRedrawsTheArrowOfTheSamePulse();
+    void aNewStartRedrawsTheArrowOfTheSamePulse();
     void newDataTakesOffTheHover();
     void aChannelThatTheCaptureDoesNotHaveTellsNothing();
 };
@@ -554,20 +568,22 @@ void TstMainView::aNewRatioRedrawsTheArrowOfTheSamePulse()
     MainViewDesk desk(0, {1190, 800});
     desk.load(squareWave());
     desk.move(20, 25);
-    const auto arrowColumns = [&desk] {
-        const QImage image = desk.waves->grab().toImage();
-        const int y = 2 + (4 + 46) / 2;
-        int last = -1;
-        for (int x = 0; x < 1000; ++x) {
-            if (image.pixelColor(x, y) == gGreys[2])
-                last = x;
-        }
-        return last;
-    };
-    const int before = arrowColumns();
+    const int before = arrowEnd(desk);
     desk.gen.zoomInAt(0); // the start stays 0, and so does the pulse
     QVERIFY(before > 20);
-    QVERIFY(arrowColumns() > before);
+    QVERIFY(arrowEnd(desk) > before);
+}
+
+void TstMainView::aNewStartRedrawsTheArrowOfTheSamePulse()
+{
+    MainViewDesk desk;
+    desk.load(squareWave());
+    desk.gen.zoomSetRatio(0.5);
+    desk.gen.setViewStart(0.0);
+    desk.move(50, 25); // the pulse of samples 0 to 99, with its second arrow to 199
+    QCOMPARE(arrowEnd(desk), 398);
+    desk.gen.setViewStart(20.0);
+    QCOMPARE(arrowEnd(desk), 358);
 }
 
 void TstMainView::newDataTakesOffTheHover()

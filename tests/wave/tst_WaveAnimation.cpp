@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <semaphore>
 #include <thread>
 
 namespace {
@@ -62,6 +63,7 @@ private slots:
     void aResizeLetsTheAnimationGoOnAtTheNewWidth();
     void aResizeToNothingAndBackIsSafe();
     void aNewSourceEndsTheAnimationAndItsFrames();
+    void aFrameOfTheFormerSourceThatIsUnderWayIsDropped();
     void aSourceMayBeDeletedAsSoonAsItIsReplaced();
     void dataThatVanishDuringTheOvershootMakeTheRatioZero();
     void aWriterMayReplaceTheCaptureDuringAnimations();
@@ -323,6 +325,24 @@ void TstWaveAnimation::aNewSourceEndsTheAnimationAndItsFrames()
     view.gen.zoomInAt(0);
     QTRY_VERIFY(!view.gen.isAnimating());
     QCOMPARE(view.gen.ratioSasPix(), 0.5);
+}
+
+void TstWaveAnimation::aFrameOfTheFormerSourceThatIsUnderWayIsDropped()
+{
+    const auto data = capture().samples(8000).build();
+    const auto other = capture().samples(500).build();
+    WaveViewer view(data.get());
+    showAll(view);
+    std::binary_semaphore handedOver{0};
+    connect(
+        &view.gen, &WaveDataGen::frameReady, &view.gen, [&handedOver] { handedOver.release(); }, Qt::DirectConnection);
+    view.acknowledging = false;
+    view.gen.zoomInAt(0);
+    handedOver.acquire(); // its event is in the queue
+    view.gen.setDataSource(other.get());
+    QVERIFY(!view.gen.isAnimating());
+    QCoreApplication::processEvents();
+    QVERIFY(view.refreshes.empty());
 }
 
 void TstWaveAnimation::aSourceMayBeDeletedAsSoonAsItIsReplaced()
