@@ -58,6 +58,7 @@ private slots:
     void theAnalogAreaStaysEmptyAboveTheRows();
     void theAnalogModelStartsAtOneSamplePerPixelWithTimeZeroInTheMiddle();
     void resizingTheAnalogModelKeepsTheSeenTimeSpan();
+    void onAScaledScreenTheAnalogModelReckonsWithTheDeviceWidth();
     void theGeneratorIsToldTheWidthInLogicalPixels_data();
     void theGeneratorIsToldTheWidthInLogicalPixels();
     void resizingTheViewSharesTheNewHeight();
@@ -227,6 +228,16 @@ void TstMainView::resizingTheAnalogModelKeepsTheSeenTimeSpan()
     desk.view.resize(190 + 500, 800);
     QCOMPARE(desk.gen.viewWidth(), 500);
     QCOMPARE(desk.gen.viewWidth() * desk.gen.ratioSasPix(), span);
+}
+
+void TstMainView::onAScaledScreenTheAnalogModelReckonsWithTheDeviceWidth()
+{
+    resetProgram(192);
+    MainViewDesk desk(analogModel);
+    const double span = desk.gen.viewWidth() * desk.gen.ratioSasPix();
+    desk.view.resize(2 * 190 + 600, 800);
+    QCOMPARE(desk.gen.viewWidth(), 300);
+    QCOMPARE(desk.gen.ratioSasPix(), span / 600);
 }
 
 void TstMainView::theGeneratorIsToldTheWidthInLogicalPixels_data()

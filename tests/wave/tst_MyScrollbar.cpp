@@ -27,6 +27,7 @@ private slots:
     void aRangeBelowTheValueIsToldAsARangeOnly();
     void theSameRangeIsNotToldTwice();
     void theMouseDragsTheHandleAndStopsAtTheEnds();
+    void aDragOfAMinimumHandleGoesByTheHeightInProportion();
     void otherMouseButtonsDoNotDrag();
     void keysMoveTheHandle();
     void withTheFocusTheKeysAreItsOwnAndNotTheWindows_data();
@@ -219,6 +220,14 @@ void TstMyScrollbar::theMouseDragsTheHandleAndStopsAtTheEnds()
     QCOMPARE(made->value, 300);
     drag(*made, Qt::LeftButton, 100, -900);
     QCOMPARE(made->value, 0);
+}
+
+void TstMyScrollbar::aDragOfAMinimumHandleGoesByTheHeightInProportion()
+{
+    const auto made = bar(9900, 100); // 2 of 200 pixels, drawn with 12
+    made->show();
+    drag(*made, Qt::LeftButton, 3, 3 + 99);
+    QCOMPARE(made->value, 4950);
 }
 
 void TstMyScrollbar::otherMouseButtonsDoNotDrag()
