@@ -25,6 +25,15 @@ class WaveDataGen;
 class WaveView;
 struct SmpEdgeInfo;
 
+/// A pair of timing markers that are both shown on the wave.
+struct ShownPair {
+    int group;           ///< 0 to 4, for the letters A to E
+    QString firstName;   ///< such as "A1"
+    QString secondName;  ///< such as "A2"
+    double firstSample;  ///< where the first stands; either may be the earlier
+    double secondSample; ///< where the second stands
+};
+
 /// The central widget: the column of channel sidebars and, beside it, the scene with the waves.
 ///
 /// Owns the items of each channel, lays them out, and turns mouse and keys into requests. The time axis is the
@@ -43,6 +52,9 @@ public:
     void refreshWave();
     /// Takes off what belongs to the capture that is about to be replaced.
     void clearForNewData();
+
+    /// The pairs whose markers are both shown, in the order of their letters.
+    [[nodiscard]] QVector<ShownPair> shownPairs() const;
 
     /// The main window sets it while Shift is held: what is dragged in pairs then moves together.
     bool shiftHeld = false;
@@ -64,6 +76,9 @@ public slots:
     void slotMouseMoved(QMouseEvent *event);
     void slotMouseLeave();
 
+    /// Counts the edges and pulses anew for all rows that ask for them.
+    void slotPulseMeasureInfoChanged();
+
     void slotShortCutZoomIn();
     void slotShortCutZoomOut();
     void slotShortCutMovToBeg();
@@ -78,6 +93,17 @@ signals:
     void mouseDraged(int width);
     /// Width, period, duty and frequency of the pulse under the pointer; "###" for what is not known.
     void logMeasureChanged(QStringList res);
+    /// A pair or a marker's time has changed, for the list of pairs. `type` 0: the view has made the pair of marker
+    /// `phyId` on its own; 4: the marker's time is `value`, its distance from the pair's other marker `total`.
+    void timMarkPairChanged(int type, int phyId, QString value, QString total);
+    /// A marker has changed, for the ruler. `type` 7: marker `index` (its id) has state `value`; 8: the marker at
+    /// position `index` of the list stands at device pixel `value`; 9: the pair that begins at position `index` is
+    /// gone.
+    void timeMarkBodyChanged(int type, int index, int value);
+    /// The counts of all requests of `gPulseRequests`, each as the request and four fields.
+    void pulseMeasureChangedbySmpDone(QStringList res);
+    /// The counts of the requests about pair `index`, 0 to 4.
+    void pulseMeasureChangedbyTimeMarker(int index, QStringList res);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -108,6 +134,10 @@ private:
     void forgetHover();
     [[nodiscard]] bool pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate) const;
     void placeArrow(int chn, const SmpEdgeInfo &info);
+
+    // measurements
+    /// Counts anew what is asked about the pair, whose markers have changed.
+    void refreshPulsesOfPair(int group);
 
     QHBoxLayout *mainLayout;
     QScrollArea *sidebarArea;

@@ -1,0 +1,6 @@
+#include "wave/MainView.h"
+
+QVector<ShownPair> MainView::shownPairs() const
+{
+    return {};
+}
