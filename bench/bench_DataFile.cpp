@@ -43,8 +43,9 @@ QByteArray channelBlock(int chn)
         random = random * 1664525 + 1013904223;
         pos += 4 + (random >> 29);
         const std::int64_t entry = i == entriesPerChannel - 1 ? samples * 2 : pos;
-        for (int byte = 0; byte < dataEntrySize; ++byte)
+        for (int byte = 0; byte < dataEntrySize; ++byte) {
             *out++ = std::uint8_t(entry >> (8 * byte));
+        }
     }
     return bytes;
 }

@@ -29,16 +29,18 @@ void updateLines(benchmark::State &state)
     constexpr std::int64_t transitions = 1'000'000;
     const auto period = std::int32_t(state.range(0));
     WaveCapture builder = capture().channels(channels).samples(transitions * period);
-    for (int chn = 0; chn < channels; ++chn)
+    for (int chn = 0; chn < channels; ++chn) {
         builder.pulses(chn, std::vector<std::int32_t>(transitions - 1, period));
+    }
     const auto data = builder.build();
     WaveDataGen gen;
     gen.setDataSource(data.get());
     gen.setViewWidth(viewColumns);
     gen.zoomFit();
     const std::size_t before = allocationCount;
-    for (auto _ : state)
+    for (auto _ : state) {
         gen.updateLines();
+    }
     reportAllocations(state, before);
 }
 
@@ -51,8 +53,9 @@ void updateTimeTicks(benchmark::State &state)
     const double psPerPixel = double(state.range(0));
     const TimeTicks::Scale scale{-0.4 * viewColumns * psPerPixel, psPerPixel, viewColumns};
     const std::size_t before = allocationCount;
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(TimeTicks::fill(scale, metrics, ticks));
+    }
     reportAllocations(state, before);
 }
 
@@ -63,8 +66,9 @@ BENCHMARK(updateTimeTicks)->Arg(13)->Arg(40'000)->Arg(1'000'000'000)->Unit(bench
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen"); // fonts are measured, nothing is shown
+    }
     const QGuiApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

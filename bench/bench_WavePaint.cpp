@@ -19,8 +19,9 @@ WaveCapture waves(int pulse)
 {
     const int samples = fullHd.width() * samplesPerColumn;
     WaveCapture what = capture().channels(16).samples(samples);
-    for (int chn = 0; chn < 16; ++chn)
+    for (int chn = 0; chn < 16; ++chn) {
         what.pulses(chn, std::vector<std::int32_t>(std::size_t(samples / pulse), pulse));
+    }
     return what;
 }
 
@@ -72,8 +73,9 @@ void panStep(benchmark::State &state)
 /// The samples of a pulse: an edge in every column, in every second, in every fifth, flat.
 void pulses(benchmark::internal::Benchmark *bench)
 {
-    for (const int columns : {0, 2, 5, fullHd.width()})
+    for (const int columns : {0, 2, 5, fullHd.width()}) {
         bench->Arg(columns == 0 ? 1 : columns * samplesPerColumn);
+    }
     bench->Unit(benchmark::kMillisecond);
 }
 
@@ -85,8 +87,9 @@ BENCHMARK(panStep)->Apply(pulses);
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
     const QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

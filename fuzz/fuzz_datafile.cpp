@@ -27,8 +27,9 @@ void require(bool holds, const char *what)
 void checkTree(const SmpData &data)
 {
     for (int chn = 0; chn < data.chnCount; ++chn) {
-        if (data.chnRoots[std::size_t(chn)] == nullptr)
+        if (data.chnRoots[std::size_t(chn)] == nullptr) {
             continue;
+        }
         require(data.lastPosition(chn) == data.smpCount, "the end mark stands at the end");
         std::int64_t previous = -1;
         const std::int64_t count = std::min<std::int64_t>(data.entryCount(chn), 1000);
@@ -74,8 +75,9 @@ void checkRoundTrip(const SmpData &data, std::int64_t start, std::int64_t end)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size)
 {
     constexpr std::int64_t plenty = std::int64_t(256) << 20;
-    if (size < 2)
+    if (size < 2) {
         return 0;
+    }
     memBudget = bytes[1] == 0 ? 0 : plenty;
     const std::int64_t before = memBudget;
     QByteArray part(reinterpret_cast<const char *>(bytes + 2), int(size - 2));

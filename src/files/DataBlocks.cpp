@@ -86,13 +86,15 @@ bool appendEntries(SmpData &data, SmpEdgeRoot &root, const std::uint8_t *packed,
         SmpEdgeLeaf &leaf = *mid.leaves[mid.leafCount - 1];
         const int room = SmpEdgeLeaf::capacity - leaf.count;
         if (room == 0) {
-            if (!data.growChn(root, false))
+            if (!data.growChn(root, false)) {
                 return false;
+            }
             continue;
         }
         const int run = int(std::min<std::int64_t>(count, room));
-        if (!unpackEntries(packed, run, leaf, last))
+        if (!unpackEntries(packed, run, leaf, last)) {
             return false;
+        }
         packed += std::ptrdiff_t(run) * dataEntrySize;
         count -= run;
     }
@@ -106,13 +108,16 @@ DataBlocksResult readEntries(QIODevice &device, SmpData &data, SmpEdgeRoot &root
     std::int64_t last = -1;
     while (count > 0) {
         const std::int64_t entries = std::min<std::int64_t>(count, dataReadPiece / dataEntrySize);
-        if (!readAll(device, buffer, entries * dataEntrySize))
+        if (!readAll(device, buffer, entries * dataEntrySize)) {
             return DataBlocksResult::Failed;
-        if (!appendEntries(data, root, buffer, entries, last))
+        }
+        if (!appendEntries(data, root, buffer, entries, last)) {
             return DataBlocksResult::Failed;
+        }
         count -= entries;
-        if (afterPiece && !afterPiece(device.pos()))
+        if (afterPiece && !afterPiece(device.pos())) {
             return DataBlocksResult::Stopped;
+        }
     }
     return DataBlocksResult::Done;
 }
@@ -121,13 +126,16 @@ DataBlocksResult readEntries(QIODevice &device, SmpData &data, SmpEdgeRoot &root
 SmpEdgeRoot *startBlock(QIODevice &device, SmpData &data, DataBlockHead &head)
 {
     std::array<std::uint8_t, DataBlockHead::size> bytes;
-    if (!readAll(device, bytes.data(), DataBlockHead::size) || !decodeBlockHead(bytes, head))
+    if (!readAll(device, bytes.data(), DataBlockHead::size) || !decodeBlockHead(bytes, head)) {
         return nullptr;
-    if (head.chn >= data.chnCount || data.chnRoots[std::size_t(head.chn)] != nullptr)
+    }
+    if (head.chn >= data.chnCount || data.chnRoots[std::size_t(head.chn)] != nullptr) {
         return nullptr;
+    }
     // A number that the rest of the file cannot hold is refused before anything is read on its word.
-    if (head.entryCount >= entryLimit || head.entryCount * dataEntrySize > device.size() - device.pos())
+    if (head.entryCount >= entryLimit || head.entryCount * dataEntrySize > device.size() - device.pos()) {
         return nullptr;
+    }
     SmpEdgeRoot *root = data.createChn(head.chn);
     const std::uint64_t bit = head.chn < 64 ? std::uint64_t(1) << head.chn : 0;
     data.startLevels = head.level != 0 ? data.startLevels | bit : data.startLevels & ~bit;
@@ -149,8 +157,9 @@ int packEntries(ChannelOut &out, std::uint8_t *packed, int room)
     int bytes = 0;
     while (out.entriesLeft > 0 && bytes < room) {
         const SmpEdgeCursor &cursor = out.cursor;
-        if (cursor.root >= out.root.midCount)
+        if (cursor.root >= out.root.midCount) {
             return 0;
+        }
         const SmpEdgeMid &mid = *out.root.mids[cursor.root];
         const SmpEdgeLeaf &leaf = *mid.leaves[cursor.mid];
         const std::int64_t fits = std::min<std::int64_t>(out.entriesLeft, (room - bytes) / dataEntrySize);
@@ -161,14 +170,17 @@ int packEntries(ChannelOut &out, std::uint8_t *packed, int room)
         }
         out.entriesLeft -= run;
         out.cursor.leaf += run;
-        if (out.cursor.leaf >= leaf.count)
+        if (out.cursor.leaf >= leaf.count) {
             out.cursor = {cursor.root, cursor.mid + 1, 0};
-        if (out.cursor.mid >= mid.leafCount)
+        }
+        if (out.cursor.mid >= mid.leafCount) {
             out.cursor = {cursor.root + 1, 0, 0};
+        }
     }
     // The first entry behind the range is what closes the channel, wherever it stands.
-    if (out.entriesLeft == 0)
+    if (out.entriesLeft == 0) {
         put40(packed + bytes - dataEntrySize, out.endMark);
+    }
     return bytes;
 }
 
@@ -177,11 +189,13 @@ DataBlocksResult writeEntries(QIODevice &device, ChannelOut &out, std::uint8_t *
 {
     while (out.entriesLeft > 0) {
         const int bytes = packEntries(out, buffer, dataWritePiece);
-        if (bytes == 0 || !writeAll(device, buffer, bytes))
+        if (bytes == 0 || !writeAll(device, buffer, bytes)) {
             return DataBlocksResult::Failed;
+        }
         done += bytes / dataEntrySize;
-        if (afterPiece && !afterPiece(done))
+        if (afterPiece && !afterPiece(done)) {
             return DataBlocksResult::Stopped;
+        }
     }
     return DataBlocksResult::Done;
 }
@@ -201,8 +215,9 @@ std::array<std::uint8_t, DataFileHead::size> encodeFileHead(const DataFileHead &
 
 bool decodeFileHead(std::span<const std::uint8_t, DataFileHead::size> bytes, DataFileHead &head)
 {
-    if (std::memcmp(bytes.data(), fileMark, sizeof fileMark) != 0)
+    if (std::memcmp(bytes.data(), fileMark, sizeof fileMark) != 0) {
         return false;
+    }
     head.smpCount = take40(bytes.data() + smpCountAt);
     head.smpFrequ = take40(bytes.data() + smpFrequAt);
     head.trgPos = take40(bytes.data() + trgPosAt);
@@ -222,8 +237,9 @@ std::array<std::uint8_t, DataBlockHead::size> encodeBlockHead(const DataBlockHea
 
 bool decodeBlockHead(std::span<const std::uint8_t, DataBlockHead::size> bytes, DataBlockHead &head)
 {
-    if (std::memcmp(bytes.data(), blockMark, sizeof blockMark) != 0)
+    if (std::memcmp(bytes.data(), blockMark, sizeof blockMark) != 0) {
         return false;
+    }
     head.chn = bytes[blockChnAt];
     head.level = bytes[blockLevelAt] != 0 ? 1 : 0;
     head.entryCount = take40(bytes.data() + blockEntriesAt);
@@ -235,8 +251,9 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
     std::array<std::uint8_t, DataFileHead::size> bytes;
     DataFileHead head;
     if (!readAll(device, bytes.data(), DataFileHead::size) || !decodeFileHead(bytes, head) ||
-        head.chnCount != data.chnCount)
+        head.chnCount != data.chnCount) {
         return DataBlocksResult::HeadRefused;
+    }
 
     data.clear(); // which waits for the readers and closes the store to new ones
     data.smpCount = head.smpCount;
@@ -244,16 +261,19 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
     data.trgPos = head.trgPos;
 
     const auto buffer = pieceBuffer(dataReadPiece);
-    if (!buffer)
+    if (!buffer) {
         return DataBlocksResult::Failed;
+    }
     while (device.pos() != device.size()) {
         DataBlockHead block;
         SmpEdgeRoot *root = startBlock(device, data, block);
-        if (root == nullptr)
+        if (root == nullptr) {
             return DataBlocksResult::Failed;
+        }
         const auto result = readEntries(device, data, *root, block.entryCount, buffer.get(), afterPiece);
-        if (result != DataBlocksResult::Done)
+        if (result != DataBlocksResult::Done) {
             return result;
+        }
     }
     return DataBlocksResult::Done;
 }
@@ -262,30 +282,36 @@ DataBlocksResult writeDataBlocks(QIODevice &device, const SmpData &data, const D
                                  const DataPieceHook &afterPiece)
 {
     const std::int64_t samples = selection.posEnd - selection.posStart + 1;
-    if (samples < 1)
+    if (samples < 1) {
         return DataBlocksResult::Failed;
+    }
     const auto head = encodeFileHead(
         {samples, data.smpFrequ, std::max<std::int64_t>(data.trgPos - selection.posStart, 0), data.chnCount});
     const auto buffer = pieceBuffer(dataWritePiece);
-    if (!buffer || !writeAll(device, head.data(), DataFileHead::size))
+    if (!buffer || !writeAll(device, head.data(), DataFileHead::size)) {
         return DataBlocksResult::Failed;
+    }
 
     std::int64_t done = 0;
     for (int chn = 0; chn < data.chnCount && selection.chnSelect != nullptr; ++chn) {
         const SmpEdgeRoot *root = data.chnRoots[std::size_t(chn)];
-        if (selection.chnSelect[chn] == 0 || root == nullptr)
+        if (selection.chnSelect[chn] == 0 || root == nullptr) {
             continue;
+        }
         const std::int64_t transitions = data.edgeCount(chn, selection.posStart, selection.posEnd);
-        if (transitions < 0)
+        if (transitions < 0) {
             continue;
+        }
         ChannelOut out{*root, {}, selection.posStart, transitions + 1, samples};
         const int level = data.locate(chn, selection.posStart, out.cursor);
         const auto blockHead = encodeBlockHead({chn, level, transitions + 1});
-        if (!writeAll(device, blockHead.data(), DataBlockHead::size))
+        if (!writeAll(device, blockHead.data(), DataBlockHead::size)) {
             return DataBlocksResult::Failed;
+        }
         const auto result = writeEntries(device, out, buffer.get(), done, afterPiece);
-        if (result != DataBlocksResult::Done)
+        if (result != DataBlocksResult::Done) {
             return result;
+        }
     }
     return DataBlocksResult::Done;
 }

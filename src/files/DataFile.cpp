@@ -40,8 +40,9 @@ bool DataFile::joined()
 int DataFile::percentOf(std::int64_t done, std::int64_t total, std::int64_t unit)
 {
     const std::int64_t units = total / unit;
-    if (units < 1)
+    if (units < 1) {
         return 0;
+    }
     return int(std::min<std::int64_t>(done / unit * 100 / units, 99));
 }
 
@@ -60,11 +61,13 @@ std::int64_t DataFile::edgeTotal()
     workTotal = 0;
     const SmpReadLock lock(smpData);
     for (int chn = 0; lock && chnSelect != nullptr && chn < smpData->chnCount; ++chn) {
-        if (chnSelect[chn] == 0)
+        if (chnSelect[chn] == 0) {
             continue;
+        }
         const std::int64_t transitions = smpData->edgeCount(chn, posStart, posEnd);
-        if (transitions >= 0)
+        if (transitions >= 0) {
             workTotal += transitions + 1;
+        }
     }
     return workTotal;
 }
@@ -86,10 +89,11 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     }
     file.close();
 
-    if (loaded)
+    if (loaded) {
         smpData->finish(smpData->smpCount);
-    else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire))
+    } else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire)) {
         smpData->clear();
+    }
     smpData->complete.store(true, std::memory_order_release);
     result.store(loaded, std::memory_order_release);
     return loaded;
@@ -97,8 +101,9 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
 
 bool DataFile::afterPiece(int percent)
 {
-    if (!background)
+    if (!background) {
         return true;
+    }
     if (percent != progress) {
         progress = percent;
         emit sigReportProgress(percent);
@@ -114,8 +119,9 @@ bool DataFile::loadBlocks()
         return afterPiece(percentOf(position, size, loadProgressUnit));
     });
     m_storeTouched = outcome != DataBlocksResult::HeadRefused;
-    if (outcome != DataBlocksResult::Stopped)
+    if (outcome != DataBlocksResult::Stopped) {
         emit sigReportProgress(100);
+    }
     return outcome == DataBlocksResult::Done;
 }
 
@@ -130,11 +136,13 @@ bool DataFile::saveData()
             return file.flush() && afterPiece(percentOf(entries, workTotal, saveProgressUnit));
         });
         // The head of a file without blocks may still be in the buffer.
-        if (!file.flush() || file.error() != QFileDevice::NoError)
+        if (!file.flush() || file.error() != QFileDevice::NoError) {
             outcome = DataBlocksResult::Failed;
+        }
     }
-    if (outcome != DataBlocksResult::Stopped)
+    if (outcome != DataBlocksResult::Stopped) {
         emit sigReportProgress(100);
+    }
     return outcome == DataBlocksResult::Done;
 }
 
@@ -148,19 +156,22 @@ bool DataFile::runWithDialog(Mode job)
     // The reports arrive queued, and none any more once `receiver` is gone.
     QObject receiver;
     std::unique_ptr<JobDialog> dialog;
-    if (m_dialogs)
+    if (m_dialogs) {
         dialog = m_dialogs(load ? ::tr("Open File") : ::tr("Save File"),
                            (load ? ::tr("Loading file, please wait") : ::tr("Saving file, please wait")) +
                                QStringLiteral("..."),
                            ::tr("Cancel"));
-    if (dialog)
+    }
+    if (dialog) {
         connect(
             this, &DataFile::sigReportProgress, &receiver, [&dialog](int percent) { dialog->setProgress(percent); },
             Qt::QueuedConnection);
+    }
 
     start();
-    if (dialog && !dialog->exec() && isRunning())
+    if (dialog && !dialog->exec() && isRunning()) {
         cancelled.store(1, std::memory_order_relaxed);
+    }
     const bool done = joined();
     background = false;
     return done;

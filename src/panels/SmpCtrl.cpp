@@ -58,8 +58,9 @@ MyButton *SmpCtrl::addButton(const QString &icon, const QString &name, void (Smp
     const QString path = QStringLiteral(":/res/") + icon;
     auto *button = new MyButton(QIcon(path), name, this);
     button->setObjectName(icon);
-    if (slot != &SmpCtrl::stopClickedSlot)
+    if (slot != &SmpCtrl::stopClickedSlot) {
         button->checkedIcon = QIcon(path + QLatin1Char('2'));
+    }
     const int height = dp(m_analog ? analogHeight : singleHeight);
     button->setFixedSize(m_analog ? height * 12 / 10 : height * 2, height);
     button->setIconSize(QSize(height - dp(8), height - dp(8)));
@@ -74,8 +75,9 @@ MyButton *SmpCtrl::addButton(const QString &icon, const QString &name, void (Smp
 void SmpCtrl::showConnected(bool connected)
 {
     btnSingle->setUseCheckedIcon(!connected);
-    if (btnAuto)
+    if (btnAuto) {
         btnAuto->setUseCheckedIcon(!connected);
+    }
 }
 
 void SmpCtrl::setProgress(int percent)

@@ -11,14 +11,17 @@
 
 QString sampleTimeText(std::int64_t depth, std::int64_t rate)
 {
-    if (rate <= 0)
+    if (rate <= 0) {
         return {};
+    }
     const double t = double(depth) / double(rate);
     const QString colon = QStringLiteral(": ");
-    if (t >= 1.0)
+    if (t >= 1.0) {
         return colon + QString::number(t) + QStringLiteral("s");
-    if (t >= 0.001)
+    }
+    if (t >= 0.001) {
         return colon + QString::number(t * 1000) + QStringLiteral("ms");
+    }
     return colon + QString::number(t * 1e6) + QStringLiteral("us");
 }
 
@@ -91,8 +94,9 @@ void SmpSetting::sampleDepthClickedSlot(int index)
 
 void SmpSetting::sampleFrequClickedSlot(int index)
 {
-    if (!gDev->setSmpFrequIndex(index))
+    if (!gDev->setSmpFrequIndex(index)) {
         return;
+    }
     updateDepthLabel();
     emit frequViewChanged();
 }

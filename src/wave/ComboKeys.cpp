@@ -34,8 +34,9 @@ bool ComboKeys::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::FocusIn) {
         // The window or the list of entries giving the focus back says nothing about how it came here first.
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
-        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             m_reachedByKey = reason != Qt::MouseFocusReason;
+        }
     } else if (event->type() == QEvent::MouseButtonPress) {
         m_reachedByKey = false;
     } else if (event->type() == QEvent::ShortcutOverride && m_reachedByKey &&

@@ -19,8 +19,9 @@ void ItemWaveArrow::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*
 {
     const PixelScale scale = screenScale();
     const ArrowStrokes strokes = arrowStrokes(spans, height, scale);
-    if (strokes.lines.isEmpty())
+    if (strokes.lines.isEmpty()) {
         return;
+    }
     painter->setRenderHint(QPainter::Antialiasing, false);
     painter->setPen(QPen(gGreys[2], scale.s(), Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     painter->drawLines(strokes.lines);

@@ -13,8 +13,9 @@ ItemWaveBackground::ItemWaveBackground(int channel) : chnIndex(channel)
 
 void ItemWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*option*/, QWidget * /*widget*/)
 {
-    if (height == 0)
+    if (height == 0) {
         return;
+    }
     painter->setRenderHint(QPainter::Antialiasing, false);
     const int band = dp(4);
     QLinearGradient gradient(0, 0, 0, band);
@@ -22,6 +23,7 @@ void ItemWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsItem
     gradient.setColorAt(1, gGreys[8]);
     painter->fillRect(0, 0, width, qMin(band, height), gradient);
     // Below the band the gradient only repeats its last colour, and a plain fill is several times as fast.
-    if (height > band)
+    if (height > band) {
         painter->fillRect(0, band, width, height - band, gGreys[8]);
+    }
 }

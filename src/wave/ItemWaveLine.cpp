@@ -32,12 +32,14 @@ ItemWaveLine::ItemWaveLine(int channel, const WaveDataGen *generator)
 
 void ItemWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget * /*widget*/)
 {
-    if (height == 0 || !captureHasSamples())
+    if (height == 0 || !captureHasSamples()) {
         return;
+    }
     painter->setRenderHint(QPainter::Antialiasing, false);
     paintTrace(*painter, option->exposedRect);
-    if (gDecodedSource != nullptr)
+    if (gDecodedSource != nullptr) {
         gDecodedSource->paintRow(*painter, {chnIndex, width, height, waveGen->viewStart(), waveGen->ratioSasPix()});
+    }
 }
 
 void ItemWaveLine::paintTrace(QPainter &painter, const QRectF &exposed)

@@ -46,10 +46,12 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
     buildViews();
     connectWaveView();
     connectScrolling();
-    for (const int key : {Qt::Key_Up, Qt::Key_Plus, Qt::Key_Equal})
+    for (const int key : {Qt::Key_Up, Qt::Key_Plus, Qt::Key_Equal}) {
         addShortcut(key, &MainView::slotShortCutZoomIn);
-    for (const int key : {Qt::Key_Down, Qt::Key_Minus})
+    }
+    for (const int key : {Qt::Key_Down, Qt::Key_Minus}) {
         addShortcut(key, &MainView::slotShortCutZoomOut);
+    }
     addShortcut(Qt::Key_Home, &MainView::slotShortCutMovToBeg);
     addShortcut(Qt::Key_End, &MainView::slotShortCutMovToEnd);
 }
@@ -116,8 +118,9 @@ void MainView::rebuildChannels()
     const int count = gDev->chnEnable.size();
     const QVector<int> rows = chnShowIndexGet(count);
     const QVector<int> multipliers = chnShowMultipGet(count);
-    for (int chn = 0; chn < count; ++chn)
+    for (int chn = 0; chn < count; ++chn) {
         buildChannel(chn, rows[chn], validMultiplier(multipliers[chn]));
+    }
     layoutRows();
 }
 
@@ -136,8 +139,9 @@ void MainView::buildChannel(int chn, int row, int multiplier)
 {
     auto *sidebar = new ItemChnSidebar(chn, row, multiplier, sidebarFrame);
     sidebar->setChnName(chnShowNameGet(chn));
-    if (gDecodedSource != nullptr)
+    if (gDecodedSource != nullptr) {
         sidebar->setAnalyzerLabel(gDecodedSource->chnLabel(chn));
+    }
     sidebar->show();
     chnSidebars.append(sidebar);
 
@@ -150,8 +154,9 @@ void MainView::buildChannel(int chn, int row, int multiplier)
 std::vector<ChannelRow> MainView::channelRows() const
 {
     std::vector<ChannelRow> rows;
-    for (const ItemChnSidebar *sidebar : chnSidebars)
+    for (const ItemChnSidebar *sidebar : chnSidebars) {
         rows.push_back({sidebar->row(), sidebar->multiplier(), gDev->chnEnable.value(sidebar->channel())});
+    }
     return rows;
 }
 
@@ -160,8 +165,9 @@ void MainView::layoutRows()
     const int aUnits = gDev->aChnEnable.isEmpty() ? 0 : analogUnits;
     m_chns = channelRows();
     m_rows = layoutChannels(m_chns, aUnits, sidebarArea->height(), {dp(leastUnit), dp(mostUnit)});
-    for (int chn = 0; chn < chnSidebars.size(); ++chn)
+    for (int chn = 0; chn < chnSidebars.size(); ++chn) {
         placeRow(chn);
+    }
     sidebarFrame->setFixedHeight(m_rows.totalHeight);
     scene->setSceneRect(0, 0, waveView->width(), m_rows.totalHeight);
     setTimeWidth();
@@ -186,14 +192,16 @@ void MainView::setTimeWidth()
 {
     // An analog model keeps its time span from one width to the next: the arbitrary width of a widget that has never
     // been shown must not be where it begins.
-    if (!m_sized && !gDev->aChnEnable.isEmpty())
+    if (!m_sized && !gDev->aChnEnable.isEmpty()) {
         return;
+    }
     const int oldWidth = waveGen->viewWidth();
     waveGen->setViewWidth(waveView->width() / uiScale());
-    if (gDev->aChnEnable.isEmpty())
+    if (gDev->aChnEnable.isEmpty()) {
         waveGen->updateLines();
-    else
+    } else {
         setAnalogTimeWidth(oldWidth, waveView->width());
+    }
 }
 
 void MainView::setAnalogTimeWidth(int oldWidth, int deviceWidth)
@@ -232,8 +240,9 @@ void MainView::slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &label
 {
     if (labels.size() == chnSidebars.size()) {
         for (const auto &[chn, label] : labels) {
-            if (chn >= 0 && chn < chnSidebars.size())
+            if (chn >= 0 && chn < chnSidebars.size()) {
                 chnSidebars[chn]->setAnalyzerLabel(label);
+            }
         }
     }
     slotUpdateAnalyzerDecoded();
@@ -241,8 +250,9 @@ void MainView::slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &label
 
 void MainView::slotUpdateAnalyzerDecoded()
 {
-    for (ItemWaveLine *line : waveLines)
+    for (ItemWaveLine *line : waveLines) {
         line->update();
+    }
 }
 
 void MainView::slotSidebarVerRangChange(int min, int max)

@@ -32,8 +32,9 @@ void MainView::slotWheelChanged(int flag, QPoint point)
 void MainView::slotMousePressed(QMouseEvent *event)
 {
     dragged = false;
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton) {
         pressPos = event->pos();
+    }
 }
 
 void MainView::slotMouseMoved(QMouseEvent *event)
@@ -51,12 +52,14 @@ void MainView::slotMouseMoved(QMouseEvent *event)
 void MainView::slotMouseReleased(QMouseEvent *event)
 {
     const bool hasCapture = gDev->smpData->complete.load(std::memory_order_acquire);
-    if ((!hasCapture && gDev->aChnEnable.isEmpty()) || dragged)
+    if ((!hasCapture && gDev->aChnEnable.isEmpty()) || dragged) {
         return;
-    if (event->button() == Qt::LeftButton)
+    }
+    if (event->button() == Qt::LeftButton) {
         emit zoomChangedByMouse(zoomIn, event->pos());
-    else if (event->button() == Qt::RightButton)
+    } else if (event->button() == Qt::RightButton) {
         emit zoomChangedByMouse(zoomOut, event->pos());
+    }
 }
 
 void MainView::slotMouseLeave()
@@ -73,8 +76,9 @@ bool MainView::pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate)
 {
     const SmpData *capture = gDev->smpData.get();
     const SmpReadLock lock(capture);
-    if (!lock || chn < 0 || capture->smpFrequ < 1)
+    if (!lock || chn < 0 || capture->smpFrequ < 1) {
         return false;
+    }
     const WaveWindow window{waveGen->viewStart(), waveGen->ratioSasPix(), waveGen->viewWidth()};
     const std::int64_t sample = sampleUnder(x / uiScale(), window);
     rate = capture->smpFrequ;
@@ -95,8 +99,9 @@ void MainView::hover(QPoint point)
     const double start = waveGen->viewStart();
     const double ratio = waveGen->ratioSasPix();
     const auto edge = double(info.nextEdge);
-    if (hoverChn == chn && hoverStart == start && hoverEdge == edge && m_hoverRatio == ratio)
+    if (hoverChn == chn && hoverStart == start && hoverEdge == edge && m_hoverRatio == ratio) {
         return;
+    }
     hoverChn = chn;
     hoverStart = start;
     hoverEdge = edge;
@@ -133,8 +138,9 @@ void MainView::forgetHover()
 
 void MainView::zoomAboutMiddle(int flag)
 {
-    if (canMoveTime())
+    if (canMoveTime()) {
         emit zoomChangedByMouse(flag, QPoint(waveView->width() / 2, 0));
+    }
 }
 
 void MainView::slotShortCutZoomIn()
@@ -149,14 +155,16 @@ void MainView::slotShortCutZoomOut()
 
 void MainView::slotShortCutMovToBeg()
 {
-    if (canMoveTime())
+    if (canMoveTime()) {
         waveGen->setViewStart(-beyondEnds);
+    }
 }
 
 void MainView::slotShortCutMovToEnd()
 {
-    if (!canMoveTime())
+    if (!canMoveTime()) {
         return;
+    }
     const auto samples = double(gDev->smpData->sampleCount());
     waveGen->setViewStart(samples - waveGen->viewWidth() * waveGen->ratioSasPix() + beyondEnds);
 }

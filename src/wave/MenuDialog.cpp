@@ -30,14 +30,16 @@ void MenuDialog::mouseReleaseEvent(QMouseEvent *event)
     const QPointer<MenuDialog> self = this; // what the action does may end the menu
     m_keepOpen = qobject_cast<QWidgetAction *>(action) != nullptr;
     action->activate(QAction::Trigger);
-    if (self)
+    if (self) {
         m_keepOpen = false;
+    }
 }
 
 void MenuDialog::closeEvent(QCloseEvent *event)
 {
-    if (m_keepOpen)
+    if (m_keepOpen) {
         event->ignore();
-    else
+    } else {
         QMenu::closeEvent(event);
+    }
 }

@@ -24,17 +24,21 @@ QPainterPath roundedOutline(const QRectF &rect, const CornerRadii &radii)
     QPainterPath path;
     path.moveTo(rect.left() + tl, rect.top());
     path.lineTo(rect.right() - tr, rect.top());
-    if (tr > 0)
+    if (tr > 0) {
         path.arcTo(rect.right() - 2 * tr, rect.top(), 2 * tr, 2 * tr, 90, -90);
+    }
     path.lineTo(rect.right(), rect.bottom() - br);
-    if (br > 0)
+    if (br > 0) {
         path.arcTo(rect.right() - 2 * br, rect.bottom() - 2 * br, 2 * br, 2 * br, 0, -90);
+    }
     path.lineTo(rect.left() + bl, rect.bottom());
-    if (bl > 0)
+    if (bl > 0) {
         path.arcTo(rect.left(), rect.bottom() - 2 * bl, 2 * bl, 2 * bl, 270, -90);
+    }
     path.lineTo(rect.left(), rect.top() + tl);
-    if (tl > 0)
+    if (tl > 0) {
         path.arcTo(rect.left(), rect.top(), 2 * tl, 2 * tl, 180, -90);
+    }
     path.closeSubpath();
     return path;
 }
@@ -81,8 +85,9 @@ void MyButton::setRadius(int radius)
 
 QSize MyButton::sizeHint() const
 {
-    if (text().isEmpty())
+    if (text().isEmpty()) {
         return iconSize() + QSize(dp(8), dp(8));
+    }
     const QFontMetrics metrics(font());
     return {metrics.horizontalAdvance(text()) + dp(16), std::max(metrics.height() + dp(6), iconSize().height())};
 }
@@ -90,8 +95,9 @@ QSize MyButton::sizeHint() const
 QBrush MyButton::faceBrush() const
 {
     const QColor face = selected ? checkedColor : hovered && isEnabled() ? hoverColor : faceColor;
-    if (!gradient)
+    if (!gradient) {
         return face;
+    }
     const QColor ends = selected ? face.darker(darkerEnds) : face.lighter(lighterEnds);
     QLinearGradient shade(0, 0, 0, height());
     shade.setColorAt(0.0, ends);
@@ -108,8 +114,9 @@ void MyButton::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(outline, faceBrush());
-    if (penWidth > 0)
+    if (penWidth > 0) {
         painter.strokePath(outline, QPen(borderColor, penWidth, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    }
 
     const QIcon &shown = !checkedIcon.isNull() && (selected || useCheckedIcon) ? checkedIcon : icon();
     if (!shown.isNull()) {
@@ -127,8 +134,9 @@ void MyButton::paintEvent(QPaintEvent *)
 
 void MyButton::paintFocus(QPainter &painter) const
 {
-    if (!m_keyFocus || !hasFocus())
+    if (!m_keyFocus || !hasFocus()) {
         return;
+    }
     const double width = dp(1);
     const double inset = penWidth + width * 0.5;
     painter.setPen(QPen(gGreys.value(0), width));
@@ -155,8 +163,9 @@ void MyButton::focusInEvent(QFocusEvent *event)
     QPushButton::focusInEvent(event);
     // The window or a menu giving the focus back says nothing about how it came here first.
     const bool givenBack = event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
-    if (!givenBack)
+    if (!givenBack) {
         m_keyFocus = event->reason() != Qt::MouseFocusReason;
+    }
     update();
 }
 

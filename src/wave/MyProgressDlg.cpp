@@ -50,8 +50,9 @@ MyProgressDlg::MyProgressDlg(const QString &title, const QString &label, const Q
 
 void MyProgressDlg::setLabelText(const QString &text)
 {
-    if (text == m_label->text())
+    if (text == m_label->text()) {
         return;
+    }
     m_label->setText(text);
     fitHeight();
 }
@@ -73,20 +74,23 @@ int MyProgressDlg::progress() const
 
 void MyProgressDlg::setProgress(int v)
 {
-    if (v >= 100 && autoAccept)
+    if (v >= 100 && autoAccept) {
         accept();
-    else
+    } else {
         m_bar->setValue(std::clamp(v, 0, 100));
+    }
 }
 
 void MyProgressDlg::reject()
 {
-    if (m_button->isHidden())
+    if (m_button->isHidden()) {
         return;
-    if (closeOnButton)
+    }
+    if (closeOnButton) {
         QDialog::reject();
-    else
+    } else {
         emit rejected();
+    }
 }
 
 void MyProgressDlg::showEvent(QShowEvent *event)
@@ -102,8 +106,9 @@ void MyProgressDlg::fitHeight()
     m_label->ensurePolished();
     const int textWidth = width() - layout()->contentsMargins().left() - layout()->contentsMargins().right();
     const int lines = std::max(2 * m_label->fontMetrics().lineSpacing() + dp(4), m_label->heightForWidth(textWidth));
-    if (lines <= m_label->minimumHeight())
+    if (lines <= m_label->minimumHeight()) {
         return;
+    }
     m_label->setMinimumHeight(lines);
     setFixedHeight(layout()->totalMinimumSize().height());
 }

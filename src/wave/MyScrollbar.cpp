@@ -26,8 +26,9 @@ double scrollHandleHeight(int trackHeight, qlonglong minV, qlonglong maxV, qlong
 {
     const double page = double(pageStep);
     const double total = page - double(minV) + double(maxV);
-    if (total <= 0.0)
+    if (total <= 0.0) {
         return trackHeight;
+    }
     return std::clamp(page / total * trackHeight, 0.0, double(std::max(trackHeight, 0)));
 }
 
@@ -38,8 +39,9 @@ ScrollHandle scrollHandle(int trackHeight, int minHeight, qlonglong minV, qlongl
     const double travel = trackHeight - height;
     const double span = double(maxV) - double(minV);
     const qlonglong top = span > 0.0 ? truncated64(travel * double(value) / span) : 0;
-    if (height >= minHeight)
+    if (height >= minHeight) {
         return {height, top};
+    }
     const double shortTravel = std::max(0, trackHeight - minHeight);
     return {double(minHeight), travel > 0.0 ? truncated64(shortTravel * double(top) / travel) : 0};
 }
@@ -48,8 +50,9 @@ qlonglong scrollDragValue(qlonglong pressValue, int moved, int trackHeight, doub
                           qlonglong maxV)
 {
     const double travel = trackHeight - handleHeight;
-    if (travel <= 0.0)
+    if (travel <= 0.0) {
         return pressValue;
+    }
     return truncated64(double(pressValue) + (double(maxV) - double(minV)) * moved / travel);
 }
 
@@ -67,16 +70,18 @@ QSize MyScrollbar::sizeHint() const
 
 void MyScrollbar::setRange(qlonglong min, qlonglong max)
 {
-    if (min == minV && max == maxV)
+    if (min == minV && max == maxV) {
         return;
+    }
     const bool tell = maxV > 0 || max >= 0;
     minV = min;
     maxV = max;
     updateHandle();
-    if (value >= max && max > 0)
+    if (value >= max && max > 0) {
         setValue(max);
-    else if (tell)
+    } else if (tell) {
         emit rangChanged(min, max);
+    }
     setVisible(maxV > minV && maxV > 0);
     update();
 }
@@ -90,11 +95,13 @@ void MyScrollbar::setPageStep(qlonglong step)
 
 void MyScrollbar::setValue(qlonglong v)
 {
-    if (maxV <= 0)
+    if (maxV <= 0) {
         return;
+    }
     const qlonglong cut = std::max(std::min(v, maxV), minV);
-    if (cut == value)
+    if (cut == value) {
         return;
+    }
     value = cut;
     update();
     emit valueChanged(value);
@@ -139,8 +146,9 @@ void MyScrollbar::mousePressEvent(QMouseEvent *event)
     // Taken in any case: a click on the bar must not act on the view below.
     event->accept();
     m_pressed = event->button() == Qt::LeftButton && maxV >= 1;
-    if (!m_pressed)
+    if (!m_pressed) {
         return;
+    }
     pressY = event->y();
     pressValue = value;
 }
@@ -148,8 +156,9 @@ void MyScrollbar::mousePressEvent(QMouseEvent *event)
 void MyScrollbar::mouseMoveEvent(QMouseEvent *event)
 {
     event->accept();
-    if (m_pressed && event->buttons().testFlag(Qt::LeftButton))
+    if (m_pressed && event->buttons().testFlag(Qt::LeftButton)) {
         setValue(scrollDragValue(pressValue, event->y() - pressY, height(), handleHeight, minV, maxV));
+    }
 }
 
 void MyScrollbar::keyPressEvent(QKeyEvent *event)

@@ -15,8 +15,9 @@ PosiBar posiBar(std::int64_t sampleCount, int viewWidth, double ratio, double vi
     constexpr double allowance = 1e-9;
     constexpr double whole = PosiView::resolution;
     const bool numbers = std::isfinite(ratio) && std::isfinite(viewStart);
-    if (sampleCount <= 0 || viewWidth <= 0 || !numbers || ratio <= 0.0)
+    if (sampleCount <= 0 || viewWidth <= 0 || !numbers || ratio <= 0.0) {
         return {0, 0, 0};
+    }
     const double perSample = whole / double(sampleCount);
     const double page = viewWidth * ratio * perSample;
     const std::int32_t steps = page < 1.0 ? 1 : page > whole ? PosiView::resolution : truncated32(page);
@@ -52,7 +53,8 @@ void PosiView::updatePosi(std::int64_t sampleCount, int viewWidth, double ratio,
 void PosiView::slotBarValueChanged(int value)
 {
     const int total = maximum() + pageStep();
-    if (m_updating || value == posi || total <= 0)
+    if (m_updating || value == posi || total <= 0) {
         return;
+    }
     emit sigPosiChanged(double(value) / total);
 }

@@ -46,8 +46,9 @@ PulseTimes pulseTimes(const SmpEdgeInfo &info, std::int64_t rate)
 
 QString unitText(double value, const QStringList &units)
 {
-    if (!(value > 0.0) || units.isEmpty())
+    if (!(value > 0.0) || units.isEmpty()) {
         return unknownText();
+    }
     int unit = 0;
     while (value >= 1000.0 && unit + 1 < units.size()) {
         value /= 1000.0;

@@ -51,8 +51,9 @@ MyButton *SmpZoom::addButton(const QString &icon, const QString &toolTip, void (
 void SmpZoom::showRatio(double ratio)
 {
     const bool typing = m_edit->hasFocus() && m_edit->isModified();
-    if (typing)
+    if (typing) {
         return;
+    }
     m_shown = std::isfinite(ratio) && ratio > 0.0 ? QString::number(ratio) : QString();
     m_edit->setText(m_shown);
     m_edit->setCursorPosition(0);
@@ -86,8 +87,9 @@ void SmpZoom::slotZoomFixed()
     }
     m_edit->setModified(false);
     // The shown ratio is rounded: whoever only passes through the field must not change the zoom by that.
-    if (m_edit->text() != m_shown)
+    if (m_edit->text() != m_shown) {
         emit zoomValueChanged(m_edit->text());
+    }
 }
 
 void SmpZoom::paintEvent(QPaintEvent *)

@@ -15,10 +15,12 @@ namespace {
 QString filled(const char *sheet)
 {
     QString text = QString::fromLatin1(sheet);
-    for (int i = 0; i < gGreys.size(); ++i)
+    for (int i = 0; i < gGreys.size(); ++i) {
         text.replace(QLatin1Char('@') + QString::number(i), gGreys[i].name());
-    for (const int pixels : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 22, 26, 64})
+    }
+    for (const int pixels : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 22, 26, 64}) {
         text.replace(QStringLiteral("#%1#").arg(pixels), QString::number(dp(pixels)) + QStringLiteral("px"));
+    }
     return text;
 }
 

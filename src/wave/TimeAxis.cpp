@@ -42,8 +42,9 @@ TimeWindow fit(std::int64_t count, int width)
 double clampRatio(double ratio, std::int64_t count, int width)
 {
     const double upper = fitRatio(count, width);
-    if (!(ratio <= upper))
+    if (!(ratio <= upper)) {
         ratio = upper;
+    }
     return std::max(ratio, minRatio);
 }
 
@@ -57,8 +58,9 @@ ZoomFrame zoomFrame(const TimeWindow &base, int x, int step, bool zoomIn)
 {
     // From the first window and not from frame to frame: the last frame is a factor of two without rounding.
     const double factor = std::exp2(double(step) / animStepCount);
-    if (!zoomIn)
+    if (!zoomIn) {
         return {zoomAbout(base, x, base.ratio * factor), false};
+    }
     const double ratio = base.ratio / factor;
     const bool atLimit = ratio < minRatio;
     return {zoomAbout(base, x, atLimit ? minRatio : ratio), atLimit};
@@ -66,8 +68,9 @@ ZoomFrame zoomFrame(const TimeWindow &base, int x, int step, bool zoomIn)
 
 TimeWindow showRange(double a, double b, int width)
 {
-    if (b < a)
+    if (b < a) {
         std::swap(a, b);
+    }
     const double half = width / 2;
     const double ratio = half > 0 ? (b - a + 1.0) / half : 0.0;
     return finite({a - ratio * half * 0.5, ratio});
@@ -85,16 +88,18 @@ std::int64_t rightEnd(const TimeWindow &window, int width)
 
 Settled settle(const TimeWindow &window, std::int64_t count, int width)
 {
-    if (width <= 0)
+    if (width <= 0) {
         return {window, false};
+    }
     TimeWindow settled = finite(window);
     settled.ratio = std::min(settled.ratio, fitRatio(count, width));
     const double samples = double(std::max<std::int64_t>(count, 0));
     const double span = spanOf(settled, width);
-    if (settled.start < 0.0)
+    if (settled.start < 0.0) {
         settled.start = 0.0;
-    else if (span + settled.start > samples)
+    } else if (span + settled.start > samples) {
         settled.start = std::max(samples - span, 0.0); // rounding alone must not put it before the data
+    }
     return {settled, !(settled == window)};
 }
 
@@ -104,19 +109,22 @@ TimeWindow place(const TimeWindow &window, std::int64_t count, int width, const 
     const bool everything = placement.viewState == 1;
     const double fitting = fitRatio(count, width);
     const bool unusable = placed.ratio < minRatio || placed.ratio > fitting || everything;
-    if (placement.clampToData ? unusable : placed.ratio <= 0.0)
+    if (placement.clampToData ? unusable : placed.ratio <= 0.0) {
         placed.ratio = fitting;
+    }
 
     double endLimit = double(count) - spanOf(placed, width);
-    if (placement.clampToData)
+    if (placement.clampToData) {
         endLimit = std::max(endLimit, 0.0); // rounding
+    }
 
     const double trigger = double(placement.trgPos);
     double candidate = 0.0;
-    if (placement.viewState == 2)
+    if (placement.viewState == 2) {
         candidate = placed.start - double(placement.lastTrgPos) + trigger;
-    else if (!everything)
+    } else if (!everything) {
         candidate = trigger - double(width / 2) * placed.ratio;
+    }
     placed.start = candidate < 0.0 ? 0.0 : std::min(candidate, endLimit);
     return finite(placed);
 }

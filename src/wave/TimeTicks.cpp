@@ -24,19 +24,22 @@ public:
 
     void put(char c)
     {
-        if (m_next < m_end)
+        if (m_next < m_end) {
             *m_next++ = c;
+        }
     }
     void put(const char *text)
     {
-        while (*text != '\0')
+        while (*text != '\0') {
             put(*text++);
+        }
     }
     void put(std::int64_t number)
     {
         const auto result = std::to_chars(m_next, m_end, number);
-        if (result.ec == std::errc())
+        if (result.ec == std::errc()) {
             m_next = result.ptr;
+        }
     }
 
 private:
@@ -56,8 +59,9 @@ void putNumber(LabelWriter &writer, double value)
     const std::int64_t scaled = std::int64_t(value * 1e9 + 0.5);
     writer.put(scaled / billion);
     std::int64_t rest = scaled % billion;
-    if (rest == 0)
+    if (rest == 0) {
         return;
+    }
     writer.put('.');
     for (std::int64_t place = billion / 10; rest != 0; place /= 10) {
         writer.put(char('0' + rest / place));
@@ -68,8 +72,9 @@ void putNumber(LabelWriter &writer, double value)
 std::int64_t powerOfTen(int exponent)
 {
     std::int64_t power = 1;
-    for (int i = 0; i < exponent; ++i)
+    for (int i = 0; i < exponent; ++i) {
         power *= 10;
+    }
     return power;
 }
 
@@ -90,17 +95,20 @@ int capacity(int width)
 bool choosePitch(const Scale &scale, Pitch &pitch)
 {
     double span = double(scale.width) * scale.psPerPixel;
-    if (scale.width <= 0 || !(scale.psPerPixel > 0.0) || !std::isfinite(span))
+    if (scale.width <= 0 || !(scale.psPerPixel > 0.0) || !std::isfinite(span)) {
         return false;
+    }
     int decade = 0;
     while (span >= 10.0 && decade <= maxDecade) {
         span /= 10.0;
         ++decade;
     }
-    if (decade > maxDecade)
+    if (decade > maxDecade) {
         return false;
-    if (scale.width / (span * 10.0) >= minPitchPixels && decade >= 1)
+    }
+    if (scale.width / (span * 10.0) >= minPitchPixels && decade >= 1) {
         --decade;
+    }
     pitch.decade = decade;
     pitch.unit = std::min(decade / 3, secondsUnit);
     pitch.digits = decade - 3 * pitch.unit + 1;
@@ -119,8 +127,9 @@ int labelRoom(const Pitch &pitch, const LabelMetrics &metrics)
 int labelEvery(const Pitch &pitch, double psPerPixel, int room)
 {
     const double tickPixels = std::trunc(pitch.ps / psPerPixel);
-    if (tickPixels > room)
+    if (tickPixels > room) {
         return 1;
+    }
     return 2.0 * tickPixels > room ? 2 : 5;
 }
 
@@ -137,8 +146,9 @@ void writeTime(double ps, bool negative, std::span<char> text)
         writer.put('0');
         return;
     }
-    if (negative)
+    if (negative) {
         writer.put('-');
+    }
     putNumber(writer, value);
     writer.put(unitNames[std::size_t(unit)]);
 }
@@ -146,22 +156,26 @@ void writeTime(double ps, bool negative, std::span<char> text)
 int fill(const Scale &scale, const LabelMetrics &metrics, std::span<TimeTick> ticks)
 {
     Pitch pitch;
-    if (!choosePitch(scale, pitch))
+    if (!choosePitch(scale, pitch)) {
         return 0;
+    }
     const double leftTick = scale.leftEdge / pitch.ps;
-    if (!(std::abs(leftTick) < maxTickNumber))
+    if (!(std::abs(leftTick) < maxTickNumber)) {
         return 0;
+    }
     const int every = labelEvery(pitch, scale.psPerPixel, labelRoom(pitch, metrics));
     const char *unitName = unitNames[std::size_t(pitch.unit)];
 
     std::size_t count = 0;
     for (std::int64_t n = std::int64_t(std::ceil(leftTick)); count < ticks.size(); ++n) {
         const double x = (double(n) - leftTick) * pitch.ps / scale.psPerPixel;
-        if (!(x < scale.width))
+        if (!(x < scale.width)) {
             break;
+        }
         const int step = stepAboveDecade(n);
-        if (step % every != 0)
+        if (step % every != 0) {
             continue;
+        }
         TimeTick &tick = ticks[count++];
         tick.x = std::int32_t(x);
         if (step == 0) {

@@ -11,8 +11,9 @@ RulerMark rulerMark(const TimeTick &tick, int dpi, int height)
     const int scale = dpi / 96;
     const int x = tick.x * scale;
     const int lineX = x + scale / 2;
-    if (tick.kind == 0)
+    if (tick.kind == 0) {
         return {QPoint(x - 6 * dpi / 192, scaled(16)), QLine(lineX, scaled(21), lineX, height - 2)};
+    }
     return {QPoint(x - scaled(8) / 2, scaled(28)), QLine(lineX, scaled(31), lineX, height - 2)};
 }
 

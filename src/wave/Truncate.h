@@ -11,10 +11,12 @@ template<typename Integer>
     using Limits = std::numeric_limits<Integer>;
     constexpr double low = double(Limits::min());
     constexpr double high = double(Limits::max());
-    if (value >= high)
+    if (value >= high) {
         return Limits::max();
-    if (value <= low)
+    }
+    if (value <= low) {
         return Limits::min();
+    }
     return value == value ? Integer(value) : Integer(0);
 }
 

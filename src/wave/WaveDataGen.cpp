@@ -73,10 +73,12 @@ int WaveDataGen::aChnProbe(int chn) const
 
 void WaveDataGen::setAChnProbe(int chn, int factor)
 {
-    if (chn < 0)
+    if (chn < 0) {
         return;
-    while (m_aChnProbes.size() <= chn)
+    }
+    while (m_aChnProbes.size() <= chn) {
         m_aChnProbes.append(1);
+    }
     m_aChnProbes[chn] = factor;
 }
 
@@ -99,8 +101,9 @@ void WaveDataGen::setDataSource(const SmpData *source)
 
     m_placementDue = false;
     m_aChnParamTexts.clear();
-    for (int chn = 0; source && chn < source->aChnCount; ++chn)
+    for (int chn = 0; source && chn < source->aChnCount; ++chn) {
         m_aChnParamTexts.append(QString());
+    }
 }
 
 void WaveDataGen::setViewWidth(int width)
@@ -119,8 +122,9 @@ void WaveDataGen::resizeFrames()
     dropFrames();
     const int chnCount = m_input.source ? m_input.source->chnCount : 0;
     const int aChnCount = m_input.source ? m_input.source->aChnCount : 0;
-    for (WaveFrame *frame : {&m_front, &m_ready, &m_back})
+    for (WaveFrame *frame : {&m_front, &m_ready, &m_back}) {
         frame->resize(chnCount, aChnCount, m_width);
+    }
 }
 
 /// Makes void what the worker computes or has handed over. The caller holds the mutex.
@@ -147,8 +151,9 @@ void WaveDataGen::setSampleRateHz(std::int64_t rate)
 /// Fonts are measured here, on the main thread; frames are computed with the numbers.
 void WaveDataGen::updateMetrics()
 {
-    if (m_metricsDpi == gDpi && m_metricsFont == gFontMain)
+    if (m_metricsDpi == gDpi && m_metricsFont == gFontMain) {
         return;
+    }
     m_metricsDpi = gDpi;
     m_metricsFont = gFontMain;
     const QFontMetrics fontMetrics(gFontMain);
@@ -156,8 +161,9 @@ void WaveDataGen::updateMetrics()
     metrics.digitWidth = dp(6);
     metrics.margin = dp(8);
     metrics.scale = uiScale();
-    for (std::size_t unit = 0; unit < TimeTicks::unitNames.size(); ++unit)
+    for (std::size_t unit = 0; unit < TimeTicks::unitNames.size(); ++unit) {
         metrics.unitWidth[unit] = fontMetrics.horizontalAdvance(QLatin1String(TimeTicks::unitNames[unit]));
+    }
     const Lock lock(m_mutex);
     m_input.metrics = metrics;
 }
@@ -190,8 +196,9 @@ void WaveDataGen::refresh(const TimeWindow &window)
 void WaveDataGen::settle()
 {
     Lock lock(m_mutex);
-    if (!m_clampToData)
+    if (!m_clampToData) {
         return;
+    }
     request(AnimMode::settle, 1, 0);
     lock.unlock();
     m_wake.notify_all();
@@ -199,10 +206,11 @@ void WaveDataGen::settle()
 
 void WaveDataGen::updateLines()
 {
-    if (m_placementDue && m_width > 0)
+    if (m_placementDue && m_width > 0) {
         placeCapture();
-    else
+    } else {
         showWindow(window());
+    }
 }
 
 /// Places the window for a new capture by `viewState`, and computes its frame.
@@ -247,8 +255,9 @@ void WaveDataGen::zoomToTrigger()
     std::int64_t trigger = 0;
     {
         const SmpReadLock reading(m_input.source);
-        if (reading)
+        if (reading) {
             trigger = m_input.source->trgPos;
+        }
     }
     refresh(TimeAxis::centredOn({0.0, 1.0}, double(trigger), m_width));
     settle();
@@ -256,8 +265,9 @@ void WaveDataGen::zoomToTrigger()
 
 void WaveDataGen::zoomInAt(int x)
 {
-    if (window().ratio >= minRatio)
+    if (window().ratio >= minRatio) {
         zoomAt(AnimMode::zoomIn, x);
+    }
 }
 
 void WaveDataGen::zoomOutAt(int x)
@@ -282,8 +292,9 @@ void WaveDataGen::zoomAt(AnimMode mode, int x)
 
 void WaveDataGen::zoomStepIn()
 {
-    if (window().ratio < minRatio)
+    if (window().ratio < minRatio) {
         return;
+    }
     refresh(TimeAxis::zoomAbout(window(), m_width / 2, std::max(window().ratio * 0.9, minRatio)));
     settle();
 }
@@ -318,8 +329,9 @@ void WaveDataGen::jumpPrevEdge(int chn)
     std::int64_t edge = -1;
     {
         const SmpReadLock reading(m_input.source);
-        if (reading)
+        if (reading) {
             edge = m_input.source->prevEdge(chn, truncated64(window().start));
+        }
     }
     refresh(TimeAxis::centredOn(window(), double(std::max<std::int64_t>(edge, 0)), m_width));
     settle();
@@ -332,8 +344,9 @@ void WaveDataGen::jumpNextEdge(int chn)
         const SmpReadLock reading(m_input.source);
         if (reading) {
             edge = m_input.source->nextEdge(chn, TimeAxis::rightEnd(window(), m_width));
-            if (edge < 0)
+            if (edge < 0) {
                 edge = m_input.source->smpCount;
+            }
         }
     }
     refresh(TimeAxis::centredOn(window(), double(edge), m_width));
@@ -371,8 +384,9 @@ bool WaveDataGen::isAnimating() const
 void WaveDataGen::takeFrame()
 {
     Lock lock(m_mutex);
-    if (!m_refreshDue)
+    if (!m_refreshDue) {
         return;
+    }
     m_refreshDue = false;
     const bool decRefresh = std::exchange(m_decRefreshDue, false);
     if (m_hasReady) {

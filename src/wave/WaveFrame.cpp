@@ -17,8 +17,9 @@ bool isDrawable(const TimeWindow &window, int width, std::int64_t count)
 template<typename T>
 std::span<const T> line(const std::vector<T> &all, const std::vector<int> &counts, int chn, int width)
 {
-    if (chn < 0 || std::size_t(chn) >= counts.size())
+    if (chn < 0 || std::size_t(chn) >= counts.size()) {
         return {};
+    }
     return {all.data() + std::size_t(chn) * std::size_t(width), std::size_t(counts[std::size_t(chn)])};
 }
 
@@ -42,8 +43,9 @@ void WaveFrame::render(const WaveInput &input)
     clearLines();
     const SmpReadLock lock(input.source);
     const bool closed = bool(lock) && input.source->smpCount > 0;
-    if (closed && isDrawable(m_window, m_width, input.source->smpCount))
+    if (closed && isDrawable(m_window, m_width, input.source->smpCount)) {
         renderLines(*input.source);
+    }
     renderTicks(input, closed);
 }
 
@@ -73,11 +75,13 @@ void WaveFrame::renderTicks(const WaveInput &input, bool closed)
 {
     constexpr double psPerSecond = 1e12;
     const SmpData *source = input.source;
-    if (!source || (!closed && source->aChnCount < 1))
+    if (!source || (!closed && source->aChnCount < 1)) {
         return;
+    }
     const std::int64_t rate = closed ? source->smpFrequ : input.sampleRateHz;
-    if (rate < 1)
+    if (rate < 1) {
         return;
+    }
     const double psPerSample = psPerSecond / double(rate);
     const double zero = closed ? double(source->trgPos) : 0.0;
     const TimeTicks::Scale scale{(m_window.start - zero) * psPerSample, psPerSample * m_window.ratio, m_width};

@@ -8,8 +8,9 @@ WaveItem::WaveItem()
 
 void WaveItem::setSize(QSize size)
 {
-    if (size == QSize(width, height))
+    if (size == QSize(width, height)) {
         return;
+    }
     prepareGeometryChange();
     width = size.width();
     height = size.height();

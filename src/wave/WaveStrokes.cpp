@@ -60,8 +60,9 @@ void addSecondArrow(const ArrowSpans &spans, int y, int firstHeads, PixelScale s
         out.lines << QLine(x3, y, x4 - 2 * s, y);
         out.points << QPoint(x4, y);
         const int heads = firstHeads == 0 ? std::min(k, mostHeads) : firstHeads;
-        for (int i = 1; i <= heads; ++i)
+        for (int i = 1; i <= heads; ++i) {
             addRightHead(out.points, x4, y, i * s);
+        }
     } else if (k > 0) {
         out.lines << QLine(x3, y, x4, y);
     }
@@ -91,8 +92,9 @@ void traceRects(std::span<const SmpWaveRun> runs, TraceLevels levels, PixelScale
     int nextColumn = -1; // the logical column that would lengthen the block of verticals at the end of `out`
     for (const SmpWaveRun &run : runs) {
         const int xs = scale.column(run.x);
-        if (xs - s > right || xs + run.width * s + s < left || run.kind < 0 || run.kind > 2)
+        if (xs - s > right || xs + run.width * s + s < left || run.kind < 0 || run.kind > 2) {
             continue;
+        }
         if (run.kind != 2) {
             const int y = run.kind == 0 ? levels.lowY : levels.highY;
             out.push_back(strokeRect(QLine(xs, y, run.width * s + xs, y), s));
@@ -110,11 +112,13 @@ void traceRects(std::span<const SmpWaveRun> runs, TraceLevels levels, PixelScale
 ArrowStrokes arrowStrokes(const ArrowSpans &spans, int height, PixelScale scale)
 {
     ArrowStrokes out;
-    if (spans.span1End - spans.span1Start < leastArrow && spans.span2End - spans.span2Start < leastArrow)
+    if (spans.span1End - spans.span1Start < leastArrow && spans.span2End - spans.span2Start < leastArrow) {
         return out;
+    }
     const int y = scale.s() / 2 + (scale.dp(4) + height) / 2;
     const int heads = addFirstArrow(spans, y, scale, out);
-    if (spans.span2End > 0.0)
+    if (spans.span2End > 0.0) {
         addSecondArrow(spans, y, heads, scale, out);
+    }
     return out;
 }

@@ -44,8 +44,9 @@ void WaveView::scrollBarRangeChanged(int min, int max)
 
 bool WaveView::viewportEvent(QEvent *event)
 {
-    if (event->type() == QEvent::Leave)
+    if (event->type() == QEvent::Leave) {
         emit mouseLeave();
+    }
     return QGraphicsView::viewportEvent(event);
 }
 
@@ -53,8 +54,9 @@ void WaveView::wheelEvent(QWheelEvent *event)
 {
     // The base class would scroll. A purely sideways step is none of the wheel's.
     const int delta = event->angleDelta().y();
-    if (delta != 0)
+    if (delta != 0) {
         emit wheelChanged(delta < 1 ? -1 : 1, event->position().toPoint());
+    }
     event->accept();
 }
 

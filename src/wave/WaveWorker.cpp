@@ -26,17 +26,21 @@ void WaveDataGen::run()
     Lock lock(m_mutex);
     for (;;) {
         m_wake.wait(lock, [this] { return m_quitting || m_animation.steps > 0; });
-        if (m_quitting)
+        if (m_quitting) {
             return;
+        }
         const auto begun = Clock::now();
         const bool settling = m_animation.mode == AnimMode::settle;
-        if (settling && !waitForSettle(lock))
+        if (settling && !waitForSettle(lock)) {
             continue;
-        if (!waitForAck(lock))
+        }
+        if (!waitForAck(lock)) {
             continue;
+        }
         produceFrame(lock);
-        if (!settling && m_animation.mode != AnimMode::settle && m_animation.steps > 0)
+        if (!settling && m_animation.mode != AnimMode::settle && m_animation.steps > 0) {
             pace(lock, begun);
+        }
     }
 }
 
@@ -59,8 +63,9 @@ bool WaveDataGen::waitForSettle(Lock &lock)
 {
     const std::uint64_t current = m_animation.request;
     if (!settled(lock).changed) {
-        if (m_animation.request == current)
+        if (m_animation.request == current) {
             m_animation.steps = 0;
+        }
         return false;
     }
     m_wake.wait_for(lock, overshootTime, [&] { return m_quitting || m_animation.request != current; });
@@ -73,16 +78,18 @@ bool WaveDataGen::waitForAck(Lock &lock)
 {
     const std::uint64_t current = m_animation.request;
     m_wake.wait(lock, [&] { return m_quitting || m_frameAck || m_animation.request != current; });
-    if (m_quitting || m_animation.request != current)
+    if (m_quitting || m_animation.request != current) {
         return false;
+    }
     m_frameAck = false;
     return true;
 }
 
 void WaveDataGen::produceFrame(Lock &lock)
 {
-    if (m_animation.done == 0)
+    if (m_animation.done == 0) {
         m_animation.base = m_input.window;
+    }
     FrameJob job{m_input, m_animation, m_generation};
     const int width = m_width;
     m_computing = true;
@@ -101,8 +108,9 @@ void WaveDataGen::produceFrame(Lock &lock)
         job.input.window = frame.window;
         atLimit = frame.atLimit;
     }
-    if (wanted)
+    if (wanted) {
         m_back.render(job.input);
+    }
 
     lock.lock();
     m_computing = false;
@@ -110,8 +118,9 @@ void WaveDataGen::produceFrame(Lock &lock)
     const bool isVoid = job.generation != m_generation; // then the next round looks at what has changed
     if (isVoid || !wanted) {
         m_frameAck = true; // not used up
-        if (!isVoid && job.animation.request == m_animation.request)
+        if (!isVoid && job.animation.request == m_animation.request) {
             m_animation.steps = 0;
+        }
         return;
     }
     publish(job, atLimit);
@@ -127,15 +136,18 @@ void WaveDataGen::publish(const FrameJob &job, bool atLimit)
     std::swap(m_back, m_ready);
     m_hasReady = true;
     m_refreshDue = true;
-    if (job.animation.request != m_animation.request)
+    if (job.animation.request != m_animation.request) {
         return;
+    }
     ++m_animation.done;
     m_animation.steps = atLimit ? 0 : m_animation.steps - 1;
-    if (m_animation.steps > 0)
+    if (m_animation.steps > 0) {
         return;
+    }
     m_decRefreshDue = true;
-    if (m_clampToData && m_animation.mode != AnimMode::settle)
+    if (m_clampToData && m_animation.mode != AnimMode::settle) {
         request(AnimMode::settle, 1, 0);
+    }
 }
 
 /// An animation runs at about 33 frames a second.

@@ -26,8 +26,9 @@ std::vector<std::int64_t> positionsOf(const std::vector<std::int32_t> &widths)
 {
     std::vector<std::int64_t> positions;
     std::int64_t pos = 0;
-    for (const std::int32_t width : widths)
+    for (const std::int32_t width : widths) {
         positions.push_back(pos += width);
+    }
     return positions;
 }
 

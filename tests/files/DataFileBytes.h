@@ -22,8 +22,9 @@ public:
     DataFileBytes &block(int chn, int level, const std::vector<std::int64_t> &entries)
     {
         blockHead(chn, level, std::int64_t(entries.size()));
-        for (const std::int64_t entry : entries)
+        for (const std::int64_t entry : entries) {
             put40(m_blocks, entry);
+        }
         return *this;
     }
     DataFileBytes &blockHead(int chn, int level, std::int64_t entryCount)
@@ -59,8 +60,9 @@ private:
     }
     static void put40(QByteArray &out, std::int64_t value)
     {
-        for (int byte = 0; byte < 5; ++byte)
+        for (int byte = 0; byte < 5; ++byte) {
             out.append(char(value >> (8 * byte)));
+        }
     }
 
     int m_chnCount;
@@ -106,8 +108,9 @@ public:
                 pos = edge;
             }
             pos = 0;
-            if (!m_data->addPulses(widths, chn, pos))
+            if (!m_data->addPulses(widths, chn, pos)) {
                 return nullptr;
+            }
         }
         m_data->startLevels = m_levels;
         m_data->smpCount = m_samples;
@@ -129,8 +132,9 @@ private:
 inline std::vector<std::int64_t> stairs(std::int64_t first, std::int64_t step, int count)
 {
     std::vector<std::int64_t> positions;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         positions.push_back(first + step * i);
+    }
     return positions;
 }
 
@@ -139,8 +143,9 @@ inline std::vector<std::int64_t> entriesOf(const SmpData &data, int chn)
 {
     std::vector<std::int64_t> entries;
     const std::int64_t count = data.entryCount(chn);
-    for (std::int64_t i = 0; i < count; ++i)
+    for (std::int64_t i = 0; i < count; ++i) {
         entries.push_back(data.entryAt(chn, SmpEdgeCursor{}, i));
+    }
     return entries;
 }
 
@@ -151,8 +156,9 @@ public:
     [[nodiscard]] QString write(const QByteArray &bytes, const QString &name = QStringLiteral("a.cxdat")) const
     {
         QFile file(path(name));
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size())
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(bytes) != bytes.size()) {
             return {};
+        }
         return path(name);
     }
     [[nodiscard]] QByteArray read(const QString &name = QStringLiteral("a.cxdat")) const

@@ -13,8 +13,9 @@ inline QByteArray saved(SmpData &data, const std::vector<std::uint8_t> &select, 
     file.chnSelect = select.data();
     file.setRange(start, end);
     file.file.setFileName(folder.path(QStringLiteral("a.cxdat")));
-    if (!file.file.open(QIODevice::Append) || !file.saveData())
+    if (!file.file.open(QIODevice::Append) || !file.saveData()) {
         return {};
+    }
     file.file.close();
     return folder.read();
 }

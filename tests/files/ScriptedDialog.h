@@ -34,8 +34,9 @@ public:
     {
         m_log.wrongThread |= QThread::currentThread() != QCoreApplication::instance()->thread();
         m_log.reports.push_back(percent);
-        if (percent == 100)
+        if (percent == 100) {
             m_loop.exit();
+        }
     }
     bool exec() override { return m_script(*this); }
     /// Processes events until 100 has arrived.
@@ -68,8 +69,9 @@ public:
     [[nodiscard]] ScriptedDialog::Script script()
     {
         return [this](ScriptedDialog &) {
-            while (!m_inReport)
+            while (!m_inReport) {
                 std::this_thread::yield();
+            }
             return false;
         };
     }
@@ -77,8 +79,9 @@ public:
     void holdUntilCancelled(const DataFile &file)
     {
         m_inReport = true;
-        while (file.cancelled.load() == 0)
+        while (file.cancelled.load() == 0) {
             std::this_thread::yield();
+        }
     }
 
 private:
@@ -102,8 +105,9 @@ inline void collect(DataFile &file, std::vector<int> &reports, std::function<voi
 {
     QObject::connect(&file, &DataFile::sigReportProgress, [&reports, then](int percent) {
         reports.push_back(percent);
-        if (then)
+        if (then) {
             then(percent);
+        }
     });
 }
 

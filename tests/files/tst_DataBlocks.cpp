@@ -117,14 +117,16 @@ void TstDataBlocks::aBlockHeadWithAnotherMarkIsRefusedUnchanged()
 void TstDataBlocks::theSpareBytesOfTheHeadsAreNotLookedAt()
 {
     auto fileBytes = encodeFileHead({1, 2, 3, 4});
-    for (const std::size_t at : {5, 7, 13, 15, 21, 23, 29, 31, 33, 39})
+    for (const std::size_t at : {5, 7, 13, 15, 21, 23, 29, 31, 33, 39}) {
         fileBytes[at] = 0xFF;
+    }
     DataFileHead file;
     QVERIFY(decodeFileHead(fileBytes, file));
     QVERIFY((file == DataFileHead{1, 2, 3, 4}));
     auto blockBytes = encodeBlockHead({1, 0, 3});
-    for (const std::size_t at : {3, 6, 7, 13, 15})
+    for (const std::size_t at : {3, 6, 7, 13, 15}) {
         blockBytes[at] = 0xFF;
+    }
     DataBlockHead block;
     QVERIFY(decodeBlockHead(blockBytes, block));
     QVERIFY((block == DataBlockHead{1, 0, 3}));

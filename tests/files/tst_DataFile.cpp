@@ -86,8 +86,9 @@ void TstDataFile::blocksAreAcceptedInAnyOrder()
     SmpData data(8, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    for (const int chn : {0, 3, 7})
+    for (const int chn : {0, 3, 7}) {
         QCOMPARE(data.nextEdge(chn, 0), std::max(chn, 1));
+    }
 }
 
 void TstDataFile::aChannelWithoutABlockHasNoData()
@@ -109,8 +110,9 @@ void TstDataFile::aFileWithoutAnyBlockIsACaptureWithoutChannels()
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
     QCOMPARE(data.sampleCount(), 500);
-    for (const SmpEdgeRoot *root : data.chnRoots)
+    for (const SmpEdgeRoot *root : data.chnRoots) {
         QVERIFY(root == nullptr);
+    }
 }
 
 void TstDataFile::theSecondBlockBeginsRightBehindTheFirst()
@@ -204,8 +206,9 @@ void TstDataFile::analogBuffersStayEmpty()
     QVERIFY(file.loadData(path, 0));
     QCOMPARE(entriesOf(data, 0), (Entries{3, 1000}));
     SmpAChnPoint point{};
-    for (int aChn = 0; aChn < 2; ++aChn)
+    for (int aChn = 0; aChn < 2; ++aChn) {
         QCOMPARE(data.aChnPoints(aChn, 0.0, 1.0, 1, &point), 0);
+    }
 }
 
 void TstDataFile::aLoadReplacesTheFormerCapture()
@@ -238,8 +241,9 @@ void TstDataFile::clearingAfterALoadCreditsTheWholeBudget()
 void TstDataFile::entriesGoOnAcrossTheSeamsOfLeavesAndPieces_data()
 {
     QTest::addColumn<int>("edges");
-    for (const int edges : {20'479, 20'480, 20'481, 40'959, 40'960, 40'961, 81'920, 100'003})
+    for (const int edges : {20'479, 20'480, 20'481, 40'959, 40'960, 40'961, 81'920, 100'003}) {
         QTest::newRow(qPrintable(QString::number(edges))) << edges;
+    }
 }
 
 void TstDataFile::entriesGoOnAcrossTheSeamsOfLeavesAndPieces()
@@ -275,14 +279,16 @@ void TstDataFile::thirtyTwoChannelsLoad()
 {
     const FileFolder folder;
     DataFileBytes bytes(32);
-    for (int chn = 0; chn < 32; ++chn)
+    for (int chn = 0; chn < 32; ++chn) {
         bytes.block(chn, chn % 2, {chn + 1, 1000});
+    }
     SmpData data(32, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(folder.write(bytes.bytes()), 0));
     QCOMPARE(data.startLevels, std::uint64_t(0xAAAAAAAA));
-    for (int chn = 0; chn < 32; ++chn)
+    for (int chn = 0; chn < 32; ++chn) {
         QCOMPARE(entriesOf(data, chn), (Entries{chn + 1, 1000}));
+    }
 }
 
 void TstDataFile::aSecondLoadWithTheSameObjectWorks()

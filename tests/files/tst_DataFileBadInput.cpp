@@ -35,9 +35,11 @@ bool isFormerCapture(const SmpData &data)
 
 bool isClosedAndEmpty(const SmpData &data)
 {
-    for (const SmpEdgeRoot *root : data.chnRoots)
-        if (root != nullptr)
+    for (const SmpEdgeRoot *root : data.chnRoots) {
+        if (root != nullptr) {
             return false;
+        }
+    }
     return data.complete && data.smpCount == 0 && data.trgPos == 0;
 }
 
@@ -259,8 +261,9 @@ void TstDataFileBadInput::aFolderKeepsTheFormerCapture()
 void TstDataFileBadInput::aDeviceFileKeepsTheFormerCapture()
 {
     const QString endless = QStringLiteral("/dev/zero");
-    if (!QFile::exists(endless))
+    if (!QFile::exists(endless)) {
         QSKIP("this system has no device files");
+    }
     Load load;
     QVERIFY(!load.ofPath(endless));
     QVERIFY(isFormerCapture(*load.data));
@@ -271,8 +274,9 @@ void TstDataFileBadInput::anUnreadableFileKeepsTheFormerCapture()
     const FileFolder folder;
     const QString path = folder.write(oneBlock());
     QVERIFY(QFile::setPermissions(path, {}));
-    if (QFile probe(path); probe.open(QIODevice::ReadOnly))
+    if (QFile probe(path); probe.open(QIODevice::ReadOnly)) {
         QSKIP("permissions do not bind this user");
+    }
     Load load;
     QVERIFY(!load.ofPath(path));
     QVERIFY(isFormerCapture(*load.data));

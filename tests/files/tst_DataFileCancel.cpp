@@ -126,8 +126,9 @@ void TstDataFileCancel::aCancelThatCrossesTheEndOfTheJobIsTooLate()
     SmpData data(8, 0);
     DataFile file(&data, scripted(log, crossing.script()));
     collect(file, reports, [&](int percent) {
-        if (percent == 100)
+        if (percent == 100) {
             crossing.holdUntilCancelled(file);
+        }
     });
     QVERIFY(file.loadData(m_big.path, 0));
     QCOMPARE(file.cancelled.load(), 1);
@@ -185,12 +186,14 @@ void TstDataFileCancel::aLoadWaitsForTheReadersOfTheFormerCapture()
     std::thread reader([&] {
         const SmpReadLock lock(data.get());
         reading = bool(lock);
-        while (data->complete)
+        while (data->complete) {
             std::this_thread::yield();
+        }
         seen = entriesOf(*data, 0); // the load waits by now
     });
-    while (!reading)
+    while (!reading) {
         std::this_thread::yield();
+    }
     DataFile file(data.get());
     const bool loaded = file.loadData(path, 0);
     reader.join();

@@ -174,9 +174,11 @@ void TstDataFileSave::piecesAndLeavesLeaveNoSeamInTheFile_data()
 {
     QTest::addColumn<int>("edges");
     QTest::addColumn<int>("skip"); // edges before the range
-    for (const int edges : {20'479, 20'480, 20'481, 40'954, 40'955, 40'956, 40'957, 40'960, 61'441, 100'003})
-        for (const int skip : {0, 1, 20'479, 20'480})
+    for (const int edges : {20'479, 20'480, 20'481, 40'954, 40'955, 40'956, 40'957, 40'960, 61'441, 100'003}) {
+        for (const int skip : {0, 1, 20'479, 20'480}) {
             QTest::newRow(qPrintable(QStringLiteral("%1 from %2").arg(edges).arg(skip))) << edges << skip;
+        }
+    }
 }
 
 void TstDataFileSave::piecesAndLeavesLeaveNoSeamInTheFile()
@@ -188,8 +190,9 @@ void TstDataFileSave::piecesAndLeavesLeaveNoSeamInTheFile()
     const std::int64_t start = skip > 0 ? positions[std::size_t(skip - 1)] + 1 : 0;
     const auto data = CaptureBuilder(8).samples(end).channel(0, 1, positions).channel(1, 0, positions).build();
     Entries expected;
-    for (int i = 0; i < edges; ++i)
+    for (int i = 0; i < edges; ++i) {
         expected.push_back(positions[std::size_t(skip + i)] - start);
+    }
     expected.push_back(end - start);
     const int level = 1 - skip % 2;
     QVERIFY(saved(*data, all(8), double(start), double(end)) ==
@@ -211,8 +214,9 @@ void TstDataFileSave::saveLoadSaveGivesTheSameBytes_data()
                                             .bytes()
                                      << 8;
     DataFileBytes wide(32);
-    for (int chn = 0; chn < 32; ++chn)
+    for (int chn = 0; chn < 32; ++chn) {
         wide.block(chn, chn & 1, {chn + 1, chn + 2, 1000});
+    }
     QTest::newRow("32 channels") << wide.bytes() << 32;
     Entries many = stairs(1, 2, 90'000);
     many.push_back(200'000);

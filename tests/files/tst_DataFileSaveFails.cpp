@@ -108,8 +108,9 @@ void TstDataFileSaveFails::aSaveToAFileOpenForReadingFails()
 void TstDataFileSaveFails::aDiskThatIsFullAfterSomeBytesFailsTheSave_data()
 {
     QTest::addColumn<int>("room"); // bytes
-    for (const int room : {0, 20, 39, 40, 50, 56, 60, 204'835, 204'836, 204'837, 300'000, 499'999, 500'055})
+    for (const int room : {0, 20, 39, 40, 50, 56, 60, 204'835, 204'836, 204'837, 300'000, 499'999, 500'055}) {
         QTest::newRow(qPrintable(QString::number(room))) << room;
+    }
 }
 
 void TstDataFileSaveFails::aDiskThatIsFullAfterSomeBytesFailsTheSave()
@@ -150,12 +151,14 @@ void TstDataFileSaveFails::aDeviceThatIsAlwaysFullFailsTheSave()
 {
     QFETCH(int, edges);
     const QString full = QStringLiteral("/dev/full");
-    if (!QFile::exists(full) || QFileInfo(full).isFile())
+    if (!QFile::exists(full) || QFileInfo(full).isFile()) {
         QSKIP("this system has no device that is always full");
+    }
     CaptureBuilder builder(8);
     builder.samples(1'000'000);
-    if (edges >= 0)
+    if (edges >= 0) {
         builder.channel(0, 0, stairs(1, 1, edges));
+    }
     const auto data = builder.build();
     DataFile file(data.get());
     const auto select = all(8);

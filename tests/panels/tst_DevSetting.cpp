@@ -95,8 +95,9 @@ void TstDevSetting::theLabelsHaveTheirStyles()
     const PanelDevice device(storage16Model);
     const DevSetting setting;
     QStringList styles;
-    for (const QLabel *label : setting.findChildren<QLabel *>())
+    for (const QLabel *label : setting.findChildren<QLabel *>()) {
         styles.append(label->styleSheet());
+    }
     QCOMPARE(styles, QStringList({QStringLiteral("QLabel{border:0;border-image:url(:/res/icoDeviceLA);}"),
                                   QStringLiteral("QLabel{border:0;color:#dfdfdf;}")}));
 }

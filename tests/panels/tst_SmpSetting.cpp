@@ -84,8 +84,9 @@ void TstSmpSetting::theBoxesOfferWhatTheModelCan()
     const SmpSetting setting;
     const auto texts = [](const QComboBox *box) {
         QStringList list;
-        for (int i = 0; i < box->count(); ++i)
+        for (int i = 0; i < box->count(); ++i) {
             list.append(box->itemText(i));
+        }
         return list;
     };
     QCOMPARE(texts(setting.frequBox), gDev->smpFrequTexts());
@@ -225,9 +226,10 @@ void TstSmpSetting::longTextsAreNotClipped()
     setting.setFont(font);
     const QList<QLabel *> labels = setting.findChildren<QLabel *>();
     QCOMPARE(labels.size(), 2);
-    for (QLabel *label : labels)
+    for (QLabel *label : labels) {
         label->setText(label == setting.depthLabel ? QStringLiteral("Tiefe (Abtastzeit: 416.667s)")
                                                    : QStringLiteral("Geschwindigkeit (Abtastrate)"));
+    }
     setting.resize(setting.sizeHint().width(), dp(44));
     setting.show();
     QCoreApplication::processEvents();

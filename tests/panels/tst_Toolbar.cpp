@@ -160,8 +160,9 @@ void TstToolbar::everyControlIsReachedByTabInReadingOrder()
     QVERIFY(QTest::qWaitForWindowActive(&bar));
     QWidgetList expected{bar.smpSetting->depthBox, bar.smpSetting->frequBox, bar.smpCtrl->btnSingle};
     const QList<MyButton *> zooms = bar.smpZoom->findChildren<MyButton *>();
-    for (MyButton *button : zooms)
+    for (MyButton *button : zooms) {
         expected.append(button);
+    }
     expected.append(bar.smpZoom->findChild<QLineEdit *>());
     expected.first()->setFocus();
     for (int i = 1; i < expected.size(); ++i) {

@@ -10,8 +10,9 @@ inline thread_local std::size_t allocationCount = 0;
 void *operator new(std::size_t size)
 {
     ++allocationCount;
-    if (void *block = std::malloc(size > 0 ? size : 1))
+    if (void *block = std::malloc(size > 0 ? size : 1)) {
         return block;
+    }
     throw std::bad_alloc();
 }
 void operator delete(void *block) noexcept

@@ -91,8 +91,9 @@ public:
     {
         QVector<Item *> found;
         for (QGraphicsItem *item : waves->scene()->items(Qt::AscendingOrder)) {
-            if (auto *wanted = dynamic_cast<Item *>(item))
+            if (auto *wanted = dynamic_cast<Item *>(item)) {
                 found.append(wanted);
+            }
         }
         return found;
     }
@@ -101,8 +102,9 @@ public:
     [[nodiscard]] QRect place(int chn) const
     {
         for (const Item *item : items<Item>()) {
-            if (item->data(0).toInt() == chn)
+            if (item->data(0).toInt() == chn) {
                 return item->sceneBoundingRect().toRect();
+            }
         }
         return {};
     }
@@ -113,10 +115,11 @@ private:
     {
         QObject::connect(&view, &MainView::zoomChangedByMouse, &view, [this](int flag, QPoint point) {
             zooms.append({flag, point});
-            if (flag == 1)
+            if (flag == 1) {
                 gen.zoomInAt(point.x() / uiScale());
-            else
+            } else {
                 gen.zoomOutAt(point.x() / uiScale());
+            }
         });
         QObject::connect(&view, &MainView::mouseDraged, &view, [this](int width) {
             drags.append(width);

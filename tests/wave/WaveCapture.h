@@ -60,8 +60,9 @@ public:
         }
         for (SmpAChnBuffer *buffer : data.aChnBufs) {
             buffer->count = std::int32_t(std::min<std::int64_t>(m_samples, SmpAChnBuffer::capacity));
-            for (int i = 0; i < buffer->count; ++i)
+            for (int i = 0; i < buffer->count; ++i) {
                 buffer->samples[i] = std::int8_t(i % 256 - 128);
+            }
         }
         data.smpCount = m_samples;
         data.trgPos = m_trigger;

@@ -17,8 +17,9 @@ struct WaveViewer {
                 onMainThread = onMainThread && QThread::currentThread() == QCoreApplication::instance()->thread();
                 refreshes.push_back(decRefresh);
                 ratios.push_back(gen.ratioSasPix());
-                if (acknowledging)
+                if (acknowledging) {
                     gen.setFrameAck();
+                }
             },
             Qt::DirectConnection);
         gen.setDataSource(data);

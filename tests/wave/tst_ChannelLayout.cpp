@@ -10,8 +10,9 @@ constexpr UnitBounds bounds96{42, 120};
 std::vector<ChannelRow> plainRows(int count)
 {
     std::vector<ChannelRow> rows;
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         rows.push_back({i, 1, true});
+    }
     return rows;
 }
 
@@ -116,8 +117,9 @@ void TstChannelLayout::fractionsAreTruncatedPerRowAndMadeUpInTheLast()
 void TstChannelLayout::withEveryChannelDisabledTheUnitIsTheUpperBoundAndNothingIsShown()
 {
     std::vector<ChannelRow> rows = plainRows(4);
-    for (ChannelRow &row : rows)
+    for (ChannelRow &row : rows) {
         row.enabled = false;
+    }
     const ChannelLayout layout = layoutChannels(rows, 0, 800, bounds96);
     QCOMPARE(layout.tops, (std::vector<int>{0, 0, 0, 0}));
     QCOMPARE(layout.heights, (std::vector<int>{0, 0, 0, 0}));
@@ -144,10 +146,12 @@ void TstChannelLayout::multipliersPassFromOneToFifteen_data()
 {
     QTest::addColumn<int>("stored");
     QTest::addColumn<int>("used");
-    for (const int passes : {1, 2, 3, 4, 7, 8, 15})
+    for (const int passes : {1, 2, 3, 4, 7, 8, 15}) {
         QTest::addRow("%d passes", passes) << passes << passes;
-    for (const int refused : {0, -1, -8, 16, 1000, INT_MAX, INT_MIN})
+    }
+    for (const int refused : {0, -1, -8, 16, 1000, INT_MAX, INT_MIN}) {
         QTest::addRow("%d becomes 1", refused) << refused << 1;
+    }
 }
 
 void TstChannelLayout::multipliersPassFromOneToFifteen()
@@ -209,8 +213,9 @@ void TstChannelLayout::aDisabledChannelIsNeverUnderAPoint()
     std::vector<ChannelRow> rows = plainRows(3);
     rows[1].enabled = false;
     const ChannelLayout layout = layoutChannels(rows, 0, 200, bounds96);
-    for (int y = 0; y < 200; ++y)
+    for (int y = 0; y < 200; ++y) {
         QVERIFY(channelUnderPoint(layout, rows, {5, y}, {500, 200}, 0) != 1);
+    }
 }
 
 QTEST_APPLESS_MAIN(TstChannelLayout)

@@ -33,8 +33,9 @@ int arrowEnd(const MainViewDesk &desk)
     const int y = 2 + (4 + 46) / 2;
     int last = -1;
     for (int x = 0; x < image.width(); ++x) {
-        if (image.pixelColor(x, y) == gGreys[2])
+        if (image.pixelColor(x, y) == gGreys[2]) {
             last = x;
+        }
     }
     return last;
 }
@@ -149,8 +150,9 @@ void TstMainView::theStoredMultipliersDecideTheHeights()
     globalSet(QStringLiteral("chnShowMultip"), QStringLiteral("1,2,3,0,-4,1,1,8"));
     const MainViewDesk desk(eightChannelModel);
     const QVector<int> factors{1, 2, 1, 1, 1, 1, 1, 8};
-    for (int chn = 0; chn < 8; ++chn)
+    for (int chn = 0; chn < 8; ++chn) {
         QCOMPARE(desk.sidebar(chn).height(), 50 * factors[chn]);
+    }
 }
 
 void TstMainView::namesComeFromTheConfiguration()
@@ -286,8 +288,9 @@ void TstMainView::labelsOfDecodersAreTakenOnlyForAllChannelsAtOnce()
     MainViewDesk desk(eightChannelModel);
     const auto label = [&desk](int chn) { return desk.sidebar(chn).findChild<QLabel *>(QStringLiteral("analyzer")); };
     QVector<QPair<int, QString>> labels;
-    for (int chn = 0; chn < 8; ++chn)
+    for (int chn = 0; chn < 8; ++chn) {
         labels.append({chn, chn == 2 ? QStringLiteral("I2C - SDA") : QString()});
+    }
     desk.view.slotAnalyzerItemChanged(labels.mid(0, 7));
     QCOMPARE(label(2)->text(), QString());
     desk.view.slotAnalyzerItemChanged(labels);
@@ -457,8 +460,9 @@ void TstMainView::keysDoNothingWithoutACapture()
 {
     MainViewDesk desk;
     const double start = desk.gen.viewStart();
-    for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End})
+    for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Home, Qt::Key_End}) {
         desk.key(key);
+    }
     QVERIFY(desk.zooms.isEmpty());
     QCOMPARE(desk.gen.viewStart(), start);
 }
@@ -468,8 +472,9 @@ void TstMainView::keysDoNotRepeatByThemselves()
     const MainViewDesk desk;
     const auto shortcuts = desk.view.findChildren<QShortcut *>();
     QCOMPARE(shortcuts.size(), 7);
-    for (const QShortcut *shortcut : shortcuts)
+    for (const QShortcut *shortcut : shortcuts) {
         QVERIFY(!shortcut->autoRepeat());
+    }
 }
 
 void TstMainView::tabStopsOnlyAtTheBarThatShowsItsFocus()
@@ -477,8 +482,9 @@ void TstMainView::tabStopsOnlyAtTheBarThatShowsItsFocus()
     const MainViewDesk desk(thirtyTwoChannelModel);
     QVector<QWidget *> stops;
     for (QWidget *widget : desk.view.findChildren<QWidget *>()) {
-        if (widget->isVisible() && widget->focusPolicy() & Qt::TabFocus)
+        if (widget->isVisible() && widget->focusPolicy() & Qt::TabFocus) {
             stops.append(widget);
+        }
     }
     QCOMPARE(stops, QVector<QWidget *>{desk.waves->findChild<MyScrollbar *>()});
 }

@@ -72,8 +72,9 @@ void TstMyButton::aCornerIsRoundOnlyWhereItHasARadius()
     const QPointF bottomLeft(0.5, 39.5);
     const QPointF bottomRight(39.5, 39.5);
     const QPainterPath square = roundedOutline(rect, {});
-    for (const QPointF &corner : {topRight, topLeft, bottomLeft, bottomRight})
+    for (const QPointF &corner : {topRight, topLeft, bottomLeft, bottomRight}) {
         QVERIFY(square.contains(corner));
+    }
     const QPainterPath one = roundedOutline(rect, {8, 0, 0, 0});
     QVERIFY(!one.contains(topRight) && one.contains(topLeft) && one.contains(bottomLeft) && one.contains(bottomRight));
     const QPainterPath two = roundedOutline(rect, {0, 8, 0, 0});
@@ -175,9 +176,11 @@ void TstMyButton::aTextIsLightAndGreyWhenDisabled()
 {
     const auto lightest = [](const QImage &image) {
         int most = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
                 most = std::max(most, image.pixelColor(x, y).lightness());
+            }
+        }
         return most;
     };
     MyButton button(QStringLiteral("HHHH"));

@@ -77,8 +77,9 @@ void TstStyle::theProgramsSheetLeavesGivenSizesAlone()
     }
     panel.show();
     QCoreApplication::processEvents();
-    for (const QWidget *control : controls)
+    for (const QWidget *control : controls) {
         QCOMPARE(control->size(), QSize(18, 18));
+    }
 }
 
 void TstStyle::buttonsOfDialogsAreAsHighAsAHandNeeds()

@@ -199,8 +199,9 @@ void TstTimeAxis::settlingTwiceChangesNothingMore_data()
     QTest::addColumn<std::int64_t>("count");
     QTest::addColumn<int>("width");
     for (const std::int64_t count : {std::int64_t(1), std::int64_t(7), std::int64_t(999983), longest}) {
-        for (const int width : {1, 3, 1366, 1919})
+        for (const int width : {1, 3, 1366, 1919}) {
             QTest::addRow("%lld samples, %d columns", static_cast<long long>(count), width) << count << width;
+        }
     }
 }
 
@@ -304,8 +305,9 @@ void TstTimeAxis::degenerateInputsGiveFiniteWindows()
                     QVERIFY(isFinite(showRange(start, ratio, width)));
                     QVERIFY(isFinite(centredOn(window, start, width)));
                     QVERIFY(std::isfinite(clampRatio(ratio, count, width)));
-                    if (width > 0)
+                    if (width > 0) {
                         QVERIFY(isFinite(settle(window, count, width).window));
+                    }
                     for (int state = 0; state < 3; ++state) {
                         QVERIFY(isFinite(place(window, count, width, {state, count / 2, 0, true})));
                         QVERIFY(isFinite(place(window, count, width, {state, count / 2, longest, false})));

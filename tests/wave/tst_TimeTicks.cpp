@@ -30,8 +30,9 @@ std::vector<TimeTick> ticksOf(const Scale &scale)
 QByteArray labels(const std::vector<TimeTick> &ticks)
 {
     QByteArrayList texts;
-    for (const TimeTick &tick : ticks)
+    for (const TimeTick &tick : ticks) {
         texts << QByteArray(tick.text);
+    }
     return texts.join(' ');
 }
 
@@ -114,8 +115,9 @@ void TstTimeTicks::thePitchIsBetween25And250Pixels_data()
     QTest::addColumn<double>("span");
     QTest::addColumn<int>("width");
     for (const int width : {300, 640, 999, 1920, 3840, 65536}) {
-        for (double span = 1e4; span < 1e25; span *= 7.3)
+        for (double span = 1e4; span < 1e25; span *= 7.3) {
             QTest::addRow("%g ps in %d columns", span, width) << span << width;
+        }
     }
 }
 
@@ -124,10 +126,11 @@ void TstTimeTicks::thePitchIsBetween25And250Pixels()
     QFETCH(double, span);
     QFETCH(int, width);
     const double pixels = pitchOf(span, width).ps / (span / width);
-    if (width < 2500)
+    if (width < 2500) {
         QVERIFY2(pixels >= 24.999 && pixels <= 250.001, qPrintable(QString::number(pixels)));
-    else
+    } else {
         QVERIFY2(pixels >= 24.999, qPrintable(QString::number(pixels)));
+    }
 }
 
 void TstTimeTicks::theFinestPitchIsOnePicosecond()
@@ -231,8 +234,9 @@ void TstTimeTicks::theTicksNeverPassTheirBuffer()
     for (int width = 1; width < 3000; width += 7) {
         for (double psPerPixel = 0.01; psPerPixel < 1e22; psPerPixel *= 3.7) {
             const auto ticks = ticksOf({-1234.5 * psPerPixel, psPerPixel, width});
-            for (const TimeTick &tick : ticks)
+            for (const TimeTick &tick : ticks) {
                 QVERIFY(tick.x >= 0 && tick.x < width);
+            }
         }
     }
     // Ten picoseconds at ten pixels each, with labels that fit everywhere, in a narrow view.

@@ -106,8 +106,9 @@ void TstTimeView::eachTickIsPaintedAtItsColumn()
             QVERIFY(isLit(image, x, dp(31)));
         }
         QVERIFY(!isLit(image, left + scale, bottom));
-        if (left > 0)
+        if (left > 0) {
             QVERIFY(!isLit(image, left - 1, bottom));
+        }
         QCOMPARE(isLit(image, left, dp(29)), each.kind == 0);
     }
 }
@@ -119,8 +120,9 @@ void TstTimeView::withoutTicksOnlyTheGroundIsPainted()
     ruler.resize(50, 36);
     const QImage image = ruler.grab().toImage().convertToFormat(QImage::Format_RGB32);
     for (int x = 0; x < 50; ++x) {
-        for (int y = 0; y < 35; ++y)
+        for (int y = 0; y < 35; ++y) {
             QCOMPARE(image.pixelColor(x, y), gGreys[8]);
+        }
         QCOMPARE(image.pixelColor(x, 35), gGreys[3]);
     }
 }

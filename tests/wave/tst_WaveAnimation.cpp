@@ -114,8 +114,9 @@ void TstWaveAnimation::eachFrameIsTheSeventhRootOfTwo()
     view.gen.zoomInAt(0);
     QTRY_VERIFY(!view.gen.isAnimating());
     QCOMPARE(view.ratios.size(), std::size_t(7));
-    for (std::size_t i = 0; i < view.ratios.size(); ++i)
+    for (std::size_t i = 0; i < view.ratios.size(); ++i) {
         QVERIFY(isNear(view.ratios[i], 8.0 / std::pow(2.0, double(i + 1) / 7.0)));
+    }
 }
 
 void TstWaveAnimation::aZoomInEndsEarlyAtTheDeepestRatio()
@@ -354,8 +355,9 @@ void TstWaveAnimation::aSourceMayBeDeletedAsSoonAsItIsReplaced()
         view.gen.setViewWidth(500 + round * 20);
         view.gen.zoomFit();
         view.gen.zoomInAt(100);
-        if (round % 2 == 0)
+        if (round % 2 == 0) {
             QCoreApplication::processEvents();
+        }
         view.gen.setDataSource(nullptr);
         data.reset();
         QVERIFY(!view.gen.isAnimating());
@@ -385,8 +387,9 @@ void TstWaveAnimation::aWriterMayReplaceTheCaptureDuringAnimations()
     showAll(view);
     std::atomic<bool> stop{false};
     std::thread writer([&] {
-        for (int round = 0; !stop.load(std::memory_order_relaxed); ++round)
+        for (int round = 0; !stop.load(std::memory_order_relaxed); ++round) {
             capture().samples(4000 + round % 7 * 1000).pulses(0, {10, 20, 30}).dense(1).fill(*data);
+        }
     });
     int zooms = 0;
     const bool zoomed = QTest::qWaitFor(
@@ -394,10 +397,11 @@ void TstWaveAnimation::aWriterMayReplaceTheCaptureDuringAnimations()
             if (!view.gen.isAnimating()) {
                 ++zooms;
                 view.gen.setRatioKeepStart(4.0);
-                if (zooms % 2 == 0)
+                if (zooms % 2 == 0) {
                     view.gen.zoomInAt(300);
-                else
+                } else {
                     view.gen.zoomOutAt(300);
+                }
             }
             return zooms > 4;
         },
@@ -470,14 +474,17 @@ void TstWaveAnimation::destroyingTheGeneratorEndsItsWorker()
     const auto data = capture().samples(8000).build();
     auto view = std::make_unique<WaveViewer>(data.get());
     showAll(*view);
-    if (moment == 3)
+    if (moment == 3) {
         view->gen.setViewStart(-1000.0);
-    else if (moment > 0)
+    } else if (moment > 0) {
         view->gen.zoomInAt(500);
-    if (moment == 2)
+    }
+    if (moment == 2) {
         QVERIFY(showFirstFrame(*view));
-    if (moment == 4)
+    }
+    if (moment == 4) {
         QTRY_COMPARE(view->refreshes.size(), std::size_t(2));
+    }
     QVERIFY(view->gen.isRunning());
     view.reset();
     QVERIFY(!gWaveGen);

@@ -17,8 +17,9 @@ constexpr std::int64_t longest = (std::int64_t(1) << 40) - 1;
 QByteArray tickLabels(const WaveDataGen &gen)
 {
     QByteArrayList texts;
-    for (const TimeTick &tick : gen.timeTicks())
+    for (const TimeTick &tick : gen.timeTicks()) {
         texts << QByteArray(tick.text);
+    }
     return texts.join(' ');
 }
 
@@ -653,9 +654,10 @@ void TstWaveDataGen::everyCallIsHarmless_data()
     QTest::addColumn<bool>("clamp");
     for (const int width : {-1, 0, 1, 2, 1000}) {
         for (const std::int64_t samples : {std::int64_t(-1), std::int64_t(0), std::int64_t(1), longest}) {
-            for (const bool clamp : {false, true})
+            for (const bool clamp : {false, true}) {
                 QTest::addRow("%d columns, %lld samples, %d", width, static_cast<long long>(samples), int(clamp))
                     << width << samples << clamp;
+            }
         }
     }
 }
@@ -690,10 +692,12 @@ void TstWaveDataGen::everyCallIsHarmless()
             second();
             QVERIFY(std::isfinite(gen.ratioSasPix()));
             QVERIFY(std::isfinite(gen.viewStart()));
-            for (const TimeTick &tick : gen.timeTicks())
+            for (const TimeTick &tick : gen.timeTicks()) {
                 QVERIFY(tick.x >= 0 && tick.x < width);
-            for (const SmpWaveRun &run : gen.digLine(0))
+            }
+            for (const SmpWaveRun &run : gen.digLine(0)) {
                 QVERIFY(run.x >= 0 && run.x + run.width <= width);
+            }
         }
     }
 }

@@ -115,8 +115,9 @@ void TstWaveItems::theGroundIsALightBandOverAPlainFill_data()
     QTest::addColumn<int>("dpi");
     QTest::addColumn<int>("height");
     for (const int dpi : {96, 144, 192}) {
-        for (const int height : {1, 3, 4, 5, 60})
+        for (const int height : {1, 3, 4, 5, 60}) {
             QTest::addRow("%d dpi, %d high", dpi, height) << dpi << height;
+        }
     }
 }
 

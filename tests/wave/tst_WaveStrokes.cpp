@@ -18,11 +18,13 @@ std::vector<SmpWaveRun> randomRuns(quint32 seed, int width, int longestFlat)
     int x = 0;
     while (x < width - 1) {
         const int flat = qMin(random.bounded(longestFlat + 1), width - 1 - x);
-        if (flat > 0)
+        if (flat > 0) {
             runs.push_back({x, flat, random.bounded(2)});
+        }
         x += flat;
-        if (x < width - 1)
+        if (x < width - 1) {
             runs.push_back({x++, 1, 2});
+        }
     }
     return runs;
 }
@@ -44,12 +46,13 @@ QImage strokedTrace(const std::vector<SmpWaveRun> &runs, PixelScale scale)
     painter.setPen(QPen(Qt::white, s, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
     for (const SmpWaveRun &run : runs) {
         const int xs = run.x * s + s / 2;
-        if (run.kind == 0)
+        if (run.kind == 0) {
             painter.drawLine(xs, levels.lowY, run.width * s + xs, levels.lowY);
-        else if (run.kind == 1)
+        } else if (run.kind == 1) {
             painter.drawLine(xs, levels.highY, run.width * s + xs, levels.highY);
-        else if (run.kind == 2)
+        } else if (run.kind == 2) {
             painter.drawLine(xs, levels.highY, xs, levels.lowY);
+        }
     }
     return image;
 }
@@ -125,8 +128,9 @@ void TstWaveStrokes::filledRectanglesAreThePixelsOfTheToldStrokes_data()
     QTest::addColumn<int>("dpi");
     QTest::addColumn<int>("longestFlat");
     for (const int dpi : {96, 120, 144, 192, 288, 384}) {
-        for (const int longestFlat : {0, 1, 3, 30})
+        for (const int longestFlat : {0, 1, 3, 30}) {
             QTest::addRow("%d dpi, flat runs of up to %d", dpi, longestFlat) << dpi << longestFlat;
+        }
     }
 }
 
@@ -201,8 +205,9 @@ void TstWaveStrokes::aLongArrowLeavesRoomForItsTips()
 {
     const ArrowStrokes strokes = arrowStrokes({10.0, 50.0, 0.0, 0.0}, 40, {96});
     QCOMPARE(strokes.lines, QVector<QLine>{QLine(12, 22, 48, 22)});
-    for (const QPoint point : {QPoint(10, 22), QPoint(50, 22), QPoint(13, 19), QPoint(13, 25), QPoint(47, 19)})
+    for (const QPoint point : {QPoint(10, 22), QPoint(50, 22), QPoint(13, 19), QPoint(13, 25), QPoint(47, 19)}) {
         QVERIFY(strokes.points.contains(point));
+    }
 }
 
 void TstWaveStrokes::theSecondArrowPointsRightOnlyWithAsManyHeadsAsTheFirst()
