@@ -17,6 +17,58 @@ QString decoded(const QByteArray &bytes)
     return QTextCodec::codecForUtfText(bytes, codec)->toUnicode(bytes);
 }
 
+/// The index behind the next `end` from `from` on; the text's length if there is none.
+int behind(const QString &text, const char *end, int from)
+{
+    const QLatin1String wanted(end);
+    const int at = text.indexOf(wanted, from);
+    return at < 0 ? text.size() : at + wanted.size();
+}
+
+/// The index behind the tag whose "<" stands at `from`, and the number of its attributes; the text need not be
+/// well-formed.
+int behindTag(const QString &text, int from, int &attributes)
+{
+    attributes = 0;
+    QChar quote;
+    for (int i = from + 1; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (!quote.isNull()) {
+            quote = c == quote ? QChar() : quote;
+        } else if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+            quote = c;
+        } else if (c == QLatin1Char('=')) {
+            ++attributes;
+        } else if (c == QLatin1Char('>')) {
+            return i + 1;
+        }
+    }
+    return text.size();
+}
+
+/// True if no tag has too many attributes. Looked at before anything reads the tags: what it costs to read one grows
+/// with the square of their number.
+bool attributesWithinLimit(const QString &text)
+{
+    for (int at = text.indexOf(QLatin1Char('<')); at >= 0; at = text.indexOf(QLatin1Char('<'), at)) {
+        const QStringRef rest = text.midRef(at, 9);
+        if (rest.startsWith(QLatin1String("<!--"))) {
+            at = behind(text, "-->", at + 4);
+        } else if (rest.startsWith(QLatin1String("<?"))) {
+            at = behind(text, "?>", at + 2);
+        } else if (rest == QLatin1String("<![CDATA[")) {
+            at = behind(text, "]]>", at + 9);
+        } else {
+            int attributes = 0;
+            at = behindTag(text, at, attributes);
+            if (attributes > xmlMaxAttributes) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 /// Reads to the end without building anything.
 bool withinLimits(const QString &text)
 {
@@ -65,7 +117,7 @@ bool xmlParse(QDomDocument &document, const QByteArray &bytes)
         return false;
     }
     const QString text = decoded(bytes);
-    return withinLimits(text) && document.setContent(text, false);
+    return attributesWithinLimit(text) && withinLimits(text) && document.setContent(text, false);
 }
 
 bool xmlParseFile(QDomDocument &document, const QString &path)

@@ -13,6 +13,7 @@
 constexpr int xmlMaxBytes = 16 * 1024 * 1024;
 constexpr int xmlMaxDepth = 64;
 constexpr int xmlMaxElements = 200'000;
+constexpr int xmlMaxAttributes = 256; ///< of one element: a reader compares each with all others
 
 /// Parses `bytes` into `document`.
 /// @return false if `bytes` are not well-formed, hold a document type (and so could define entities) or pass a limit

@@ -47,6 +47,16 @@ QByteArray nested(int levels)
     return settings(QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels));
 }
 
+/// An element "a" with `count` attributes of different names.
+QByteArray manyAttributes(int count)
+{
+    QByteArray tag = "<a";
+    for (int i = 0; i < count; ++i) {
+        tag += " a" + QByteArray::number(i) + "='>='";
+    }
+    return tag + "/>";
+}
+
 /// Saves into a pipe of its own. @return false if that fails or the pipe is none afterwards
 bool savesIntoPipe()
 {
@@ -98,6 +108,8 @@ private slots:
     void aMissingFileForgetsTheDocumentBefore();
     void aBadFileStaysUntilTheNextSave();
     void nestingUpToTheLimitIsRead();
+    void attributesUpToTheLimitAreRead();
+    void equalSignsOutsideOfTagsAreNoAttributes();
     void aVersionThatDiffersInItsFirstThreeNumbersIsReplaced_data();
     void aVersionThatDiffersInItsFirstThreeNumbersIsReplaced();
     void keysOfOlderVersionsStay();
@@ -239,6 +251,9 @@ void TstConfig::anUnusableFileIsReplacedByTheTemplate_data()
     QTest::newRow("200,000 levels") << nested(200'000);
     QTest::newRow("200,000 levels left open") << settings(QByteArray("<a>").repeated(200'000)).chopped(11);
     QTest::newRow("too many elements") << global(QByteArray("<a/>").repeated(200'001));
+    QTest::newRow("257 attributes of one element") << global(manyAttributes(257));
+    QTest::newRow("a million attributes of one element") << global(manyAttributes(1'000'000));
+    QTest::newRow("a million equal signs in an open tag") << "<settings" + QByteArray(1'000'000, '=');
 }
 
 void TstConfig::anUnusableFileIsReplacedByTheTemplate()
@@ -292,6 +307,20 @@ void TstConfig::nestingUpToTheLimitIsRead()
 {
     QVERIFY(configReplace(nested(63)));
     QVERIFY(saved().contains("<a/>"));
+}
+
+void TstConfig::attributesUpToTheLimitAreRead()
+{
+    QVERIFY(configReplace(global(manyAttributes(256))));
+    QVERIFY(saved().contains("a255="));
+}
+
+void TstConfig::equalSignsOutsideOfTagsAreNoAttributes()
+{
+    const QByteArray signs(1000, '=');
+    QVERIFY(configReplace(global("<!-- < it's " + signs + " --><![CDATA[< ' " + signs + "]]><?note it's < " + signs +
+                                 " ?><note>/" + signs + "</note>")));
+    QCOMPARE(value("note"), QLatin1Char('/') + QString(1000, QLatin1Char('=')));
 }
 
 void TstConfig::aVersionThatDiffersInItsFirstThreeNumbersIsReplaced_data()
