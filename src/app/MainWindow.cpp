@@ -115,6 +115,8 @@ void MainWindow::connectPanels()
     connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
     connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);
     connect(mainView, &MainView::timeWidthChanged, this, &MainWindow::updatePosition);
+    connect(mainView, &MainView::timeMarkBodyChanged, timeView, &TimeView::slotMainViewMarkerChanged);
+    connect(timeView, &TimeView::timeMarkerChanged, mainView, &MainView::slotTimeViewMarkerChanged);
     connect(posiView, &PosiView::sigPosiChanged, this, &MainWindow::slotPosiViewChanged);
     connect(waveGen, &WaveDataGen::sigViewRefresh, this, &MainWindow::slotWaveViewRefresh);
 }
@@ -176,6 +178,7 @@ void MainWindow::rebindDevice()
 
     devSetting->reload();
     toolbar->reload();
+    timeView->dropHandles();
     timeView->update();
     mainView->rebuildChannels();
     updatePosition();

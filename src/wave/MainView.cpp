@@ -3,11 +3,13 @@
 #include "app/Config.h"
 #include "app/Globals.h"
 #include "device/DevBase.h"
+#include "wave/CursorBody.h"
 #include "wave/DecodedSource.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/ItemWaveArrow.h"
 #include "wave/ItemWaveBackground.h"
 #include "wave/ItemWaveLine.h"
+#include "wave/NextEdge.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveView.h"
 
@@ -37,6 +39,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
       sidebarFrame(new QFrame),
       scene(new QGraphicsScene(this)),
       waveArrow(new ItemWaveArrow),
+      nextEdge(new NextEdge),
       waveGen(generator),
       freqUnits{QStringLiteral("Hz"), QStringLiteral("KHz"), QStringLiteral("MHz"), QStringLiteral("GHz")},
       timeUnits{QStringLiteral("ps"), QStringLiteral("ns"), QStringLiteral("us"), QStringLiteral("ms"),
@@ -54,6 +57,9 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
     }
     addShortcut(Qt::Key_Home, &MainView::slotShortCutMovToBeg);
     addShortcut(Qt::Key_End, &MainView::slotShortCutMovToEnd);
+    for (int key = Qt::Key_0; key <= Qt::Key_9; ++key) {
+        addShortcut(key, &MainView::slotShortCutTimeMarker);
+    }
 }
 
 MainView::~MainView()
@@ -78,6 +84,7 @@ void MainView::buildViews()
     scene->setItemIndexMethod(QGraphicsScene::NoIndex); // few items, and their geometry changes all at once
     scene->addItem(waveArrow);
     waveArrow->hide();
+    scene->addItem(nextEdge);
     waveView = new WaveView(scene, this);
 
     mainLayout->setContentsMargins(0, 0, 0, 0);
@@ -127,6 +134,8 @@ void MainView::rebuildChannels()
 void MainView::removeChannels()
 {
     hideHover();
+    nextEdge->hide();
+    removeMarkers();
     qDeleteAll(chnSidebars);
     qDeleteAll(waveBackgrounds);
     qDeleteAll(waveLines);
@@ -170,6 +179,10 @@ void MainView::layoutRows()
     }
     sidebarFrame->setFixedHeight(m_rows.totalHeight);
     scene->setSceneRect(0, 0, waveView->width(), m_rows.totalHeight);
+    for (CursorBody *marker : timeMarkers) {
+        marker->setColumnHeight(m_rows.totalHeight);
+    }
+    nextEdge->hide(); // its row may have moved
     setTimeWidth();
     forgetHover();
     repeatHover();
@@ -224,11 +237,15 @@ void MainView::refreshWave()
 {
     slotUpdateAnalyzerDecoded();
     repeatHover();
+    repositionMarkers();
 }
 
 void MainView::clearForNewData()
 {
     hideHover();
+    nextEdge->hide();
+    takeMarkersOff();
+    pulseInfoDirty = true;
 }
 
 void MainView::slotChnEnaChanged()

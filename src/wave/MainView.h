@@ -1,6 +1,8 @@
 #pragma once
 
 #include "wave/ChannelLayout.h"
+#include "wave/TimeAxis.h"
+#include "wave/TimeMarkers.h"
 
 #include <QPair>
 #include <QPoint>
@@ -11,10 +13,12 @@
 #include <cstdint>
 #include <vector>
 
+class CursorBody;
 class ItemChnSidebar;
 class ItemWaveArrow;
 class ItemWaveBackground;
 class ItemWaveLine;
+class NextEdge;
 class QFrame;
 class QGraphicsScene;
 class QHBoxLayout;
@@ -23,6 +27,7 @@ class QScrollArea;
 class QShortcut;
 class WaveDataGen;
 class WaveView;
+enum class EdgeSide;
 struct SmpEdgeInfo;
 
 /// A pair of timing markers that are both shown on the wave.
@@ -76,8 +81,19 @@ public slots:
     void slotMouseMoved(QMouseEvent *event);
     void slotMouseLeave();
 
+    /// The list of pairs asks for a change. `type` 0: make the pair of marker `phyId`, both off; 1: remove it; 2: the
+    /// marker's button was pressed: it follows the pointer, or no longer; 3: bring both of the pair into view. A marker
+    /// is only taken up while there is a capture with samples. Other types and negative ids are ignored.
+    void slotTimingMarkerPairClicked(int type, int phyId);
+    /// A flag of the ruler was used. `changedType` 5: the marker at position `index` of the list gets `state`; 6: it
+    /// moves to `midX` (device pixels) as well. Positions that are none are ignored.
+    void slotTimeViewMarkerChanged(int changedType, int index, int state, int midX);
+
     /// Counts the edges and pulses anew for all rows that ask for them.
     void slotPulseMeasureInfoChanged();
+
+    /// The sender is the shortcut of a marker's number.
+    void slotShortCutTimeMarker();
 
     void slotShortCutZoomIn();
     void slotShortCutZoomOut();
@@ -135,6 +151,38 @@ private:
     [[nodiscard]] bool pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate) const;
     void placeArrow(int chn, const SmpEdgeInfo &info);
 
+    // timing markers; positions are those of the list
+    [[nodiscard]] TimeWindow timeWindow() const;
+    /// The position of the marker, whose pair is made if need be; -1 for a negative id.
+    [[nodiscard]] int markerIndex(int phyId);
+    void addMarkerPair(int position, int firstId);
+    void removeMarkerPair(int phyId);
+    void removeMarkers();
+    /// The position of the first marker in that state, -1 for none.
+    [[nodiscard]] int firstMarkerIn(MarkerState state) const;
+    /// Changes the state and the place.
+    void setMarker(int index, MarkerState state, int x);
+    /// Changes the state alone. Only one marker follows the pointer: another one is put down.
+    void changeMarkerState(int index, MarkerState state);
+    void showMarkerState(int index, MarkerState state);
+    void placeMarker(int index);
+    void snapMarker(int index, QPoint point);
+    void repositionMarkers();
+    void takeMarkersOff();
+    void markerHasMoved(int index);
+    void tellMarkerTexts(int index);
+    void pressMarkerButton(int phyId);
+    void showPair(int phyId);
+    /// True when the pointer has been used up by a marker.
+    bool moveOverMarkers(QPoint point);
+    bool releaseOverMarkers(Qt::MouseButton button);
+
+    // edge button
+    [[nodiscard]] bool isOverNextEdge(QPoint point) const;
+    void offerNextEdge(QPoint point);
+    void showNextEdge(EdgeSide side, int chn, int x);
+    void clickNextEdge();
+
     // measurements
     /// Counts anew what is asked about the pair, whose markers have changed.
     void refreshPulsesOfPair(int group);
@@ -146,10 +194,13 @@ private:
     WaveView *waveView;
     QGraphicsScene *scene;
     ItemWaveArrow *waveArrow;
+    NextEdge *nextEdge;
     QVector<ItemWaveBackground *> waveBackgrounds;
     QVector<ItemWaveLine *> waveLines;
-    ChannelLayout m_rows;           ///< the rows' tops and heights, as they are shown
-    std::vector<ChannelRow> m_chns; ///< what m_rows was computed from
+    QVector<CursorBody *> timeMarkers; ///< in pairs, by id
+    bool pulseInfoDirty = false;       ///< pulses are to be counted anew at the next refresh
+    ChannelLayout m_rows;              ///< the rows' tops and heights, as they are shown
+    std::vector<ChannelRow> m_chns;    ///< what m_rows was computed from
     WaveDataGen *const waveGen;
     QVector<QShortcut *> shortcuts;
 

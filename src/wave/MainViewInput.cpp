@@ -2,6 +2,7 @@
 #include "device/DevBase.h"
 #include "wave/ItemWaveArrow.h"
 #include "wave/MainView.h"
+#include "wave/NextEdge.h"
 #include "wave/PixelScale.h"
 #include "wave/PulseHover.h"
 #include "wave/WaveDataGen.h"
@@ -40,8 +41,13 @@ void MainView::slotMousePressed(QMouseEvent *event)
 void MainView::slotMouseMoved(QMouseEvent *event)
 {
     dragged = true;
-    if (event->buttons() == Qt::NoButton) {
+    if (isOverNextEdge(event->pos())) {
         hover(event->pos());
+    } else if (event->buttons() == Qt::NoButton) {
+        hover(event->pos());
+        if (!moveOverMarkers(event->pos())) {
+            offerNextEdge(event->pos());
+        }
     } else if (event->buttons() == Qt::LeftButton && canMoveTime()) {
         const int width = (event->x() - pressPos.x()) / uiScale();
         pressPos = event->pos();
@@ -55,7 +61,11 @@ void MainView::slotMouseReleased(QMouseEvent *event)
     if ((!hasCapture && gDev->aChnEnable.isEmpty()) || dragged) {
         return;
     }
-    if (event->button() == Qt::LeftButton) {
+    if (event->button() == Qt::LeftButton && isOverNextEdge(event->pos())) {
+        clickNextEdge();
+    } else if (releaseOverMarkers(event->button())) {
+        return;
+    } else if (event->button() == Qt::LeftButton) {
         emit zoomChangedByMouse(zoomIn, event->pos());
     } else if (event->button() == Qt::RightButton) {
         emit zoomChangedByMouse(zoomOut, event->pos());
@@ -65,6 +75,11 @@ void MainView::slotMouseReleased(QMouseEvent *event)
 void MainView::slotMouseLeave()
 {
     hideHover();
+    nextEdge->hide();
+    const int hovered = firstMarkerIn(MarkerState::hovered);
+    if (hovered >= 0) {
+        changeMarkerState(hovered, MarkerState::placed);
+    }
 }
 
 int MainView::channelAt(QPoint point) const

@@ -1,9 +1,15 @@
 #include "wave/TimeView.h"
 
 #include "app/Globals.h"
+#include "wave/CursorHandle.h"
+#include "wave/MarkerChange.h"
 #include "wave/WaveDataGen.h"
 
+#include <QMouseEvent>
 #include <QPainter>
+
+#include <algorithm>
+#include <utility>
 
 RulerMark rulerMark(const TimeTick &tick, int dpi, int height)
 {
@@ -41,4 +47,124 @@ void TimeView::paintEvent(QPaintEvent *)
         m_lines.append(mark.line);
     }
     painter.drawLines(m_lines);
+}
+
+void TimeView::dropHandles()
+{
+    qDeleteAll(std::exchange(handles, {}));
+    moved = false;
+}
+
+void TimeView::slotMainViewMarkerChanged(int changedType, int index, int value)
+{
+    if (index < 0) {
+        return;
+    }
+    switch (changedType) {
+    case markerChange::state:
+        handleOf(index)->setMarkerState(TimeMarkers::stateOf(value));
+        break;
+    case markerChange::place:
+        if (index < handles.size()) {
+            handles[index]->setGeometry(TimeMarkers::flagPlace(value, height(), screenScale()));
+        }
+        break;
+    case markerChange::pairGone:
+        removePair(index);
+        break;
+    default:
+        break;
+    }
+}
+
+CursorHandle *TimeView::handleOf(int phyId)
+{
+    const auto find = [this, phyId] {
+        return std::find_if(handles.begin(), handles.end(),
+                            [phyId](CursorHandle *each) { return each->id() == phyId; });
+    };
+    if (find() == handles.end()) {
+        addPair(phyId);
+    }
+    return *find();
+}
+
+void TimeView::addPair(int phyId)
+{
+    const int first = TimeMarkers::firstOfPair(phyId);
+    const auto before =
+        std::find_if(handles.begin(), handles.end(), [first](CursorHandle *each) { return each->id() > first; });
+    auto position = int(before - handles.begin());
+    for (const int id : {first, first + 1}) {
+        auto *handle = new CursorHandle(id, this);
+        connect(handle, &CursorHandle::mouseEnter, this, &TimeView::slotMouseEnter);
+        connect(handle, &CursorHandle::mouseLeave, this, &TimeView::slotMouseLeave);
+        handles.insert(position++, handle);
+    }
+}
+
+void TimeView::removePair(int position)
+{
+    if (position + 1 >= handles.size()) {
+        return;
+    }
+    for (int i = 0; i < 2; ++i) {
+        CursorHandle *handle = handles.takeAt(position);
+        handle->hide();
+        handle->deleteLater(); // the click that removes it may have come through it
+    }
+}
+
+int TimeView::firstIn(MarkerState state) const
+{
+    const auto found = std::find_if(handles.begin(), handles.end(),
+                                    [state](const CursorHandle *each) { return each->markerState() == state; });
+    return found == handles.end() ? -1 : int(found - handles.begin());
+}
+
+void TimeView::slotMouseEnter(int phyId)
+{
+    if (firstIn(MarkerState::following) < 0) {
+        handleOf(phyId)->setMarkerState(MarkerState::hovered);
+    }
+}
+
+void TimeView::slotMouseLeave(int phyId)
+{
+    handleOf(phyId)->setMarkerState(MarkerState::placed);
+}
+
+void TimeView::mousePressEvent(QMouseEvent * /*event*/)
+{
+    moved = false;
+}
+
+void TimeView::mouseDoubleClickEvent(QMouseEvent * /*event*/)
+{
+    moved = false; // the second press of two quick clicks counts as a press
+}
+
+void TimeView::mouseMoveEvent(QMouseEvent *event)
+{
+    moved = true;
+    const int following = firstIn(MarkerState::following);
+    if (following >= 0) {
+        emit timeMarkerChanged(markerChange::setAndMove, following, int(MarkerState::following), event->x());
+    }
+}
+
+void TimeView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (moved) {
+        return;
+    }
+    const int following = firstIn(MarkerState::following);
+    const int hovered = firstIn(MarkerState::hovered);
+    if (event->button() == Qt::LeftButton && following >= 0) {
+        emit timeMarkerChanged(markerChange::setState, following, int(MarkerState::placed), 0);
+    } else if (event->button() == Qt::LeftButton && hovered >= 0) {
+        emit timeMarkerChanged(markerChange::setState, hovered, int(MarkerState::following), 0);
+    } else if (event->button() == Qt::RightButton && following >= 0) {
+        emit timeMarkerChanged(markerChange::setState, following, int(MarkerState::off), 0);
+    }
 }

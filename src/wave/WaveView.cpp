@@ -27,6 +27,11 @@ WaveView::WaveView(QGraphicsScene *scene, QWidget *parent) : QGraphicsView(scene
     connectScrollBars();
 }
 
+int WaveView::scrollBarWidth() const
+{
+    return m_bar->isHidden() ? 0 : m_bar->width();
+}
+
 void WaveView::connectScrollBars()
 {
     QScrollBar *native = verticalScrollBar();

@@ -13,6 +13,9 @@ class WaveView : public QGraphicsView {
 public:
     explicit WaveView(QGraphicsScene *scene, QWidget *parent = nullptr);
 
+    /// What the thin scroll bar takes of the right edge; 0 while it is hidden.
+    [[nodiscard]] int scrollBarWidth() const;
+
 public slots:
     /// Brings the thin bar in line with the native vertical scroll bar, whose range is now `min` to `max`.
     void scrollBarRangeChanged(int min, int max);

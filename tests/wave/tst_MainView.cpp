@@ -471,7 +471,7 @@ void TstMainView::keysDoNotRepeatByThemselves()
 {
     const MainViewDesk desk;
     const auto shortcuts = desk.view.findChildren<QShortcut *>();
-    QCOMPARE(shortcuts.size(), 7);
+    QCOMPARE(shortcuts.size(), 17);
     for (const QShortcut *shortcut : shortcuts) {
         QVERIFY(!shortcut->autoRepeat());
     }

@@ -1,0 +1,29 @@
+#include "wave/CursorBody.h"
+
+#include <QPainter>
+
+CursorBody::CursorBody(int id) : phyId(id), label(TimeMarkers::label(id))
+{
+    setZValue(1);
+    setToolTip(label);
+    hide();
+}
+
+void CursorBody::setMarkerState(MarkerState value)
+{
+    state = value;
+    setVisible(isShown());
+    update();
+}
+
+void CursorBody::setColumnHeight(int pixels)
+{
+    setSize({screenScale().s(), pixels});
+}
+
+void CursorBody::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*option*/, QWidget * /*widget*/)
+{
+    // The pixels of a stroke along width / 2 without caps that would pass the ends.
+    painter->setRenderHint(QPainter::Antialiasing, false);
+    painter->fillRect(0, 0, width, height, TimeMarkers::colors(state).line);
+}

@@ -1,0 +1,33 @@
+#include "wave/CursorMarker.h"
+
+#include <QPainter>
+
+CursorMarker::CursorMarker(int id) : height(dp(3)), phyId(id)
+{
+    setZValue(2);
+    setAcceptHoverEvents(true);
+    setAcceptedMouseButtons(Qt::NoButton); // the main view handles the pointer
+    hide();
+}
+
+void CursorMarker::setMarkerState(MarkerState value)
+{
+    state = value;
+    setVisible(isShown());
+    update();
+}
+
+void CursorMarker::setLineWidth(int pixels)
+{
+    prepareGeometryChange();
+    width = pixels;
+}
+
+void CursorMarker::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*option*/, QWidget * /*widget*/)
+{
+    const int s = uiScale();
+    const int y = height / 2 + s / 2;
+    painter->setRenderHint(QPainter::Antialiasing, false);
+    painter->setPen(QPen(TimeMarkers::colors(state).line, s, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter->drawLine(0, y, width - s, y);
+}
