@@ -53,7 +53,8 @@ int SmpData::locate(int chn, std::int64_t pos, SmpEdgeCursor &cursor) const
     if (names(*root, cursor) && positionOf(*root, globalIndex(cursor) - 1) <= pos) {
         found = cursor;
     }
-    const int level = smpSeek::forward(*root, pos, found);
+    std::int64_t entry = 0;
+    const int level = smpSeek::forward(*root, pos, found, entry);
     if (level >= 0) {
         cursor = found;
     }

@@ -123,8 +123,9 @@ struct LowWords {
 }
 
 /// Moves `cursor` to the first entry above `pos`, or to the end mark when `pos` is there, never backwards. The cursor
-/// must name an entry. Returns the level at `pos`, or -1, with the cursor unchanged, when `pos` is outside the data.
-[[nodiscard]] inline int forward(const SmpEdgeRoot &root, std::int64_t pos, SmpEdgeCursor &cursor)
+/// must name an entry, whose position `entry` becomes: mostly without a look at its high byte, which lies far off.
+/// Returns the level at `pos`, or -1, with cursor and `entry` unchanged, when `pos` is outside the data.
+[[nodiscard]] inline int forward(const SmpEdgeRoot &root, std::int64_t pos, SmpEdgeCursor &cursor, std::int64_t &entry)
 {
     const int lastMid = root.midCount - 1;
     if (pos < 0 || pos > root.midLast[lastMid]) {
@@ -141,9 +142,15 @@ struct LowWords {
     const bool full = m < lastMid || l < mid.leafCount - 1;
     const int last = (full ? SmpEdgeLeaf::capacity : leaf.count) - 1;
     const std::int64_t lastPos = mid.leafLast[l];
-    const int e = positionBefore(root, m, l) >> 32 == lastPos >> 32
-                      ? entryAbove(LowWords{leaf, lastPos >> 32 << 32}, pos, entryHint, last, lastPos)
-                      : entryAbove(leaf, pos, entryHint, last);
+    int e = 0;
+    if (positionBefore(root, m, l) >> 32 == lastPos >> 32) {
+        const LowWords entries{leaf, lastPos >> 32 << 32};
+        e = entryAbove(entries, pos, entryHint, last, lastPos);
+        entry = entries.position(e);
+    } else {
+        e = entryAbove(leaf, pos, entryHint, last);
+        entry = leaf.position(e);
+    }
     cursor = {m, l, e};
     return (root.startLevel + e) & 1;
 }

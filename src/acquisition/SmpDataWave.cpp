@@ -64,7 +64,8 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
     constexpr int scoutColumns = 4;  // how early
     const double firstColumn = start < 0.0 ? std::trunc(-start / step) : 0.0;
     SmpEdgeCursor cursor;
-    int level = smpSeek::forward(*root, start < 0.0 ? 0 : wholePosition(start), cursor);
+    std::int64_t entry = 0;
+    int level = smpSeek::forward(*root, start < 0.0 ? 0 : wholePosition(start), cursor, entry);
     if (level < 0) {
         return -1;
     }
@@ -76,7 +77,6 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
     int column = int(firstColumn);
     smpSeek::Scout scout;
     for (;;) {
-        const std::int64_t entry = root->mids[cursor.root]->leaves[cursor.mid]->position(cursor.leaf);
         // Compared before it becomes an int: at a small step an entry far to the right has no column that fits one.
         const double entryColumn = std::trunc((double(entry) - start) / step);
         if (entryColumn > width - 1) {
@@ -92,7 +92,7 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
         runs.add(x, 1, 2);
         column = x + 1;
         const SmpEdgeCursor before = cursor;
-        level = smpSeek::forward(*root, wholePosition(column * step + start), cursor);
+        level = smpSeek::forward(*root, wholePosition(column * step + start), cursor, entry);
         if (globalIndex(cursor) - globalIndex(before) > denseEntries) {
             scout.lookAhead(*root, cursor, (column + scoutColumns) * step + start);
         }
