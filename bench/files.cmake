@@ -1,1 +1,2 @@
 lux_bench(bench_DataFile LINK lux_files)
+lux_bench(bench_DataExport LINK lux_files)

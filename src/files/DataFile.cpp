@@ -3,8 +3,11 @@
 #include "acquisition/SmpData.h"
 #include "app/Language.h"
 #include "files/DataBlocks.h"
+#include "files/DataExport.h"
 
+#include <QEventLoop>
 #include <QFileInfo>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -12,8 +15,10 @@
 
 namespace {
 
-constexpr std::int64_t loadProgressUnit = 5'000'000; ///< bytes
-constexpr std::int64_t saveProgressUnit = 1'000'000; ///< entries
+constexpr std::int64_t loadProgressUnit = 5'000'000;   ///< bytes
+constexpr std::int64_t saveProgressUnit = 1'000'000;   ///< entries
+constexpr std::int64_t binaryProgressUnit = 2'000'000; ///< samples
+constexpr std::int64_t textProgressUnit = 20'000;      ///< entries
 
 /// Within 0 to `limit`; anything that is no number is 0.
 double limited(double pos, double limit)
@@ -84,8 +89,9 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     m_storeTouched = false;
     bool loaded = false;
     if (openForLoad(path, headSize)) {
-        background = file.size() >= backgroundLoadSize;
-        loaded = background ? runWithDialog(Mode::Load) : loadBlocks();
+        const std::int64_t size = file.size();
+        const bool aside = size >= backgroundLoadSize / asidePart;
+        loaded = aside ? runOnThread(Mode::Load, size >= backgroundLoadSize) : loadBlocks();
     }
     file.close();
 
@@ -125,17 +131,18 @@ bool DataFile::loadBlocks()
     return outcome == DataBlocksResult::Done;
 }
 
-bool DataFile::saveData()
+template<class Write>
+bool DataFile::writeJob(std::int64_t total, std::int64_t unit, const Write &write)
 {
     progress = 0;
     auto outcome = DataBlocksResult::Failed;
     const SmpReadLock lock(smpData);
     if (lock && file.isWritable()) {
-        outcome = writeDataBlocks(file, *smpData, {chnSelect, posStart, posEnd}, [this](std::int64_t entries) {
+        outcome = write(DataPieceHook([this, total, unit](std::int64_t done) {
             // What does not reach the system shows at the end, as the file's error.
-            return file.flush() && afterPiece(percentOf(entries, workTotal, saveProgressUnit));
-        });
-        // The head of a file without blocks may still be in the buffer.
+            return file.flush() && afterPiece(percentOf(done, total, unit));
+        }));
+        // What came without a piece, such as the head of a file without blocks, may still be in the buffer.
         if (!file.flush() || file.error() != QFileDevice::NoError) {
             outcome = DataBlocksResult::Failed;
         }
@@ -146,29 +153,116 @@ bool DataFile::saveData()
     return outcome == DataBlocksResult::Done;
 }
 
+bool DataFile::saveData()
+{
+    return writeJob(workTotal, saveProgressUnit, [this](const DataPieceHook &afterEach) {
+        return writeDataBlocks(file, *smpData, {chnSelect, posStart, posEnd}, afterEach);
+    });
+}
+
+bool DataFile::exportBinary()
+{
+    return writeJob(smpTotal, binaryProgressUnit, [this](const DataPieceHook &afterEach) {
+        return writeBinaryExport(file, *smpData, {chnSelect, posStart, posEnd}, afterEach);
+    });
+}
+
+bool DataFile::exportText()
+{
+    m_header = textExportHeader(chnSelect, smpData->chnCount);
+    return writeText();
+}
+
+bool DataFile::writeText()
+{
+    return writeJob(workTotal, textProgressUnit, [this](const DataPieceHook &afterEach) {
+        return writeTextExport(file, *smpData, {chnSelect, posStart, posEnd}, m_header, afterEach);
+    });
+}
+
+std::int64_t DataFile::sizeOf(Mode job, std::int64_t &limit)
+{
+    limit = job == Mode::ExportBinary ? backgroundBinarySamples
+            : job == Mode::ExportText ? backgroundTextEntries
+                                      : backgroundSaveEntries;
+    const std::int64_t entries = edgeTotal(); // which the progress needs as well
+    return job == Mode::ExportBinary ? smpTotal : entries;
+}
+
+bool DataFile::runJob(Mode job)
+{
+    std::int64_t limit = 0;
+    const std::int64_t size = sizeOf(job, limit);
+    if (size >= limit / asidePart) {
+        return runOnThread(job, size >= limit);
+    }
+    switch (job) {
+    case Mode::SaveData:
+        return saveData();
+    case Mode::ExportBinary:
+        return exportBinary();
+    case Mode::ExportText:
+        return exportText();
+    default:
+        return false;
+    }
+}
+
 bool DataFile::runWithDialog(Mode job)
 {
-    const bool load = job == Mode::Load;
+    return runOnThread(job, true);
+}
+
+std::unique_ptr<JobDialog> DataFile::makeDialog() const
+{
+    if (!m_dialogs) {
+        return {};
+    }
+    const bool load = mode == Mode::Load;
+    return m_dialogs(load ? ::tr("Open File") : ::tr("Save File"),
+                     (load ? ::tr("Loading file, please wait") : ::tr("Saving file, please wait")) +
+                         QStringLiteral("..."),
+                     ::tr("Cancel"));
+}
+
+bool DataFile::runOnThread(Mode job, bool dialogAtOnce)
+{
     mode = job;
     background = true;
     cancelled.store(0, std::memory_order_relaxed);
+    if (job == Mode::ExportText) {
+        m_header = textExportHeader(chnSelect, smpData->chnCount);
+    }
 
     // The reports arrive queued, and none any more once `receiver` is gone.
     QObject receiver;
+    int reached = 0;
     std::unique_ptr<JobDialog> dialog;
-    if (m_dialogs) {
-        dialog = m_dialogs(load ? ::tr("Open File") : ::tr("Save File"),
-                           (load ? ::tr("Loading file, please wait") : ::tr("Saving file, please wait")) +
-                               QStringLiteral("..."),
-                           ::tr("Cancel"));
+    if (dialogAtOnce) {
+        dialog = makeDialog();
     }
-    if (dialog) {
-        connect(
-            this, &DataFile::sigReportProgress, &receiver, [&dialog](int percent) { dialog->setProgress(percent); },
-            Qt::QueuedConnection);
-    }
+    const auto showProgress = [&dialog, &reached](int percent) {
+        reached = percent;
+        if (dialog) {
+            dialog->setProgress(percent);
+        }
+    };
+    connect(this, &DataFile::sigReportProgress, &receiver, showProgress, Qt::QueuedConnection);
 
     start();
+    if (!dialogAtOnce && m_dialogs) {
+        // The thread's last report arrives before its end does.
+        QEventLoop quiet;
+        connect(this, &QThread::finished, &quiet, &QEventLoop::quit, Qt::QueuedConnection);
+        QTimer::singleShot(dialogDelay, &quiet, &QEventLoop::quit);
+        quiet.exec(QEventLoop::ExcludeUserInputEvents);
+        if (reached < 100) {
+            dialog = makeDialog();
+        }
+        if (dialog) {
+            dialog->setProgress(reached);
+        }
+    }
     if (dialog && !dialog->exec() && isRunning()) {
         cancelled.store(1, std::memory_order_relaxed);
     }
@@ -186,6 +280,12 @@ void DataFile::run()
         break;
     case Mode::SaveData:
         done = saveData();
+        break;
+    case Mode::ExportBinary:
+        done = exportBinary();
+        break;
+    case Mode::ExportText:
+        done = writeText();
         break;
     default:
         emit sigReportProgress(100); // so that the dialog closes

@@ -2,6 +2,7 @@
 
 #include "files/JobDialog.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QThread>
 
@@ -10,8 +11,8 @@
 
 class SmpData;
 
-/// Reads and writes the binary part of a data file (.cxdat, see docs/formats.md), directly or, for a big job, on its
-/// own thread behind a modal dialog.
+/// Reads and writes the binary part of a data file (.cxdat, see docs/formats.md) and writes the exports, directly or,
+/// for a big job, on its own thread behind a modal dialog.
 ///
 /// Made on the main thread, where it is needed, and dies there. While a job runs in the background the main thread sits
 /// in the dialog, so that nothing else touches the store or the file. A failure is told without a reason; the caller
@@ -25,7 +26,7 @@ public:
     /// Stops a job that still runs, and waits for it.
     ~DataFile() override;
 
-    /// The numbers of the jobs. This class knows loading and saving; a mode without a job fails.
+    /// The numbers of the jobs. Any other fails.
     enum class Mode { Load = 0, SaveData = 1, ExportBinary = 2, ExportText = 3 };
 
     SmpData *smpData; ///< not owned
@@ -41,14 +42,23 @@ public:
     static constexpr std::int64_t backgroundLoadSize = 50'000'000;
     /// Saves from this many entries on run behind the dialog.
     static constexpr std::int64_t backgroundSaveEntries = 10'000'000;
+    /// Binary exports from this many samples on run behind the dialog.
+    static constexpr std::int64_t backgroundBinarySamples = 20'000'000;
+    /// Text exports from this many entries on run behind the dialog.
+    static constexpr std::int64_t backgroundTextEntries = 200'000;
+    /// A job of this part of those sizes, or a bigger one, runs on the thread all the same, since the window would
+    /// stand still; its dialog only appears when it takes longer than `dialogDelay`.
+    static constexpr std::int64_t asidePart = 10;
+    int dialogDelay = 500; ///< ms
 
-    /// The range of a save, in samples; swapped and limited to the capture. An empty range still holds one sample.
-    /// A bound that is not a number is read as 0. Also sets `smpTotal`.
+    /// The range of a save or an export, in samples; swapped and limited to the capture. An empty range still holds one
+    /// sample. A bound that is not a number is read as 0. Also sets `smpTotal`.
     void setRange(double start, double end);
     /// The entries that a save of the selection writes; also sets `workTotal`. Cost: two look-ups a channel.
     [[nodiscard]] std::int64_t edgeTotal();
-    /// Loads `path`, whose binary part begins at `headSize`, in bytes, and closes the capture. Blocks until it is done;
-    /// from `backgroundLoadSize` on events are processed in the dialog meanwhile.
+    /// Loads `path`, whose binary part begins at `headSize`, in bytes, and closes the capture. Returns when it is done.
+    /// From `backgroundLoadSize` on events are processed in the dialog meanwhile; from a tenth of it on those that the
+    /// user does not make.
     ///
     /// On failure the store is empty. But if the file cannot be opened, or its head is refused (no data file, or
     /// another number of channels), a capture that was there stays as it is. `complete` is set in every case: a store
@@ -59,8 +69,22 @@ public:
     /// text mode, behind the settings block; the caller closes it. Everything has been handed to the system on return.
     /// @return false if there is no closed capture, or not all could be written: a partial file then stays
     [[nodiscard]] bool saveData();
-    /// Runs a job on this thread behind the dialog. `file` is open: at the binary part to load, or as for saveData().
-    /// A load leaves the store open, for loadData() to close.
+    /// Writes the range of the selected channels to `file` as a plain dump of samples. The caller has opened the file,
+    /// truncated, not in text mode, and closes it. Everything has been handed to the system on return.
+    /// @return false as for saveData()
+    [[nodiscard]] bool exportBinary();
+    /// Writes the range of the selected channels to `file` as text, a line for each sample at which one changes. The
+    /// caller has opened the file, truncated, in text mode, and closes it.
+    /// @return false as for saveData()
+    [[nodiscard]] bool exportText();
+    /// Runs a job that writes, as its size asks for: from the limits above on like runWithDialog(), a small one at
+    /// once. Between them it runs on the thread too, while events are processed that the user does not make, at first
+    /// without a dialog. Whatever these events start must leave the store, the device object and this object alone.
+    /// `file` and the range are as for the job; the entries and samples are counted here.
+    /// @return the job's outcome, as runWithDialog()
+    [[nodiscard]] bool runJob(Mode job);
+    /// Runs a job on this thread behind the dialog. `file` is open: at the binary part to load, or as for the job. A
+    /// load leaves the store open, for loadData() to close.
     /// @return the job's outcome: false for a mode without a job; a cancel counts as failure unless it comes too late
     [[nodiscard]] bool runWithDialog(Mode job);
 
@@ -77,10 +101,20 @@ protected:
 private:
     [[nodiscard]] bool loadBlocks();
     [[nodiscard]] bool openForLoad(const QString &path, std::int64_t headSize);
+    /// How big a job that writes is, and from where on its kind goes behind the dialog: entries or samples.
+    [[nodiscard]] std::int64_t sizeOf(Mode job, std::int64_t &limit);
+    /// Runs a job on the thread, with the dialog at once or after `dialogDelay`. @return the job's outcome
+    [[nodiscard]] bool runOnThread(Mode job, bool dialogAtOnce);
+    [[nodiscard]] std::unique_ptr<JobDialog> makeDialog() const;
     /// Waits for the job; from here on what it wrote is this thread's again. @return its outcome
     bool joined();
     /// Reports the progress after a piece. @return false when the job is cancelled
     [[nodiscard]] bool afterPiece(int percent);
+    /// Runs a job that writes the capture to `file`: `write` does it, and calls the hook after each piece, whose number
+    /// of `unit`s of `total` is the progress.
+    template<class Write>
+    [[nodiscard]] bool writeJob(std::int64_t total, std::int64_t unit, const Write &write);
+    [[nodiscard]] bool writeText();
 
     JobDialogFactory m_dialogs;
     // Handed over with the start of the thread and back with the store to `result`.
@@ -89,4 +123,5 @@ private:
     bool background = false;         ///< the job runs behind the dialog
     Mode mode = Mode::Load;
     bool m_storeTouched = false; ///< the load has begun to change the store
+    QByteArray m_header;         ///< the first line of a text export, made where the configuration may be read
 };
