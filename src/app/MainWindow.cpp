@@ -6,6 +6,7 @@
 #include "app/MainMenu.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
 #include "wave/MainView.h"
@@ -15,6 +16,7 @@
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -47,6 +49,19 @@ void acceptCopy(QDropEvent &event)
     event.accept();
 }
 
+/// A scroll area without bars: what does not fit is reached by the wheel, and follows the focus.
+QScrollArea *barelessScroll(QWidget *content, QWidget *parent)
+{
+    auto *area = new QScrollArea(parent);
+    area->setWidget(content);
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
+    return area;
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
@@ -55,6 +70,8 @@ MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
     buildDialogs();
     buildPanels();
     connectPanels();
+    connectAnalyzerView();
+    buildScrollAreas();
     buildGrid();
     buildShortcuts();
     rebindDevice();
@@ -98,6 +115,7 @@ void MainWindow::buildPanels()
     devSetting = new DevSetting(this);
     timeView = new TimeView(waveGen, this);
     posiView = new PosiView(this);
+    analyzerView = new AnalyzerView(this);
     mainView = new MainView(waveGen, this);
     statusLabel = new QLabel(::tr("Device unconnected"), this);
     statusLabel->setFixedHeight(dp(20));
@@ -121,17 +139,33 @@ void MainWindow::connectPanels()
     connect(waveGen, &WaveDataGen::sigViewRefresh, this, &MainWindow::slotWaveViewRefresh);
 }
 
+void MainWindow::connectAnalyzerView()
+{
+    connect(analyzerView, &AnalyzerView::timingMarkerPairClicked, mainView, &MainView::slotTimingMarkerPairClicked);
+    connect(analyzerView, &AnalyzerView::pulseMeasureChanged, mainView, &MainView::slotPulseMeasureInfoChanged);
+    connect(mainView, &MainView::timMarkPairChanged, analyzerView, &AnalyzerView::slotTimMarkPairChanged);
+    connect(mainView, &MainView::pulseMeasureChangedbySmpDone, analyzerView, &AnalyzerView::slotPulseMeasureChangedAll);
+    connect(mainView, &MainView::pulseMeasureChangedbyTimeMarker, analyzerView,
+            &AnalyzerView::slotPulseMeasureChangedbyTimeMarker);
+    connect(mainView, &MainView::logMeasureChanged, analyzerView, &AnalyzerView::slotLogMeasureChanged);
+}
+
+void MainWindow::buildScrollAreas()
+{
+    toolbarScroll = barelessScroll(toolbar, this);
+    toolbarScroll->setFixedHeight(dp(48));
+    analyzerScroll = barelessScroll(analyzerView, this);
+    analyzerScroll->setFixedWidth(dp(240));
+    // The area follows the focus only while Tab goes round in it, not when the focus comes in from outside.
+    connect(qApp, &QApplication::focusChanged, analyzerScroll, [this](QWidget *, QWidget *now) {
+        if (now != nullptr && analyzerView->isAncestorOf(now)) {
+            analyzerScroll->ensureWidgetVisible(now, 0, dp(4));
+        }
+    });
+}
+
 void MainWindow::buildGrid()
 {
-    toolbarScroll = new QScrollArea(this);
-    toolbarScroll->setWidget(toolbar);
-    toolbarScroll->setWidgetResizable(true);
-    toolbarScroll->setFrameShape(QFrame::NoFrame);
-    toolbarScroll->setFixedHeight(dp(48));
-    toolbarScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    toolbarScroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    toolbarScroll->setFocusPolicy(Qt::NoFocus);
-
     grid = new QGridLayout(this);
     grid->setContentsMargins(dp(2), 0, dp(2), dp(2));
     grid->setSpacing(0);
@@ -141,6 +175,7 @@ void MainWindow::buildGrid()
     grid->addWidget(mainView, 2, 0, 1, 2);
     grid->addWidget(statusLabel, 3, 0);
     grid->addWidget(posiView, 3, 1);
+    grid->addWidget(analyzerScroll, 1, 2, 3, 2);
     grid->setRowStretch(2, 1);
     grid->setColumnStretch(1, 1);
 }
@@ -182,6 +217,7 @@ void MainWindow::rebindDevice()
     timeView->update();
     mainView->rebuildChannels();
     updatePosition();
+    analyzerView->reload();
     connectDevice();
 }
 

@@ -4,6 +4,7 @@
 #include <QVector>
 #include <QWidget>
 
+class AnalyzerView;
 class DevSetting;
 class MainMenu;
 class MainView;
@@ -66,6 +67,8 @@ private:
     void buildDialogs();
     void buildPanels();
     void connectPanels();
+    void connectAnalyzerView();
+    void buildScrollAreas();
     void buildGrid();
     void buildShortcuts();
     /// Brings everything that looks at the device in line with `gDev`.
@@ -85,6 +88,7 @@ private:
     QVector<QShortcut *> shortcuts;
     QGridLayout *grid = nullptr;
     QScrollArea *toolbarScroll = nullptr;
+    QScrollArea *analyzerScroll = nullptr;
     MainMenu *mainMenu = nullptr;
     Toolbar *toolbar = nullptr;
     DevSetting *devSetting = nullptr;
@@ -92,6 +96,7 @@ private:
     MainView *mainView = nullptr;
     PosiView *posiView = nullptr;
     QLabel *statusLabel = nullptr;
+    AnalyzerView *analyzerView = nullptr;
     MyProgressDlg *smpDialog = nullptr;
 
     /// Counts device objects: a queued signal of an earlier one is told by its number.

@@ -238,6 +238,10 @@ void MainView::refreshWave()
     slotUpdateAnalyzerDecoded();
     repeatHover();
     repositionMarkers();
+    if (pulseInfoDirty) {
+        pulseInfoDirty = false;
+        slotPulseMeasureInfoChanged();
+    }
 }
 
 void MainView::clearForNewData()
@@ -246,11 +250,15 @@ void MainView::clearForNewData()
     nextEdge->hide();
     takeMarkersOff();
     pulseInfoDirty = true;
+    if (gDev->smpData->sampleCount() < 1) {
+        slotPulseMeasureInfoChanged(); // there is nothing to see, so no refresh follows
+    }
 }
 
 void MainView::slotChnEnaChanged()
 {
     layoutRows();
+    slotPulseMeasureInfoChanged();
 }
 
 void MainView::slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &labels)

@@ -1,0 +1,127 @@
+#include "measure/AnalyzerView.h"
+
+#include "app/Globals.h"
+#include "device/DevBase.h"
+#include "measure/Annotations.h"
+#include "measure/MeasureView.h"
+#include "measure/PulseMeasure.h"
+#include "wave/ColorLump.h"
+#include "wave/MarkerChange.h"
+
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int separatorHeight = 2; // units
+constexpr int border = 1;          // units
+
+} // namespace
+
+AnalyzerView::AnalyzerView(QWidget *parent) : QWidget(parent)
+{
+    column = new QVBoxLayout(this);
+    column->setContentsMargins(dp(4), dp(4), dp(4), dp(4));
+    column->setSpacing(dp(4));
+    buildSections();
+    connectSections();
+    showSections();
+}
+
+void AnalyzerView::buildSections()
+{
+    measureView = new MeasureView(this);
+    pulseMeasure = new PulseMeasure(this);
+    annotations = new Annotations(this);
+    addSection(Measures, measureView);
+    addSection(Pulses, pulseMeasure);
+    addSection(MarkerPairs, annotations);
+
+    for (int place = 0; place < PlaceCount; ++place) {
+        if (m_sections[std::size_t(place)] != nullptr) {
+            column->addWidget(m_sections[std::size_t(place)]);
+        }
+        if (place + 1 < PlaceCount) {
+            separators.append(new ColorLump(dp(separatorHeight), gGreys[5], 0, 0, this));
+            column->addWidget(separators.constLast());
+        }
+    }
+    if (m_sections[Results] == nullptr) {
+        column->addWidget(new QWidget(this)); // the spare height, until the results take it
+    }
+    column->setStretch(column->count() - 1, 1);
+}
+
+void AnalyzerView::addSection(Place place, QWidget *section)
+{
+    m_sections[place] = section;
+}
+
+void AnalyzerView::connectSections()
+{
+    connect(annotations, &Annotations::addPairClicked, this, &AnalyzerView::slotAddPairClicked);
+    connect(annotations, &Annotations::delPairClicked, this, &AnalyzerView::slotDelPairClicked);
+    connect(annotations, &Annotations::markerPairClicked, this, &AnalyzerView::slotLablePairClicked);
+    connect(annotations, &Annotations::locationPairClicked, this, &AnalyzerView::slotLocationPairClicked);
+    connect(this, &AnalyzerView::slotTimMarkPairChanged, annotations, &Annotations::slotTimingMarkerPairChanged);
+    connect(pulseMeasure, &PulseMeasure::setChanged, this, &AnalyzerView::pulseMeasureChanged);
+    connect(this, &AnalyzerView::slotPulseMeasureChangedAll, pulseMeasure, &PulseMeasure::slotValueChanged);
+    connect(this, &AnalyzerView::slotPulseMeasureChangedbyTimeMarker, pulseMeasure,
+            &PulseMeasure::slotValueChangedbyTimeMarker);
+    connect(this, &AnalyzerView::slotLogMeasureChanged, measureView, &MeasureView::slotValueChanged);
+}
+
+void AnalyzerView::showSections()
+{
+    const auto isShown = [this](int place) {
+        const bool analogOnly = place == AnalogMeasures || place == VoltageMarkers;
+        return m_sections[std::size_t(place)] != nullptr && (!analogOnly || gDev->isAnalogModel());
+    };
+    int last = PlaceCount - 1;
+    while (last > 0 && !isShown(last)) {
+        --last;
+    }
+    for (int place = 0; place < PlaceCount; ++place) {
+        if (m_sections[std::size_t(place)] != nullptr) {
+            m_sections[std::size_t(place)]->setVisible(isShown(place));
+        }
+        if (place < separators.size()) {
+            separators.at(place)->setVisible(isShown(place) && place < last);
+        }
+    }
+}
+
+void AnalyzerView::reload()
+{
+    showSections();
+    measureView->reload();
+    pulseMeasure->reload();
+    annotations->reload();
+}
+
+void AnalyzerView::slotAddPairClicked(int id)
+{
+    emit timingMarkerPairClicked(pairRequest::add, id);
+}
+
+void AnalyzerView::slotDelPairClicked(int id)
+{
+    emit timingMarkerPairClicked(pairRequest::remove, id);
+}
+
+void AnalyzerView::slotLablePairClicked(int id)
+{
+    emit timingMarkerPairClicked(pairRequest::marker, id);
+}
+
+void AnalyzerView::slotLocationPairClicked(int id)
+{
+    emit timingMarkerPairClicked(pairRequest::location, id);
+}
+
+void AnalyzerView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), gGreys[9]);
+    painter.fillRect(rect().adjusted(dp(border), dp(border), -dp(border), -dp(border)), gGreys[7]);
+}

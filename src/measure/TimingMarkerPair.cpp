@@ -1,0 +1,134 @@
+#include "measure/TimingMarkerPair.h"
+
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "device/DevBase.h"
+#include "measure/SectionParts.h"
+#include "measure/TimingMarkerTip.h"
+#include "wave/MyButton.h"
+
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+QString pairLetter(int group)
+{
+    return QChar(ushort('A' + group));
+}
+
+QString pairName(int group)
+{
+    const QString letter = pairLetter(group);
+    return letter + QStringLiteral("1-") + letter + QLatin1Char('2');
+}
+
+TimingMarkerPair::TimingMarkerPair(int group, QWidget *parent) : QWidget(parent), groupId(group)
+{
+    setAccessibleName(pairName(group));
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(dp(2));
+    buildLine();
+    buildDetail();
+    column->addLayout(line);
+    column->addWidget(detail);
+
+    connect(btnLocation, &QPushButton::clicked, this, &TimingMarkerPair::slotBtnLocationClicked);
+    connect(btnTiming1, &QPushButton::clicked, this, &TimingMarkerPair::slotTimingBtn1Clicked);
+    connect(btnTiming2, &QPushButton::clicked, this, &TimingMarkerPair::slotTimingBtn2Clicked);
+    connect(btnDeploy, &QPushButton::clicked, this, &TimingMarkerPair::slotBtnDeployClicked);
+    connect(btnRemove, &QPushButton::clicked, this, &TimingMarkerPair::slotBtnRemoveSetClicked);
+}
+
+void TimingMarkerPair::buildLine()
+{
+    const QString letter = pairLetter(groupId);
+    const QString first = letter + QLatin1Char('1');
+    const QString second = letter + QLatin1Char('2');
+    btnLocation = makeIconButton(QStringLiteral(":/res/icoTimingMarker"), ::tr("Zoom to the pair"), this);
+    btnTiming1 = makeTextButton(first, QStringLiteral("D2"), this); // the widest of all, so that the rows line up
+    btnTiming2 = makeTextButton(second, QStringLiteral("D2"), this);
+    pairTotal = new TimingMarkerTip(this);
+    pairTotal->setAccessibleDescription(pairName(groupId));
+    btnDeploy = makeExpandButton(this);
+    btnRemove = makeIconButton(QStringLiteral(":/res/btnRemove"), ::tr("Remove"), this);
+
+    line = new QHBoxLayout;
+    line->setContentsMargins(0, 0, 0, 0);
+    line->setSpacing(dp(2));
+    line->addWidget(btnLocation);
+    line->addWidget(makeSectionLabel(QStringLiteral("|"), this));
+    line->addWidget(btnTiming1);
+    line->addWidget(makeSectionLabel(QStringLiteral("-"), this));
+    line->addWidget(btnTiming2);
+    line->addWidget(makeSectionLabel(QStringLiteral("|"), this));
+    line->addWidget(makeSectionLabel(QStringLiteral("="), this));
+    line->addWidget(pairTotal, 1);
+    line->addWidget(btnDeploy);
+    line->addWidget(btnRemove);
+}
+
+void TimingMarkerPair::buildDetail()
+{
+    detail = new QWidget(this);
+    auto *grid = new QGridLayout(detail);
+    grid->setContentsMargins(sectionButtonSize() + dp(10), 0, 0, 0);
+    grid->setHorizontalSpacing(dp(4));
+    grid->setVerticalSpacing(dp(2));
+    grid->setColumnStretch(2, 1);
+    for (int marker = 0; marker < 2; ++marker) {
+        const QString name = pairLetter(groupId) + QString::number(marker + 1);
+        auto *time = new TimingMarkerTip(detail);
+        time->setAccessibleDescription(name);
+        grid->addWidget(makeSectionLabel(name, detail), marker, 0);
+        grid->addWidget(makeSectionLabel(QStringLiteral("@"), detail), marker, 1);
+        grid->addWidget(time, marker, 2);
+        times.append(time);
+    }
+}
+
+QWidget *TimingMarkerPair::followInTabOrder(QWidget *before)
+{
+    for (QWidget *next : {btnLocation, btnTiming1, btnTiming2, btnDeploy, btnRemove}) {
+        setTabOrder(before, next);
+        before = next;
+    }
+    return before;
+}
+
+void TimingMarkerPair::slotBtnLocationClicked()
+{
+    if (pairTotal->text() != unknownText()) {
+        emit locationClicked(2 * groupId);
+    }
+}
+
+void TimingMarkerPair::slotBtnDeployClicked()
+{
+    expanded = !expanded;
+    detail->setVisible(expanded);
+    showExpanded(*btnDeploy, expanded);
+}
+
+void TimingMarkerPair::slotBtnRemoveSetClicked()
+{
+    emit deleteClicked(groupId);
+}
+
+void TimingMarkerPair::slotTimingBtn1Clicked()
+{
+    clickMarker(2 * groupId);
+}
+
+void TimingMarkerPair::slotTimingBtn2Clicked()
+{
+    clickMarker(2 * groupId + 1);
+}
+
+void TimingMarkerPair::clickMarker(int marker)
+{
+    if (gDev->smpData->sampleCount() > 0) {
+        emit markerClicked(marker);
+    }
+}
