@@ -64,10 +64,10 @@ void NextEdge::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*optio
     painter->setBrush(QColor(255, 255, 255, 150));
     painter->drawRect(QRectF(half, half, width - s, height - s)); // the border lies within the item
 
-    // Centred in whole pixels, the strokes stay sharp under antialiasing.
-    const double centre = half - s / 2;
-    painter->setPen(QPen(gGreys[8], s, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    // A point is a square of one stroke: as a rectangle in whole pixels it stays sharp under antialiasing.
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(gGreys[8]);
     for (const QPoint &point : chevron({width, height}, goesBack, screenScale())) {
-        painter->drawPoint(QPointF(point) + QPointF(centre, centre));
+        painter->drawRect(point.x() - s / 2, point.y() - s / 2, s, s);
     }
 }
