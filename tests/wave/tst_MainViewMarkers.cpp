@@ -1,7 +1,6 @@
 #include "wave/CursorBody.h"
 #include "wave/CursorHandle.h"
 #include "wave/MainViewDesk.h"
-#include "wave/PulseRequests.h"
 #include "wave/TimeView.h"
 
 #include <QLineEdit>
@@ -30,20 +29,6 @@ struct Texts {
     bool operator==(const Texts &) const = default;
 };
 
-/// Counts for which pairs pulses are asked.
-class RequestLog : public PulseRequests {
-public:
-    RequestLog() { gPulseRequests = this; }
-    ~RequestLog() override { gPulseRequests = nullptr; }
-    [[nodiscard]] QStringList allRequests() const override { return {}; }
-    [[nodiscard]] QStringList requestsOfPair(int pairIndex) const override
-    {
-        pairs.append(pairIndex);
-        return {};
-    }
-    mutable QVector<int> pairs;
-};
-
 /// A main view with a ruler, joined as the main window joins them.
 class MarkerDesk : public MainViewDesk {
 public:
@@ -64,6 +49,8 @@ public:
                                  times[id] = {value, total};
                              }
                          });
+        QObject::connect(&view, &MainView::pulseMeasureChangedbyTimeMarker, &ruler,
+                         [this](int group) { recounts.append(group); });
         ruler.resize(waves->width(), dp(36));
     }
 
@@ -104,6 +91,7 @@ public:
 
     TimeView ruler{&gen};
     Changes changes;
+    QVector<int> recounts;  ///< pairs whose pulses were counted anew
     QVector<int> made;      ///< first ids of the pairs that the view has made
     QMap<int, Texts> times; ///< the last texts of each marker
 };
@@ -560,8 +548,7 @@ void TstMainViewMarkers::eachChangeOfAMarkerAsksForThePulsesOfItsPair()
 {
     MarkerDesk desk;
     desk.load(squareWave());
-    const RequestLog log;
-    const auto asked = [&log] { return std::exchange(log.pairs, {}); };
+    const auto asked = [&desk] { return std::exchange(desk.recounts, {}); };
     desk.move(250, quietY);
     desk.key(Qt::Key_3);
     QCOMPARE(asked(), (QVector<int>{1}));
@@ -579,10 +566,10 @@ void TstMainViewMarkers::aHoverAsksForNoPulses()
     MarkerDesk desk;
     desk.load(squareWave());
     desk.put(0, 250);
-    const RequestLog log;
+    desk.recounts.clear();
     desk.move(251, quietY);
     desk.move(300, quietY);
-    QVERIFY(log.pairs.isEmpty());
+    QVERIFY(desk.recounts.isEmpty());
 }
 
 void TstMainViewMarkers::markersKeepTheirSamplesWhenTheViewMoves()
