@@ -1,0 +1,8 @@
+#include "device/HostSystem.h"
+
+#include <QSysInfo>
+
+QString osName()
+{
+    return QSysInfo::prettyProductName();
+}
