@@ -1,0 +1,88 @@
+#include "panels/Options.h"
+
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "app/Language.h"
+#include "wave/Style.h"
+
+#include <QButtonGroup>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+namespace {
+
+// Ids of the choices: what is stored for them.
+constexpr int yes = 1;
+constexpr int no = 0;
+
+} // namespace
+
+Options::Options(QWidget *parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
+{
+    setWindowTitle(::tr("Options"));
+    setStyleSheet(messageBoxStyle() + groupBoxStyle() + checkBoxStyle() + pushButtonStyle());
+    auto *column = new QVBoxLayout(this);
+    column->setContentsMargins(dp(14), dp(10), dp(14), dp(12));
+    column->setSpacing(dp(8));
+
+    const QStringList onOff{::tr("Enable"), ::tr("Disable")};
+    m_update = addChoice(::tr("Check for updates on launch"), onOff, {no, yes},
+                         globalGet(QStringLiteral("disAutoUpdate")).toInt() != 0 ? yes : no);
+    m_animate = addChoice(::tr("Animate zooming"), onOff, {no, yes}, disAnimateZoom ? yes : no);
+    m_view = addChoice(::tr("View state after new sampling"),
+                       {::tr("Zoom all the way out"), ::tr("Show time zero, with previous zoom level"),
+                        ::tr("Keep exactly the same position as before (if possible)")},
+                       {1, 0, 2}, viewState == 1 || viewState == 2 ? viewState : 0);
+    m_colour = addChoice(::tr("Use channel color drawing waveform"), onOff, {yes, no}, colorWaveform ? yes : no);
+
+    auto *buttons = new QHBoxLayout;
+    buttons->setSpacing(dp(8));
+    buttons->addStretch(1);
+    auto *ok = new QPushButton(::tr("OK"), this);
+    auto *cancel = new QPushButton(::tr("Cancel"), this);
+    ok->setDefault(true);
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+    column->addStretch(1);
+    column->addLayout(buttons);
+    connect(ok, &QPushButton::clicked, this, &Options::accept);
+    connect(cancel, &QPushButton::clicked, this, &Options::reject);
+    // As large as its texts need, in any language.
+    column->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+QButtonGroup *Options::addChoice(const QString &title, const QStringList &texts, const QVector<int> &values,
+                                 int checked)
+{
+    const QString blanks = QStringLiteral("  ");
+    auto *box = new QGroupBox(blanks + title + blanks, this);
+    auto *column = new QVBoxLayout(box);
+    column->setContentsMargins(dp(10), dp(4), dp(10), dp(6));
+    column->setSpacing(dp(2));
+    auto *group = new QButtonGroup(box);
+    group->setExclusive(true);
+    for (int i = 0; i < texts.size(); ++i) {
+        auto *button = new QRadioButton(texts.at(i), box);
+        button->setChecked(values.at(i) == checked);
+        group->addButton(button, values.at(i));
+        column->addWidget(button);
+    }
+    layout()->addWidget(box);
+    return group;
+}
+
+void Options::accept()
+{
+    globalSet(QStringLiteral("disAutoUpdate"), QString::number(m_update->checkedId()));
+    disAnimateZoom = m_animate->checkedId() != 0;
+    globalSet(QStringLiteral("disAnimateZoom"), QString::number(m_animate->checkedId()));
+    viewState = m_view->checkedId();
+    globalSet(QStringLiteral("viewState"), QString::number(viewState));
+    colorWaveform = m_colour->checkedId() != 0;
+    globalSet(QStringLiteral("colorWaveform"), QString::number(m_colour->checkedId()));
+    QDialog::accept();
+}
