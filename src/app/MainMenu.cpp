@@ -1,63 +1,169 @@
 #include "app/MainMenu.h"
 
+#include "app/AboutLUX.h"
 #include "app/Config.h"
 #include "app/Globals.h"
-#include "app/Language.h"
-#include "app/ProgressJobDialog.h"
-#include "device/DevBase.h"
-#include "files/DataFile.h"
-#include "wave/NoticeBox.h"
+#include "panels/Options.h"
+#include "wave/MyButton.h"
 
-#include <QFileInfo>
-#include <QMessageBox>
-#include <QScopedValueRollback>
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QMetaMethod>
+#include <QProcess>
+#include <QPushButton>
 
-MainMenu::MainMenu(QWidget *parent) : QWidget(parent) {}
+namespace {
 
-void MainMenu::openFile(const QString &path)
+/// An ampersand would underline the letter behind it.
+QString plainEntry(QString text)
 {
-    if (m_loading) {
+    return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
+QString dotted(const QString &text)
+{
+    return text + QStringLiteral("...");
+}
+
+} // namespace
+
+MainMenu::MainMenu(QWidget *parent)
+    : QWidget(parent),
+      now([] { return QDateTime::currentDateTime(); }),
+      languages([] { return languageList(); }),
+      startProgram([](const QString &program) { return QProcess::startDetached(program, {}); }),
+      m_button(new MyButton(QIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this))
+{
+    m_button->setIconSize(QSize(dp(24), dp(24)));
+    m_button->setFixedSize(dp(36), dp(36));
+    m_button->setRadius(dp(4));
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(dp(4), dp(2), dp(2), dp(2));
+    row->addWidget(m_button);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    connect(m_button, &QPushButton::clicked, this, &MainMenu::slotMainMenuPopup);
+}
+
+void MainMenu::slotMainMenuPopup()
+{
+    if (m_menu == nullptr) {
+        buildMenu();
+    }
+    m_updateEntry->setEnabled(isSignalConnected(QMetaMethod::fromSignal(&MainMenu::checkUpdateWanted)));
+    // The press that closes the menu is not also one on what lies below it, such as the button that opens it again. Qt
+    // takes this back whenever the menu closes.
+    m_menu->setAttribute(Qt::WA_NoMouseReplay);
+    m_menu->popup(m_button->mapToGlobal(QPoint(m_button->width() - m_menu->sizeHint().width(), m_button->height())));
+}
+
+void MainMenu::buildMenu()
+{
+    m_menu = new QMenu(this);
+    m_menu->setAccessibleName(m_button->accessibleName());
+    addEntry(dotted(::tr("Open")), &MainMenu::actOpenFile, int(Qt::CTRL) | Qt::Key_O);
+    addEntry(dotted(::tr("Save Settings")), &MainMenu::actSaveSettings);
+    addEntry(dotted(::tr("Save Data")), &MainMenu::actSaveData, int(Qt::CTRL) | Qt::Key_S);
+    m_menu->addSeparator();
+    addExportMenu();
+    m_menu->addSeparator();
+    addLanguageMenu();
+    m_menu->addSeparator();
+    addEntry(dotted(::tr("Options")), &MainMenu::actOpenOptions);
+    m_menu->addSeparator();
+    addEntry(dotted(::tr("Check for updates")), &MainMenu::actCheckUpdate);
+    m_updateEntry = m_menu->actions().constLast();
+    addEntry(::tr("About") + QStringLiteral(" CorvanLUX..."), &MainMenu::actAboutLUX);
+    m_menu->addSeparator();
+    emit shortcutsTaken();
+}
+
+void MainMenu::addEntry(const QString &text, void (MainMenu::*slot)(), int key)
+{
+    QAction *action = m_menu->addAction(text, this, slot);
+    if (key == 0) {
         return;
     }
-    const QFileInfo info(path);
-    const bool isData = info.suffix() == QLatin1String("cxdat");
-    const bool isSettings = info.suffix() == QLatin1String("cxset");
-    QByteArray settings;
-    if (!info.isFile() || (!isData && !isSettings) || !configHeadOfFile(path, settings)) {
-        tellOpenFailed(path, QMessageBox::Warning);
+    action->setShortcut(QKeySequence(key));
+    action->setShortcutVisibleInContextMenu(true);
+    action->setAutoRepeat(false);
+    // The keys of a menu that hangs from no menu bar reach nobody, so the action belongs to the window as well.
+    window()->addAction(action);
+}
+
+void MainMenu::addExportMenu()
+{
+    QMenu *menu = m_menu->addMenu(::tr("Export Data"));
+    menu->addAction(::tr("Text file") + QStringLiteral(" (*.txt)"))->setData(2);
+    menu->addAction(::tr("CSV file") + QStringLiteral(" (*.csv)"))->setData(3);
+    menu->addAction(::tr("Binary file") + QStringLiteral(" (*.bin)"))->setData(4);
+    connect(menu, &QMenu::triggered, this, &MainMenu::slotExportMenuTrig);
+}
+
+void MainMenu::addLanguageMenu()
+{
+    QMenu *menu = m_menu->addMenu(dotted(::tr("Language")));
+    auto *group = new QActionGroup(menu);
+    group->setExclusive(true);
+    m_languages = languages();
+    const QString chosen = globalGet(QStringLiteral("userLang"));
+    for (int i = 0; i < m_languages.size(); ++i) {
+        QAction *action = menu->addAction(plainEntry(m_languages.at(i).name));
+        action->setData(i);
+        action->setCheckable(true);
+        group->addAction(action);
+        action->setChecked(m_languages.at(i).code == chosen);
+    }
+    connect(menu, &QMenu::triggered, this, &MainMenu::slotLangMenuTrig);
+}
+
+void MainMenu::slotLangMenuTrig(QAction *action)
+{
+    const LanguageInfo language = m_languages.value(action->data().toInt());
+    const QString key = QStringLiteral("userLang");
+    if (language.code == globalGet(key)) {
         return;
     }
-    // The rebind that follows reads gOpenFile for the title, so it is set before, and taken back if there is none. A
-    // settings file shows no data: the device object with the former capture goes away.
-    const QString formerFile = std::exchange(gOpenFile, isData ? path : QString());
-    if (!configReplace(settings)) {
-        gOpenFile = formerFile;
-        configLoad();
-        tellOpenFailed(path, QMessageBox::Warning);
-        return;
-    }
-    emit openSettingFile();
-    if (isData && !loadData(path, settings.size())) {
-        tellOpenFailed(path, QMessageBox::Warning);
+    globalSet(key, language.code);
+    if (askRestart(language.info)) {
+        restart();
     }
 }
 
-bool MainMenu::loadData(const QString &path, qint64 headSize)
+bool MainMenu::askRestart(const QString &text)
 {
-    const QScopedValueRollback<bool> loading(m_loading, true);
-    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
-    if (!job.loadData(path, headSize)) {
-        return false;
-    }
-    emit gDev->sigSmpDataReady();
-    return true;
+    QMessageBox box(QMessageBox::Information, QString(), text, QMessageBox::NoButton, window());
+    box.setTextFormat(Qt::PlainText); // it comes from a file
+    const QPushButton *restarts = box.addButton(::tr("OK"), QMessageBox::AcceptRole);
+    box.addButton(::tr("Cancel"), QMessageBox::RejectRole);
+    box.exec();
+    return box.clickedButton() == restarts;
 }
 
-void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind)
+void MainMenu::restart()
 {
-    if (gOpenFile == path && gDev->smpData->sampleCount() < 1) {
-        gOpenFile.clear();
-        emit openFileGone();
+    QApplication::closeAllWindows();
+    if (window()->isVisible()) {
+        return; // a window has refused to close: two programs would run
     }
-    showNotice(window(), kind, ::tr("An error occurred"), ::tr("File open failed.") + QStringLiteral("\r\n") + path);
+    // The settings are written once more when this program ends, which may be after the new one has read them.
+    configSave(configPath());
+    startProgram(QCoreApplication::applicationFilePath());
+}
+
+void MainMenu::actOpenOptions()
+{
+    Options(window()).exec();
+}
+
+void MainMenu::actCheckUpdate()
+{
+    emit checkUpdateWanted();
+}
+
+void MainMenu::actAboutLUX()
+{
+    AboutLUX(window()).exec();
 }

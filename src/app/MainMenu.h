@@ -1,38 +1,109 @@
 #pragma once
 
+#include "app/Language.h"
+
+#include <QDateTime>
 #include <QMessageBox>
+#include <QPointer>
+#include <QVector>
 #include <QWidget>
 
-/// The file actions: where the file formats meet the user. Main thread.
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+class DevBase;
+class MyButton;
+class QAction;
+class QMenu;
+
+/// The menu button with the program's only menu, and the file actions: where the file formats meet the user.
 ///
-/// Failures are told in a modal box titled "An error occurred"; the program goes on with what it has.
+/// Failures are told in a modal box titled "An error occurred"; the program goes on with what it has. Dialogs are modal
+/// and return to the event loop: a slot that shows one looks at `gDev` anew afterwards. Main thread.
 class MainMenu : public QWidget {
     Q_OBJECT
 public:
     explicit MainMenu(QWidget *parent = nullptr);
 
+    /// What the menu asks of the world; a test answers instead.
+    std::function<QDateTime()> now;
+    std::function<QVector<LanguageInfo>()> languages; ///< asked once, when the menu is built
+    /// Starts another program and does not wait for it. @return false if it did not start
+    std::function<bool(const QString &program)> startProgram;
+
+    /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary.
+    /// @return empty on cancel, and at once for another kind
+    [[nodiscard]] QString saveFileDialog(int kind);
+    /// Asks for the path of an existing file. @return empty on cancel
+    [[nodiscard]] QString openFileDialog();
+
     /// Opens a data file (.cxdat) or a settings file (.cxset); the common way of all sources after the start.
     /// Its settings replace the running ones first, so that the device object is remade before the data load into it.
-    /// Ignored while isLoading().
+    /// Ignored while isBusy().
     void openFile(const QString &path);
 
     /// Loads the binary part of `path`, which begins at `headSize`, into the current device's store, behind a progress
     /// dialog when the file is big. On success the device tells that its data is ready.
     [[nodiscard]] bool loadData(const QString &path, qint64 headSize);
 
-    /// True while a file's data load. Events are processed behind the progress dialog, and some pass the modal dialog
-    /// by, such as a drop or an instrument that is plugged in: `gDev` must stay, and no second load may begin.
-    [[nodiscard]] bool isLoading() const { return m_loading; }
+    /// True while a file is read or written. Events are processed behind the progress dialog, and some pass the modal
+    /// dialog by, such as a drop or an instrument that is plugged in: `gDev` must stay, and no second job may begin.
+    [[nodiscard]] bool isBusy() const { return m_busy; }
 
     /// Forgets `gOpenFile` if its data did not load, and tells so: "File open failed." and the path, in a modal box.
     void tellOpenFailed(const QString &path, QMessageBox::Icon kind);
+
+public slots:
+    void actOpenFile();
+    void actSaveSettings();
+    /// Asks for channels, range and path, and writes a data file. Without a complete capture it only says so.
+    void actSaveData();
+    /// The action's data is the kind of file: 2 text, 3 CSV, 4 binary.
+    void slotExportMenuTrig(QAction *action);
+    /// The action's data is the language's place in the list. Takes effect at the next start, which it offers.
+    void slotLangMenuTrig(QAction *action);
+    void actOpenOptions();
+    void actCheckUpdate();
+    void actAboutLUX();
+    /// Pops up the menu, which the first call builds.
+    void slotMainMenuPopup();
 
 signals:
     /// The config document has been replaced.
     void openSettingFile();
     /// The file that the title names shows no data.
     void openFileGone();
+    /// The menu's actions have their keys from now on: whoever answered them until then lets go, since a key with two
+    /// owners reaches neither.
+    void shortcutsTaken();
+    /// The user asks for a newer version. The entry is enabled only while somebody listens.
+    void checkUpdateWanted();
 
 private:
-    bool m_loading = false;
+    /// What of the capture is written.
+    struct Selection {
+        std::vector<std::uint8_t> channels; ///< one flag per digital channel
+        double start = 0;                   ///< samples
+        double end = 0;                     ///< samples
+    };
+
+    void buildMenu();
+    void addEntry(const QString &text, void (MainMenu::*slot)(), int key = 0);
+    void addExportMenu();
+    void addLanguageMenu();
+    [[nodiscard]] bool askRestart(const QString &text);
+    void restart();
+
+    void tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind);
+    /// Asks what to write and where. @return the path; empty if cancelled, or without a capture, which `noData` tells
+    [[nodiscard]] QString askTarget(int kind, const QString &noData, Selection &selection);
+    [[nodiscard]] bool writeData(const QString &path, const Selection &selection);
+    [[nodiscard]] bool writeExport(int kind, const QString &path, const Selection &selection);
+
+    MyButton *m_button;
+    QMenu *m_menu = nullptr;
+    QAction *m_updateEntry = nullptr;
+    QVector<LanguageInfo> m_languages;
+    bool m_busy = false;
 };

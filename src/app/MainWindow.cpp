@@ -111,7 +111,6 @@ void MainWindow::buildPanels()
     waveGen = new WaveDataGen(this);
     toolbar = new Toolbar(this);
     mainMenu = new MainMenu(this);
-    mainMenu->hide();
     devSetting = new DevSetting(this);
     timeView = new TimeView(waveGen, this);
     posiView = new PosiView(this);
@@ -170,6 +169,7 @@ void MainWindow::buildGrid()
     grid->setContentsMargins(dp(2), 0, dp(2), dp(2));
     grid->setSpacing(0);
     grid->addWidget(toolbarScroll, 0, 0, 1, 3);
+    grid->addWidget(mainMenu, 0, 3);
     grid->addWidget(devSetting, 1, 0);
     grid->addWidget(timeView, 1, 1);
     grid->addWidget(mainView, 2, 0, 1, 2);
@@ -182,10 +182,22 @@ void MainWindow::buildGrid()
 
 void MainWindow::buildShortcuts()
 {
-    auto *start = new QShortcut(QKeySequence(Qt::Key_F5), this);
-    start->setAutoRepeat(false);
-    connect(start, &QShortcut::activated, toolbar, &Toolbar::slotShortcutF5);
-    shortcuts.append(start);
+    const auto add = [this](int key) {
+        auto *shortcut = new QShortcut(QKeySequence(key), this);
+        shortcut->setAutoRepeat(false);
+        shortcuts.append(shortcut);
+        return shortcut;
+    };
+    QShortcut *open = add(int(Qt::CTRL) | Qt::Key_O);
+    QShortcut *save = add(int(Qt::CTRL) | Qt::Key_S);
+    connect(open, &QShortcut::activated, mainMenu, &MainMenu::actOpenFile);
+    connect(save, &QShortcut::activated, mainMenu, &MainMenu::actSaveData);
+    connect(add(Qt::Key_F5), &QShortcut::activated, toolbar, &Toolbar::slotShortcutF5);
+    // A key of two owners reaches neither: the menu's actions have these two once they exist.
+    connect(mainMenu, &MainMenu::shortcutsTaken, this, [open, save] {
+        open->setEnabled(false);
+        save->setEnabled(false);
+    });
 }
 
 void MainWindow::showModelTitle()
@@ -250,7 +262,7 @@ void MainWindow::replaceDevice(int model)
 
 void MainWindow::slotDevPreConnect(int model)
 {
-    if (model == gDev->model || mainMenu->isLoading()) {
+    if (model == gDev->model || mainMenu->isBusy()) {
         return;
     }
     replaceDevice(model);
@@ -260,7 +272,7 @@ void MainWindow::slotDevPreConnect(int model)
 
 void MainWindow::slotReplaceConfig()
 {
-    if (mainMenu->isLoading()) {
+    if (mainMenu->isBusy()) {
         return;
     }
     stopStartTimer(); // what was named at the start has been overtaken

@@ -153,7 +153,23 @@ QString menuStyle()
                   "QMenu::item{padding:#4# #26# #4# #26#;background:transparent;}"
                   "QMenu::item:selected{background-color:@5;}"
                   "QMenu::item:disabled{color:@4;}"
+                  "QMenu::indicator{width:#8#;height:#8#;left:#8#;border-radius:#2#;}"
+                  "QMenu::indicator:checked{background-color:@1;}"
+                  "QMenu::indicator:exclusive:checked{border-radius:#4#;}"
+                  "QMenu::right-arrow{width:#10#;height:#10#;right:#6#;}"
                   "QMenu::separator{height:#1#;background-color:@5;margin:#2# #8#;}");
+}
+
+QString fileDialogStyle()
+{
+    return filled("QListView,QTreeView{background-color:@8;color:@0;border:#1# solid @4;outline:0;"
+                  "selection-background-color:@5;selection-color:@0;}"
+                  "QListView:focus,QTreeView:focus{border-color:@0;}"
+                  "QListView::item,QTreeView::item{min-height:#20#;}"
+                  "QListView::item:selected,QTreeView::item:selected{background-color:@5;color:@0;}"
+                  "QHeaderView{background-color:@7;}"
+                  "QHeaderView::section{background-color:@7;color:@0;border:0;border-right:#1# solid @5;"
+                  "padding:#2# #6#;}");
 }
 
 QString messageBoxStyle()

@@ -27,6 +27,8 @@ class QFontMetrics;
 [[nodiscard]] QString toolTipStyle();
 [[nodiscard]] QString menuStyle();
 [[nodiscard]] QString messageBoxStyle();
+/// The lists of Qt's own file dialog, which is shown where the system has none. Not part of programStyle().
+[[nodiscard]] QString fileDialogStyle();
 /// The light panel of MenuDialog with the forms in it.
 [[nodiscard]] QString menuDialogStyle();
 

@@ -52,6 +52,8 @@ void TstMainWindowFrame::thePanelsStandInTheirPlacesOfTheGrid()
         return QRect(column, row, columns, rows);
     };
     QCOMPARE(cells(m_window->findChild<QScrollArea *>()), QRect(0, 0, 3, 1));
+    QCOMPARE(cells(m_window->findChild<MainMenu *>()), QRect(3, 0, 1, 1));
+    QVERIFY(m_window->findChild<MainMenu *>()->isVisible());
     QCOMPARE(cells(m_window->findChild<DevSetting *>()), QRect(0, 1, 1, 1));
     QCOMPARE(cells(m_window->findChild<TimeView *>()), QRect(1, 1, 1, 1));
     QCOMPARE(cells(m_window->findChild<MainView *>()), QRect(0, 2, 2, 1));

@@ -1,0 +1,127 @@
+#include "app/FileDialogs.h"
+
+#include "app/Config.h"
+#include "app/Language.h"
+#include "wave/Style.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+namespace FileDialogs {
+
+namespace {
+
+QString lastPathKey()
+{
+    return QStringLiteral("lastPath");
+}
+
+/// The directory of the file is the dialog's, unless the user has typed another one.
+QString taken(const QString &path)
+{
+    const QString directory = QFileInfo(path).absolutePath();
+    if (directory != globalGet(lastPathKey())) {
+        globalSet(lastPathKey(), directory);
+    }
+    return path;
+}
+
+QString chosenFile(const QFileDialog &dialog)
+{
+    const QStringList files = dialog.selectedFiles();
+    return files.isEmpty() ? QString() : files.constFirst();
+}
+
+bool mayReplace(QWidget *parent, const QString &path)
+{
+    if (!QFileInfo(path).isFile()) {
+        return true;
+    }
+    QMessageBox box(QMessageBox::Warning, ::tr("Save File"),
+                    ::tr("The file already exists. Do you want to replace it?") + QStringLiteral("\r\n") + path,
+                    QMessageBox::NoButton, parent);
+    box.setTextFormat(Qt::PlainText);
+    const QPushButton *replace = box.addButton(::tr("Replace"), QMessageBox::AcceptRole);
+    box.setDefaultButton(box.addButton(::tr("Cancel"), QMessageBox::RejectRole));
+    box.exec();
+    return box.clickedButton() == replace;
+}
+
+} // namespace
+
+SaveKind saveKind(int kind)
+{
+    switch (kind) {
+    case 0:
+        return {::tr("Save Data"), ::tr("LUX data file") + QStringLiteral(" (*.cxdat)"), QStringLiteral("cxdat")};
+    case 1:
+        return {::tr("Save Settings"), ::tr("LUX settings file") + QStringLiteral(" (*.cxset)"),
+                QStringLiteral("cxset")};
+    case 2:
+        return {::tr("Export Data"), ::tr("Text file") + QStringLiteral(" (*.txt)"), QStringLiteral("txt")};
+    case 3:
+        return {::tr("Export Data"), ::tr("CSV file") + QStringLiteral(" (*.csv)"), QStringLiteral("csv")};
+    case 4:
+        return {::tr("Export Data"), ::tr("Binary file") + QStringLiteral(" (*.bin)"), QStringLiteral("bin")};
+    default:
+        return {};
+    }
+}
+
+QString proposedName(const QDateTime &time)
+{
+    return time.toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss"));
+}
+
+QString startDirectory()
+{
+    const QString last = globalGet(lastPathKey());
+    if (!last.isEmpty() && QFileInfo(last).isDir()) {
+        return last;
+    }
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
+QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
+{
+    const SaveKind file = saveKind(kind);
+    if (file.suffix.isEmpty()) {
+        return {};
+    }
+    QFileDialog dialog(parent, file.title, startDirectory(), file.filter);
+    dialog.setStyleSheet(fileDialogStyle());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setViewMode(QFileDialog::Detail);
+    dialog.setDefaultSuffix(file.suffix);
+    // A system's dialog asks about the name that was typed, without the suffix that is added behind: asked here.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.selectFile(proposedName(now));
+    while (dialog.exec() == QDialog::Accepted) {
+        const QString path = chosenFile(dialog);
+        if (path.isEmpty() || mayReplace(parent, path)) {
+            return path.isEmpty() ? path : taken(path);
+        }
+    }
+    return {};
+}
+
+QString askOpenPath(QWidget *parent)
+{
+    QFileDialog dialog(parent, ::tr("Open"), startDirectory(),
+                       ::tr("LUX file") + QStringLiteral(" (*.cxset *cxdat)")); // as it stands, without a second dot
+    dialog.setStyleSheet(fileDialogStyle());
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    if (dialog.exec() != QDialog::Accepted) {
+        return {};
+    }
+    const QString path = chosenFile(dialog);
+    return path.isEmpty() ? path : taken(path);
+}
+
+} // namespace FileDialogs

