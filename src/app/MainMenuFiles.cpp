@@ -27,7 +27,7 @@ QString MainMenu::openFileDialog()
 
 void MainMenu::actOpenFile()
 {
-    const QString path = openFileDialog();
+    const QString path = m_busy ? QString() : openFileDialog();
     if (!path.isEmpty()) {
         openFile(path);
     }
@@ -143,8 +143,7 @@ bool MainMenu::writeData(const QString &path, const Selection &selection)
         return false;
     }
     job.setRange(selection.start, selection.end);
-    const bool small = job.edgeTotal() < DataFile::backgroundSaveEntries;
-    return small ? job.saveData() : job.runWithDialog(DataFile::Mode::SaveData);
+    return job.runJob(DataFile::Mode::SaveData);
 }
 
 void MainMenu::slotExportMenuTrig(QAction *action)
@@ -157,7 +156,17 @@ void MainMenu::slotExportMenuTrig(QAction *action)
     }
 }
 
-bool MainMenu::writeExport(int, const QString &, const Selection &)
+bool MainMenu::writeExport(int kind, const QString &path, const Selection &selection)
 {
-    return false;
+    const QScopedValueRollback<bool> busy(m_busy, true);
+    const bool binary = kind == 4;
+    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
+    job.chnSelect = selection.channels.data();
+    job.file.setFileName(path);
+    const QIODevice::OpenMode text = binary ? QIODevice::NotOpen : QIODevice::Text;
+    if (!job.file.open(QIODevice::WriteOnly | QIODevice::Truncate | text)) {
+        return false;
+    }
+    job.setRange(selection.start, selection.end);
+    return job.runJob(binary ? DataFile::Mode::ExportBinary : DataFile::Mode::ExportText);
 }
