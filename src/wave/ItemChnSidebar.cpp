@@ -1,22 +1,86 @@
 #include "wave/ItemChnSidebar.h"
 
 #include "app/Globals.h"
+#include "app/Language.h"
+#include "wave/LabelMove.h"
+#include "wave/MyButton.h"
+#include "wave/Style.h"
 
+#include <QFontInfo>
+#include <QFrame>
 #include <QGridLayout>
-#include <QLabel>
+#include <QLineEdit>
 #include <QLinearGradient>
 #include <QPainter>
 
-#include <cmath>
+#include <array>
 
 namespace {
 
-QString labelStyle(const QColor &text)
+constexpr int risingEdge = 3;
+constexpr int fallingEdge = 4;
+/// Letters of a name. All names of all channels have to fit in the head of a data file, which is read to 32,768 bytes.
+constexpr int nameLimit = 200;
+
+/// The buttons of the trigger, from left to right.
+struct Trigger {
+    int code;
+    const char *icon;
+};
+constexpr std::array<Trigger, 4> triggers{{{risingEdge, ":/res/btnPosEdge"},
+                                           {2, ":/res/btnHighLevel"},
+                                           {fallingEdge, ":/res/btnNegEdge"},
+                                           {1, ":/res/btnLowLevel"}}};
+
+QString triggerText(int code)
 {
-    return QStringLiteral("QLabel{border:0;background-color:transparent;color:%1;}").arg(text.name());
+    switch (code) {
+    case risingEdge:
+        return ::tr("Rising edge trigger");
+    case fallingEdge:
+        return ::tr("Falling edge trigger");
+    case 2:
+        return ::tr("High level trigger");
+    default:
+        return ::tr("Low level trigger");
+    }
 }
 
-/// Small enough for two digits in the number's column, whatever the application's font.
+/// The side of a small button, and the height of the controls in the first line.
+int lineHeight()
+{
+    return 2 * uiScale() + dp(16);
+}
+
+int triggerWidth()
+{
+    return (uiScale() + 2 * dp(16)) * 2;
+}
+
+/// The font, made smaller where it would not fit: the lowest row has the same height whatever the application's font.
+QFont atMost(QFont font, int pixels)
+{
+    if (QFontInfo(font).pixelSize() > pixels) {
+        font.setPixelSize(pixels);
+    }
+    return font;
+}
+
+/// The largest font of at most 12 units in which a default name of two digits fits, but not below 9 units.
+QFont nameFont(QFont font, int room)
+{
+    const QString longest = ::tr("Channel") + QStringLiteral(" 00");
+    font = atMost(font, dp(12));
+    for (int pixels = QFontInfo(font).pixelSize(); pixels > dp(9); --pixels) {
+        font.setPixelSize(pixels);
+        if (QFontMetrics(font).horizontalAdvance(longest) <= room) {
+            break;
+        }
+    }
+    return font;
+}
+
+/// Small enough for two digits in the number's column.
 QFont numberFont(QFont font)
 {
     font.setPixelSize(dp(11));
@@ -24,54 +88,45 @@ QFont numberFont(QFont font)
     return font;
 }
 
-/// A colour channel's share of light, linear, by the sRGB transfer function (IEC 61966-2-1).
-double linear(double value)
+/// A small button without a face of its own.
+void dressFlat(MyButton &button)
 {
-    return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-}
-
-/// Relative luminance, 0 to 1 (WCAG 2.1).
-double luminance(const QColor &color)
-{
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    button.faceColor = Qt::transparent;
+    button.hoverColor = gGreys.value(5);
+    button.checkedColor = gGreys.value(9);
+    button.setIconSize(QSize(dp(16), dp(16)));
 }
 
 } // namespace
-
-QColor readableOn(const QColor &ground)
-{
-    // The contrast of two luminances is (lighter + 0.05) / (darker + 0.05).
-    const double light = luminance(ground) + 0.05;
-    return light / 0.05 >= 1.05 / light ? QColor(Qt::black) : QColor(Qt::white);
-}
 
 ItemChnSidebar::ItemChnSidebar(int channel, int row, int multiplier, QWidget *parent)
     : QWidget(parent),
       chnIndex(channel),
       showIndex(row),
       showMultip(multiplier),
-      numberLabel(new QLabel(QString::number(channel), this)),
-      nameLabel(new QLabel(this)),
-      analyzerLabel(new QLabel(this)),
+      numberLabel(new LabelMove(channel, this)),
+      nameEdit(new QLineEdit(this)),
+      settingBtn(new MyButton(this)),
+      trigFrame(new QFrame(this)),
+      analyzerEdit(new QLineEdit(this)),
       layout(new QGridLayout(this))
 {
     setFixedWidth(dp(190));
-    numberLabel->setObjectName(QStringLiteral("number"));
-    numberLabel->setFixedWidth(dp(18));
-    numberLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    numberLabel->setContentsMargins(0, 0, uiScale(), 0);
-    numberLabel->setFont(numberFont(font()));
-    numberLabel->setStyleSheet(labelStyle(readableOn(chnColor())));
-    nameLabel->setObjectName(QStringLiteral("name"));
-    nameLabel->setStyleSheet(labelStyle(gGreys[0]));
-    nameLabel->setTextFormat(Qt::PlainText);
-    analyzerLabel->setObjectName(QStringLiteral("analyzer"));
-    analyzerLabel->setFont(gFontSmall);
-    analyzerLabel->setStyleSheet(labelStyle(gGreys[2]));
-    analyzerLabel->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    analyzerLabel->setTextFormat(Qt::PlainText);
+    buildNumber();
+    buildName();
+    buildSetting();
+    buildTrigger();
+    buildAnalyzer();
     buildGrid();
-    setAnalyzerLabel(QString());
+    for (QWidget *stop : tabStops()) {
+        stop->installEventFilter(this);
+    }
+}
+
+ItemChnSidebar::~ItemChnSidebar()
+{
+    // A field that goes away gives up its focus: that is no end of an edit.
+    nameEdit->disconnect(this);
 }
 
 QColor ItemChnSidebar::chnColor() const
@@ -79,38 +134,121 @@ QColor ItemChnSidebar::chnColor() const
     return gChnColors[chnIndex % gChnColors.size()];
 }
 
+QString ItemChnSidebar::defaultName() const
+{
+    return ::tr("Channel") + QLatin1Char(' ') + QString::number(chnIndex);
+}
+
+QString ItemChnSidebar::spoken(const QString &control) const
+{
+    return defaultName() + QStringLiteral(", ") + control;
+}
+
+int ItemChnSidebar::nameRoom()
+{
+    const int controls = dp(18) + lineHeight() + triggerWidth() + 4 * dp(3);
+    return dp(190) - controls - 2 * dp(5); // less the field's own margins
+}
+
+void ItemChnSidebar::buildNumber()
+{
+    numberLabel->setObjectName(QStringLiteral("number"));
+    numberLabel->setFixedWidth(dp(18));
+    numberLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    numberLabel->setContentsMargins(0, 0, uiScale(), 0);
+    numberLabel->setFont(numberFont(font()));
+    numberLabel->setAccessibleName(spoken(::tr("Drag to move")));
+    numberLabel->setToolTip(::tr("Drag to move") + QStringLiteral(" (Ctrl+\u2191, Ctrl+\u2193)"));
+}
+
+void ItemChnSidebar::buildName()
+{
+    nameEdit->setObjectName(QStringLiteral("name"));
+    nameEdit->setFont(nameFont(font(), nameRoom()));
+    nameEdit->setStyleSheet(lineEditStyle() + QStringLiteral("QLineEdit{padding:0 %1px;}").arg(dp(2)));
+    nameEdit->setMaxLength(nameLimit);
+    nameEdit->setFixedHeight(lineHeight());
+    nameEdit->setAccessibleName(spoken(::tr("Name")));
+    setChnName(defaultName());
+    connect(nameEdit, &QLineEdit::editingFinished, this, &ItemChnSidebar::leChnNameChangedSlot);
+}
+
+void ItemChnSidebar::buildSetting()
+{
+    settingBtn->setObjectName(QStringLiteral("setting"));
+    settingBtn->setIcon(QIcon(QStringLiteral(":/res/btnSetting")));
+    dressFlat(*settingBtn);
+    settingBtn->setRadius(dp(3));
+    settingBtn->setFixedSize(lineHeight(), lineHeight());
+    settingBtn->setToolTip(::tr("Channel Height"));
+    settingBtn->setAccessibleName(spoken(::tr("Channel Height")));
+    connect(settingBtn, &QPushButton::clicked, this, &ItemChnSidebar::openMenuDig);
+}
+
+void ItemChnSidebar::buildTrigger()
+{
+    trigFrame->setObjectName(QStringLiteral("trigger"));
+    trigFrame->setFixedSize(triggerWidth(), lineHeight());
+    trigFrame->setStyleSheet(
+        QStringLiteral("#trigger{background-color:%1;border:%2px solid %3;border-radius:%4px;}")
+            .arg(gGreys[7].name(), QString::number(uiScale()), gGreys[4].name(), QString::number(dp(3) + uiScale())));
+    for (int i = 0; i < int(triggers.size()); ++i) {
+        trigBtns.append(addTrigger(i));
+    }
+    trigBtns.first()->radii.topLeft = trigBtns.first()->radii.bottomLeft = dp(3);
+    trigBtns.last()->radii.topRight = trigBtns.last()->radii.bottomRight = dp(3);
+}
+
+MyButton *ItemChnSidebar::addTrigger(int place)
+{
+    const auto [code, icon] = triggers[std::size_t(place)];
+    const QString path = QLatin1String(icon);
+    auto *button = new MyButton(QIcon(path), triggerText(code), trigFrame);
+    dressFlat(*button);
+    button->checkedIcon = QIcon(path + QStringLiteral("_s"));
+    button->value = code;
+    button->setObjectName(path.section(QLatin1Char('/'), -1));
+    button->setAccessibleName(spoken(triggerText(code)));
+    button->setGeometry(uiScale() + place * dp(16), uiScale(), dp(16), dp(16));
+    connect(button, &QPushButton::clicked, this, &ItemChnSidebar::slotTrigMouseClicked);
+    return button;
+}
+
+void ItemChnSidebar::buildAnalyzer()
+{
+    analyzerEdit->setObjectName(QStringLiteral("analyzer"));
+    analyzerEdit->setEnabled(false);
+    analyzerEdit->setFocusPolicy(Qt::NoFocus);
+    analyzerEdit->setFont(atMost(gFontSmall, dp(11)));
+    analyzerEdit->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    analyzerEdit->setStyleSheet(QStringLiteral("QLineEdit{border:0; background-color:transparent; color:#afafaf;}"));
+    // It takes what the lowest row leaves below the name.
+    analyzerEdit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    analyzerEdit->setMinimumHeight(1);
+    analyzerEdit->setTextMargins(0, -1, 0, 0); // takes back the field's own margin
+}
+
 void ItemChnSidebar::buildGrid()
 {
     layout->setSpacing(dp(3));
     layout->setContentsMargins(0, dp(3) + uiScale(), dp(3), dp(3));
     layout->addWidget(numberLabel, 0, 0, 2, 1);
-    layout->addWidget(nameLabel, 0, 1);
-    layout->addWidget(analyzerLabel, 1, 1);
+    layout->addWidget(nameEdit, 0, 1);
+    layout->addWidget(settingBtn, 0, 2);
+    layout->addWidget(trigFrame, 0, 3);
+    layout->addWidget(analyzerEdit, 1, 1, 1, 3);
+    layout->setRowStretch(0, 0);
+    layout->setRowStretch(1, 1);
     layout->setColumnStretch(1, 1);
 }
 
-void ItemChnSidebar::setChnName(const QString &name)
+QVector<QWidget *> ItemChnSidebar::tabStops() const
 {
-    showElided(*nameLabel, name);
-}
-
-void ItemChnSidebar::setAnalyzerLabel(const QString &label)
-{
-    analyzerLabel->setVisible(!label.isEmpty());
-    // Alone, the name stands in the middle of the row; a label below it takes what the name leaves.
-    layout->setRowStretch(0, label.isEmpty() ? 1 : 0);
-    layout->setRowStretch(1, label.isEmpty() ? 0 : 1);
-    showElided(*analyzerLabel, label);
-    analyzerLabel->setToolTip(label.toHtmlEscaped());
-}
-
-void ItemChnSidebar::showElided(QLabel &label, const QString &text)
-{
-    const int room = dp(190) - dp(18) - 2 * dp(3);
-    const QString shown = label.fontMetrics().elidedText(text, Qt::ElideRight, room);
-    label.setText(shown);
-    // Escaped, since a tool tip guesses whether its text is rich.
-    label.setToolTip(shown == text ? QString() : text.toHtmlEscaped());
+    QVector<QWidget *> stops{numberLabel, nameEdit, settingBtn};
+    for (MyButton *button : trigBtns) {
+        stops.append(button);
+    }
+    return stops;
 }
 
 void ItemChnSidebar::paintEvent(QPaintEvent * /*event*/)

@@ -1,45 +1,94 @@
 #pragma once
 
 #include <QColor>
+#include <QVector>
 #include <QWidget>
 
+class LabelMove;
+class MyButton;
+class QAction;
+class QFrame;
 class QGridLayout;
-class QLabel;
+class QLineEdit;
+class QMenu;
 
-/// Black or white, whichever can be read better on `ground`.
-[[nodiscard]] QColor readableOn(const QColor &ground);
-
-/// What stands to the left of a digital channel's row: the channel's number on its colour, its name, and the name of
-/// the decoder that uses it.
+/// What stands to the left of a digital channel's row: the channel's number on its colour, its name, the button of the
+/// height menu, four trigger buttons, and the name of the decoder that uses it.
 ///
-/// Placed by the main view, which also decides its height. GUI thread.
+/// Name and trigger are stored at once, in the configuration and in `gDev`. Place and height are the main view's: it
+/// owns the widget and moves it. GUI thread.
 class ItemChnSidebar : public QWidget {
     Q_OBJECT
 public:
     ItemChnSidebar(int channel, int row, int multiplier, QWidget *parent);
+    ~ItemChnSidebar() override;
 
     [[nodiscard]] int channel() const { return chnIndex; }
     [[nodiscard]] int row() const { return showIndex; }         ///< 0 is the topmost
     [[nodiscard]] int multiplier() const { return showMultip; } ///< 1 to 15
+    void setRow(int row) { showIndex = row; }
+    void setMultiplier(int multiplier) { showMultip = multiplier; }
+    /// The number, by which the row is moved.
+    [[nodiscard]] LabelMove *handle() const { return numberLabel; }
+    /// The controls in the order of Tab.
+    [[nodiscard]] QVector<QWidget *> tabStops() const;
 
-    /// Shown beside the number; cut with an ellipsis where it does not fit, and then whole as the tool tip.
+    /// Shows a name; what does not fit is in the tool tip. Line ends and control characters are shown as blanks.
     void setChnName(const QString &name);
     /// Shown below the name; empty for none.
     void setAnalyzerLabel(const QString &label);
+    /// Shows the trigger: 1 low level, 2 high level, 3 rising edge, 4 falling edge, any other none. Stores nothing.
+    void setTrigCode(int code);
+    /// Name, row, height and trigger as of a fresh installation. Stores name and trigger.
+    void reset();
+
+public slots:
+    void slotTrigMouseClicked();
+    /// The name has been edited. While the field has the focus this gives it away, which calls it once more.
+    void leChnNameChangedSlot();
+    /// Pops up the height menu: at the pointer, or below the button if that was pressed by key.
+    void openMenuDig();
+    void createMenu();
+
+signals:
+    /// An edge has been chosen: the device has cleared all others.
+    void trigEdgeChanged();
+    /// An entry of the height menu. Its data are 1, 2, 4, 8, or 9 for the reset of all channels.
+    void trigerMenu(QAction *action);
+    /// Tab has brought the focus to `control`, which may be outside of the visible part of the column.
+    void reachedByKey(QWidget *control);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void buildNumber();
+    void buildName();
+    void buildSetting();
+    void buildAnalyzer();
+    void buildTrigger();
+    MyButton *addTrigger(int place);
     void buildGrid();
     [[nodiscard]] QColor chnColor() const;
-    void showElided(QLabel &label, const QString &text);
+    [[nodiscard]] QString defaultName() const;
+    /// Pixels that a name may take without being cut.
+    [[nodiscard]] static int nameRoom();
+    /// What a screen reader tells of a control.
+    [[nodiscard]] QString spoken(const QString &control) const;
+    void storeName();
+    bool nameEvent(QEvent *event);
 
-    const int chnIndex;   ///< physical channel
-    const int showIndex;  ///< row position
-    const int showMultip; ///< height factor
-    QLabel *numberLabel;
-    QLabel *nameLabel;
-    QLabel *analyzerLabel;
+    const int chnIndex; ///< physical channel
+    int showIndex;      ///< row position
+    int showMultip;     ///< height factor
+    QString m_name;     ///< the name as it is stored and shown, to tell what was edited
+    LabelMove *numberLabel;
+    QLineEdit *nameEdit;
+    MyButton *settingBtn;
+    QFrame *trigFrame;
+    QLineEdit *analyzerEdit;
     QGridLayout *layout;
+    QVector<MyButton *> trigBtns; ///< rising edge, high level, falling edge, low level
+    QMenu *menu = nullptr;        ///< made at first use
 };

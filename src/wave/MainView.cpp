@@ -64,6 +64,8 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
 
 MainView::~MainView()
 {
+    m_drag = {};
+    qDeleteAll(chnSidebars); // as children of this widget they would go, and tell of it, when this is no view any more
     gMainView = nullptr;
 }
 
@@ -128,11 +130,13 @@ void MainView::rebuildChannels()
     for (int chn = 0; chn < count; ++chn) {
         buildChannel(chn, rows[chn], validMultiplier(multipliers[chn]));
     }
+    orderTabs();
     layoutRows();
 }
 
 void MainView::removeChannels()
 {
+    m_drag = {};
     hideHover();
     nextEdge->hide();
     removeMarkers();
@@ -151,7 +155,8 @@ void MainView::buildChannel(int chn, int row, int multiplier)
     if (gDecodedSource != nullptr) {
         sidebar->setAnalyzerLabel(gDecodedSource->chnLabel(chn));
     }
-    sidebar->show();
+    sidebar->setTrigCode(gDev->chnTrig.value(chn));
+    connectSidebar(sidebar);
     chnSidebars.append(sidebar);
 
     waveBackgrounds.append(new ItemWaveBackground(chn));
@@ -194,6 +199,7 @@ void MainView::placeRow(int chn)
     const int top = m_rows.tops[row];
     const QSize size(waveView->width(), m_rows.heights[row]);
     chnSidebars[chn]->setGeometry(0, top, dp(sidebarWidth), size.height());
+    chnSidebars[chn]->setVisible(size.height() > 0); // what has no place must not take the focus
     waveBackgrounds[chn]->setSize(size);
     waveBackgrounds[chn]->setPos(0, top);
     waveLines[chn]->setSize(size);
@@ -257,6 +263,7 @@ void MainView::clearForNewData()
 
 void MainView::slotChnEnaChanged()
 {
+    slotChnTrigEdgeChanged(); // a channel that is off has lost its trigger
     layoutRows();
     slotPulseMeasureInfoChanged();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "wave/ChannelLayout.h"
+#include "wave/RowDrag.h"
 #include "wave/TimeAxis.h"
 #include "wave/TimeMarkers.h"
 
@@ -19,6 +20,7 @@ class ItemWaveArrow;
 class ItemWaveBackground;
 class ItemWaveLine;
 class NextEdge;
+class QAction;
 class QFrame;
 class QGraphicsScene;
 class QHBoxLayout;
@@ -70,6 +72,12 @@ public slots:
     /// A decoder was added, removed or changed. `labels` names channel and decoder; lists of any other length than the
     /// channel count change no label.
     void slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &labels);
+    /// A channel's trigger has been chosen, and the device may have cleared others: shows them all.
+    void slotChnTrigEdgeChanged();
+    /// An entry of the sending sidebar's height menu.
+    void slotChnTrigerMenu(QAction *action);
+    /// A channel's number was pressed (`mouseFlag` 1), moved by `offsetY` device pixels since then (3) or released (2).
+    void slotChnMove(int mouseFlag, int movedPhyIndex, int offsetY);
     /// There is more decoded data to show.
     void slotUpdateAnalyzerDecoded();
     /// Brings the wave view's vertical scroll bar in line with the sidebars'.
@@ -140,6 +148,19 @@ private:
     void setAnalogTimeWidth(int oldWidth, int deviceWidth);
     [[nodiscard]] std::vector<ChannelRow> channelRows() const;
 
+    // rows as the user arranges them
+    void connectSidebar(ItemChnSidebar *sidebar);
+    void dragRow(int offsetY);
+    void dropRow(int offsetY);
+    void moveRowByKey(int chn, int step);
+    /// Hands the order of `m_chns` to the sidebars.
+    void takeOrder();
+    void storeOrder();
+    /// What points at a row points at another one now.
+    void rowsMoved();
+    /// Tab walks the sidebars from top to bottom.
+    void orderTabs();
+
     // input
     [[nodiscard]] bool canMoveTime() const;
     void zoomAboutMiddle(int flag);
@@ -201,6 +222,8 @@ private:
     bool pulseInfoDirty = false;       ///< pulses are to be counted anew at the next refresh
     ChannelLayout m_rows;              ///< the rows' tops and heights, as they are shown
     std::vector<ChannelRow> m_chns;    ///< what m_rows was computed from
+    RowDrag m_drag;                    ///< both follow it at each step
+    int m_dragScroll = 0;              ///< scroll position of the column at the press
     WaveDataGen *const waveGen;
     QVector<QShortcut *> shortcuts;
 
