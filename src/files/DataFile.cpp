@@ -191,21 +191,15 @@ std::int64_t DataFile::sizeOf(Mode job, std::int64_t &limit)
 
 bool DataFile::runJob(Mode job)
 {
+    if (job != Mode::SaveData && job != Mode::ExportBinary && job != Mode::ExportText) {
+        return false;
+    }
     std::int64_t limit = 0;
     const std::int64_t size = sizeOf(job, limit);
     if (size >= limit / asidePart) {
         return runOnThread(job, size >= limit);
     }
-    switch (job) {
-    case Mode::SaveData:
-        return saveData();
-    case Mode::ExportBinary:
-        return exportBinary();
-    case Mode::ExportText:
-        return exportText();
-    default:
-        return false;
-    }
+    return job == Mode::ExportBinary ? exportBinary() : job == Mode::ExportText ? exportText() : saveData();
 }
 
 bool DataFile::runWithDialog(Mode job)

@@ -81,7 +81,7 @@ public:
     /// once. Between them it runs on the thread too, while events are processed that the user does not make, at first
     /// without a dialog. Whatever these events start must leave the store, the device object and this object alone.
     /// `file` and the range are as for the job; the entries and samples are counted here.
-    /// @return the job's outcome, as runWithDialog()
+    /// @return the job's outcome, as runWithDialog(); false for a job that does not write
     [[nodiscard]] bool runJob(Mode job);
     /// Runs a job on this thread behind the dialog. `file` is open: at the binary part to load, or as for the job. A
     /// load leaves the store open, for loadData() to close.

@@ -23,6 +23,7 @@ namespace {
 
 constexpr int boxesInARow = 8;
 constexpr int pairCharacters = 10;
+constexpr int fieldWidth = 160; ///< pixels at 96 dpi
 
 } // namespace
 
@@ -60,6 +61,7 @@ ExportDataSet::ExportDataSet(const QVector<ShownPair> &pairs, QWidget *parent)
     buttonRow->addWidget(rejects);
     column->addLayout(buttonRow);
 
+    evenColumns();
     enableChoices();
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
@@ -88,6 +90,18 @@ QGroupBox *ExportDataSet::makeGroup(const QString &title, const QVector<QCheckBo
     return group;
 }
 
+void ExportDataSet::evenColumns()
+{
+    int width = 0;
+    for (QCheckBox *box : m_chnBoxes + m_aChnBoxes) {
+        box->ensurePolished();
+        width = std::max(width, box->sizeHint().width());
+    }
+    for (QCheckBox *box : m_chnBoxes + m_aChnBoxes) {
+        box->setMinimumWidth(width);
+    }
+}
+
 QGroupBox *ExportDataSet::makeTimeGroup()
 {
     auto *group = new QGroupBox(::tr("Time Select"));
@@ -98,6 +112,7 @@ QGroupBox *ExportDataSet::makeTimeGroup()
     m_pair->setMinimumContentsLength(pairCharacters);
     m_pair->setAccessibleName(::tr("Timing markers"));
     dressComboBox(*m_pair);
+    m_pair->setMinimumWidth(dp(fieldWidth));
     QRadioButton *interval = addChoice(Interval, ::tr("Specify time interval"));
     const QStringList texts = exportIntervalTexts(ExportCapture::of(*gDev->smpData));
     m_startLabel = addField(m_start, ::tr("Starting Time[s]"), texts[0]);
@@ -138,7 +153,7 @@ QLabel *ExportDataSet::addField(QLineEdit *&field, const QString &label, const Q
     field->setValidator(new QRegularExpressionValidator(pattern, field));
     field->setAccessibleName(label);
     field->ensurePolished();
-    field->setFixedSize(dp(160), controlHeight(field->fontMetrics()));
+    field->setFixedSize(dp(fieldWidth), controlHeight(field->fontMetrics()));
     auto *before = new QLabel(label);
     before->setBuddy(field);
     return before;

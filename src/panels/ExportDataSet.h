@@ -37,6 +37,8 @@ private:
 
     [[nodiscard]] static QVector<QCheckBox *> makeBoxes(const QVector<bool> &checked, int firstNumber);
     [[nodiscard]] static QGroupBox *makeGroup(const QString &title, const QVector<QCheckBox *> &boxes);
+    /// Makes all columns of boxes as wide as the widest.
+    void evenColumns();
     [[nodiscard]] QGroupBox *makeTimeGroup();
     QRadioButton *addChoice(Time time, const QString &text);
     QLabel *addField(QLineEdit *&field, const QString &label, const QString &text);
