@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+
+class InterfaceDevCallback;
+
+/// What the capture threads ask of the transport: whether a device is open, and the bulk read run.
+///
+/// One for the life of the process; it outlives all captures. Who receives the data is set on the main thread while no
+/// run is under way.
+class SmpTransport {
+public:
+    /// What readStream() answers.
+    static constexpr int runEnded = 0;    ///< the limit was reached, or the device was done (a short read)
+    static constexpr int runNotOpen = 1;  ///< no device is open, or nobody receives
+    static constexpr int runFailed = 3;   ///< nothing came for 2800 ms, a read failed or came back empty
+    static constexpr int runNoMemory = 4; ///< the memory budget is spent, or no run can be made
+
+    /// True while a device is open. It may go at any moment: a transfer then answers so. Any thread, never blocks.
+    [[nodiscard]] virtual bool isOpen() const = 0;
+
+    /// Who receives the data of read runs; null for nobody. Not owned; must live until the run that uses it has ended.
+    /// Main thread, while no run is under way.
+    virtual void setCallback(InterfaceDevCallback *receiver) = 0;
+
+    /// Reads from the device's bulk pipe, two reads at a time, and hands each buffer to the receiver on this thread.
+    ///
+    /// Blocks until the run has ended: at most 2800 ms after the last byte, at once when the device goes away. Buffers
+    /// that were received before a failure have been handed over; the others are freed and credited. However it ended,
+    /// the pipe is left clean, and another run may follow at once. Stopping the device is the caller's matter.
+    /// One run at a time: a second one answers runNoMemory. Any thread.
+    /// @param limit  bytes after which the run ends, also beyond a buffer's end (a last buffer comes whole); 0 for
+    ///               reading until the device sends less than it was asked for. Below 0 counts as reached by the first
+    ///               buffer.
+    /// @return one of the four answers above
+    [[nodiscard]] virtual int readStream(std::int32_t limit) = 0;
+
+protected:
+    ~SmpTransport() = default;
+};
