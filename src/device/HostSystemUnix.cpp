@@ -6,3 +6,12 @@ QString osName()
 {
     return QSysInfo::prettyProductName();
 }
+
+QString osTag()
+{
+#ifdef Q_OS_MACOS
+    return QStringLiteral("mac");
+#else
+    return QStringLiteral("lnx");
+#endif
+}
