@@ -4,7 +4,6 @@
 
 #include <QDateTime>
 #include <QMessageBox>
-#include <QPointer>
 #include <QVector>
 #include <QWidget>
 
@@ -12,10 +11,10 @@
 #include <functional>
 #include <vector>
 
-class DevBase;
 class MyButton;
 class QAction;
 class QMenu;
+struct ShownPair;
 
 /// The menu button with the program's only menu, and the file actions: where the file formats meet the user.
 ///
@@ -31,6 +30,9 @@ public:
     std::function<QVector<LanguageInfo>()> languages; ///< asked once, when the menu is built
     /// Starts another program and does not wait for it. @return false if it did not start
     std::function<bool(const QString &program)> startProgram;
+
+    /// The pairs of timing markers that an export may lie between, asked whenever one begins. Null for none.
+    std::function<QVector<ShownPair>()> shownPairs;
 
     /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary.
     /// @return empty on cancel, and at once for another kind

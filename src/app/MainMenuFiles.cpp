@@ -7,10 +7,13 @@
 #include "app/ProgressJobDialog.h"
 #include "device/DevBase.h"
 #include "files/DataFile.h"
+#include "panels/ExportDataSet.h"
+#include "wave/MainView.h"
 #include "wave/NoticeBox.h"
 
 #include <QAction>
 #include <QFileInfo>
+#include <QPointer>
 #include <QScopedValueRollback>
 
 #include <utility>
@@ -108,20 +111,21 @@ QString MainMenu::askTarget(int kind, const QString &noData, Selection &selectio
     if (m_busy) {
         return {};
     }
+    // Behind each of the dialogs another file may be dropped on the window, or an instrument plugged in.
+    const QPointer<DevBase> device = gDev;
+    const auto hasData = [&device] { return device == gDev && gDev->smpData->sampleCount() > 0; };
     QString path;
-    bool hasData = gDev->smpData->sampleCount() > 0;
-    if (hasData) {
-        const QPointer<DevBase> device = gDev;
-        selection.channels.assign(std::size_t(gDev->smpData->chnCount), 0);
-        for (int chn = 0; chn < gDev->chnEnable.size(); ++chn) {
-            selection.channels[std::size_t(chn)] = gDev->chnEnable.at(chn) ? 1 : 0;
+    if (hasData()) {
+        ExportDataSet dialog(shownPairs ? shownPairs() : QVector<ShownPair>(), window());
+        if (dialog.exec() != QDialog::Accepted) {
+            return {};
         }
-        selection.end = double(gDev->smpData->sampleCount());
-        path = saveFileDialog(kind);
-        // Another file may have been dropped on the window meanwhile, or an instrument plugged in.
-        hasData = device == gDev && gDev->smpData->sampleCount() > 0;
+        if (hasData()) {
+            dialog.getSelection(selection.channels, selection.start, selection.end);
+            path = saveFileDialog(kind);
+        }
     }
-    if (!hasData) {
+    if (!hasData()) {
         showNotice(window(), QMessageBox::Information, QString(), noData);
         return {};
     }

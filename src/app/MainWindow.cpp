@@ -127,6 +127,7 @@ void MainWindow::connectPanels()
 {
     connect(toolbar, &Toolbar::zoomValued, this, &MainWindow::slotToolbarZoomChanged);
     connect(toolbar, &Toolbar::frequViewChanged, this, &MainWindow::slotToolbarFrequChanged);
+    mainMenu->shownPairs = [this] { return mainView->shownPairs(); };
     connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
     connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
