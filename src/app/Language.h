@@ -33,7 +33,14 @@ void languageLoadFrom(const QString &directory, const QLocale &system);
 QString tr(const QString &text);
 QString tr(const char *text);
 
-/// The same for a text of the analyzer `className`; a leading number stays as it is.
+/// Marks the literal of a table whose texts are handed to `tr` when they are shown; returns it as it is. A test
+/// collects the literals of both and looks them up in the shipped languages.
+constexpr const char *trLater(const char *text)
+{
+    return text;
+}
+
+/// As `tr` for a text of the analyzer `className`; a leading number stays as it is.
 QString trAnalyzer(const QString &text, const QString &className);
 
 /// The text of the head's child `tag`; empty when absent.

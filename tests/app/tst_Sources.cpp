@@ -1,8 +1,7 @@
 // Rules of the source tree that no compiler checks: who may include whom, and how texts are translated.
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
+#include "support/SourceText.h"
+
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
@@ -10,77 +9,6 @@
 #include <QtTest>
 
 namespace {
-
-/// The text of each source file by its path below src/.
-using Sources = QMap<QString, QString>;
-
-/// `code` with the contents of comments and, unless `keepStrings`, of literals replaced by blanks. Line ends stay.
-class Stripper {
-public:
-    Stripper(const QString &code, bool keepStrings) : m_code(code), m_keepStrings(keepStrings) {}
-
-    QString run()
-    {
-        while (m_at < m_code.size()) {
-            if (startsWith("//")) {
-                blankTo(m_code.indexOf(QLatin1Char('\n'), m_at));
-            } else if (startsWith("/*")) {
-                blankTo(behind(QStringLiteral("*/"), m_at + 2));
-            } else if (startsWith("R\"")) {
-                rawString();
-            } else if (startsWith("\"") || (startsWith("'") && !isDigitSeparator())) {
-                literal();
-            } else {
-                m_out += m_code.at(m_at++);
-            }
-        }
-        return m_out;
-    }
-
-private:
-    bool startsWith(const char *text) const { return m_code.midRef(m_at).startsWith(QLatin1String(text)); }
-
-    bool isDigitSeparator() const { return m_at > 0 && m_code.at(m_at - 1).isLetterOrNumber(); }
-
-    int behind(const QString &end, int from) const
-    {
-        const int found = m_code.indexOf(end, from);
-        return found < 0 ? -1 : found + end.size();
-    }
-
-    void copyTo(int end, bool blank)
-    {
-        const int stop = end < 0 ? m_code.size() : end;
-        for (; m_at < stop; ++m_at) {
-            const QChar c = m_code.at(m_at);
-            m_out += blank && c != QLatin1Char('\n') ? QLatin1Char(' ') : c;
-        }
-    }
-
-    void blankTo(int end) { copyTo(end, true); }
-
-    void rawString()
-    {
-        const int open = m_code.indexOf(QLatin1Char('('), m_at);
-        const QString delimiter = m_code.mid(m_at + 2, open - m_at - 2);
-        copyTo(behind(QLatin1Char(')') + delimiter + QLatin1Char('"'), open), !m_keepStrings);
-    }
-
-    void literal()
-    {
-        const QChar quote = m_code.at(m_at);
-        int end = m_at + 1;
-        while (end < m_code.size() && m_code.at(end) != quote && m_code.at(end) != QLatin1Char('\n')) {
-            end += m_code.at(end) == QLatin1Char('\\') ? 2 : 1;
-        }
-        copyTo(qMin(end + 1, m_code.size()), !m_keepStrings);
-    }
-
-    QString m_code;
-    QString m_out;
-    int m_at = 0;
-    bool m_keepStrings;
-};
 
 /// What `code` includes in quotes, without the output of moc.
 QStringList includesOf(const QString &code)
@@ -228,22 +156,6 @@ private:
     QSet<QString> m_done;
 };
 
-Sources readTree()
-{
-    const QDir root(QStringLiteral(LUX_SOURCE_DIR));
-    Sources sources;
-    QDirIterator files(root.path(), {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
-                       QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        QFile file(files.next());
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-            qFatal("cannot read %s", qPrintable(file.fileName()));
-        }
-        sources.insert(root.relativeFilePath(file.fileName()), QString::fromUtf8(file.readAll()));
-    }
-    return sources;
-}
-
 Sources tree(std::initializer_list<std::pair<const char *, const char *>> files)
 {
     Sources sources;
@@ -276,7 +188,7 @@ private slots:
 
 void TstSources::theTreeIsFound()
 {
-    const Sources sources = readTree();
+    const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     QVERIFY(sources.size() > 20);
     QVERIFY(sources.contains(QStringLiteral("app/Config.h")));
 }
@@ -284,7 +196,7 @@ void TstSources::theTreeIsFound()
 void TstSources::everyTextIsTranslatedByTheGlobalFunction()
 {
     QStringList wrong;
-    const Sources sources = readTree();
+    const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
         if (file.key().startsWith(QStringLiteral("app/Language."))) {
             continue;
@@ -298,13 +210,13 @@ void TstSources::everyTextIsTranslatedByTheGlobalFunction()
 
 void TstSources::everyIncludePointsDownwards()
 {
-    const QStringList wrong = wrongIncludes(readTree());
+    const QStringList wrong = wrongIncludes(readSources(QStringLiteral(LUX_SOURCE_DIR)));
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QLatin1Char('\n'))));
 }
 
 void TstSources::noFilesIncludeEachOther()
 {
-    const Sources sources = readTree();
+    const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     const QStringList ring = RingSearch(sources).run();
     QVERIFY2(ring.isEmpty(), qPrintable(ring.join(QStringLiteral(" -> "))));
 }
