@@ -257,7 +257,7 @@ DataBlocksResult writeTextExport(QIODevice &device, const SmpData &data, const D
         const std::int64_t change = walk.nearest();
         const bool inside = change < data.smpCount;
         if (inside) {
-            walk.pass(change, [&](int column) {
+            walk.pass([&](int column) {
                 columns.flip(column);
                 ++entries;
             });
@@ -298,7 +298,7 @@ DataBlocksResult writeBinaryExport(QIODevice &device, const SmpData &data, const
             return result;
         }
         if (runEnd < stop) {
-            walk.pass(runEnd, [&](int number) { writer.flip(chosen[std::size_t(number)]); });
+            walk.pass([&](int number) { writer.flip(chosen[std::size_t(number)]); });
         }
         pos = runEnd;
     }

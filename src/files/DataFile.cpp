@@ -196,7 +196,8 @@ bool DataFile::runJob(Mode job)
     }
     std::int64_t limit = 0;
     const std::int64_t size = sizeOf(job, limit);
-    if (size >= limit / asidePart) {
+    // A dump of few samples can still hold a change at each of them.
+    if (size >= limit / asidePart || workTotal >= backgroundSaveEntries / asidePart) {
         return runOnThread(job, size >= limit);
     }
     return job == Mode::ExportBinary ? exportBinary() : job == Mode::ExportText ? exportText() : saveData();

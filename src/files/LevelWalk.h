@@ -32,31 +32,29 @@ public:
             place.entry = cursor.leaf;
         }
         m_next.push_back(level >= 0 ? place.leaf->position(place.entry) : never);
+        m_nearest = std::min(m_nearest, m_next.back());
         m_places.push_back(place);
         return std::max(level, 0);
     }
 
     /// The next position at which a channel has an entry, be it the end mark; `never` without channels.
-    [[nodiscard]] std::int64_t nearest() const
-    {
-        std::int64_t least = never;
-        for (const std::int64_t next : m_next) {
-            least = std::min(least, next);
-        }
-        return least;
-    }
+    [[nodiscard]] std::int64_t nearest() const { return m_nearest; }
 
-    /// Takes every channel with an entry at `pos`, which is nearest(), one entry on; calls `changed` with its number.
+    /// Takes every channel with an entry at nearest() one entry on; calls `changed` with its number.
     template<class Changed>
-    void pass(std::int64_t pos, const Changed &changed)
+    void pass(const Changed &changed)
     {
+        const std::int64_t pos = m_nearest;
+        std::int64_t least = never;
         const std::size_t count = m_next.size();
         for (std::size_t i = 0; i < count; ++i) {
             if (m_next[i] == pos) {
                 m_next[i] = m_places[i].stepped();
                 changed(int(i));
             }
+            least = std::min(least, m_next[i]);
         }
+        m_nearest = least;
     }
 
 private:
@@ -88,5 +86,6 @@ private:
 
     const SmpData &m_data;
     std::vector<std::int64_t> m_next; ///< the position of each channel's next entry; close together, to find the least
+    std::int64_t m_nearest = never;   ///< the least of them
     std::vector<Place> m_places;
 };

@@ -201,7 +201,8 @@ void TstDataExportJob::theSizeDecidesHowAJobRuns_data()
     row("a text between", Mode::ExportText, 2 * 19'999, true, 0);
     row("a text just below", Mode::ExportText, 2 * 199'998, true, 0);
     row("a big text", Mode::ExportText, 2 * 199'999, true, 1);
-    row("a small dump", Mode::ExportBinary, 1'999'999, false, 0);
+    row("a small dump", Mode::ExportBinary, 1'999'997, false, 0);
+    row("a small dump of a million changes", Mode::ExportBinary, 1'999'999, true, 0);
     row("a dump between", Mode::ExportBinary, 2'000'000, true, 0);
     row("a dump just below", Mode::ExportBinary, 19'999'999, true, 0);
     row("a big dump", Mode::ExportBinary, 20'000'000, true, 1);
