@@ -31,6 +31,7 @@
 #include <QTimerEvent>
 #include <QUrl>
 
+#include <initializer_list>
 #include <utility>
 
 namespace {
@@ -231,7 +232,25 @@ void MainWindow::rebindDevice()
     mainView->rebuildChannels();
     updatePosition();
     analyzerView->reload();
+    orderTabs();
     connectDevice();
+}
+
+void MainWindow::orderTabs()
+{
+    QVector<QWidget *> stops;
+    for (const QWidget *panel :
+         std::initializer_list<QWidget *>{toolbar, mainMenu, devSetting, timeView, mainView, posiView, analyzerView}) {
+        for (QWidget *widget = nextInFocusChain(); widget != this; widget = widget->nextInFocusChain()) {
+            const bool isPart = widget == panel || panel->isAncestorOf(widget);
+            if (isPart && (widget->focusPolicy() & Qt::TabFocus) != 0) {
+                stops.append(widget);
+            }
+        }
+    }
+    for (int i = 1; i < stops.size(); ++i) {
+        setTabOrder(stops.at(i - 1), stops.at(i));
+    }
 }
 
 void MainWindow::connectDevice()

@@ -74,6 +74,8 @@ private:
     /// Brings everything that looks at the device in line with `gDev`.
     void rebindDevice();
     void showTitleAndState();
+    /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
+    void orderTabs();
     void connectDevice();
     void stopStartTimer();
     void replaceDevice(int model);

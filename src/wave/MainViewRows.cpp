@@ -8,7 +8,9 @@
 #include "wave/ItemWaveLine.h"
 #include "wave/LabelMove.h"
 #include "wave/MainView.h"
+#include "wave/MyScrollbar.h"
 #include "wave/NextEdge.h"
+#include "wave/WaveView.h"
 
 #include <QAction>
 #include <QScrollArea>
@@ -88,6 +90,7 @@ void MainView::orderTabs()
             stops += sidebar->row() == row ? sidebar->tabStops() : QVector<QWidget *>();
         }
     }
+    stops.append(waveView->findChild<MyScrollbar *>());
     for (int i = 1; i < stops.size(); ++i) {
         setTabOrder(stops[i - 1], stops[i]);
     }
