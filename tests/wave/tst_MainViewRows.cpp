@@ -307,12 +307,17 @@ void TstMainViewRows::aReleaseOutsideTheWindowEndsTheDrag()
 void TstMainViewRows::anotherModelDuringADragLeavesItsOwnOrder()
 {
     Rows rows(thirtyTwoChannelModel);
-    rows.take(20 - 5);
+    rows.take(15);
     rows.pull(100);
     rows.replaceDevice(eightChannelModel);
     rows.pull(150);
     rows.drop();
     QCOMPARE(rows.order(), (QVector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
+    QVERIFY(rows.isAtRest());
+    rows.take(0);
+    rows.pull(110);
+    rows.drop();
+    QCOMPARE(rows.order(), (QVector<int>{1, 0, 2, 3, 4, 5, 6, 7}));
     QVERIFY(rows.isAtRest());
 }
 
