@@ -15,13 +15,14 @@ namespace {
 
 constexpr int separatorHeight = 2; // units
 constexpr int border = 1;          // units
+constexpr int margin = 3;          // units
 
 } // namespace
 
 AnalyzerView::AnalyzerView(QWidget *parent) : QWidget(parent)
 {
     column = new QVBoxLayout(this);
-    column->setContentsMargins(dp(4), dp(4), dp(4), dp(4));
+    column->setContentsMargins(dp(margin), dp(margin), dp(margin), dp(margin));
     column->setSpacing(dp(4));
     buildSections();
     connectSections();

@@ -5,6 +5,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPainter>
+#include <QScreen>
 #include <QWidgetAction>
 
 #include <algorithm>
@@ -12,8 +13,8 @@
 namespace {
 
 constexpr int iconSide = 16; // units, as the two below
-constexpr int leastHeight = 18;
-constexpr int textMargin = 4;
+constexpr int leastHeight = 20;
+constexpr int textMargin = 1;
 
 /// One entry: the menu handles its mouse and keys, and it paints itself by the menu's state.
 class PickEntry : public QLabel {
@@ -28,9 +29,13 @@ public:
     }
 
     /// Never wider than the menu, which has the width of its button.
-    [[nodiscard]] QSize sizeHint() const override
+    [[nodiscard]] QSize sizeHint() const override { return {dp(iconSide), m_height}; }
+    /// Takes so many pixels, or less, as far as the text is still whole.
+    void limitHeight(int most)
     {
-        return {dp(iconSide), std::max({dp(leastHeight), dp(iconSide) + dp(4), fontMetrics().height() + dp(2)})};
+        const int wanted = std::max(dp(leastHeight), fontMetrics().height() + dp(2));
+        m_height = std::max(std::min(wanted, most), fontMetrics().height());
+        setFixedHeight(m_height);
     }
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
 
@@ -56,6 +61,7 @@ protected:
 
 private:
     const QIcon m_icon;
+    int m_height = 0;
     QAction *const m_action;
     QMenu *const m_menu;
 };
@@ -88,6 +94,11 @@ void PickMenu::shorten(int count)
 
 void PickMenu::dropUnder(QWidget &button, int current)
 {
+    const int screenHeight = button.screen()->availableGeometry().height();
+    for (QAction *action : actions()) {
+        static_cast<PickEntry *>(static_cast<QWidgetAction *>(action)->defaultWidget())
+            ->limitHeight(screenHeight / actions().size());
+    }
     setFixedWidth(button.width());
     popup(button.mapToGlobal(QPoint(0, button.height())));
     if (current >= 0 && current < actions().size()) {

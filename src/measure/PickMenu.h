@@ -4,7 +4,8 @@
 
 /// A menu of one-line entries that drops down under a button and is exactly as wide as that button.
 ///
-/// Entry number i carries i as its data. A list that is higher than the screen scrolls. Main thread.
+/// Entry number i carries i as its data. A list that is higher than the screen moves closer together,
+/// and scrolls when that is not enough. Main thread.
 class PickMenu : public QMenu {
     Q_OBJECT
 public:

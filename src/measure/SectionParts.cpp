@@ -12,14 +12,17 @@
 
 namespace {
 
-constexpr int buttonSide = 20; // units, as the two below
+constexpr int buttonHeight = 20; // units, as the three below
+constexpr int buttonWidth = 18;
 constexpr int iconSide = 16;
-constexpr int textPadding = 4; // on each side of a button's text
+constexpr int textPadding = 3; // on each side of a button's text
 
 void dress(MyButton &button)
 {
     button.setRadius(dp(3));
-    button.setFixedHeight(sectionButtonSize());
+    button.penWidth = dp(1);
+    button.borderColor = gGreys[5];
+    button.setFixedHeight(std::max(dp(buttonHeight), QFontMetrics(gFontMain).height() + dp(2)));
 }
 
 } // namespace
@@ -58,17 +61,16 @@ QLabel *makeSectionTitle(const QString &text, QWidget *parent)
     return label;
 }
 
-int sectionButtonSize()
+int sectionButtonWidth()
 {
-    const QFontMetrics metrics(gFontMain);
-    return std::max(dp(buttonSide), metrics.height() + dp(2));
+    return dp(buttonWidth);
 }
 
 MyButton *makeIconButton(const QString &icon, const QString &name, QWidget *parent)
 {
     auto *button = new MyButton(QIcon(icon), name, parent);
     dress(*button);
-    button->setFixedWidth(sectionButtonSize());
+    button->setFixedWidth(sectionButtonWidth());
     button->setIconSize({dp(iconSide), dp(iconSide)});
     return button;
 }
@@ -85,6 +87,7 @@ MyButton *makeExpandButton(QWidget *parent)
 {
     MyButton *button = makeIconButton(QString(), QString(), parent);
     button->gradient = false;
+    button->penWidth = 0;
     button->faceColor = Qt::transparent;
     showExpanded(*button, true);
     return button;

@@ -20,9 +20,9 @@ class QWidget;
 /// The title of a section: the same, in bold.
 [[nodiscard]] QLabel *makeSectionTitle(const QString &text, QWidget *parent);
 
-/// The side of a section's square buttons and the height of its others, pixels.
-[[nodiscard]] int sectionButtonSize();
-/// A square button with an icon of 16 units.
+/// The width of a section's icon buttons, pixels.
+[[nodiscard]] int sectionButtonWidth();
+/// A button with an icon of 16 units.
 /// @param name  its tool tip and accessible name, translated
 [[nodiscard]] MyButton *makeIconButton(const QString &icon, const QString &name, QWidget *parent);
 /// A button as wide as `widest` needs.

@@ -52,11 +52,12 @@ void TimingMarkerPair::buildLine()
     pairTotal = new TimingMarkerTip(this);
     pairTotal->setAccessibleDescription(pairName(groupId));
     btnDeploy = makeExpandButton(this);
+    btnDeploy->setFixedWidth(dp(14));
     btnRemove = makeIconButton(QStringLiteral(":/res/btnRemove"), ::tr("Remove"), this);
 
     line = new QHBoxLayout;
     line->setContentsMargins(0, 0, 0, 0);
-    line->setSpacing(dp(2));
+    line->setSpacing(dp(1)); // the value has little room
     line->addWidget(btnLocation);
     line->addWidget(makeSectionLabel(QStringLiteral("|"), this));
     line->addWidget(btnTiming1);
@@ -64,6 +65,7 @@ void TimingMarkerPair::buildLine()
     line->addWidget(btnTiming2);
     line->addWidget(makeSectionLabel(QStringLiteral("|"), this));
     line->addWidget(makeSectionLabel(QStringLiteral("="), this));
+    line->addSpacing(dp(1));
     line->addWidget(pairTotal, 1);
     line->addWidget(btnDeploy);
     line->addWidget(btnRemove);
@@ -73,7 +75,7 @@ void TimingMarkerPair::buildDetail()
 {
     detail = new QWidget(this);
     auto *grid = new QGridLayout(detail);
-    grid->setContentsMargins(sectionButtonSize() + dp(10), 0, 0, 0);
+    grid->setContentsMargins(sectionButtonWidth() + dp(8), 0, 0, 0); // below the marker buttons
     grid->setHorizontalSpacing(dp(4));
     grid->setVerticalSpacing(dp(2));
     grid->setColumnStretch(2, 1);

@@ -7,6 +7,19 @@
 #include <QStyle>
 #include <QToolTip>
 
+QString elidedValue(const QString &text, const QFontMetrics &metrics, int room)
+{
+    int unitAt = text.size();
+    while (unitAt > 0 && !text.at(unitAt - 1).isDigit()) {
+        --unitAt;
+    }
+    if (unitAt == 0) {
+        return metrics.elidedText(text, Qt::ElideRight, room); // no number
+    }
+    const QString unit = text.mid(unitAt);
+    return metrics.elidedText(text.left(unitAt), Qt::ElideRight, room - metrics.horizontalAdvance(unit)) + unit;
+}
+
 TimingMarkerTip::TimingMarkerTip(QWidget *parent) : QLabel(unknownText(), parent)
 {
     setTextFormat(Qt::PlainText);
@@ -33,6 +46,6 @@ void TimingMarkerTip::enterEvent(QEvent *event)
 void TimingMarkerTip::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width());
+    const QString shown = elidedValue(text(), fontMetrics(), width());
     style()->drawItemText(&painter, rect(), int(alignment()), palette(), isEnabled(), shown, foregroundRole());
 }
