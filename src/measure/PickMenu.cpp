@@ -30,11 +30,11 @@ public:
 
     /// Never wider than the menu, which has the width of its button.
     [[nodiscard]] QSize sizeHint() const override { return {dp(iconSide), m_height}; }
-    /// Takes so many pixels, or less, as far as the text is still whole.
+    /// Takes at most so many pixels, as far as capitals and digits are still whole.
     void limitHeight(int most)
     {
         const int wanted = std::max(dp(leastHeight), fontMetrics().height() + dp(2));
-        m_height = std::max(std::min(wanted, most), fontMetrics().height());
+        m_height = std::max(std::min(wanted, most), fontMetrics().capHeight() + dp(4));
         setFixedHeight(m_height);
     }
     [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }

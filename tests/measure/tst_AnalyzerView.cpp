@@ -1,0 +1,261 @@
+#include "measure/AnalyzerView.h"
+#include "measure/Annotations.h"
+#include "measure/MeasureView.h"
+#include "measure/PulseMeasure.h"
+#include "measure/TimingMarkerPair.h"
+#include "measure/TimingMarkerTip.h"
+#include "panels/PanelDevice.h"
+#include "support/CaptureBuilder.h"
+#include "support/GuiTestMain.h"
+#include "wave/ColorLump.h"
+#include "wave/MyButton.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+
+/// The right-hand panel: its column of sections, and the signals through it.
+class TstAnalyzerView : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        QFile::remove(configPath());
+        configLoad();
+    }
+
+    void theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo_data();
+    void theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo();
+    void everyPlaceOfTheColumnHasItsSeparator();
+    void theLastEntryTakesTheSpareHeight();
+    void itPaintsItsGroundAndABorder_data();
+    void itPaintsItsGroundAndABorder();
+    void theRequestsOfThePairsHaveTheirTypes();
+    void whatTheViewTellsOfAMarkerReachesThePairs();
+    void countsReachTheirRows();
+    void aRowThatAsksForCountsIsPassedOn();
+    void theHoverReachesTheMeasurements();
+    void anotherDeviceLeavesNoPairsAndNoValues();
+    void anotherDeviceTakesTheStoredRowsOver();
+    void itAsksForNoMoreThanThePanelsWidth_data();
+    void itAsksForNoMoreThanThePanelsWidth();
+    void everyControlHasANameAndIsReachedByTab();
+};
+
+void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::newRow("digital") << storage16Model;
+    QTest::newRow("analog") << analogModel;
+}
+
+void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo()
+{
+    QFETCH(int, model);
+    const PanelDevice device(model);
+    AnalyzerView view;
+    view.reload();
+    view.resize(240, 600);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    QStringList shown;
+    for (int i = 0; i < view.layout()->count(); ++i) {
+        const QWidget *widget = view.layout()->itemAt(i)->widget();
+        if (!widget->isHidden()) {
+            shown.append(QString::fromLatin1(widget->metaObject()->className()));
+        }
+    }
+    const QString line = QStringLiteral("ColorLump");
+    QCOMPARE(shown, (QStringList{QStringLiteral("MeasureView"), line, QStringLiteral("PulseMeasure"), line,
+                                 QStringLiteral("Annotations"), QStringLiteral("QWidget")}));
+}
+
+void TstAnalyzerView::everyPlaceOfTheColumnHasItsSeparator()
+{
+    const PanelDevice device(storage16Model);
+    const AnalyzerView view;
+    const auto separators = view.findChildren<ColorLump *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(separators.size(), 6); // of seven sections
+    for (const ColorLump *separator : separators) {
+        QCOMPARE(separator->color, gGreys[5]);
+        QCOMPARE(separator->height(), 2);
+    }
+}
+
+void TstAnalyzerView::theLastEntryTakesTheSpareHeight()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    view.resize(240, 900);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    auto *column = qobject_cast<QVBoxLayout *>(view.layout());
+    QCOMPARE(column->stretch(column->count() - 1), 1);
+    QCOMPARE(view.measureView->height(), view.measureView->sizeHint().height());
+    QCOMPARE(view.annotations->height(), view.annotations->sizeHint().height());
+    const QMargins margins = column->contentsMargins();
+    QCOMPARE(margins, QMargins(margins.left(), margins.left(), margins.left(), margins.left()));
+}
+
+void TstAnalyzerView::itPaintsItsGroundAndABorder_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96") << 96;
+    QTest::newRow("192") << 192;
+}
+
+void TstAnalyzerView::itPaintsItsGroundAndABorder()
+{
+    QFETCH(int, dpi);
+    const PanelDevice device(storage16Model);
+    globalsSetDpi(dpi);
+    AnalyzerView view;
+    view.resize(dp(240), dp(600));
+    const QImage image = view.grab().toImage();
+    const int right = image.width() - 1;
+    const int bottom = image.height() - 1;
+    for (const QPoint &place : {QPoint(100, 0), QPoint(100, bottom), QPoint(0, 100), QPoint(right, 100),
+                                QPoint(dp(1) - 1, 100), QPoint(right - dp(1) + 1, 100)}) {
+        QCOMPARE(image.pixelColor(place), gGreys[9]);
+    }
+    for (const QPoint &place : {QPoint(100, dp(1)), QPoint(dp(1), 100), QPoint(right - dp(1), 100),
+                                QPoint(100, bottom - dp(1)), QPoint(100, bottom - dp(50))}) {
+        QCOMPARE(image.pixelColor(place), gGreys[7]);
+    }
+    globalsSetDpi(96);
+}
+
+void TstAnalyzerView::theRequestsOfThePairsHaveTheirTypes()
+{
+    const PanelDevice device(storage16Model);
+    CaptureBuilder{}.fill(*gDev->smpData);
+    AnalyzerView view;
+    QSignalSpy clicked(&view, &AnalyzerView::timingMarkerPairClicked);
+    QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
+    QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
+    emit view.slotTimMarkPairChanged(4, 2, QStringLiteral("1us"), QStringLiteral("2us"));
+    const TimingMarkerPair *pair = view.annotations->pairs.at(1);
+    QTest::mouseClick(pair->btnTiming2, Qt::LeftButton);
+    QTest::mouseClick(pair->btnLocation, Qt::LeftButton);
+    QTest::mouseClick(pair->btnRemove, Qt::LeftButton);
+    const QList<QVariantList> expected{{0, 0}, {0, 2}, {2, 3}, {3, 2}, {1, 2}};
+    QCOMPARE(QList<QVariantList>(clicked), expected);
+}
+
+void TstAnalyzerView::whatTheViewTellsOfAMarkerReachesThePairs()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    emit view.slotTimMarkPairChanged(0, 4, QString(), QString());
+    emit view.slotTimMarkPairChanged(4, 5, QStringLiteral("-3ns"), QStringLiteral("###"));
+    QCOMPARE(view.annotations->pairs.size(), 1);
+    QCOMPARE(view.annotations->pairs.first()->groupId, 2);
+    QCOMPARE(view.annotations->pairs.first()->times.at(1)->text(), QStringLiteral("-3ns"));
+}
+
+void TstAnalyzerView::countsReachTheirRows()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    QTest::mouseClick(view.pulseMeasure->btnAdd, Qt::LeftButton);
+    emit view.slotPulseMeasureChangedAll({QStringLiteral("0,0,7,8,9,10")});
+    QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("7"));
+    emit view.slotPulseMeasureChangedbyTimeMarker(0, {});
+    QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("7"));
+    emit view.slotPulseMeasureChangedAll({});
+    QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("###"));
+}
+
+void TstAnalyzerView::aRowThatAsksForCountsIsPassedOn()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    QSignalSpy changed(&view, &AnalyzerView::pulseMeasureChanged);
+    QTest::mouseClick(view.pulseMeasure->btnAdd, Qt::LeftButton);
+    QCOMPARE(changed.count(), 1);
+}
+
+void TstAnalyzerView::theHoverReachesTheMeasurements()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    emit view.slotLogMeasureChanged({QStringLiteral("5ns")});
+    QCOMPARE(view.measureView->valueLabels.first()->text(), QStringLiteral("5ns"));
+}
+
+void TstAnalyzerView::anotherDeviceLeavesNoPairsAndNoValues()
+{
+    PanelDevice device(storage16Model);
+    AnalyzerView view;
+    for (int i = 0; i < 3; ++i) {
+        QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
+    }
+    QTest::mouseClick(view.pulseMeasure->btnAdd, Qt::LeftButton);
+    emit view.slotPulseMeasureChangedAll({QStringLiteral("0,0,7,8,9,10")});
+    view.annotations->slotBtnDeployClicked();
+    QSignalSpy clicked(&view, &AnalyzerView::timingMarkerPairClicked);
+    device.replace(analogModel);
+    view.reload();
+    QVERIFY(view.annotations->pairs.isEmpty());
+    QVERIFY(view.annotations->expanded);
+    QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("###"));
+    QCOMPARE(clicked.count(), 0);
+}
+
+void TstAnalyzerView::anotherDeviceTakesTheStoredRowsOver()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    globalSet(QStringLiteral("DisPeriod"), QStringLiteral("1"));
+    view.reload();
+    QVERIFY(view.measureView->nameLabels.at(1)->isHidden());
+    QVERIFY(!view.measureView->nameLabels.at(0)->isHidden());
+}
+
+void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth_data()
+{
+    itPaintsItsGroundAndABorder_data();
+}
+
+void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth()
+{
+    QFETCH(int, dpi);
+    const PanelDevice device(9);
+    globalsSetDpi(dpi);
+    QFont font = QApplication::font();
+    const QFont before = font;
+    font.setPointSizeF(font.pointSizeF() * dpi / 96);
+    QApplication::setFont(font);
+    {
+        AnalyzerView view;
+        for (int i = 0; i < 5; ++i) {
+            view.annotations->btnAdd->click();
+            view.pulseMeasure->btnAdd->click();
+            emit view.slotTimMarkPairChanged(4, 2 * i, QStringLiteral("-54975581.388750002s"),
+                                             QStringLiteral("54975581388750000000ps"));
+        }
+        emit view.slotPulseMeasureChangedAll({QStringLiteral("0,0,549755813887,1,1,1")});
+        emit view.slotLogMeasureChanged({QString(200, QLatin1Char('9'))});
+        view.ensurePolished();
+        QVERIFY(view.minimumSizeHint().width() <= dp(240));
+    }
+    QApplication::setFont(before);
+    globalsSetDpi(96);
+}
+
+void TstAnalyzerView::everyControlHasANameAndIsReachedByTab()
+{
+    const PanelDevice device(storage16Model);
+    AnalyzerView view;
+    view.annotations->btnAdd->click();
+    view.pulseMeasure->btnAdd->click();
+    const auto buttons = view.findChildren<QAbstractButton *>();
+    QCOMPARE(buttons.size(), 6 + 5 + 4);
+    for (const QAbstractButton *button : buttons) {
+        QVERIFY((button->focusPolicy() & Qt::TabFocus) != 0);
+        QVERIFY(!button->text().isEmpty() || !button->accessibleName().isEmpty());
+    }
+}
+
+LUX_GUI_TEST(TstAnalyzerView)
+#include "tst_AnalyzerView.moc"
