@@ -1,54 +1,19 @@
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "device/DevBase.h"
-#include "device/DevModels.h"
-#include "wave/ItemChnSidebar.h"
-#include "wave/LabelMove.h"
-#include "wave/MyButton.h"
+#include "wave/SidebarDesk.h"
 
-#include <QClipboard>
-#include <QFontInfo>
 #include <QFrame>
 #include <QLineEdit>
 #include <QMenu>
-#include <QSaveFile>
-#include <QShortcut>
-#include <QTemporaryDir>
-#include <QVBoxLayout>
 #include <QtTest>
-
-#include <memory>
 
 namespace {
 
 const QStringList triggerButtons{QStringLiteral("btnPosEdge"), QStringLiteral("btnHighLevel"),
                                  QStringLiteral("btnNegEdge"), QStringLiteral("btnLowLevel")};
 
-template<typename Widget>
-Widget *part(const ItemChnSidebar &sidebar, const QString &name)
-{
-    return sidebar.findChild<Widget *>(name);
-}
-
-QLineEdit *nameOf(const ItemChnSidebar &sidebar)
-{
-    return part<QLineEdit>(sidebar, QStringLiteral("name"));
-}
-
-MyButton *buttonOf(const ItemChnSidebar &sidebar, const QString &name)
-{
-    return part<MyButton>(sidebar, name);
-}
-
 QImage picture(ItemChnSidebar &sidebar, int height)
 {
     sidebar.resize(sidebar.width(), height);
     return sidebar.grab().toImage();
-}
-
-QString storedName(int chn)
-{
-    return globalGet(QStringLiteral("chnShowName%1").arg(chn));
 }
 
 /// A move of the pointer while a button is down.
@@ -58,46 +23,13 @@ void moveHeld(QWidget &widget, QPoint place, Qt::MouseButton held)
     QApplication::sendEvent(&widget, &event);
 }
 
-/// A window with a sidebar, and a field for the focus to go to.
-struct Window : QWidget {
-    explicit Window(int chn = 3) : sidebar(new ItemChnSidebar(chn, chn, 1, this)), other(new QLineEdit(this))
-    {
-        auto *column = new QVBoxLayout(this);
-        column->addWidget(sidebar);
-        column->addWidget(other);
-        sidebar->setFixedHeight(dp(60));
-        show();
-        activateWindow();
-        shown = QTest::qWaitForWindowActive(this);
-    }
-    /// What a user does to rename: a click into the field, all of it replaced.
-    void type(const QString &text) const
-    {
-        QTest::mouseClick(name(), Qt::LeftButton);
-        name()->selectAll();
-        QTest::keyClicks(name(), text);
-    }
-    void paste(const QString &text) const
-    {
-        QGuiApplication::clipboard()->setText(text);
-        QTest::mouseClick(name(), Qt::LeftButton);
-        name()->selectAll();
-        name()->paste();
-    }
-    [[nodiscard]] QLineEdit *name() const { return nameOf(*sidebar); }
-
-    ItemChnSidebar *sidebar;
-    QLineEdit *other;
-    bool shown = false;
-};
-
 } // namespace
 
-class TstItemChnSidebar : public QObject {
+class TstItemChnSidebar : public QObject, private SidebarDesk {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
+    void init() { setUp(); }
+    void cleanup() { tearDown(); }
 
     void theFrameIsABevelOfWholePixels_data();
     void theFrameIsABevelOfWholePixels();
@@ -114,24 +46,6 @@ private slots:
     void aDecodersNameStandsBelowTheNameAndTakesNoFocus();
     void aTriggerButtonIsTransparentAtRestAndDarkWhenChecked();
     void everyControlHasANameOfItsOwn();
-
-    void enterStoresTheName();
-    void losingTheFocusStoresTheName();
-    void escapeBringsTheFormerNameBack();
-    void passingThroughTheFieldStoresNothing();
-    void theDefaultNameIsStoredAsEmpty();
-    void anEmptyNameIsStoredAsEmptyAndShowsTheDefault();
-    void aNameIsStoredWhenTheWindowLosesTheFocus();
-    void shortcutsOfTheWindowStayAsleepWhileAName_data();
-    void shortcutsOfTheWindowStayAsleepWhileAName();
-    void oddNamesSurviveTheConfigurationFile_data();
-    void oddNamesSurviveTheConfigurationFile();
-    void lineEndsOfAPastedNameBecomeBlanks();
-    void tenThousandPastedLettersAreCutSoThatAllNamesFitAFilesHead();
-    void aStoredNameOfTenThousandLettersIsShownFromItsStartAndKept();
-    void aNameThatDoesNotFitIsWholeInTheToolTip();
-    void aToolTipShowsMarkupAsItIs();
-    void aFieldThatGoesAwayWhileEditedStoresNothing();
 
     void aClickTogglesTheTriggerAndOnlyOneIsOn();
     void anEdgeTellsTheOthersALevelDoesNot();
@@ -150,26 +64,7 @@ private slots:
     void aHandleThatIsHiddenLetsGoOnce();
     void theHandsShapeTellsWhatItDoes();
     void theFocusOfTheNumberIsSeenOnlyWhenItCameByKey();
-
-private:
-    std::unique_ptr<DevBase> m_device;
 };
-
-void TstItemChnSidebar::init()
-{
-    globalsSetDpi(96);
-    globalsFillTables();
-    QFile::remove(configPath());
-    configLoad();
-    m_device = createDevice(0);
-    gDev = m_device.get();
-    QCursor::setPos(5000, 5000);
-}
-
-void TstItemChnSidebar::cleanup()
-{
-    gDev = nullptr;
-}
 
 void TstItemChnSidebar::theFrameIsABevelOfWholePixels_data()
 {
@@ -336,7 +231,7 @@ void TstItemChnSidebar::theLowestRowShowsAllOfItsTexts()
 
 void TstItemChnSidebar::aDecodersNameStandsBelowTheNameAndTakesNoFocus()
 {
-    Window window;
+    SidebarWindow window;
     window.sidebar->setAnalyzerLabel(QStringLiteral("SPI - SCK"));
     auto *label = part<QLineEdit>(*window.sidebar, QStringLiteral("analyzer"));
     QCOMPARE(label->text(), QStringLiteral("SPI - SCK"));
@@ -377,222 +272,9 @@ void TstItemChnSidebar::everyControlHasANameOfItsOwn()
     QVERIFY(names.contains(QStringLiteral("Channel 3, Rising edge trigger")));
 }
 
-void TstItemChnSidebar::enterStoresTheName()
-{
-    const Window window;
-    QVERIFY(window.shown);
-    window.type(QStringLiteral("Clock"));
-    QCOMPARE(storedName(3), QString());
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QVERIFY(!window.name()->hasFocus());
-    QCOMPARE(storedName(3), QStringLiteral("Clock"));
-    QCOMPARE(chnShowNameGet(3), QStringLiteral("Clock"));
-}
-
-void TstItemChnSidebar::losingTheFocusStoresTheName()
-{
-    const Window window;
-    window.type(QStringLiteral("Data"));
-    QTest::mouseClick(window.other, Qt::LeftButton);
-    QCOMPARE(storedName(3), QStringLiteral("Data"));
-    window.type(QStringLiteral("Enable"));
-    QTest::keyClick(window.name(), Qt::Key_Tab);
-    QCOMPARE(storedName(3), QStringLiteral("Enable"));
-}
-
-void TstItemChnSidebar::escapeBringsTheFormerNameBack()
-{
-    const Window window;
-    window.type(QStringLiteral("Clock"));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    window.type(QStringLiteral("wrong"));
-    QTest::keyClick(window.name(), Qt::Key_Escape);
-    QCOMPARE(window.name()->text(), QStringLiteral("Clock"));
-    QVERIFY(!window.name()->hasFocus());
-    QCOMPARE(storedName(3), QStringLiteral("Clock"));
-}
-
-void TstItemChnSidebar::passingThroughTheFieldStoresNothing()
-{
-    const Window window;
-    const QString odd = QStringLiteral("two\nlines");
-    globalSet(QStringLiteral("chnShowName3"), odd);
-    window.sidebar->setChnName(chnShowNameGet(3));
-    window.name()->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(window.name(), Qt::Key_Tab);
-    QCOMPARE(storedName(3), odd);
-}
-
-void TstItemChnSidebar::theDefaultNameIsStoredAsEmpty()
-{
-    const Window window;
-    window.type(QStringLiteral("Clock"));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    window.type(QStringLiteral("Channel 3"));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(storedName(3), QString());
-    window.type(QStringLiteral("Channel 4"));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(storedName(3), QStringLiteral("Channel 4"));
-}
-
-void TstItemChnSidebar::anEmptyNameIsStoredAsEmptyAndShowsTheDefault()
-{
-    const Window window;
-    for (const QString &nothing : {QString(), QStringLiteral("   ")}) {
-        window.type(QStringLiteral("Clock"));
-        QTest::keyClick(window.name(), Qt::Key_Return);
-        window.type(nothing);
-        QTest::keyClick(window.name(), Qt::Key_Backspace);
-        QTest::keyClick(window.name(), Qt::Key_Return);
-        QCOMPARE(storedName(3), QString());
-        QCOMPARE(window.name()->text(), QStringLiteral("Channel 3"));
-    }
-}
-
-void TstItemChnSidebar::aNameIsStoredWhenTheWindowLosesTheFocus()
-{
-    // Whoever closes or saves from another window finds the name; the edit goes on when this one comes back.
-    const Window window;
-    window.type(QStringLiteral("Clock"));
-    QWidget another;
-    another.show();
-    another.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&another));
-    QCOMPARE(storedName(3), QStringLiteral("Clock"));
-}
-
-void TstItemChnSidebar::shortcutsOfTheWindowStayAsleepWhileAName_data()
-{
-    QTest::addColumn<Qt::Key>("key");
-    QTest::newRow("digit") << Qt::Key_1;
-    QTest::newRow("zero") << Qt::Key_0;
-    QTest::newRow("plus") << Qt::Key_Plus;
-    QTest::newRow("minus") << Qt::Key_Minus;
-    QTest::newRow("equal") << Qt::Key_Equal;
-    QTest::newRow("up") << Qt::Key_Up;
-    QTest::newRow("down") << Qt::Key_Down;
-    QTest::newRow("home") << Qt::Key_Home;
-    QTest::newRow("end") << Qt::Key_End;
-    QTest::newRow("escape") << Qt::Key_Escape;
-}
-
-void TstItemChnSidebar::shortcutsOfTheWindowStayAsleepWhileAName()
-{
-    QFETCH(Qt::Key, key);
-    Window window;
-    QShortcut shortcut(QKeySequence(key), &window);
-    int calls = 0;
-    connect(&shortcut, &QShortcut::activated, this, [&calls] { ++calls; });
-    window.type(QStringLiteral("a"));
-    QTest::keyClick(window.name(), key);
-    QCOMPARE(calls, 0);
-    buttonOf(*window.sidebar, QStringLiteral("setting"))->setFocus();
-    QTest::keyClick(&window, key);
-    QCOMPARE(calls, 1);
-}
-
-void TstItemChnSidebar::oddNamesSurviveTheConfigurationFile_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("commas") << QStringLiteral("a,b,,c,");
-    QTest::newRow("quotes") << QStringLiteral("\"a\" 'b' <c> & </settings>");
-    QTest::newRow("non-Latin") << QString::fromUtf8("時鐘 Тактовый ρολόι 🕒");
-    QTest::newRow("right to left") << QString::fromUtf8("שעון ١٢٣");
-    QTest::newRow("blanks at the ends") << QStringLiteral("  x  ");
-}
-
-void TstItemChnSidebar::oddNamesSurviveTheConfigurationFile()
-{
-    QFETCH(QString, name);
-    const Window window;
-    window.paste(name);
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(storedName(3), name);
-    QVERIFY(configSave(configPath()));
-    configLoad();
-    QCOMPARE(chnShowNameGet(3), name);
-    window.sidebar->setChnName(chnShowNameGet(3));
-    QCOMPARE(window.name()->text(), name);
-    QCOMPARE(window.sidebar->width(), 190);
-}
-
-void TstItemChnSidebar::lineEndsOfAPastedNameBecomeBlanks()
-{
-    const Window window;
-    window.paste(QStringLiteral("a\nb\r\nc\td\u2028e\u2029f") + QChar(7));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(storedName(3), QStringLiteral("a b  c d e f "));
-    QCOMPARE(window.name()->text(), storedName(3));
-}
-
-void TstItemChnSidebar::tenThousandPastedLettersAreCutSoThatAllNamesFitAFilesHead()
-{
-    for (int chn = 0; chn < 32; ++chn) {
-        const Window window(chn);
-        window.paste(QString(10000, QChar(0x6642))); // three bytes each
-        QTest::keyClick(window.name(), Qt::Key_Return);
-        QCOMPARE(storedName(chn).size(), 200);
-        QVERIFY(window.name()->toolTip().size() <= 401);
-        QCOMPARE(window.sidebar->width(), 190);
-    }
-    QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("names.cxset"));
-    QVERIFY(configSave(path));
-    QByteArray block;
-    QVERIFY(configHeadOfFile(path, block));
-}
-
-void TstItemChnSidebar::aStoredNameOfTenThousandLettersIsShownFromItsStartAndKept()
-{
-    const QString stored = QStringLiteral("start") + QString(10000, QLatin1Char('W'));
-    globalSet(QStringLiteral("chnShowName3"), stored);
-    const Window window;
-    window.sidebar->setChnName(chnShowNameGet(3));
-    QVERIFY(window.name()->text().startsWith(QStringLiteral("start")));
-    QCOMPARE(window.name()->cursorPosition(), 0);
-    QVERIFY(window.name()->toolTip().size() <= 401);
-    QCOMPARE(window.sidebar->width(), 190);
-    window.name()->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(storedName(3), stored);
-}
-
-void TstItemChnSidebar::aNameThatDoesNotFitIsWholeInTheToolTip()
-{
-    const Window window;
-    const QString name = QStringLiteral("A name that is longer than its field");
-    window.type(name);
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(window.name()->cursorPosition(), 0);
-    QCOMPARE(window.name()->toolTip(), name);
-    window.type(QStringLiteral("W"));
-    QTest::keyClick(window.name(), Qt::Key_Return);
-    QCOMPARE(window.name()->toolTip(), QString());
-}
-
-void TstItemChnSidebar::aToolTipShowsMarkupAsItIs()
-{
-    ItemChnSidebar sidebar(0, 0, 1, nullptr);
-    sidebar.setChnName(QStringLiteral("<b>bold</b> and a long tail"));
-    QVERIFY(nameOf(sidebar)->toolTip().contains(QStringLiteral("&lt;b&gt;bold")));
-    sidebar.setChnName(QStringLiteral("read & write with a long tail"));
-    QCOMPARE(nameOf(sidebar)->toolTip(), QStringLiteral("read & write with a long tail"));
-}
-
-void TstItemChnSidebar::aFieldThatGoesAwayWhileEditedStoresNothing()
-{
-    {
-        const Window window;
-        window.type(QStringLiteral("half"));
-        delete window.sidebar;
-    }
-    QCOMPARE(storedName(3), QString());
-}
-
 void TstItemChnSidebar::aClickTogglesTheTriggerAndOnlyOneIsOn()
 {
-    const Window window;
+    const SidebarWindow window;
     const QVector<int> codes{3, 2, 4, 1};
     for (int i = 0; i < 4; ++i) {
         QTest::mouseClick(buttonOf(*window.sidebar, triggerButtons[i]), Qt::LeftButton);
@@ -608,7 +290,7 @@ void TstItemChnSidebar::aClickTogglesTheTriggerAndOnlyOneIsOn()
 
 void TstItemChnSidebar::anEdgeTellsTheOthersALevelDoesNot()
 {
-    const Window window;
+    const SidebarWindow window;
     const QSignalSpy told(window.sidebar, &ItemChnSidebar::trigEdgeChanged);
     QTest::mouseClick(buttonOf(*window.sidebar, QStringLiteral("btnHighLevel")), Qt::LeftButton);
     QTest::mouseClick(buttonOf(*window.sidebar, QStringLiteral("btnLowLevel")), Qt::LeftButton);
@@ -638,7 +320,7 @@ void TstItemChnSidebar::settingACodeChecksItsButtonWithoutASignal()
 
 void TstItemChnSidebar::spaceTogglesATrigger()
 {
-    const Window window;
+    const SidebarWindow window;
     MyButton *button = buttonOf(*window.sidebar, QStringLiteral("btnNegEdge"));
     button->setFocus(Qt::TabFocusReason);
     QTest::keyClick(button, Qt::Key_Space);
@@ -683,7 +365,7 @@ void TstItemChnSidebar::theMenuChecksTheTruncatedLogarithmOfTheHeight()
 {
     QFETCH(int, multiplier);
     QFETCH(int, entry);
-    Window window;
+    SidebarWindow window;
     window.sidebar->setMultiplier(multiplier);
     window.sidebar->openMenuDig();
     auto *menu = window.sidebar->findChild<QMenu *>();
@@ -697,7 +379,7 @@ void TstItemChnSidebar::theMenuChecksTheTruncatedLogarithmOfTheHeight()
 
 void TstItemChnSidebar::theMenuOpensBelowTheButtonByKeyAndAtThePointerByMouse()
 {
-    const Window window;
+    const SidebarWindow window;
     MyButton *button = buttonOf(*window.sidebar, QStringLiteral("setting"));
     button->setFocus(Qt::TabFocusReason);
     QTest::keyClick(button, Qt::Key_Space);
@@ -739,7 +421,7 @@ void TstItemChnSidebar::resetStoresAnEmptyNameAndNoTrigger()
 
 void TstItemChnSidebar::theHandTellsPressMoveAndRelease()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     const QSignalSpy told(number, &LabelMove::channelMoveCallback);
     QTest::mousePress(number, Qt::LeftButton, {}, {5, 10});
@@ -756,7 +438,7 @@ void TstItemChnSidebar::theHandTellsPressMoveAndRelease()
 
 void TstItemChnSidebar::otherButtonsDoNotDrag()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     const QSignalSpy told(number, &LabelMove::channelMoveCallback);
     QTest::mousePress(number, Qt::RightButton, {}, {5, 10});
@@ -772,7 +454,7 @@ void TstItemChnSidebar::otherButtonsDoNotDrag()
 
 void TstItemChnSidebar::aMoveAfterALostReleaseLetsGo()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     const QSignalSpy told(number, &LabelMove::channelMoveCallback);
     QTest::mousePress(number, Qt::LeftButton, {}, {5, 10});
@@ -783,7 +465,7 @@ void TstItemChnSidebar::aMoveAfterALostReleaseLetsGo()
 
 void TstItemChnSidebar::aHandleThatIsHiddenLetsGoOnce()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     const QSignalSpy told(number, &LabelMove::channelMoveCallback);
     QTest::mousePress(number, Qt::LeftButton, {}, {5, 10});
@@ -797,7 +479,7 @@ void TstItemChnSidebar::aHandleThatIsHiddenLetsGoOnce()
 
 void TstItemChnSidebar::theHandsShapeTellsWhatItDoes()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     QEvent enter(QEvent::Enter);
     QApplication::sendEvent(number, &enter);
@@ -813,7 +495,7 @@ void TstItemChnSidebar::theHandsShapeTellsWhatItDoes()
 
 void TstItemChnSidebar::theFocusOfTheNumberIsSeenOnlyWhenItCameByKey()
 {
-    const Window window;
+    const SidebarWindow window;
     LabelMove *number = window.sidebar->handle();
     const auto corner = [number] { return number->grab().toImage().pixelColor(1, 0); };
     window.other->setFocus();
