@@ -5,50 +5,30 @@
 #include "app/Language.h"
 #include "app/MainMenu.h"
 #include "device/DevBase.h"
-#include "device/DevModels.h"
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
 #include "wave/MainView.h"
 #include "wave/MyProgressDlg.h"
-#include "wave/NoticeBox.h"
 #include "wave/PosiView.h"
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QGridLayout>
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLabel>
-#include <QMimeData>
 #include <QScreen>
 #include <QScrollArea>
 #include <QShortcut>
-#include <QTimerEvent>
-#include <QUrl>
 
 #include <initializer_list>
-#include <utility>
 
 namespace {
 
 constexpr int startDelayMs = 200;
-
-QString titleTail()
-{
-    return QStringLiteral(" - CorvanLUX");
-}
-
-/// A dropped file is read and stays where it is: whoever offered it for moving must not take it away.
-void acceptCopy(QDropEvent &event)
-{
-    event.setDropAction(Qt::CopyAction);
-    event.accept();
-}
 
 /// A scroll area without bars: what does not fit is reached by the wheel, and follows the focus.
 QScrollArea *barelessScroll(QWidget *content, QWidget *parent)
@@ -202,40 +182,6 @@ void MainWindow::buildShortcuts()
     });
 }
 
-void MainWindow::showModelTitle()
-{
-    setWindowTitle(gDev->name + (gDev->connected ? QStringLiteral(" Connected") : QStringLiteral(" Unconnected")) +
-                   titleTail());
-}
-
-void MainWindow::showTitleAndState()
-{
-    if (gOpenFile.isEmpty()) {
-        setWindowTitle(gDev->name + QStringLiteral(" Unconnected") + titleTail());
-        statusLabel->setText(::tr("Device unconnected"));
-    } else {
-        setWindowTitle(gOpenFile + titleTail());
-        statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Data review"));
-    }
-}
-
-void MainWindow::rebindDevice()
-{
-    showTitleAndState();
-    waveGen->setDataSource(gDev->smpData.get());
-    waveGen->setClampToData(!gDev->isAnalogModel());
-
-    devSetting->reload();
-    toolbar->reload();
-    timeView->dropHandles();
-    timeView->update();
-    mainView->rebuildChannels();
-    updatePosition();
-    analyzerView->reload();
-    orderTabs();
-    connectDevice();
-}
-
 void MainWindow::orderTabs()
 {
     QVector<QWidget *> stops;
@@ -250,95 +196,6 @@ void MainWindow::orderTabs()
     }
     for (int i = 1; i < stops.size(); ++i) {
         setTabOrder(stops.at(i - 1), stops.at(i));
-    }
-}
-
-void MainWindow::connectDevice()
-{
-    // A capture thread's report may still be queued when its device has been replaced.
-    const int number = ++m_deviceNumber;
-    connect(gDev, &DevBase::sigSmpSta, this, [this, number](int sta, int err, int n) {
-        if (number == m_deviceNumber) {
-            slotDevSmpStaShow(sta, err, n);
-        }
-    });
-    connect(gDev, &DevBase::sigSmpDataReady, this, [this, number] {
-        if (number == m_deviceNumber) {
-            slotSmpDataReady();
-        }
-    });
-    connect(gDev, &DevBase::sigChnEnaChanged, mainView, &MainView::slotChnEnaChanged);
-}
-
-void MainWindow::replaceDevice(int model)
-{
-    // No report of the old device may reach the window any more, nor may the generator's worker read its capture.
-    ++m_deviceNumber;
-    smpDialog->hide();
-    waveGen->setDataSource(nullptr);
-    delete std::exchange(gDev, nullptr);
-    gDev = createDevice(model).release();
-}
-
-void MainWindow::slotDevPreConnect(int model)
-{
-    if (model == gDev->model || mainMenu->isBusy()) {
-        return;
-    }
-    replaceDevice(model);
-    rebindDevice();
-    globalSet(QStringLiteral("devModel"), QString::number(gDev->model));
-}
-
-void MainWindow::slotReplaceConfig()
-{
-    if (mainMenu->isBusy()) {
-        return;
-    }
-    stopStartTimer(); // what was named at the start has been overtaken
-    replaceDevice(globalGet(QStringLiteral("devModel")).toInt());
-    rebindDevice();
-}
-
-void MainWindow::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() != m_startTimer) {
-        QWidget::timerEvent(event);
-        return;
-    }
-    stopStartTimer();
-    // A capture that was started meanwhile fills the store already, and has overtaken the file.
-    if (gOpenFile.isEmpty() || gDev->isCapturing()) {
-        return;
-    }
-    const QString path = gOpenFile;
-    QByteArray settings;
-    if (!configHeadOfFile(path, settings) || !mainMenu->loadData(path, settings.size())) {
-        mainMenu->tellOpenFailed(path, QMessageBox::Information);
-    }
-}
-
-void MainWindow::stopStartTimer()
-{
-    if (m_startTimer != 0) {
-        killTimer(std::exchange(m_startTimer, 0));
-    }
-}
-
-void MainWindow::dragEnterEvent(QDragEnterEvent *event)
-{
-    if (event->mimeData()->hasUrls()) {
-        acceptCopy(*event);
-    }
-}
-
-void MainWindow::dropEvent(QDropEvent *event)
-{
-    acceptCopy(*event);
-    const QList<QUrl> urls = event->mimeData()->urls();
-    const QString path = urls.isEmpty() ? QString() : urls.constFirst().toLocalFile();
-    if (!path.isEmpty()) {
-        mainMenu->openFile(path);
     }
 }
 
