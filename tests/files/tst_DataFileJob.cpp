@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QTest>
 
+#include <atomic>
+
 using Entries = std::vector<std::int64_t>;
 
 /// Jobs on the thread of their own: progress, and the dialog in front of them.
@@ -71,23 +73,33 @@ void TstDataFileJob::thePercentageCountsWholeUnitsAndStopsAtNinetyNine()
 void TstDataFileJob::aFileLoadsBehindTheDialogFromTheLimitOn_data()
 {
     QTest::addColumn<qint64>("size");
+    QTest::addColumn<bool>("thread");
     QTest::addColumn<int>("dialogs");
-    QTest::newRow("small") << qint64(1000) << 0;
-    QTest::newRow("one byte below") << qint64(DataFile::backgroundLoadSize - 1) << 0;
-    QTest::newRow("at the limit") << qint64(DataFile::backgroundLoadSize) << 1;
+    const qint64 limit = DataFile::backgroundLoadSize;
+    QTest::newRow("small") << qint64(1000) << false << 0;
+    QTest::newRow("one byte below a tenth") << limit / DataFile::asidePart - 1 << false << 0;
+    QTest::newRow("a tenth") << limit / DataFile::asidePart << true << 0;
+    QTest::newRow("one byte below") << limit - 1 << true << 0;
+    QTest::newRow("at the limit") << limit << true << 1;
 }
 
 void TstDataFileJob::aFileLoadsBehindTheDialogFromTheLimitOn()
 {
     QFETCH(qint64, size);
+    QFETCH(bool, thread);
     QFETCH(int, dialogs);
     // What stands in front of the binary part counts too.
     const qint64 headSize = size - smallPart().size();
     const QString path = m_big.folder.write(QByteArray(int(headSize), '\n') + smallPart());
     DialogLog log;
     SmpData data(8, 0);
+    std::vector<int> reports;
+    std::atomic<bool> elsewhere{false};
     DataFile file(&data, scripted(log, acceptAtTheEnd));
+    file.dialogDelay = 1'000'000; // none appears on its own
+    collect(file, reports, [&](int) { elsewhere = QThread::currentThread() != qApp->thread(); });
     QVERIFY(file.loadData(path, headSize));
+    QCOMPARE(elsewhere.load(), thread);
     QCOMPARE(log.texts.size(), 3 * dialogs);
     QCOMPARE(log.open, 0);
     QCOMPARE(entriesOf(data, 0), (Entries{5, 1000}));
