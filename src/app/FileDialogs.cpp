@@ -35,6 +35,17 @@ QString chosenFile(const QFileDialog &dialog)
     return files.isEmpty() ? QString() : files.constFirst();
 }
 
+/// What both dialogs have in common. Qt's own words in them are English in any language of the program.
+void dress(QFileDialog &dialog, const QString &accept)
+{
+    dialog.setStyleSheet(fileDialogStyle());
+    dialog.setLabelText(QFileDialog::LookIn, ::tr("Look in:"));
+    dialog.setLabelText(QFileDialog::FileName, ::tr("File name:"));
+    dialog.setLabelText(QFileDialog::FileType, ::tr("Files of type:"));
+    dialog.setLabelText(QFileDialog::Accept, accept);
+    dialog.setLabelText(QFileDialog::Reject, ::tr("Cancel"));
+}
+
 bool mayReplace(QWidget *parent, const QString &path)
 {
     if (!QFileInfo(path).isFile()) {
@@ -93,11 +104,11 @@ QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
         return {};
     }
     QFileDialog dialog(parent, file.title, startDirectory(), file.filter);
-    dialog.setStyleSheet(fileDialogStyle());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setViewMode(QFileDialog::Detail);
     dialog.setDefaultSuffix(file.suffix);
+    dress(dialog, ::tr("Save"));
     // A system's dialog asks about the name that was typed, without the suffix that is added behind: asked here.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.selectFile(proposedName(now));
@@ -114,9 +125,9 @@ QString askOpenPath(QWidget *parent)
 {
     QFileDialog dialog(parent, ::tr("Open"), startDirectory(),
                        ::tr("LUX file") + QStringLiteral(" (*.cxset *cxdat)")); // as it stands, without a second dot
-    dialog.setStyleSheet(fileDialogStyle());
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
+    dress(dialog, ::tr("Open"));
     if (dialog.exec() != QDialog::Accepted) {
         return {};
     }

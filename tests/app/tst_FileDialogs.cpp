@@ -2,7 +2,8 @@
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
 
-#include <QComboBox>
+#include <QLabel>
+#include <QLocale>
 #include <QTemporaryDir>
 
 /// The two file dialogs, answered in Qt's own form of them.
@@ -22,6 +23,7 @@ private slots:
     void theSuffixIsAddedToATypedName();
     void theDirectoryIsRememberedOnlyWhenAFileIsChosen();
     void aFileThatExistsIsReplacedOnlyOnRequest();
+    void theDialogsSpeakTheProgramsLanguage();
     void theOpenDialogTakesExistingFilesOnly();
     void theOpenDialogsFilterStandsAsItIs();
 
@@ -188,6 +190,34 @@ void TstFileDialogs::aFileThatExistsIsReplacedOnlyOnRequest()
     QCOMPARE(dialogs.count, 2);
     QCOMPARE(boxes, 2);
     QCOMPARE(text, QStringLiteral("The file already exists. Do you want to replace it?\r\n") + path("old.cxdat"));
+}
+
+void TstFileDialogs::theDialogsSpeakTheProgramsLanguage()
+{
+    QFile file(path("de.xml"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<language><head><code>de</code></head><lux>"
+               "<t src='File name:'>Dateiname:</t><t src='Save'>Speichern</t><t src='Cancel'>Abbrechen</t></lux>"
+               "<analyzers/></language>");
+    file.close();
+    globalSet(QStringLiteral("userLang"), QStringLiteral("de"));
+    languageLoadFrom(m_dir->path(), QLocale::c());
+    QStringList texts;
+    DialogDriver<QFileDialog> dialogs([&](QFileDialog &dialog) {
+        for (const QAbstractButton *button : dialog.findChildren<QAbstractButton *>()) {
+            texts += button->text();
+        }
+        for (const QLabel *label : dialog.findChildren<QLabel *>()) {
+            texts += label->text();
+        }
+        dialog.reject();
+    });
+    QCOMPARE(save(), QString());
+    globalSet(QStringLiteral("userLang"), QStringLiteral("en-US"));
+    languageLoad();
+    for (const char *text : {"Dateiname:", "Speichern", "Abbrechen"}) {
+        QVERIFY2(texts.contains(QLatin1String(text)), text);
+    }
 }
 
 void TstFileDialogs::theOpenDialogTakesExistingFilesOnly()
