@@ -1,0 +1,162 @@
+#include "WaveSignal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace emulator {
+
+namespace {
+
+constexpr std::size_t maxChannels = 32;
+constexpr int analogPeriod = 256;
+
+std::int64_t endOf(std::int64_t start, std::int64_t width)
+{
+    return width >= never - start ? never : start + std::max<std::int64_t>(width, 1);
+}
+
+/// xorshift32 (G. Marsaglia, "Xorshift RNGs", 2003)
+std::uint32_t nextRandom(std::uint32_t &state)
+{
+    state ^= state << 13;
+    state ^= state >> 17;
+    state ^= state << 5;
+    return state;
+}
+
+} // namespace
+
+WaveSignal::Wave WaveSignal::Wave::constant(bool level)
+{
+    Wave wave;
+    wave.startLevel = level;
+    return wave;
+}
+
+WaveSignal::Wave WaveSignal::Wave::square(std::int64_t half, bool startLevel, std::int64_t delay)
+{
+    Wave wave;
+    wave.kind = Kind::Square;
+    wave.widths = {half};
+    wave.startLevel = startLevel;
+    wave.delay = delay;
+    return wave;
+}
+
+WaveSignal::Wave WaveSignal::Wave::pattern(std::vector<std::int64_t> widths, bool startLevel)
+{
+    Wave wave;
+    wave.kind = widths.empty() ? Kind::Constant : Kind::Pattern;
+    wave.widths = std::move(widths);
+    wave.startLevel = startLevel;
+    return wave;
+}
+
+WaveSignal::Wave WaveSignal::Wave::noise(std::uint32_t seed, std::int64_t shortest, std::int64_t longest)
+{
+    Wave wave;
+    wave.kind = Kind::Noise;
+    wave.seed = seed == 0 ? 1 : seed;
+    wave.shortest = std::max<std::int64_t>(shortest, 1);
+    wave.longest = std::max(longest, wave.shortest);
+    return wave;
+}
+
+WaveSignal::Wave WaveSignal::Wave::pulse(std::int64_t position, std::int64_t width, bool level)
+{
+    Wave wave = pattern({position, width, never}, !level);
+    return wave;
+}
+
+WaveSignal::WaveSignal(std::int64_t rate, const std::vector<Wave> &waves) : m_rate(rate)
+{
+    for (const Wave &wave : waves) {
+        if (m_tracks.size() < maxChannels) {
+            Track track;
+            track.wave = wave;
+            rewind(track);
+            m_tracks.push_back(std::move(track));
+        }
+    }
+}
+
+std::vector<WaveSignal::Wave> WaveSignal::counter(int channels, std::int64_t half)
+{
+    std::vector<Wave> waves;
+    for (int i = 0; i < channels; ++i) {
+        waves.push_back(Wave::square(half << i));
+    }
+    return waves;
+}
+
+void WaveSignal::rewind(Track &track)
+{
+    track.level = track.wave.startLevel;
+    track.begin = 0;
+    track.index = 0;
+    track.random = track.wave.seed;
+    track.end = track.wave.kind == Kind::Constant ? never : endOf(track.wave.delay, nextWidth(track));
+}
+
+std::int64_t WaveSignal::nextWidth(Track &track)
+{
+    const Wave &wave = track.wave;
+    if (wave.kind == Kind::Noise) {
+        const auto choices = std::uint64_t(wave.longest - wave.shortest) + 1;
+        return wave.shortest + std::int64_t(nextRandom(track.random) % choices);
+    }
+    const std::int64_t width = wave.widths[track.index];
+    track.index = (track.index + 1) % wave.widths.size();
+    return width;
+}
+
+void WaveSignal::advance(Track &track, std::int64_t position)
+{
+    if (track.wave.kind == Kind::Square && track.end <= position) {
+        // Jumps over the whole periods.
+        const std::int64_t half = std::max<std::int64_t>(track.wave.widths[0], 1);
+        const std::int64_t halves = (position - track.end) / half + 1;
+        track.level = track.level != ((halves & 1) != 0);
+        track.begin = track.end + (halves - 1) * half;
+        track.end = endOf(track.begin, half);
+        return;
+    }
+    while (track.end <= position) {
+        track.level = !track.level;
+        track.begin = track.end;
+        track.end = endOf(track.end, nextWidth(track));
+    }
+}
+
+SignalRun WaveSignal::at(std::int64_t position, std::uint32_t mask)
+{
+    SignalRun run;
+    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
+        if ((mask >> i & 1) == 0) {
+            continue;
+        }
+        Track &track = m_tracks[i];
+        if (position < track.begin) {
+            rewind(track);
+        }
+        if (track.end <= position) {
+            advance(track, position);
+        }
+        run.levels |= std::uint32_t(track.level) << i;
+        run.end = std::min(run.end, track.end);
+    }
+    return run;
+}
+
+std::int8_t WaveSignal::analogAt(int channel, std::int64_t position)
+{
+    const auto phase = int(position % analogPeriod);
+    if (channel != 0) {
+        return std::int8_t(phase - analogPeriod / 2);
+    }
+    constexpr double amplitude = 100;
+    return std::int8_t(std::lround(amplitude * std::sin(2 * std::numbers::pi * phase / analogPeriod)));
+}
+
+} // namespace emulator
