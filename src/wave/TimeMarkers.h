@@ -30,7 +30,7 @@ struct MarkerColors {
 
 /// The arithmetic of timing markers: places, samples, texts, over plain values.
 ///
-/// Pure; GUI-independent but for the value types; any thread. `x` is in device pixels of the wave view, positions are
+/// Pure, any thread; only colors() reads the palette, on the main thread. `x` is in device pixels of the wave view, positions are
 /// samples. Windows of any kind are taken, also one whose ratio is still 0.
 namespace TimeMarkers {
 
