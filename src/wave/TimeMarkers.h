@@ -30,8 +30,8 @@ struct MarkerColors {
 
 /// The arithmetic of timing markers: places, samples, texts, over plain values.
 ///
-/// Pure, any thread; only colors() reads the palette, on the main thread. `x` is in device pixels of the wave view, positions are
-/// samples. Windows of any kind are taken, also one whose ratio is still 0.
+/// Pure, any thread; only colors() reads the palette, on the main thread. `x` is in device pixels of the wave view,
+/// positions are samples. Windows of any kind are taken, also one whose ratio is still 0.
 namespace TimeMarkers {
 
 inline constexpr int snapReach = 10; ///< logical pixels at 96 dpi, within which an edge attracts a marker
