@@ -51,6 +51,10 @@ ExportDataSet::ExportDataSet(const QVector<ShownPair> &pairs, QWidget *parent)
 
     auto *accepts = new QPushButton(::tr("OK"), this);
     auto *rejects = new QPushButton(::tr("Cancel"), this);
+    for (QPushButton *button : {accepts, rejects}) {
+        // As high as each other, also when only one of the texts needs a font with higher letters.
+        button->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Minimum);
+    }
     accepts->setDefault(true);
     connect(accepts, &QPushButton::clicked, this, &QDialog::accept);
     connect(rejects, &QPushButton::clicked, this, &QDialog::reject);
