@@ -33,6 +33,7 @@ private slots:
     void anotherChoiceAsksForCounts();
     void theSameChoiceOrNoCaptureAsksForNothing();
     void aRowOnAnInvalidTimeAsksForNothing();
+    void aRowOnAChannelThatIsNotEnabledAsksForNothing();
     void aRemovedRowDoesNotTakeTheChoiceOfItsMenu();
     void aPairRemovedWhileItsMenuIsOpenLeavesTheRowUnknown();
     void anotherModelClosesTheMenuAndForgetsTheValues();
@@ -334,6 +335,22 @@ void TstPulseMeasureRows::aRowOnAnInvalidTimeAsksForNothing()
     panel.slotMenuTypeClicked(panel.typeMenu->actions().at(1));
     QCOMPARE(panel.timeButtons.first()->text(), QStringLiteral("C1-C2"));
     QCOMPARE(changed.count(), 0);
+}
+
+void TstPulseMeasureRows::aRowOnAChannelThatIsNotEnabledAsksForNothing()
+{
+    MainViewDesk desk;
+    PulseMeasure panel;
+    desk.load(capture().pulses(0, {100}));
+    addRows(panel, 1);
+    enableOnly({1});
+    QSignalSpy changed(&panel, &PulseMeasure::setChanged);
+    panel.menuRow = 0;
+    panel.slotMenuTypeClicked(panel.typeMenu->actions().at(1));
+    QCOMPARE(panel.typeButtons.first()->objectName(), QStringLiteral("1"));
+    QCOMPARE(changed.count(), 0);
+    panel.slotMenuChnClicked(panel.chnMenu->actions().at(1)); // to one that is
+    QCOMPARE(changed.count(), 1);
 }
 
 void TstPulseMeasureRows::aRemovedRowDoesNotTakeTheChoiceOfItsMenu()
