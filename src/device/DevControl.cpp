@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr int notOpen = 1;
-
 /// Rounds a count of clock steps half up; what no 32-bit register holds takes the nearest that it does.
 std::uint32_t roundCount(double value)
 {
@@ -60,24 +58,44 @@ PwmCounts pwmCounts(std::int64_t clock, double frequ, double duty)
     return counts;
 }
 
-int statusError(std::uint16_t status)
+SmpTransport *DevControlNone::transport()
 {
-    const int run = status & 0x0003;
-    if (run == 0 || run == 3) {
-        if (status == 0xFFFF) {
-            return 7;
-        }
-        return status == 0 ? 8 : 9;
-    }
-    if ((status & 0x00C0) != 0x00C0) {
-        return 10;
-    }
-    return (status & 0x0010) != 0 ? 13 : 0;
+    return nullptr;
+}
+
+int DevControlNone::startDevice()
+{
+    return notOpen;
+}
+
+int DevControlNone::stopDevice()
+{
+    return notOpen;
+}
+
+int DevControlNone::bulkStart()
+{
+    return notOpen;
+}
+
+int DevControlNone::bulkStop()
+{
+    return notOpen;
 }
 
 int DevControlNone::readStatus(std::uint16_t &status)
 {
     status = 0;
+    return notOpen;
+}
+
+int DevControlNone::readCaptureInfo(SmpCaptureInfo &)
+{
+    return notOpen;
+}
+
+int DevControlNone::setReadWindow(std::uint32_t, std::uint32_t)
+{
     return notOpen;
 }
 
@@ -99,11 +117,6 @@ int DevControlNone::startRun(bool)
 bool DevControlNone::isRunning() const
 {
     return false;
-}
-
-int DevControlNone::stopDevice()
-{
-    return notOpen;
 }
 
 void DevControlNone::tuneChunkSize(std::int64_t) {}

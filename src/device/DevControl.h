@@ -1,8 +1,12 @@
 #pragma once
 
+#include "acquisition/SmpDevice.h"
+
 #include <QByteArray>
 
 #include <cstdint>
+
+class SmpTransport;
 
 /// How a capture is set up in an instrument. Masks: bit i stands for digital channel i.
 struct SmpConfig {
@@ -36,20 +40,19 @@ struct PwmCounts {
 [[nodiscard]] VthCodes vthCodes(double volts);
 /// Rounds to whole steps of `clock` (Hz). `frequ` in Hz, above 0; `duty` in percent.
 [[nodiscard]] PwmCounts pwmCounts(std::int64_t clock, double frequ, double duty);
-/// What a status word tells: 0 running well, 7 no answer on the bus, 8 all zero, 9 not running, 10 and 13 faults.
-[[nodiscard]] int statusError(std::uint16_t status);
 
 /// What the device object asks of an instrument: the one seam between the models and the hardware side.
 ///
 /// Every operation that returns an int answers 0 done, 1 not open, 2 the transfer failed; it may block for one control
-/// transfer (readUid() for 50 ms more) and may be called in any order, whatever the last answer was. All run on the
-/// main thread; stopDevice() may meet a transfer of the capture's own threads, and implementations serialise that.
-class DevControl {
+/// transfer (readUid() for 50 ms more) and may be called in any order, whatever the last answer was. Those declared
+/// here run on the main thread, or where an instrument is brought up; the others also on the threads of a capture,
+/// which implementations serialise.
+class DevControl : public SmpDevice {
 public:
     virtual ~DevControl() = default;
 
-    /// Reads the status word; it is 0 unless the answer is 0. statusError() tells what it means.
-    [[nodiscard]] virtual int readStatus(std::uint16_t &status) = 0;
+    /// Where the instrument's bulk data comes from; null when there is none. It outlives every device object.
+    [[nodiscard]] virtual SmpTransport *transport() = 0;
     /// Reads the 8 bytes of identity; `devUid` is left alone unless the answer is 0.
     [[nodiscard]] virtual int readUid(QByteArray &devUid) = 0;
     /// Sets up the next capture.
@@ -59,8 +62,6 @@ public:
     virtual int startRun(bool streaming) = 0;
     /// True from a startRun() that answered 0 until its threads have ended. Never blocks.
     [[nodiscard]] virtual bool isRunning() const = 0;
-    /// Tells the instrument to stop sampling.
-    virtual int stopDevice() = 0;
     /// Tells the transport the rate of data on the wire, from which it chooses the size of its reads. Never blocks.
     virtual void tuneChunkSize(std::int64_t bitsPerSecond) = 0;
     /// Routes received data to the streaming or to the storage side. Called once by each new model object; never
@@ -79,12 +80,18 @@ public:
 /// The answer of a program without an instrument: nothing is ever open.
 class DevControlNone final : public DevControl {
 public:
+    SmpTransport *transport() override;
+    int startDevice() override;
+    int stopDevice() override;
+    int bulkStart() override;
+    int bulkStop() override;
     int readStatus(std::uint16_t &status) override;
+    int readCaptureInfo(SmpCaptureInfo &info) override;
+    int setReadWindow(std::uint32_t address, std::uint32_t size) override;
     int readUid(QByteArray &devUid) override;
     int sendSmpConfig(const SmpConfig &config) override;
     int startRun(bool streaming) override;
     bool isRunning() const override;
-    int stopDevice() override;
     void tuneChunkSize(std::int64_t bitsPerSecond) override;
     void attach(bool streaming) override;
     int sendPwm(int output, std::uint32_t period, std::uint32_t high) override;

@@ -127,6 +127,14 @@ void TstDevControl::withoutAnInstrumentNothingIsOpen()
     QCOMPARE(none.startRun(true), 1);
     QVERIFY(!none.isRunning());
     QCOMPARE(none.stopDevice(), 1);
+    QCOMPARE(none.startDevice(), 1);
+    QCOMPARE(none.bulkStart(), 1);
+    QCOMPARE(none.bulkStop(), 1);
+    SmpCaptureInfo info{1, 2, 3};
+    QCOMPARE(none.readCaptureInfo(info), 1);
+    QCOMPARE(info.endAddress, 3U);
+    QCOMPARE(none.setReadWindow(0, 16), 1);
+    QVERIFY(none.transport() == nullptr);
     QCOMPARE(none.sendPwm(0, 1, 1), 1);
     QCOMPARE(none.sendPwmEnable(3), 1);
     QCOMPARE(none.sendVth(1, {}), 1);

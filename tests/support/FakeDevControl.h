@@ -18,7 +18,36 @@ public:
     int runAnswer = 0;
     QByteArray uid = QByteArrayLiteral("\x11\x22\x33\x44\x55\x66\x77\x88");
     bool running = false;
+    SmpCaptureInfo info;
+    SmpTransport *bulk = nullptr; ///< not owned
 
+    SmpTransport *transport() override { return bulk; }
+    int startDevice() override
+    {
+        calls.append(QStringLiteral("startDevice"));
+        return 0;
+    }
+    int bulkStart() override
+    {
+        calls.append(QStringLiteral("bulkStart"));
+        return 0;
+    }
+    int bulkStop() override
+    {
+        calls.append(QStringLiteral("bulkStop"));
+        return 0;
+    }
+    int readCaptureInfo(SmpCaptureInfo &out) override
+    {
+        calls.append(QStringLiteral("readCaptureInfo"));
+        out = info;
+        return 0;
+    }
+    int setReadWindow(std::uint32_t address, std::uint32_t size) override
+    {
+        calls.append(QStringLiteral("setReadWindow %1 %2").arg(address).arg(size));
+        return 0;
+    }
     int readStatus(std::uint16_t &out) override
     {
         calls.append(QStringLiteral("readStatus"));
