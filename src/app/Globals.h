@@ -68,6 +68,7 @@ void globalsFillTables();
 QString globalsFileArgument(const QStringList &arguments);
 
 /// Loads the application's fonts and sets `gFontMain`, `gFontSmall` and `gFontLarge` from `system`, the system's font.
-/// `languageFont` is the family that the language file asks for; "" or "SysDefault" have the meanings of that file.
+/// `languageFont` is the family that the language file asks for, or several, separated by commas, of which the first
+/// that the system has is shown; "" or "SysDefault" have the meanings of that file.
 /// A font that does not load is replaced silently.
 void globalsLoadFonts(const QFont &system, const QString &languageFont);

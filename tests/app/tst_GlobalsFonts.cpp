@@ -19,6 +19,7 @@ private slots:
     void theOwnFontsGiveTheFamilies();
     void theLanguageFileDecidesTheMainFamilyOnly_data();
     void theLanguageFileDecidesTheMainFamilyOnly();
+    void ofSeveralFamiliesTheFirstThatTheSystemHasIsShown();
     void loadingTheFontsAgainGivesTheSame();
     void theMainFontIsAsNarrowAsItsFile();
 
@@ -76,6 +77,26 @@ void TstGlobalsFonts::theLanguageFileDecidesTheMainFamilyOnly()
     QCOMPARE(gFontMain.family(), family);
     QCOMPARE(gFontSmall.family(), m_tahoma);
     QCOMPARE(gFontLarge.family(), m_verdana);
+}
+
+void TstGlobalsFonts::ofSeveralFamiliesTheFirstThatTheSystemHasIsShown()
+{
+    const QString missing = QStringLiteral("No Such Family");
+    const QString replacement = QFontInfo(QFont(missing)).family();
+    QString present;
+    for (const QString &family : QFontDatabase().families()) {
+        const bool named =
+            !family.contains(QLatin1Char('[')) && !family.contains(QLatin1Char(',')); // and by nobody else
+        if (named && family != replacement && QFontInfo(QFont(family)).family() == family) {
+            present = family;
+            break;
+        }
+    }
+    if (present.isEmpty()) {
+        QSKIP("the system has but one font");
+    }
+    globalsLoadFonts(m_system, missing + QStringLiteral(", ") + present + QStringLiteral(", ") + replacement);
+    QCOMPARE(QFontInfo(gFontMain).family(), present);
 }
 
 void TstGlobalsFonts::theMainFontIsAsNarrowAsItsFile()

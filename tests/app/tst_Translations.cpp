@@ -160,7 +160,8 @@ void TstTranslations::everyFileNamesItselfWhole()
     QCOMPARE(text("code"), code);
     QVERIFY(!text("name").isEmpty());
     QVERIFY(text("info").size() > 10);
-    QCOMPARE(text("font"), QStringLiteral("SysDefault"));
+    // The program's own font has Latin signs only.
+    QCOMPARE(text("font").isEmpty(), code == QLatin1String("de"));
     // The analyzers' texts have their place, though there is none yet.
     QVERIFY(!luxOf(code).nextSiblingElement().isNull());
 }
