@@ -35,7 +35,7 @@ QString chosenFile(const QFileDialog &dialog)
     return files.isEmpty() ? QString() : files.constFirst();
 }
 
-/// What both dialogs have in common. Qt's own words in them are English in any language of the program.
+/// What both dialogs have in common. The labels hold for a system's own dialog too.
 void dress(QFileDialog &dialog, const QString &accept)
 {
     dialog.setStyleSheet(fileDialogStyle());

@@ -3,6 +3,7 @@
 #include "app/Config.h"
 #include "app/Globals.h"
 #include "app/Language.h"
+#include "app/QtTexts.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "wave/Style.h"
@@ -48,6 +49,7 @@ void initGlobals(const QStringList &arguments)
 void initLook()
 {
     languageLoad();
+    QtTexts::install();
     globalsLoadFonts(QApplication::font(), languageHead(QStringLiteral("font")));
     QApplication::setFont(gFontMain);
     qApp->setStyleSheet(programStyle());
