@@ -6,6 +6,7 @@
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
 #include "wave/MyButton.h"
+#include "wave/Style.h"
 
 #include <QSignalSpy>
 #include <QVBoxLayout>
@@ -39,6 +40,24 @@ void add(Annotations &section, int times = 1)
     }
 }
 
+/// Notes the style of the next message box's text and the colour of its ground.
+class BoxPainter : public QObject {
+public:
+    BoxPainter() { qApp->installEventFilter(this); }
+    QString textStyle;
+    QColor ground;
+
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        auto *box = qobject_cast<QMessageBox *>(object);
+        if (box != nullptr && event->type() == QEvent::Show) {
+            textStyle = box->findChild<QLabel *>(QStringLiteral("qt_msgbox_label"))->styleSheet();
+            ground = box->grab().toImage().pixelColor(1, 1);
+        }
+        return false;
+    }
+};
+
 } // namespace
 
 /// The section "Timing Marker Pairs".
@@ -51,6 +70,7 @@ private slots:
     void removingTellsTheFirstMarker();
     void removingAPairThatIsNotThereDoesNothing();
     void aSixthAddShowsABoxAndChangesNothing();
+    void theBoxHasBlackTextOnALightGround();
     void aPairThatTheViewMadeIsPlacedAndTellsNothing();
     void aPairThatTheViewMadeIsNotListedTwice();
     void timesAreWrittenToTheirMarker();
@@ -140,6 +160,19 @@ void TstAnnotations::aSixthAddShowsABoxAndChangesNothing()
     QCOMPARE(closer.seen.icon, QMessageBox::Information);
     QCOMPARE(added.count(), 0);
     QCOMPARE(letters(section), QStringLiteral("ABCDE"));
+}
+
+void TstAnnotations::theBoxHasBlackTextOnALightGround()
+{
+    qApp->setStyleSheet(programStyle()); // dark boxes with light text
+    Annotations section;
+    add(section, 5);
+    BoxPainter painter;
+    const BoxCloser closer;
+    add(section);
+    QCOMPARE(painter.textStyle, QStringLiteral("color:black;"));
+    QVERIFY(painter.ground.lightness() > 200);
+    qApp->setStyleSheet(QString());
 }
 
 void TstAnnotations::aPairThatTheViewMadeIsPlacedAndTellsNothing()
