@@ -70,6 +70,7 @@ enum class UsbPolicy : std::uint32_t {
 
 /// The place of one asynchronous read. Made by the platform that uses it, and used by one thread at a time beside
 /// abortPipe(). Idle, or holding one read from queueRead() until its result has been asked for or the next is queued.
+/// It goes before its platform, and never while its read is under way.
 class UsbReadSlot {
 public:
     virtual ~UsbReadSlot() = default;

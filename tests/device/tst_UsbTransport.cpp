@@ -215,14 +215,14 @@ void TstUsbTransport::everyListIsFreed()
 {
     UsbDesk desk;
     QCOMPARE(desk.transport->refresh(), 1);
-    QCOMPARE(desk.usb->listsOpen, 0);
+    QVERIFY(desk.usb->lists.empty());
     QCOMPARE(desk.transport->refresh(), 0);
-    QCOMPARE(desk.usb->listsOpen, 0);
+    QVERIFY(desk.usb->lists.empty());
     desk.usb->unplug();
     QCOMPARE(desk.transport->refresh(), -1);
-    QCOMPARE(desk.usb->listsOpen, 0);
+    QVERIFY(desk.usb->lists.empty());
     QCOMPARE(desk.transport->refresh(), 0);
-    QCOMPARE(desk.usb->listsOpen, 0);
+    QVERIFY(desk.usb->lists.empty());
     QCOMPARE(desk.usb->count("openList"), 4);
 }
 

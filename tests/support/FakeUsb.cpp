@@ -49,6 +49,12 @@ void FakeUsb::unplug()
     unplugLocked();
 }
 
+void FakeUsb::hideDevices()
+{
+    const Lock lock(m_mutex);
+    m_hidden = true;
+}
+
 void FakeUsb::unplugLocked()
 {
     devices.clear();
@@ -123,20 +129,27 @@ UsbList FakeUsb::openList()
     if (!enter("openList").ok()) {
         return UsbList::None;
     }
-    ++listsOpen;
-    return UsbList(1);
+    std::vector<std::string> &paths = lists[++m_lastHandle];
+    for (const FakeUsbDevice &device : devices) {
+        if (!m_hidden) {
+            paths.push_back(device.path);
+        }
+    }
+    return UsbList(m_lastHandle);
 }
 
 bool FakeUsb::listHas(UsbList list, int index)
 {
     const Lock lock(m_mutex);
-    if (list == UsbList::None) {
+    const auto paths = lists.find(std::uintptr_t(list));
+    if (paths == lists.end()) {
         misuse.emplace_back("listHas without a list");
+        return false;
     }
-    return enter("listHas").ok() && index >= 0 && index < int(devices.size());
+    return enter("listHas").ok() && index >= 0 && index < int(paths->second.size());
 }
 
-UsbResult FakeUsb::interfaceDetail(UsbList, int index, std::span<char> room, std::size_t &needed)
+UsbResult FakeUsb::interfaceDetail(UsbList list, int index, std::span<char> room, std::size_t &needed)
 {
     const Lock lock(m_mutex);
     needed = 0;
@@ -147,10 +160,11 @@ UsbResult FakeUsb::interfaceDetail(UsbList, int index, std::span<char> room, std
     if (onDetail) {
         return onDetail(index, room, needed);
     }
-    if (index < 0 || index >= int(devices.size())) {
+    const std::vector<std::string> &paths = lists[std::uintptr_t(list)];
+    if (index < 0 || index >= int(paths.size())) {
         return {UsbError::NotFound, 259};
     }
-    const std::string &path = devices[std::size_t(index)].path;
+    const std::string &path = paths[std::size_t(index)];
     needed = path.size() + 1;
     if (room.size() < needed) {
         return {UsbError::TooSmall, 122};
@@ -162,8 +176,8 @@ UsbResult FakeUsb::interfaceDetail(UsbList, int index, std::span<char> room, std
 void FakeUsb::freeList(UsbList list)
 {
     const Lock lock(m_mutex);
-    if (list != UsbList::None) {
-        --listsOpen;
+    if (lists.erase(std::uintptr_t(list)) == 0 && list != UsbList::None) {
+        misuse.emplace_back("freeList of none");
     }
 }
 
@@ -373,6 +387,7 @@ UsbResult FakeUsb::queueRead(UsbInterface iface, std::uint8_t pipe, std::uint8_t
         return result.ok() ? UsbResult{UsbError::NotFound, 87} : result;
     }
     readSizes.push_back(size);
+    buffers.push_back(buffer);
     own.buffer = buffer;
     own.size = size;
     own.state = Slot::Queued;
@@ -438,6 +453,7 @@ bool FakeUsb::waitRead(UsbReadSlot &slot, int ms)
         } else if (!holds) {
             return false;
         } else if (m_ended.wait_until(lock, until) == std::cv_status::timeout && own.state == Slot::Queued) {
+            ++waitsTimedOut;
             if (!pipeFirst) {
                 return false;
             }
@@ -472,6 +488,7 @@ UsbResult FakeUsb::readResult(UsbInterface iface, UsbReadSlot &slot, std::uint32
     moved = own.moved;
     if (operations == failAt && failShort && moved > 0) {
         --moved;
+        --sent;
     }
     return {};
 }

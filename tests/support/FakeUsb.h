@@ -64,7 +64,8 @@ public:
     int unplugAt = 0;       ///< operation before which all devices leave the bus
 
     void plug(const FakeUsbDevice &device);
-    void unplug(); ///< all of them
+    void unplug();      ///< all of them; their reads end
+    void hideDevices(); ///< takes all off the list, while nothing else tells that they have gone
     void push(const FakeRead &read);
     void halt(); ///< of the bulk IN pipe, until it is reset
 
@@ -72,17 +73,19 @@ public:
     int operations = 0; ///< that can fail
     std::vector<std::string> calls;
     std::vector<std::string> misuse;
-    std::vector<std::uint32_t> readSizes;  ///< of each queued read
-    std::vector<std::uint32_t> writeSizes; ///< of each bulk write
+    std::vector<std::uint32_t> readSizes;      ///< of each queued read
+    std::vector<const std::uint8_t *> buffers; ///< of each queued read
+    std::vector<std::uint32_t> writeSizes;     ///< of each bulk write
     std::vector<UsbSetup> setups;
     int fewestLeft = 1000; ///< reads still queued when one ended, the last of a run included
-    int listsOpen = 0;
+    int waitsTimedOut = 0; ///< of those that let real time pass
+    std::map<std::uintptr_t, std::vector<std::string>> lists; ///< open ones, with their paths
     std::set<std::uintptr_t> filesOpen;
     std::set<std::uintptr_t> interfacesOpen;
     std::function<void()> changed; ///< of registerHotplug()
     std::uint64_t sent = 0;        ///< bytes of the stream
     [[nodiscard]] int count(const std::string &call) const;
-    [[nodiscard]] bool allFreed() const { return listsOpen == 0 && filesOpen.empty() && interfacesOpen.empty(); }
+    [[nodiscard]] bool allFreed() const { return lists.empty() && filesOpen.empty() && interfacesOpen.empty(); }
 
     UsbList openList() override;
     bool listHas(UsbList list, int index) override;
@@ -134,4 +137,5 @@ private:
     int m_slotsMade = 0;
     std::uint32_t m_readTimeout = 0; ///< ms
     bool m_halted = false;
+    bool m_hidden = false;
 };
