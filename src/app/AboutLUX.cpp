@@ -6,6 +6,7 @@
 #include "app/Language.h"
 #include "device/DevBase.h"
 #include "device/HostSystem.h"
+#include "device/UsbTransport.h"
 #include "wave/Style.h"
 
 #include <QGroupBox>
@@ -56,6 +57,7 @@ SystemInfo systemInfoNow()
     info.memoryTotal = physicalMemoryBytes();
     info.memoryUsable = memBudgetStart;
     info.memoryUsed = memBudgetStart - memBudget.load(std::memory_order_relaxed);
+    info.bcdUsb = gUsb != nullptr ? gUsb->bcdUsb.load() : 0;
     info.devUid = gDev->devUid;
     return info;
 }

@@ -13,7 +13,7 @@ struct SystemInfo {
     std::int64_t memoryTotal = 0;      ///< physical memory, bytes; 0 if the system does not tell
     std::int64_t memoryUsable = 0;     ///< what captures may take, bytes
     std::int64_t memoryUsed = 0;       ///< what they have taken of it, bytes
-    std::uint16_t bcdUsb = 0;          ///< of the instrument's connection; 0 without one
+    std::uint16_t bcdUsb = 0;          ///< of the connection to the last instrument; 0 before the first
     QByteArray devUid;                 ///< identity of the instrument, 8 bytes; zero without one
     std::uint16_t hardwareVersion = 0; ///< of the instrument; 0 if unknown
 };

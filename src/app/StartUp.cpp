@@ -6,6 +6,8 @@
 #include "app/QtTexts.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/UsbPlatforms.h"
+#include "device/UsbTransport.h"
 #include "wave/Style.h"
 
 #include <QApplication>
@@ -53,6 +55,11 @@ void initLook()
     globalsLoadFonts(QApplication::font(), languageHead(QStringLiteral("font")));
     QApplication::setFont(gFontMain);
     qApp->setStyleSheet(programStyle());
+}
+
+void initTransport()
+{
+    gUsb = new UsbTransport(makeUsbPlatform());
 }
 
 void initDevice()

@@ -13,6 +13,9 @@ void initGlobals(const QStringList &arguments);
 /// Language, fonts, and the style of the whole application.
 void initLook();
 
+/// Makes `gUsb`, the transport over this system's USB; nothing is open yet.
+void initTransport();
+
 /// Makes `gDev` from "devModel".
 void initDevice();
 

@@ -4,6 +4,7 @@
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/DevBase.h"
+#include "device/UsbTransport.h"
 
 #include <QApplication>
 
@@ -29,6 +30,7 @@ int main(int argc, char *argv[])
     memBudgetInit();
     StartUp::initGlobals(QCoreApplication::arguments().mid(1));
     StartUp::initLook();
+    StartUp::initTransport();
     StartUp::initDevice();
 
     const int code = runWindow();
@@ -36,5 +38,8 @@ int main(int argc, char *argv[])
     // Stops and joins a capture thread that still runs.
     delete gDev;
     gDev = nullptr;
+    // Closes the device. Nobody is left who transfers.
+    delete gUsb;
+    gUsb = nullptr;
     return code;
 }

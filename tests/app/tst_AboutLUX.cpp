@@ -2,6 +2,8 @@
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "device/HostSystem.h"
+#include "device/UsbTransport.h"
+#include "support/FakeUsb.h"
 #include "support/GuiTestMain.h"
 
 #include <QClipboard>
@@ -21,6 +23,7 @@ private slots:
     void memoryIsToldInWholeMebibytes();
     void theScreensResolutionIsToldWithSixDigits();
     void withoutAnInstrumentItsNumbersAreZero();
+    void theConnectionsLevelIsThatOfTheTransport();
     void theProgramsNameAndVersionStandAboveIt();
     void theSystemsStateCanBeSelectedAndCopiedByKeys();
     void theCloseButtonEndsTheDialog();
@@ -79,6 +82,20 @@ void TstAboutLUX::withoutAnInstrumentItsNumbersAreZero()
     QCOMPARE(info.memoryUsed, std::int64_t(3 << 20));
     QCOMPARE(lines(info).at(5), QStringLiteral("USB Level: 0"));
     QCOMPARE(lines(info).at(6), QStringLiteral("Device ID: 00000000000000000000"));
+}
+
+void TstAboutLUX::theConnectionsLevelIsThatOfTheTransport()
+{
+    auto usb = std::make_unique<FakeUsb>();
+    FakeUsbDevice slow;
+    slow.pipes = {{0x86, 64}};
+    usb->devices = {slow};
+    UsbTransport transport(std::move(usb));
+    gUsb = &transport;
+    QCOMPARE(systemInfoNow().bcdUsb, std::uint16_t(0));
+    QCOMPARE(transport.refresh(), 1);
+    QCOMPARE(lines(systemInfoNow()).at(5), QStringLiteral("USB Level: 110"));
+    gUsb = nullptr;
 }
 
 void TstAboutLUX::theProgramsNameAndVersionStandAboveIt()

@@ -2,6 +2,7 @@
 #include "app/Globals.h"
 #include "app/StartUp.h"
 #include "device/DevBase.h"
+#include "device/UsbTransport.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -23,6 +24,7 @@ private slots:
     void aNegativeModelGivesTheDeviceWithoutHardware();
     void anUnreadableModelGivesTheDeviceWithoutHardware();
     void theLookTakesTheProgramsFontAndStyle();
+    void theTransportStandsBeforeTheDeviceAndIsClosed();
 
 private:
     QString write(const QString &name, const QByteArray &bytes);
@@ -143,6 +145,16 @@ void TstStartUp::theLookTakesTheProgramsFontAndStyle()
     StartUp::initLook();
     QCOMPARE(QApplication::font(), gFontMain);
     QVERIFY(!qApp->styleSheet().isEmpty());
+}
+
+void TstStartUp::theTransportStandsBeforeTheDeviceAndIsClosed()
+{
+    QVERIFY(gUsb == nullptr);
+    StartUp::initTransport();
+    QVERIFY(gUsb != nullptr);
+    QVERIFY(!gUsb->isOpen());
+    delete gUsb;
+    gUsb = nullptr;
 }
 
 QTEST_MAIN(TstStartUp)
