@@ -24,6 +24,7 @@ constexpr std::array<std::uint8_t, 3> uidQuestion{0xA3, 0x01, 0xCA};
 constexpr std::size_t uidAnswerSize = 12;
 constexpr std::size_t uidAt = 2;
 constexpr std::size_t captureInfoSize = 12;
+constexpr std::size_t biggestAnswer = 12;
 constexpr std::uint8_t runBits = 3;
 constexpr std::int64_t unpacedStep = std::int64_t(1) << 28; // samples of an unpaced capture with each status request
 constexpr std::int64_t unpacedEffort = 1 << 22;
@@ -103,36 +104,39 @@ Instrument::Moved Instrument::ramRequest(const SetupPacket &setup, In data)
     return data.size();
 }
 
+/// A host that asks for more than there is gets what there is.
 Instrument::Moved Instrument::toHost(const SetupPacket &setup, In data)
 {
     if (setup.request == requests::eeprom) {
         m_eeprom.read(setup.value, data);
         return data.size();
     }
-    if (requests::statusRead.matches(setup) && data.size() == 2) {
-        writeLittle(data, statusWord());
-        return data.size();
-    }
-    if (requests::fpgaLoadDone.matches(setup) && data.size() == 1) {
-        data[0] = m_fpga.finish();
-        return data.size();
-    }
-    if (requests::captureInfo.matches(setup) && data.size() == captureInfoSize && m_fpga.enabled() &&
-        !m_model.streams()) {
+    std::array<std::uint8_t, biggestAnswer> room{};
+    const std::span<std::uint8_t> all(room);
+    std::size_t length = 0;
+    if (requests::statusRead.matches(setup)) {
+        length = 2;
+        writeLittle(all.first(length), statusWord());
+    } else if (requests::fpgaLoadDone.matches(setup)) {
+        length = 1;
+        room[0] = m_fpga.finish();
+    } else if (requests::captureInfo.matches(setup) && m_fpga.enabled() && !m_model.streams()) {
+        length = captureInfoSize;
         const CaptureInfo info = m_capture.info();
-        writeLittle(data.first(4), info.recordCount);
-        writeLittle(data.subspan(4, 4), info.triggerRecord);
-        writeLittle(data.subspan(8, 4), info.endAddress);
-        return data.size();
-    }
-    if (requests::uidRead.matches(setup) && data.size() == uidAnswerSize) {
-        std::fill(data.begin(), data.end(), std::uint8_t(0));
+        writeLittle(all.first(4), info.recordCount);
+        writeLittle(all.subspan(4, 4), info.triggerRecord);
+        writeLittle(all.subspan(8, 4), info.endAddress);
+    } else if (requests::uidRead.matches(setup)) {
+        length = uidAnswerSize;
         if (m_uidAsked && m_now - *m_uidAsked >= m_options.uidDelay) {
-            std::copy(m_options.uid.begin(), m_options.uid.end(), data.begin() + uidAt);
+            std::copy(m_options.uid.begin(), m_options.uid.end(), room.begin() + uidAt);
         }
-        return data.size();
+    } else {
+        return std::nullopt;
     }
-    return std::nullopt;
+    length = std::min(length, data.size());
+    std::copy_n(room.begin(), length, data.begin());
+    return length;
 }
 
 /// @return false for a stall

@@ -55,6 +55,7 @@ private Q_SLOTS:
     void pwmOutputsTakeTheirCounts();
     void registersStallUntilTheFpgaRuns();
     void requestsOfAWrongLengthStall();
+    void answersAreAsLongAsThereIsSomethingToTell();
     void pullingThePlugForgetsFirmwareAndFpga();
     void requestsAfterThePlugWasPulledAreCounted();
     void allVendorRequestsAreRecorded();
@@ -403,9 +404,17 @@ void TstInstrumentBringUp::requestsOfAWrongLengthStall()
     QVERIFY(!sent(device, 0x20, 0x00, {}));
     QVERIFY(!sent(device, 0x20, 0x00, {1}));
     QVERIFY(!sent(device, 0x20, 0x48, Bytes(3)));
-    QCOMPARE(ask(device, 0x20, 0x00, 1).size(), std::size_t(0));
-    QCOMPARE(ask(device, 0x20, 0x10, 11).size(), std::size_t(0));
     QVERIFY(!sent(device, 0x77, 0));
+}
+
+void TstInstrumentBringUp::answersAreAsLongAsThereIsSomethingToTell()
+{
+    Instrument device(options(8));
+    QVERIFY(bringUp(device));
+    QCOMPARE(ask(device, 0x20, 0x00, 64), (Bytes{0xC1, 0x85}));
+    QCOMPARE(ask(device, 0x20, 0x00, 1), Bytes{0xC1});
+    QCOMPARE(ask(device, 0x20, 0x10, 64).size(), std::size_t(12));
+    QCOMPARE(ask(device, 0xEE, 0x00, 4).size(), std::size_t(0));
 }
 
 void TstInstrumentBringUp::pullingThePlugForgetsFirmwareAndFpga()

@@ -1,0 +1,595 @@
+#include "support/UsbPlatformEmulated.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+using emulator::Outcome;
+using emulator::Urb;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto tickWhileBusy = 1ms; // the pump's grain of time
+constexpr auto tickWhileIdle = 5ms;
+
+UsbError errorOf(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::Done:
+        return UsbError::None;
+    case Outcome::NotYet:
+        return UsbError::Pending;
+    case Outcome::Stalled:
+        return UsbError::Halted;
+    case Outcome::Failed:
+        return UsbError::Failed;
+    case Outcome::Gone:
+        break;
+    }
+    return UsbError::Gone;
+}
+
+std::string pathOf(int port, unsigned generation)
+{
+    return "emulated:" + std::to_string(port) + ":" + std::to_string(generation);
+}
+
+} // namespace
+
+// ---- the bus
+// ---------------------------------------------------------------------------------------------------------
+
+EmulatedBus::EmulatedBus(double timeScale) : m_timeScale(timeScale), m_lastTick(Clock::now()), m_pump([this] { run(); })
+{}
+
+EmulatedBus::~EmulatedBus()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stop = true;
+    }
+    m_wake.notify_one();
+    m_pump.join();
+}
+
+int EmulatedBus::add(const emulator::InstrumentOptions &options, std::shared_ptr<emulator::LogicSignal> signal)
+{
+    auto port = std::make_unique<Port>();
+    port->instrument = std::make_unique<emulator::Instrument>(options, std::move(signal));
+    port->urbs = std::make_unique<emulator::UrbQueue>(*port->instrument);
+    const Turn turn(*this);
+    m_ports.push_back(std::move(port));
+    return int(m_ports.size()) - 1;
+}
+
+void EmulatedBus::plug(int index)
+{
+    with(index, [](emulator::Instrument &instrument) { instrument.attach(); });
+}
+
+void EmulatedBus::unplug(int index)
+{
+    with(index, [](emulator::Instrument &instrument) { instrument.detach(); });
+}
+
+int EmulatedBus::fewestReadsLeft(int index)
+{
+    const Turn turn(*this);
+    return m_ports[std::size_t(index)]->urbs->fewestReadsLeft();
+}
+
+bool EmulatedBus::isPresent(int port, unsigned generation) const
+{
+    const emulator::Instrument &instrument = *m_ports[std::size_t(port)]->instrument;
+    return instrument.attached() && instrument.generation() == generation;
+}
+
+void EmulatedBus::submit(const std::shared_ptr<Transfer> &transfer, Urb urb)
+{
+    transfer->key = ++m_lastKey;
+    transfer->endpoint = urb.endpoint;
+    urb.key = transfer->key;
+    m_transfers[transfer->key] = transfer;
+    m_ports[std::size_t(transfer->port)]->urbs->submit(urb);
+}
+
+void EmulatedBus::end(const std::shared_ptr<Transfer> &transfer, UsbError error, std::size_t moved)
+{
+    transfer->ended = true;
+    transfer->error = error;
+    transfer->moved = moved;
+    m_transfers.erase(transfer->key);
+    m_transferEnded.notify_all();
+}
+
+void EmulatedBus::cancel(const std::shared_ptr<Transfer> &transfer, UsbError error)
+{
+    if (transfer->ended) {
+        return;
+    }
+    const auto urb = m_ports[std::size_t(transfer->port)]->urbs->cancel(transfer->key);
+    end(transfer, error, urb ? urb->actual : 0);
+}
+
+/// Lets the real time that has passed pass for the instruments.
+void EmulatedBus::advance()
+{
+    const Clock::time_point now = Clock::now();
+    const double elapsed = std::chrono::duration<double, std::nano>(now - m_lastTick).count() * m_timeScale;
+    m_lastTick = now;
+    for (const auto &port : m_ports) {
+        port->instrument->tick(std::uint64_t(std::max(elapsed, 0.0)));
+    }
+    endLate(now);
+}
+
+void EmulatedBus::endLate(Clock::time_point now)
+{
+    std::vector<std::shared_ptr<Transfer>> late;
+    for (const auto &[key, transfer] : m_transfers) {
+        if (now >= transfer->deadline) {
+            late.push_back(transfer);
+        }
+    }
+    for (const auto &transfer : late) {
+        cancel(transfer, UsbError::TimedOut);
+    }
+}
+
+/// Moves data. @return true when there is more to do at once
+bool EmulatedBus::pumpOnce()
+{
+    bool more = false;
+    for (const auto &port : m_ports) {
+        for (const Urb &urb : port->urbs->pump()) {
+            const auto found = m_transfers.find(urb.key);
+            if (found != m_transfers.end()) {
+                end(std::shared_ptr<Transfer>(found->second), errorOf(urb.outcome), urb.actual);
+            }
+        }
+        more = more || port->urbs->wantsMore();
+    }
+    return more;
+}
+
+/// @return true when a device of the port has come or gone since the last call
+bool EmulatedBus::noteChanges(Port &port) const
+{
+    const bool attached = port.instrument->attached();
+    const unsigned generation = port.instrument->generation();
+    if (attached == port.toldAttached && (!attached || generation == port.toldGeneration)) {
+        return false;
+    }
+    port.toldAttached = attached;
+    port.toldGeneration = generation;
+    return true;
+}
+
+void EmulatedBus::run()
+{
+    std::unique_lock lock(m_mutex);
+    while (!m_stop) {
+        advance();
+        const bool more = pumpOnce();
+        int changes = 0;
+        for (const auto &port : m_ports) {
+            changes += noteChanges(*port) ? 1 : 0;
+        }
+        if (changes > 0 && m_changed) {
+            const std::function<void()> changed = m_changed;
+            m_calling = true;
+            lock.unlock();
+            for (int i = 0; i < changes * m_announcements; ++i) {
+                changed();
+            }
+            lock.lock();
+            m_calling = false;
+            m_transferEnded.notify_all();
+        }
+        if (more) {
+            lock.unlock();
+            do {
+                std::this_thread::yield();
+            } while (m_callers.load(std::memory_order_relaxed) > 0);
+            lock.lock();
+        } else {
+            m_wake.wait_for(lock, m_transfers.empty() ? tickWhileIdle : tickWhileBusy);
+        }
+    }
+}
+
+// ---- finding and opening
+// ---------------------------------------------------------------------------------------------
+
+UsbPlatformEmulated::~UsbPlatformEmulated()
+{
+    // The pump calls without the lock: waits for a call that is under way.
+    std::unique_lock lock(m_bus.m_mutex);
+    m_bus.m_changed = nullptr;
+    m_bus.m_transferEnded.wait(lock, [this] { return !m_bus.m_calling; });
+}
+
+bool UsbPlatformEmulated::allFreed()
+{
+    const Turn turn(m_bus);
+    return m_lists.empty() && m_files.empty() && m_interfaces.empty();
+}
+
+UsbList UsbPlatformEmulated::openList()
+{
+    const Turn turn(m_bus);
+    std::vector<Device> devices;
+    for (std::size_t i = 0; i < m_bus.m_ports.size(); ++i) {
+        const emulator::Instrument &instrument = *m_bus.m_ports[i]->instrument;
+        if (instrument.attached()) {
+            devices.push_back({int(i), instrument.generation()});
+        }
+    }
+    m_lists[++m_lastHandle] = std::move(devices);
+    return UsbList(m_lastHandle);
+}
+
+bool UsbPlatformEmulated::listHas(UsbList list, int index)
+{
+    const Turn turn(m_bus);
+    const auto found = m_lists.find(std::uintptr_t(list));
+    return found != m_lists.end() && index >= 0 && std::size_t(index) < found->second.size();
+}
+
+UsbResult UsbPlatformEmulated::interfaceDetail(UsbList list, int index, std::span<char> room, std::size_t &needed)
+{
+    needed = 0;
+    if (!listHas(list, index)) {
+        return {UsbError::NotFound};
+    }
+    const Turn turn(m_bus);
+    const Device device = m_lists.at(std::uintptr_t(list))[std::size_t(index)];
+    const std::string path = pathOf(device.port, device.generation);
+    needed = path.size() + 1;
+    if (room.size() < needed) {
+        return {UsbError::TooSmall};
+    }
+    std::memcpy(room.data(), path.c_str(), needed);
+    return {};
+}
+
+void UsbPlatformEmulated::freeList(UsbList list)
+{
+    const Turn turn(m_bus);
+    m_lists.erase(std::uintptr_t(list));
+}
+
+UsbResult UsbPlatformEmulated::openFile(const char *path, UsbFile &file)
+{
+    file = UsbFile::None;
+    const Turn turn(m_bus);
+    for (std::size_t i = 0; i < m_bus.m_ports.size(); ++i) {
+        const emulator::Instrument &instrument = *m_bus.m_ports[i]->instrument;
+        if (instrument.attached() && pathOf(int(i), instrument.generation()) == path) {
+            m_files[++m_lastHandle] = {int(i), instrument.generation()};
+            file = UsbFile(m_lastHandle);
+            return {};
+        }
+    }
+    return {UsbError::NotFound};
+}
+
+void UsbPlatformEmulated::closeFile(UsbFile file)
+{
+    const Turn turn(m_bus);
+    m_files.erase(std::uintptr_t(file));
+}
+
+UsbResult UsbPlatformEmulated::initInterface(UsbFile file, UsbInterface &iface)
+{
+    iface = UsbInterface::None;
+    const Turn turn(m_bus);
+    const auto found = m_files.find(std::uintptr_t(file));
+    if (found == m_files.end()) {
+        return {UsbError::NotFound};
+    }
+    const Device device = found->second;
+    if (!m_bus.isPresent(device.port, device.generation)) {
+        return {UsbError::Gone};
+    }
+    Interface opened;
+    opened.device = device;
+    const emulator::Bytes configuration =
+        m_bus.m_ports[std::size_t(device.port)]->instrument->configurationDescriptor();
+    constexpr std::uint8_t endpointType = 5;
+    for (std::size_t at = 0; at + 1 < configuration.size() && configuration[at] > 0; at += configuration[at]) {
+        if (configuration[at + 1] == endpointType) {
+            const std::span<const std::uint8_t> d(configuration.data() + at, 7);
+            opened.pipes.push_back({d[2], std::uint16_t(d[4] | d[5] << 8)});
+        }
+    }
+    m_interfaces[++m_lastHandle] = std::move(opened);
+    iface = UsbInterface(m_lastHandle);
+    return {};
+}
+
+void UsbPlatformEmulated::freeInterface(UsbInterface iface)
+{
+    const Turn turn(m_bus);
+    std::vector<std::shared_ptr<EmulatedBus::Transfer>> pending;
+    for (const auto &[key, transfer] : m_bus.m_transfers) {
+        if (transfer->owner == std::uintptr_t(iface)) {
+            pending.push_back(transfer);
+        }
+    }
+    for (const auto &transfer : pending) {
+        m_bus.cancel(transfer, UsbError::Aborted);
+    }
+    m_interfaces.erase(std::uintptr_t(iface));
+}
+
+bool UsbPlatformEmulated::registerHotplug(std::uintptr_t /*window*/, std::function<void()> changed)
+{
+    const Turn turn(m_bus);
+    for (const auto &port : m_bus.m_ports) {
+        (void)m_bus.noteChanges(*port); // what is present already is not told
+    }
+    m_bus.m_changed = std::move(changed);
+    return true;
+}
+
+// ---- what a device is
+// ------------------------------------------------------------------------------------------------
+
+UsbPlatformEmulated::Interface *UsbPlatformEmulated::find(UsbInterface iface)
+{
+    const auto found = m_interfaces.find(std::uintptr_t(iface));
+    return found == m_interfaces.end() ? nullptr : &found->second;
+}
+
+bool UsbPlatformEmulated::isPresent(const Interface &iface) const
+{
+    return m_bus.isPresent(iface.device.port, iface.device.generation);
+}
+
+const UsbPipe *UsbPlatformEmulated::findPipe(const Interface &iface, std::uint8_t pipe) const
+{
+    const auto found =
+        std::find_if(iface.pipes.begin(), iface.pipes.end(), [pipe](const UsbPipe &p) { return p.id == pipe; });
+    return found == iface.pipes.end() ? nullptr : &*found;
+}
+
+UsbResult UsbPlatformEmulated::deviceDescriptor(UsbInterface iface, std::span<std::uint8_t> room, std::uint32_t &moved)
+{
+    constexpr std::uint8_t fromDevice = 0x80;
+    constexpr std::uint8_t getDescriptor = 6;
+    constexpr std::uint16_t device = 0x0100;
+    const UsbSetup setup{fromDevice, getDescriptor, device, 0, std::uint16_t(room.size())};
+    return controlTransfer(iface, setup, room.data(), moved);
+}
+
+UsbResult UsbPlatformEmulated::interfaceSettings(UsbInterface iface, int &count)
+{
+    count = 0;
+    const Turn turn(m_bus);
+    const Interface *opened = find(iface);
+    if (opened == nullptr || !isPresent(*opened)) {
+        return {UsbError::Gone};
+    }
+    count = int(opened->pipes.size());
+    return {};
+}
+
+UsbResult UsbPlatformEmulated::queryPipe(UsbInterface iface, int index, UsbPipe &pipe)
+{
+    const Turn turn(m_bus);
+    const Interface *opened = find(iface);
+    if (opened == nullptr || !isPresent(*opened)) {
+        return {UsbError::Gone};
+    }
+    if (index < 0 || std::size_t(index) >= opened->pipes.size()) {
+        return {UsbError::NotFound};
+    }
+    pipe = opened->pipes[std::size_t(index)];
+    return {};
+}
+
+UsbResult UsbPlatformEmulated::selectSetting(UsbInterface iface)
+{
+    constexpr std::uint8_t toInterface = 0x01;
+    constexpr std::uint8_t setInterface = 11;
+    std::uint32_t moved = 0;
+    return controlTransfer(iface, {toInterface, setInterface, 0, 0, 0}, nullptr, moved);
+}
+
+UsbResult UsbPlatformEmulated::setPipePolicy(UsbInterface iface, std::uint8_t pipe, UsbPolicy policy,
+                                             std::uint32_t value)
+{
+    const Turn turn(m_bus);
+    Interface *opened = find(iface);
+    if (opened == nullptr) {
+        return {UsbError::Gone};
+    }
+    const bool isControl = (pipe & 0x7F) == 0;
+    if (!isControl && findPipe(*opened, pipe) == nullptr) {
+        return {UsbError::NotFound};
+    }
+    if (policy == UsbPolicy::TransferTimeout) {
+        opened->timeouts[pipe] = value;
+        return {};
+    }
+    return {isControl ? UsbError::Failed : UsbError::None};
+}
+
+// ---- transfers
+// -------------------------------------------------------------------------------------------------------
+
+EmulatedBus::Clock::time_point UsbPlatformEmulated::deadline(const Interface &iface, std::uint8_t pipe) const
+{
+    const auto found = iface.timeouts.find(pipe);
+    return found == iface.timeouts.end() || found->second == 0
+               ? EmulatedBus::Clock::time_point::max()
+               : EmulatedBus::Clock::now() + std::chrono::milliseconds(found->second);
+}
+
+UsbResult UsbPlatformEmulated::transfer(UsbInterface iface, Urb urb, std::uint8_t timeoutPipe, std::uint32_t &moved)
+{
+    moved = 0;
+    Turn turn(m_bus);
+    const Interface *opened = find(iface);
+    if (opened == nullptr || !isPresent(*opened)) {
+        return {UsbError::Gone};
+    }
+    if (urb.kind == Urb::Kind::BulkOut && ((urb.endpoint & 0x80) != 0 || findPipe(*opened, urb.endpoint) == nullptr)) {
+        return {UsbError::NotFound};
+    }
+    auto transfer = std::make_shared<EmulatedBus::Transfer>();
+    transfer->port = opened->device.port;
+    transfer->owner = std::uintptr_t(iface);
+    transfer->deadline = deadline(*opened, timeoutPipe);
+    m_bus.submit(transfer, urb);
+    // Most are answered at once; what is not waits for the pump.
+    m_bus.advance();
+    (void)m_bus.pumpOnce();
+    while (!transfer->ended) {
+        m_bus.m_wake.notify_one();
+        m_bus.m_callers.fetch_sub(1, std::memory_order_relaxed); // lets the pump work meanwhile
+        m_bus.m_transferEnded.wait(turn.lock());
+        m_bus.m_callers.fetch_add(1, std::memory_order_relaxed);
+    }
+    moved = std::uint32_t(transfer->moved);
+    return {transfer->error};
+}
+
+UsbResult UsbPlatformEmulated::controlTransfer(UsbInterface iface, const UsbSetup &setup, std::uint8_t *data,
+                                               std::uint32_t &moved)
+{
+    Urb urb;
+    urb.kind = Urb::Kind::Control;
+    urb.setup = {setup.requestType, setup.request, setup.value, setup.index, setup.length};
+    urb.buffer = {data, data == nullptr ? 0 : std::size_t(setup.length)};
+    return transfer(iface, urb, setup.isIn() ? 0x80 : 0x00, moved);
+}
+
+UsbResult UsbPlatformEmulated::writePipe(UsbInterface iface, std::uint8_t pipe, std::span<const std::uint8_t> data,
+                                         std::uint32_t &moved)
+{
+    std::vector<std::uint8_t> copy(data.begin(), data.end());
+    Urb urb;
+    urb.kind = Urb::Kind::BulkOut;
+    urb.endpoint = pipe;
+    urb.buffer = copy;
+    return transfer(iface, urb, pipe, moved);
+}
+
+// ---- reads
+// -----------------------------------------------------------------------------------------------------------
+
+struct UsbPlatformEmulated::Slot final : UsbReadSlot {
+    std::shared_ptr<EmulatedBus::Transfer> transfer; ///< null while idle
+};
+
+std::unique_ptr<UsbReadSlot> UsbPlatformEmulated::makeReadSlot()
+{
+    return std::make_unique<Slot>();
+}
+
+UsbResult UsbPlatformEmulated::queueRead(UsbInterface iface, std::uint8_t pipe, std::uint8_t *buffer,
+                                         std::uint32_t size, UsbReadSlot &slot)
+{
+    auto &place = static_cast<Slot &>(slot);
+    const Turn turn(m_bus);
+    place.transfer = nullptr;
+    const Interface *opened = find(iface);
+    if (opened == nullptr || !isPresent(*opened)) {
+        return {UsbError::Gone};
+    }
+    if ((pipe & 0x80) == 0 || findPipe(*opened, pipe) == nullptr) {
+        return {UsbError::NotFound};
+    }
+    place.transfer = std::make_shared<EmulatedBus::Transfer>();
+    place.transfer->port = opened->device.port;
+    place.transfer->owner = std::uintptr_t(iface);
+    place.transfer->deadline = deadline(*opened, pipe);
+    Urb urb;
+    urb.kind = Urb::Kind::BulkIn;
+    urb.endpoint = pipe;
+    urb.buffer = {buffer, size};
+    m_bus.submit(place.transfer, urb);
+    return {};
+}
+
+bool UsbPlatformEmulated::waitRead(UsbReadSlot &slot, int ms)
+{
+    auto &place = static_cast<Slot &>(slot);
+    std::unique_lock lock(m_bus.m_mutex);
+    const std::shared_ptr<EmulatedBus::Transfer> transfer = place.transfer;
+    if (transfer == nullptr) {
+        return false;
+    }
+    return m_bus.m_transferEnded.wait_for(lock, std::chrono::milliseconds(ms), [&] { return transfer->ended; });
+}
+
+UsbResult UsbPlatformEmulated::readResult(UsbInterface /*iface*/, UsbReadSlot &slot, std::uint32_t &moved)
+{
+    auto &place = static_cast<Slot &>(slot);
+    const Turn turn(m_bus);
+    moved = 0;
+    if (place.transfer == nullptr) {
+        return {UsbError::NotFound};
+    }
+    if (!place.transfer->ended) {
+        return {UsbError::Pending};
+    }
+    const std::shared_ptr<EmulatedBus::Transfer> transfer = std::exchange(place.transfer, nullptr);
+    if (transfer->error == UsbError::None) {
+        moved = std::uint32_t(transfer->moved);
+    }
+    return {transfer->error};
+}
+
+UsbResult UsbPlatformEmulated::abortPipe(UsbInterface iface, std::uint8_t pipe)
+{
+    const Turn turn(m_bus);
+    const Interface *opened = find(iface);
+    if (opened == nullptr) {
+        return {UsbError::Gone};
+    }
+    if (findPipe(*opened, pipe) == nullptr) {
+        return {UsbError::NotFound};
+    }
+    std::vector<std::shared_ptr<EmulatedBus::Transfer>> pending;
+    for (const auto &[key, transfer] : m_bus.m_transfers) {
+        if (transfer->owner == std::uintptr_t(iface) && transfer->endpoint == pipe) {
+            pending.push_back(transfer);
+        }
+    }
+    for (const auto &transfer : pending) {
+        m_bus.cancel(transfer, UsbError::Aborted);
+    }
+    return {isPresent(*opened) ? UsbError::None : UsbError::Gone};
+}
+
+UsbResult UsbPlatformEmulated::flushPipe(UsbInterface iface, std::uint8_t pipe)
+{
+    const Turn turn(m_bus);
+    const Interface *opened = find(iface);
+    if (opened == nullptr || !isPresent(*opened)) {
+        return {UsbError::Gone};
+    }
+    // The bus holds nothing back that nobody has asked for.
+    return {findPipe(*opened, pipe) == nullptr ? UsbError::NotFound : UsbError::None};
+}
+
+UsbResult UsbPlatformEmulated::resetPipe(UsbInterface iface, std::uint8_t pipe)
+{
+    constexpr std::uint8_t toEndpoint = 0x02;
+    constexpr std::uint8_t clearFeature = 1;
+    {
+        const Turn turn(m_bus);
+        const Interface *opened = find(iface);
+        if (opened != nullptr && findPipe(*opened, pipe) == nullptr) {
+            return {UsbError::NotFound};
+        }
+    }
+    std::uint32_t moved = 0;
+    return controlTransfer(iface, {toEndpoint, clearFeature, 0, pipe, 0}, nullptr, moved);
+}
