@@ -1,14 +1,20 @@
 #include "app/FileDialogs.h"
 
 #include "app/Config.h"
+#include "app/Globals.h"
 #include "app/Language.h"
+#include "wave/NoticeBox.h"
 #include "wave/Style.h"
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTreeView>
+
+#include <algorithm>
 
 namespace FileDialogs {
 
@@ -35,6 +41,21 @@ QString chosenFile(const QFileDialog &dialog)
     return files.isEmpty() ? QString() : files.constFirst();
 }
 
+/// Gives Qt's own dialog a size that follows the screen's scale, and each column room for its title.
+void giveRoom(QFileDialog &dialog)
+{
+    dialog.resize(dialog.sizeHint().expandedTo(QSize(dp(640), dp(400))));
+    const auto *view = dialog.findChild<QTreeView *>(QStringLiteral("treeView"));
+    if (view == nullptr) {
+        return; // the system's dialog
+    }
+    QHeaderView *header = view->header();
+    header->ensurePolished();
+    for (int column = 0; column < header->count(); ++column) {
+        header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
+    }
+}
+
 /// What both dialogs have in common. The labels hold for a system's own dialog too.
 void dress(QFileDialog &dialog, const QString &accept)
 {
@@ -44,6 +65,7 @@ void dress(QFileDialog &dialog, const QString &accept)
     dialog.setLabelText(QFileDialog::FileType, ::tr("Files of type:"));
     dialog.setLabelText(QFileDialog::Accept, accept);
     dialog.setLabelText(QFileDialog::Reject, ::tr("Cancel"));
+    giveRoom(dialog);
 }
 
 bool mayReplace(QWidget *parent, const QString &path)
@@ -57,6 +79,7 @@ bool mayReplace(QWidget *parent, const QString &path)
     box.setTextFormat(Qt::PlainText);
     const QPushButton *replace = box.addButton(::tr("Replace"), QMessageBox::AcceptRole);
     box.setDefaultButton(box.addButton(::tr("Cancel"), QMessageBox::RejectRole));
+    fitNotice(box);
     box.exec();
     return box.clickedButton() == replace;
 }

@@ -5,6 +5,7 @@
 #include "app/Globals.h"
 #include "panels/Options.h"
 #include "wave/MyButton.h"
+#include "wave/NoticeBox.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -138,6 +139,7 @@ bool MainMenu::askRestart(const QString &text)
     box.setTextFormat(Qt::PlainText); // it comes from a file
     const QPushButton *restarts = box.addButton(::tr("OK"), QMessageBox::AcceptRole);
     box.addButton(::tr("Cancel"), QMessageBox::RejectRole);
+    fitNotice(box);
     box.exec();
     return box.clickedButton() == restarts;
 }

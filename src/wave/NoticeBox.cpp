@@ -1,8 +1,11 @@
 #include "wave/NoticeBox.h"
 
+#include "app/Globals.h"
 #include "app/Language.h"
 
 #include <QLabel>
+
+#include <algorithm>
 
 void showNotice(QWidget *parent, QMessageBox::Icon kind, const QString &title, const QString &text,
                 const QString &textStyle)
@@ -17,5 +20,18 @@ void showNotice(QWidget *parent, QMessageBox::Icon kind, const QString &title, c
         }
     }
     box.addButton(::tr("Close"), QMessageBox::AcceptRole);
+    fitNotice(box);
     box.exec();
+}
+
+void fitNotice(QMessageBox &box)
+{
+    auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
+    if (label == nullptr) {
+        return;
+    }
+    label->ensurePolished();
+    const QMargins margins = label->contentsMargins();
+    const int text = label->fontMetrics().size(0, box.text()).width() + dp(2);
+    label->setMinimumWidth(std::min(text, dp(400)) + margins.left() + margins.right());
 }

@@ -2,9 +2,11 @@
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
 
+#include <QHeaderView>
 #include <QLabel>
 #include <QLocale>
 #include <QTemporaryDir>
+#include <QTreeView>
 
 /// The two file dialogs, answered in Qt's own form of them.
 class TstFileDialogs : public QObject {
@@ -24,6 +26,7 @@ private slots:
     void theDirectoryIsRememberedOnlyWhenAFileIsChosen();
     void aFileThatExistsIsReplacedOnlyOnRequest();
     void theDialogsSpeakTheProgramsLanguage();
+    void theDialogHasRoomWhateverTheLastOneHad();
     void theOpenDialogTakesExistingFilesOnly();
     void theOpenDialogsFilterStandsAsItIs();
 
@@ -218,6 +221,33 @@ void TstFileDialogs::theDialogsSpeakTheProgramsLanguage()
     for (const char *text : {"Dateiname:", "Speichern", "Abbrechen"}) {
         QVERIFY2(texts.contains(QLatin1String(text)), text);
     }
+}
+
+void TstFileDialogs::theDialogHasRoomWhateverTheLastOneHad()
+{
+    const auto headerOf = [](const QFileDialog &dialog) {
+        return dialog.findChild<QTreeView *>(QStringLiteral("treeView"))->header();
+    };
+    globalsSetDpi(192);
+    {
+        // Qt remembers the columns, also from a coarser screen and another language.
+        const DialogDriver<QFileDialog> narrow([&headerOf](QFileDialog &dialog) {
+            dialog.resize(200, 200);
+            for (int column = 0; column < headerOf(dialog)->count(); ++column) {
+                headerOf(dialog)->resizeSection(column, 24);
+            }
+        });
+        QVERIFY(save().isEmpty());
+    }
+    const DialogDriver<QFileDialog> driver([&headerOf](QFileDialog &dialog) {
+        for (int column = 0; column < headerOf(dialog)->count(); ++column) {
+            QVERIFY(headerOf(dialog)->sectionSize(column) >= headerOf(dialog)->sectionSizeHint(column));
+        }
+        QVERIFY(dialog.width() >= dp(640));
+    });
+    QVERIFY(save().isEmpty());
+    QCOMPARE(driver.count, 1);
+    globalsSetDpi(96);
 }
 
 void TstFileDialogs::theOpenDialogTakesExistingFilesOnly()
