@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# The frame of the end-to-end tests. To be sourced with the arguments PROGRAM CLOSEWINDOW; gives the test a folder of
-# its own (`folder`) and a display, and takes both away at the end. A failure leaves the last picture's path.
+# The frame of the end-to-end tests. To be sourced with the arguments PROGRAM CLOSEWINDOW SCREENREADER; gives the test
+# a folder of its own (`folder`) and a display, and takes both away at the end. A failure leaves the last picture's path.
 #
 # The places of the window at 96 dots per inch, in pixels: the margins left, right and below are 2; the bar above is 48
 # high, the ruler 36, the sidebars are 190 wide, the status line is 20 high.
@@ -12,6 +12,10 @@ program=$1
 closewindow=$2
 # shellcheck source=scripts/display.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/display.sh"
+# shellcheck disable=SC2034 # read in controls.sh
+screenreader=$3
+# shellcheck source=scripts/controls.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/controls.sh"
 
 folder=$(mktemp -d)
 config=$folder/data/corvan/lux.config
@@ -26,6 +30,7 @@ finish() {
         cat "$folder/program.log" >&2 || true
     fi
     stop_display
+    stop_reader
     rm -rf "$folder"
 }
 trap finish EXIT

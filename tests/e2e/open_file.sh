@@ -3,47 +3,8 @@
 # goes on.
 # shellcheck source=tests/e2e/e2e.sh
 source "$(dirname "${BASH_SOURCE[0]}")/e2e.sh"
-
-# le40 NUMBER: five bytes, the lowest first.
-le40() {
-    local shift
-    for shift in 0 8 16 24 32; do
-        # shellcheck disable=SC2059 # the format is the byte
-        printf "\\x$(printf '%02x' $((($1 >> shift) & 255)))"
-    done
-}
-
-# settings_block VIEWSTATE: no channel name is set and model 0 is the one without hardware, of 16 channels.
-settings_block() {
-    printf '<?xml version="1.0" encoding="UTF-8"?>\n<settings>\n    <global>\n'
-    printf '        <devModel>0</devModel>\n        <viewState>%s</viewState>\n' "$1"
-    printf '    </global>\n    <devices/>\n    <analyzers/>\n</settings>\n'
-}
-
-# file_head SAMPLES RATE TRIGGER CHANNELS
-file_head() {
-    printf 'cxdat\0\0\0'
-    local number
-    for number in "$1" "$2" "$3"; do
-        le40 "$number"
-        printf '\0\0\0'
-    done
-    # shellcheck disable=SC2059 # the format is the byte
-    printf "\\x$(printf '%02x' "$4")\\0\\0\\0\\0\\0\\0\\0"
-}
-
-# channel_block CHANNEL LEVEL POSITION...: the last position is the end mark.
-channel_block() {
-    # shellcheck disable=SC2059 # the format is the bytes
-    printf "##D\\0\\x$(printf '%02x' "$1")\\x$(printf '%02x' "$2")\\0\\0"
-    shift 2
-    le40 $#
-    printf '\0\0\0'
-    local position
-    for position in "$@"; do
-        le40 "$position"
-    done
-}
+# shellcheck source=tests/e2e/datafile.sh
+source "$(dirname "${BASH_SOURCE[0]}")/datafile.sh"
 
 # Channel 0 is high in the middle half, channel 1 is always high, the others have no data.
 good=$folder/good.cxdat
