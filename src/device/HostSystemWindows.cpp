@@ -1,8 +1,10 @@
 #include "device/HostSystem.h"
 
-// The first declares what the second needs.
-#include <lm.h>
+// The first declares what the second needs, so this is not the order of the alphabet.
+// clang-format off
 #include <windows.h>
+#include <lm.h>
+// clang-format on
 
 namespace {
 

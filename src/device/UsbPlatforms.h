@@ -4,6 +4,6 @@
 
 #include <memory>
 
-/// The platform of this system: libusb, or, where that cannot be had, one on which there are no devices. Never null.
-/// Main thread; may block for some ms.
+/// The platform of this system: WinUSB, libusb, or, where neither can be had, one on which there are no devices. Never
+/// null. Main thread; may block for some ms.
 [[nodiscard]] std::unique_ptr<UsbPlatform> makeUsbPlatform();
