@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QListView>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -41,7 +42,8 @@ QString chosenFile(const QFileDialog &dialog)
     return files.isEmpty() ? QString() : files.constFirst();
 }
 
-/// Gives Qt's own dialog a size that follows the screen's scale, and each column room for its title.
+/// Gives Qt's own dialog a size that follows the screen's scale, and room to the titles of its columns and to the
+/// places beside them.
 void giveRoom(QFileDialog &dialog)
 {
     dialog.resize(dialog.sizeHint().expandedTo(QSize(dp(640), dp(400))));
@@ -54,6 +56,7 @@ void giveRoom(QFileDialog &dialog)
     for (int column = 0; column < header->count(); ++column) {
         header->resizeSection(column, std::max(header->sectionSize(column), header->sectionSizeHint(column)));
     }
+    dialog.findChild<QListView *>(QStringLiteral("sidebar"))->setMinimumWidth(dp(110));
 }
 
 /// What both dialogs have in common. The labels hold for a system's own dialog too.

@@ -3,7 +3,9 @@
 #include "app/Globals.h"
 #include "app/Language.h"
 
+#include <QGridLayout>
 #include <QLabel>
+#include <QSpacerItem>
 
 #include <algorithm>
 
@@ -27,11 +29,19 @@ void showNotice(QWidget *parent, QMessageBox::Icon kind, const QString &title, c
 void fitNotice(QMessageBox &box)
 {
     auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
-    if (label == nullptr) {
+    auto *grid = qobject_cast<QGridLayout *>(box.layout());
+    if (label == nullptr || grid == nullptr || grid->indexOf(label) < 0) {
         return;
     }
     label->ensurePolished();
     const QMargins margins = label->contentsMargins();
     const int text = label->fontMetrics().size(0, box.text()).width() + dp(2);
-    label->setMinimumWidth(std::min(text, dp(400)) + margins.left() + margins.right());
+    const int width = std::min(text, dp(400)) + margins.left() + margins.right();
+    // Behind the label, not as its least width: the box looks at that to find whether the text must wrap.
+    int row = 0;
+    int column = 0;
+    int rows = 0;
+    int columns = 0;
+    grid->getItemPosition(grid->indexOf(label), &row, &column, &rows, &columns);
+    grid->addItem(new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Minimum), row, column, rows, columns);
 }

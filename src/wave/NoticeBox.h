@@ -9,7 +9,7 @@
 void showNotice(QWidget *parent, QMessageBox::Icon kind, const QString &title, const QString &text,
                 const QString &textStyle = QString());
 
-/// Keeps the lines of the box's text whole as far as they are no wider than dp(400), and wraps longer ones there: Qt's
-/// own limit is a count of pixels, so that a box gets narrow as the screen gets fine. Call it once the text and its font
-/// are set, before the box is shown.
+/// Keeps the lines of the box's text whole as far as they are no wider than dp(400) and the screen has the room, and
+/// wraps longer ones there: Qt's own limit is a count of pixels, so that a box gets narrow as the screen gets fine. Call
+/// it last, before the box is shown.
 void fitNotice(QMessageBox &box);

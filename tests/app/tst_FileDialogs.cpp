@@ -4,6 +4,7 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QListView>
 #include <QLocale>
 #include <QTemporaryDir>
 #include <QTreeView>
@@ -244,6 +245,7 @@ void TstFileDialogs::theDialogHasRoomWhateverTheLastOneHad()
             QVERIFY(headerOf(dialog)->sectionSize(column) >= headerOf(dialog)->sectionSizeHint(column));
         }
         QVERIFY(dialog.width() >= dp(640));
+        QVERIFY(dialog.findChild<QListView *>(QStringLiteral("sidebar"))->width() >= dp(110));
     });
     QVERIFY(save().isEmpty());
     QCOMPARE(driver.count, 1);
