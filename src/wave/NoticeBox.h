@@ -10,6 +10,6 @@ void showNotice(QWidget *parent, QMessageBox::Icon kind, const QString &title, c
                 const QString &textStyle = QString());
 
 /// Keeps the lines of the box's text whole as far as they are no wider than dp(400) and the screen has the room, and
-/// wraps longer ones there: Qt's own limit is a count of pixels, so that a box gets narrow as the screen gets fine. Call
-/// it last, before the box is shown.
+/// wraps longer ones there: Qt's own limit is a count of pixels, so that a box gets narrow as the screen gets fine.
+/// Call it last, before the box is shown.
 void fitNotice(QMessageBox &box);
