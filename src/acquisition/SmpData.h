@@ -227,7 +227,8 @@ private:
     [[nodiscard]] static bool hasRoom(const Tails &tails, const Turns &turns, std::int64_t samples);
     [[nodiscard]] static bool addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t *bytes,
                                             std::int64_t samples);
-    void firstSlices(std::span<const std::uint8_t> bytes);
+    void startSlices();
+    void learnStartLevels(std::span<const std::uint8_t> bytes);
 
     mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0
     std::vector<std::uint8_t> m_enabled;   ///< flags of begin(): also channels whose root the heap refused
@@ -237,6 +238,7 @@ private:
     std::uint8_t m_lastByte = 0; ///< addBytes8
     int m_slot = 0;              ///< addSliced: index in `slicedChn` of the next word's channel
     int m_slotCount = 0;         ///< addSliced: channels that take turns
+    int m_slotsKnown = 0;        ///< addSliced: of these, the ones whose start level has come
 };
 
 /// Admission to read a capture. Holds while it lives; false when there is no closed capture to read.

@@ -149,23 +149,30 @@ bool SmpData::addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t
     return any != 0;
 }
 
-/// The first chunk of a capture tells the start levels: bit 0 of each channel's first word.
-void SmpData::firstSlices(std::span<const std::uint8_t> bytes)
+/// Lists the channels that take turns, of none of which the level is known yet.
+void SmpData::startSlices()
 {
     startLevels = 0;
     m_slot = 0;
     m_slotCount = 0;
+    m_slotsKnown = 0;
     for (std::size_t chn = 0; chn < std::min(chnRoots.size(), Tails::capacity); ++chn) {
         // A channel whose root the heap refused still sends its words.
-        if (chnRoots[chn] == nullptr && m_enabled[chn] == 0) {
-            continue;
+        if (chnRoots[chn] != nullptr || m_enabled[chn] != 0) {
+            slicedChn[std::size_t(m_slotCount++)] = std::int32_t(chn);
+            slicedLevel[chn] = 0;
         }
-        const std::size_t at = std::size_t(m_slotCount) * slicedWord;
-        const int level = at < bytes.size() ? bytes[at] & 1 : 0;
-        slicedChn[std::size_t(m_slotCount)] = std::int32_t(chn);
-        slicedLevel[chn] = level;
-        startLevels |= std::uint64_t(level) << chn;
-        ++m_slotCount;
+    }
+}
+
+/// Takes the start levels from bit 0 of each channel's first word, as far as the capture's first group has come: a
+/// chunk may cut it.
+void SmpData::learnStartLevels(std::span<const std::uint8_t> bytes)
+{
+    for (std::size_t at = 0; m_slotsKnown < m_slotCount && at < bytes.size(); at += slicedWord) {
+        const auto chn = std::size_t(slicedChn[std::size_t(m_slotsKnown++)]);
+        slicedLevel[chn] = bytes[at] & 1;
+        startLevels |= std::uint64_t(bytes[at] & 1) << chn;
     }
 }
 
@@ -173,8 +180,9 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
 {
     bytes = bytes.subspan(std::min(std::size_t(std::max(start, 0)), bytes.size()));
     if (start >= 0) {
-        firstSlices(bytes);
+        startSlices();
     }
+    learnStartLevels(bytes);
     smpCountOut = smpCount;
     if (m_slotCount < 1) {
         return true;

@@ -169,6 +169,7 @@ private slots:
     void slicesMayBeSplitBetweenAnyTwoWords();
     void slicesThatGoOnAtAnotherChannelAreNotTakenForQuiet();
     void slicesOfSomeChannelsTakeTurnsInAscendingOrder();
+    void aFirstGroupThatAChunkCutsTellsItsLevelsInTheNext();
     void anOddLastByteOfSlicesIsIgnored();
     void slicesWithoutAnyChannelAreIgnored();
     void slicesOfAChannelWithoutARootKeepTheirTurn();
@@ -648,6 +649,22 @@ void TstSmpDataDecode::slicesOfSomeChannelsTakeTurnsInAscendingOrder()
         QCOMPARE(captures::entries(data, chn), want);
     }
     QCOMPARE(data.entryCount(0), std::int64_t(0));
+}
+
+void TstSmpDataDecode::aFirstGroupThatAChunkCutsTellsItsLevelsInTheNext()
+{
+    const std::vector<std::uint32_t> samples(16 * 3, 0x1F); // all high, and quiet
+    const Bytes bytes = smpStreams::sliced(samples, firstChns(5));
+    for (std::size_t split = 0; split <= 12; split += 2) {
+        SmpData data(5, 0);
+        std::int64_t done = 0;
+        data.begin(0, 1, smpStreams::enabled(5));
+        QVERIFY(data.addSliced(part(bytes, 0, split), 0, done));
+        QVERIFY(data.addSliced(part(bytes, split, split), -1, done));
+        QVERIFY(data.addSliced(part(bytes, split, bytes.size()), -1, done));
+        QCOMPARE(data.startLevels, std::uint64_t(0x1F));
+        QVERIFY(holds(data, walkSamples(samples, 5, samples[0])));
+    }
 }
 
 void TstSmpDataDecode::anOddLastByteOfSlicesIsIgnored()

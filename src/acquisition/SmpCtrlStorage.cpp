@@ -1,0 +1,179 @@
+#include "acquisition/SmpCtrlStorage.h"
+
+#include "acquisition/SmpCnvtStorage.h"
+#include "acquisition/SmpHost.h"
+#include "acquisition/SmpTransport.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int starting = 0;
+constexpr int filling = 1;
+constexpr int waiting = 2;
+constexpr int sampling = 3;
+constexpr int reading = 4;
+constexpr int done = 5;
+
+constexpr int errNotOpen = 1;
+constexpr int errTransfer = 2;
+constexpr int errNoMemory = 4;
+constexpr int errEndedEarly = 14;
+
+constexpr int pollMs = 50;
+constexpr int wideChannels = 32; ///< of the device that sends records of 32 bits
+
+} // namespace
+
+SmpCtrlStorage::SmpCtrlStorage(SmpHost &host, SmpCnvtStorage &converter) : m_host(host), m_converter(converter) {}
+
+void SmpCtrlStorage::startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport)
+{
+    join(); // the last run's thread may still have a signal to emit
+    m_settings = settings;
+    m_settings.enable.resize(std::size_t(m_host.smpData->chnCount), 0);
+    m_device = &device;
+    m_transport = &transport;
+    m_host.smpBusy.store(true, std::memory_order_release);
+    if (!launch()) {
+        m_host.smpBusy.store(false, std::memory_order_release);
+        m_host.report(starting, errNoMemory, 0);
+    }
+}
+
+void SmpCtrlStorage::onStart() {} // the device was started long before
+
+void SmpCtrlStorage::onData(SmpChunk bytes, std::int32_t length)
+{
+    const std::int32_t received = std::clamp(length, 0, bytes.size());
+    m_recvBytes += received;
+    m_host.smpBufs.append(std::move(bytes), received);
+    m_host.smpSem.release();
+}
+
+std::optional<SmpCtrlStorage::Window> SmpCtrlStorage::windowOf(const SmpCaptureInfo &info, SmpRecordFormat format,
+                                                               std::int32_t memSize)
+{
+    std::int64_t size = memSize;
+    if (format == SmpRecordFormat::Rle16) {
+        size = std::int64_t(info.recordCount / 5) * 16;
+    } else if (format == SmpRecordFormat::Rle32) {
+        size = std::int64_t(info.recordCount / 6) * 32;
+    }
+    if (size > memSize || info.endAddress > std::uint32_t(memSize)) {
+        return std::nullopt;
+    }
+    std::int64_t address = std::int64_t(info.endAddress) - size;
+    if (address < 0) {
+        address += memSize; // the ring wrapped
+    }
+    return Window{address, std::int32_t(size)};
+}
+
+void SmpCtrlStorage::work()
+{
+    if (!awaitCapture()) {
+        return;
+    }
+    if (m_host.smpAbort.load(std::memory_order_acquire)) {
+        m_host.smpSta.store(done, std::memory_order_release);
+        end(0, 0);
+    } else if (!m_transport->isOpen()) {
+        end(errNotOpen, 0);
+    } else {
+        readBack();
+    }
+}
+
+/// Ends a run in which nothing is converted.
+void SmpCtrlStorage::end(int err, int value)
+{
+    const int sta = m_host.smpSta.load(std::memory_order_acquire);
+    m_host.smpBusy.store(false, std::memory_order_release); // from here on the host's state is the next run's
+    emit m_host.sigSmpSta(sta, err, value);
+}
+
+/// Starts the device and waits until it has ended or a stop is asked for. @return false when the run is over
+bool SmpCtrlStorage::awaitCapture()
+{
+    m_host.smpSta.store(starting, std::memory_order_release);
+    if (const int error = m_device->startDevice(); error != 0) {
+        end(error, 0);
+        return false;
+    }
+    emit m_host.sigSmpSta(starting, 0, 0);
+    if (m_host.smpStop.load(std::memory_order_acquire)) {
+        m_device->stopDevice(); // the stop that was asked for may have come before the start
+    }
+    // Progress is time by the capture's length; the wait for the trigger takes any time and does not count.
+    const std::int64_t dueMs = m_settings.depth * 1000 / std::max<std::int64_t>(m_settings.frequency, 1);
+    const std::int64_t due = std::max<std::int64_t>(dueMs, pollMs);
+    std::int64_t ticks = 0;
+    while (!m_host.smpStop.load(std::memory_order_acquire)) {
+        std::uint16_t status = 0;
+        int error = m_device->readStatus(status);
+        error = error != 0 ? error : statusError(status);
+        if (error != 0) {
+            end(error, status);
+            return false;
+        }
+        if ((status & smpStatus::triggered) != 0 && (status & smpStatus::runMask) == smpStatus::runEnded) {
+            m_host.report(reading, 0, 0);
+            break;
+        }
+        const bool waits = (status & (smpStatus::triggered | smpStatus::waiting)) == smpStatus::waiting;
+        if (waits) {
+            m_host.report(waiting, 0, m_settings.trgPosition);
+        } else {
+            m_host.report((status & smpStatus::triggered) != 0 ? sampling : filling, 0, int(ticks / due));
+        }
+        m_host.waitForStop(pollMs);
+        ticks += waits ? 0 : pollMs * 100;
+    }
+    return true;
+}
+
+SmpRecordFormat SmpCtrlStorage::format() const
+{
+    const SmpData &data = *m_host.smpData;
+    if (data.aChnCount > 0) {
+        return SmpRecordFormat::Mixed16;
+    }
+    return data.chnCount == wideChannels ? SmpRecordFormat::Rle32 : SmpRecordFormat::Rle16;
+}
+
+/// Has the device's memory sent, and hands it to the converter, which ends the run.
+void SmpCtrlStorage::readBack()
+{
+    SmpCaptureInfo info;
+    if (m_device->readCaptureInfo(info) != 0) {
+        end(errTransfer, 0);
+        return;
+    }
+    const std::optional<Window> window = windowOf(info, format(), m_settings.memSize);
+    if (!window) {
+        end(errTransfer, 0); // such an answer is as good as none
+        return;
+    }
+    m_host.readSize.store(window->size, std::memory_order_release);
+    if (const int error = m_device->setReadWindow(std::uint32_t(window->address), std::uint32_t(window->size));
+        error != 0) {
+        end(error, 0);
+        return;
+    }
+    m_recvBytes = 0;
+    m_host.endErr.store(0, std::memory_order_release);
+    m_host.smpBufs.clear();
+    m_host.smpSem.acquire(m_host.smpSem.available()); // nobody else takes or gives while nothing is converted
+    const std::uint32_t trgRecord = format() == SmpRecordFormat::Mixed16 ? 0 : info.trgRecord;
+    m_host.smpData->begin(trgRecord, m_settings.frequency, m_settings.enable);
+    if (!m_converter.startRun(m_settings, format(), *m_device)) {
+        end(errNoMemory, 0);
+        return;
+    }
+    const int result = m_transport->readStream(window->size);
+    if (m_recvBytes != window->size) {
+        m_host.endErr.store(std::uint32_t(result != 0 ? result : errEndedEarly), std::memory_order_release);
+    }
+    m_host.smpSem.release();
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "acquisition/InterfaceDevCallback.h"
+#include "acquisition/SmpRunSettings.h"
+#include "acquisition/SmpStreamWindow.h"
+#include "acquisition/SmpThread.h"
+#include "acquisition/SmpTrigBytes8.h"
+#include "acquisition/SmpTrigSliced.h"
+
+#include <cstdint>
+#include <span>
+
+class SmpCnvtTransfer;
+class SmpDevice;
+class SmpHost;
+class SmpTransport;
+
+/// Runs a capture of a device without memory, which pours samples as long as it runs: receives them, searches for the
+/// trigger, keeps a sliding window of the samples before it, and ends the run when the depth is reached.
+///
+/// A member of the device object, joined before that goes. What it receives it hands to SmpCnvtTransfer: until the
+/// trigger has come nothing, from then on each buffer, by one token of the host's semaphore each. When a run ends it
+/// hands over what is left and a last token, always.
+class SmpCtrlTransfer final : public SmpThread, public InterfaceDevCallback {
+    Q_OBJECT
+public:
+    SmpCtrlTransfer(SmpHost &host, SmpCnvtTransfer &converter);
+
+    /// Starts a run. Main thread, while none is busy; returns at once. The host has a store; the device and the
+    /// transport, whose receiver this object is, outlive the run.
+    void startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport);
+
+    // ---- called by the transport, on this thread
+    void onStart() override;
+    void onData(SmpChunk bytes, std::int32_t length) override;
+
+protected:
+    void work() override;
+
+private:
+    void prepare();
+    [[nodiscard]] std::int64_t scan(std::span<const std::uint8_t> bytes);
+    void search(std::span<const std::uint8_t> bytes);
+    void dropWhileWaiting();
+    void startSampling(std::int64_t trigger);
+    void goOnSampling();
+    void endRun(int result);
+    void handOver(int tokens);
+    void dropOldest();
+    [[nodiscard]] int percent() const;
+
+    SmpHost &m_host;
+    SmpCnvtTransfer &m_converter;
+    // Written before the thread starts, then its own.
+    SmpRunSettings m_settings;
+    SmpDevice *m_device = nullptr;
+    SmpTransport *m_transport = nullptr;
+    // Of the thread.
+    SmpStreamWindow m_window;
+    SmpTrigSliced m_sliced;
+    SmpTrigBytes8 m_bytes8;
+    int m_mostQueued = 0; ///< buffers beyond which the converter is waited for
+};

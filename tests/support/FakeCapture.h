@@ -1,0 +1,158 @@
+#pragma once
+
+#include "acquisition/InterfaceDevCallback.h"
+#include "acquisition/MemBudget.h"
+#include "acquisition/SmpDevice.h"
+#include "acquisition/SmpTransport.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+/// The requests of an instrument, answered as a test wants and written down. Used by the threads of a capture; the
+/// members without a lock are set before a run and read after it.
+class FakeDevice final : public SmpDevice {
+public:
+    std::vector<std::uint16_t> statuses{0x00C5}; ///< of one poll after the other, the last one again and again
+    SmpCaptureInfo info;
+    QString failing;     ///< the operation that fails, empty for none
+    int failingCall = 0; ///< the first call of it that fails
+    int answer = transferFailed;
+    std::function<void(const QString &)> onCall; ///< told of each, before it is answered
+    std::atomic<bool> running{false};
+    std::atomic<bool> stopped{false}; ///< by stopDevice(), since the last start
+    std::uint32_t address = 0;        ///< of the last read window
+    std::uint32_t size = 0;
+
+    int startDevice() override
+    {
+        stopped = false;
+        running = true;
+        return told(QStringLiteral("startDevice"));
+    }
+    int stopDevice() override
+    {
+        const int result = told(QStringLiteral("stopDevice"));
+        running = false;
+        stopped = true;
+        return result;
+    }
+    int bulkStart() override { return told(QStringLiteral("bulkStart")); }
+    int bulkStop() override { return told(QStringLiteral("bulkStop")); }
+    int readStatus(std::uint16_t &status) override
+    {
+        const int result = told(QStringLiteral("readStatus"));
+        status = result == 0 ? statuses[std::min(m_polls++, statuses.size() - 1)] : std::uint16_t(0);
+        return result;
+    }
+    int readCaptureInfo(SmpCaptureInfo &out) override
+    {
+        const int result = told(QStringLiteral("readCaptureInfo"));
+        if (result == 0) {
+            out = info;
+        }
+        return result;
+    }
+    int setReadWindow(std::uint32_t from, std::uint32_t bytes) override
+    {
+        address = from;
+        size = bytes;
+        return told(QStringLiteral("setReadWindow"));
+    }
+
+    [[nodiscard]] QStringList calls() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_calls;
+    }
+
+private:
+    int told(const QString &call)
+    {
+        int before = 0;
+        {
+            const std::lock_guard lock(m_mutex);
+            before = int(m_calls.count(call));
+            m_calls.append(call);
+        }
+        if (onCall) {
+            onCall(call);
+        }
+        return call == failing && before >= failingCall ? answer : done;
+    }
+
+    mutable std::mutex m_mutex;
+    QStringList m_calls;
+    std::size_t m_polls = 0;
+};
+
+/// A bulk pipe that brings what a test wants, in buffers of the sizes that it wants, with two of them in the hands of
+/// the transport all the time.
+class FakeBulk final : public SmpTransport {
+public:
+    std::vector<std::uint8_t> stream;
+    std::vector<std::int32_t> sizes{4096}; ///< of one buffer after the other, from the first again
+    std::int32_t chunkSize = 1 << 16;      ///< bytes taken for a buffer
+    int answer = runEnded;                 ///< when the stream is at its end, or the device was stopped
+    int maxBuffers = -1;                   ///< buffers after which the run ends, -1 for no limit
+    int earlyAnswer = runFailed;           ///< then
+    FakeDevice *device = nullptr;          ///< that ends the stream by its stop; null for none
+    std::function<void(int)> beforeBuffer; ///< told of each, from 0
+    std::atomic<bool> open{true};
+    std::int64_t lowestBudget = 0; ///< that was left at any buffer
+    std::int32_t limit = -1;       ///< of the last run
+
+    [[nodiscard]] bool isOpen() const override { return open; }
+    void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
+
+    [[nodiscard]] int readStream(std::int32_t wanted) override
+    {
+        limit = wanted;
+        lowestBudget = memBudget;
+        if (!open || m_receiver == nullptr) {
+            return runNotOpen;
+        }
+        std::deque<SmpChunk> queued;
+        for (int i = 0; i < 2; ++i) {
+            queued.push_back(SmpChunk::take(chunkSize));
+            if (!queued.back()) {
+                return runNoMemory;
+            }
+        }
+        m_receiver->onStart();
+        std::size_t at = 0;
+        for (int buffer = 0;; ++buffer) {
+            if (beforeBuffer) {
+                beforeBuffer(buffer);
+            }
+            if (buffer == maxBuffers || !open) {
+                return earlyAnswer;
+            }
+            if (at == stream.size() || (device != nullptr && device->stopped)) {
+                return answer;
+            }
+            const std::int32_t size = std::min(sizes[std::size_t(buffer) % sizes.size()], chunkSize);
+            const std::size_t length = std::min(std::size_t(size), stream.size() - at);
+            SmpChunk chunk = std::move(queued.front());
+            queued.pop_front();
+            std::memcpy(chunk.bytes(), stream.data() + at, length);
+            at += length;
+            lowestBudget = std::min(lowestBudget, memBudget.load());
+            m_receiver->onData(std::move(chunk), std::int32_t(length));
+            queued.push_back(SmpChunk::take(chunkSize));
+            if (!queued.back()) {
+                return runNoMemory;
+            }
+            lowestBudget = std::min(lowestBudget, memBudget.load());
+        }
+    }
+
+private:
+    InterfaceDevCallback *m_receiver = nullptr;
+};
