@@ -2,7 +2,7 @@
 #include "wave/MainViewDesk.h"
 #include "wave/WaveStrokes.h"
 
-#include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QStyleOptionGraphicsItem>
 #include <QtTest>
@@ -306,7 +306,9 @@ void TstWaveItems::theNamesOfDecodersStandInTheSidebars()
 {
     const NotingSource source;
     const MainViewDesk desk;
-    QCOMPARE(desk.sidebar(1).findChild<QLabel *>(QStringLiteral("analyzer"))->text(), QStringLiteral("I2C - SCL"));
+    const auto *field = desk.sidebar(1).findChild<QLineEdit *>(QStringLiteral("analyzer"));
+    QVERIFY(field != nullptr);
+    QCOMPARE(field->text(), QStringLiteral("I2C - SCL"));
 }
 
 QTEST_MAIN(TstWaveItems)
