@@ -159,12 +159,22 @@ void TimeView::mouseReleaseEvent(QMouseEvent *event)
         return;
     }
     const int following = firstIn(MarkerState::following);
-    const int hovered = firstIn(MarkerState::hovered);
-    if (event->button() == Qt::LeftButton && following >= 0) {
-        emit timeMarkerChanged(markerChange::setState, following, int(MarkerState::placed), 0);
-    } else if (event->button() == Qt::LeftButton && hovered >= 0) {
-        emit timeMarkerChanged(markerChange::setState, hovered, int(MarkerState::following), 0);
+    if (event->button() == Qt::LeftButton) {
+        pickUpOrPutDown();
     } else if (event->button() == Qt::RightButton && following >= 0) {
         emit timeMarkerChanged(markerChange::setState, following, int(MarkerState::off), 0);
+    }
+}
+
+void TimeView::pickUpOrPutDown()
+{
+    // One of both at most: what has just been picked up must not be put down by the same click.
+    for (int i = 0; i < handles.size(); ++i) {
+        const MarkerState state = handles[i]->markerState();
+        if (state == MarkerState::hovered || state == MarkerState::following) {
+            const MarkerState next = state == MarkerState::hovered ? MarkerState::following : MarkerState::placed;
+            emit timeMarkerChanged(markerChange::setState, i, int(next), 0);
+            return;
+        }
     }
 }

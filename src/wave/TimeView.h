@@ -57,6 +57,8 @@ private:
     [[nodiscard]] CursorHandle *handleOf(int phyId);
     void addPair(int phyId);
     void removePair(int position);
+    /// The first flag that is hovered or follows decides: it is picked up, or put down.
+    void pickUpOrPutDown();
     /// The position of the first flag in that state, -1 for none.
     [[nodiscard]] int firstIn(MarkerState state) const;
 

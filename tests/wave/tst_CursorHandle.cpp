@@ -111,6 +111,7 @@ private slots:
     void aClickPutsAFollowingMarkerDownAndARightClickTakesItOff();
     void aReleaseAfterAMoveDoesNothing();
     void aReleaseEitherPicksUpOrPutsDown();
+    void ofAFollowingAndAHoveredFlagTheFirstOneDecides();
     void aFlagThatWasPutDownIsHoveredAgainByTheNextMove();
     void withoutAFlagTheMouseDoesNothing();
 };
@@ -371,7 +372,19 @@ void TstCursorHandle::aReleaseEitherPicksUpOrPutsDown()
     ruler.state(3, 1); // picked up by its key meanwhile
     QCOMPARE(ruler.stateOf(0), MarkerState::hovered);
     ruler.click(100, 25);
-    QCOMPARE(ruler.told, (Told{{5, 3, 3, 0}}));
+    QCOMPARE(ruler.told, (Told{{5, 0, 1, 0}}));
+}
+
+void TstCursorHandle::ofAFollowingAndAHoveredFlagTheFirstOneDecides()
+{
+    Ruler ruler;
+    ruler.state(3, 3);
+    ruler.place(1, 100);
+    ruler.move(100, 25);
+    ruler.state(0, 1);
+    QCOMPARE(ruler.stateOf(3), MarkerState::hovered);
+    ruler.click(100, 25);
+    QCOMPARE(ruler.told, (Told{{5, 0, 3, 0}}));
 }
 
 void TstCursorHandle::aFlagThatWasPutDownIsHoveredAgainByTheNextMove()
