@@ -1,11 +1,13 @@
 #include "wave/CursorBody.h"
 
+#include "app/Language.h"
+
 #include <QPainter>
 
 CursorBody::CursorBody(int id) : phyId(id), label(TimeMarkers::label(id))
 {
     setZValue(1);
-    setToolTip(label);
+    setToolTip(::tr("Timing marker") + QLatin1Char(' ') + label);
     hide();
 }
 

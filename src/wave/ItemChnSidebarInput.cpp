@@ -72,10 +72,10 @@ void ItemChnSidebar::leChnNameChangedSlot()
 void ItemChnSidebar::storeName()
 {
     const QString text = oneLine(nameEdit->text());
-    if (text == m_name) {
+    const bool isDefault = text == defaultName() || text.trimmed().isEmpty();
+    if (text == m_name && !isDefault) {
         return; // who only passes through the field changes nothing
     }
-    const bool isDefault = text == defaultName() || text.trimmed().isEmpty();
     globalSet(QStringLiteral("chnShowName%1").arg(chnIndex), isDefault ? QString() : text);
     m_name = isDefault ? defaultName() : text;
 }

@@ -43,6 +43,7 @@ public:
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
 
 signals:
+    /// Never emitted: the main view has the click before the item could.
     void nextEdgeClicked();
 
 private:

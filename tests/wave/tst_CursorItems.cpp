@@ -130,7 +130,7 @@ void TstCursorItems::aMarkerLiesOverTheWavesAndBelowTheArrow()
 void TstCursorItems::aMarkerTellsItsName()
 {
     QCOMPARE(CursorBody(3).name(), QStringLiteral("B2"));
-    QCOMPARE(CursorBody(3).toolTip(), QStringLiteral("B2"));
+    QCOMPARE(CursorBody(3).toolTip(), QStringLiteral("Timing marker B2"));
     QCOMPARE(CursorBody(52).name(), QStringLiteral("[1"));
 }
 

@@ -17,6 +17,7 @@ private slots:
     void escapeBringsTheFormerNameBack();
     void passingThroughTheFieldStoresNothing();
     void theDefaultNameIsStoredAsEmpty();
+    void aStoredNameThatIsTheDefaultIsStoredAsEmptyByTheNextEdit();
     void anEmptyNameIsStoredAsEmptyAndShowsTheDefault();
     void aNameIsStoredWhenTheWindowLosesTheFocus();
     void aNameIsStoredWhenTheWindowIsClosed();
@@ -89,6 +90,16 @@ void TstItemChnSidebarName::theDefaultNameIsStoredAsEmpty()
     window.type(QStringLiteral("Channel 4"));
     QTest::keyClick(window.name(), Qt::Key_Return);
     QCOMPARE(storedName(3), QStringLiteral("Channel 4"));
+}
+
+void TstItemChnSidebarName::aStoredNameThatIsTheDefaultIsStoredAsEmptyByTheNextEdit()
+{
+    globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Channel 3"));
+    const SidebarWindow window;
+    window.sidebar->setChnName(chnShowNameGet(3));
+    window.type(QStringLiteral("Channel 3"));
+    QTest::keyClick(window.name(), Qt::Key_Return);
+    QCOMPARE(storedName(3), QString()); // another language translates it anew
 }
 
 void TstItemChnSidebarName::anEmptyNameIsStoredAsEmptyAndShowsTheDefault()
