@@ -1,6 +1,7 @@
 // What the user chooses on a device, the rules between those choices, and how they are kept.
 
 #include "app/Config.h"
+#include "device/ChnTrigger.h"
 #include "device/DevBase.h"
 #include "device/DevControl.h"
 
@@ -8,22 +9,13 @@
 
 namespace {
 
-constexpr int lowLevel = 1;
-constexpr int highLevel = 2;
-constexpr int risingEdge = 3;
-constexpr int fallingEdge = 4;
 constexpr int defaultTrgPosition = 5; // percent
 constexpr int defaultVoltDiv = 1000;  // millivolts
-
-bool isEdge(int code)
-{
-    return code == risingEdge || code == fallingEdge;
-}
 
 /// Any other code triggers nothing; a settings file may hold negative ones, and they are kept.
 bool isTrigger(int code)
 {
-    return code >= lowLevel && code <= fallingEdge;
+    return code >= chnTrigger::lowLevel && code <= chnTrigger::fallingEdge;
 }
 
 bool has(const QVector<int> &list, int index)
@@ -33,7 +25,7 @@ bool has(const QVector<int> &list, int index)
 
 void clearEdges(QVector<int> &triggers)
 {
-    std::replace_if(triggers.begin(), triggers.end(), isEdge, 0);
+    std::replace_if(triggers.begin(), triggers.end(), chnTrigger::isEdge, 0);
 }
 
 /// Takes over the states of `list` and clears the triggers of channels that are off.
@@ -233,7 +225,7 @@ void DevBase::setChnTrig(int chn, int code)
     if (!has(chnTrig, chn)) {
         return;
     }
-    if (isEdge(code)) {
+    if (chnTrigger::isEdge(code)) {
         clearEdges(chnTrig);
         clearEdges(aChnTrig);
         saveAChnTrig();
@@ -247,7 +239,7 @@ void DevBase::setAChnTrig(int chn, int code)
     if (!has(aChnTrig, chn)) {
         return;
     }
-    if (isEdge(code)) {
+    if (chnTrigger::isEdge(code)) {
         std::fill(aChnTrig.begin(), aChnTrig.end(), 0);
         clearEdges(chnTrig);
         saveChnTrig();
@@ -274,8 +266,8 @@ SmpConfig DevBase::smpConfig() const
         const int code = chnTrig.value(chn, 0);
         config.enabled |= chnEnable.at(chn) ? bit : 0;
         config.trigger |= isTrigger(code) ? bit : 0;
-        config.level |= code == lowLevel || code == highLevel ? bit : 0;
-        config.polarity |= code == highLevel || code == fallingEdge ? bit : 0;
+        config.level |= code == chnTrigger::lowLevel || code == chnTrigger::highLevel ? bit : 0;
+        config.polarity |= code == chnTrigger::highLevel || code == chnTrigger::fallingEdge ? bit : 0;
     }
     return config;
 }

@@ -2,6 +2,7 @@
 
 #include "app/Globals.h"
 #include "app/Language.h"
+#include "device/ChnTrigger.h"
 #include "wave/LabelMove.h"
 #include "wave/MyButton.h"
 #include "wave/Style.h"
@@ -17,8 +18,6 @@
 
 namespace {
 
-constexpr int risingEdge = 3;
-constexpr int fallingEdge = 4;
 /// Letters of a name. All names of all channels have to fit in the head of a data file, which is read to 32,768 bytes.
 constexpr int nameLimit = 200;
 
@@ -27,19 +26,19 @@ struct Trigger {
     int code;
     const char *icon;
 };
-constexpr std::array<Trigger, 4> triggers{{{risingEdge, ":/res/btnPosEdge"},
-                                           {2, ":/res/btnHighLevel"},
-                                           {fallingEdge, ":/res/btnNegEdge"},
-                                           {1, ":/res/btnLowLevel"}}};
+constexpr std::array<Trigger, 4> triggers{{{chnTrigger::risingEdge, ":/res/btnPosEdge"},
+                                           {chnTrigger::highLevel, ":/res/btnHighLevel"},
+                                           {chnTrigger::fallingEdge, ":/res/btnNegEdge"},
+                                           {chnTrigger::lowLevel, ":/res/btnLowLevel"}}};
 
 QString triggerText(int code)
 {
     switch (code) {
-    case risingEdge:
+    case chnTrigger::risingEdge:
         return ::tr("Rising edge trigger");
-    case fallingEdge:
+    case chnTrigger::fallingEdge:
         return ::tr("Falling edge trigger");
-    case 2:
+    case chnTrigger::highLevel:
         return ::tr("High level trigger");
     default:
         return ::tr("Low level trigger");
@@ -111,7 +110,7 @@ ItemChnSidebar::ItemChnSidebar(int channel, int row, int multiplier, QWidget *pa
       analyzerEdit(new QLineEdit(this)),
       layout(new QGridLayout(this))
 {
-    setFixedWidth(dp(190));
+    setFixedWidth(dp(columnWidth));
     buildNumber();
     buildName();
     buildSetting();
@@ -147,7 +146,7 @@ QString ItemChnSidebar::spoken(const QString &control) const
 int ItemChnSidebar::nameRoom()
 {
     const int controls = dp(18) + lineHeight() + triggerWidth() + 4 * dp(3);
-    return dp(190) - controls - 2 * dp(5); // less the field's own margins
+    return dp(columnWidth) - controls - 2 * dp(5); // less the field's own margins
 }
 
 void ItemChnSidebar::buildNumber()

@@ -20,6 +20,9 @@ class QMenu;
 class ItemChnSidebar : public QWidget {
     Q_OBJECT
 public:
+    static constexpr int columnWidth = 190; ///< of every sidebar, pixels at 96 dpi
+    static constexpr int resetAll = 9;      ///< data of the height menu's last entry, beside the factors
+
     ItemChnSidebar(int channel, int row, int multiplier, QWidget *parent);
     ~ItemChnSidebar() override;
 

@@ -3,6 +3,7 @@
 #include "app/Config.h"
 #include "app/Globals.h"
 #include "app/Language.h"
+#include "device/ChnTrigger.h"
 #include "device/DevBase.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
@@ -23,9 +24,6 @@
 
 namespace {
 
-constexpr int resetAll = 9; ///< the menu's entry beside the height factors
-constexpr int risingEdge = 3;
-constexpr int fallingEdge = 4;
 constexpr int toolTipLimit = 400; ///< letters: a tool tip has no scroll bar
 
 /// A pasted name may hold line ends, which one line cannot show and some readers of a file take for its own.
@@ -137,7 +135,7 @@ void ItemChnSidebar::slotTrigMouseClicked()
     const int code = button->selected ? 0 : button->value;
     setTrigCode(code);
     gDev->setChnTrig(chnIndex, code);
-    if (code == risingEdge || code == fallingEdge) {
+    if (chnTrigger::isEdge(code)) {
         emit trigEdgeChanged();
     }
 }

@@ -8,12 +8,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-namespace {
-constexpr int pressed = 1;
-constexpr int released = 2;
-constexpr int moved = 3;
-} // namespace
-
 LabelMove::LabelMove(int channel, QWidget *parent) : QLabel(QString::number(channel), parent), chnIndex(channel)
 {
     setStyleSheet(QStringLiteral("QLabel{border:0;color:black;}"));
@@ -43,7 +37,7 @@ void LabelMove::mousePressEvent(QMouseEvent *event)
     pressY = event->screenPos().y();
     m_held = true;
     setCursor(Qt::ClosedHandCursor);
-    emit channelMoveCallback(pressed, chnIndex, 0);
+    emit channelMoveCallback(handleMove::pressed, chnIndex, 0);
 }
 
 void LabelMove::mouseMoveEvent(QMouseEvent *event)
@@ -51,7 +45,7 @@ void LabelMove::mouseMoveEvent(QMouseEvent *event)
     if (!event->buttons().testFlag(Qt::LeftButton)) {
         letGo();
     } else if (m_held) {
-        emit channelMoveCallback(moved, chnIndex, truncated32(event->screenPos().y() - pressY));
+        emit channelMoveCallback(handleMove::moved, chnIndex, truncated32(event->screenPos().y() - pressY));
     }
 }
 
@@ -67,7 +61,7 @@ void LabelMove::letGo()
     if (m_held) {
         m_held = false;
         setCursor(Qt::OpenHandCursor);
-        emit channelMoveCallback(released, chnIndex, 0);
+        emit channelMoveCallback(handleMove::released, chnIndex, 0);
     }
 }
 

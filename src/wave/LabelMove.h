@@ -2,6 +2,15 @@
 
 #include <QLabel>
 
+/// The mouse flags of a row's handle.
+namespace handleMove {
+
+inline constexpr int pressed = 1;
+inline constexpr int released = 2;
+inline constexpr int moved = 3;
+
+} // namespace handleMove
+
 /// A channel's number, the handle by which its row is dragged: it tells of the drag and moves nothing itself.
 ///
 /// GUI thread. Placed in an ItemChnSidebar.
@@ -11,8 +20,8 @@ public:
     LabelMove(int channel, QWidget *parent);
 
 signals:
-    /// @param mouseFlag  1 pressed, 3 moved, 2 released. A 1 is followed by exactly one 2, also when the release is
-    /// lost.
+    /// @param mouseFlag  of handleMove: 1 pressed, 3 moved, 2 released. A 1 is followed by exactly one 2, also when the
+    /// release is lost.
     /// @param offsetY    screen pixels from the press downward, truncated; 0 unless moved
     void channelMoveCallback(int mouseFlag, int movedPhyIndex, int offsetY);
     /// Ctrl with Up (`step` -1) or Down (1): the row is to change places with its neighbour.

@@ -25,8 +25,7 @@ MainView *gMainView = nullptr;
 
 namespace {
 
-constexpr int sidebarWidth = 190; ///< at 96 dpi, as the two below
-constexpr int leastUnit = 42;
+constexpr int leastUnit = 42; ///< pixels at 96 dpi, as the one below
 constexpr int mostUnit = 120;
 constexpr int analogUnits = 8; ///< height of the analog area in units of a row
 
@@ -77,7 +76,7 @@ void MainView::buildViews()
     sidebarArea->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     sidebarArea->setFrameShape(QFrame::NoFrame);
     sidebarArea->setFocusPolicy(Qt::NoFocus); // the rows are scrolled by the bar over the waves
-    sidebarArea->setFixedWidth(dp(sidebarWidth));
+    sidebarArea->setFixedWidth(dp(ItemChnSidebar::columnWidth));
     sidebarArea->setStyleSheet(QStringLiteral("QScrollArea{background-color:%1;border:0;}").arg(gGreys[7].name()));
     sidebarFrame->setObjectName(QStringLiteral("sidebarFrame"));
     sidebarFrame->setStyleSheet(QStringLiteral("#sidebarFrame{background-color:%1;border:0;}").arg(gGreys[7].name()));
@@ -198,7 +197,7 @@ void MainView::placeRow(int chn)
     const auto row = std::size_t(chnSidebars[chn]->row());
     const int top = m_rows.tops[row];
     const QSize size(waveView->width(), m_rows.heights[row]);
-    chnSidebars[chn]->setGeometry(0, top, dp(sidebarWidth), size.height());
+    chnSidebars[chn]->setGeometry(0, top, dp(ItemChnSidebar::columnWidth), size.height());
     chnSidebars[chn]->setVisible(size.height() > 0); // what has no place must not take the focus
     waveBackgrounds[chn]->setSize(size);
     waveBackgrounds[chn]->setPos(0, top);

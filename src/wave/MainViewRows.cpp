@@ -18,13 +18,6 @@
 
 namespace {
 
-constexpr int resetAll = 9; ///< the height menu's last entry
-
-// mouse flags of a number
-constexpr int pressed = 1;
-constexpr int released = 2;
-constexpr int moved = 3;
-
 // z values of background and line: below all other items at rest, above them while dragged
 constexpr qreal restingBackground = 0;
 constexpr qreal restingLine = 1;
@@ -55,7 +48,7 @@ void MainView::slotChnTrigEdgeChanged()
 void MainView::slotChnTrigerMenu(QAction *action)
 {
     const int value = action->data().toInt();
-    if (value == resetAll) {
+    if (value == ItemChnSidebar::resetAll) {
         for (ItemChnSidebar *sidebar : chnSidebars) {
             sidebar->reset();
         }
@@ -100,7 +93,7 @@ void MainView::orderTabs()
 
 void MainView::slotChnMove(int mouseFlag, int movedPhyIndex, int offsetY)
 {
-    if (mouseFlag == pressed) {
+    if (mouseFlag == handleMove::pressed) {
         if (m_drag.chn >= 0) {
             dropRow(0); // two handles cannot be held at once
         }
@@ -108,9 +101,9 @@ void MainView::slotChnMove(int mouseFlag, int movedPhyIndex, int offsetY)
         m_dragScroll = sidebarArea->verticalScrollBar()->value();
     } else if (m_drag.chn < 0 || m_drag.chn != movedPhyIndex) {
         return; // the rows have been rebuilt since the press
-    } else if (mouseFlag == moved) {
+    } else if (mouseFlag == handleMove::moved) {
         dragRow(offsetY);
-    } else if (mouseFlag == released) {
+    } else if (mouseFlag == handleMove::released) {
         dropRow(offsetY);
     }
 }
