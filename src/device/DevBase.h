@@ -141,6 +141,7 @@ public:
     /// control transfers. Main thread.
     /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
     virtual int initDevice(const QByteArray &identity);
+    static constexpr int errWrongModel = 11; ///< also of a bring-up whose device object is another model's
 
     SmpSimulate thrSimulate{*this};
 
@@ -152,7 +153,6 @@ signals:
     void sigCaptureStarts();
 
 protected:
-    static constexpr int errWrongModel = 11;
     static constexpr int errNotReady = 12;
 
     /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.

@@ -155,17 +155,17 @@ bool EmulatedBus::pumpOnce()
     return more;
 }
 
-/// @return true when a device of the port has come or gone since the last call
-bool EmulatedBus::noteChanges(Port &port) const
+/// @return how many times a device of the port has come or gone since the last call: 2 for one that has come back
+int EmulatedBus::noteChanges(Port &port) const
 {
     const bool attached = port.instrument->attached();
     const unsigned generation = port.instrument->generation();
-    if (attached == port.toldAttached && (!attached || generation == port.toldGeneration)) {
-        return false;
-    }
+    const bool isAnother = generation != port.toldGeneration;
+    const int changes =
+        int(port.toldAttached && (!attached || isAnother)) + int(attached && (!port.toldAttached || isAnother));
     port.toldAttached = attached;
     port.toldGeneration = generation;
-    return true;
+    return changes;
 }
 
 void EmulatedBus::run()
@@ -176,7 +176,7 @@ void EmulatedBus::run()
         const bool more = pumpOnce();
         int changes = 0;
         for (const auto &port : m_ports) {
-            changes += noteChanges(*port) ? 1 : 0;
+            changes += noteChanges(*port);
         }
         if (changes > 0 && m_changed) {
             const std::function<void()> changed = m_changed;

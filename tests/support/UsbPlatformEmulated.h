@@ -101,7 +101,7 @@ private:
     void advance();
     bool pumpOnce();
     void endLate(Clock::time_point now);
-    [[nodiscard]] bool noteChanges(Port &port) const;
+    [[nodiscard]] int noteChanges(Port &port) const;
     [[nodiscard]] bool isPresent(int port, unsigned generation) const;
 
     void run();

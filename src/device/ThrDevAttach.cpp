@@ -1,0 +1,48 @@
+#include "device/ThrDevAttach.h"
+
+#include "device/BringUpRun.h"
+#include "device/FirmwareLoad.h"
+
+#include <QFile>
+
+namespace {
+
+constexpr int loading = 0; ///< states that are reported
+constexpr int sent = 1;
+constexpr int errNoFirmware = 1;
+constexpr int errNotBack = 5;
+
+/// Below this size a firmware is text.
+constexpr int leastImage = 65536;
+
+} // namespace
+
+void attachDevice(BringUpRun &run)
+{
+    QFile file(devIdentity::firmwareOf(run.product));
+    if (!file.exists() || !file.open(QIODevice::ReadOnly)) {
+        run.report(loading, errNoFirmware);
+        return;
+    }
+    const QByteArray firmware = file.readAll();
+    const int result = firmware.size() < leastImage ? sendHexFirmware(run, firmware) : sendImageFirmware(run, firmware);
+    run.report(sent, result);
+    if (result != 0) {
+        return;
+    }
+    constexpr int steps = 50;
+    constexpr int stepMs = 200;
+    for (int step = 1; step <= steps; ++step) {
+        run.pauseForReturn(stepMs);
+        if (run.stopRequested.load(std::memory_order_acquire)) {
+            return;
+        }
+        run.report(sent, 0, step * stepMs);
+    }
+    run.report(sent, errNotBack);
+}
+
+void ThrDevAttach::work(BringUpRun &run)
+{
+    attachDevice(run);
+}

@@ -1,0 +1,150 @@
+#pragma once
+
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "device/DevControlUsb.h"
+#include "device/DevInit.h"
+#include "device/DevModels.h"
+#include "device/UsbTransport.h"
+#include "support/TestImages.h"
+#include "support/UsbPlatformEmulated.h"
+
+#include <QtTest>
+
+#include <memory>
+#include <string>
+
+using Report = QVector<int>; ///< state, error, value
+
+/// Emulated instruments on a bus in the process, and the program's side of their bring-up, with the device object
+/// swapped as the main window does it. Pauses of the program are over at once, but for the wait for a device's return,
+/// and the instruments' time passes faster than the real one. Main thread.
+struct BringUpDesk {
+    explicit BringUpDesk(int model = 0)
+    {
+        configLoad();
+        bus = std::make_unique<EmulatedBus>(20.0);
+        auto made = std::make_unique<UsbPlatformEmulated>(*bus);
+        platform = made.get();
+        transport = std::make_unique<UsbTransport>(std::move(made));
+        control = std::make_unique<DevControlUsb>(*transport);
+        control->sleep = [](int) {};
+        setDevControl(control.get());
+        gUsb = transport.get();
+        gDev = createDevice(model).release();
+        makeInit();
+    }
+    ~BringUpDesk()
+    {
+        init.reset();
+        gDevInit = nullptr;
+        delete gDev;
+        gDev = nullptr;
+        setDevControl(nullptr);
+        gUsb = nullptr;
+        transport.reset();
+    }
+    BringUpDesk(const BringUpDesk &) = delete;
+    BringUpDesk &operator=(const BringUpDesk &) = delete;
+
+    void makeInit()
+    {
+        constexpr int returnStep = 200;
+        init = std::make_unique<DevInit>(*transport);
+        gDevInit = init.get();
+        init->skipPause = [](int ms) { return ms != returnStep; };
+        QObject::connect(init.get(), &DevInit::sigInitSta, [this](int sta, int err, int n) {
+            reports.append({sta, err, n});
+        });
+        QObject::connect(init.get(), &DevInit::sigDevPreConnect, [this](int wanted) {
+            asked.append(wanted);
+            if (swaps && gDev->model != wanted) {
+                delete gDev;
+                gDev = createDevice(wanted).release();
+            }
+        });
+        QObject::connect(transport.get(), &UsbTransport::sigDevChange, init.get(), &DevInit::slotDevChange);
+        if (!isRegistered) {
+            isRegistered = transport->registerHotplug(0);
+        }
+    }
+
+    /// Adds an instrument that accepts only the tests' images. @return its index
+    int add(const emulator::InstrumentOptions &options)
+    {
+        const int index = bus->add(options);
+        bus->with(index, [](emulator::Instrument &instrument) {
+            const std::string firmware = "fw" + testImages::hexDigits(productOf(instrument), 4);
+            instrument.firmware().expect(testImages::firmwareMemory(firmware));
+            const std::string image = fpgaNameOf(instrument);
+            if (!image.empty()) {
+                instrument.fpga().expect(testImages::fpga(image));
+            }
+        });
+        return index;
+    }
+    static std::uint16_t productOf(const emulator::Instrument &instrument)
+    {
+        const emulator::InstrumentOptions &o = instrument.options();
+        return o.product != 0 ? o.product : instrument.model().product;
+    }
+    /// The FPGA image of an instrument as its model's hardware wants it.
+    static std::string fpgaNameOf(const emulator::Instrument &instrument)
+    {
+        switch (instrument.model().code) {
+        case 1:
+            return {};
+        case 2:
+        case 3:
+        case 4:
+            return instrument.model().name;
+        case 5:
+            return "RV2310A_0";
+        case 65:
+            return "RV2520A";
+        case 97:
+            return "RV2720";
+        default:
+            return std::string(instrument.model().name) + "A";
+        }
+    }
+
+    /// True when a report of this state and error has come.
+    [[nodiscard]] bool has(int sta, int err = 0) const
+    {
+        return std::any_of(reports.cbegin(), reports.cend(),
+                           [sta, err](const Report &r) { return r.at(0) == sta && r.at(1) == err; });
+    }
+    /// The first error that was reported, {0, 0} for none.
+    [[nodiscard]] Report firstError() const
+    {
+        const auto found = std::find_if(reports.cbegin(), reports.cend(), [](const Report &r) { return r.at(1) != 0; });
+        return found != reports.cend() ? Report{found->at(0), found->at(1)} : Report{0, 0};
+    }
+    [[nodiscard]] bool hasEnded() const { return has(6) || firstError() != Report{0, 0}; }
+
+    std::unique_ptr<EmulatedBus> bus;
+    UsbPlatformEmulated *platform = nullptr;
+    std::unique_ptr<UsbTransport> transport;
+    std::unique_ptr<DevControlUsb> control;
+    std::unique_ptr<DevInit> init;
+    QVector<Report> reports;
+    QVector<int> asked; ///< models that the device object was to become
+    bool swaps = true;
+    bool isRegistered = false;
+};
+
+inline emulator::InstrumentOptions instrumentOf(int model)
+{
+    emulator::InstrumentOptions options;
+    options.model = model;
+    return options;
+}
+
+/// One that comes with its firmware running.
+inline emulator::InstrumentOptions runningInstrument(int model)
+{
+    emulator::InstrumentOptions options = instrumentOf(model);
+    options.firmwareInside = true;
+    return options;
+}
