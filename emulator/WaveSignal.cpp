@@ -1,6 +1,7 @@
 #include "WaveSignal.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <numbers>
 
@@ -8,7 +9,6 @@ namespace emulator {
 
 namespace {
 
-constexpr std::size_t maxChannels = 32;
 constexpr int analogPeriod = 256;
 
 std::int64_t endOf(std::int64_t start, std::int64_t width)
@@ -76,6 +76,7 @@ WaveSignal::WaveSignal(std::int64_t rate, const std::vector<Wave> &waves) : m_ra
             Track track;
             track.wave = wave;
             rewind(track);
+            m_present |= 1U << m_tracks.size();
             m_tracks.push_back(std::move(track));
         }
     }
@@ -107,20 +108,25 @@ std::int64_t WaveSignal::nextWidth(Track &track)
         return wave.shortest + std::int64_t(nextRandom(track.random) % choices);
     }
     const std::int64_t width = wave.widths[track.index];
-    track.index = (track.index + 1) % wave.widths.size();
+    if (++track.index == wave.widths.size()) {
+        track.index = 0;
+    }
     return width;
 }
 
 void WaveSignal::advance(Track &track, std::int64_t position)
 {
-    if (track.wave.kind == Kind::Square && track.end <= position) {
+    // One step is what reading forward takes.
+    track.level = !track.level;
+    track.begin = track.end;
+    track.end = endOf(track.begin, nextWidth(track));
+    if (track.end <= position && track.wave.kind == Kind::Square) {
         // Jumps over the whole periods.
         const std::int64_t half = std::max<std::int64_t>(track.wave.widths[0], 1);
         const std::int64_t halves = (position - track.end) / half + 1;
         track.level = track.level != ((halves & 1) != 0);
         track.begin = track.end + (halves - 1) * half;
         track.end = endOf(track.begin, half);
-        return;
     }
     while (track.end <= position) {
         track.level = !track.level;
@@ -132,20 +138,23 @@ void WaveSignal::advance(Track &track, std::int64_t position)
 SignalRun WaveSignal::at(std::int64_t position, std::uint32_t mask)
 {
     SignalRun run;
-    for (std::size_t i = 0; i < m_tracks.size(); ++i) {
-        if ((mask >> i & 1) == 0) {
-            continue;
+    for (std::uint32_t left = mask & m_present; left != 0; left &= left - 1) {
+        const auto i = std::size_t(std::countr_zero(left));
+        if (position < m_begins[i] || position >= m_ends[i]) {
+            Track &track = m_tracks[i];
+            if (position < track.begin) {
+                rewind(track);
+            }
+            if (track.end <= position) {
+                advance(track, position);
+            }
+            m_begins[i] = track.begin;
+            m_ends[i] = track.end;
+            m_levels = track.level ? m_levels | 1U << i : m_levels & ~(1U << i);
         }
-        Track &track = m_tracks[i];
-        if (position < track.begin) {
-            rewind(track);
-        }
-        if (track.end <= position) {
-            advance(track, position);
-        }
-        run.levels |= std::uint32_t(track.level) << i;
-        run.end = std::min(run.end, track.end);
+        run.end = std::min(run.end, m_ends[i]);
     }
+    run.levels = m_levels & mask;
     return run;
 }
 

@@ -2,6 +2,7 @@
 
 #include "LogicSignal.h"
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -59,7 +60,14 @@ private:
     static void advance(Track &track, std::int64_t position);
 
     std::int64_t m_rate;
+    static constexpr std::size_t maxChannels = 32;
+
     std::vector<Track> m_tracks;
+    // The present run of each track once more, side by side: most questions end here.
+    std::array<std::int64_t, maxChannels> m_begins{};
+    std::array<std::int64_t, maxChannels> m_ends{};
+    std::uint32_t m_levels = 0;
+    std::uint32_t m_present = 0; ///< the channels that there are
 };
 
 } // namespace emulator
