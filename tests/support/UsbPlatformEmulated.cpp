@@ -1,7 +1,6 @@
 #include "support/UsbPlatformEmulated.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -9,11 +8,6 @@ using emulator::Outcome;
 using emulator::Urb;
 
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto tickWhileBusy = 1ms; // the pump's grain of time
-constexpr auto tickWhileIdle = 5ms;
 
 UsbError errorOf(Outcome outcome)
 {
@@ -42,49 +36,14 @@ std::string pathOf(int port, unsigned generation)
 // ---- the bus
 // ---------------------------------------------------------------------------------------------------------
 
-EmulatedBus::EmulatedBus(double timeScale) : m_timeScale(timeScale), m_lastTick(Clock::now()), m_pump([this] { run(); })
-{}
+EmulatedBus::EmulatedBus(double timeScale) : InstrumentBus(timeScale)
+{
+    start();
+}
 
 EmulatedBus::~EmulatedBus()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_stop = true;
-    }
-    m_wake.notify_one();
-    m_pump.join();
-}
-
-int EmulatedBus::add(const emulator::InstrumentOptions &options, std::shared_ptr<emulator::LogicSignal> signal)
-{
-    auto port = std::make_unique<Port>();
-    port->instrument = std::make_unique<emulator::Instrument>(options, std::move(signal));
-    port->urbs = std::make_unique<emulator::UrbQueue>(*port->instrument);
-    const Turn turn(*this);
-    m_ports.push_back(std::move(port));
-    return int(m_ports.size()) - 1;
-}
-
-void EmulatedBus::plug(int index)
-{
-    with(index, [](emulator::Instrument &instrument) { instrument.attach(); });
-}
-
-void EmulatedBus::unplug(int index)
-{
-    with(index, [](emulator::Instrument &instrument) { instrument.detach(); });
-}
-
-int EmulatedBus::fewestReadsLeft(int index)
-{
-    const Turn turn(*this);
-    return m_ports[std::size_t(index)]->urbs->fewestReadsLeft();
-}
-
-bool EmulatedBus::isPresent(int port, unsigned generation) const
-{
-    const emulator::Instrument &instrument = *m_ports[std::size_t(port)]->instrument;
-    return instrument.attached() && instrument.generation() == generation;
+    stop();
 }
 
 void EmulatedBus::submit(const std::shared_ptr<Transfer> &transfer, Urb urb)
@@ -114,20 +73,18 @@ void EmulatedBus::cancel(const std::shared_ptr<Transfer> &transfer, UsbError err
     end(transfer, error, urb ? urb->actual : 0);
 }
 
-/// Lets the real time that has passed pass for the instruments.
-void EmulatedBus::advance()
+void EmulatedBus::completed(int /*port*/, const Urb &urb)
 {
-    const Clock::time_point now = Clock::now();
-    const double elapsed = std::chrono::duration<double, std::nano>(now - m_lastTick).count() * m_timeScale;
-    m_lastTick = now;
-    for (const auto &port : m_ports) {
-        port->instrument->tick(std::uint64_t(std::max(elapsed, 0.0)));
+    const auto found = m_transfers.find(urb.key);
+    if (found != m_transfers.end()) {
+        end(std::shared_ptr<Transfer>(found->second), errorOf(urb.outcome), urb.actual);
     }
-    endLate(now);
 }
 
-void EmulatedBus::endLate(Clock::time_point now)
+/// Ends what is late.
+void EmulatedBus::afterPump()
 {
+    const Clock::time_point now = Clock::now();
     std::vector<std::shared_ptr<Transfer>> late;
     for (const auto &[key, transfer] : m_transfers) {
         if (now >= transfer->deadline) {
@@ -139,65 +96,19 @@ void EmulatedBus::endLate(Clock::time_point now)
     }
 }
 
-/// Moves data. @return true when there is more to do at once
-bool EmulatedBus::pumpOnce()
+void EmulatedBus::changed(int /*port*/, bool /*attached*/, unsigned /*generation*/)
 {
-    bool more = false;
-    for (const auto &port : m_ports) {
-        for (const Urb &urb : port->urbs->pump()) {
-            const auto found = m_transfers.find(urb.key);
-            if (found != m_transfers.end()) {
-                end(std::shared_ptr<Transfer>(found->second), errorOf(urb.outcome), urb.actual);
-            }
-        }
-        more = more || port->urbs->wantsMore();
+    std::function<void()> tell;
+    {
+        const std::lock_guard lock(m_mutex);
+        tell = m_changed;
+        m_calling = bool(tell);
     }
-    return more;
-}
-
-/// @return how many times a device of the port has come or gone since the last call: 2 for one that has come back
-int EmulatedBus::noteChanges(Port &port) const
-{
-    const bool attached = port.instrument->attached();
-    const unsigned generation = port.instrument->generation();
-    const bool isAnother = generation != port.toldGeneration;
-    const int changes =
-        int(port.toldAttached && (!attached || isAnother)) + int(attached && (!port.toldAttached || isAnother));
-    port.toldAttached = attached;
-    port.toldGeneration = generation;
-    return changes;
-}
-
-void EmulatedBus::run()
-{
-    std::unique_lock lock(m_mutex);
-    while (!m_stop) {
-        advance();
-        const bool more = pumpOnce();
-        int changes = 0;
-        for (const auto &port : m_ports) {
-            changes += noteChanges(*port);
-        }
-        if (changes > 0 && m_changed) {
-            const std::function<void()> changed = m_changed;
-            m_calling = true;
-            lock.unlock();
-            for (int i = 0; i < changes * m_announcements; ++i) {
-                changed();
-            }
-            lock.lock();
-            m_calling = false;
-            m_transferEnded.notify_all();
-        }
-        if (more) {
-            lock.unlock();
-            do {
-                std::this_thread::yield();
-            } while (m_callers.load(std::memory_order_relaxed) > 0);
-            lock.lock();
-        } else {
-            m_wake.wait_for(lock, m_transfers.empty() ? tickWhileIdle : tickWhileBusy);
-        }
+    if (tell) {
+        tell();
+        const std::lock_guard lock(m_mutex);
+        m_calling = false;
+        m_transferEnded.notify_all();
     }
 }
 
@@ -329,9 +240,7 @@ void UsbPlatformEmulated::freeInterface(UsbInterface iface)
 bool UsbPlatformEmulated::registerHotplug(std::uintptr_t /*window*/, std::function<void()> changed)
 {
     const Turn turn(m_bus);
-    for (const auto &port : m_bus.m_ports) {
-        (void)m_bus.noteChanges(*port); // what is present already is not told
-    }
+    m_bus.forgetChanges();
     m_bus.m_changed = std::move(changed);
     return true;
 }
@@ -447,13 +356,10 @@ UsbResult UsbPlatformEmulated::transfer(UsbInterface iface, Urb urb, std::uint8_
     transfer->deadline = deadline(*opened, timeoutPipe);
     m_bus.submit(transfer, urb);
     // Most are answered at once; what is not waits for the pump.
-    m_bus.advance();
+    m_bus.passTime();
     (void)m_bus.pumpOnce();
     while (!transfer->ended) {
-        m_bus.m_wake.notify_one();
-        m_bus.m_callers.fetch_sub(1, std::memory_order_relaxed); // lets the pump work meanwhile
-        m_bus.m_transferEnded.wait(turn.lock());
-        m_bus.m_callers.fetch_add(1, std::memory_order_relaxed);
+        turn.wait(m_bus.m_transferEnded);
     }
     moved = std::uint32_t(transfer->moved);
     return {transfer->error};

@@ -1,64 +1,22 @@
 #pragma once
 
-#include "UrbQueue.h"
 #include "device/UsbPlatform.h"
+#include "support/InstrumentBus.h"
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
-#include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
-#include <vector>
 
-/// A bus in this process: emulated instruments, the time that passes for them, and a thread that moves their data.
-///
-/// Owned by the test, and outlives the platforms over it. Any thread may use it; an instrument itself is reached only
-/// through with(), which holds the bus's one lock.
-class EmulatedBus {
+/// A bus in this process, for UsbPlatformEmulated.
+class EmulatedBus final : public InstrumentBus {
 public:
     /// @param timeScale  the instruments' time passes so many times faster than the real one
     explicit EmulatedBus(double timeScale = 1.0);
-    ~EmulatedBus();
-    EmulatedBus(const EmulatedBus &) = delete;
-    EmulatedBus &operator=(const EmulatedBus &) = delete;
-
-    /// Adds an instrument, which is not plugged in yet. @return its index
-    int add(const emulator::InstrumentOptions &options, std::shared_ptr<emulator::LogicSignal> signal = nullptr);
-    void plug(int index = 0);
-    void unplug(int index = 0);
-    /// Calls `job` with an instrument under the lock. It must not call the bus.
-    template<class Job>
-    auto with(int index, const Job &job)
-    {
-        const Turn turn(*this);
-        return job(*m_ports[std::size_t(index)]->instrument);
-    }
-    template<class Job>
-    auto with(const Job &job)
-    {
-        return with(0, job);
-    }
-    /// The fewest bulk reads that were still queued when one was completed; -1 before the first. Below 1 the host has
-    /// left the instrument without a read.
-    [[nodiscard]] int fewestReadsLeft(int index = 0);
-    /// Tells each arrival twice, as some systems do.
-    void announceTwice() { m_announcements = 2; }
+    ~EmulatedBus() override;
 
 private:
     friend class UsbPlatformEmulated;
-    using Clock = std::chrono::steady_clock;
 
-    /// A port of the bus. Its device is another one for the host after each arrival.
-    struct Port {
-        std::unique_ptr<emulator::Instrument> instrument;
-        std::unique_ptr<emulator::UrbQueue> urbs;
-        unsigned toldGeneration = 0; ///< what the host was last told of
-        bool toldAttached = false;
-    };
     /// What a transfer became. Shared by the pump and whoever waits.
     struct Transfer {
         bool ended = false;
@@ -70,56 +28,22 @@ private:
         std::uintptr_t owner = 0; ///< the interface that it was submitted through
         std::uint8_t endpoint = 0;
     };
-    /// The lock, with precedence over the pump, which would else take it again before anybody wakes up.
-    class Turn {
-    public:
-        explicit Turn(EmulatedBus &bus) : m_bus(bus)
-        {
-            m_bus.m_callers.fetch_add(1, std::memory_order_relaxed);
-            m_lock = std::unique_lock(m_bus.m_mutex);
-        }
-        ~Turn()
-        {
-            m_lock.unlock();
-            m_bus.m_callers.fetch_sub(1, std::memory_order_relaxed);
-            m_bus.m_wake.notify_one();
-        }
-        Turn(const Turn &) = delete;
-        Turn &operator=(const Turn &) = delete;
-        std::unique_lock<std::mutex> &lock() { return m_lock; }
 
-    private:
-        EmulatedBus &m_bus;
-        std::unique_lock<std::mutex> m_lock;
-    };
+    void completed(int port, const emulator::Urb &urb) override;
+    void afterPump() override;
+    void changed(int port, bool attached, unsigned generation) override;
 
     // All under the lock.
     void submit(const std::shared_ptr<Transfer> &transfer, emulator::Urb urb);
     void end(const std::shared_ptr<Transfer> &transfer, UsbError error, std::size_t moved);
-    /// Takes back what is under way. `moved` then tells what had come.
+    /// Takes back what is under way.
     void cancel(const std::shared_ptr<Transfer> &transfer, UsbError error);
-    void advance();
-    bool pumpOnce();
-    void endLate(Clock::time_point now);
-    [[nodiscard]] int noteChanges(Port &port) const;
-    [[nodiscard]] bool isPresent(int port, unsigned generation) const;
 
-    void run();
-
-    std::mutex m_mutex;
-    std::atomic<int> m_callers{0};  ///< threads that hold the lock or wait for it, the pump not counted
-    std::condition_variable m_wake; ///< for the pump: there is something to do
     std::condition_variable m_transferEnded;
-    std::vector<std::unique_ptr<Port>> m_ports;
     std::map<std::uint64_t, std::shared_ptr<Transfer>> m_transfers; ///< under way, by key
     std::uint64_t m_lastKey = 0;
     std::function<void()> m_changed; ///< the host's; called without the lock
     bool m_calling = false;          ///< ... just now
-    const double m_timeScale;
-    Clock::time_point m_lastTick;
-    std::atomic<int> m_announcements{1};
-    bool m_stop = false;
-    std::thread m_pump;
 };
 
 /// The program's view of an EmulatedBus: one of the platforms that it can be run with.
@@ -171,7 +95,7 @@ private:
         std::map<std::uint8_t, std::uint32_t> timeouts; ///< ms by pipe, 0 for none
         std::vector<UsbPipe> pipes;
     };
-    using Turn = EmulatedBus::Turn;
+    using Turn = InstrumentBus::Turn;
 
     // All under the lock.
     [[nodiscard]] Interface *find(UsbInterface iface);
