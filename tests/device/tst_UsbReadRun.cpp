@@ -489,6 +489,7 @@ void TstUsbReadRun::aDeviceThatIsClosedByTheReceiverEndsTheRun()
     };
     QCOMPARE(desk.transport->readStream(0), 3);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000}));
+    QCOMPARE(desk.usb->count("queueRead"), 3); // none after it was closed
     QVERIFY(desk.usb->allFreed());
     QVERIFY(desk.usb->misuse.empty());
     desk.receiver.chunks.clear();

@@ -286,7 +286,9 @@ void TstUsbTransport::aPathThatCannotBeFetchedTellsWhy()
 {
     QFETCH(int, fault);
     FakeUsb usb;
-    usb.onDetail = [fault](int, std::span<char> room, std::size_t &needed) -> UsbResult {
+    int questions = 0;
+    usb.onDetail = [fault, &questions](int, std::span<char> room, std::size_t &needed) -> UsbResult {
+        ++questions;
         const std::string text = path(fault == 4 ? 260 : 5000);
         needed = fault == 3 ? std::size_t(-1) : text.size() + 1;
         switch (fault) {
@@ -309,6 +311,7 @@ void TstUsbTransport::aPathThatCannotBeFetchedTellsWhy()
     char room[260] = "untouched";
     QTEST(usbFetchPath(usb, UsbList(1), 0, room), "result");
     QTEST(QByteArray(room), "left");
+    QCOMPARE(questions, fault < 2 || fault == 3 ? 1 : 2);
 }
 
 void TstUsbTransport::aPathThatJustFitsIsNotCut()
@@ -591,10 +594,12 @@ void TstUsbTransport::changesOnTheBusAreToldOnTheMainThreadOnceEach()
     UsbDesk desk(noDevice);
     QVERIFY(desk.transport->registerHotplug(42));
     int told = 0;
-    connect(desk.transport.get(), &UsbTransport::sigDevChange, this, [&told] {
+    const auto count = [&told] {
         QCOMPARE(QThread::currentThread(), qApp->thread());
         ++told;
-    });
+    };
+    // Direct, so that it runs on the thread that emits.
+    connect(desk.transport.get(), &UsbTransport::sigDevChange, this, count, Qt::DirectConnection);
     std::thread([&desk] {
         desk.usb->plug(device("a"));
         desk.usb->unplug();
