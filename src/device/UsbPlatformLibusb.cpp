@@ -107,19 +107,26 @@ struct Interface {
     }
 };
 
+/// What a list, file or interface of this platform stands for.
+template<typename T, typename Name>
+T *pointerOf(Name name)
+{
+    return reinterpret_cast<T *>(name); // NOLINT(performance-no-int-to-ptr): made from this pointer, see UsbPlatform.h
+}
+
 libusb_device_handle *handleOf(UsbFile file)
 {
-    return reinterpret_cast<libusb_device_handle *>(file);
+    return pointerOf<libusb_device_handle>(file);
 }
 
 Interface &interfaceOf(UsbInterface iface)
 {
-    return *reinterpret_cast<Interface *>(iface);
+    return *pointerOf<Interface>(iface);
 }
 
 const Devices &devicesOf(UsbList list)
 {
-    return *reinterpret_cast<const Devices *>(list);
+    return *pointerOf<const Devices>(list);
 }
 
 void readSettings(Interface &made)
@@ -171,7 +178,7 @@ public:
     UsbList openList() override { return UsbList(reinterpret_cast<std::uintptr_t>(new Devices(m_context))); }
     bool listHas(UsbList list, int index) override { return index >= 0 && index < devicesOf(list).count(); }
     UsbResult interfaceDetail(UsbList list, int index, std::span<char> room, std::size_t &needed) override;
-    void freeList(UsbList list) override { delete reinterpret_cast<Devices *>(list); }
+    void freeList(UsbList list) override { delete pointerOf<Devices>(list); }
 
     UsbResult openFile(const char *path, UsbFile &file) override;
     void closeFile(UsbFile file) override;

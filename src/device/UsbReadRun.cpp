@@ -52,7 +52,7 @@ bool UsbReadRun::queue(Read &read)
 {
     const std::int32_t size = read.chunk.size();
     read.queued = m_link.queueRead({read.chunk.bytes(), std::size_t(size)}, *read.slot).ok();
-    m_queueFailed = m_queueFailed || !read.queued;
+    m_queueFailed = !read.queued; // nothing is queued after it, so it stays
     m_requested += size;
     return read.queued;
 }

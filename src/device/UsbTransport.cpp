@@ -310,7 +310,8 @@ std::int32_t usbChunkSize(std::int64_t bitsPerSecond)
     constexpr double shortest = 0.05; // s
     constexpr std::int32_t least = 2048;
     constexpr std::int32_t most = 1 << 30;
-    const double rate = double(bitsPerSecond / 8); // bytes per second; at 0 every size takes for ever
+    const std::int64_t bytes = bitsPerSecond / 8; // per second; at 0 every size takes for ever
+    const double rate = double(bytes);
     std::int32_t size = 0x100000;
     while (size / rate > longest) {
         size /= 2;
