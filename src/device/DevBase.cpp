@@ -1,5 +1,6 @@
 #include "device/DevBase.h"
 
+#include "acquisition/SmpTransport.h"
 #include "app/Config.h"
 #include "device/DevControl.h"
 
@@ -15,6 +16,7 @@ constexpr int uidSize = 8;
 constexpr std::uint16_t readyMask = 0x8F00;
 constexpr std::uint16_t readyValue = 0x8500;
 constexpr double defaultVth = 1.65; // volts
+constexpr int streaming = 1;        // transferMode
 
 } // namespace
 
@@ -27,8 +29,11 @@ DevBase::DevBase() : devUid(uidSize, '\0')
 
 DevBase::~DevBase()
 {
-    // The thread writes the store and emits through this object: it goes first.
+    // The threads write the store and emit through this object: they go first.
     endCapture();
+    if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
+        transport->setCallback(nullptr); // a capture of another device object sets its own
+    }
     if (smpData) {
         smpData->clear();
     }
@@ -41,6 +46,7 @@ void DevBase::startCapture()
     }
     emit sigCaptureStarts();
     smpStop.store(false, std::memory_order_release);
+    smpAbort.store(false, std::memory_order_release);
     if (connected) {
         startHardware();
         return;
@@ -55,24 +61,66 @@ void DevBase::startCapture()
 
 bool DevBase::isCapturing() const
 {
-    return thrSimulate.isBusy() || devControl().isRunning();
+    return thrSimulate.isBusy() || smpBusy.load(std::memory_order_acquire);
+}
+
+void DevBase::receiveBulk()
+{
+    SmpTransport *transport = devControl().transport();
+    if (transport == nullptr) {
+        return;
+    }
+    if (transferMode == streaming) {
+        transport->setCallback(&thrCtrlTransfer);
+    } else {
+        transport->setCallback(&thrCtrlStorage);
+    }
+}
+
+SmpRunSettings DevBase::runSettings() const
+{
+    constexpr int byteModel = 1; // sends one byte a sample
+    SmpRunSettings settings;
+    settings.bytes8 = model == byteModel;
+    settings.frequency = smpFrequ();
+    settings.depth = smpDepth();
+    settings.preTrig = preTrigSamples();
+    settings.trgPosition = trgPosition;
+    settings.memSize = memSize;
+    settings.enable.assign(chnEnable.cbegin(), chnEnable.cend());
+    settings.trig.assign(chnTrig.cbegin(), chnTrig.cend());
+    return settings;
 }
 
 void DevBase::startHardware()
 {
-    devControl().sendSmpConfig(smpConfig());
-    if (const int error = devControl().startRun(transferMode == 1); error != 0) {
-        smpSta.store(0, std::memory_order_relaxed);
-        emit sigSmpSta(0, error, 0);
+    DevControl &control = devControl();
+    SmpTransport *transport = control.transport();
+    const int error = transport != nullptr ? control.sendSmpConfig(smpConfig()) : SmpDevice::notOpen;
+    if (error != 0) {
+        report(0, error, 0); // an instrument that is set up otherwise would capture something else
+        return;
+    }
+    receiveBulk();
+    if (transferMode == streaming) {
+        thrCtrlTransfer.startRun(runSettings(), control, *transport);
+    } else {
+        thrCtrlStorage.startRun(runSettings(), control, *transport);
     }
 }
 
 void DevBase::stopCapture()
 {
-    // One control transfer stops the instrument, so that the order of the two steps makes no difference to it.
+    const bool stopsDevice = connected && smpBusy.load(std::memory_order_acquire);
+    // A stream goes on until the instrument stops, and whatever comes meanwhile is known to be the end. Memory may only
+    // be read back once the instrument has stopped.
+    if (stopsDevice && transferMode != streaming) {
+        devControl().stopDevice();
+    }
     smpStop.store(true, std::memory_order_release);
     thrSimulate.wake();
-    if (connected && devControl().isRunning()) {
+    wake();
+    if (stopsDevice && transferMode == streaming) {
         devControl().stopDevice();
     }
 }
@@ -82,6 +130,22 @@ void DevBase::endCapture()
     thrSimulate.abort.store(true, std::memory_order_release);
     thrSimulate.wake();
     thrSimulate.join();
+    endHardware();
+}
+
+void DevBase::endHardware()
+{
+    if (smpBusy.load(std::memory_order_acquire)) {
+        smpAbort.store(true, std::memory_order_release);
+        smpStop.store(true, std::memory_order_release);
+        wake();
+        devControl().stopDevice();
+    }
+    // A control thread starts its converter, which ends when the control thread has.
+    thrCtrlTransfer.join();
+    thrCnvtTransfer.join();
+    thrCtrlStorage.join();
+    thrCnvtStorage.join();
 }
 
 void DevBase::setPwmEnable(bool on0, bool on1)

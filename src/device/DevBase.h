@@ -1,5 +1,9 @@
 #pragma once
 
+#include "acquisition/SmpCnvtStorage.h"
+#include "acquisition/SmpCnvtTransfer.h"
+#include "acquisition/SmpCtrlStorage.h"
+#include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpSimulate.h"
 
@@ -41,7 +45,6 @@ public:
     std::int32_t transferMode = 0; ///< 1 streaming, 0 capture into device memory
     QVector<ChnRateLimit> chnRateLimits;
     bool connected = false;
-    std::int32_t readSize = 0;           ///< bytes asked of the device memory by the last read window
     std::int64_t clockFrequ = 0;         ///< base clock of the sample divider, Hz
     std::int64_t pwmClock = 0;           ///< base clock of the PWM outputs, Hz
     QVector<int> features;               ///< 1 adjustable thresholds, 2 PWM outputs
@@ -109,15 +112,18 @@ public:
     [[nodiscard]] SmpConfig smpConfig() const;
 
     // ---- run control; main thread ----------------------------------------------------------------------------------
-    /// Starts one capture, unless one is running. Returns at once; sigSmpSta and sigSmpDataReady tell the rest. A
-    /// simulated capture admits no reader from here on: it waits for those who still read the last one.
+    /// Starts one capture, unless one is running. Returns at once, with an instrument after the requests that set it
+    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on: it waits for
+    /// those who still read the last one. That of an instrument keeps the last one until its data comes.
     void startCapture();
     /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
     [[nodiscard]] bool isCapturing() const;
-    /// Asks the running capture to end; what has been captured is kept. Does not wait.
+    /// Asks the running capture to end; what has been captured is kept. Does not wait, beside for the request that
+    /// stops an instrument.
     void stopCapture();
-    /// Ends a simulated capture without publishing its data, and waits for its thread. For who takes away what the run
-    /// needs, such as the source of its data. Harmless without a capture.
+    /// Ends a capture without publishing its data, and waits for its threads: with an instrument at most as long as a
+    /// read that brings nothing. For who takes away what the run needs, such as the source of its data. Harmless
+    /// without a capture.
     void endCapture();
 
     // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, and then may
@@ -143,7 +149,12 @@ public:
     virtual int initDevice(const QByteArray &identity);
     static constexpr int errWrongModel = 11; ///< also of a bring-up whose device object is another model's
 
+    // The threads of captures; at most one pair of the instrument's or the simulation runs.
     SmpSimulate thrSimulate{*this};
+    SmpCnvtStorage thrCnvtStorage{*this};
+    SmpCtrlStorage thrCtrlStorage{*this, thrCnvtStorage};
+    SmpCnvtTransfer thrCnvtTransfer{*this};
+    SmpCtrlTransfer thrCtrlTransfer{*this, thrCnvtTransfer};
 
 signals:
     void sigChnEnaChanged();
@@ -168,9 +179,13 @@ protected:
     void finishInit();
     /// Streaming models: tells the transport the present rate of data.
     void tuneChunkSize();
+    /// Makes the capture threads of this model the receiver of what the transport reads, if there is a transport.
+    void receiveBulk();
 
 private:
     void startHardware();
+    void endHardware();
+    [[nodiscard]] SmpRunSettings runSettings() const;
     void loadAnalogConfig();
     void saveChnEnable();
     void saveChnTrig();

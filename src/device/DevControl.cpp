@@ -109,19 +109,7 @@ int DevControlNone::sendSmpConfig(const SmpConfig &)
     return notOpen;
 }
 
-int DevControlNone::startRun(bool)
-{
-    return notOpen;
-}
-
-bool DevControlNone::isRunning() const
-{
-    return false;
-}
-
 void DevControlNone::tuneChunkSize(std::int64_t) {}
-
-void DevControlNone::attach(bool) {}
 
 int DevControlNone::sendPwm(int, std::uint32_t, std::uint32_t)
 {

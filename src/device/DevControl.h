@@ -57,16 +57,8 @@ public:
     [[nodiscard]] virtual int readUid(QByteArray &devUid) = 0;
     /// Sets up the next capture.
     virtual int sendSmpConfig(const SmpConfig &config) = 0;
-    /// Hands the capture over to the hardware side, whose threads fill and close the store. Does not wait for them.
-    /// @param streaming  samples arrive while they are taken; else they are read out of the device's memory
-    virtual int startRun(bool streaming) = 0;
-    /// True from a startRun() that answered 0 until its threads have ended. Never blocks.
-    [[nodiscard]] virtual bool isRunning() const = 0;
     /// Tells the transport the rate of data on the wire, from which it chooses the size of its reads. Never blocks.
     virtual void tuneChunkSize(std::int64_t bitsPerSecond) = 0;
-    /// Routes received data to the streaming or to the storage side. Called once by each new model object; never
-    /// blocks.
-    virtual void attach(bool streaming) = 0;
     /// Sets the counts of one PWM output, 0 or 1.
     virtual int sendPwm(int output, std::uint32_t period, std::uint32_t high) = 0;
     /// Bit 0 runs output 0, bit 1 output 1.
@@ -90,10 +82,7 @@ public:
     int setReadWindow(std::uint32_t address, std::uint32_t size) override;
     int readUid(QByteArray &devUid) override;
     int sendSmpConfig(const SmpConfig &config) override;
-    int startRun(bool streaming) override;
-    bool isRunning() const override;
     void tuneChunkSize(std::int64_t bitsPerSecond) override;
-    void attach(bool streaming) override;
     int sendPwm(int output, std::uint32_t period, std::uint32_t high) override;
     int sendPwmEnable(std::uint8_t mask) override;
     int sendVth(int index, const VthCodes &codes) override;

@@ -168,22 +168,10 @@ int DevControlUsb::sendSmpConfig(const SmpConfig &config)
     return write(devRequest::smpConfig, smpConfigBlock(config));
 }
 
-int DevControlUsb::startRun(bool)
-{
-    return notOpen;
-}
-
-bool DevControlUsb::isRunning() const
-{
-    return false;
-}
-
 void DevControlUsb::tuneChunkSize(std::int64_t bitsPerSecond)
 {
     m_usb.tuneChunkSize(bitsPerSecond);
 }
-
-void DevControlUsb::attach(bool) {}
 
 int DevControlUsb::sendPwm(int output, std::uint32_t period, std::uint32_t high)
 {

@@ -38,10 +38,7 @@ public:
     int setReadWindow(std::uint32_t address, std::uint32_t size) override;
     int readUid(QByteArray &devUid) override;
     int sendSmpConfig(const SmpConfig &config) override;
-    int startRun(bool streaming) override;
-    bool isRunning() const override;
     void tuneChunkSize(std::int64_t bitsPerSecond) override;
-    void attach(bool streaming) override;
     int sendPwm(int output, std::uint32_t period, std::uint32_t high) override;
     int sendPwmEnable(std::uint8_t mask) override;
     int sendVth(int index, const VthCodes &codes) override;

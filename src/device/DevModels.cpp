@@ -82,7 +82,7 @@ DevModel::DevModel(int code)
     initRateLimits(table.transferMode);
     loadConfig();
     smpData = std::make_unique<SmpData>(table.chnCount, table.aChnCount);
-    devControl().attach(transferMode == 1);
+    receiveBulk();
 }
 
 void DevModel::fillTables(const ModelTable &table)

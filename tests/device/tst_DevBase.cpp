@@ -445,7 +445,6 @@ void TstDevBase::theTransportIsTunedToTheDataRate()
 {
     FakeDevControl control;
     const std::unique_ptr<DevBase> eight = createDevice(1);
-    QCOMPARE(control.calls.last(), QStringLiteral("attach streaming"));
     control.calls.clear();
     QVERIFY(eight->setSmpFrequIndex(0));
     eight->setChnEnable(channels(8, {0}));
@@ -460,7 +459,6 @@ void TstDevBase::theTransportIsTunedToTheDataRate()
              QStringList({QStringLiteral("tuneChunkSize 300000000"), QStringLiteral("tuneChunkSize 32000000")}));
 
     const std::unique_ptr<DevBase> storage = createDevice(0);
-    QCOMPARE(control.calls.last(), QStringLiteral("attach storage"));
     control.calls.clear();
     QVERIFY(storage->setSmpFrequIndex(0));
     QVERIFY(control.calls.isEmpty());

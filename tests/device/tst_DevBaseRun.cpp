@@ -103,10 +103,6 @@ private slots:
     void bringUpGoesOnWithoutAnIdentity();
     void theNoHardwareModelNeverConnects();
 
-    void aConnectedInstrumentCapturesItself_data();
-    void aConnectedInstrumentCapturesItself();
-    void anInstrumentThatDoesNotStartIsReported();
-    void onlyARunningInstrumentIsStopped();
     void pwmOutputsRunFromTheStart();
     void pwmSettingsAreLimited_data();
     void pwmSettingsAreLimited();
@@ -475,64 +471,6 @@ void TstDevBaseRun::theNoHardwareModelNeverConnects()
 
 // ---- a connected instrument
 // -------------------------------------------------------------------------------------------
-
-void TstDevBaseRun::aConnectedInstrumentCapturesItself_data()
-{
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("start");
-    QTest::newRow("storage") << 2 << QStringLiteral("startRun storage");
-    QTest::newRow("streaming") << 5 << QStringLiteral("startRun streaming");
-}
-
-void TstDevBaseRun::aConnectedInstrumentCapturesItself()
-{
-    QFETCH(int, code);
-    QFETCH(QString, start);
-    FakeDevControl control;
-    const std::unique_ptr<DevBase> device = createDevice(code);
-    QCOMPARE(device->initDevice(identityOf(device->name.toLatin1(), 200, 200)), 0);
-    device->setChnTrig(3, 3);
-    Listener listener(*device);
-    control.calls.clear();
-    device->smpStop = true;
-    device->startCapture();
-    QCOMPARE(control.calls, QStringList({QStringLiteral("sendSmpConfig"), start}));
-    QVERIFY(control.config == device->smpConfig());
-    QCOMPARE(control.config.trigger, 8U);
-    QCOMPARE(listener.starts, 1);
-    QVERIFY(!device->smpStop);
-    QVERIFY(!device->thrSimulate.isBusy());
-    device->startCapture();
-    QCOMPARE(listener.starts, 1);
-    QCOMPARE(control.calls.size(), 2);
-}
-
-void TstDevBaseRun::anInstrumentThatDoesNotStartIsReported()
-{
-    FakeDevControl control;
-    const std::unique_ptr<DevBase> device = createDevice(2);
-    QCOMPARE(device->initDevice(identityOf("RV2320", 200, 200)), 0);
-    Listener listener(*device);
-    control.runAnswer = 2;
-    device->startCapture();
-    QCOMPARE(listener.states, (QVector<QPair<int, int>>{{0, 2}}));
-    QCOMPARE(listener.published, 0);
-}
-
-void TstDevBaseRun::onlyARunningInstrumentIsStopped()
-{
-    FakeDevControl control;
-    const std::unique_ptr<DevBase> device = createDevice(5);
-    QCOMPARE(device->initDevice(identityOf("RV2310", 200, 200)), 0);
-    control.calls.clear();
-    device->stopCapture();
-    QVERIFY(device->smpStop);
-    QVERIFY(control.calls.isEmpty());
-    device->startCapture();
-    device->stopCapture();
-    QVERIFY(device->smpStop);
-    QCOMPARE(control.calls.last(), QStringLiteral("stopDevice"));
-}
 
 void TstDevBaseRun::pwmOutputsRunFromTheStart()
 {

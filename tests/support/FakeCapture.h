@@ -41,6 +41,7 @@ public:
         const int result = told(QStringLiteral("stopDevice"));
         running = false;
         stopped = true;
+        stopped.notify_all();
         return result;
     }
     int bulkStart() override { return told(QStringLiteral("bulkStart")); }
@@ -110,6 +111,7 @@ public:
 
     [[nodiscard]] bool isOpen() const override { return open; }
     void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
+    [[nodiscard]] InterfaceDevCallback *receiver() const { return m_receiver; }
 
     [[nodiscard]] int readStream(std::int32_t wanted) override
     {

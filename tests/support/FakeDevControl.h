@@ -1,10 +1,15 @@
 #pragma once
 
 #include "device/DevControl.h"
+#include "support/FakeCapture.h"
 
+#include <QCoreApplication>
 #include <QStringList>
+#include <QThread>
 
 /// An instrument that answers what a test wants and writes down what it was asked. In use while it lives.
+///
+/// What the main thread asks stands in `calls`; what the threads of a capture ask, and each stop, in `device`.
 class FakeDevControl final : public DevControl {
 public:
     FakeDevControl() { setDevControl(this); }
@@ -15,41 +20,25 @@ public:
     std::uint16_t status = 0x85C1; ///< ready and running well
     int statusAnswer = 0;
     int uidAnswer = 0;
-    int runAnswer = 0;
+    int configAnswer = 0;
     QByteArray uid = QByteArrayLiteral("\x11\x22\x33\x44\x55\x66\x77\x88");
-    bool running = false;
-    SmpCaptureInfo info;
+    FakeDevice device;
     SmpTransport *bulk = nullptr; ///< not owned
 
     SmpTransport *transport() override { return bulk; }
-    int startDevice() override
-    {
-        calls.append(QStringLiteral("startDevice"));
-        return 0;
-    }
-    int bulkStart() override
-    {
-        calls.append(QStringLiteral("bulkStart"));
-        return 0;
-    }
-    int bulkStop() override
-    {
-        calls.append(QStringLiteral("bulkStop"));
-        return 0;
-    }
-    int readCaptureInfo(SmpCaptureInfo &out) override
-    {
-        calls.append(QStringLiteral("readCaptureInfo"));
-        out = info;
-        return 0;
-    }
+    int startDevice() override { return device.startDevice(); }
+    int bulkStart() override { return device.bulkStart(); }
+    int bulkStop() override { return device.bulkStop(); }
+    int readCaptureInfo(SmpCaptureInfo &out) override { return device.readCaptureInfo(out); }
     int setReadWindow(std::uint32_t address, std::uint32_t size) override
     {
-        calls.append(QStringLiteral("setReadWindow %1 %2").arg(address).arg(size));
-        return 0;
+        return device.setReadWindow(address, size);
     }
     int readStatus(std::uint16_t &out) override
     {
+        if (!isMainThread()) {
+            return device.readStatus(out);
+        }
         calls.append(QStringLiteral("readStatus"));
         out = statusAnswer == 0 ? status : std::uint16_t(0);
         return statusAnswer;
@@ -66,27 +55,18 @@ public:
     {
         calls.append(QStringLiteral("sendSmpConfig"));
         config = sent;
-        return 0;
+        return configAnswer;
     }
-    int startRun(bool streaming) override
-    {
-        calls.append(streaming ? QStringLiteral("startRun streaming") : QStringLiteral("startRun storage"));
-        running = runAnswer == 0;
-        return runAnswer;
-    }
-    bool isRunning() const override { return running; }
     int stopDevice() override
     {
-        calls.append(QStringLiteral("stopDevice"));
-        return 0;
+        if (isMainThread()) {
+            calls.append(QStringLiteral("stopDevice"));
+        }
+        return device.stopDevice();
     }
     void tuneChunkSize(std::int64_t bitsPerSecond) override
     {
         calls.append(QStringLiteral("tuneChunkSize %1").arg(bitsPerSecond));
-    }
-    void attach(bool streaming) override
-    {
-        calls.append(streaming ? QStringLiteral("attach streaming") : QStringLiteral("attach storage"));
     }
     int sendPwm(int output, std::uint32_t period, std::uint32_t high) override
     {
@@ -108,4 +88,7 @@ public:
         calls.append(QStringLiteral("powerOff"));
         return 0;
     }
+
+private:
+    static bool isMainThread() { return QThread::currentThread() == QCoreApplication::instance()->thread(); }
 };
