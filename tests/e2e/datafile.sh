@@ -3,15 +3,16 @@
 
 # le40 NUMBER: five bytes, the lowest first.
 le40() {
-    local shift
-    for shift in 0 8 16 24 32; do
-        # shellcheck disable=SC2059 # the format is the byte
-        printf "\\x$(printf '%02x' $((($1 >> shift) & 255)))"
-    done
+    local bytes
+    printf -v bytes '\\x%02x' $(($1 & 255)) $((($1 >> 8) & 255)) $((($1 >> 16) & 255)) $((($1 >> 24) & 255)) \
+        $((($1 >> 32) & 255))
+    # shellcheck disable=SC2059 # the format is the bytes
+    printf "$bytes"
 }
 
 # settings_block VIEWSTATE [NAME...]: the names of the channels from 0 on; the others have none. Model 0 is the one
-# without hardware, of 16 channels.
+# without hardware, of 16 channels. `device_settings` is put into the settings of its device.
+device_settings=
 settings_block() {
     local i names=''
     for ((i = 2; i <= $#; ++i)); do
@@ -19,7 +20,8 @@ settings_block() {
     done
     printf '<?xml version="1.0" encoding="UTF-8"?>\n<settings>\n    <global>\n'
     printf '        <devModel>0</devModel>\n        <viewState>%s</viewState>\n%s' "$1" "$names"
-    printf '    </global>\n    <devices/>\n    <analyzers/>\n</settings>\n'
+    printf '    </global>\n    <devices><RV2520>%s</RV2520></devices>\n' "$device_settings"
+    printf '    <analyzers/>\n</settings>\n'
 }
 
 # file_head SAMPLES RATE TRIGGER CHANNELS

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # The frame of the end-to-end tests. To be sourced with the arguments PROGRAM CLOSEWINDOW SCREENREADER; gives the test
-# a folder of its own (`folder`) and a display, and takes both away at the end. A failure leaves the last picture's path.
+# a folder of its own (`folder`) and a display, and takes both away at the end. A failure leaves a picture and its path.
 #
 # The places of the window at 96 dots per inch, in pixels: the margins left, right and below are 2; the bar above is 48
 # high, the ruler 36, the sidebars are 190 wide, the status line is 20 high.

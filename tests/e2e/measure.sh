@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# From a file to a measured and exported part of it: Ctrl+O opens a data file, one timing marker is placed by its key and
-# one by mouse, the panel tells their distance, the menu exports what lies between them as CSV, and Ctrl+S saves the
+# From a file to a measured and exported part of it: Ctrl+O opens a data file, one timing marker is placed by its key
+# and one by mouse, the panel tells their distance, the menu exports what lies between them as CSV, and Ctrl+S saves the
 # capture, which opens again. What was exported and saved is compared with the file by a reading of its bytes.
 # shellcheck source=tests/e2e/e2e.sh
 source "$(dirname "${BASH_SOURCE[0]}")/e2e.sh"
