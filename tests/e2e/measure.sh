@@ -7,12 +7,12 @@ source "$(dirname "${BASH_SOURCE[0]}")/e2e.sh"
 # shellcheck source=tests/e2e/datafile.sh
 source "$(dirname "${BASH_SOURCE[0]}")/datafile.sh"
 
-samples=100000
-rate=2000000
-trigger=30000
+samples=50000
+rate=1000000
+trigger=15000
 # Edges of channel 0 so far apart that a marker snaps to one of them only.
-first_edge=24999
-second_edge=71003
+first_edge=12499
+second_edge=35501
 
 # edges CHANNEL STEP: positions of edges, STEP apart on average, the same in every run, and the end mark.
 edges() {
@@ -29,10 +29,10 @@ capture_file=$folder/capture.cxdat
 {
     settings_block 1 Clock '' 'A, "B"'
     file_head $samples $rate $trigger 16
-    channel_block 0 1 9000 $first_edge 42000 57001 $second_edge 86000 $samples
+    channel_block 0 1 4500 $first_edge 21000 28501 $second_edge 43000 $samples
     for channel in 1 2 3; do
         # shellcheck disable=SC2046 # one word each
-        channel_block "$channel" $((channel % 2)) $(edges "$channel" $((600 * channel)))
+        channel_block "$channel" $((channel % 2)) $(edges "$channel" $((300 * channel)))
     done
     channel_block 5 1 $samples
 } >"$capture_file"
@@ -99,23 +99,23 @@ wait_for 60 "the wave's colour in the wave view" wave_is_shown "$window"
 shown=$(shown_checksum)
 
 # The first marker by its key, which brings it to the pointer; near an edge it snaps; a click puts it down.
-to_row_0 40000
+to_row_0 20000
 press "$window" 1
 wait_for 30 "the first marker at the pointer" marker_is_shown A1
 to_row_0 $first_edge
-wait_for 30 "the first marker at the edge" text_is A1 -2.5005ms
+wait_for 30 "the first marker at the edge" text_is A1 -2.501ms
 click "$window" $((wave_x + first_edge * wave_w / samples + 3)) $((wave_y + 20)) 1
 
 # The second by mouse alone: the panel's button, a way through the waves, a click. It comes with the pair.
 click_on 'push button' A2
-to_row_0 40000
+to_row_0 20000
 to_row_0 $second_edge
-wait_for 30 "the second marker at the edge" text_is A2 20.5015ms
+wait_for 30 "the second marker at the edge" text_is A2 20.501ms
 click "$window" $((wave_x + second_edge * wave_w / samples + 3)) $((wave_y + 20)) 1
-to_row_0 50000
+to_row_0 25000
 wait_for 30 "the distance of the markers" text_is A1-A2 23.002ms
-text_is A1 -2.5005ms || fail "A1 has moved to $(text_of label A1)"
-text_is A2 20.5015ms || fail "A2 has moved to $(text_of label A2)"
+text_is A1 -2.501ms || fail "A1 has moved to $(text_of label A1)"
+text_is A2 20.501ms || fail "A2 has moved to $(text_of label A2)"
 
 # The menu by keys: its fourth entry, and the second one of the menu beside it.
 IFS=$'\t' read -r x y w h _ < <(controls 'push button' 'Main menu')
