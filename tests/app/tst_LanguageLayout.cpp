@@ -1,0 +1,188 @@
+// Every shipped language has room in the window and in the dialogs.
+
+#include "app/AboutLUX.h"
+#include "app/RunStatus.h"
+#include "app/WindowDesk.h"
+#include "panels/ExportDataSet.h"
+#include "panels/Options.h"
+#include "panels/Toolbar.h"
+#include "wave/MainView.h"
+#include "wave/Style.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDir>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+
+namespace {
+
+/// The width that the text of a widget needs within it, pixels; 0 for a widget that shows none.
+int neededWidth(const QWidget *widget)
+{
+    if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+        return label->wordWrap() ? 0 : label->fontMetrics().size(0, label->text()).width();
+    }
+    if (const auto *edit = qobject_cast<const QLineEdit *>(widget)) {
+        return edit->fontMetrics().horizontalAdvance(edit->text());
+    }
+    if (const auto *group = qobject_cast<const QGroupBox *>(widget)) {
+        return group->fontMetrics().horizontalAdvance(group->title()) + dp(16);
+    }
+    if (const auto *button = qobject_cast<const QAbstractButton *>(widget)) {
+        return button->text().isEmpty() ? 0 : button->minimumSizeHint().width();
+    }
+    return qobject_cast<const QComboBox *>(widget) != nullptr ? widget->minimumSizeHint().width() : 0;
+}
+
+QString textOf(const QWidget *widget)
+{
+    const QVariant title = widget->property("title");
+    return title.isValid() ? title.toString() : widget->property("text").toString();
+}
+
+/// The texts of `window` that are cut off, or that a widget has shortened.
+QStringList cutTexts(const QWidget &window)
+{
+    QStringList cut;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        const int needed = neededWidth(widget);
+        const bool shortened = textOf(widget).contains(QChar(0x2026));
+        if (widget->isVisibleTo(&window) && (needed > widget->contentsRect().width() || shortened)) {
+            cut += QStringLiteral("%1 \"%2\": %3 of %4")
+                       .arg(QLatin1String(widget->metaObject()->className()), textOf(widget))
+                       .arg(widget->contentsRect().width())
+                       .arg(needed);
+        }
+    }
+    return cut;
+}
+
+/// The dialog as the user gets it, under the style of the main window.
+QStringList cutTextsOfDialog(QWidget &dialog)
+{
+    dialog.show();
+    return QTest::qWaitForWindowExposed(&dialog) ? cutTexts(dialog) : QStringList{QStringLiteral("not shown")};
+}
+
+} // namespace
+
+class TstLanguageLayout : public QObject, private WindowDesk {
+    Q_OBJECT
+private slots:
+    void initTestCase() { m_system = QApplication::font(); }
+    void cleanup();
+
+    void theSmallestWindowShowsEveryText_data();
+    void theSmallestWindowShowsEveryText();
+    void theDialogsShowEveryText_data() { theSmallestWindowShowsEveryText_data(); }
+    void theDialogsShowEveryText();
+    void theProgressDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
+    void theProgressDialogShowsEveryState();
+    void aTextThatIsCutOffIsFound();
+
+private:
+    void speak(const QString &code, int dpi);
+
+    QFont m_system;
+};
+
+/// What a start in the language `code` on a screen of `dpi` sets up.
+void TstLanguageLayout::speak(const QString &code, int dpi)
+{
+    gDev = createDevice(97).release(); // the model with the most in its bar
+    globalSet(QStringLiteral("userLang"), code);
+    languageLoadFrom(QStringLiteral(LUX_LANGUAGE_DIR), QLocale::c());
+    globalsSetDpi(dpi);
+    QFont system(QStringLiteral("Sans Serif"));
+    system.setPointSizeF(9.0 * dpi / 96.0); // the screen of the tests has 96
+    globalsLoadFonts(system, languageHead(QStringLiteral("font")));
+    QApplication::setFont(gFontMain);
+    qApp->setStyleSheet(programStyle());
+}
+
+void TstLanguageLayout::cleanup()
+{
+    tearDown();
+    globalSet(QStringLiteral("userLang"), QStringLiteral("en-US"));
+    languageLoadFrom(QStringLiteral(LUX_LANGUAGE_DIR), QLocale::c());
+    globalsSetDpi(96);
+    qApp->setStyleSheet(QString());
+    QApplication::setFont(m_system);
+}
+
+void TstLanguageLayout::theSmallestWindowShowsEveryText_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("dpi");
+    for (const char *code : {"en-US", "de", "ja", "zh-CN", "zh-TW"}) {
+        for (const int dpi : {96, 192}) {
+            QTest::addRow("%s, %d dpi", code, dpi) << QString::fromLatin1(code) << dpi;
+        }
+    }
+}
+
+void TstLanguageLayout::theSmallestWindowShowsEveryText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    makeWindow();
+    m_window->resize(m_window->minimumSize());
+    QCoreApplication::processEvents();
+    const QStringList cut = cutTexts(*m_window);
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+    const auto *toolbar = m_window->findChild<Toolbar *>();
+    QVERIFY(toolbar->minimumSizeHint().width() <= toolbar->parentWidget()->width());
+}
+
+void TstLanguageLayout::theDialogsShowEveryText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    Options options;
+    AboutLUX about;
+    ExportDataSet exports({});
+    QStringList cut;
+    for (QWidget *dialog :
+         {static_cast<QWidget *>(&options), static_cast<QWidget *>(&about), static_cast<QWidget *>(&exports)}) {
+        cut += cutTextsOfDialog(*dialog);
+    }
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+}
+
+void TstLanguageLayout::theProgressDialogShowsEveryState()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    QStringList texts{RunStatus::errorText(0, 4, 0).text,
+                      RunStatus::dialogErrorText(14, RunStatus::errorText(2, 14, 0))};
+    for (int sta = 0; sta < 5; ++sta) {
+        texts += RunStatus::stateText(sta);
+    }
+    for (const QString &text : texts) {
+        MyProgressDlg dialog(::tr("Sampling"), text, ::tr("Close"));
+        const QStringList cut = cutTextsOfDialog(dialog);
+        QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+    }
+}
+
+void TstLanguageLayout::aTextThatIsCutOffIsFound()
+{
+    QWidget window;
+    QLabel label(QStringLiteral("Zeitmarkenpaare"), &window);
+    label.resize(200, 20);
+    QVERIFY(cutTexts(window).isEmpty());
+    label.resize(20, 20);
+    QCOMPARE(cutTexts(window).size(), 1);
+    label.resize(200, 20);
+    label.setText(QStringLiteral("Zeitm\u2026"));
+    QCOMPARE(cutTexts(window).size(), 1);
+}
+
+LUX_GUI_TEST(TstLanguageLayout)
+#include "tst_LanguageLayout.moc"
