@@ -20,11 +20,11 @@ constexpr int errEndedEarly = 14;
 
 constexpr int byteChannels = 8; ///< of a device that sends one byte a sample
 
-/// Buffers that may queue up behind those that the trigger found before the converter is waited for.
-constexpr int spareBuffers = 2;
+/// Buffers that may be queued before the converter is waited for, even if the trigger found fewer.
+constexpr int leastRoom = 2;
 /// How long, in milliseconds a buffer. A device that keeps its pace takes at least 50 ms to fill one, and one is being
 /// filled meanwhile, so that the wait never leaves it without a read.
-constexpr int roomWaitMs = 20;
+constexpr int roomWaitMs = 30;
 
 } // namespace
 
@@ -152,7 +152,7 @@ void SmpCtrlTransfer::startSampling(std::int64_t trigger)
     m_host.smpData->trgPos = m_window.trigger(trigger);
     m_host.report(sampling, 0, percent());
     handOver(-1); // the newest one follows as any other
-    m_mostQueued = m_host.smpBufs.count() + spareBuffers;
+    m_mostQueued = std::max(m_host.smpBufs.count(), leastRoom);
 }
 
 /// One more buffer of a capture whose trigger has come.
