@@ -18,6 +18,26 @@
 
 #include <utility>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
+namespace {
+
+/// A pipe keeps whoever opens or writes it waiting for its reader, be it for ever, and the window with it.
+bool isPipe(const QString &path)
+{
+#ifdef Q_OS_UNIX
+    struct stat status {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISFIFO(status.st_mode);
+#else
+    Q_UNUSED(path)
+    return false;
+#endif
+}
+
+} // namespace
+
 QString MainMenu::saveFileDialog(int kind)
 {
     return FileDialogs::askSavePath(window(), kind, now());
@@ -92,7 +112,7 @@ void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind)
 void MainMenu::actSaveSettings()
 {
     const QString path = saveFileDialog(1);
-    if (!path.isEmpty()) {
+    if (!path.isEmpty() && !isPipe(path)) {
         configSave(path); // a failure goes unnoticed
     }
 }
@@ -137,7 +157,7 @@ bool MainMenu::writeData(const QString &path, const Selection &selection)
     const QScopedValueRollback<bool> busy(m_busy, true);
     QByteArray head;
     // Settings beyond the format's limit would make a file that nobody can open.
-    if (!configSave(path) || !configHeadOfFile(path, head)) {
+    if (isPipe(path) || !configSave(path) || !configHeadOfFile(path, head)) {
         return false;
     }
     DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
@@ -168,7 +188,7 @@ bool MainMenu::writeExport(int kind, const QString &path, const Selection &selec
     job.chnSelect = selection.channels.data();
     job.file.setFileName(path);
     const QIODevice::OpenMode text = binary ? QIODevice::NotOpen : QIODevice::Text;
-    if (!job.file.open(QIODevice::WriteOnly | QIODevice::Truncate | text)) {
+    if (isPipe(path) || !job.file.open(QIODevice::WriteOnly | QIODevice::Truncate | text)) {
         return false;
     }
     job.setRange(selection.start, selection.end);

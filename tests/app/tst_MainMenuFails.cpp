@@ -3,6 +3,10 @@
 
 #include <QProgressBar>
 
+#ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#endif
+
 /// Saves and exports that fail, are cancelled, or meet something else.
 class TstMainMenuFails : public QObject, private MenuDesk {
     Q_OBJECT
@@ -12,6 +16,8 @@ private slots:
 
     void aFileThatCannotBeWrittenGivesTheBox_data();
     void aFileThatCannotBeWrittenGivesTheBox();
+    void aPipeWithoutAReaderIsRefusedAtOnce_data();
+    void aPipeWithoutAReaderIsRefusedAtOnce();
     void aDirectoryIsEnteredAndNotWrittenTo();
     void settingsTooLongToBeReadAgainGiveTheBox();
     void aBigSaveRunsBehindTheProgressDialog();
@@ -26,11 +32,13 @@ private slots:
     void openingDuringACaptureEndsIt();
 
 private:
-    /// Runs action 0 save, 2 text, 3 CSV or 4 binary.
+    /// Runs action 0 save, 1 save the settings, 2 text, 3 CSV or 4 binary.
     void act(int kind)
     {
         if (kind == 0) {
             m_menu->actSaveData();
+        } else if (kind == 1) {
+            m_menu->actSaveSettings();
         } else {
             exportAs(kind);
         }
@@ -68,6 +76,32 @@ void TstMainMenuFails::aFileThatCannotBeWrittenGivesTheBox()
     QCOMPARE(m_boxes->seen.icon, QMessageBox::Warning);
     QCOMPARE(gDev->smpData->sampleCount(), 1000);
     QVERIFY(!m_menu->isBusy());
+}
+
+void TstMainMenuFails::aPipeWithoutAReaderIsRefusedAtOnce_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("saved") << 0;
+    QTest::newRow("settings") << 1;
+    QTest::newRow("text") << 2;
+    QTest::newRow("binary") << 4;
+}
+
+void TstMainMenuFails::aPipeWithoutAReaderIsRefusedAtOnce()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, kind);
+    capture(1000);
+    m_path = path("pipe.out");
+    QCOMPARE(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
+    act(kind); // a write that waits for a reader would never return
+    QCOMPARE(m_files->count, 1);
+    QCOMPARE(m_boxes->seen.count, kind == 1 ? 0 : 1); // settings that cannot be saved go unnoticed
+    if (kind != 1) {
+        QCOMPARE(m_boxes->seen.text, QStringLiteral("File save failed.\r\n") + m_path);
+    }
+    QVERIFY(!m_menu->isBusy());
+#endif
 }
 
 void TstMainMenuFails::aDirectoryIsEnteredAndNotWrittenTo()
