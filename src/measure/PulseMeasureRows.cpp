@@ -232,7 +232,10 @@ void PulseMeasure::takeChoice(const QList<MyButton *> &buttons, int choice, void
     set(*buttons.at(menuRow), choice);
     const bool counted =
         isChannelInUse(choiceOf(*chnButtons.at(menuRow))) && isPulseTimeShown(choiceOf(*timeButtons.at(menuRow)));
-    if (counted && gDev->smpData->sampleCount() > 0) {
+    if (!counted) {
+        // No count follows, and what stands there was counted for the former choice.
+        valueLabels.at(menuRow)->setText(unknownText());
+    } else if (gDev->smpData->sampleCount() > 0) {
         emit setChanged();
     }
 }
