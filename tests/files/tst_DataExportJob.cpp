@@ -226,7 +226,8 @@ void TstDataExportJob::theSizeDecidesHowAJobRuns()
                        !QString::fromLatin1(QTest::currentDataTag()).contains(QStringLiteral("changes"));
     const auto still = CaptureBuilder(8).samples(20'000'000).channel(0, 1, {5}).build();
     Job file(quiet ? *still : *m_data, Mode(job), samples, scripted(log, acceptAtTheEnd));
-    collect(file, reports, [&](int) { elsewhere = QThread::currentThread() != qApp->thread(); });
+    collect(file, reports,
+            [&](int) { elsewhere = QThread::currentThread() != QCoreApplication::instance()->thread(); });
     QVERIFY(file.opened && file.runJob(Mode(job)));
     QCOMPARE(elsewhere.load(), thread);
     QCOMPARE(log.texts.size(), 3 * dialogs);

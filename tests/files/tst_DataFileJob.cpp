@@ -97,7 +97,8 @@ void TstDataFileJob::aFileLoadsBehindTheDialogFromTheLimitOn()
     std::atomic<bool> elsewhere{false};
     DataFile file(&data, scripted(log, acceptAtTheEnd));
     file.dialogDelay = 1'000'000; // none appears on its own
-    collect(file, reports, [&](int) { elsewhere = QThread::currentThread() != qApp->thread(); });
+    collect(file, reports,
+            [&](int) { elsewhere = QThread::currentThread() != QCoreApplication::instance()->thread(); });
     QVERIFY(file.loadData(path, headSize));
     QCOMPARE(elsewhere.load(), thread);
     QCOMPARE(log.texts.size(), 3 * dialogs);
