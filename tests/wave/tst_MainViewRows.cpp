@@ -1,6 +1,7 @@
 #include "wave/LabelMove.h"
 #include "wave/MainViewDesk.h"
 #include "wave/MyButton.h"
+#include "wave/NextEdge.h"
 
 #include <QLineEdit>
 #include <QMenu>
@@ -143,6 +144,7 @@ private slots:
     void callsOutOfOrderAreIgnored();
     void anOrderThatIsNoPermutationIsReplacedAndADragFromItStored();
     void theHoverArrowFollowsTheMovedRow();
+    void theHoverIsRenewedWhenAnotherRowComesUnderThePointer();
     void theNextLayoutKeepsTheDraggedOrder();
 
     void controlWithUpAndDownMovesTheRowByOne();
@@ -418,6 +420,21 @@ void TstMainViewRows::theHoverArrowFollowsTheMovedRow()
     rows.move(500, 250); // channel 3, which does not change
     QCOMPARE(rows.arrow().sceneBoundingRect().toRect().y(), 202);
     QCOMPARE(rows.texts.last(), QStringLiteral("###"));
+}
+
+void TstMainViewRows::theHoverIsRenewedWhenAnotherRowComesUnderThePointer()
+{
+    Rows rows;
+    rows.load(capture().samples(1000).rate(1000000).pulses(0, std::vector<std::int32_t>(9, 100)));
+    rows.move(5, 50);
+    QCOMPARE(rows.texts.first(), QStringLiteral("100us"));
+    QVERIFY(rows.items<NextEdge>().first()->isVisible());
+    rows.view.slotChnMove(1, 0, 0);
+    rows.view.slotChnMove(3, 0, 60);
+    rows.view.slotChnMove(2, 0, 0);
+    QCOMPARE(rows.order().first(), 1);
+    QCOMPARE(rows.texts.first(), QStringLiteral("1ms")); // a channel that never changes
+    QVERIFY(!rows.items<NextEdge>().first()->isVisible());
 }
 
 void TstMainViewRows::theNextLayoutKeepsTheDraggedOrder()

@@ -202,6 +202,8 @@ void TstTimeMarkers::timesCountFromTheTriggerInWholePicoseconds()
     QCOMPARE(timeOf(100.0, 100, megahertz), 0.0);
     QCOMPARE(timeOf(1.0, 0, 300 * megahertz), 3333.0);
     QCOMPARE(timeOf(-1.0, 0, 300 * megahertz), -3333.0);
+    QCOMPARE(timeOf(2.0, 0, 300 * megahertz), 6666.0); // truncated, not rounded
+    QCOMPARE(timeOf(-2.0, 0, 300 * megahertz), -6666.0);
 }
 
 void TstTimeMarkers::theDistanceOfTwoMarkersHasNoSign()
