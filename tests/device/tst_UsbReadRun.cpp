@@ -570,12 +570,12 @@ void TstUsbReadRun::theSizeOfReadsMayBeTunedFromAnotherThread()
 {
     UsbDesk desk;
     QVERIFY(desk.open(2048));
-    desk.usb->reads = std::deque<FakeRead>(300, FakeRead::full());
+    desk.usb->reads = std::deque<FakeRead>(100, FakeRead::full());
     desk.receiver.received = [&desk](int) { desk.receiver.chunks.clear(); };
     int result = -1;
     std::thread run([&] { result = desk.transport->readStream(0); });
     for (int i = 1; i < 300; ++i) {
-        desk.transport->tuneChunkSize(i * 20000);
+        desk.transport->tuneChunkSize(i * 5000);
     }
     run.join();
     QCOMPARE(result, 3);

@@ -594,8 +594,8 @@ void TstUsbTransport::changesOnTheBusAreToldOnTheMainThreadOnceEach()
     UsbDesk desk(noDevice);
     QVERIFY(desk.transport->registerHotplug(42));
     int told = 0;
-    const auto count = [&told] {
-        QCOMPARE(QThread::currentThread(), qApp->thread());
+    const auto count = [this, &told] {
+        QCOMPARE(QThread::currentThread(), thread());
         ++told;
     };
     // Direct, so that it runs on the thread that emits.
