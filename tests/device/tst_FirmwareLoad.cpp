@@ -199,7 +199,8 @@ void TstFirmwareLoad::digitsThatAreNoneEndTheSend_data()
     QTest::newRow("in the data") << QByteArray(":01004000 1AA");
     QTest::newRow("lower case") << QByteArray(":010040001aAA");
     QTest::newRow("a line end") << QByteArray(":010040001\nAA");
-    QTest::newRow("a byte whose own value is that of a digit") << QByteArray(":010040001\x0F" "AA");
+    QTest::newRow("a byte whose own value is that of a digit") << QByteArray(":010040001\x0F"
+                                                                             "AA");
     QTest::newRow("a colon for a digit") << QByteArray(":01004000:1AA");
     QTest::newRow("a byte of 255") << QByteArray(":010040001\xFF\x41\x41");
 }
