@@ -5,6 +5,7 @@
 #include "app/Globals.h"
 #include "app/Language.h"
 #include "device/DevBase.h"
+#include "device/DevInit.h"
 #include "device/HostSystem.h"
 #include "device/UsbTransport.h"
 #include "wave/Style.h"
@@ -59,6 +60,7 @@ SystemInfo systemInfoNow()
     info.memoryUsed = memBudgetStart - memBudget.load(std::memory_order_relaxed);
     info.bcdUsb = gUsb != nullptr ? gUsb->bcdUsb.load() : 0;
     info.devUid = gDev->devUid;
+    info.hardwareVersion = hardwareVersion.load(std::memory_order_relaxed);
     return info;
 }
 

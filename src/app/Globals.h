@@ -19,7 +19,7 @@ class UsbTransport;
 extern UsbTransport *gUsb;
 /// The current model object; never null after start-up. Read it anew after each return to the event loop.
 extern DevBase *gDev;
-/// The bring-up coordinator; null while nothing of it is built in.
+/// The bring-up coordinator; null in a program without instruments.
 extern DevInit *gDevInit;
 
 /// Logical dots per inch of the primary screen, at least 96.

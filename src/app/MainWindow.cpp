@@ -55,7 +55,9 @@ MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
     buildScrollAreas();
     buildGrid();
     buildShortcuts();
+    connectBringUp();
     rebindDevice();
+    watchDevices();
     m_startTimer = startTimer(startDelayMs);
 }
 
@@ -83,7 +85,10 @@ void MainWindow::initWindow()
 
 void MainWindow::buildDialogs()
 {
+    connectDialog = new MyProgressDlg(::tr("Device connect"), QString(), ::tr("Close"), this);
+    connectDialog->setObjectName(QStringLiteral("connectDialog"));
     smpDialog = new MyProgressDlg(::tr("Sampling"), QString(), ::tr("Stop"), this);
+    smpDialog->setObjectName(QStringLiteral("smpDialog"));
     connect(smpDialog, &QDialog::rejected, this, &MainWindow::slotSmpStop);
 }
 
@@ -208,6 +213,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     globalSet(QStringLiteral("windowMaximized"), QString::number(isMaximized() ? 1 : 0));
     globalSet(QStringLiteral("ratioSasPix"), QString::number(waveGen->ratioSasPix(), 'g', 6));
     smpDialog->hide();
+    connectDialog->hide();
     QWidget::closeEvent(event);
 }
 

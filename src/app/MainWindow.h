@@ -32,6 +32,8 @@ public:
 public slots:
     /// A report of the running capture: state, error, value (percent).
     void slotDevSmpStaShow(int sta, int err, int n);
+    /// A report of an instrument's bring-up: state, error, value, see DevInit::sigInitSta().
+    void slotDevInitStaShow(int sta, int err, int n);
     /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same, nor
     /// while a file loads, since the load fills the present device's store: who goes on with `gDev` looks at its model.
     void slotDevPreConnect(int model);
@@ -51,7 +53,8 @@ public slots:
     void slotPosiViewChanged(double posi);
     /// Asks the running capture to end; does not wait.
     void slotSmpStop();
-    /// The configuration has been replaced: makes the device object anew from it. Nothing while a file loads.
+    /// The configuration has been replaced: makes the device object anew from it, and connects it again when the model
+    /// stays the same. Nothing while a file loads.
     void slotReplaceConfig();
 
 protected:
@@ -61,6 +64,7 @@ protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void keyReleaseEvent(QKeyEvent *event) override;
+    bool nativeEvent(const QByteArray &eventType, void *message, long *result) override;
 
 private:
     void initWindow();
@@ -77,10 +81,15 @@ private:
     /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
     void orderTabs();
     void connectDevice();
-    void stopStartTimer();
+    void connectBringUp();
+    /// Asks the system to tell when instruments come and go.
+    void watchDevices();
+    /// One look for an instrument that has come or gone; later while a file is read or written.
+    void lookForDevice();
     void replaceDevice(int model);
     void updatePosition();
-    void showModelTitle();
+    void showModelTitle(bool connected);
+    void showConnection(bool connected);
     void showRunError(int sta, int err);
     void showRunState(int sta, int n);
     /// True when there is something that the view can zoom in and move through.
@@ -100,8 +109,10 @@ private:
     QLabel *statusLabel = nullptr;
     AnalyzerView *analyzerView = nullptr;
     MyProgressDlg *smpDialog = nullptr;
+    MyProgressDlg *connectDialog = nullptr;
 
     /// Counts device objects: a queued signal of an earlier one is told by its number.
     int m_deviceNumber = 0;
     int m_startTimer = 0;
+    bool m_startFile = true; ///< the file that was named at the start, if any, is still to be loaded
 };

@@ -6,6 +6,7 @@
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
 #include "device/DevBase.h"
+#include "device/DevInit.h"
 #include "device/DevModels.h"
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
@@ -40,17 +41,17 @@ void acceptCopy(QDropEvent &event)
 
 } // namespace
 
-void MainWindow::showModelTitle()
+void MainWindow::showModelTitle(bool connected)
 {
-    setWindowTitle(gDev->name + (gDev->connected ? QStringLiteral(" Connected") : QStringLiteral(" Unconnected")) +
-                   titleTail());
+    const QString state = connected ? ::tr("Connected") : ::tr("Unconnected");
+    setWindowTitle(gDev->name + QLatin1Char(' ') + state + titleTail());
 }
 
 void MainWindow::showTitleAndState()
 {
     if (gOpenFile.isEmpty()) {
-        setWindowTitle(gDev->name + QStringLiteral(" Unconnected") + titleTail());
-        statusLabel->setText(::tr("Device unconnected"));
+        showModelTitle(gDev->connected);
+        statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Device unconnected"));
     } else {
         setWindowTitle(gOpenFile + titleTail());
         statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Data review"));
@@ -116,8 +117,14 @@ void MainWindow::slotReplaceConfig()
     if (mainMenu->isBusy()) {
         return;
     }
-    stopStartTimer(); // what was named at the start has been overtaken
-    replaceDevice(globalGet(QStringLiteral("devModel")).toInt());
+    m_startFile = false; // what was named at the start has been overtaken
+    const int model = globalGet(QStringLiteral("devModel")).toInt();
+    const bool stays = gDev->connected && gDev->model == model && gDevInit != nullptr;
+    replaceDevice(model);
+    if (stays && gDev->initDevice(gDevInit->identity()) == 0) {
+        gDev->loadVth();
+        gDev->resetPwm();
+    }
     rebindDevice();
 }
 
@@ -127,22 +134,16 @@ void MainWindow::timerEvent(QTimerEvent *event)
         QWidget::timerEvent(event);
         return;
     }
-    stopStartTimer();
+    killTimer(std::exchange(m_startTimer, 0));
     // A capture that was started meanwhile fills the store already, and has overtaken the file.
-    if (gOpenFile.isEmpty() || gDev->isCapturing()) {
+    if (gOpenFile.isEmpty() || !m_startFile || gDev->isCapturing()) {
+        lookForDevice();
         return;
     }
     const QString path = gOpenFile;
     QByteArray settings;
     if (!configHeadOfFile(path, settings) || !mainMenu->loadData(path, settings.size())) {
         mainMenu->tellOpenFailed(path, QMessageBox::Information);
-    }
-}
-
-void MainWindow::stopStartTimer()
-{
-    if (m_startTimer != 0) {
-        killTimer(std::exchange(m_startTimer, 0));
     }
 }
 

@@ -59,7 +59,7 @@ void MainWindow::showRunState(int sta, int n)
     constexpr int done = 5;
     if (sta == starting && !gOpenFile.isEmpty()) {
         gOpenFile.clear();
-        showModelTitle();
+        showModelTitle(gDev->connected);
     }
     const int shown = RunStatus::shownProgress(n);
     if (gDev->isAnalogModel()) {

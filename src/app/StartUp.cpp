@@ -5,6 +5,8 @@
 #include "app/Language.h"
 #include "app/QtTexts.h"
 #include "device/DevBase.h"
+#include "device/DevControlUsb.h"
+#include "device/DevInit.h"
 #include "device/DevModels.h"
 #include "device/UsbPlatforms.h"
 #include "device/UsbTransport.h"
@@ -15,10 +17,15 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace StartUp {
 
 namespace {
+
+/// The instrument side of all device objects.
+std::unique_ptr<DevControlUsb> control;
 
 /// Takes the settings of a file named on the command line, if there is one that has any.
 void loadNamedFile(const QStringList &arguments)
@@ -60,11 +67,27 @@ void initLook()
 void initTransport()
 {
     gUsb = new UsbTransport(makeUsbPlatform());
+    control = std::make_unique<DevControlUsb>(*gUsb);
+    setDevControl(control.get());
 }
 
 void initDevice()
 {
     gDev = createDevice(std::max(globalGet(QStringLiteral("devModel")).toInt(), 0)).release();
+}
+
+void initBringUp()
+{
+    gDevInit = new DevInit(*gUsb);
+}
+
+void endDevices()
+{
+    delete std::exchange(gDevInit, nullptr);
+    delete std::exchange(gDev, nullptr);
+    setDevControl(nullptr);
+    control.reset();
+    delete std::exchange(gUsb, nullptr);
 }
 
 } // namespace StartUp

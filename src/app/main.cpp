@@ -1,10 +1,7 @@
 #include "acquisition/MemBudget.h"
 #include "app/Config.h"
-#include "app/Globals.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
-#include "device/DevBase.h"
-#include "device/UsbTransport.h"
 
 #include <QApplication>
 
@@ -32,14 +29,8 @@ int main(int argc, char *argv[])
     StartUp::initLook();
     StartUp::initTransport();
     StartUp::initDevice();
-
+    StartUp::initBringUp();
     const int code = runWindow();
-
-    // Stops and joins a capture thread that still runs.
-    delete gDev;
-    gDev = nullptr;
-    // Closes the device. Nobody is left who transfers.
-    delete gUsb;
-    gUsb = nullptr;
+    StartUp::endDevices();
     return code;
 }

@@ -65,6 +65,9 @@ QString MyProgressDlg::labelText() const
 void MyProgressDlg::setButtonVisible(bool visible)
 {
     m_button->setVisible(visible);
+    if (visible) {
+        m_button->setFocus(); // it may have been hidden when the dialog gave out the focus
+    }
 }
 
 int MyProgressDlg::progress() const

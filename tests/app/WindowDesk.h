@@ -40,9 +40,10 @@ protected:
         m_window->resize(1200, 700);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        m_dialog = m_window->findChild<MyProgressDlg *>();
+        m_dialog = m_window->findChild<MyProgressDlg *>(QStringLiteral("smpDialog"));
+        m_connectDialog = m_window->findChild<MyProgressDlg *>(QStringLiteral("connectDialog"));
         m_gen = m_window->findChild<WaveDataGen *>();
-        QVERIFY(m_dialog != nullptr && m_gen != nullptr);
+        QVERIFY(m_dialog != nullptr && m_connectDialog != nullptr && m_gen != nullptr);
     }
 
     static void capture(std::int64_t samples = 100000)
@@ -70,6 +71,7 @@ protected:
     void drop(const QString &path) { drop(QUrl::fromLocalFile(path)); }
 
     std::unique_ptr<MainWindow> m_window;
-    MyProgressDlg *m_dialog = nullptr;
+    MyProgressDlg *m_dialog = nullptr; ///< of captures
+    MyProgressDlg *m_connectDialog = nullptr;
     WaveDataGen *m_gen = nullptr;
 };

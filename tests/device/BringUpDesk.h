@@ -16,11 +16,14 @@
 
 using Report = QVector<int>; ///< state, error, value
 
-/// Emulated instruments on a bus in the process, and the program's side of their bring-up, with the device object
-/// swapped as the main window does it. Pauses of the program are over at once, but for the wait for a device's return,
-/// and the instruments' time passes faster than the real one. Main thread.
+/// Emulated instruments on a bus in the process, and the program's side of their bring-up. Without a main window the
+/// desk swaps the device object as that does it, and looks for devices when the bus tells of them. Pauses of the
+/// program are over at once, but for the wait for a device's return, and the instruments' time passes faster than the
+/// real one. Main thread.
 struct BringUpDesk {
-    explicit BringUpDesk(int model = 0)
+    enum Window { WithoutWindow, WithWindow };
+
+    explicit BringUpDesk(int model = 0, Window window = WithoutWindow) : hasWindow(window == WithWindow)
     {
         configLoad();
         bus = std::make_unique<EmulatedBus>(20.0);
@@ -56,6 +59,9 @@ struct BringUpDesk {
         QObject::connect(init.get(), &DevInit::sigInitSta, [this](int sta, int err, int n) {
             reports.append({sta, err, n});
         });
+        if (hasWindow) {
+            return;
+        }
         QObject::connect(init.get(), &DevInit::sigDevPreConnect, [this](int wanted) {
             asked.append(wanted);
             if (swaps && gDev->model != wanted) {
@@ -132,6 +138,7 @@ struct BringUpDesk {
     QVector<int> asked; ///< models that the device object was to become
     bool swaps = true;
     bool isRegistered = false;
+    const bool hasWindow;
 };
 
 inline emulator::InstrumentOptions instrumentOf(int model)
