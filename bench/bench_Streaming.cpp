@@ -71,6 +71,7 @@ public:
 
     [[nodiscard]] bool isOpen() const override { return true; }
     void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
+    void breakOffStream() override {}
     [[nodiscard]] int readStream(std::int32_t) override
     {
         std::deque<SmpChunk> queued;

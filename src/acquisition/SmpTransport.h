@@ -35,6 +35,11 @@ public:
     /// @return one of the four answers above
     [[nodiscard]] virtual int readStream(std::int32_t limit) = 0;
 
+    /// Ends the run that is under way now, with runFailed: for a device that has fallen silent, or whose data nobody
+    /// wants any more. What the device has still to send is lost. A run that begins later is not touched. Any thread,
+    /// blocks for some ms; harmless without a run.
+    virtual void breakOffStream() = 0;
+
 protected:
     ~SmpTransport() = default;
 };

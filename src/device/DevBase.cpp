@@ -4,6 +4,8 @@
 #include "app/Config.h"
 #include "device/DevControl.h"
 
+#include <QTimer>
+
 #include <algorithm>
 #include <cmath>
 
@@ -102,6 +104,7 @@ void DevBase::startHardware()
         return;
     }
     receiveBulk();
+    ++m_captures;
     if (transferMode == streaming) {
         thrCtrlTransfer.startRun(runSettings(), control, *transport);
     } else {
@@ -122,7 +125,20 @@ void DevBase::stopCapture()
     wake();
     if (stopsDevice && transferMode == streaming) {
         devControl().stopDevice();
+        breakOffSilentStream();
     }
+}
+
+/// Gives a stream that was stopped the time to bring its end; a device that falls silent is not waited for.
+void DevBase::breakOffSilentStream()
+{
+    constexpr int graceMs = 200;
+    QTimer::singleShot(graceMs, this, [this, capture = m_captures] {
+        SmpTransport *transport = devControl().transport();
+        if (capture == m_captures && smpBusy.load(std::memory_order_acquire) && transport != nullptr) {
+            transport->breakOffStream();
+        }
+    });
 }
 
 void DevBase::endCapture()
@@ -140,6 +156,9 @@ void DevBase::endHardware()
         smpStop.store(true, std::memory_order_release);
         wake();
         devControl().stopDevice();
+        if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
+            transport->breakOffStream();
+        }
     }
     // A control thread starts its converter, which ends when the control thread has.
     thrCtrlTransfer.join();

@@ -121,9 +121,8 @@ public:
     /// Asks the running capture to end; what has been captured is kept. Does not wait, beside for the request that
     /// stops an instrument.
     void stopCapture();
-    /// Ends a capture without publishing its data, and waits for its threads: with an instrument at most as long as a
-    /// read that brings nothing. For who takes away what the run needs, such as the source of its data. Harmless
-    /// without a capture.
+    /// Ends a capture without publishing its data, and waits for its threads. For who takes away what the run needs,
+    /// such as the source of its data. Harmless without a capture.
     void endCapture();
 
     // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, and then may
@@ -185,11 +184,14 @@ protected:
 private:
     void startHardware();
     void endHardware();
+    void breakOffSilentStream();
     [[nodiscard]] SmpRunSettings runSettings() const;
     void loadAnalogConfig();
     void saveChnEnable();
     void saveChnTrig();
     void saveAChnTrig();
+
+    std::uint32_t m_captures = 0; ///< of an instrument, started so far
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

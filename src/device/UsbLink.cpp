@@ -16,6 +16,9 @@ UsbResult UsbLink::queueRead(std::span<std::uint8_t> buffer, UsbReadSlot &slot)
     if (m_cut) {
         return {UsbError::Gone};
     }
+    if (m_brokenOff) {
+        return {UsbError::Aborted};
+    }
     m_reads = true;
     return platform.queueRead(iface, pipeIn, buffer.data(), std::uint32_t(buffer.size()), slot);
 }
@@ -31,4 +34,23 @@ void UsbLink::cut()
     if (reads) {
         platform.abortPipe(iface, pipeIn);
     }
+}
+
+void UsbLink::breakOff()
+{
+    bool reads = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_brokenOff = true;
+        reads = m_reads && !m_cut;
+    }
+    if (reads) {
+        platform.abortPipe(iface, pipeIn);
+    }
+}
+
+void UsbLink::startRun()
+{
+    const std::lock_guard lock(m_mutex);
+    m_brokenOff = false;
 }

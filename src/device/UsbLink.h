@@ -24,14 +24,19 @@ public:
     std::uint8_t pipeIn = 0;
     std::uint8_t pipeOut = 0;
 
-    /// As UsbPlatform::queueRead() on `pipeIn`; Gone once the link has been cut.
+    /// As UsbPlatform::queueRead() on `pipeIn`; Gone once the link has been cut, Aborted after breakOff().
     [[nodiscard]] UsbResult queueRead(std::span<std::uint8_t> buffer, UsbReadSlot &slot);
     /// Ends the reads of a run that is under way and lets it queue no more. Main thread; once.
     void cut();
+    /// Ends the reads of a run that is under way and lets it queue no more. Any thread. Harmless without a run.
+    void breakOff();
+    /// Lets a new run queue reads.
+    void startRun();
 
 private:
     const UsbFile m_file;
     std::mutex m_mutex; ///< orders queueing and cutting; held for no call that blocks
     bool m_cut = false;
+    bool m_brokenOff = false;
     bool m_reads = false; ///< a read has been queued since the link was made
 };

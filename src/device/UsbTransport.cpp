@@ -248,10 +248,18 @@ int UsbTransport::readStream(std::int32_t limit)
     if (!taken[0]) {
         return runNoMemory;
     }
+    held->startRun();
     const int result = UsbReadRun(*held, taken, *receiver, chunkSize, limit).run();
     const std::lock_guard lock(m_mutex);
     m_slots = std::move(taken);
     return result;
+}
+
+void UsbTransport::breakOffStream()
+{
+    if (const std::shared_ptr<UsbLink> held = link()) {
+        held->breakOff();
+    }
 }
 
 int UsbTransport::controlOut(std::uint8_t request, std::uint16_t value, std::uint16_t index,

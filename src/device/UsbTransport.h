@@ -70,6 +70,7 @@ public:
 
     [[nodiscard]] bool isOpen() const override { return deviceOpen.load(std::memory_order_acquire) != 0; }
     [[nodiscard]] int readStream(std::int32_t limit) override;
+    void breakOffStream() override;
 
     /// One vendor request to the device (request type 0x40). Blocks for at most 2 s.
     /// @param data  what is sent, at most 65,535 bytes; may be empty

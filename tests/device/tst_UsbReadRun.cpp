@@ -67,6 +67,8 @@ private slots:
 
     void aDeviceThatIsClosedByTheReceiverEndsTheRun();
     void aDeviceThatGoesWhileTheRunWaitsEndsItAtOnce();
+    void aRunThatIsBrokenOffEndsAtOnceAndTheNextOneRuns();
+    void breakingOffWithoutARunIsHarmless();
     void aTransferThatIsUnderWayKeepsItsDeviceFromBeingFreed();
     void anotherDeviceMayBeOpenedWhileTheRunOfTheFirstStillEnds();
     void theSizeOfReadsMayBeTunedFromAnotherThread();
@@ -522,6 +524,42 @@ void TstUsbReadRun::aDeviceThatGoesWhileTheRunWaitsEndsItAtOnce()
         desk.receiver.chunks.clear();
         QCOMPARE(memBudget.load(), UsbDesk::budget);
     }
+}
+
+void TstUsbReadRun::aRunThatIsBrokenOffEndsAtOnceAndTheNextOneRuns()
+{
+    UsbDesk desk;
+    QVERIFY(desk.open(1000));
+    desk.usb->holds = true;
+    desk.usb->reads = {FakeRead::full()};
+    std::atomic<bool> waits{false};
+    desk.receiver.received = [&waits](int) { waits = true; };
+    int result = -1;
+    std::thread run([&] { result = desk.transport->readStream(0); });
+    QTRY_VERIFY(waits);
+    desk.transport->breakOffStream();
+    run.join();
+    QCOMPARE(result, 3);
+    QCOMPARE(desk.usb->waitsTimedOut, 0); // not the 2800 ms of silence
+    QCOMPARE(desk.receiver.lengths, Lengths{1000});
+    desk.usb->holds = false;
+    desk.usb->reads = {FakeRead::full(), FakeRead::of(7)};
+    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 7}));
+    QVERIFY(desk.usb->misuse.empty());
+    desk.receiver.chunks.clear();
+    QCOMPARE(memBudget.load(), UsbDesk::budget);
+}
+
+void TstUsbReadRun::breakingOffWithoutARunIsHarmless()
+{
+    UsbDesk desk;
+    desk.transport->breakOffStream(); // nothing is open
+    QVERIFY(desk.open(1000));
+    desk.transport->breakOffStream();
+    desk.usb->reads = {FakeRead::of(7)};
+    QCOMPARE(desk.transport->readStream(0), 0);
+    QVERIFY(desk.usb->misuse.empty());
 }
 
 void TstUsbReadRun::aTransferThatIsUnderWayKeepsItsDeviceFromBeingFreed()

@@ -112,6 +112,7 @@ public:
     [[nodiscard]] bool isOpen() const override { return open; }
     void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
     [[nodiscard]] InterfaceDevCallback *receiver() const { return m_receiver; }
+    void breakOffStream() override {}
 
     [[nodiscard]] int readStream(std::int32_t wanted) override
     {
