@@ -47,7 +47,7 @@ std::vector<Urb> UrbQueue::pump(std::size_t room)
         }
         const Urb urb = pending.urb;
         at = m_pending.erase(at);
-        if (urb.kind == Urb::Kind::BulkIn && urb.outcome == Outcome::Done) {
+        if (urb.kind == Urb::Kind::BulkIn && urb.actual == urb.buffer.size()) {
             noteRead();
         }
         completed.push_back(urb);

@@ -42,8 +42,8 @@ public:
     [[nodiscard]] bool empty() const { return m_pending.empty(); }
     /// The last pump() stopped for lack of room, or transfers wait for one: call again at once.
     [[nodiscard]] bool wantsMore() const { return m_wantsMore; }
-    /// The fewest bulk reads that were still pending when one was completed by data; -1 before the first. Below 1 a
-    /// host has left the instrument without a read.
+    /// The fewest bulk reads that were still pending when one had been filled; -1 before the first. Below 1 a host has
+    /// left the instrument without a read.
     [[nodiscard]] int fewestReadsLeft() const { return m_fewestReadsLeft; }
     void forgetFewest() { m_fewestReadsLeft = -1; }
 

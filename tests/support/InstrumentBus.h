@@ -39,7 +39,7 @@ public:
     {
         return with(0, job);
     }
-    /// The fewest bulk reads that were still queued when one was completed; -1 before the first. Below 1 the host has
+    /// The fewest bulk reads that were still queued when one had been filled; -1 before the first. Below 1 the host has
     /// left the instrument without a read.
     [[nodiscard]] int fewestReadsLeft(int index = 0);
     /// Tells each arrival twice, as some systems do.

@@ -192,10 +192,15 @@ UmockdevBus::~UmockdevBus()
 
 void UmockdevBus::changed(int port, bool attached, unsigned generation)
 {
-    if (attached) {
+    const auto known = std::find_if(m_nodes.begin(), m_nodes.end(), [port, generation](const auto &node) {
+        return node->port == port && node->generation == generation && node->handler != nullptr;
+    });
+    if (!attached) {
+        leave(port);
+    } else if (known == m_nodes.end()) {
         arrive(port, generation);
     } else {
-        leave(port);
+        umockdev_testbed_uevent(m_glib->testbed, (*known)->sysPath().c_str(), "add");
     }
 }
 

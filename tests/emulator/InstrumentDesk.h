@@ -1,0 +1,160 @@
+#pragma once
+
+#include "LogicSignal.h"
+#include "app/Config.h"
+#include "app/Globals.h"
+#include "device/DevControlUsb.h"
+#include "device/DevInit.h"
+#include "device/DevModels.h"
+#include "device/UsbTransport.h"
+#include "support/InstrumentBus.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <memory>
+
+/// What lies between instruments and program in a test: a bus with instruments, and a platform that shows them.
+class InstrumentRoad {
+public:
+    virtual ~InstrumentRoad() = default;
+    [[nodiscard]] virtual InstrumentBus &bus() = 0;
+    /// Once.
+    [[nodiscard]] virtual std::unique_ptr<UsbPlatform> makePlatform() = 0;
+};
+
+/// The program's side of an instrument, as the main window holds it together, without windows: bring-up, the device
+/// object and its captures. The pauses of a bring-up are over at once. Main thread.
+class InstrumentDesk : public QObject {
+public:
+    explicit InstrumentDesk(std::unique_ptr<InstrumentRoad> road_) : road(std::move(road_))
+    {
+        configLoad();
+        memBudget = budget;
+        transport = std::make_unique<UsbTransport>(road->makePlatform());
+        control = std::make_unique<DevControlUsb>(*transport);
+        control->sleep = [](int) {};
+        setDevControl(control.get());
+        gUsb = transport.get();
+        makeDevice(0);
+        init = std::make_unique<DevInit>(*transport);
+        gDevInit = init.get();
+        constexpr int returnStep = 200;
+        init->skipPause = [](int ms) { return ms != returnStep; };
+        connect(init.get(), &DevInit::sigInitSta, this, [this](int sta, int err, int) {
+            initStates.append({sta, err});
+        });
+        connect(init.get(), &DevInit::sigDevPreConnect, this, [this](int model) {
+            if (gDev->model != model) {
+                makeDevice(model);
+            }
+        });
+        connect(transport.get(), &UsbTransport::sigDevChange, init.get(), &DevInit::slotDevChange);
+        isGood = transport->registerHotplug(0);
+    }
+    ~InstrumentDesk() override
+    {
+        init.reset();
+        gDevInit = nullptr;
+        delete gDev;
+        gDev = nullptr;
+        setDevControl(nullptr);
+        gUsb = nullptr;
+        transport.reset();
+    }
+
+    /// Plugs the instrument in and waits until it is connected.
+    [[nodiscard]] bool plug(int index = 0)
+    {
+        initStates.clear();
+        road->bus().plug(index);
+        (void)QTest::qWaitFor([this] { return hasEnded(); }, longWait);
+        return gDev->connected;
+    }
+    /// Pulls the plug and waits until the program has noticed.
+    [[nodiscard]] bool unplug(int index = 0)
+    {
+        road->bus().unplug(index);
+        return QTest::qWaitFor([] { return !gDev->connected; }, longWait);
+    }
+    void startCapture()
+    {
+        states.clear();
+        published = 0;
+        gDev->startCapture();
+    }
+    [[nodiscard]] bool awaitEnd()
+    {
+        return QTest::qWaitFor([] { return !gDev->isCapturing(); }, longWait) &&
+               QTest::qWaitFor([this] { return !states.isEmpty() && (lastError() != 0 || states.last().first == 5); });
+    }
+    /// A capture from start to end.
+    [[nodiscard]] bool capture()
+    {
+        startCapture();
+        return awaitEnd() && QTest::qWaitFor([this] { return published > 0; });
+    }
+    [[nodiscard]] bool has(int sta) const
+    {
+        return std::any_of(states.cbegin(), states.cend(), [sta](const auto &state) { return state.first == sta; });
+    }
+    /// The error of the last report, 0 for none.
+    [[nodiscard]] int lastError() const { return states.isEmpty() ? 0 : states.last().second; }
+
+    static constexpr std::int64_t budget = std::int64_t(1) << 32;
+    static constexpr int longWait = 30000; // ms: never waited for when all is well
+
+    std::unique_ptr<InstrumentRoad> road;
+    std::unique_ptr<UsbTransport> transport;
+    std::unique_ptr<DevControlUsb> control;
+    std::unique_ptr<DevInit> init;
+    QVector<QPair<int, int>> initStates; ///< state, error
+    QVector<QPair<int, int>> states;     ///< state, error
+    int published = 0;
+    bool isGood = false;
+
+private:
+    [[nodiscard]] bool hasEnded() const
+    {
+        return std::any_of(initStates.cbegin(), initStates.cend(),
+                           [](const auto &state) { return state.first == 6 || state.second != 0; });
+    }
+    void makeDevice(int model)
+    {
+        delete gDev;
+        gDev = createDevice(model).release();
+        connect(gDev, &DevBase::sigSmpSta, this, [this](int sta, int err, int) { states.append({sta, err}); });
+        connect(gDev, &DevBase::sigSmpDataReady, this, [this] { ++published; });
+    }
+};
+
+/// Where a capture differs from the signal from its sample `from` on; empty if nowhere.
+inline QString differenceOf(const SmpData &data, emulator::LogicSignal &signal, std::int64_t from)
+{
+    for (int chn = 0; chn < data.chnCount; ++chn) {
+        const std::uint32_t bit = 1U << chn;
+        for (std::int64_t pos = 0; pos < data.smpCount;) {
+            const emulator::SignalRun run = signal.at(from + pos, bit);
+            SmpEdgeCursor cursor;
+            const int level = data.locate(chn, pos, cursor);
+            const std::int64_t next = data.nextEdge(chn, pos);
+            // A run of the signal may end without a change of level.
+            std::int64_t wanted = std::min(run.end == emulator::never ? data.smpCount : run.end - from, data.smpCount);
+            while (wanted < data.smpCount && signal.at(from + wanted, bit).levels == run.levels) {
+                const std::int64_t end = signal.at(from + wanted, bit).end;
+                wanted = std::min(end == emulator::never ? data.smpCount : end - from, data.smpCount);
+            }
+            if (level != int(run.levels >> chn) || next != wanted) {
+                return QStringLiteral("channel %1 at %2: level %3 to %4 instead of %5 to %6")
+                    .arg(chn)
+                    .arg(pos)
+                    .arg(level)
+                    .arg(next)
+                    .arg(run.levels >> chn)
+                    .arg(wanted);
+            }
+            pos = wanted;
+        }
+    }
+    return {};
+}
