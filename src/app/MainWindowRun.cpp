@@ -50,6 +50,7 @@ void MainWindow::showRunError(int sta, int err)
         return;
     }
     smpDialog->setLabelText(RunStatus::dialogErrorText(err, error));
+    smpDialog->show(); // a capture that could not even start has not opened it
 }
 
 void MainWindow::showRunState(int sta, int n)

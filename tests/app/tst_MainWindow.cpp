@@ -25,6 +25,7 @@ private slots:
     void theStopButtonOnlyAsksWhileSampling();
     void afterAnErrorTheButtonClosesTheDialog();
     void anErrorCodeStandsInTheDialogWithStateAndError();
+    void aCaptureThatDoesNotEvenStartOpensTheDialogWithItsCode();
     void aStreamThatCannotKeepUpClosesTheDialogAndShowsABox();
     void onlyTheAnalogModelsCodeBoxHasATail();
     void theAnalogModelShowsItsProgressInTheBarAlone();
@@ -101,6 +102,15 @@ void TstMainWindow::anErrorCodeStandsInTheDialogWithStateAndError()
     emit gDev->sigSmpSta(0, 0, 0);
     emit gDev->sigSmpSta(2, 14, 0);
     QCOMPARE(dialogLabel()->text(), QStringLiteral("An error occurred: S-20e"));
+}
+
+void TstMainWindow::aCaptureThatDoesNotEvenStartOpensTheDialogWithItsCode()
+{
+    emit gDev->sigSmpSta(0, 2, 0);
+    QVERIFY(m_dialog->isVisible());
+    QCOMPARE(dialogLabel()->text(), QStringLiteral("An error occurred: S-2"));
+    QTest::mouseClick(dialogButton(), Qt::LeftButton);
+    QVERIFY(!m_dialog->isVisible());
 }
 
 void TstMainWindow::aStreamThatCannotKeepUpClosesTheDialogAndShowsABox()
