@@ -16,6 +16,8 @@
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
+#include <QLabel>
+
 #include <algorithm>
 
 void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
@@ -61,6 +63,7 @@ void MainWindow::showRunState(int sta, int n)
     if (sta == starting && !gOpenFile.isEmpty()) {
         gOpenFile.clear();
         showModelTitle(gDev->connected);
+        statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Device unconnected"));
     }
     const int shown = RunStatus::shownProgress(n);
     if (gDev->isAnalogModel()) {

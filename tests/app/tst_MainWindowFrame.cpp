@@ -124,6 +124,7 @@ void TstMainWindowFrame::aFileInViewIsForgottenWhenACaptureStarts()
     QCOMPARE(m_window->windowTitle(), QStringLiteral("/somewhere/a.cxdat - CorvanLUX"));
     emit gDev->sigSmpSta(0, 0, 0);
     QVERIFY(gOpenFile.isEmpty());
+    QCOMPARE(stateLine()->text(), QStringLiteral("Device unconnected"));
     QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Unconnected - CorvanLUX"));
 }
 
