@@ -94,7 +94,7 @@ void RecordMemory::writeGroup()
 void RecordMemory::flushRecord()
 {
     const Shape shape = shapeOf(m_format);
-    const std::span<std::uint8_t> at(m_group.data() + m_inGroup * shape.record, shape.record);
+    const std::span<std::uint8_t> at(m_group.data() + std::size_t(m_inGroup) * shape.record, shape.record);
     writeLittle(at.first(shape.word), m_word);
     at[shape.word] = std::uint8_t(m_count);
     m_count = 0;
@@ -121,7 +121,7 @@ std::int64_t RecordMemory::appendGroups(std::int64_t samples)
         return 0;
     }
     for (std::uint32_t i = 0; i < shape.records; ++i) {
-        const std::span<std::uint8_t> at(m_group.data() + i * shape.record, shape.record);
+        const std::span<std::uint8_t> at(m_group.data() + std::size_t(i) * shape.record, shape.record);
         writeLittle(at.first(shape.word), m_word);
         at[shape.word] = std::uint8_t(maxCount);
     }

@@ -85,6 +85,7 @@ WaveSignal::WaveSignal(std::int64_t rate, const std::vector<Wave> &waves) : m_ra
 std::vector<WaveSignal::Wave> WaveSignal::counter(int channels, std::int64_t half)
 {
     std::vector<Wave> waves;
+    waves.reserve(std::size_t(channels));
     for (int i = 0; i < channels; ++i) {
         waves.push_back(Wave::square(half << i));
     }

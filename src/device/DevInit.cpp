@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "device/DevBase.h"
 #include "device/DevRequests.h"
+#include "device/PostedCall.h"
 #include "device/UsbIds.h"
 #include "device/UsbTransport.h"
 
@@ -78,19 +79,14 @@ std::shared_ptr<BringUpRun> DevInit::newRun()
     BringUpRun::Host host;
     host.skipPause = skipPause;
     host.report = [this, self](int sta, int err, int n) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, run = self->lock(), sta, err, n] {
-                if (!run->stopRequested.load(std::memory_order_acquire)) {
-                    emit sigInitSta(sta, err, n);
-                }
-            },
-            Qt::QueuedConnection);
+        postCall(this, [this, run = self->lock(), sta, err, n] {
+            if (!run->stopRequested.load(std::memory_order_acquire)) {
+                emit sigInitSta(sta, err, n);
+            }
+        });
     };
     host.connectDevice = [this, self](int model, const QByteArray &identity) {
-        QMetaObject::invokeMethod(
-            this, [this, run = self->lock(), model, identity] { connectDevice(*run, model, identity); },
-            Qt::QueuedConnection);
+        postCall(this, [this, run = self->lock(), model, identity] { connectDevice(*run, model, identity); });
     };
     auto run = std::make_shared<BringUpRun>(m_usb, m_usb.productId.load(), std::move(host));
     *self = run;

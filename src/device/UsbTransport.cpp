@@ -1,6 +1,7 @@
 #include "device/UsbTransport.h"
 
 #include "device/HostSystem.h"
+#include "device/PostedCall.h"
 #include "device/UsbLink.h"
 #include "device/UsbReadRun.h"
 
@@ -66,10 +67,7 @@ UsbTransport::~UsbTransport()
 
 bool UsbTransport::registerHotplug(std::uintptr_t window)
 {
-    return m_platform->registerHotplug(window, [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { emit sigDevChange(); }, Qt::QueuedConnection);
-    });
+    return m_platform->registerHotplug(window, [this] { postCall(this, [this] { emit sigDevChange(); }); });
 }
 
 int UsbTransport::refresh()
