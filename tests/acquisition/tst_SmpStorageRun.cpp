@@ -136,6 +136,7 @@ private slots:
     void anAbortPublishesNothing();
     void aFailureLeavesTheLastCaptureInView();
     void theNextCaptureMayStartAsTheLastOneIsPublished();
+    void whatALastRunLeftIsCleared();
 };
 
 void TstSmpStorageRun::theRingComesBackEdgeForEdge_data()
@@ -668,6 +669,18 @@ void TstSmpStorageRun::theNextCaptureMayStartAsTheLastOneIsPublished()
     QVERIFY(QTest::qWaitFor([&] { return rounds == 30 && !desk.smpBusy; }, 30000));
     QVERIFY(desk.runToEnd());
     QVERIFY(desk.holdsAll());
+}
+
+void TstSmpStorageRun::whatALastRunLeftIsCleared()
+{
+    RingDesk desk(300);
+    desk.smpBufs.append(SmpChunk::take(100), 100);
+    desk.smpSem.release(3);
+    desk.endErr = 14;
+    QVERIFY(desk.run());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QVERIFY(desk.holdsAll());
+    QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
 QTEST_GUILESS_MAIN(TstSmpStorageRun)

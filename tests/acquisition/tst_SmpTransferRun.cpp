@@ -152,9 +152,11 @@ private slots:
     void aFailedRequestEndsInTheCodeOfTheRead_data();
     void aFailedRequestEndsInTheCodeOfTheRead();
     void aSpentBudgetInTheConverterIsReportedAndStopsTheDevice();
+    void aHeapThatRefusesTheConverterABlockStopsTheDevice();
     void aSpentBudgetInTheTransportIsReported();
     void anAbortPublishesNothing();
     void theNextCaptureMayStartAsTheLastOneIsPublished();
+    void whatALastRunLeftIsCleared();
     void withoutAnyChannelTheRunEndsWithoutData();
     void aStreamOfNothingIsLeftUnpublished();
 };
@@ -591,9 +593,25 @@ void TstSmpTransferRun::aSpentBudgetInTheConverterIsReportedAndStopsTheDevice()
     QVERIFY(desk.smpData->complete);
     QVERIFY(desk.smpData->smpCount > 0);
     QVERIFY(desk.smpData->smpCount < desk.settings.depth);
-    QVERIFY(desk.device.stopped);
+    QVERIFY(desk.bulk.delivered < desk.bulk.stream.size()); // the device was stopped, long before the depth
     desk.smpData->clear();
     QCOMPARE(memBudget.load(), budget);
+}
+
+void TstSmpTransferRun::aHeapThatRefusesTheConverterABlockStopsTheDevice()
+{
+    // Receive buffers are still to be had, so that only the converter can end the stream.
+    PulseDesk desk(4, 640000, 20);
+    desk.settings.depth = 600000;
+    desk.bulk.sizes = {256};
+    blockRefusal = [](std::size_t size) { return size == sizeof(SmpEdgeLeaf); };
+    desk.startStreaming();
+    const bool ended = desk.runToEnd();
+    blockRefusal = nullptr;
+    QVERIFY(ended);
+    QCOMPARE(desk.last().err, 4);
+    QVERIFY(desk.bulk.delivered < desk.bulk.stream.size());
+    QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
 void TstSmpTransferRun::aSpentBudgetInTheTransportIsReported()
@@ -649,6 +667,19 @@ void TstSmpTransferRun::theNextCaptureMayStartAsTheLastOneIsPublished()
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{5, 0, 0}));
     QVERIFY(holds(*desk.smpData, desk.samples, 896, desk.settings.depth, desk.used));
+}
+
+void TstSmpTransferRun::whatALastRunLeftIsCleared()
+{
+    PulseDesk desk(4, 64000, 900);
+    desk.smpBufs.append(SmpChunk::take(100), 100);
+    desk.smpSem.release(3);
+    desk.endErr = 14;
+    desk.startStreaming();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QVERIFY(holds(*desk.smpData, desk.samples, 896, desk.settings.depth, desk.used));
+    QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
 void TstSmpTransferRun::withoutAnyChannelTheRunEndsWithoutData()

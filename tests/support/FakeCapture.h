@@ -108,6 +108,7 @@ public:
     std::atomic<bool> open{true};
     std::int64_t lowestBudget = 0; ///< that was left at any buffer
     std::int32_t limit = -1;       ///< of the last run
+    std::size_t delivered = 0;     ///< bytes that the last run handed over
 
     [[nodiscard]] bool isOpen() const override { return open; }
     void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
@@ -117,6 +118,7 @@ public:
     [[nodiscard]] int readStream(std::int32_t wanted) override
     {
         limit = wanted;
+        delivered = 0;
         lowestBudget = memBudget;
         if (!open || m_receiver == nullptr) {
             return runNotOpen;
@@ -146,6 +148,7 @@ public:
             queued.pop_front();
             std::memcpy(chunk.bytes(), stream.data() + at, length);
             at += length;
+            delivered = at;
             lowestBudget = std::min(lowestBudget, memBudget.load());
             m_receiver->onData(std::move(chunk), std::int32_t(length));
             queued.push_back(SmpChunk::take(chunkSize));
