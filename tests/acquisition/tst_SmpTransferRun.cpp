@@ -602,7 +602,7 @@ void TstSmpTransferRun::aHeapThatRefusesTheConverterABlockStopsTheDevice()
 {
     // Receive buffers are still to be had, so that only the converter can end the stream.
     PulseDesk desk(4, 640000, 20);
-    desk.settings.depth = 600000;
+    desk.settings.depth = 6000000; // more than the stream holds
     desk.bulk.sizes = {256};
     blockRefusal = [](std::size_t size) { return size == sizeof(SmpEdgeLeaf); };
     desk.startStreaming();
