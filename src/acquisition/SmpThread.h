@@ -4,7 +4,8 @@
 
 #include <atomic>
 
-/// A thread of a capture: a member of the device object that runs once a capture and is joined before it goes.
+/// A thread that works once in a while: of a capture, where it is a member of the device object, or of a bring-up. Its
+/// owner joins it before it goes.
 ///
 /// QThread orders the memory of who starts, the thread and who waits for it, but inside a library that a race detector
 /// cannot look into: what is written before launch() and read after join() is ordered here once more.

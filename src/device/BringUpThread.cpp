@@ -4,9 +4,9 @@
 
 #include <utility>
 
-BringUpThread::BringUpThread()
+BringUpThread::BringUpThread(int firstState) : m_firstState(firstState)
 {
-    connect(this, &QThread::finished, this, &BringUpThread::startNext);
+    connect(this, &BringUpThread::sigEnded, this, &BringUpThread::startNext, Qt::QueuedConnection);
 }
 
 void BringUpThread::begin(std::shared_ptr<BringUpRun> run)
@@ -20,31 +20,33 @@ void BringUpThread::startNext()
     if (!m_next || m_busy.load(std::memory_order_acquire)) {
         return; // still at work: its end comes here again
     }
-    wait(); // a thread that has nothing more to do may not have ended
+    const std::shared_ptr<BringUpRun> run = std::exchange(m_next, nullptr);
     {
         const std::lock_guard lock(m_mutex);
-        m_run = std::exchange(m_next, nullptr);
+        m_run = run;
     }
     m_busy.store(true, std::memory_order_release);
-    start(QThread::InheritPriority);
+    if (!launch()) {
+        m_busy.store(false, std::memory_order_release);
+        run->report(m_firstState, BringUpRun::notOpen);
+    }
 }
 
-void BringUpThread::join()
+void BringUpThread::end()
 {
     m_next.reset();
-    wait();
-    // wait() orders the memory too, but inside a library that a race detector cannot look into.
-    (void)m_busy.load(std::memory_order_acquire);
+    join();
 }
 
-void BringUpThread::run()
+void BringUpThread::work()
 {
-    std::shared_ptr<BringUpRun> current;
+    std::shared_ptr<BringUpRun> run;
     {
         const std::lock_guard lock(m_mutex);
-        current.swap(m_run);
+        run.swap(m_run);
     }
-    work(*current);
-    current.reset();
+    bringUp(*run);
+    run.reset();
     m_busy.store(false, std::memory_order_release);
+    emit sigEnded();
 }

@@ -28,8 +28,8 @@ DevInit::~DevInit()
     if (m_run) {
         m_run->requestStop();
     }
-    m_attach.join();
-    m_renumDone.join();
+    m_attach.end();
+    m_renumDone.end();
 }
 
 void DevInit::slotDevChange()

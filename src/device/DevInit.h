@@ -38,6 +38,8 @@ public:
 
     /// The identity block of the last instrument that was connected, see DevBase::initDevice(); empty before the first.
     [[nodiscard]] const QByteArray &identity() const { return m_identity; }
+    /// True while one of the threads works on a device.
+    [[nodiscard]] bool isWorking() const { return m_attach.isBusy() || m_renumDone.isBusy(); }
 
     /// A test's clock, see BringUpRun::Host; called on the threads. Set before the first run.
     std::function<bool(int ms)> skipPause;

@@ -9,7 +9,8 @@
 ///
 /// Qt hands events over in a way that ThreadSanitizer does not see, and would have every captured value reported as a
 /// race. So each copy is published by a release, the last one before the event is posted, and the call begins with an
-/// acquire of the same word.
+/// acquire of the same word. The thread that posts may be the one that lets go of the last copy, after the call: in the
+/// same way the call ends with a release, and a copy with an acquire.
 template<class Function>
 class PostedCall {
 public:
@@ -24,12 +25,13 @@ public:
     }
     PostedCall &operator=(const PostedCall &) = delete;
     PostedCall &operator=(PostedCall &&) = delete;
-    ~PostedCall() = default;
+    ~PostedCall() { (void)published().load(std::memory_order_acquire); }
 
     void operator()()
     {
         (void)published().load(std::memory_order_acquire);
         m_function();
+        published().fetch_add(1, std::memory_order_release);
     }
 
 private:

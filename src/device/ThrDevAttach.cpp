@@ -42,7 +42,9 @@ void attachDevice(BringUpRun &run)
     run.report(sent, errNotBack);
 }
 
-void ThrDevAttach::work(BringUpRun &run)
+ThrDevAttach::ThrDevAttach() : BringUpThread(sent) {}
+
+void ThrDevAttach::bringUp(BringUpRun &run)
 {
     attachDevice(run);
 }

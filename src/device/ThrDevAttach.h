@@ -5,8 +5,11 @@
 /// Sends the firmware to a device that has none, and waits for it to come back with it.
 class ThrDevAttach final : public BringUpThread {
     Q_OBJECT
+public:
+    ThrDevAttach();
+
 protected:
-    void work(BringUpRun &run) override;
+    void bringUp(BringUpRun &run) override;
 };
 
 /// The work of the thread. Reports 0 with error 1 for a product without firmware, 1 with the result of the sending, 1

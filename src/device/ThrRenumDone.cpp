@@ -104,7 +104,9 @@ void finishDevice(BringUpRun &run)
     run.connectDevice(model.code, block);
 }
 
-void ThrRenumDone::work(BringUpRun &run)
+ThrRenumDone::ThrRenumDone() : BringUpThread(identifying) {}
+
+void ThrRenumDone::bringUp(BringUpRun &run)
 {
     finishDevice(run);
 }

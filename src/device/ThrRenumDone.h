@@ -6,8 +6,11 @@
 /// FPGA runs, and has the device object connected.
 class ThrRenumDone final : public BringUpThread {
     Q_OBJECT
+public:
+    ThrRenumDone();
+
 protected:
-    void work(BringUpRun &run) override;
+    void bringUp(BringUpRun &run) override;
 };
 
 /// The work of the thread. Reports 3 with the error of reading the EEPROM (1 also for an unknown identity), 4 with

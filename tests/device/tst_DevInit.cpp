@@ -1,0 +1,395 @@
+// The coordinator of bring-up: its threads, and what reaches it at the wrong moment.
+
+#include "BringUpDesk.h"
+
+#include <QSemaphore>
+
+#include <thread>
+
+namespace {
+
+/// Holds a thread of the bring-up in one of its pauses until the test lets it go on.
+class Hold {
+public:
+    /// @param ms  the pause, by its length
+    Hold(BringUpDesk &desk, int ms)
+    {
+        desk.init->skipPause = [this, ms](int pause) {
+            if (pause == ms && !m_released.load()) {
+                m_reached.release();
+                m_go.acquire();
+            }
+            return pause != 200;
+        };
+    }
+    void await()
+    {
+        QVERIFY(QTest::qWaitFor([this] { return m_reached.tryAcquire(); }));
+    }
+    void release()
+    {
+        m_released = true;
+        m_go.release();
+    }
+
+private:
+    std::atomic<bool> m_released{false};
+    QSemaphore m_reached;
+    QSemaphore m_go;
+};
+
+constexpr int returnPause = 200;
+constexpr int beforeEnable = 30;
+constexpr int afterEnable = 40;
+constexpr int withoutFpga = 100;
+
+std::uint64_t transfersOf(BringUpDesk &desk)
+{
+    return desk.bus->with([](emulator::Instrument &i) { return i.faults().transfers(); });
+}
+
+} // namespace
+
+class TstDevInit : public QObject {
+    Q_OBJECT
+private slots:
+    void withoutADeviceNothingIsTold();
+    void aDeviceThatIsNoInstrumentIsLeftAlone_data();
+    void aDeviceThatIsNoInstrumentIsLeftAlone();
+    void aRemovalWithoutAConnectionIsNotTold();
+    void aDeviceObjectThatWasNotSwappedIsNotInitialised_data();
+    void aDeviceObjectThatWasNotSwappedIsNotInitialised();
+    void theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo();
+    void thePausesAreThoseOfTheHardware_data();
+    void thePausesAreThoseOfTheHardware();
+    void aNewBareDeviceWaitsForTheThreadOfTheLast();
+    void aNewDeviceWithFirmwareWaitsForTheThreadOfTheLast_data();
+    void aNewDeviceWithFirmwareWaitsForTheThreadOfTheLast();
+    void aDeviceThatGoesInAPauseIsToldAtOnce_data();
+    void aDeviceThatGoesInAPauseIsToldAtOnce();
+    void theReturnOfTheDeviceEndsTheWaitAtOnce();
+    void aDeviceThatGoesBeforeItsObjectIsConnectedIsTold();
+    void theCoordinatorMayGoWhileAThreadWaitsForTheMainThread();
+    void theCoordinatorMayGoInEveryPause_data();
+    void theCoordinatorMayGoInEveryPause();
+    void theCoordinatorMayGoWithARunThatHasNotStarted();
+    void theVersionIsZeroWhenItCannotBeRead();
+};
+
+void TstDevInit::withoutADeviceNothingIsTold()
+{
+    BringUpDesk desk;
+    desk.init->slotDevChange();
+    QVERIFY(desk.reports.isEmpty());
+    QVERIFY(!desk.init->isWorking());
+}
+
+void TstDevInit::aDeviceThatIsNoInstrumentIsLeftAlone_data()
+{
+    QTest::addColumn<int>("product");
+    for (const int product : {0x01A0, 0x01A5, 0x02A4, 0x03A4, 0xFFFF}) {
+        QTest::addRow("%04X", product) << product;
+    }
+}
+
+void TstDevInit::aDeviceThatIsNoInstrumentIsLeftAlone()
+{
+    QFETCH(int, product);
+    emulator::InstrumentOptions options = runningInstrument(8);
+    options.product = std::uint16_t(product);
+    BringUpDesk desk;
+    desk.bus->add(options);
+    desk.bus->plug();
+    QTRY_VERIFY(desk.transport->isOpen());
+    QVERIFY(desk.reports.isEmpty());
+    QVERIFY(!desk.init->isWorking());
+    desk.bus->unplug();
+    QTRY_VERIFY(!desk.transport->isOpen());
+    QVERIFY(desk.reports.isEmpty());
+}
+
+void TstDevInit::aRemovalWithoutAConnectionIsNotTold()
+{
+    BringUpDesk desk;
+    desk.add(instrumentOf(8));
+    desk.bus->with([](emulator::Instrument &i) { i.faults().atTransfer(0, {emulator::FaultAction::Stall}); });
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    desk.bus->unplug();
+    QTRY_VERIFY(!desk.transport->isOpen());
+    QCOMPARE(desk.reports, (QVector<Report>{{0, 0, 0}, {1, 2, 0}}));
+}
+
+void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised_data()
+{
+    QTest::addColumn<int>("present");
+    QTest::addColumn<int>("model");
+    QTest::newRow("of another name") << 9 << 8;
+    QTest::newRow("of the same name") << 4 << 8;
+    QTest::newRow("of the same name, without hardware") << 0 << 8;
+    QTest::newRow("of the earlier build") << 2 << 6;
+}
+
+void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised()
+{
+    QFETCH(int, present);
+    QFETCH(int, model);
+    BringUpDesk desk(present);
+    desk.swaps = false;
+    desk.add(runningInstrument(model));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.asked, QVector<int>{model});
+    QCOMPARE(desk.reports.last(), (Report{5, 11, 0}));
+    QVERIFY(!gDev->connected);
+    QVERIFY(desk.init->identity().isEmpty());
+}
+
+void TstDevInit::theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo()
+{
+    BringUpDesk desk;
+    QThread *const main = QThread::currentThread();
+    QVector<QThread *> threads;
+    bool between = false; // an event that was posted in the swap, and has come before the end
+    connect(desk.init.get(), &DevInit::sigDevPreConnect, this, [&] {
+        threads.append(QThread::currentThread());
+        QMetaObject::invokeMethod(
+            this, [&] { between = between || !desk.has(6); }, Qt::QueuedConnection);
+    });
+    connect(desk.init.get(), &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
+    desk.add(runningInstrument(8));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
+    QCoreApplication::processEvents();
+    QVERIFY(!between);
+    QCOMPARE(threads.count(main), threads.size());
+}
+
+void TstDevInit::thePausesAreThoseOfTheHardware_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::addColumn<QVector<int>>("pauses");
+    QTest::newRow("with an FPGA image") << 8 << QVector<int>{beforeEnable, afterEnable};
+    QTest::newRow("without one") << 1 << QVector<int>{withoutFpga, beforeEnable, afterEnable};
+}
+
+void TstDevInit::thePausesAreThoseOfTheHardware()
+{
+    QFETCH(int, model);
+    QFETCH(QVector<int>, pauses);
+    BringUpDesk desk;
+    QVector<int> seen; // written by one thread, read when that has ended
+    desk.init->skipPause = [&seen](int ms) {
+        seen.append(ms);
+        return true;
+    };
+    desk.add(runningInstrument(model));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
+    desk.init.reset();
+    QCOMPARE(seen, pauses);
+}
+
+void TstDevInit::aNewBareDeviceWaitsForTheThreadOfTheLast()
+{
+    BringUpDesk desk;
+    Hold hold(desk, returnPause);
+    desk.add(instrumentOf(2));
+    desk.bus->with([](emulator::Instrument &i) { i.faults().neverReturn(); });
+    desk.bus->plug();
+    hold.await();
+    QTRY_VERIFY(!desk.transport->isOpen()); // it has left the bus, and does not come back by itself
+    desk.bus->unplug();
+    desk.bus->with([](emulator::Instrument &i) { i.faults().clear(); });
+    desk.bus->plug();
+    QTRY_COMPARE(desk.reports.count({0, 0, 0}), 2);
+    QVERIFY(desk.init->isWorking());
+    QCOMPARE(transfersOf(desk), std::uint64_t(0)); // the thread still stands
+    hold.release();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+    QCOMPARE(gDev->model, 2);
+}
+
+void TstDevInit::aNewDeviceWithFirmwareWaitsForTheThreadOfTheLast_data()
+{
+    QTest::addColumn<int>("pause");
+    QTest::newRow("before the FPGA is enabled") << beforeEnable;
+    QTest::newRow("behind it") << afterEnable;
+}
+
+void TstDevInit::aNewDeviceWithFirmwareWaitsForTheThreadOfTheLast()
+{
+    QFETCH(int, pause);
+    BringUpDesk desk;
+    Hold hold(desk, pause);
+    desk.add(runningInstrument(2));
+    desk.bus->plug();
+    hold.await();
+    desk.bus->unplug();
+    QTRY_VERIFY(!desk.transport->isOpen());
+    desk.bus->with([](emulator::Instrument &i) { i.faults().clear(); });
+    desk.bus->plug();
+    QTRY_COMPARE(desk.reports.count({2, 0, 0}), 2);
+    QCOMPARE(transfersOf(desk), std::uint64_t(0));
+    hold.release();
+    QTRY_VERIFY(desk.hasEnded());
+    // The old run neither touched the new device nor told of its own end.
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+    QCOMPARE(desk.asked.size(), 1);
+    QVERIFY(gDev->connected);
+}
+
+void TstDevInit::aDeviceThatGoesInAPauseIsToldAtOnce_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::addColumn<int>("pause");
+    QTest::newRow("in place of the upload") << 1 << withoutFpga;
+    QTest::newRow("before the FPGA is enabled") << 2 << beforeEnable;
+    QTest::newRow("behind it") << 2 << afterEnable;
+}
+
+void TstDevInit::aDeviceThatGoesInAPauseIsToldAtOnce()
+{
+    QFETCH(int, model);
+    QFETCH(int, pause);
+    BringUpDesk desk;
+    Hold hold(desk, pause);
+    desk.add(runningInstrument(model));
+    desk.bus->plug();
+    hold.await();
+    desk.bus->unplug();
+    QTRY_VERIFY(!desk.transport->isOpen());
+    hold.release();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.reports.last(), (Report{4, 1, 0}));
+    QTRY_VERIFY(!desk.init->isWorking());
+}
+
+void TstDevInit::theReturnOfTheDeviceEndsTheWaitAtOnce()
+{
+    BringUpDesk desk;
+    std::atomic<int> waits{0};
+    desk.init->skipPause = [&waits](int ms) {
+        waits += ms == returnPause ? 1 : 0;
+        return ms != returnPause;
+    };
+    emulator::InstrumentOptions options = instrumentOf(2);
+    options.returnAfter = 20 * 1000 * emulator::nanosecondsPerMillisecond; // one second of real time
+    desk.add(options);
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
+    QVERIFY(!desk.has(1, 5));
+    // The wait that the return cut short has sent nothing more.
+    int told = 0;
+    for (const Report &report : desk.reports) {
+        told += report.at(0) == 1 && report.at(2) > 0 ? 1 : 0;
+    }
+    QVERIFY(told < waits);
+}
+
+void TstDevInit::aDeviceThatGoesBeforeItsObjectIsConnectedIsTold()
+{
+    BringUpDesk desk;
+    desk.add(runningInstrument(2));
+    bool pulled = false;
+    connect(desk.init.get(), &DevInit::sigInitSta, this, [&](int sta) {
+        if (sta == 5 && !pulled) {
+            pulled = true;
+            desk.bus->unplug();
+            desk.init->slotDevChange(); // the message comes before the visit of the thread
+        }
+    });
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.reports.last(), (Report{5, 1, 0}));
+    QVERIFY(desk.asked.isEmpty());
+    QVERIFY(!gDev->connected);
+}
+
+void TstDevInit::theCoordinatorMayGoWhileAThreadWaitsForTheMainThread()
+{
+    for (int i = 0; i < 20; ++i) {
+        // No event reaches the main thread here; the status is the last that the other one asks alone.
+        BringUpDesk desk(0, BringUpDesk::WithWindow);
+        desk.add(runningInstrument(2));
+        desk.bus->plug();
+        desk.init->slotDevChange();
+        QVERIFY(desk.has(2));
+        const auto asked = [](emulator::Instrument &instrument) {
+            const auto &entries = instrument.log().entries();
+            return !entries.empty() && entries.back().setup.request == 0x20;
+        };
+        while (!desk.bus->with(asked)) {
+            std::this_thread::yield();
+        }
+        for (int turn = 0; turn < i * 1000; ++turn) {
+            std::this_thread::yield(); // nearer and nearer to the wait, and into it
+        }
+        desk.init.reset();
+        QCoreApplication::processEvents();
+        QVERIFY(!gDev->connected);
+    }
+}
+
+void TstDevInit::theCoordinatorMayGoInEveryPause_data()
+{
+    QTest::addColumn<int>("pause");
+    for (const int pause : {returnPause, beforeEnable, afterEnable}) {
+        QTest::addRow("of %d ms", pause) << pause;
+    }
+}
+
+void TstDevInit::theCoordinatorMayGoInEveryPause()
+{
+    QFETCH(int, pause);
+    BringUpDesk desk;
+    QSemaphore reached;
+    desk.init->skipPause = [&](int ms) {
+        if (ms != pause) {
+            return ms != returnPause;
+        }
+        reached.release();
+        return false; // waits really
+    };
+    emulator::InstrumentOptions options = instrumentOf(2);
+    options.firmwareInside = pause != returnPause;
+    desk.add(options);
+    desk.bus->plug();
+    QVERIFY(QTest::qWaitFor([&reached] { return reached.tryAcquire(); }));
+    desk.init.reset();
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+}
+
+void TstDevInit::theCoordinatorMayGoWithARunThatHasNotStarted()
+{
+    BringUpDesk desk;
+    Hold hold(desk, beforeEnable);
+    desk.add(runningInstrument(2));
+    desk.bus->plug();
+    hold.await();
+    desk.bus->unplug();
+    QTRY_VERIFY(!desk.transport->isOpen());
+    desk.bus->plug();
+    QTRY_COMPARE(desk.reports.count({2, 0, 0}), 2);
+    hold.release();
+    desk.init.reset();
+    QVERIFY(desk.asked.isEmpty());
+}
+
+void TstDevInit::theVersionIsZeroWhenItCannotBeRead()
+{
+    BringUpDesk desk;
+    desk.add(runningInstrument(2));
+    desk.bus->with([](emulator::Instrument &i) {
+        i.faults().atRequest({0xC0, 0xA2, 0x20}, 0, {emulator::FaultAction::Stall});
+    });
+    hardwareVersion = 0x1234;
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
+    QCOMPARE(desk.firstError(), (Report{3, 2}));
+    QCOMPARE(int(hardwareVersion.load()), 0);
+}
+
+QTEST_GUILESS_MAIN(TstDevInit)
+#include "tst_DevInit.moc"
