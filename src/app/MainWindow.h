@@ -34,6 +34,8 @@ public slots:
     void slotDevSmpStaShow(int sta, int err, int n);
     /// A report of an instrument's bring-up: state, error, value, see DevInit::sigInitSta().
     void slotDevInitStaShow(int sta, int err, int n);
+    /// One look for an instrument that has come or gone; later while a file is read or written.
+    void lookForDevice();
     /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same, nor
     /// while a file loads, since the load fills the present device's store: who goes on with `gDev` looks at its model.
     void slotDevPreConnect(int model);
@@ -84,8 +86,6 @@ private:
     void connectBringUp();
     /// Asks the system to tell when instruments come and go.
     void watchDevices();
-    /// One look for an instrument that has come or gone; later while a file is read or written.
-    void lookForDevice();
     void replaceDevice(int model);
     void updatePosition();
     void showModelTitle(bool connected);

@@ -1,5 +1,6 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "device/BringUpDesk.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "support/BoxCloser.h"
@@ -44,6 +45,7 @@ private slots:
     void anotherModelWhileAFileLoadsIsIgnored();
     void aReplacedConfigurationWhileAFileLoadsIsIgnored();
     void theWindowMayCloseWhileAFileLoads();
+    void anInstrumentThatIsPluggedInWhileAFileLoadsIsBroughtUpAfterwards();
     void aFileOfTheCommandLineThatStillLoadsIsNotOvertakenByADrop();
 
 private:
@@ -132,6 +134,30 @@ void TstMainWindowLoad::aReplacedConfigurationWhileAFileLoadsIsIgnored()
     QVERIFY(!loading.isNull());
     QCOMPARE(load.dialogs, 1);
     QCOMPARE(gDev->smpData->sampleCount(), entries);
+}
+
+void TstMainWindowLoad::anInstrumentThatIsPluggedInWhileAFileLoadsIsBroughtUpAfterwards()
+{
+    tearDown();
+    BringUpDesk desk(1, BringUpDesk::WithWindow);
+    makeWindow();
+    desk.add(runningInstrument(9));
+    BoxCloser closer;
+    bool told = false; // the bus has told the window, which has not looked
+    DuringLoad load([&] {
+        desk.bus->plug();
+        m_window->lookForDevice();
+        told = desk.reports.isEmpty();
+    });
+    open(m_big);
+    QVERIFY(told);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
+    QTRY_VERIFY(desk.has(6));
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+    QCOMPARE(gDev->model, 9);
+    QCOMPARE(closer.seen.count, 0);
+    m_window.reset();
 }
 
 void TstMainWindowLoad::theWindowMayCloseWhileAFileLoads()
