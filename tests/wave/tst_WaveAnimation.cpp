@@ -483,7 +483,10 @@ void TstWaveAnimation::destroyingTheGeneratorEndsItsWorker()
         QVERIFY(showFirstFrame(*view));
     }
     if (moment == 4) {
+        QVERIFY(showFirstFrame(*view));
+        view->gen.setFrameAck();
         QTRY_COMPARE(view->refreshes.size(), std::size_t(2));
+        view->gen.setFrameAck(); // the worker now waits for the third frame's time
     }
     QVERIFY(view->gen.isRunning());
     view.reset();
