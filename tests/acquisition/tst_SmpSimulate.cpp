@@ -45,7 +45,9 @@ public:
         states.clear();
         published = 0;
         simulate.startRun(settings, source);
-        return QTest::qWaitFor([this] { return published > 0; }, 60000);
+        const bool ended = QTest::qWaitFor([this] { return published > 0; }, 60000);
+        (void)smpData->complete.load(std::memory_order_acquire); // what admits a reader to the data
+        return ended;
     }
 
     /// The sum of the first two run widths of a channel: its period, when the capture is that long.
