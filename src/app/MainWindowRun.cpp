@@ -16,8 +16,6 @@
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
-#include <QLabel>
-
 #include <algorithm>
 
 void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
@@ -62,8 +60,7 @@ void MainWindow::showRunState(int sta, int n)
     constexpr int done = 5;
     if (sta == starting && !gOpenFile.isEmpty()) {
         gOpenFile.clear();
-        showModelTitle(gDev->connected);
-        statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Device unconnected"));
+        showTitleAndState();
     }
     const int shown = RunStatus::shownProgress(n);
     if (gDev->isAnalogModel()) {
