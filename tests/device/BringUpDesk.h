@@ -19,12 +19,13 @@ using Report = QVector<int>; ///< state, error, value
 /// Emulated instruments on a bus in the process, and the program's side of their bring-up. Without a main window the
 /// desk swaps the device object as that does it, and looks for devices when the bus tells of them. Pauses of the
 /// program are over at once, but for the wait for a device's return, and the instruments' time passes faster than the
-/// real one. Main thread.
+/// real one. One at a time: the globals are its own. Main thread.
 struct BringUpDesk {
     enum Window { WithoutWindow, WithWindow };
 
     explicit BringUpDesk(int model = 0, Window window = WithoutWindow) : hasWindow(window == WithWindow)
     {
+        Q_ASSERT(gDev == nullptr && gDevInit == nullptr);
         configLoad();
         bus = std::make_unique<EmulatedBus>(20.0);
         auto made = std::make_unique<UsbPlatformEmulated>(*bus);

@@ -36,7 +36,8 @@ private slots:
     void theReportsComeInOrder();
     void theLastRequestIsTheEndOfTheBringUp();
     void aDeviceThatWasThereBeforeTheProgramIsFound();
-    void aProductWithoutFirmwareStaysUnlessItRunsOne();
+    void aProductWithoutFirmwareStaysWhereItIs();
+    void aProductWithoutFirmwareThatRunsOneComesUp();
     void unpluggingForgetsIdentityAndVersion();
     void theSameInstrumentKeepsTheDeviceObjectOverAReplug();
     void anotherModelGetsAnotherDeviceObject();
@@ -44,6 +45,7 @@ private slots:
     void aDeviceThatDoesNotComeBackIsToldAfterTenSeconds();
     void aDeviceThatComesBackLateIsBroughtUpAllTheSame();
     void aDamagedFirstCopyOfTheIdentityIsNoMatter();
+    void twoDamagedCopiesOfTheIdentityAreAnError();
     void anEepromOfNoiseEndsWithACode_data();
     void anEepromOfNoiseEndsWithACode();
     void aNameOfAnotherModelIsRefused();
@@ -169,7 +171,7 @@ void TstBringUp::aDeviceThatWasThereBeforeTheProgramIsFound()
     QTRY_VERIFY(desk.has(6));
 }
 
-void TstBringUp::aProductWithoutFirmwareStaysUnlessItRunsOne()
+void TstBringUp::aProductWithoutFirmwareStaysWhereItIs()
 {
     emulator::InstrumentOptions options = instrumentOf(8);
     options.product = 0x02A1;
@@ -178,12 +180,16 @@ void TstBringUp::aProductWithoutFirmwareStaysUnlessItRunsOne()
     desk.bus->plug();
     QTRY_VERIFY(desk.hasEnded());
     QCOMPARE(desk.reports, (QVector<Report>{{0, 0, 0}, {0, 1, 0}}));
+}
 
-    options.firmwareInside = true;
-    BringUpDesk running;
-    running.bus->add(options);
-    running.bus->plug();
-    QTRY_VERIFY(running.has(6));
+void TstBringUp::aProductWithoutFirmwareThatRunsOneComesUp()
+{
+    emulator::InstrumentOptions options = runningInstrument(8);
+    options.product = 0x02A1;
+    BringUpDesk desk;
+    desk.bus->add(options);
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
 }
 
 void TstBringUp::unpluggingForgetsIdentityAndVersion()
@@ -284,16 +290,19 @@ void TstBringUp::aDamagedFirstCopyOfTheIdentityIsNoMatter()
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
     QCOMPARE(gDev->model, 9);
+}
 
-    BringUpDesk both;
-    both.add(runningInstrument(9));
-    both.bus->with([](emulator::Instrument &i) {
+void TstBringUp::twoDamagedCopiesOfTheIdentityAreAnError()
+{
+    BringUpDesk desk;
+    desk.add(runningInstrument(9));
+    desk.bus->with([](emulator::Instrument &i) {
         i.eeprom().damageFirstCopy();
         i.eeprom().damageSecondCopy();
     });
-    both.bus->plug();
-    QTRY_VERIFY(both.hasEnded());
-    QCOMPARE(both.firstError(), (Report{3, 1}));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.firstError(), (Report{3, 1}));
 }
 
 void TstBringUp::anEepromOfNoiseEndsWithACode_data()
