@@ -1,5 +1,7 @@
 #include "usbip/UsbIpServer.h"
 
+#include "FaultScript.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
@@ -11,6 +13,7 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sstream>
+#include <string_view>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
@@ -81,6 +84,16 @@ bool Server::listen(std::uint16_t port)
     makeNonBlocking(m_listener);
     m_port = ntohs(address.sin_port);
     return true;
+}
+
+bool Server::plugIntoKernel()
+{
+    const std::string attach = std::string(hostController) + "/attach";
+    m_usesKernel = access(attach.c_str(), W_OK) == 0;
+    if (!m_usesKernel) {
+        m_problem = attach + ": " + std::strerror(errno);
+    }
+    return m_usesKernel;
 }
 
 void Server::passTime()
@@ -206,6 +219,15 @@ void Server::obey(const std::string &order)
         m_device.attach();
     } else if (order == "quit") {
         stop();
+    } else if (order == "clear") {
+        m_device.faults().clear();
+    } else {
+        constexpr std::string_view fault = "fault ";
+        const bool isFault = order.starts_with(fault);
+        const std::string problem = isFault ? addFault(m_device, order.substr(fault.size())) : "no order: " + order;
+        if (!problem.empty() && m_tell) {
+            m_tell(problem);
+        }
     }
 }
 

@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <list>
 #include <string>
+#include <utility>
 
 namespace emulator::usbip {
 
@@ -28,9 +30,13 @@ public:
     [[nodiscard]] std::uint16_t port() const { return m_port; }
     /// Plugs the instrument into this system's kernel, at the first free port of its virtual host controller, now and
     /// each time that it comes back. Needs root and the kernel's module vhci-hcd.
-    void plugIntoKernel() { m_usesKernel = true; }
-    /// Takes orders from a file, one a line: "unplug", "plug" and "quit". Its end is no order.
+    /// @return false if that controller is not there for us
+    [[nodiscard]] bool plugIntoKernel();
+    /// Takes orders from a file, one a line: "unplug", "plug", "fault" and a word for addFault(), "clear" and "quit".
+    /// Its end is no order.
     void takeOrders(int file) { m_orders = file; }
+    /// Whom to tell what is wrong with an order, on the thread of run(). Nobody by default.
+    void tellProblems(std::function<void(const std::string &)> tell) { m_tell = std::move(tell); }
     /// Serves until stop(). Blocks.
     void run();
     /// Ends run() within some milliseconds. Any thread, also a signal's handler.
@@ -68,6 +74,7 @@ private:
     unsigned m_pluggedGeneration = 0; ///< the arrival that the kernel has been told of
     std::atomic<bool> m_stop{false};
     std::string m_problem;
+    std::function<void(const std::string &)> m_tell;
 };
 
 } // namespace emulator::usbip
