@@ -11,8 +11,3 @@
 /// what fits its limit for transfers under way (usually 16 MB together); a longer one answers NoMemory.
 /// @return null when libusb does not start
 [[nodiscard]] std::unique_ptr<UsbPlatform> makeUsbPlatformLibusb();
-
-/// What an answer of libusb's functions (a LIBUSB_ERROR, or 0 and above) means. Pure.
-[[nodiscard]] UsbResult usbResultOfLibusb(int code);
-/// What the end of a transfer (a LIBUSB_TRANSFER status) means. Pure.
-[[nodiscard]] UsbResult usbResultOfTransfer(int status);

@@ -1,3 +1,4 @@
+#include "device/UsbErrorsLibusb.h"
 #include "device/UsbPlatformLibusb.h"
 
 #include <QtTest>
