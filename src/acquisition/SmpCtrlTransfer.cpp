@@ -22,9 +22,6 @@ constexpr int byteChannels = 8; ///< of a device that sends one byte a sample
 
 /// Buffers that may be queued before the converter is waited for, even if the trigger found fewer.
 constexpr int leastRoom = 2;
-/// How long, in milliseconds a buffer. A device that keeps its pace takes at least 50 ms to fill one, and one is being
-/// filled meanwhile, so that the wait never leaves it without a read.
-constexpr int roomWaitMs = 30;
 
 } // namespace
 

@@ -30,6 +30,11 @@ public:
     /// transport, whose receiver this object is, outlive the run.
     void startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport);
 
+    /// How long each buffer may wait for the converter to make room, ms. A device that keeps its pace takes at least 50
+    /// ms to fill one, and one is being filled meanwhile, so that the wait never leaves it without a read. To be set
+    /// before a run.
+    int roomWaitMs = 30;
+
     // ---- called by the transport, on this thread
     void onStart() override;
     void onData(SmpChunk bytes, std::int32_t length) override;

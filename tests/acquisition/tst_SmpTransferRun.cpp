@@ -134,6 +134,8 @@ private slots:
     void theWindowReachesBackIntoAnEarlierBuffer();
     void aLongWaitHoldsNoMoreThanTheWindow_data();
     void aLongWaitHoldsNoMoreThanTheWindow();
+    void afterTheTriggerNoMoreThanTheWindowIsHeldEither_data();
+    void afterTheTriggerNoMoreThanTheWindowIsHeldEither();
     void aSlowConverterIsWaitedForWithoutLoss();
     void theStatesPassInOrderWithTheirValues();
     void aFinishedCaptureStopsTheDeviceOnce();
@@ -329,6 +331,44 @@ void TstSmpTransferRun::aLongWaitHoldsNoMoreThanTheWindow()
              qPrintable(QString::number(most)));
     QVERIFY(holds(*desk.smpData, desk.samples, std::int64_t(count) - 3 * group - desk.smpData->trgPos,
                   desk.smpData->trgPos + 3 * group, desk.used));
+}
+
+void TstSmpTransferRun::afterTheTriggerNoMoreThanTheWindowIsHeldEither_data()
+{
+    QTest::addColumn<int>("chns");
+    QTest::addColumn<int>("share");
+    for (const int chns : {3, 16}) {
+        for (const int share : {0, 5, 50}) {
+            QTest::addRow("%d channels, %d %% before the trigger", chns, share) << chns << share;
+        }
+    }
+}
+
+void TstSmpTransferRun::afterTheTriggerNoMoreThanTheWindowIsHeldEither()
+{
+    QFETCH(int, chns);
+    QFETCH(int, share);
+    constexpr std::size_t count = 300000;
+    constexpr std::size_t pulse = 120000;
+    PulseDesk desk(chns, count, pulse);
+    desk.settings.depth = 160000;
+    desk.settings.preTrig = desk.settings.depth * share / 100;
+    desk.bulk.chunkSize = 1024;
+    desk.bulk.sizes = {1024};
+    constexpr int forAsLongAsItTakes = 60000; // of each buffer; never waited for when all is well
+    desk.ctrlTransfer.roomWaitMs = forAsLongAsItTakes;
+    desk.startStreaming();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    const std::int64_t window = desk.settings.preTrig / group * 2 * chns;
+    // The store holds one edge in all, of the last channel.
+    const auto store =
+        std::int64_t(sizeof(SmpEdgeRoot)) * chns + std::int64_t(sizeof(SmpEdgeMid) + sizeof(SmpEdgeLeaf));
+    const std::int64_t most = CaptureDesk::ampleMemory - desk.bulk.lowestBudget;
+    QVERIFY2(most <= window + 8 * 1024 + store, qPrintable(QStringLiteral("%1, %2").arg(most - store).arg(window)));
+    QVERIFY(most >= window);
+    QVERIFY(
+        holds(*desk.smpData, desk.samples, std::int64_t(pulse) - desk.smpData->trgPos, desk.settings.depth, desk.used));
 }
 
 void TstSmpTransferRun::aSlowConverterIsWaitedForWithoutLoss()
