@@ -16,7 +16,6 @@ constexpr std::string_view blockMagic = "##D";
 constexpr std::size_t headSize = 40;
 constexpr std::size_t blockHeadSize = 16;
 constexpr std::size_t wordSize = 5; // most numbers have 40 bits
-constexpr std::size_t maxChannels = 32;
 
 using View = std::span<const std::uint8_t>;
 

@@ -6,7 +6,6 @@ namespace emulator {
 
 namespace {
 
-constexpr std::size_t maxChannels = 32;
 constexpr std::size_t nearBy = 8; // steps before the search bisects
 
 } // namespace

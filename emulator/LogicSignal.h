@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -7,6 +8,9 @@ namespace emulator {
 
 /// A position behind all samples: "never".
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+
+/// Digital channels of the widest instrument: what a word of levels holds.
+constexpr std::size_t maxChannels = 32;
 
 /// A stretch in which no channel changes.
 struct SignalRun {

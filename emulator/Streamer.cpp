@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::int64_t groupSamples = 16;
 constexpr std::uint32_t byteChannels = 0xFF;
-constexpr std::size_t maxChannels = 32;
 constexpr std::size_t copyAtOnce = 1 << 15; // stays within the processor's first cache
 
 } // namespace

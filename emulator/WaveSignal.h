@@ -60,7 +60,6 @@ private:
     static void advance(Track &track, std::int64_t position);
 
     std::int64_t m_rate;
-    static constexpr std::size_t maxChannels = 32;
 
     std::vector<Track> m_tracks;
     // The present run of each track once more, side by side: most questions end here.

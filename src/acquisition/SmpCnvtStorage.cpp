@@ -2,14 +2,12 @@
 
 #include "acquisition/SmpDevice.h"
 #include "acquisition/SmpHost.h"
+#include "acquisition/SmpState.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr int reading = 4;
-constexpr int done = 5;
-constexpr int errNoMemory = 4;
 constexpr int noteMalformed = 32;
 
 } // namespace
@@ -51,7 +49,7 @@ void SmpCnvtStorage::work()
             }
         }
         bytes.reset();
-        m_host.report(reading, 0, percent());
+        m_host.report(smpState::reading, 0, percent());
     }
     if (stored && !m_rest.empty()) {
         stored = decodeWhole(m_rest); // what ended early
@@ -109,11 +107,11 @@ void SmpCnvtStorage::publish(bool stored)
         data.finish(m_depth);
     }
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
-    const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : errNoMemory;
+    const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;
     const int staBefore = m_host.smpSta.load(std::memory_order_acquire);
     const int malformed = error == 0 ? data.zeroSmpCnt : -1;
     if (error == 0) {
-        m_host.smpSta.store(done, std::memory_order_release);
+        m_host.smpSta.store(smpState::done, std::memory_order_release);
     }
     // From here on the next capture may be asked for, and all that the host holds is its own; its threads wait for this
     // one's end.
@@ -121,7 +119,7 @@ void SmpCnvtStorage::publish(bool stored)
     if (malformed >= 0) {
         emit m_host.sigSmpSta(staBefore, noteMalformed, malformed);
     }
-    emit m_host.sigSmpSta(error == 0 ? done : staBefore, error, 0);
+    emit m_host.sigSmpSta(error == 0 ? smpState::done : staBefore, error, 0);
     if (isWanted) {
         emit m_host.sigSmpDataReady();
     }

@@ -2,14 +2,12 @@
 
 #include "acquisition/SmpDevice.h"
 #include "acquisition/SmpHost.h"
+#include "acquisition/SmpState.h"
 
 #include <utility>
 
 namespace {
 
-constexpr int reading = 4;
-constexpr int done = 5;
-constexpr int errNoMemory = 4;
 constexpr std::int32_t goesOn = -1; ///< a buffer that is not the first
 
 } // namespace
@@ -32,7 +30,7 @@ void SmpCnvtTransfer::work()
     for (;;) {
         m_host.smpSem.acquire();
         if (m_host.smpStop.load(std::memory_order_acquire)) {
-            m_host.smpSta.store(reading, std::memory_order_release);
+            m_host.smpSta.store(smpState::reading, std::memory_order_release);
         }
         SmpChunk bytes;
         std::int32_t length = 0;
@@ -46,8 +44,8 @@ void SmpCnvtTransfer::work()
             }
         }
         bytes.reset();
-        if (m_host.smpSta.load(std::memory_order_acquire) == reading) {
-            m_host.report(reading, 0, int(m_host.smpData->smpCount * 100 / m_depth));
+        if (m_host.smpSta.load(std::memory_order_acquire) == smpState::reading) {
+            m_host.report(smpState::reading, 0, int(m_host.smpData->smpCount * 100 / m_depth));
         }
     }
     publish(stored);
@@ -68,9 +66,9 @@ void SmpCnvtTransfer::publish(bool stored)
         m_host.smpData->finish(m_depth);
     }
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
-    const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : errNoMemory;
+    const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;
     if (error == 0) {
-        m_host.smpSta.store(done, std::memory_order_release);
+        m_host.smpSta.store(smpState::done, std::memory_order_release);
     }
     const int sta = m_host.smpSta.load(std::memory_order_acquire);
     // From here on the next capture may be asked for, and all that the host holds is its own; its threads wait for this

@@ -2,23 +2,12 @@
 
 #include "acquisition/SmpCnvtStorage.h"
 #include "acquisition/SmpHost.h"
+#include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr int starting = 0;
-constexpr int filling = 1;
-constexpr int waiting = 2;
-constexpr int sampling = 3;
-constexpr int reading = 4;
-constexpr int done = 5;
-
-constexpr int errNotOpen = 1;
-constexpr int errTransfer = 2;
-constexpr int errNoMemory = 4;
-constexpr int errEndedEarly = 14;
 
 constexpr int pollMs = 50;
 constexpr int wideChannels = 32; ///< of the device that sends records of 32 bits
@@ -37,7 +26,7 @@ void SmpCtrlStorage::startRun(const SmpRunSettings &settings, SmpDevice &device,
     m_host.smpBusy.store(true, std::memory_order_release);
     if (!launch()) {
         m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(starting, errNoMemory, 0);
+        m_host.report(smpState::starting, smpError::noMemory, 0);
     }
 }
 
@@ -76,10 +65,10 @@ void SmpCtrlStorage::work()
         return;
     }
     if (m_host.smpAbort.load(std::memory_order_acquire)) {
-        m_host.smpSta.store(done, std::memory_order_release);
+        m_host.smpSta.store(smpState::done, std::memory_order_release);
         end(0, 0);
     } else if (!m_transport->isOpen()) {
-        end(errNotOpen, 0);
+        end(smpError::notOpen, 0);
     } else {
         readBack();
     }
@@ -96,12 +85,12 @@ void SmpCtrlStorage::end(int err, int value)
 /// Starts the device and waits until it has ended or a stop is asked for. @return false when the run is over
 bool SmpCtrlStorage::awaitCapture()
 {
-    m_host.smpSta.store(starting, std::memory_order_release);
+    m_host.smpSta.store(smpState::starting, std::memory_order_release);
     if (const int error = m_device->startDevice(); error != 0) {
         end(error, 0);
         return false;
     }
-    emit m_host.sigSmpSta(starting, 0, 0);
+    emit m_host.sigSmpSta(smpState::starting, 0, 0);
     if (m_host.smpStop.load(std::memory_order_acquire)) {
         m_device->stopDevice(); // the stop that was asked for may have come before the start
     }
@@ -118,14 +107,15 @@ bool SmpCtrlStorage::awaitCapture()
             return false;
         }
         if ((status & smpStatus::triggered) != 0 && (status & smpStatus::runMask) == smpStatus::runEnded) {
-            m_host.report(reading, 0, 0);
+            m_host.report(smpState::reading, 0, 0);
             break;
         }
         const bool waits = (status & (smpStatus::triggered | smpStatus::waiting)) == smpStatus::waiting;
         if (waits) {
-            m_host.report(waiting, 0, m_settings.trgPosition);
+            m_host.report(smpState::waiting, 0, m_settings.trgPosition);
         } else {
-            m_host.report((status & smpStatus::triggered) != 0 ? sampling : filling, 0, int(ticks / due));
+            m_host.report((status & smpStatus::triggered) != 0 ? smpState::sampling : smpState::filling, 0,
+                          int(ticks / due));
         }
         m_host.waitForStop(pollMs);
         ticks += waits ? 0 : pollMs * 100;
@@ -147,12 +137,12 @@ void SmpCtrlStorage::readBack()
 {
     SmpCaptureInfo info;
     if (m_device->readCaptureInfo(info) != 0) {
-        end(errTransfer, 0);
+        end(smpError::transfer, 0);
         return;
     }
     const std::optional<Window> window = windowOf(info, format(), m_settings.memSize);
     if (!window) {
-        end(errTransfer, 0); // such an answer is as good as none
+        end(smpError::transfer, 0); // such an answer is as good as none
         return;
     }
     m_host.readSize.store(window->size, std::memory_order_release);
@@ -168,12 +158,12 @@ void SmpCtrlStorage::readBack()
     const std::uint32_t trgRecord = format() == SmpRecordFormat::Mixed16 ? 0 : info.trgRecord;
     m_host.smpData->begin(trgRecord, m_settings.frequency, m_settings.enable);
     if (!m_converter.startRun(m_settings, format(), *m_device)) {
-        end(errNoMemory, 0);
+        end(smpError::noMemory, 0);
         return;
     }
     const int result = m_transport->readStream(window->size);
     if (m_recvBytes != window->size) {
-        m_host.endErr.store(std::uint32_t(result != 0 ? result : errEndedEarly), std::memory_order_release);
+        m_host.endErr.store(std::uint32_t(result != 0 ? result : smpError::endedEarly), std::memory_order_release);
     }
     m_host.smpSem.release();
 }

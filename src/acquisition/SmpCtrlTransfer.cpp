@@ -3,20 +3,12 @@
 #include "acquisition/SmpCnvtTransfer.h"
 #include "acquisition/SmpDevice.h"
 #include "acquisition/SmpHost.h"
+#include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr int starting = 0;
-constexpr int filling = 1;
-constexpr int waiting = 2;
-constexpr int sampling = 3;
-constexpr int reading = 4;
-
-constexpr int errNoMemory = 4;
-constexpr int errEndedEarly = 14;
 
 constexpr int byteChannels = 8; ///< of a device that sends one byte a sample
 
@@ -39,21 +31,21 @@ void SmpCtrlTransfer::startRun(const SmpRunSettings &settings, SmpDevice &device
     m_host.smpBusy.store(true, std::memory_order_release);
     if (!launch()) {
         m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(starting, errNoMemory, 0);
+        m_host.report(smpState::starting, smpError::noMemory, 0);
     }
 }
 
 void SmpCtrlTransfer::work()
 {
-    m_host.report(starting, 0, 0);
+    m_host.report(smpState::starting, 0, 0);
     m_device->bulkStop();
     prepare();
-    m_host.smpSta.store(filling, std::memory_order_release);
+    m_host.smpSta.store(smpState::filling, std::memory_order_release);
     m_host.endErr.store(0, std::memory_order_release);
     m_host.smpData->begin(0, m_settings.frequency, m_settings.enable);
     if (!m_converter.startRun(m_settings, *m_device)) {
         m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(filling, errNoMemory, 0);
+        m_host.report(smpState::filling, smpError::noMemory, 0);
         return;
     }
     endRun(m_transport->readStream(0));
@@ -89,18 +81,18 @@ void SmpCtrlTransfer::onStart()
 void SmpCtrlTransfer::onData(SmpChunk bytes, std::int32_t length)
 {
     const int sta = m_host.smpSta.load(std::memory_order_acquire);
-    if (sta >= reading || m_host.smpAbort.load(std::memory_order_acquire)) {
+    if (sta >= smpState::reading || m_host.smpAbort.load(std::memory_order_acquire)) {
         return; // the buffer is freed
     }
     // While the trigger has not come the converter takes nothing, so that the bytes stay until they are searched.
     const std::span<const std::uint8_t> received(bytes.bytes(), std::size_t(std::clamp(length, 0, bytes.size())));
     m_host.smpBufs.append(std::move(bytes), std::int32_t(received.size()));
-    if (sta == filling || sta == waiting) {
+    if (sta == smpState::filling || sta == smpState::waiting) {
         search(received);
     } else {
         m_window.receive(std::int64_t(received.size()));
     }
-    if (m_host.smpSta.load(std::memory_order_acquire) >= sampling) {
+    if (m_host.smpSta.load(std::memory_order_acquire) >= smpState::sampling) {
         goOnSampling();
     }
 }
@@ -126,7 +118,7 @@ void SmpCtrlTransfer::search(std::span<const std::uint8_t> bytes)
         emit m_host.sigSmpSta(m_host.smpSta.load(std::memory_order_acquire), 0, percent());
     } else {
         dropWhileWaiting();
-        m_host.report(waiting, 0, m_settings.trgPosition);
+        m_host.report(smpState::waiting, 0, m_settings.trgPosition);
     }
 }
 
@@ -147,7 +139,7 @@ void SmpCtrlTransfer::dropOldest()
 void SmpCtrlTransfer::startSampling(std::int64_t trigger)
 {
     m_host.smpData->trgPos = m_window.trigger(trigger);
-    m_host.report(sampling, 0, percent());
+    m_host.report(smpState::sampling, 0, percent());
     handOver(-1); // the newest one follows as any other
     m_mostQueued = std::max(m_host.smpBufs.count(), leastRoom);
 }
@@ -157,12 +149,12 @@ void SmpCtrlTransfer::goOnSampling()
 {
     if (m_window.samplesHeld() >= m_settings.depth) {
         m_device->stopDevice();
-        m_host.smpSta.store(reading, std::memory_order_release);
+        m_host.smpSta.store(smpState::reading, std::memory_order_release);
         m_host.smpSem.release();
         return;
     }
-    if (m_host.smpSta.load(std::memory_order_acquire) == sampling) { // else the converter has seen a stop
-        emit m_host.sigSmpSta(sampling, 0, percent());
+    if (m_host.smpSta.load(std::memory_order_acquire) == smpState::sampling) { // else the converter has seen a stop
+        emit m_host.sigSmpSta(smpState::sampling, 0, percent());
     }
     m_host.smpSem.release();
     m_host.smpBufs.waitForRoom(m_mostQueued, roomWaitMs);
@@ -171,10 +163,10 @@ void SmpCtrlTransfer::goOnSampling()
 void SmpCtrlTransfer::endRun(int result)
 {
     if (m_window.samplesHeld() < m_settings.depth && !m_host.smpStop.load(std::memory_order_acquire)) {
-        m_host.endErr.store(std::uint32_t(result != 0 ? result : errEndedEarly), std::memory_order_release);
+        m_host.endErr.store(std::uint32_t(result != 0 ? result : smpError::endedEarly), std::memory_order_release);
         m_device->stopDevice();
     }
-    if (m_host.smpSta.load(std::memory_order_acquire) < sampling) {
+    if (m_host.smpSta.load(std::memory_order_acquire) < smpState::sampling) {
         handOver(1); // no trigger came: the converter has nothing yet
     } else {
         m_host.smpSem.release();

@@ -1,5 +1,6 @@
 // What the main window does with the reports of a capture and with the moves of its panels.
 
+#include "acquisition/SmpState.h"
 #include "app/Config.h"
 #include "app/Globals.h"
 #include "app/Language.h"
@@ -55,38 +56,35 @@ void MainWindow::showRunError(int sta, int err)
 
 void MainWindow::showRunState(int sta, int n)
 {
-    constexpr int starting = 0;
-    constexpr int reading = 4;
-    constexpr int done = 5;
-    if (sta == starting && !gOpenFile.isEmpty()) {
+    if (sta == smpState::starting && !gOpenFile.isEmpty()) {
         gOpenFile.clear();
         showTitleAndState();
     }
     const int shown = RunStatus::shownProgress(n);
     if (gDev->isAnalogModel()) {
-        if (sta == done) {
+        if (sta == smpState::done) {
             toolbar->smpCtrl->hideProgress();
-        } else if (sta != starting) {
+        } else if (sta != smpState::starting) {
             toolbar->smpCtrl->setProgress(shown);
         }
         return;
     }
-    if (sta == done) {
+    if (sta == smpState::done) {
         smpDialog->accept();
         return;
     }
-    if (sta < starting || sta > done) {
+    if (sta < smpState::starting || sta > smpState::done) {
         return;
     }
-    if (sta == starting) {
+    if (sta == smpState::starting) {
         smpDialog->closeOnButton = false;
     }
-    if (sta == starting || sta == reading) {
-        smpDialog->setButtonVisible(sta == starting);
+    if (sta == smpState::starting || sta == smpState::reading) {
+        smpDialog->setButtonVisible(sta == smpState::starting);
     }
     smpDialog->setLabelText(RunStatus::stateText(sta));
     smpDialog->setProgress(shown);
-    if (sta == starting) {
+    if (sta == smpState::starting) {
         smpDialog->show();
     }
 }

@@ -1,25 +1,18 @@
 #include "app/RunStatus.h"
 
+#include "acquisition/SmpState.h"
 #include "app/Language.h"
 
 #include <algorithm>
 
 namespace RunStatus {
 
-namespace {
-
-constexpr int errTimedOut = 3;
-constexpr int errOutOfMemory = 4;
-constexpr int errStoppedEarly = 14;
-
-} // namespace
-
 ErrorText errorText(int sta, int err, int transferMode)
 {
-    if (err == errOutOfMemory) {
+    if (err == smpError::noMemory) {
         return {::tr("Out of memory, Sample abort."), false, false};
     }
-    if (transferMode == 1 && (err == errTimedOut || err == errStoppedEarly)) {
+    if (transferMode == 1 && (err == smpError::timedOut || err == smpError::endedEarly)) {
         return {::tr("Cannot keep up with this sample rate.") + QStringLiteral("\r\n") +
                     ::tr("Please try to reduce the sample rate."),
                 true, false};
@@ -29,7 +22,7 @@ ErrorText errorText(int sta, int err, int transferMode)
 
 QString dialogErrorText(int err, const ErrorText &error)
 {
-    if (err == errOutOfMemory) {
+    if (err == smpError::noMemory) {
         return error.text;
     }
     return ::tr("An error occurred") + QStringLiteral(": ") + error.text;
@@ -37,8 +30,9 @@ QString dialogErrorText(int err, const ErrorText &error)
 
 QString stateText(int sta)
 {
-    static const char *const texts[] = {trLater("Sample start"), trLater("Pre-sampling"),
-                                        trLater("Waiting for trigger"), trLater("Sampling"), trLater("Data reading")};
+    static const char *const texts[] = {trLater("Sample start"), trLater("Pre-smpState::sampling"),
+                                        trLater("Waiting for trigger"), trLater("Sampling"),
+                                        trLater("Data smpState::reading")};
     if (sta < 0 || sta >= int(std::size(texts))) {
         return {};
     }

@@ -14,7 +14,6 @@ SimulationSource *gSimulationSource = nullptr;
 namespace {
 
 constexpr int identityNameSize = 6;
-constexpr int uidSize = 8;
 constexpr std::uint16_t readyMask = 0x8F00;
 constexpr std::uint16_t readyValue = 0x8500;
 constexpr double defaultVth = 1.65; // volts
@@ -22,7 +21,7 @@ constexpr int streaming = 1;        // transferMode
 
 } // namespace
 
-DevBase::DevBase() : devUid(uidSize, '\0')
+DevBase::DevBase() : devUid(DevControl::uidSize, '\0')
 {
     smpDepths = {20000,     200000,    1000000,   2000000,    5000000,    10000000,   20000000,   50000000,
                  100000000, 200000000, 500000000, 1000000000, 2000000000, 5000000000, 10000000000};
@@ -271,7 +270,7 @@ int DevBase::checkReady()
 void DevBase::finishInit()
 {
     QByteArray uid;
-    if (devControl().readUid(uid) == 0 && uid.size() == uidSize) {
+    if (devControl().readUid(uid) == 0 && uid.size() == DevControl::uidSize) {
         devUid = uid;
     }
     connected = true;

@@ -53,7 +53,8 @@ public:
 
     /// Where the instrument's bulk data comes from; null when there is none. It outlives every device object.
     [[nodiscard]] virtual SmpTransport *transport() = 0;
-    /// Reads the 8 bytes of identity; `devUid` is left alone unless the answer is 0.
+    static constexpr int uidSize = 8;
+    /// Reads the identity, `uidSize` bytes; `devUid` is left alone unless the answer is 0.
     [[nodiscard]] virtual int readUid(QByteArray &devUid) = 0;
     /// Sets up the next capture.
     virtual int sendSmpConfig(const SmpConfig &config) = 0;

@@ -17,7 +17,6 @@ constexpr std::array<std::uint8_t, 1> runOff{0};
 constexpr std::array<std::uint8_t, 3> uidQuestion{0xA3, 0x01, 0xCA};
 constexpr int uidDelayMs = 50;
 constexpr int uidAt = 2; ///< in the answer
-constexpr int uidSize = 8;
 
 /// Puts numbers behind each other, little-endian.
 template<std::size_t size>

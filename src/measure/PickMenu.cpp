@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int iconSide = 16; // units, as the two below
+constexpr int pictureSide = 16; // units, as the two below
 constexpr int leastHeight = 20;
 constexpr int textMargin = 1;
 
@@ -29,7 +29,7 @@ public:
     }
 
     /// Never wider than the menu, which has the width of its button.
-    [[nodiscard]] QSize sizeHint() const override { return {dp(iconSide), m_height}; }
+    [[nodiscard]] QSize sizeHint() const override { return {dp(pictureSide), m_height}; }
     /// Takes at most so many pixels, as far as capitals and digits are still whole.
     void limitHeight(int most)
     {
@@ -49,7 +49,7 @@ protected:
         const double half = dp(1) * 0.5;
         painter.drawRect(QRectF(rect()).adjusted(half, half, -half, -half));
         if (!m_icon.isNull()) {
-            QRect place({0, 0}, QSize(dp(iconSide), dp(iconSide)));
+            QRect place({0, 0}, QSize(dp(pictureSide), dp(pictureSide)));
             place.moveCenter(rect().center());
             m_icon.paint(&painter, place);
             return;

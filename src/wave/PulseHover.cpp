@@ -1,10 +1,11 @@
 #include "wave/PulseHover.h"
 
+#include "wave/TimeAxis.h"
+
 #include <algorithm>
 
 namespace {
 
-constexpr double psPerSecond = 1e12;
 constexpr int significantDigits = 9;
 constexpr double overhang = 10.0;    ///< logical pixels by which an arrow may pass the view's edges
 constexpr double gapAtEdge = 2.0;    ///< logical pixels between an arrow's end and its edge
@@ -32,7 +33,7 @@ std::int64_t sampleUnder(int x, const WaveWindow &window)
 
 PulseTimes pulseTimes(const SmpEdgeInfo &info, std::int64_t rate)
 {
-    const double samplePs = psPerSecond / double(rate);
+    const double samplePs = TimeAxis::psPerSecond / double(rate);
     const std::int64_t prev = prevOrStart(info);
     PulseTimes times{double(info.nextEdge - prev) * samplePs, -1.0, -1.0, -1.0};
     if (info.afterNextEdge > info.nextEdge) {

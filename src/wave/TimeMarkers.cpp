@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr double psPerSecond = 1e12;
 constexpr int mostDigits = 17;                ///< what lies beyond is noise of the binary form
 constexpr double mostDigitsFrom = 1e17;       ///< from here on a whole number has more
 constexpr std::int32_t farColumn = 1'000'000; ///< logical pixels beyond every screen; times any scale an int
@@ -72,12 +71,12 @@ bool TimeMarkers::covers(int x, int markerX, PixelScale scale)
 
 double TimeMarkers::timeOf(double sample, std::int64_t trigger, std::int64_t rate)
 {
-    return std::trunc((sample - double(trigger)) * psPerSecond / double(rate));
+    return std::trunc((sample - double(trigger)) * TimeAxis::psPerSecond / double(rate));
 }
 
 double TimeMarkers::distanceOf(double a, double b, std::int64_t rate)
 {
-    return std::trunc(std::abs(a - b) * psPerSecond / double(rate));
+    return std::trunc(std::abs(a - b) * TimeAxis::psPerSecond / double(rate));
 }
 
 QString TimeMarkers::timeText(double ps, const QStringList &units)

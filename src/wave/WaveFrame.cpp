@@ -73,7 +73,6 @@ void WaveFrame::renderLines(const SmpData &source)
 
 void WaveFrame::renderTicks(const WaveInput &input, bool closed)
 {
-    constexpr double psPerSecond = 1e12;
     const SmpData *source = input.source;
     if (!source || (!closed && source->aChnCount < 1)) {
         return;
@@ -82,7 +81,7 @@ void WaveFrame::renderTicks(const WaveInput &input, bool closed)
     if (rate < 1) {
         return;
     }
-    const double psPerSample = psPerSecond / double(rate);
+    const double psPerSample = TimeAxis::psPerSecond / double(rate);
     const double zero = closed ? double(source->trgPos) : 0.0;
     const TimeTicks::Scale scale{(m_window.start - zero) * psPerSample, psPerSample * m_window.ratio, m_width};
     m_tickCount = TimeTicks::fill(scale, input.metrics, m_ticks);
