@@ -22,7 +22,9 @@
 #include <QLabel>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
+#include <QWheelEvent>
 
 #include <initializer_list>
 
@@ -30,10 +32,23 @@ namespace {
 
 constexpr int startDelayMs = 200;
 
-/// A scroll area without bars: what does not fit is reached by the wheel, and follows the focus.
-QScrollArea *barelessScroll(QWidget *content, QWidget *parent)
+/// A bar that may be wider than the window: the wheel moves it sideways.
+class BarScroll : public QScrollArea {
+public:
+    using QScrollArea::QScrollArea;
+
+protected:
+    void wheelEvent(QWheelEvent *event) override
+    {
+        const QPoint delta = event->angleDelta();
+        horizontalScrollBar()->setValue(horizontalScrollBar()->value() - delta.x() - delta.y());
+        event->accept();
+    }
+};
+
+/// Lets a scroll area go without bars: what does not fit is reached by the wheel, and follows the focus.
+QScrollArea *barelessScroll(QScrollArea *area, QWidget *content)
 {
-    auto *area = new QScrollArea(parent);
     area->setWidget(content);
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
@@ -138,14 +153,18 @@ void MainWindow::connectAnalyzerView()
 
 void MainWindow::buildScrollAreas()
 {
-    toolbarScroll = barelessScroll(toolbar, this);
+    toolbarScroll = barelessScroll(new BarScroll(this), toolbar);
     toolbarScroll->setFixedHeight(dp(48));
-    analyzerScroll = barelessScroll(analyzerView, this);
+    analyzerScroll = barelessScroll(new QScrollArea(this), analyzerView);
     analyzerScroll->setFixedWidth(dp(240));
-    // The area follows the focus only while Tab goes round in it, not when the focus comes in from outside.
-    connect(qApp, &QApplication::focusChanged, analyzerScroll, [this](QWidget *, QWidget *now) {
+    // An area follows the focus only while Tab goes round in it, not when the focus comes in from outside.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget *, QWidget *now) {
         if (now != nullptr && analyzerView->isAncestorOf(now)) {
             analyzerScroll->ensureWidgetVisible(now, 0, dp(4));
+        } else if (now != nullptr && toolbar->isAncestorOf(now)) {
+            // The whole of it: of a field, ensureWidgetVisible() looks at the cursor only.
+            const QPoint middle = now->mapTo(toolbar, now->rect().center());
+            toolbarScroll->ensureVisible(middle.x(), middle.y(), now->width() / 2 + dp(4), 0);
         }
     });
 }

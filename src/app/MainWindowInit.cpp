@@ -83,6 +83,7 @@ void MainWindow::slotDevInitStaShow(int sta, int err, int n)
     } else if (sta == connected) {
         connectDialog->accept();
         gDev->loadVth();
+        toolbar->sendSecondThreshold();
         gDev->resetPwm();
         showConnection(true);
     } else if (sta == gone) {

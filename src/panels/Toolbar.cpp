@@ -1,11 +1,17 @@
 #include "panels/Toolbar.h"
 
 #include "app/Globals.h"
+#include "device/DevBase.h"
 #include "panels/SmpCtrl.h"
 #include "panels/SmpSetting.h"
+#include "panels/VthSetting.h"
 #include "wave/SmpZoom.h"
 
 #include <QHBoxLayout>
+
+namespace {
+constexpr int thresholdFeature = 1; // of a model
+} // namespace
 
 Toolbar::Toolbar(QWidget *parent) : QWidget(parent)
 {
@@ -22,6 +28,10 @@ void Toolbar::clear()
 {
     delete smpSetting;
     smpSetting = nullptr;
+    if (vthSetting != nullptr && vthSetting->mayGo()) {
+        delete vthSetting;
+    }
+    vthSetting = nullptr;
     delete smpZoom;
     smpZoom = nullptr;
     delete smpCtrl;
@@ -39,11 +49,17 @@ void Toolbar::reload()
 
     smpSetting = new SmpSetting(this);
     connect(smpSetting, &SmpSetting::frequViewChanged, this, &Toolbar::frequViewChanged);
+    if (gDev->hasFeature(thresholdFeature)) {
+        vthSetting = new VthSetting(this);
+    }
     smpCtrl = new SmpCtrl(this);
     smpZoom = new SmpZoom(this);
     connect(smpZoom, &SmpZoom::zoomValueChanged, this, &Toolbar::zoomValued);
     smpZoom->showRatio(m_ratio);
     layout->addWidget(smpSetting);
+    if (vthSetting != nullptr) {
+        layout->addWidget(vthSetting);
+    }
     layout->addWidget(smpCtrl);
     layout->addWidget(smpZoom);
     layout->addStretch(1);
@@ -61,7 +77,17 @@ void Toolbar::showConnected(bool connected)
     smpCtrl->showConnected(connected);
 }
 
+void Toolbar::sendSecondThreshold() const
+{
+    if (vthSetting != nullptr) {
+        vthSetting->sendSecond();
+    }
+}
+
 void Toolbar::slotShortcutF5()
 {
-    smpCtrl->singleClickedSlot();
+    // Unlike a click on the button, the key leaves the focus in the field, and what is typed there not yet taken.
+    if (vthSetting == nullptr || vthSetting->finishEntries()) {
+        smpCtrl->singleClickedSlot();
+    }
 }

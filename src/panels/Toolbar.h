@@ -6,6 +6,7 @@ class QHBoxLayout;
 class SmpCtrl;
 class SmpSetting;
 class SmpZoom;
+class VthSetting;
 
 /// The bar at the top of the window: what a user touches for each capture.
 ///
@@ -18,6 +19,7 @@ public:
 
     QHBoxLayout *layout = nullptr;
     SmpSetting *smpSetting = nullptr;
+    VthSetting *vthSetting = nullptr; ///< null when the model's thresholds are fixed
     SmpCtrl *smpCtrl = nullptr;
     SmpZoom *smpZoom = nullptr;
 
@@ -27,12 +29,15 @@ public:
     void showRatio(double ratio);
     /// The look of an instrument that is there; see SmpCtrl.
     void showConnected(bool connected);
+    /// See VthSetting; nothing on a model with fixed thresholds.
+    void sendSecondThreshold() const;
 
 signals:
     void zoomValued(QString str);
     void frequViewChanged();
 
 public slots:
+    /// Starts a capture, unless the user is just typing a threshold that is refused.
     void slotShortcutF5();
 
 private:

@@ -6,6 +6,7 @@
 #include "panels/ExportDataSet.h"
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
+#include "panels/VthSetting.h"
 #include "wave/CursorHandle.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
@@ -193,6 +194,7 @@ private:
         setUp(model);
         m_window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        typeThresholds();
         capture();
         for (const Qt::Key key : {Qt::Key_1, Qt::Key_2, Qt::Key_3}) {
             QTest::keyClick(m_window.get(), key);
@@ -201,6 +203,15 @@ private:
             m_window->findChild<PulseMeasure *>()->slotBtnAddClicked();
         }
         QCoreApplication::processEvents();
+    }
+    /// Makes room for a voltage in each row of thresholds.
+    void typeThresholds() const
+    {
+        if (const auto *thresholds = m_window->findChild<VthSetting *>()) {
+            for (QComboBox *box : thresholds->levelBoxes) {
+                box->setCurrentIndex(box->count() - 1);
+            }
+        }
     }
     [[nodiscard]] QVector<QWidget *> panels() const
     {
@@ -354,6 +365,7 @@ void TstAccessibility::tabKeepsTheOrderAfterAnotherModel()
     setUpAtWork(0);
     for (const int model : {97, 1, 9}) {
         m_window->slotDevPreConnect(model);
+        typeThresholds();
         QCoreApplication::processEvents();
         compareWithReadingOrder(walk());
     }

@@ -6,6 +6,8 @@
 #include "panels/ExportDataSet.h"
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
+#include "panels/VthSetting.h"
+#include "support/DialogDriver.h"
 #include "wave/MainView.h"
 #include "wave/Style.h"
 
@@ -77,6 +79,10 @@ private slots:
 
     void theSmallestWindowShowsEveryText_data();
     void theSmallestWindowShowsEveryText();
+    void theSamplingBarFitsAWindowOf1024_data();
+    void theSamplingBarFitsAWindowOf1024();
+    void aThresholdThatIsRefusedIsToldWhole_data() { theSmallestWindowShowsEveryText_data(); }
+    void aThresholdThatIsRefusedIsToldWhole();
     void theDialogsShowEveryText_data() { theSmallestWindowShowsEveryText_data(); }
     void theDialogsShowEveryText();
     void theProgressDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
@@ -92,7 +98,7 @@ private:
 /// What a start in the language `code` on a screen of `dpi` sets up.
 void TstLanguageLayout::speak(const QString &code, int dpi)
 {
-    gDev = createDevice(97).release(); // the model with the most in its bar
+    gDev = createDevice(97).release(); // the model with the most buttons in its bar
     globalSet(QStringLiteral("userLang"), code);
     languageLoadFrom(QStringLiteral(LUX_LANGUAGE_DIR), QLocale::c());
     globalsSetDpi(dpi);
@@ -134,8 +140,44 @@ void TstLanguageLayout::theSmallestWindowShowsEveryText()
     QCoreApplication::processEvents();
     const QStringList cut = cutTexts(*m_window);
     QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
-    const auto *toolbar = m_window->findChild<Toolbar *>();
-    QVERIFY(toolbar->minimumSizeHint().width() <= toolbar->parentWidget()->width());
+}
+
+void TstLanguageLayout::theSamplingBarFitsAWindowOf1024_data()
+{
+    theSmallestWindowShowsEveryText_data();
+}
+
+void TstLanguageLayout::theSamplingBarFitsAWindowOf1024()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    for (const int model : {97, 9}) { // three buttons, or thresholds of two rows
+        delete gDev;
+        gDev = createDevice(model).release();
+        Toolbar toolbar;
+        const int menu = dp(48); // its button stands at the right of the bar
+        toolbar.resize(dp(1024) - menu, toolbar.height());
+        toolbar.show();
+        QCoreApplication::processEvents();
+        QVERIFY(toolbar.minimumSizeHint().width() <= dp(1024) - menu);
+        const QStringList cut = cutTexts(toolbar);
+        QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+    }
+}
+
+void TstLanguageLayout::aThresholdThatIsRefusedIsToldWhole()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    const VthSetting thresholds;
+    QStringList cut{QStringLiteral("not told")};
+    const DialogDriver<QMessageBox> driver([&cut](QMessageBox &box) { cut = cutTexts(box); });
+    thresholds.levelBoxes.at(0)->setCurrentIndex(thresholds.presets.size() - 1);
+    thresholds.vthEdits.at(0)->setText(QStringLiteral("5"));
+    QTest::keyClick(thresholds.vthEdits.at(0), Qt::Key_Return);
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
 }
 
 void TstLanguageLayout::theDialogsShowEveryText()

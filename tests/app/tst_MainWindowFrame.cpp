@@ -1,6 +1,7 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
 #include "panels/DevSetting.h"
+#include "panels/Toolbar.h"
 #include "wave/MainView.h"
 #include "wave/PosiView.h"
 #include "wave/TimeView.h"
@@ -8,8 +9,10 @@
 #include <QAccessible>
 #include <QGridLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QWheelEvent>
 
 /// The window itself: its place, its panels' places, its title and state line, and the device behind it.
 class TstMainWindowFrame : public QObject, private WindowDesk {
@@ -20,6 +23,7 @@ private slots:
 
     void thePanelsStandInTheirPlacesOfTheGrid();
     void theWindowIsNeverSmallerThanItsPanelsNeed();
+    void aBarWiderThanTheWindowFollowsWheelAndFocus();
     void theStartKeyIsPressedOnceHoweverLongItIsHeld();
     void theStateLineTellsWhetherAFileIsInView();
     void aMaximisedWindowKeepsItsPositionForLater();
@@ -71,6 +75,36 @@ void TstMainWindowFrame::theWindowIsNeverSmallerThanItsPanelsNeed()
     QCOMPARE(stateLine()->height(), 20);
     QCOMPARE(stateLine()->styleSheet(),
              QStringLiteral("background-color:#2f2f2f;border:1px solid #7f7f7f;color:#f7f7f7;"));
+}
+
+void TstMainWindowFrame::aBarWiderThanTheWindowFollowsWheelAndFocus()
+{
+    m_window->slotDevPreConnect(9); // with two rows of thresholds
+    m_window->resize(m_window->minimumSize());
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    QCoreApplication::processEvents();
+    QWidget *bar = m_window->findChild<Toolbar *>();
+    QWidget *port = bar->parentWidget();
+    const int beyond = bar->width() - port->width();
+    QVERIFY(beyond > 0);
+    const auto turn = [port](int angle) {
+        const QPointF at(port->width() / 2.0, port->height() / 2.0);
+        QWheelEvent event(at, port->mapToGlobal(at.toPoint()), QPoint(), QPoint(0, angle), Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(port, &event);
+    };
+    for (int i = 0; i < 10; ++i) {
+        turn(-120);
+    }
+    QCOMPARE(bar->x(), -beyond);
+    for (int i = 0; i < 10; ++i) {
+        turn(120);
+    }
+    QCOMPARE(bar->x(), 0);
+    auto *last = bar->findChild<QLineEdit *>(QStringLiteral("zoomEdit"));
+    last->setFocus();
+    QVERIFY(port->rect().contains(QRect(last->mapTo(port, QPoint()), last->size())));
 }
 
 void TstMainWindowFrame::theStartKeyIsPressedOnceHoweverLongItIsHeld()

@@ -256,7 +256,9 @@ void TstMainWindowInit::theAnalogModelsButtonsFollowTheConnection()
 void TstMainWindowInit::aPluggedInstrumentIsConnectedWithThresholdAndOutputs()
 {
     makeDesk();
+    deviceSet(QStringLiteral("RV2540"), QStringLiteral("chnLevel"), QStringLiteral("Custom I/O"));
     deviceSet(QStringLiteral("RV2540"), QStringLiteral("chnVth"), QStringLiteral("0.8"));
+    deviceSet(QStringLiteral("RV2540"), QStringLiteral("chnLevel2"), QStringLiteral("5.0V CMOS"));
     m_desk->add(instrumentOf(9));
     QVector<bool> shown; // after each report
     connect(gDevInit, &DevInit::sigInitSta, this, [&] { shown.append(m_connectDialog->isVisible()); });
@@ -274,6 +276,7 @@ void TstMainWindowInit::aPluggedInstrumentIsConnectedWithThresholdAndOutputs()
     instrument([](emulator::Instrument &i) {
         const emulator::Outputs &outputs = i.outputs();
         QVERIFY(std::abs(outputs.threshold(0).volts() - 0.8) < 0.01);
+        QVERIFY(std::abs(outputs.threshold(1).volts() - 2.5) < 0.01);
         QVERIFY(outputs.pwm(0).enabled && outputs.pwm(1).enabled);
     });
 }
@@ -332,6 +335,7 @@ void TstMainWindowInit::aSettingsFileKeepsTheInstrumentConnected()
 {
     connectInstrument(8);
     const DevBase *const before = gDev;
+    deviceSet(QStringLiteral("RV2520"), QStringLiteral("chnLevel"), QStringLiteral("Custom I/O"));
     deviceSet(QStringLiteral("RV2520"), QStringLiteral("chnVth"), QStringLiteral("1.2"));
     m_window->slotReplaceConfig();
     QVERIFY(gDev != before || gDev->smpData->sampleCount() == 0);

@@ -2,6 +2,7 @@
 #include "panels/SmpCtrl.h"
 #include "panels/SmpSetting.h"
 #include "panels/Toolbar.h"
+#include "panels/VthSetting.h"
 #include "wave/MyButton.h"
 #include "wave/SmpZoom.h"
 
@@ -23,6 +24,7 @@ private slots:
     void reloadBuildsEverythingAnewAndTellsTheRate();
     void afterAReplacementNothingKnowsTheOldDevice();
     void theGroupsFollowTheModel();
+    void onlyModelsWithThresholdsOfferThem();
     void f5StartsACaptureAlsoFromAComboBox();
     void theShownRatioComesBackAfterAReload();
     void everyControlIsReachedByTabInReadingOrder();
@@ -60,7 +62,8 @@ void TstToolbar::theGroupsStandInTheirOrder()
     QCoreApplication::processEvents();
     QCOMPARE(bar.layout->spacing(), 8);
     QCOMPARE(bar.layout->contentsMargins(), QMargins(0, 0, 0, 0));
-    QVERIFY(bar.smpSetting->geometry().right() < bar.smpCtrl->x());
+    QVERIFY(bar.smpSetting->geometry().right() < bar.vthSetting->x());
+    QVERIFY(bar.vthSetting->geometry().right() < bar.smpCtrl->x());
     QVERIFY(bar.smpCtrl->geometry().right() < bar.smpZoom->x());
     QVERIFY(bar.smpZoom->geometry().right() < bar.width());
 }
@@ -83,13 +86,15 @@ void TstToolbar::reloadBuildsEverythingAnewAndTellsTheRate()
     const PanelDevice device(storage16Model);
     Toolbar bar;
     const QPointer<QObject> setting = bar.smpSetting;
+    const QPointer<QObject> thresholds = bar.vthSetting;
     const QPointer<QObject> ctrl = bar.smpCtrl;
     const QPointer<QObject> zoom = bar.smpZoom;
     QSignalSpy rates(&bar, &Toolbar::frequViewChanged);
     bar.reload();
-    QVERIFY(setting.isNull() && ctrl.isNull() && zoom.isNull());
+    QVERIFY(setting.isNull() && thresholds.isNull() && ctrl.isNull() && zoom.isNull());
     QCOMPARE(rates.size(), 1);
     QCOMPARE(bar.findChildren<SmpSetting *>().size(), 1);
+    QCOMPARE(bar.findChildren<VthSetting *>().size(), 1);
     QCOMPARE(bar.findChildren<SmpCtrl *>().size(), 1);
     QCOMPARE(bar.findChildren<SmpZoom *>().size(), 1);
 }
@@ -117,6 +122,20 @@ void TstToolbar::theGroupsFollowTheModel()
     device.replace(storage16Model);
     bar.reload();
     QVERIFY(!bar.smpCtrl->btnStop);
+}
+
+void TstToolbar::onlyModelsWithThresholdsOfferThem()
+{
+    PanelDevice device(storage16Model);
+    Toolbar bar;
+    const QMap<int, int> rows{{0, 1}, {1, 0}, {2, 0}, {3, 0}, {4, 0}, {5, 1}, {6, 1}, {7, 1}, {8, 1}, {9, 2}, {97, 1}};
+    for (auto row = rows.cbegin(); row != rows.cend(); ++row) {
+        device.replace(row.key());
+        bar.reload();
+        bar.sendSecondThreshold();
+        QCOMPARE(bar.vthSetting != nullptr ? bar.vthSetting->labels.size() : 0, row.value());
+        QCOMPARE(bar.findChildren<VthSetting *>().size(), row.value() > 0 ? 1 : 0);
+    }
 }
 
 void TstToolbar::f5StartsACaptureAlsoFromAComboBox()
@@ -158,7 +177,8 @@ void TstToolbar::everyControlIsReachedByTabInReadingOrder()
     bar.reload();
     bar.show();
     QVERIFY(QTest::qWaitForWindowActive(&bar));
-    QWidgetList expected{bar.smpSetting->depthBox, bar.smpSetting->frequBox, bar.smpCtrl->btnSingle};
+    QWidgetList expected{bar.smpSetting->depthBox, bar.smpSetting->frequBox, bar.vthSetting->levelBoxes.at(0),
+                         bar.smpCtrl->btnSingle};
     const QList<MyButton *> zooms = bar.smpZoom->findChildren<MyButton *>();
     for (MyButton *button : zooms) {
         expected.append(button);

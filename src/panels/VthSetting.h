@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QPair>
+#include <QString>
+#include <QVector>
+#include <QWidget>
+
+#include <optional>
+#include <vector>
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+
+/// Reads a threshold, from its field or from the configuration.
+/// @return volts, from -4.0 to 4.0 inclusive; nothing for any other number and for what is none
+[[nodiscard]] std::optional<double> thresholdOf(const QString &text);
+
+/// The thresholds of the inputs, chosen by logic family or as a voltage: a row for all channels, or on the 32-channel
+/// model one for each half of them.
+///
+/// Built for the device of the moment and thrown away with it; it reads `gDev` anew at each change. What a row shows is
+/// applied and saved at once, a typed voltage when its field is finished. Building it applies what was saved. An entry
+/// that is refused is told in a modal box, during which the event loop runs. Main thread.
+class VthSetting : public QWidget {
+    Q_OBJECT
+public:
+    explicit VthSetting(QWidget *parent = nullptr);
+    ~VthSetting() override;
+
+    // One entry a row.
+    QVector<QLabel *> labels;
+    QVector<QComboBox *> levelBoxes;
+    QVector<QLineEdit *> vthEdits;
+    QVector<QLabel *> units;
+    /// Names and volts of the families, in the order of the boxes. The last one stands for the field; its volts are
+    /// what a field starts from for which nothing is saved.
+    QVector<QPair<QString, double>> presets;
+
+    /// Takes what is being typed, as if its field had lost the focus.
+    /// @return false when it was refused; the user has been told
+    bool finishEntries();
+    /// Sends the second row's threshold to an instrument that has just been connected, which got the first from
+    /// DevBase::loadVth(). Nothing on a panel of one row.
+    void sendSecond() const;
+    /// Asks whether the panel may be deleted. While its box is open it may not: Qt comes back to its field when the
+    /// box has been closed. It then hides, changes nothing any more, and deletes itself behind the box.
+    [[nodiscard]] bool mayGo();
+
+public slots:
+    /// Takes a family for the first row; a negative index is none.
+    void slotVioClicked(int index);
+    /// Takes the voltage in the first row's field, unless it has been taken already.
+    void slotVthEditFinish();
+    // The same for the second row; nothing on a panel of one.
+    void slotVioClicked2(int index);
+    void slotVthEditFinish2();
+
+private:
+    void addRow(const QString &label);
+    void layOut();
+    [[nodiscard]] double savedVolts(int row) const;
+    [[nodiscard]] int savedLevel(int row) const;
+    void takeLevel(int row, int index);
+    bool takeVoltage(int row);
+    void refuse(int row);
+    /// Takes fields that were left as a refusal had filled them. Qt finishes only fields that were edited since it last
+    /// did, and that zero came in the midst of it.
+    void takeLeftFields();
+
+    std::vector<std::optional<QString>> m_taken; ///< the field's text that is in effect; none behind a refused one
+    bool m_telling = false;                      ///< the box is open
+    bool m_leaving = false;                      ///< another panel has taken the place
+};
