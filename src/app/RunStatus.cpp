@@ -30,9 +30,8 @@ QString dialogErrorText(int err, const ErrorText &error)
 
 QString stateText(int sta)
 {
-    static const char *const texts[] = {trLater("Sample start"), trLater("Pre-smpState::sampling"),
-                                        trLater("Waiting for trigger"), trLater("Sampling"),
-                                        trLater("Data smpState::reading")};
+    static const char *const texts[] = {trLater("Sample start"), trLater("Pre-sampling"),
+                                        trLater("Waiting for trigger"), trLater("Sampling"), trLater("Data reading")};
     if (sta < 0 || sta >= int(std::size(texts))) {
         return {};
     }
