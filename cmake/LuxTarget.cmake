@@ -20,6 +20,11 @@ if(LUX_LLD AND NOT CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT CMAKE_CROSSCOMPIL
   # Each test is a program of its own, and linking them all is a matter of minutes for the standard linker.
   target_link_options(lux_flags INTERFACE -fuse-ld=lld)
 endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+  # What is shipped reads files and devices of strangers: as Debian builds its own packages.
+  target_compile_options(lux_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+  target_link_options(lux_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
+endif()
 if(LUX_SANITIZE)
   list(JOIN LUX_SANITIZE "," _sanitizers)
   target_compile_options(lux_flags INTERFACE -fsanitize=${_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
