@@ -1,14 +1,23 @@
 #include "panels/DevSetting.h"
 
 #include "app/Globals.h"
+#include "app/Language.h"
 #include "device/DevBase.h"
+#include "panels/MenuChnSettings.h"
+#include "panels/MenuDevSettings.h"
+#include "wave/MyButton.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLinearGradient>
 #include <QPainter>
 
-DevSetting::DevSetting(QWidget *parent) : QWidget(parent), m_picture(new QLabel(this)), m_name(new QLabel(this))
+DevSetting::DevSetting(QWidget *parent)
+    : QWidget(parent),
+      m_picture(new QLabel(this)),
+      m_name(new QLabel(this)),
+      m_modelButton(makeButton(QStringLiteral(":/res/icoDropDown"), ::tr("Model Select"))),
+      m_settingButton(makeButton(QStringLiteral(":/res/btnSetting"), ::tr("Channel and device settings")))
 {
     setFixedSize(dp(190), dp(36));
     m_picture->setFixedSize(dp(24), dp(24));
@@ -21,12 +30,54 @@ DevSetting::DevSetting(QWidget *parent) : QWidget(parent), m_picture(new QLabel(
     row->setSpacing(dp(8));
     row->addWidget(m_picture);
     row->addWidget(m_name, 1);
+    row->addWidget(m_modelButton);
+    row->addWidget(m_settingButton);
+    connect(m_modelButton, &QPushButton::clicked, this, &DevSetting::choiceDeviceClickedSlot);
+    connect(m_settingButton, &QPushButton::clicked, this, &DevSetting::choideChannelClickedSlot);
     reload();
+}
+
+MyButton *DevSetting::makeButton(const QString &icon, const QString &name)
+{
+    auto *button = new MyButton(QIcon(icon), name, this);
+    button->setIconSize({dp(16), dp(16)});
+    button->setFixedSize(dp(24), dp(24));
+    button->setRadius(dp(3));
+    button->penWidth = dp(1);
+    button->borderColor = gGreys[4];
+    return button;
 }
 
 void DevSetting::reload()
 {
     m_name->setText(gDev->name);
+}
+
+void DevSetting::closeMenu()
+{
+    if (m_menu) {
+        m_menu->dismiss();
+    }
+}
+
+void DevSetting::choiceDeviceClickedSlot()
+{
+    MenuDevSettings menu(this);
+    connect(&menu, &MenuDevSettings::simDevModelChanged, this, &DevSetting::simDevModelChanged);
+    run(menu, *m_modelButton);
+}
+
+void DevSetting::choideChannelClickedSlot()
+{
+    MenuChnSettings menu(this);
+    run(menu, *m_settingButton);
+}
+
+void DevSetting::run(MenuDialog &menu, const QWidget &button)
+{
+    constexpr double belowTop = 0.33; // of the button's height
+    m_menu = &menu;
+    menu.exec(button.mapToGlobal(QPoint(button.width(), int(button.height() * belowTop))));
 }
 
 void DevSetting::paintEvent(QPaintEvent *)
