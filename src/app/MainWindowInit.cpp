@@ -8,6 +8,7 @@
 #include "device/DevBase.h"
 #include "device/DevInit.h"
 #include "device/UsbTransport.h"
+#include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
 #include "wave/MyProgressDlg.h"
 
@@ -64,6 +65,7 @@ bool MainWindow::nativeEvent(const QByteArray &eventType, void *message, long *r
 
 void MainWindow::slotDevInitStaShow(int sta, int err, int n)
 {
+    devSetting->closeMenu(); // it would lie above the dialog, and offer what an instrument decides
     if (err != 0) {
         connectDialog->setLabelText(InitStatus::errorText(sta, err));
         connectDialog->setButtonVisible(true);

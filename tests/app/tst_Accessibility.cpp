@@ -3,7 +3,10 @@
 #include "app/WindowDesk.h"
 #include "measure/AnalyzerView.h"
 #include "measure/PulseMeasure.h"
+#include "panels/DevSetting.h"
 #include "panels/ExportDataSet.h"
+#include "panels/MenuChnSettings.h"
+#include "panels/MenuDevSettings.h"
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
@@ -215,8 +218,9 @@ private:
     }
     [[nodiscard]] QVector<QWidget *> panels() const
     {
-        return {m_window->findChild<Toolbar *>(), m_window->findChild<MainMenu *>(), m_window->findChild<MainView *>(),
-                m_window->findChild<PosiView *>(), m_window->findChild<AnalyzerView *>()};
+        return {m_window->findChild<Toolbar *>(),    m_window->findChild<MainMenu *>(),
+                m_window->findChild<DevSetting *>(), m_window->findChild<MainView *>(),
+                m_window->findChild<PosiView *>(),   m_window->findChild<AnalyzerView *>()};
     }
     [[nodiscard]] int panelOf(QWidget *widget) const
     {
@@ -304,7 +308,7 @@ void TstAccessibility::noTwoControlsOfARowHaveTheSameName()
 void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab_data()
 {
     QTest::addColumn<QString>("dialog");
-    for (const char *name : {"options", "export", "about", "progress"}) {
+    for (const char *name : {"options", "export", "about", "progress", "models", "channels"}) {
         QTest::newRow(name) << QString::fromLatin1(name);
     }
 }
@@ -313,7 +317,7 @@ void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab()
 {
     QFETCH(QString, dialog);
     setUpAtWork(97);
-    std::unique_ptr<QDialog> made;
+    std::unique_ptr<QWidget> made;
     if (dialog == QLatin1String("options")) {
         made = std::make_unique<Options>(m_window.get());
     } else if (dialog == QLatin1String("export")) {
@@ -321,6 +325,11 @@ void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab()
             QVector<ShownPair>{{0, QStringLiteral("A1"), QStringLiteral("A2"), 10, 20}}, m_window.get());
     } else if (dialog == QLatin1String("about")) {
         made = std::make_unique<AboutLUX>(m_window.get());
+    } else if (dialog == QLatin1String("models")) {
+        made = std::make_unique<MenuDevSettings>(m_window.get());
+    } else if (dialog == QLatin1String("channels")) {
+        m_window->slotDevPreConnect(9); // with all groups
+        made = std::make_unique<MenuChnSettings>(m_window.get());
     } else {
         made =
             std::make_unique<MyProgressDlg>(QStringLiteral("Work"), QString(), QStringLiteral("Stop"), m_window.get());

@@ -4,6 +4,8 @@
 #include "app/RunStatus.h"
 #include "app/WindowDesk.h"
 #include "panels/ExportDataSet.h"
+#include "panels/MenuChnSettings.h"
+#include "panels/MenuDevSettings.h"
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
@@ -85,6 +87,8 @@ private slots:
     void aThresholdThatIsRefusedIsToldWhole();
     void theDialogsShowEveryText_data() { theSmallestWindowShowsEveryText_data(); }
     void theDialogsShowEveryText();
+    void theChannelMenuShowsEveryText_data() { theSmallestWindowShowsEveryText_data(); }
+    void theChannelMenuShowsEveryText();
     void theProgressDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
     void theProgressDialogShowsEveryState();
     void aTextThatIsCutOffIsFound();
@@ -188,12 +192,30 @@ void TstLanguageLayout::theDialogsShowEveryText()
     Options options;
     AboutLUX about;
     ExportDataSet exports({});
+    MenuDevSettings models;
     QStringList cut;
-    for (QWidget *dialog :
-         {static_cast<QWidget *>(&options), static_cast<QWidget *>(&about), static_cast<QWidget *>(&exports)}) {
+    for (QWidget *dialog : {static_cast<QWidget *>(&options), static_cast<QWidget *>(&about),
+                            static_cast<QWidget *>(&exports), static_cast<QWidget *>(&models)}) {
         cut += cutTextsOfDialog(*dialog);
     }
     QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+}
+
+void TstLanguageLayout::theChannelMenuShowsEveryText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    for (const int model : {1, 5, 9, 97}) {
+        delete gDev;
+        gDev = createDevice(model).release();
+        MenuChnSettings menu;
+        const QStringList cut = cutTextsOfDialog(menu);
+        QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+        // A screen of 1366 x 768 has the room, bars of the system taken off.
+        QVERIFY(menu.sizeHint().width() <= 1366 * dpi / 96);
+        QVERIFY(menu.sizeHint().height() <= 700 * dpi / 96);
+    }
 }
 
 void TstLanguageLayout::theProgressDialogShowsEveryState()

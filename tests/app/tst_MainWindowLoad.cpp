@@ -3,9 +3,13 @@
 #include "device/BringUpDesk.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
+#include "panels/DevSetting.h"
+#include "panels/MenuDevSettings.h"
 #include "support/BoxCloser.h"
+#include "support/MenuDriver.h"
 
 #include <QPointer>
+#include <QRadioButton>
 #include <QTemporaryDir>
 
 #include <functional>
@@ -43,6 +47,7 @@ private slots:
     void aBigFileOpensBehindTheProgressDialog();
     void aFileDroppedWhileAnotherLoadsIsIgnored();
     void anotherModelWhileAFileLoadsIsIgnored();
+    void aModelChosenByHandWhileAFileLoadsIsIgnored();
     void aReplacedConfigurationWhileAFileLoadsIsIgnored();
     void theWindowMayCloseWhileAFileLoads();
     void anInstrumentThatIsPluggedInWhileAFileLoadsIsBroughtUpAfterwards();
@@ -121,6 +126,20 @@ void TstMainWindowLoad::anotherModelWhileAFileLoadsIsIgnored()
     QCOMPARE(gDev->smpData->sampleCount(), entries);
     m_window->slotDevPreConnect(9);
     QCOMPARE(gDev->model, 9);
+}
+
+void TstMainWindowLoad::aModelChosenByHandWhileAFileLoadsIsIgnored()
+{
+    const MenuDriver<MenuDevSettings> driver([](MenuDevSettings &menu) {
+        QRadioButton *last = menu.findChildren<QRadioButton *>().constLast();
+        QTest::mouseClick(last, Qt::LeftButton, {}, QPoint(8, last->height() / 2));
+    });
+    DuringLoad load([this] { m_window->findChild<DevSetting *>()->choiceDeviceClickedSlot(); });
+    open(m_big);
+    QCOMPARE(load.dialogs, 1);
+    QCOMPARE(driver.count, 1);
+    QCOMPARE(gDev->model, 0);
+    QCOMPARE(gDev->smpData->sampleCount(), entries);
 }
 
 void TstMainWindowLoad::aReplacedConfigurationWhileAFileLoadsIsIgnored()
