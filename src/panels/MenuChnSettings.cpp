@@ -160,6 +160,7 @@ void MenuChnSettings::addRanges(QVBoxLayout &column)
     }
     column.addLayout(rows);
     m_noRange = new QRadioButton(column.parentWidget());
+    m_noRange->setAccessibleName(::tr("Channel Enable")); // what stands for it on the screen
     m_noRange->hide();
     m_ranges->addButton(m_noRange);
     m_noRange->setChecked(true);

@@ -20,12 +20,16 @@
 #include <QAbstractButton>
 #include <QAbstractSlider>
 #include <QAbstractSpinBox>
+#include <QButtonGroup>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QRadioButton>
 #include <QTextEdit>
+
+#include <algorithm>
 
 namespace {
 
@@ -73,9 +77,16 @@ bool isInteractive(const QWidget *widget)
            (widget->focusPolicy() & Qt::TabFocus) != 0;
 }
 
-/// A flag is moved by keys of its own: the digits pick it up wherever the focus is.
+/// A flag is moved by keys of its own: the digits pick it up wherever the focus is. Of a group of radio buttons Tab
+/// reaches one, and the arrows the others.
 bool hasOwnKeys(const QWidget *widget)
 {
+    const auto *radio = qobject_cast<const QRadioButton *>(widget);
+    if (radio != nullptr && radio->group() != nullptr) {
+        const auto isReached = [](const QAbstractButton *one) { return (one->focusPolicy() & Qt::TabFocus) != 0; };
+        const auto buttons = radio->group()->buttons();
+        return std::any_of(buttons.cbegin(), buttons.cend(), isReached);
+    }
     return qobject_cast<const CursorHandle *>(widget) != nullptr;
 }
 
