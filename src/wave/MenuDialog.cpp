@@ -93,8 +93,8 @@ void MenuDialog::keyPressEvent(QKeyEvent *event)
 
 bool MenuDialog::focusNextPrevChild(bool next)
 {
-    // QMenu goes to its next entry instead.
-    return QWidget::focusNextPrevChild(next) || QMenu::focusNextPrevChild(next);
+    // QMenu goes to its next entry instead; a form's only control keeps the focus.
+    return QWidget::focusNextPrevChild(next) || focusedControl() != nullptr || QMenu::focusNextPrevChild(next);
 }
 
 void MenuDialog::mouseReleaseEvent(QMouseEvent *event)

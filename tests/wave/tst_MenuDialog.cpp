@@ -164,6 +164,13 @@ void TstMenuDialog::tabWalksFromControlToControlAndRoundAgain()
     QTest::keyClick(menu.focusWidget(), Qt::Key_Backtab);
     QCOMPARE(menu.focusWidget(), menu.second);
     QVERIFY(menu.isVisible());
+    for (QWidget *part :
+         {static_cast<QWidget *>(menu.field), static_cast<QWidget *>(menu.box), static_cast<QWidget *>(menu.first)}) {
+        part->setEnabled(false);
+    }
+    menu.second->setFocus();
+    QTest::keyClick(menu.second, Qt::Key_Tab);
+    QCOMPARE(menu.focusWidget(), menu.second); // the only one keeps it
 }
 
 void TstMenuDialog::enterPressesTheFocusedButtonOrElseTheDefaultOne()
