@@ -15,6 +15,9 @@ constexpr int byteChannels = 8; ///< of a device that sends one byte a sample
 /// Buffers that may be queued before the converter is waited for, even if the trigger found fewer.
 constexpr int leastRoom = 2;
 
+/// Buffers that may still come when a capture is complete: those that were on their way when the device was stopped.
+constexpr int mostBehindEnd = 4;
+
 } // namespace
 
 SmpCtrlTransfer::SmpCtrlTransfer(SmpHost &host, SmpCnvtTransfer &converter) : m_host(host), m_converter(converter) {}
@@ -64,6 +67,7 @@ void SmpCtrlTransfer::prepare()
     m_sliced.start(kinds);
     m_bytes8.start(SmpTrigBytes8::masksOf(m_settings.trig));
     m_mostQueued = 0;
+    m_behindEnd = 0;
     m_converter.firstOffset = 0;
     m_host.smpBufs.clear();
     m_host.smpSem.acquire(m_host.smpSem.available()); // nobody else takes or gives while no run is under way
@@ -82,6 +86,9 @@ void SmpCtrlTransfer::onData(SmpChunk bytes, std::int32_t length)
 {
     const int sta = m_host.smpSta.load(std::memory_order_acquire);
     if (sta >= smpState::reading || m_host.smpAbort.load(std::memory_order_acquire)) {
+        if (++m_behindEnd > mostBehindEnd) {
+            m_transport->breakOffStream(); // the device has not heard that it is to stop
+        }
         return; // the buffer is freed
     }
     // While the trigger has not come the converter takes nothing, so that the bytes stay until they are searched.
@@ -170,6 +177,9 @@ void SmpCtrlTransfer::endRun(int result)
         handOver(1); // no trigger came: the converter has nothing yet
     } else {
         m_host.smpSem.release();
+    }
+    if (m_behindEnd > mostBehindEnd) {
+        m_device->stopDevice(); // once more, lest it goes on to send
     }
 }
 

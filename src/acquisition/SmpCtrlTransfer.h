@@ -65,4 +65,5 @@ private:
     SmpTrigSliced m_sliced;
     SmpTrigBytes8 m_bytes8;
     int m_mostQueued = 0; ///< buffers beyond which the converter is waited for
+    int m_behindEnd = 0;  ///< buffers that came when the capture was complete
 };

@@ -47,7 +47,7 @@ private:
 };
 
 /// The program's view of an EmulatedBus: one of the platforms that it can be run with.
-class UsbPlatformEmulated final : public UsbPlatform {
+class UsbPlatformEmulated : public UsbPlatform {
 public:
     /// @param bus  not owned, outlives this
     explicit UsbPlatformEmulated(EmulatedBus &bus) : m_bus(bus) {}
