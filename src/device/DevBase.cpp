@@ -211,7 +211,7 @@ void DevBase::loadVth()
 {
     bool isNumber = false;
     const double volts = deviceGet(name, QStringLiteral("chnVth")).toDouble(&isNumber);
-    setVth(isNumber ? volts : defaultVth, 1);
+    setVth(isNumber && std::isfinite(volts) ? volts : defaultVth, 1); // "nan" and "inf" are numbers to Qt
 }
 
 void DevBase::shutDown()

@@ -165,6 +165,12 @@ int announceImage(BringUpRun &run, std::size_t size)
 
 } // namespace
 
+int sendFirmware(BringUpRun &run, const QByteArray &bytes)
+{
+    constexpr int leastImage = 65536;
+    return bytes.size() < leastImage ? sendHexFirmware(run, bytes) : sendImageFirmware(run, bytes);
+}
+
 int sendHexFirmware(BringUpRun &run, const QByteArray &bytes)
 {
     const Bytes text = bytesOf(bytes);

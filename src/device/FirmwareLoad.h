@@ -8,6 +8,9 @@
 /// Sending firmware and FPGA images to an instrument. Each blocks until it is through; on the run's thread.
 /// Results: 0 done; 1 the transport is not open; 2 a control transfer failed or moved another number of bytes.
 
+/// Sends firmware of either form, which its size tells: text below 65,536 bytes, else an image.
+[[nodiscard]] int sendFirmware(BringUpRun &run, const QByteArray &bytes);
+
 /// Sends Intel HEX text: stops the controller's CPU, writes the data records, starts the CPU. Neither checksums nor an
 /// end record are looked at. The digits are upper-case; what stands outside of records is passed over.
 /// @return also 2 for a record that the end of the text cuts, and for digits that are none; the CPU then stands still

@@ -12,9 +12,6 @@ constexpr int sent = 1;
 constexpr int errNoFirmware = 1;
 constexpr int errNotBack = 5;
 
-/// Below this size a firmware is text.
-constexpr int leastImage = 65536;
-
 } // namespace
 
 void attachDevice(BringUpRun &run)
@@ -24,8 +21,7 @@ void attachDevice(BringUpRun &run)
         run.report(loading, errNoFirmware);
         return;
     }
-    const QByteArray firmware = file.readAll();
-    const int result = firmware.size() < leastImage ? sendHexFirmware(run, firmware) : sendImageFirmware(run, firmware);
+    const int result = sendFirmware(run, file.readAll());
     run.report(sent, result);
     if (result != 0) {
         return;

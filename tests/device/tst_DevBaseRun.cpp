@@ -560,6 +560,8 @@ void TstDevBaseRun::theStoredThresholdIsSent_data()
     QTest::newRow("2.8") << QStringLiteral("2.80") << QStringLiteral("sendVth 1 969 242");
     QTest::newRow("0 is a voltage") << QStringLiteral("0") << QStringLiteral("sendVth 1 121 242");
     QTest::newRow("no number") << QStringLiteral("high") << QStringLiteral("sendVth 1 621 242");
+    QTest::newRow("what is called no number") << QStringLiteral("nan") << QStringLiteral("sendVth 1 621 242");
+    QTest::newRow("infinite") << QStringLiteral("-inf") << QStringLiteral("sendVth 1 621 242");
 }
 
 void TstDevBaseRun::theStoredThresholdIsSent()

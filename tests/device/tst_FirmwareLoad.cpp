@@ -84,6 +84,7 @@ private slots:
     void anImagesHeadAndChecksumAreNotLookedAt();
     void aSectionThatRunsPastTheEndIsNotSent_data();
     void aSectionThatRunsPastTheEndIsNotSent();
+    void aFirmwareOf65536BytesIsAnImageAndASmallerOneText();
     void aSectionOfNoWordsDoesNotStartTheFirmware();
     void anImageWithoutRoomForItsEndIsRefused_data();
     void anImageWithoutRoomForItsEndIsRefused();
@@ -307,6 +308,22 @@ void TstFirmwareLoad::aSectionThatRunsPastTheEndIsNotSent()
     RequestDesk desk;
     QCOMPARE(sendImageFirmware(*desk.makeRun(), bytesOf(image)), 2);
     QCOMPARE(desk.seen.size(), std::size_t(1)); // the opening read
+}
+
+void TstFirmwareLoad::aFirmwareOf65536BytesIsAnImageAndASmallerOneText()
+{
+    RequestDesk text;
+    QCOMPARE(sendFirmware(*text.makeRun(), QByteArray(65535, '0')), 0);
+    QCOMPARE(text.seen, (std::vector<SeenRequest>{stopCpu, startCpu}));
+    RequestDesk nothing;
+    QCOMPARE(sendFirmware(*nothing.makeRun(), QByteArray()), 0);
+    QCOMPARE(nothing.seen, (std::vector<SeenRequest>{stopCpu, startCpu}));
+
+    Bytes image = imageOfOne((65536 - 24) / 4);
+    QCOMPARE(image.size(), std::size_t(65536));
+    RequestDesk whole;
+    QCOMPARE(sendFirmware(*whole.makeRun(), bytesOf(image)), 0);
+    QCOMPARE(whole.seen.size(), std::size_t(1 + 64 + 1)); // the opening read, pieces, the start
 }
 
 void TstFirmwareLoad::aSectionOfNoWordsDoesNotStartTheFirmware()
