@@ -162,7 +162,7 @@ void SmpCtrlStorage::readBack()
         return;
     }
     const int result = m_transport->readStream(window->size);
-    if (m_recvBytes != window->size) {
+    if (m_recvBytes != window->size && !m_host.smpCut.load(std::memory_order_acquire)) {
         m_host.endErr.store(std::uint32_t(result != 0 ? result : smpError::endedEarly), std::memory_order_release);
     }
     m_host.smpSem.release();

@@ -39,6 +39,9 @@ public:
     /// The capture is to end without publishing its data: what it needs is about to go. Cleared when a capture starts.
     /// Set it with `smpStop`; follow it by wake().
     std::atomic<bool> smpAbort{false};
+    /// The user asked for a stop while a device's memory was read back: what has come is enough. Cleared when a capture
+    /// starts.
+    std::atomic<bool> smpCut{false};
     /// True from a start until the store is closed, or until it is clear that it will not be; the last signals may
     /// still be on their way. Set by who starts, cleared by the last thread that works on the capture.
     std::atomic<bool> smpBusy{false};

@@ -1,5 +1,6 @@
 #include "device/DevBase.h"
 
+#include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
 #include "app/Config.h"
 #include "device/DevControl.h"
@@ -48,6 +49,7 @@ void DevBase::startCapture()
     emit sigCaptureStarts();
     smpStop.store(false, std::memory_order_release);
     smpAbort.store(false, std::memory_order_release);
+    smpCut.store(false, std::memory_order_release);
     if (connected) {
         startHardware();
         return;
@@ -117,6 +119,7 @@ void DevBase::stopCapture()
     // A stream goes on until the instrument stops, and whatever comes meanwhile is known to be the end. Memory may only
     // be read back once the instrument has stopped.
     if (stopsDevice && transferMode != streaming) {
+        cutReadBack();
         devControl().stopDevice();
     }
     smpStop.store(true, std::memory_order_release);
@@ -125,6 +128,16 @@ void DevBase::stopCapture()
     if (stopsDevice && transferMode == streaming) {
         devControl().stopDevice();
         breakOffSilentStream();
+    }
+}
+
+/// Ends the read-back that is under way, if one is. What is not read yet is lost, as the user wants it.
+void DevBase::cutReadBack()
+{
+    SmpTransport *transport = devControl().transport();
+    if (smpSta.load(std::memory_order_acquire) == smpState::reading && transport != nullptr) {
+        smpCut.store(true, std::memory_order_release);
+        transport->breakOffStream();
     }
 }
 

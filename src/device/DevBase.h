@@ -184,6 +184,7 @@ protected:
 private:
     void startHardware();
     void endHardware();
+    void cutReadBack();
     void breakOffSilentStream();
     [[nodiscard]] SmpRunSettings runSettings() const;
     void loadAnalogConfig();

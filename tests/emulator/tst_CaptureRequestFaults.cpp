@@ -113,6 +113,7 @@ private slots:
     void aStopWhoseRequestsGoWrongEndsTheCaptureAllTheSame_data();
     void aStopWhoseRequestsGoWrongEndsTheCaptureAllTheSame();
     void aStreamThatGoesOnBehindItsEndIsBrokenOff();
+    void aStopWhileTheMemoryIsReadKeepsWhatHasComeAndIsNoError();
     void aRingOutsideItsMemoryIsToldAndTheNextCaptureWorks_data();
     void aRingOutsideItsMemoryIsToldAndTheNextCaptureWorks();
 };
@@ -215,8 +216,9 @@ void TstCaptureRequestFaults::aDeviceThatIsFoundGoneBeforeAnyRequestIsToldAndThe
     QVERIFY(faults.isGood());
     const auto findGone = [&faults] {
         faults.bus().unplug();
-        const bool isMain = QThread::currentThread() == qApp->thread();
-        QMetaObject::invokeMethod(faults.desk->init.get(), &DevInit::slotDevChange,
+        DevInit &init = *faults.desk->init;
+        const bool isMain = QThread::currentThread() == init.thread();
+        QMetaObject::invokeMethod(&init, &DevInit::slotDevChange,
                                   isMain ? Qt::DirectConnection : Qt::BlockingQueuedConnection);
     };
     for (std::size_t k = 1; k <= faults.requests().size(); ++k) {
@@ -327,6 +329,25 @@ void TstCaptureRequestFaults::aRingOutsideItsMemoryIsToldAndTheNextCaptureWorks(
     QCOMPARE(faults.desk->lastError(), failed);
     QVERIFY(faults.leavesNothing());
     QCOMPARE(faults.desk->published, 0);
+    QCOMPARE(faults.soundCapture(), QString());
+}
+
+void TstCaptureRequestFaults::aStopWhileTheMemoryIsReadKeepsWhatHasComeAndIsNoError()
+{
+    WatchedDesk watched(8);
+    CaptureFaultDesk &faults = watched.faults;
+    QVERIFY(faults.isGood());
+    constexpr std::uint64_t pauseAt = CaptureFaultDesk::readSize * 5 / 2;
+    constexpr std::uint64_t longer = 3600 * emulator::nanosecondsPerSecond;
+    faults.start([](Instrument &instrument) { instrument.faults().atInByte(pauseAt, {FaultAction::Delay, longer}); });
+    QTRY_VERIFY(gDev->smpSta == 4 &&
+                faults.bus().with([](Instrument &instrument) { return instrument.inBytes() >= pauseAt; }));
+    gDev->stopCapture();
+    QVERIFY(faults.desk->awaitEnd());
+    QCOMPARE(faults.desk->lastError(), 0);
+    QTRY_COMPARE(faults.desk->published, 1);
+    QVERIFY(gDev->smpData->smpCount > 0 && gDev->smpData->smpCount < gDev->smpDepth());
+    QVERIFY(faults.leavesNothing());
     QCOMPARE(faults.soundCapture(), QString());
 }
 
