@@ -123,6 +123,9 @@ void TstFileDialogs::aLastDirectoryThatIsGoneGivesTheDocuments()
 
 void TstFileDialogs::withoutDocumentsTheDialogBeginsAtHome()
 {
+#ifdef Q_OS_WIN
+    QSKIP("this system always has a folder of documents");
+#endif
     const QByteArray home = qgetenv("HOME");
     qputenv("HOME", QFile::encodeName(m_dir->path()));
     globalSet(QStringLiteral("lastPath"), QString());

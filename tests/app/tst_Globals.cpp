@@ -216,6 +216,11 @@ void TstGlobals::aSystemFontInPixelsIsConvertedToPoints()
     QFont system(QStringLiteral("DejaVu Sans"));
     system.setPixelSize(20);
     const double points = QFontInfo(system).pointSizeF();
+#ifdef Q_OS_WIN
+    if (points <= 5) {
+        QSKIP("the offscreen platform of this system has no font of that name");
+    }
+#endif
     QVERIFY(points > 5);
     globalsLoadFonts(system, QString());
     QCOMPARE(gFontMain.pointSizeF(), points + 0.5);

@@ -59,6 +59,9 @@ void TstMainMenuFails::aFileThatCannotBeWrittenGivesTheBox_data()
 
 void TstMainMenuFails::aFileThatCannotBeWrittenGivesTheBox()
 {
+#ifndef Q_OS_UNIX
+    QSKIP("this system has no such files");
+#endif
     QFETCH(int, kind);
     QFETCH(bool, full);
     capture(1000);
@@ -265,16 +268,17 @@ void TstMainMenuFails::savingDuringACaptureGivesTheNotice()
     }
     capture(1000);
     gDev->setSmpDepthIndex(gDev->smpDepths.size() - 1);
-    gDev->startCapture();
-    QVERIFY(gDev->isCapturing());
-    m_menu->actSaveData();
-    QCOMPARE(m_boxes->seen.text, QStringLiteral("Sorry, there is no data that can be saved."));
-    exportAs(2);
-    QCOMPARE(m_boxes->seen.text, QStringLiteral("Sorry, there is no data that can be exported."));
+    for (const bool exports : {false, true}) {
+        gDev->startCapture(); // for each: the analog model's run is over in half a second, notice or not
+        QVERIFY(gDev->isCapturing());
+        act(exports ? 2 : 0);
+        QCOMPARE(m_boxes->seen.text, exports ? QStringLiteral("Sorry, there is no data that can be exported.")
+                                             : QStringLiteral("Sorry, there is no data that can be saved."));
+        QVERIFY(model != 0 || gDev->isCapturing());
+        gDev->endCapture();
+    }
     QCOMPARE(m_boxes->seen.count, 2);
     QCOMPARE(m_selections->count, 0);
-    QVERIFY(gDev->isCapturing());
-    gDev->endCapture();
 }
 
 void TstMainMenuFails::openingDuringACaptureEndsIt()

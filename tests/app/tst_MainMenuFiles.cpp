@@ -272,6 +272,9 @@ void TstMainMenuFiles::settingsAreSavedAndOpenedAgain()
 
 void TstMainMenuFiles::savingSettingsFailsUnnoticed()
 {
+#ifndef Q_OS_UNIX
+    QSKIP("this system has no full device");
+#endif
     QVERIFY(QFile::link(QStringLiteral("/dev/full"), path("full.cxset")));
     m_path = path("full.cxset");
     m_menu->actSaveSettings();
