@@ -106,6 +106,8 @@ void DevBase::startHardware()
     }
     receiveBulk();
     ++m_captures;
+    // Where the last capture failed may not be taken for the read-back of this one by a stop that comes at once.
+    smpSta.store(smpState::starting, std::memory_order_release);
     if (transferMode == streaming) {
         thrCtrlTransfer.startRun(runSettings(), control, *transport);
     } else {

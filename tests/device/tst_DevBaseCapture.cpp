@@ -103,6 +103,7 @@ private slots:
     void aSetUpThatFailsIsReportedAndStartsNothing();
     void anInstrumentThatDoesNotStartIsReported();
     void aStorageModelIsStoppedBeforeItsMemoryIsRead();
+    void aStopRightAfterTheStartCutsNoReadBack();
     void aStreamThatFallsSilentAtTheStopIsBrokenOff();
     void onlyARunningInstrumentIsStopped();
     void aStopEndsTheWaitForTheTriggerAtOnce();
@@ -272,6 +273,19 @@ void TstDevBaseCapture::aStorageModelIsStoppedBeforeItsMemoryIsRead()
     QVERIFY(calls.indexOf(QStringLiteral("stopDevice")) < calls.indexOf(QStringLiteral("readCaptureInfo")));
     QCOMPARE(calls.count(QStringLiteral("stopDevice")), 1);
     QCOMPARE(desk.control.calls.last(), QStringLiteral("stopDevice"));
+}
+
+void TstDevBaseCapture::aStopRightAfterTheStartCutsNoReadBack()
+{
+    PluggedIn desk(2);
+    fillRing(desk, 600);
+    desk.control.device.statuses = {waitsForTrigger};
+    desk.bulk.device = nullptr;
+    desk.device->smpSta = 4; // where the capture before this one has failed
+    desk.device->startCapture();
+    desk.device->stopCapture();
+    QVERIFY(!desk.device->smpCut);
+    QTRY_COMPARE(desk.published, 1);
 }
 
 void TstDevBaseCapture::aStreamThatFallsSilentAtTheStopIsBrokenOff()
