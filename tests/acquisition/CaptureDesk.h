@@ -116,6 +116,7 @@ public:
 private:
     void begin()
     {
+        QVERIFY(!smpBusy); // only then the store is free for the next one
         states.clear();
         published = 0;
         smpStop = false;

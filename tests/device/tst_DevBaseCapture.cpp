@@ -201,6 +201,7 @@ void TstDevBaseCapture::aCaptureTakesTheSettingsThatItBeganWith()
     desk.device->setChnEnable(QVector<bool>(16, false));
     desk.device->stopCapture();
     QTRY_COMPARE(desk.published, 1);
+    QVERIFY(!desk.device->isCapturing());
     QCOMPARE(desk.device->smpData->smpFrequ, rate);
     QVERIFY(desk.device->smpData->entryCount(0) > 1);
 }
@@ -425,6 +426,7 @@ void TstDevBaseCapture::theLastCaptureStaysInViewUntilDataComes()
     fillRing(desk, 600);
     desk.device->startCapture();
     QTRY_COMPARE(desk.published, 1);
+    desk.device->thrCtrlStorage.join(); // it answered from what is changed now
     desk.control.device.statuses = {waitsForTrigger};
     desk.bulk.device = nullptr;
     desk.device->startCapture();

@@ -120,7 +120,8 @@ public:
         limit = wanted;
         delivered = 0;
         lowestBudget = memBudget;
-        if (!open || m_receiver == nullptr) {
+        InterfaceDevCallback *const receiver = m_receiver;
+        if (!open || receiver == nullptr) {
             return runNotOpen;
         }
         std::deque<SmpChunk> queued;
@@ -130,7 +131,7 @@ public:
                 return runNoMemory;
             }
         }
-        m_receiver->onStart();
+        receiver->onStart();
         std::size_t at = 0;
         for (int buffer = 0;; ++buffer) {
             if (beforeBuffer) {
@@ -150,7 +151,7 @@ public:
             at += length;
             delivered = at;
             lowestBudget = std::min(lowestBudget, memBudget.load());
-            m_receiver->onData(std::move(chunk), std::int32_t(length));
+            receiver->onData(std::move(chunk), std::int32_t(length));
             queued.push_back(SmpChunk::take(chunkSize));
             if (!queued.back()) {
                 return runNoMemory;
@@ -160,5 +161,5 @@ public:
     }
 
 private:
-    InterfaceDevCallback *m_receiver = nullptr;
+    std::atomic<InterfaceDevCallback *> m_receiver{nullptr}; ///< may be set for the next run while one still ends
 };
