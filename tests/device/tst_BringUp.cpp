@@ -16,6 +16,14 @@ void addModels()
     }
 }
 
+/// One that is away for a second of real time when its firmware starts.
+emulator::InstrumentOptions lateInstrument(int model)
+{
+    emulator::InstrumentOptions options = instrumentOf(model);
+    options.returnAfter = 20 * 1000 * emulator::nanosecondsPerMillisecond;
+    return options;
+}
+
 emulator::SetupPacket lastRequest(BringUpDesk &desk)
 {
     return desk.bus->with([](emulator::Instrument &instrument) { return instrument.log().entries().back().setup; });
@@ -132,7 +140,7 @@ void TstBringUp::earlierBuildsAreToldByTheVariantByte()
 void TstBringUp::theReportsComeInOrder()
 {
     BringUpDesk desk;
-    desk.add(instrumentOf(8));
+    desk.add(lateInstrument(8)); // one that is back before its thread tells of the sending ends that report
     desk.bus->plug();
     QTRY_VERIFY(desk.hasEnded());
     QVector<int> states;
@@ -275,7 +283,7 @@ void TstBringUp::aDeviceThatComesBackLateIsBroughtUpAllTheSame()
 {
     BringUpDesk desk;
     desk.init->skipPause = [](int) { return true; }; // ten seconds are over before it is back
-    desk.add(instrumentOf(2));
+    desk.add(lateInstrument(2));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(1, 5));
     QTRY_VERIFY(desk.has(6));
