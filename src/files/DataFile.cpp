@@ -244,11 +244,14 @@ bool DataFile::runOnThread(Mode job, bool dialogAtOnce)
     };
     connect(this, &DataFile::sigReportProgress, &receiver, showProgress, Qt::QueuedConnection);
 
+    const bool waitsQuietly = !dialogAtOnce && m_dialogs;
+    QEventLoop quiet;
+    if (waitsQuietly) {
+        // The thread's last report arrives before its end does. A short job may end before the loop runs.
+        connect(this, &DataFile::sigJobEnded, &quiet, &QEventLoop::quit, Qt::QueuedConnection);
+    }
     start();
-    if (!dialogAtOnce && m_dialogs) {
-        // The thread's last report arrives before its end does.
-        QEventLoop quiet;
-        connect(this, &QThread::finished, &quiet, &QEventLoop::quit, Qt::QueuedConnection);
+    if (waitsQuietly) {
         QTimer::singleShot(dialogDelay, &quiet, &QEventLoop::quit);
         quiet.exec(QEventLoop::ExcludeUserInputEvents);
         if (reached < 100) {
@@ -286,5 +289,6 @@ void DataFile::run()
         emit sigReportProgress(100); // so that the dialog closes
         break;
     }
+    emit sigJobEnded();
     result.store(done, std::memory_order_release);
 }

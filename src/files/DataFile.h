@@ -94,6 +94,9 @@ public:
 signals:
     /// 0 to 100, 100 once at the end of every job that is not cancelled. Emitted on the thread that runs the job.
     void sigReportProgress(int percent);
+    /// A job has ended on its thread: behind its last report, and unlike QThread's own signal before the thread lets go
+    /// of this object. Emitted on that thread.
+    void sigJobEnded();
 
 protected:
     void run() override;

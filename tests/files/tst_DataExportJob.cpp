@@ -240,6 +240,7 @@ void TstDataExportJob::theWindowIsServedWhileAJobRunsAside()
     std::vector<int> reports;
     std::atomic<bool> served{false};
     Job job(*m_data, 200'000, scripted(log, acceptAtTheEnd));
+    job.dialogDelay = 1'000'000; // however slow the machine is
     collect(job, reports, [&served](int) {
         while (!served) {
             std::this_thread::yield();

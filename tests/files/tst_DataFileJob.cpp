@@ -6,7 +6,9 @@
 #include "files/ScriptedDialog.h"
 
 #include <QFileInfo>
+#include <QMetaMethod>
 #include <QTest>
+#include <QVector>
 
 #include <atomic>
 
@@ -21,6 +23,7 @@ private slots:
     void thePercentageCountsWholeUnitsAndStopsAtNinetyNine();
     void aFileLoadsBehindTheDialogFromTheLimitOn_data();
     void aFileLoadsBehindTheDialogFromTheLimitOn();
+    void theEndOfAJobIsListenedForBeforeItBegins();
     void theDialogHasTheTextsOfItsJob_data();
     void theDialogHasTheTextsOfItsJob();
     void reportsRiseToOneHundredOnTheMainThread();
@@ -104,6 +107,30 @@ void TstDataFileJob::aFileLoadsBehindTheDialogFromTheLimitOn()
     QCOMPARE(log.texts.size(), 3 * dialogs);
     QCOMPARE(log.open, 0);
     QCOMPARE(entriesOf(data, 0), (Entries{5, 1000}));
+}
+
+void TstDataFileJob::theEndOfAJobIsListenedForBeforeItBegins()
+{
+    // A job may end as soon as it has begun, and its end is told once.
+    class Watched final : public DataFile {
+    public:
+        using DataFile::DataFile;
+        QVector<QByteArray> inTime;
+        QVector<QByteArray> late;
+
+    protected:
+        void connectNotify(const QMetaMethod &signal) override
+        {
+            (isRunning() || isFinished() ? late : inTime).append(signal.name());
+        }
+    };
+    const qint64 headSize = DataFile::backgroundLoadSize / DataFile::asidePart;
+    DialogLog log;
+    SmpData data(8, 0);
+    Watched file(&data, scripted(log, acceptAtTheEnd));
+    QVERIFY(file.loadData(m_big.folder.write(QByteArray(int(headSize), '\n') + smallPart()), headSize));
+    QVERIFY(file.inTime.contains("sigJobEnded"));
+    QCOMPARE(file.late, QVector<QByteArray>());
 }
 
 void TstDataFileJob::theDialogHasTheTextsOfItsJob_data()
