@@ -66,7 +66,7 @@ private:
         makeDesk();
         m_desk->add(runningInstrument(model));
         m_desk->bus->plug();
-        QTRY_VERIFY(m_desk->hasEnded());
+        QTRY_VERIFY_WITH_TIMEOUT(m_desk->hasEnded(), BringUpDesk::longWait);
         QCOMPARE(m_desk->firstError(), (Report{0, 0}));
     }
     /// The window over a bus with nothing on it.
@@ -263,7 +263,7 @@ void TstMainWindowInit::aPluggedInstrumentIsConnectedWithThresholdAndOutputs()
     QVector<bool> shown; // after each report
     connect(gDevInit, &DevInit::sigInitSta, this, [&] { shown.append(m_connectDialog->isVisible()); });
     m_desk->bus->plug();
-    QTRY_VERIFY(m_desk->hasEnded());
+    QTRY_VERIFY_WITH_TIMEOUT(m_desk->hasEnded(), BringUpDesk::longWait);
     QVERIFY(!shown.takeLast());
     QVERIFY(shown.size() > 5 && !shown.contains(false));
     QCOMPARE(m_desk->firstError(), (Report{0, 0}));
@@ -291,7 +291,7 @@ void TstMainWindowInit::anInstrumentThatIsThereAtTheStartIsFound()
     m_desk->bus->plug();
     QVERIFY(m_desk->reports.isEmpty());
     makeWindow();
-    QTRY_VERIFY(m_desk->has(6));
+    QTRY_VERIFY_WITH_TIMEOUT(m_desk->has(6), BringUpDesk::longWait);
     QCOMPARE(m_desk->reports.first(), (Report{2, 0, 0}));
     QCOMPARE(gDev->model, 3);
 }
@@ -301,7 +301,7 @@ void TstMainWindowInit::aPulledInstrumentIsTold()
     connectInstrument(8);
     QVERIFY(looksConnected());
     m_desk->bus->unplug();
-    QTRY_COMPARE(status()->text(), QStringLiteral("Device unconnected"));
+    QTRY_COMPARE_WITH_TIMEOUT(status()->text(), QStringLiteral("Device unconnected"), BringUpDesk::longWait);
     QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Unconnected - CorvanLUX"));
     QVERIFY(!looksConnected());
 }
@@ -311,10 +311,10 @@ void TstMainWindowInit::anInstrumentOfTheSameModelKeepsTheCapture()
     connectInstrument(8);
     capture(1234);
     m_desk->bus->unplug();
-    QTRY_VERIFY(!gDev->connected);
+    QTRY_VERIFY_WITH_TIMEOUT(!gDev->connected, BringUpDesk::longWait);
     QCOMPARE(gDev->smpData->sampleCount(), std::int64_t(1234));
     m_desk->bus->plug();
-    QTRY_VERIFY(gDev->connected);
+    QTRY_VERIFY_WITH_TIMEOUT(gDev->connected, BringUpDesk::longWait);
     QCOMPARE(gDev->smpData->sampleCount(), std::int64_t(1234));
 }
 
@@ -351,7 +351,7 @@ void TstMainWindowInit::aSettingsFileKeepsTheInstrumentConnected()
         QVERIFY(i.outputs().pwm(0).enabled);
     });
     m_desk->bus->unplug();
-    QTRY_VERIFY(!gDev->connected);
+    QTRY_VERIFY_WITH_TIMEOUT(!gDev->connected, BringUpDesk::longWait);
 }
 
 void TstMainWindowInit::aSettingsFileOfAnotherModelLetsGoOfTheInstrument()
@@ -383,7 +383,7 @@ void TstMainWindowInit::theAboutDialogTellsTheInstrument()
     QCOMPARE(int(info.bcdUsb), 0x0200);
     QVERIFY(systemInfoText(info).contains(QStringLiteral("Device ID: 1032547698badcfe0102")));
     m_desk->bus->unplug();
-    QTRY_VERIFY(!gDev->connected);
+    QTRY_VERIFY_WITH_TIMEOUT(!gDev->connected, BringUpDesk::longWait);
     QVERIFY(systemInfoText(systemInfoNow()).contains(QStringLiteral("Device ID: 00000000000000000000")));
 }
 
@@ -409,7 +409,7 @@ void TstMainWindowInit::theWindowMayGoAtAnyReport()
     }
     m_desk->bus->plug();
     // As at the end of the program: the window goes, the rest while the thread may be at any step.
-    QTRY_VERIFY(m_desk->has(sta));
+    QTRY_VERIFY_WITH_TIMEOUT(m_desk->has(sta), BringUpDesk::longWait);
     m_window->close();
     m_window.reset();
     m_desk.reset();

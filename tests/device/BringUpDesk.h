@@ -22,6 +22,7 @@ using Report = QVector<int>; ///< state, error, value
 /// real one. One at a time: the globals are its own. Main thread.
 struct BringUpDesk {
     enum Window { WithoutWindow, WithWindow };
+    static constexpr int longWait = 30000; ///< ms: never waited for when all is well
 
     explicit BringUpDesk(int model = 0, Window window = WithoutWindow) : hasWindow(window == WithWindow)
     {
