@@ -203,17 +203,23 @@ void InstrumentCaptures::everyModelIsUnpluggedWhileItSends()
 void InstrumentCaptures::aStreamNeverLacksAPendingRead()
 {
     InstrumentOptions options = optionsOf(5);
-    options.pace = 0.25; // some 130 ms a buffer, so that a busy machine is no matter
-    const auto desk = connected(options);
-    QVERIFY(desk != nullptr);
-    constexpr int depthIndex = 4; // 5 million samples: ten buffers
-    gDev->setSmpDepthIndex(depthIndex);
-    QVERIFY(desk->capture());
-    QCOMPARE(desk->lastError(), 0);
-    QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
-    QCOMPARE(differenceOf(*gDev->smpData, *makeSignal(), 0), QString());
-    QVERIFY(desk->road->bus().with([](Instrument &i) { return i.inBytes(); }) > 9'000'000);
-    QCOMPARE(desk->road->bus().fewestReadsLeft(), 1);
+    options.pace = 0.25; // some 130 ms a buffer
+    // A machine that is busy for all of that time is late now and then, a host that queues too few reads always.
+    constexpr int attempts = 5;
+    int fewest = 0;
+    for (int attempt = 0; attempt < attempts && fewest < 1; ++attempt) {
+        const auto desk = connected(options);
+        QVERIFY(desk != nullptr);
+        constexpr int depthIndex = 4; // 5 million samples: ten buffers
+        gDev->setSmpDepthIndex(depthIndex);
+        QVERIFY(desk->capture());
+        QCOMPARE(desk->lastError(), 0);
+        QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
+        QCOMPARE(differenceOf(*gDev->smpData, *makeSignal(), 0), QString());
+        QVERIFY(desk->road->bus().with([](Instrument &i) { return i.inBytes(); }) > 9'000'000);
+        fewest = desk->road->bus().fewestReadsLeft();
+    }
+    QCOMPARE(fewest, 1);
 }
 
 void InstrumentCaptures::aStreamOfFewChannelsIsAsWhole()
