@@ -1,6 +1,7 @@
 // Bring-up with everything that goes wrong on the wire, at every transfer.
 
 #include "BringUpDesk.h"
+#include "support/WrongTransfer.h"
 
 using emulator::Fault;
 using emulator::FaultAction;
@@ -53,26 +54,7 @@ Outcome outcomeOfFailure(const std::vector<Entry> &transfers, std::size_t number
     }
 }
 
-enum class Wrong { Stalled, Failed, Short, Nothing };
-
-Fault faultOf(Wrong wrong, const Entry &entry)
-{
-    switch (wrong) {
-    case Wrong::Stalled:
-        return {FaultAction::Stall};
-    case Wrong::Failed:
-        return {FaultAction::Fail};
-    case Wrong::Short:
-        return {FaultAction::Shorten, std::max<std::uint64_t>(entry.length, 1) - 1};
-    case Wrong::Nothing:
-        return {FaultAction::Shorten, 0};
-    }
-    return {};
-}
-
 } // namespace
-
-Q_DECLARE_METATYPE(Wrong)
 
 class TstBringUpFaults : public QObject {
     Q_OBJECT
@@ -123,7 +105,7 @@ void TstBringUpFaults::everyTransferThatGoesWrongIsToldAndTheNextAttachWorks()
         }
         BringUpDesk desk;
         desk.add(instrumentOf(model));
-        desk.bus->with([&](emulator::Instrument &i) { i.faults().atTransfer(k, faultOf(wrong, entry)); });
+        desk.bus->with([&](emulator::Instrument &i) { i.faults().atTransfer(k, faultOf(wrong, entry.length)); });
         desk.bus->plug();
         QTRY_VERIFY(desk.hasEnded() && !desk.init->isWorking());
         QVERIFY2(desk.firstError() == expected.error, qPrintable(QStringLiteral("transfer %1").arg(k)));

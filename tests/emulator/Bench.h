@@ -19,6 +19,18 @@ using emulator::SetupPacket;
 
 constexpr std::uint64_t millisecond = 1'000'000;
 
+/// An instrument that comes with its firmware running, and whose sample i is sample i of the signal.
+/// @param pace  of the real one's, 0 for as fast as it is asked
+inline InstrumentOptions steadyOptions(int model = 8, double pace = 0)
+{
+    InstrumentOptions options;
+    options.model = model;
+    options.firmwareInside = true;
+    options.pace = pace;
+    options.direct = true;
+    return options;
+}
+
 inline Bytes little(std::uint64_t value, int bytes)
 {
     Bytes out;

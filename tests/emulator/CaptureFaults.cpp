@@ -33,23 +33,6 @@ emulator::InstrumentOptions optionsOf(int model)
     return options;
 }
 
-Fault faultOf(Wrong wrong, std::size_t length)
-{
-    switch (wrong) {
-    case Wrong::Stalled:
-        return {FaultAction::Stall};
-    case Wrong::Failed:
-        return {FaultAction::Fail};
-    case Wrong::Short:
-        return {FaultAction::Shorten, std::max<std::uint64_t>(length, 1) - 1};
-    case Wrong::Nothing:
-        return {FaultAction::Shorten, 0};
-    case Wrong::Unplugged:
-        return {FaultAction::Unplug};
-    }
-    return {};
-}
-
 } // namespace
 
 CaptureFaultDesk::CaptureFaultDesk(std::unique_ptr<InstrumentRoad> road, int model)

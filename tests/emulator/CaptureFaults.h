@@ -2,19 +2,23 @@
 
 #include "Instrument.h"
 #include "emulator/InstrumentDesk.h"
+#include "support/WrongTransfer.h"
 
 #include <memory>
 #include <vector>
 
-/// What befalls a transfer of a capture.
-enum class Wrong { Stalled, Failed, Short, Nothing, Unplugged };
-Q_DECLARE_METATYPE(Wrong)
+/// Names a place of a test's loop, for its messages.
+inline QByteArray placeOf(const char *what, std::uint64_t number)
+{
+    return QByteArray(what) + ' ' + QByteArray::number(qulonglong(number));
+}
 
 /// An instrument of one model that is connected, and captures whose transfers go wrong. Captures are as short as the
 /// model allows, of a signal so busy that each takes several reads. Main thread.
 class CaptureFaultDesk {
 public:
     using Entry = emulator::TransferLog::Entry;
+    static constexpr int readFailed = 3; ///< what a capture reports
 
     CaptureFaultDesk(std::unique_ptr<InstrumentRoad> road, int model);
 

@@ -24,11 +24,6 @@ void addKinds()
     QTest::newRow("streaming") << 5;
 }
 
-QByteArray at(const char *what, std::uint64_t number)
-{
-    return QByteArray(what) + ' ' + QByteArray::number(qulonglong(number));
-}
-
 } // namespace
 
 class TstCaptureFaultsUmockdev : public QObject {
@@ -40,9 +35,6 @@ private slots:
     void everyReadThatFailsIsToldAndTheNextCaptureWorks();
     void aPlugPulledAtAnyReadIsToldAndTheNextAttachWorks_data();
     void aPlugPulledAtAnyReadIsToldAndTheNextAttachWorks();
-
-private:
-    static constexpr int readFailed = 3;
 };
 
 void TstCaptureFaultsUmockdev::everyRequestThatFailsIsToldAndTheNextCaptureWorks_data()
@@ -56,7 +48,7 @@ void TstCaptureFaultsUmockdev::everyRequestThatFailsIsToldAndTheNextCaptureWorks
     CaptureFaultDesk faults(std::make_unique<UmockdevRoad>(), model);
     QVERIFY(faults.isGood());
     for (std::size_t k = 0; k < faults.requests().size(); ++k) {
-        const QByteArray place = at("request", k);
+        const QByteArray place = placeOf("request", k);
         QVERIFY2(faults.captureWithRequest(k, Wrong::Failed), place);
         QVERIFY2(faults.desk->lastError() == faults.errorOf(k), place);
         QVERIFY2(faults.leavesNothing(), place);
@@ -77,9 +69,9 @@ void TstCaptureFaultsUmockdev::everyReadThatFailsIsToldAndTheNextCaptureWorks()
     for (std::uint64_t offset = 0; offset < faults.readBytes(); offset += CaptureFaultDesk::readSize) {
         const FaultAction action =
             offset / CaptureFaultDesk::readSize % 2 == 0 ? FaultAction::Stall : FaultAction::Fail;
-        const QByteArray place = at("byte", offset);
+        const QByteArray place = placeOf("byte", offset);
         QVERIFY2(faults.captureWithRead(offset, action), place);
-        QVERIFY2(faults.desk->lastError() == readFailed, place);
+        QVERIFY2(faults.desk->lastError() == CaptureFaultDesk::readFailed, place);
         QVERIFY2(faults.keepsWhatCameBefore(offset), place);
         QVERIFY2(faults.leavesNothing(), place);
     }
@@ -97,9 +89,9 @@ void TstCaptureFaultsUmockdev::aPlugPulledAtAnyReadIsToldAndTheNextAttachWorks()
     CaptureFaultDesk faults(std::make_unique<UmockdevRoad>(), model);
     QVERIFY(faults.isGood());
     for (std::uint64_t offset = 0; offset < faults.readBytes(); offset += CaptureFaultDesk::readSize) {
-        const QByteArray place = at("byte", offset);
+        const QByteArray place = placeOf("byte", offset);
         QVERIFY2(faults.captureWithRead(offset, FaultAction::Unplug), place);
-        QVERIFY2(faults.desk->lastError() == readFailed, place);
+        QVERIFY2(faults.desk->lastError() == CaptureFaultDesk::readFailed, place);
         QVERIFY2(faults.keepsWhatCameBefore(offset), place);
         QVERIFY2(faults.leavesNothing(), place);
         QCOMPARE(faults.soundCaptureAfterReplug(), QString());

@@ -11,7 +11,6 @@ Q_DECLARE_METATYPE(FaultAction)
 
 namespace {
 
-constexpr int readFailed = 3;
 constexpr int noMemory = 4;
 constexpr int endedEarly = 14;
 
@@ -33,11 +32,6 @@ void addModels()
     QTest::newRow("mixed signals") << 97;
     QTest::newRow("slices") << 5;
     QTest::newRow("bytes") << 1;
-}
-
-QByteArray at(const char *what, std::uint64_t number)
-{
-    return QByteArray(what) + ' ' + QByteArray::number(qulonglong(number));
 }
 
 } // namespace
@@ -72,9 +66,9 @@ void TstCaptureReadFaults::everyReadThatFailsIsToldAndTheNextCaptureWorks()
     QVERIFY(faults.readBytes() > 2 * CaptureFaultDesk::readSize);
     for (std::uint64_t offset = 0; offset < faults.readBytes(); offset += CaptureFaultDesk::readSize / 2) {
         for (const FaultAction action : {FaultAction::Stall, FaultAction::Fail}) {
-            const QByteArray place = at("byte", offset);
+            const QByteArray place = placeOf("byte", offset);
             QVERIFY2(faults.captureWithRead(offset, action), place);
-            QVERIFY2(faults.desk->lastError() == readFailed, place);
+            QVERIFY2(faults.desk->lastError() == CaptureFaultDesk::readFailed, place);
             // The reads before were whole, and what they brought is kept.
             QVERIFY2(faults.keepsWhatCameBefore(offset), place);
             QVERIFY2(faults.leavesNothing(), place);
@@ -96,9 +90,9 @@ void TstCaptureReadFaults::aPlugPulledAtAnyReadIsToldAndTheNextAttachWorks()
     CaptureFaultDesk faults(std::make_unique<EmulatedRoad>(), model);
     QVERIFY(faults.isGood());
     for (std::uint64_t offset = 0; offset < faults.readBytes(); offset += CaptureFaultDesk::readSize / 2) {
-        const QByteArray place = at("byte", offset);
+        const QByteArray place = placeOf("byte", offset);
         QVERIFY2(faults.captureWithRead(offset, FaultAction::Unplug), place);
-        QVERIFY2(faults.desk->lastError() == readFailed, place);
+        QVERIFY2(faults.desk->lastError() == CaptureFaultDesk::readFailed, place);
         QVERIFY2(faults.keepsWhatCameBefore(offset), place);
         QVERIFY2(faults.leavesNothing(), place);
         QCOMPARE(faults.soundCaptureAfterReplug(), QString());
@@ -119,10 +113,10 @@ void TstCaptureReadFaults::dataThatEndEarlyAreToldAndTheNextCaptureWorks()
     // A memory that ends in the midst of a read is waited for: one such case will do.
     const std::uint64_t step = CaptureFaultDesk::readSize / (faults.streams() ? 2 : 1);
     for (std::uint64_t offset = 0; offset < faults.readBytes(); offset += step) {
-        const QByteArray place = at("byte", offset);
+        const QByteArray place = placeOf("byte", offset);
         const bool isShort = offset % CaptureFaultDesk::readSize != 0;
         QVERIFY2(faults.captureWithRead(offset, FaultAction::End), place);
-        QVERIFY2(faults.desk->lastError() == (isShort ? endedEarly : readFailed), place);
+        QVERIFY2(faults.desk->lastError() == (isShort ? endedEarly : CaptureFaultDesk::readFailed), place);
         QVERIFY2(faults.keepsWhatCameBefore(isShort ? offset + step : offset), place);
         QVERIFY2(faults.leavesNothing(), place);
     }
@@ -148,7 +142,7 @@ void TstCaptureReadFaults::dataThatFallSilentAreToldAfterTheTimeOut()
     QVERIFY(faults.isGood());
     constexpr std::uint64_t offset = CaptureFaultDesk::readSize * 3 / 2;
     QVERIFY(faults.captureWithRead(offset, action));
-    QCOMPARE(faults.desk->lastError(), readFailed);
+    QCOMPARE(faults.desk->lastError(), CaptureFaultDesk::readFailed);
     QVERIFY(faults.keepsWhatCameBefore(offset));
     QVERIFY(faults.leavesNothing());
     QCOMPARE(faults.soundCapture(), QString());
@@ -174,7 +168,7 @@ void TstCaptureReadFaults::aBudgetSpentAtAnyMomentIsToldAndTheNextCaptureWorks()
                        {begun + 1 + CaptureFaultDesk::readSize, begun + 1 + 2 * CaptureFaultDesk::readSize});
     }
     for (const std::int64_t budget : budgets) {
-        const QByteArray place = at("budget", std::uint64_t(budget));
+        const QByteArray place = placeOf("budget", std::uint64_t(budget));
         gDev->smpData->clear();
         memBudget = budget;
         QVERIFY2(faults.captureWith([](Instrument &) {}), place);

@@ -14,8 +14,6 @@ using emulator::Instrument;
 
 namespace {
 
-constexpr int readFailed = 3;
-
 /// A platform that lets a test act between two requests, on the thread that made them.
 class WatchedPlatform final : public UsbPlatformEmulated {
 public:
@@ -90,12 +88,7 @@ int errorWhenGone(const CaptureFaultDesk &faults, std::size_t number)
     if (number <= std::size_t(begin - requests.begin())) {
         return notOpen;
     }
-    return number <= std::size_t(end - requests.begin()) ? readFailed : 0;
-}
-
-QByteArray at(const char *what, std::uint64_t number)
-{
-    return QByteArray(what) + ' ' + QByteArray::number(qulonglong(number));
+    return number <= std::size_t(end - requests.begin()) ? CaptureFaultDesk::readFailed : 0;
 }
 
 } // namespace
@@ -162,7 +155,7 @@ void TstCaptureRequestFaults::everyRequestThatGoesWrongIsToldAndTheNextCaptureWo
         if ((isCut && length == 0) || (wrong == Wrong::Short && length == 1)) {
             continue; // what has no data cannot be short
         }
-        const QByteArray place = at("request", k);
+        const QByteArray place = placeOf("request", k);
         QVERIFY2(faults.captureWithRequest(k, wrong), place);
         QVERIFY2(faults.desk->lastError() == faults.errorOf(k), place);
         QVERIFY2(faults.leavesNothing(), place);
@@ -185,7 +178,7 @@ void TstCaptureRequestFaults::aPlugPulledAtAnyRequestIsToldAndTheNextAttachWorks
     CaptureFaultDesk &faults = watched.faults;
     QVERIFY(faults.isGood());
     for (std::size_t k = 0; k < faults.requests().size(); ++k) {
-        const QByteArray place = at("request", k);
+        const QByteArray place = placeOf("request", k);
         QVERIFY2(faults.captureWithRequest(k, Wrong::Unplugged), place);
         const int error = faults.desk->lastError();
         const bool isLast = faults.streams() && k + 2 >= faults.requests().size();
@@ -222,7 +215,7 @@ void TstCaptureRequestFaults::aDeviceThatIsFoundGoneBeforeAnyRequestIsToldAndThe
                                   isMain ? Qt::DirectConnection : Qt::BlockingQueuedConnection);
     };
     for (std::size_t k = 1; k <= faults.requests().size(); ++k) {
-        const QByteArray place = at("after request", k - 1);
+        const QByteArray place = placeOf("after request", k - 1);
         watched.platform->after(k, findGone);
         QVERIFY2(faults.captureWith([](Instrument &) {}), place);
         QVERIFY2(faults.desk->lastError() == errorWhenGone(faults, k), place);

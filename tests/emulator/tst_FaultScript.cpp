@@ -13,19 +13,10 @@ using emulator::WaveSignal;
 
 namespace {
 
-InstrumentOptions ready(int model)
-{
-    InstrumentOptions o;
-    o.model = model;
-    o.firmwareInside = true;
-    o.pace = 0;
-    o.direct = true;
-    return o;
-}
-
 /// A running device whose signal changes all the time.
 struct Rig {
-    explicit Rig(int model = 8) : device(ready(model), std::make_shared<WaveSignal>(1, WaveSignal::counter(32, 3)))
+    explicit Rig(int model = 8)
+        : device(steadyOptions(model), std::make_shared<WaveSignal>(1, WaveSignal::counter(32, 3)))
     {
         if (!bringUp(device)) {
             qFatal("not brought up");
@@ -312,7 +303,7 @@ void TstFaultScript::aBadWordIsToldAndAddsNothing()
 {
     QFETCH(int, model);
     QFETCH(QByteArray, word);
-    Instrument device(ready(model));
+    Instrument device(steadyOptions(model));
     const QString problem = added(device, word.constData());
     QVERIFY2(problem.startsWith(QStringLiteral("fault \"%1\": ").arg(QString::fromLatin1(word))), qPrintable(problem));
     device.attach();

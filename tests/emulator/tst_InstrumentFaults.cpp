@@ -15,20 +15,10 @@ namespace requests = emulator::requests;
 
 namespace {
 
-InstrumentOptions ready(int model)
-{
-    InstrumentOptions o;
-    o.model = model;
-    o.firmwareInside = true;
-    o.pace = 0;
-    o.direct = true;
-    return o;
-}
-
 /// A device with a finished capture of 3000 samples.
 struct Captured {
     explicit Captured(int model = 8)
-        : signal(std::make_shared<WaveSignal>(1, WaveSignal::counter(16, 3))), device(ready(model), signal)
+        : signal(std::make_shared<WaveSignal>(1, WaveSignal::counter(16, 3))), device(steadyOptions(model), signal)
     {
         bool good = bringUp(device) && configure(device, {.depth = 3000}) && run(device);
         for (int i = 0; i < 5; ++i) {
@@ -107,7 +97,7 @@ void TstInstrumentFaults::eachTransferOfABringUpCanFail()
 
 void TstInstrumentFaults::aShortenedRequestMovesFewerBytes()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     device.faults().atTransfer(0, {FaultAction::Shorten, 3});
     QCOMPARE(ask(device, 0xA2, 0x08, 8).size(), std::size_t(3));
@@ -118,7 +108,7 @@ void TstInstrumentFaults::aShortenedRequestMovesFewerBytes()
 
 void TstInstrumentFaults::aShortenedWriteTakesFewerBytes()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     QVERIFY(sent(device, 0x50, 0, little(100, 4)));
     device.faults().atOutByte(0, {FaultAction::Shorten, 1000});
@@ -130,7 +120,7 @@ void TstInstrumentFaults::aShortenedWriteTakesFewerBytes()
 
 void TstInstrumentFaults::aRequestWithoutAnAnswerStaysUnanswered()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     device.faults().atTransfer(0, Fault{FaultAction::Silence});
     QCOMPARE(send(device, 0x38, 0).outcome, Outcome::NotYet);
@@ -139,7 +129,7 @@ void TstInstrumentFaults::aRequestWithoutAnAnswerStaysUnanswered()
 
 void TstInstrumentFaults::aSlowAnswerSaysByHowMuch()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     device.faults().atTransfer(0, {FaultAction::Delay, 1234});
     const Answer answer = send(device, 0x38, 0);
@@ -150,7 +140,7 @@ void TstInstrumentFaults::aSlowAnswerSaysByHowMuch()
 
 void TstInstrumentFaults::theNthRequestOfAKindIsStruck()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     device.faults().atRequest(requests::bulkStop, 2, Fault{FaultAction::Stall});
     QVERIFY(sent(device, 0x38, 0));
@@ -162,7 +152,7 @@ void TstInstrumentFaults::theNthRequestOfAKindIsStruck()
 
 void TstInstrumentFaults::everyStatusWordCanBeBad()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     QVERIFY(bringUp(device));
     device.faults().setStatus(0xBEEF);
     QCOMPARE(int(status(device)), 0xBEEF);
@@ -207,7 +197,7 @@ void TstInstrumentFaults::thePlugIsPulledAtAByteOfABulkRead()
 
 void TstInstrumentFaults::thePlugIsPulledInAWrite()
 {
-    Instrument device(ready(8));
+    Instrument device(steadyOptions(8));
     device.attach();
     device.faults().atOutByte(5000, Fault{FaultAction::Unplug});
     QCOMPARE(uploadFpga(device, 10000), -1);
@@ -241,7 +231,7 @@ void TstInstrumentFaults::theBulkReadIsLateAtAByte()
 
 void TstInstrumentFaults::aStreamEndsEarly()
 {
-    Instrument device(ready(5));
+    Instrument device(steadyOptions(5));
     QVERIFY(bringUp(device) && configure(device, {}) && run(device));
     device.faults().atInByte(5000, Fault{FaultAction::End});
     QVERIFY(sent(device, 0x30, 0));

@@ -14,16 +14,6 @@ namespace {
 constexpr std::uint8_t pipeOf8 = 0x82; // of the model with eight channels
 constexpr std::uint8_t pipeOf16 = 0x86;
 
-InstrumentOptions options(int model, double pace = 0)
-{
-    InstrumentOptions o;
-    o.model = model;
-    o.pace = pace;
-    o.direct = true;
-    o.firmwareInside = true;
-    return o;
-}
-
 std::vector<Wave> busy(int channels)
 {
     std::vector<Wave> waves;
@@ -62,7 +52,7 @@ private Q_SLOTS:
 void TstInstrumentStream::theEightChannelModelSendsOneByteASample()
 {
     auto signal = std::make_shared<WaveSignal>(1, busy(8));
-    Instrument device(options(1), signal);
+    Instrument device(steadyOptions(1), signal);
     QVERIFY(start(device, 0x0F)); // all eight come, whatever is enabled
     const Bytes got = readBulk(device, 40960, 4096, pipeOf8);
     QCOMPARE(got.size(), std::size_t(40960));
@@ -90,7 +80,7 @@ void TstInstrumentStream::theChannelsTakeTurnsInRisingOrder()
         mask |= 1U << channel;
     }
     auto signal = std::make_shared<WaveSignal>(1, busy(16));
-    Instrument device(options(5), signal);
+    Instrument device(steadyOptions(5), signal);
     QVERIFY(start(device, mask));
     const Bytes got = readBulk(device, 65536, 4096, pipeOf16);
     const std::vector<std::uint32_t> samples = decodeSliced(got, std::vector<int>(channels.begin(), channels.end()));
@@ -101,8 +91,8 @@ void TstInstrumentStream::theChannelsTakeTurnsInRisingOrder()
 void TstInstrumentStream::readsOfAnySizeGiveTheSameStream()
 {
     const auto signal = [] { return std::make_shared<WaveSignal>(1, busy(5)); };
-    Instrument whole(options(5), signal());
-    Instrument pieces(options(5), signal());
+    Instrument whole(steadyOptions(5), signal());
+    Instrument pieces(steadyOptions(5), signal());
     QVERIFY(start(whole, 0x1F));
     QVERIFY(start(pieces, 0x1F));
     const Bytes wanted = readBulk(whole, 51200, 51200);
@@ -117,7 +107,7 @@ void TstInstrumentStream::readsOfAnySizeGiveTheSameStream()
 
 void TstInstrumentStream::theStreamBeginsAnewWithEachStart()
 {
-    Instrument device(options(5), std::make_shared<WaveSignal>(1, busy(16)));
+    Instrument device(steadyOptions(5), std::make_shared<WaveSignal>(1, busy(16)));
     QVERIFY(start(device));
     const Bytes first = readBulk(device, 8192);
     QVERIFY(run(device, false) && sent(device, 0x38, 0) && sent(device, 0x38, 0));
@@ -128,7 +118,7 @@ void TstInstrumentStream::theStreamBeginsAnewWithEachStart()
 void TstInstrumentStream::aPacedStreamBringsItsRateInWholePackets()
 {
     // 800 MHz / 80: 10 MHz and 16 channels, 20,000 bytes a millisecond.
-    Instrument device(options(5, 1.0), std::make_shared<WaveSignal>(1, busy(16)));
+    Instrument device(steadyOptions(5, 1.0), std::make_shared<WaveSignal>(1, busy(16)));
     QVERIFY(start(device, 0xFFFF, 80));
     Bytes buffer(1 << 20);
     QCOMPARE(device.bulkIn(pipeOf16, buffer).outcome, Outcome::NotYet);
@@ -145,7 +135,7 @@ void TstInstrumentStream::aPacedStreamBringsItsRateInWholePackets()
 
 void TstInstrumentStream::aHalfPaceBringsHalf()
 {
-    Instrument device(options(1, 0.5), nullptr);
+    Instrument device(steadyOptions(1, 0.5), nullptr);
     QVERIFY(start(device, 0xFF, 48)); // 1 MHz
     device.tick(1024 * millisecond);
     QCOMPARE(readBulk(device, 1 << 21, 512, pipeOf8).size(), std::size_t(512 * 1000));
@@ -153,7 +143,7 @@ void TstInstrumentStream::aHalfPaceBringsHalf()
 
 void TstInstrumentStream::nothingIsSentBeforeTheRunOrWithoutTheBulkStart()
 {
-    Instrument device(options(5), nullptr);
+    Instrument device(steadyOptions(5), nullptr);
     QVERIFY(bringUp(device) && configure(device, {}));
     Bytes buffer(512);
     QVERIFY(sent(device, 0x30, 0));
@@ -166,7 +156,7 @@ void TstInstrumentStream::nothingIsSentBeforeTheRunOrWithoutTheBulkStart()
 
 void TstInstrumentStream::aStoppedStreamEndsTheReadThatWaits()
 {
-    Instrument device(options(5), nullptr);
+    Instrument device(steadyOptions(5), nullptr);
     QVERIFY(start(device));
     Bytes buffer(512);
     QVERIFY(device.bulkIn(pipeOf16, buffer).ends);
@@ -178,7 +168,7 @@ void TstInstrumentStream::aStoppedStreamEndsTheReadThatWaits()
 
 void TstInstrumentStream::anEndThatNobodyFetchedIsForgottenAtTheNextStop()
 {
-    Instrument device(options(5), nullptr);
+    Instrument device(steadyOptions(5), nullptr);
     Bytes buffer(512);
     QVERIFY(start(device));
     QVERIFY(run(device, false) && sent(device, 0x38, 0));
@@ -192,7 +182,7 @@ void TstInstrumentStream::anEndThatNobodyFetchedIsForgottenAtTheNextStop()
 
 void TstInstrumentStream::aSilentStopLeavesTheReadWaiting()
 {
-    InstrumentOptions o = options(5);
+    InstrumentOptions o = steadyOptions(5);
     o.silentStop = true;
     Instrument device(o, nullptr);
     QVERIFY(start(device));
@@ -203,7 +193,7 @@ void TstInstrumentStream::aSilentStopLeavesTheReadWaiting()
 
 void TstInstrumentStream::fullSpeedSendsSmallPackets()
 {
-    InstrumentOptions o = options(5, 1.0);
+    InstrumentOptions o = steadyOptions(5, 1.0);
     o.speed = emulator::Speed::Full;
     Instrument device(o, nullptr);
     QVERIFY(start(device, 0xFFFF, 8000)); // 100 kHz: 200 bytes a millisecond

@@ -14,20 +14,11 @@ using Wave = emulator::WaveSignal::Wave;
 
 namespace {
 
-InstrumentOptions options(double pace)
-{
-    InstrumentOptions o;
-    o.model = 5;
-    o.firmwareInside = true;
-    o.pace = pace;
-    o.direct = true;
-    return o;
-}
-
 /// A streaming instrument behind its queue: 16 channels at 10 MHz are 20,000 bytes a millisecond.
 struct Rig {
     explicit Rig(double pace = 0)
-        : device(options(pace), std::make_shared<emulator::WaveSignal>(1, emulator::WaveSignal::counter(16, 5))),
+        : device(steadyOptions(5, pace),
+                 std::make_shared<emulator::WaveSignal>(1, emulator::WaveSignal::counter(16, 5))),
           queue(device)
     {
         if (!bringUp(device) || !configure(device, {.divider = 80})) {

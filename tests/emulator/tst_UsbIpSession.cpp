@@ -15,16 +15,6 @@ using usbIpClient::unlink;
 
 namespace {
 
-InstrumentOptions options(int model = 8)
-{
-    InstrumentOptions o;
-    o.model = model;
-    o.firmwareInside = true;
-    o.pace = 0;
-    o.direct = true;
-    return o;
-}
-
 Bytes take(Session &session)
 {
     session.pump();
@@ -47,7 +37,7 @@ Bytes give(Session &session, const Bytes &bytes)
 /// An imported device.
 struct Rig {
     explicit Rig(int model = 8)
-        : device(options(model), std::make_shared<emulator::WaveSignal>(1, emulator::WaveSignal::counter(16, 5)))
+        : device(steadyOptions(model), std::make_shared<emulator::WaveSignal>(1, emulator::WaveSignal::counter(16, 5)))
     {
         device.attach();
         session = std::make_unique<Session>(device, false);
@@ -88,7 +78,7 @@ private Q_SLOTS:
 
 void TstUsbIpSession::theListDescribesTheDeviceAndItsInterface()
 {
-    Instrument device(options());
+    Instrument device(steadyOptions());
     device.attach();
     Session session(device, false);
     const Bytes got = give(session, Bytes{0x01, 0x11, 0x80, 0x05, 0, 0, 0, 0});
@@ -105,7 +95,7 @@ void TstUsbIpSession::theListDescribesTheDeviceAndItsInterface()
 
 void TstUsbIpSession::theListIsEmptyWhileNothingIsPluggedIn()
 {
-    Instrument device(options());
+    Instrument device(steadyOptions());
     Session session(device, false);
     QCOMPARE(give(session, Bytes{0x01, 0x11, 0x80, 0x05, 0, 0, 0, 0}),
              (Bytes{0x01, 0x11, 0x00, 0x05, 0, 0, 0, 0, 0, 0, 0, 0}));
@@ -138,7 +128,7 @@ void TstUsbIpSession::onlyAFreeDeviceThatIsThereIsImported()
     QFETCH(bool, there);
     QFETCH(bool, taken);
     QFETCH(quint32, status);
-    Instrument device(options());
+    Instrument device(steadyOptions());
     if (there) {
         device.attach();
     }
@@ -151,7 +141,7 @@ void TstUsbIpSession::onlyAFreeDeviceThatIsThereIsImported()
 
 void TstUsbIpSession::anotherVersionEndsTheConnection()
 {
-    Instrument device(options());
+    Instrument device(steadyOptions());
     device.attach();
     Session session(device, false);
     QVERIFY(give(session, Bytes{0x01, 0x06, 0x80, 0x05, 0, 0, 0, 0}).empty());
@@ -232,7 +222,7 @@ void TstUsbIpSession::aReadThatIsTakenBackIsReset()
 
 void TstUsbIpSession::aReadThatIsTakenBackKeepsItsData()
 {
-    InstrumentOptions o = options(5);
+    InstrumentOptions o = steadyOptions(5);
     o.pace = 1.0;
     Instrument device(o, nullptr);
     QVERIFY(bringUp(device) && configure(device, {.divider = 80}));
