@@ -202,16 +202,19 @@ void VthSetting::refuse(int row)
         return;
     }
     QLineEdit *edit = vthEdits.at(row);
-    edit->setFocus();
+    // Before the focus moves, which may finish the other row's field with a box of its own.
     edit->setText(QStringLiteral("0"));
-    edit->selectAll();
     m_taken[std::size_t(row)].reset();
+    edit->setFocus();
+    edit->selectAll();
 }
 
 void VthSetting::takeLeftFields()
 {
     for (int row = 0; row < vthEdits.size(); ++row) {
-        if (!m_taken[std::size_t(row)] && window()->focusWidget() != vthEdits.at(row)) {
+        // A field that a family disables loses the focus before it shows the family's threshold.
+        const QLineEdit *edit = vthEdits.at(row);
+        if (edit->isEnabled() && window()->focusWidget() != edit) {
             takeVoltage(row);
         }
     }

@@ -64,8 +64,8 @@ private:
     void takeLevel(int row, int index);
     bool takeVoltage(int row);
     void refuse(int row);
-    /// Takes fields that were left as a refusal had filled them. Qt finishes only fields that were edited since it last
-    /// did, and that zero came in the midst of it.
+    /// Takes what stands in fields without the focus and is not in effect yet: the zero of a refusal, which came while
+    /// Qt was finishing the field and so does not count as edited, and what was finished while a box was open.
     void takeLeftFields();
 
     std::vector<std::optional<QString>> m_taken; ///< the field's text that is in effect; none behind a refused one
