@@ -273,6 +273,9 @@ void TstDataFileBadInput::anUnreadableFileKeepsTheFormerCapture()
 {
     const FileFolder folder;
     const QString path = folder.write(oneBlock());
+#ifdef Q_OS_WIN
+    QSKIP("a file cannot be made unreadable by its permissions there");
+#endif
     QVERIFY(QFile::setPermissions(path, {}));
     if (QFile probe(path); probe.open(QIODevice::ReadOnly)) {
         QSKIP("permissions do not bind this user");
