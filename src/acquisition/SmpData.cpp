@@ -3,6 +3,8 @@
 #include "acquisition/SmpDataBlocks.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 using namespace smpBlocks;
 
@@ -40,26 +42,25 @@ SmpReadLock::SmpReadLock(const SmpData *data) : m_data(data)
     if (m_data->complete.load(std::memory_order_seq_cst)) {
         return;
     }
-    std::atomic<int> &readers = m_data->m_readers;
+    m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst);
     m_data = nullptr;
-    if (readers.fetch_sub(1, std::memory_order_seq_cst) == 1) {
-        readers.notify_all();
-    }
 }
 
 SmpReadLock::~SmpReadLock()
 {
-    if (m_data != nullptr && m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst) == 1) {
-        m_data->m_readers.notify_all();
+    if (m_data != nullptr) {
+        m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst);
     }
 }
 
 void SmpData::open()
 {
     complete.store(false, std::memory_order_seq_cst);
-    for (int left = m_readers.load(std::memory_order_seq_cst); left != 0;
-         left = m_readers.load(std::memory_order_seq_cst)) {
-        m_readers.wait(left, std::memory_order_seq_cst);
+    // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
+    // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
+    constexpr std::chrono::microseconds again(200);
+    while (m_readers.load(std::memory_order_seq_cst) != 0) {
+        std::this_thread::sleep_for(again);
     }
 }
 
