@@ -123,9 +123,6 @@ void checkVersion()
     }
 }
 
-/// Line ends as they are: the same document gives the same bytes on every system.
-constexpr auto asItIs = QIODevice::OpenMode(QIODevice::WriteOnly | QIODevice::Truncate);
-
 bool writeAll(QFileDevice &file, const QByteArray &text)
 {
     return file.write(text) == text.size() && file.flush() && file.error() == QFileDevice::NoError;
@@ -134,7 +131,7 @@ bool writeAll(QFileDevice &file, const QByteArray &text)
 bool saveInPlace(const QString &path, const QByteArray &text)
 {
     QFile file(path);
-    if (!file.open(asItIs)) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
         return false;
     }
     const bool written = writeAll(file, text);
@@ -147,7 +144,7 @@ bool saveByReplacing(const QString &path, const QByteArray &text)
 {
     QSaveFile file(path);
     file.setDirectWriteFallback(true);
-    if (!file.open(asItIs)) {
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
         return false;
     }
     if (!writeAll(file, text)) {

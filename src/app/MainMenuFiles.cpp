@@ -187,8 +187,8 @@ bool MainMenu::writeExport(int kind, const QString &path, const Selection &selec
     DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
     job.chnSelect = selection.channels.data();
     job.file.setFileName(path);
-    // Text too with its line ends as they are: the same bytes on every system.
-    if (isPipe(path) || !job.file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    const QIODevice::OpenMode text = binary ? QIODevice::NotOpen : QIODevice::Text;
+    if (isPipe(path) || !job.file.open(QIODevice::WriteOnly | QIODevice::Truncate | text)) {
         return false;
     }
     job.setRange(selection.start, selection.end);

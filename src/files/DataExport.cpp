@@ -220,7 +220,6 @@ QByteArray textExportHeader(const std::uint8_t *chnSelect, int chnCount)
 {
     QByteArray line;
     QTextStream out(&line, QIODevice::WriteOnly);
-    out.setCodec("UTF-8");
     out << "Time[s]";
     for (int chn = 0; chn < chnCount; ++chn) {
         if (isChosen(chnSelect, chn)) {

@@ -24,13 +24,14 @@ inline constexpr int exportTimeMax = 24;
 int putExportTime(double seconds, char *out);
 
 /// The first line of a text export: "Time[s]" and the names of the chosen channels as the user sees them, each behind
-/// ", ", and a line feed. UTF-8 on every system, so that the same capture gives the same bytes. The names stand as they
-/// are, without quotes. Main thread, as it reads the configuration.
+/// ", ", and a line feed. In the encoding of the system's locale, like all text that the program writes for others:
+/// UTF-8 on Linux. The names stand as they are, without quotes. Main thread, as it reads the configuration.
 /// @param chnSelect  `chnCount` flags; null for none
 [[nodiscard]] QByteArray textExportHeader(const std::uint8_t *chnSelect, int chnCount);
 
 /// Writes `header`, then a line for the first sample of the range and one for each further sample at which a chosen
-/// channel changes. A range that begins at the capture's end has its one line. Lines end in a line feed.
+/// channel changes. A range that begins at the capture's end has its one line. Lines end in a line feed: a device in
+/// text mode makes of it what the system wants.
 /// @param afterPiece  called with the transitions passed so far, over all chosen channels
 /// Cost: some tens of nanoseconds a line, and a few a channel in it.
 [[nodiscard]] DataBlocksResult writeTextExport(QIODevice &device, const SmpData &data, const DataSelection &selection,

@@ -27,8 +27,8 @@ inline QByteArray exported(SmpData &data, DataFile::Mode job, std::vector<std::u
     file.setRange(start, end);
     file.file.setFileName(folder.path(name));
     const bool text = job == DataFile::Mode::ExportText;
-    if (!file.file.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
-        !(text ? file.exportText() : file.exportBinary())) {
+    const auto mode = QIODevice::WriteOnly | QIODevice::Truncate;
+    if (!file.file.open(text ? mode | QIODevice::Text : mode) || !(text ? file.exportText() : file.exportBinary())) {
         return QByteArrayLiteral("failed");
     }
     file.file.close();

@@ -30,7 +30,7 @@ private slots:
     void aRangeAtTheEndOfTheCaptureHasOneLine_data();
     void aRangeAtTheEndOfTheCaptureHasOneLine();
     void aCaptureWithoutARateHasTimesOfZero();
-    void linesEndInTheSameWayOnEverySystem();
+    void linesEndAsTheSystemEndsThem();
 
     void theHeaderHasTheNamesOfTheChosenChannels();
     void aNameStandsInTheHeaderAsItIs_data();
@@ -194,17 +194,21 @@ void TstDataExport::aCaptureWithoutARateHasTimesOfZero()
     QCOMPARE(linesOf(textOf(*data, {1}, 0, 1000)), QByteArray("0.000000000, 0\n0.000000000, 1\n"));
 }
 
-void TstDataExport::linesEndInTheSameWayOnEverySystem()
+void TstDataExport::linesEndAsTheSystemEndsThem()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10}).build();
     const FileFolder folder;
     DataFile file(data.get());
     file.setRange(0, 1000);
     file.file.setFileName(folder.path(QStringLiteral("a.csv")));
-    QVERIFY(file.file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QVERIFY(file.file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text));
     QVERIFY(file.exportText());
     file.file.close();
+#ifdef Q_OS_WIN
+    const QByteArray expected("Time[s]\r\n0.000000000\r\n");
+#else
     const QByteArray expected("Time[s]\n0.000000000\n");
+#endif
     QCOMPARE(folder.read(QStringLiteral("a.csv")), expected);
 }
 
@@ -234,7 +238,8 @@ void TstDataExport::aNameStandsInTheHeaderAsItIs()
     globalSet(QStringLiteral("chnShowName0"), name);
     globalSet(QStringLiteral("chnShowName7"), name);
     const auto data = CaptureBuilder(8).channel(0, 1).build();
-    const QByteArray bytes = name.toUtf8();
+    const QByteArray bytes = name.toLocal8Bit();
+    QCOMPARE(bytes, name.toUtf8()); // the tests' locale
     QCOMPARE(textOf(*data, {1, 0, 0, 0, 0, 0, 0, 1}, 0, 1000),
              "Time[s], " + bytes + ", " + bytes + "\n0.000000000, 1, 0\n");
 }

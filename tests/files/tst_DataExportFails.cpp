@@ -18,7 +18,7 @@ std::unique_ptr<SmpData> busyCapture()
 }
 
 /// Runs an export into `path` directly. @return what the job said; false when the file does not open
-bool exportsTo(SmpData &data, Mode job, const QString &path, [[maybe_unused]] int room = -1)
+bool exportsTo(SmpData &data, Mode job, const QString &path, int room = -1)
 {
     const auto select = allOf(data);
     DataFile file(&data);
@@ -26,7 +26,8 @@ bool exportsTo(SmpData &data, Mode job, const QString &path, [[maybe_unused]] in
     file.setRange(0, double(data.smpCount));
     file.file.setFileName(path);
     const bool text = job == Mode::ExportText;
-    (void)file.file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    const auto mode = QIODevice::WriteOnly | QIODevice::Truncate;
+    (void)file.file.open(text ? mode | QIODevice::Text : mode);
 #ifdef Q_OS_UNIX
     std::unique_ptr<FileSizeLimit> limit;
     if (room >= 0) {

@@ -17,13 +17,14 @@ namespace {
 /// A job that writes the first `samples` of a capture into a file that is open.
 class Job : public DataFile {
 public:
-    Job(SmpData &data, double samples, JobDialogFactory dialogs = {})
+    Job(SmpData &data, Mode kind, double samples, JobDialogFactory dialogs = {})
         : DataFile(&data, std::move(dialogs)), m_select(allOf(data))
     {
         chnSelect = m_select.data();
         setRange(0, samples);
         file.setFileName(m_folder.path(QStringLiteral("a.out")));
-        opened = file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+        const auto how = QIODevice::WriteOnly | QIODevice::Truncate;
+        opened = file.open(kind == Mode::ExportText ? how | QIODevice::Text : how);
         dialogDelay = 1'000'000; // none appears on its own
         (void)edgeTotal();
     }
@@ -90,7 +91,7 @@ void TstDataExportJob::aBackgroundExportWritesWhatADirectOneWrites()
     QFETCH(int, job);
     const bool text = Mode(job) == Mode::ExportText;
     const QByteArray direct = exported(*m_data, Mode(job), allOf(*m_data), 0, 300'000);
-    Job behind(*m_data, 300'000);
+    Job behind(*m_data, Mode(job), 300'000);
     QVERIFY(behind.opened && behind.runWithDialog(Mode(job)));
     behind.file.close();
     QVERIFY(behind.file.open(QIODevice::ReadOnly));
@@ -102,7 +103,7 @@ void TstDataExportJob::theHeaderIsMadeOnTheMainThread()
 {
     globalSet(QStringLiteral("chnShowName0"), QStringLiteral("as it was at the start"));
     // From the moment when there is a dialog, the configuration is this thread's alone.
-    Job job(*m_data, 300'000, [](const QString &, const QString &, const QString &) {
+    Job job(*m_data, Mode::ExportText, 300'000, [](const QString &, const QString &, const QString &) {
         globalSet(QStringLiteral("chnShowName0"), QStringLiteral("changed"));
         return nullptr;
     });
@@ -117,7 +118,7 @@ void TstDataExportJob::theDialogHasTheTextsOfASave()
 {
     QFETCH(int, job);
     DialogLog log;
-    Job file(*m_data, 1000, scripted(log, acceptAtTheEnd));
+    Job file(*m_data, Mode(job), 1000, scripted(log, acceptAtTheEnd));
     QVERIFY(file.opened && file.runWithDialog(Mode(job)));
     QCOMPARE(log.texts, QStringList({QStringLiteral("Save File"), QStringLiteral("Saving file, please wait..."),
                                      QStringLiteral("Cancel")}));
@@ -128,7 +129,7 @@ void TstDataExportJob::theDialogHasTheTextsOfASave()
 void TstDataExportJob::aTextReportsByEntries()
 {
     std::vector<int> reports;
-    Job job(*m_data, 200'000);
+    Job job(*m_data, Mode::ExportText, 200'000);
     QCOMPARE(job.workTotal, 100'001);
     collect(job, reports);
     QVERIFY(job.runWithDialog(Mode::ExportText));
@@ -138,7 +139,7 @@ void TstDataExportJob::aTextReportsByEntries()
 void TstDataExportJob::aDumpReportsBySamples()
 {
     std::vector<int> reports;
-    Job job(*m_data, 11'000'000);
+    Job job(*m_data, Mode::ExportBinary, 11'000'000);
     collect(job, reports);
     QVERIFY(job.runWithDialog(Mode::ExportBinary));
     QCOMPARE(reports, (std::vector<int>{20, 40, 60, 80, 99, 100}));
@@ -148,7 +149,7 @@ void TstDataExportJob::aFailedExportClosesItsDialog()
 {
     QFETCH(int, job);
     DialogLog log;
-    Job file(*m_data, 1000, scripted(log, acceptAtTheEnd));
+    Job file(*m_data, Mode(job), 1000, scripted(log, acceptAtTheEnd));
     file.file.close();
     QVERIFY(!file.runWithDialog(Mode(job)));
     QCOMPARE(log.reports, (std::vector<int>{100}));
@@ -160,7 +161,7 @@ void TstDataExportJob::aRejectedDialogCancelsTheRunningExport()
     DialogLog log;
     Crossing crossing;
     std::vector<int> reports;
-    Job file(*m_data, 20'000'000, scripted(log, crossing.script()));
+    Job file(*m_data, Mode(job), 20'000'000, scripted(log, crossing.script()));
     collect(file, reports, [&](int) { crossing.holdUntilCancelled(file); });
     QVERIFY(file.opened && !file.runWithDialog(Mode(job)));
     // It ends in the piece of its first report, and makes no other one.
@@ -178,7 +179,7 @@ void TstDataExportJob::aDumpOfALongQuietCaptureIsCancelledAtOnce()
     Crossing crossing;
     std::vector<int> reports;
     const auto quiet = CaptureBuilder(8).samples(200'000'000).channel(0, 1).build();
-    Job file(*quiet, 200'000'000, scripted(log, crossing.script()));
+    Job file(*quiet, Mode::ExportBinary, 200'000'000, scripted(log, crossing.script()));
     collect(file, reports, [&](int) { crossing.holdUntilCancelled(file); });
     QVERIFY(file.opened && !file.runWithDialog(Mode::ExportBinary));
     QCOMPARE(reports, (std::vector<int>{1}));
@@ -224,7 +225,7 @@ void TstDataExportJob::theSizeDecidesHowAJobRuns()
     const bool quiet = Mode(job) == Mode::ExportBinary &&
                        !QString::fromLatin1(QTest::currentDataTag()).contains(QStringLiteral("changes"));
     const auto still = CaptureBuilder(8).samples(20'000'000).channel(0, 1, {5}).build();
-    Job file(quiet ? *still : *m_data, samples, scripted(log, acceptAtTheEnd));
+    Job file(quiet ? *still : *m_data, Mode(job), samples, scripted(log, acceptAtTheEnd));
     collect(file, reports,
             [&](int) { elsewhere = QThread::currentThread() != QCoreApplication::instance()->thread(); });
     QVERIFY(file.opened && file.runJob(Mode(job)));
@@ -239,7 +240,7 @@ void TstDataExportJob::theWindowIsServedWhileAJobRunsAside()
     DialogLog log;
     std::vector<int> reports;
     std::atomic<bool> served{false};
-    Job job(*m_data, 200'000, scripted(log, acceptAtTheEnd));
+    Job job(*m_data, Mode::ExportText, 200'000, scripted(log, acceptAtTheEnd));
     job.dialogDelay = 1'000'000; // however slow the machine is
     collect(job, reports, [&served](int) {
         while (!served) {
@@ -257,7 +258,7 @@ void TstDataExportJob::aJobAsideThatTakesLongGetsItsDialog()
     DialogLog log;
     std::vector<int> reports;
     std::atomic<bool> shown{false};
-    Job job(*m_data, 200'000, scripted(log, [&shown](ScriptedDialog &dialog) {
+    Job job(*m_data, Mode::ExportText, 200'000, scripted(log, [&shown](ScriptedDialog &dialog) {
         shown = true;
         return dialog.runToTheEnd();
     }));
@@ -281,7 +282,7 @@ void TstDataExportJob::aJobAsideIsCancelledByItsLateDialog()
     DialogLog log;
     Crossing crossing;
     std::vector<int> reports;
-    Job job(*m_data, 200'000, scripted(log, crossing.script()));
+    Job job(*m_data, Mode::ExportText, 200'000, scripted(log, crossing.script()));
     job.dialogDelay = 0;
     collect(job, reports, [&](int) { crossing.holdUntilCancelled(job); });
     QVERIFY(!job.runJob(Mode::ExportText));
@@ -291,7 +292,7 @@ void TstDataExportJob::aJobAsideIsCancelledByItsLateDialog()
 
 void TstDataExportJob::aJobAsideWithoutDialogsIsWaitedFor()
 {
-    Job job(*m_data, 3'000'000);
+    Job job(*m_data, Mode::ExportBinary, 3'000'000);
     int events = 0;
     QTimer::singleShot(0, this, [&events] { ++events; });
     QVERIFY(job.runJob(Mode::ExportBinary));
@@ -301,7 +302,7 @@ void TstDataExportJob::aJobAsideWithoutDialogsIsWaitedFor()
 
 void TstDataExportJob::aJobThatDoesNotWriteIsRefused()
 {
-    Job job(*m_data, 20'000'000);
+    Job job(*m_data, Mode::ExportBinary, 20'000'000);
     QVERIFY(!job.runJob(Mode::Load));
     QVERIFY(!job.runJob(Mode(9)));
     QCOMPARE(entriesOf(*m_data, 0).size(), std::size_t(10'000'000));
