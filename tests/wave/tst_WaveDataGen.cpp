@@ -62,10 +62,12 @@ private slots:
     void dataThatComeBeforeTheFirstLayoutArePlacedByIt();
     void allFillsTheViewWithTheCapture();
     void theTriggerComesToTheMiddle();
+    void aTriggerNearTheStartIsInTheMiddleForAMoment();
     void theStepsZoomAboutTheMiddleColumn();
     void aStepInStopsAtTheDeepestRatio();
     void aTypedRatioHoldsTheMiddleSample();
     void aRangeFillsTheMiddleHalf();
+    void aRangeAtTheStartFillsTheMiddleHalfForAMoment();
     void scrollingStoresAnyStart();
     void thePreviousEdgeComesToTheMiddle();
     void thePreviousEdgeOfNoneIsTheStartOfTheData();
@@ -479,7 +481,16 @@ void TstWaveDataGen::theTriggerComesToTheMiddle()
     QCOMPARE(view.gen.ratioSasPix(), 1.0);
     QCOMPARE(view.gen.viewStart(), 1500.0);
     QCOMPARE(view.refreshes, std::vector<bool>{true});
-    QVERIFY(view.gen.isAnimating());
+}
+
+void TstWaveDataGen::aTriggerNearTheStartIsInTheMiddleForAMoment()
+{
+    const auto data = capture().samples(5000).trigger(100).build();
+    WaveViewer view(data.get(), 1001);
+    view.gen.zoomToTrigger();
+    QCOMPARE(view.gen.viewStart(), -400.0);
+    QTRY_COMPARE(view.gen.viewStart(), 0.0);
+    QCOMPARE(view.gen.ratioSasPix(), 1.0);
 }
 
 void TstWaveDataGen::theStepsZoomAboutTheMiddleColumn()
@@ -535,7 +546,16 @@ void TstWaveDataGen::aRangeFillsTheMiddleHalf()
     QCOMPARE(view.gen.ratioSasPix(), 2.0);
     QCOMPARE(view.gen.viewStart(), 9500.0);
     QCOMPARE(view.refreshes, std::vector<bool>{false});
-    QVERIFY(view.gen.isAnimating());
+}
+
+void TstWaveDataGen::aRangeAtTheStartFillsTheMiddleHalfForAMoment()
+{
+    const auto data = capture().samples(50000).build();
+    WaveViewer view(data.get());
+    view.gen.zoomToRange(0.0, 999.0);
+    QCOMPARE(view.gen.viewStart(), -500.0);
+    QTRY_COMPARE(view.gen.viewStart(), 0.0);
+    QCOMPARE(view.gen.ratioSasPix(), 2.0);
 }
 
 void TstWaveDataGen::scrollingStoresAnyStart()
