@@ -14,8 +14,9 @@ inline std::vector<std::uint8_t> allOf(const SmpData &data)
     return std::vector<std::uint8_t>(std::size_t(data.chnCount), 1);
 }
 
-/// Exports a range of `data` into a new file as a user does, which becomes the result; "failed" when the job fails.
-/// `select` may name the first channels only: the others are not chosen.
+/// Exports a range of `data` into a new file as a user does, which becomes the result, a text with line feeds at the
+/// ends of its lines on every system; "failed" when the job fails. `select` may name the first channels only: the
+/// others are not chosen.
 inline QByteArray exported(SmpData &data, DataFile::Mode job, std::vector<std::uint8_t> select, double start,
                            double end)
 {
@@ -32,7 +33,13 @@ inline QByteArray exported(SmpData &data, DataFile::Mode job, std::vector<std::u
         return QByteArrayLiteral("failed");
     }
     file.file.close();
-    return folder.read(name);
+    QByteArray bytes = folder.read(name);
+#ifdef Q_OS_WIN
+    if (text) {
+        bytes.replace("\r\n", "\n");
+    }
+#endif
+    return bytes;
 }
 
 inline QByteArray textOf(SmpData &data, const std::vector<std::uint8_t> &select, double start, double end)

@@ -94,7 +94,7 @@ void TstDataExportJob::aBackgroundExportWritesWhatADirectOneWrites()
     Job behind(*m_data, Mode(job), 300'000);
     QVERIFY(behind.opened && behind.runWithDialog(Mode(job)));
     behind.file.close();
-    QVERIFY(behind.file.open(QIODevice::ReadOnly));
+    QVERIFY(behind.file.open(text ? QIODevice::ReadOnly | QIODevice::Text : QIODevice::ReadOnly));
     QVERIFY(behind.file.readAll() == direct);
     QCOMPARE(direct.size(), text ? 96 + 36 * 150'001 : 300'000);
 }
