@@ -220,6 +220,7 @@ QByteArray textExportHeader(const std::uint8_t *chnSelect, int chnCount)
 {
     QByteArray line;
     QTextStream out(&line, QIODevice::WriteOnly);
+    out.setCodec("UTF-8"); // a code page would lose names
     out << "Time[s]";
     for (int chn = 0; chn < chnCount; ++chn) {
         if (isChosen(chnSelect, chn)) {

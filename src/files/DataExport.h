@@ -24,8 +24,8 @@ inline constexpr int exportTimeMax = 24;
 int putExportTime(double seconds, char *out);
 
 /// The first line of a text export: "Time[s]" and the names of the chosen channels as the user sees them, each behind
-/// ", ", and a line feed. In the encoding of the system's locale, like all text that the program writes for others:
-/// UTF-8 on Linux. The names stand as they are, without quotes. Main thread, as it reads the configuration.
+/// ", ", and a line feed. UTF-8 on every system, since a code page would lose names. They stand as they are, without
+/// quotes. Main thread, as it reads the configuration.
 /// @param chnSelect  `chnCount` flags; null for none
 [[nodiscard]] QByteArray textExportHeader(const std::uint8_t *chnSelect, int chnCount);
 
