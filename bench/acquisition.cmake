@@ -1,3 +1,3 @@
-lux_bench(bench_SmpData LINK lux_acquisition)
-lux_bench(bench_TriggerScan LINK lux_acquisition)
+lux_bench(bench_SmpData LINK lux_store)
+lux_bench(bench_TriggerScan LINK lux_store)
 lux_bench(bench_Streaming LINK lux_acquisition)

@@ -5,10 +5,10 @@
 // against a plain copy of the result. The aim: at least a third of its speed. All work from and to the page cache;
 // TMPDIR chooses the file system. Compare the bytes per second within one run only.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/DataFile.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -3,10 +3,10 @@
 // All three work from and to the page cache; TMPDIR chooses the file system. The aim: load and save at no less than a
 // quarter of the copy's speed. Compare the bytes per second within one run only.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QFile>
 #include <QTemporaryDir>

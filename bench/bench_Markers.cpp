@@ -2,8 +2,10 @@
 // marker's times, and the measurements that depend on it. One frame of a screen is 16 ms.
 
 #include "app/MainWindow.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "measure/PulseMeasure.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainView.h"

@@ -1,8 +1,8 @@
 // What the list of pulse measurements promises about speed: a row costs nothing worth mentioning, however many edges
 // the capture holds, so that the counts follow a marker that is dragged.
 
-#include "acquisition/MemBudget.h"
-#include "wave/PulseCount.h"
+#include "analysis/PulseCount.h"
+#include "store/MemBudget.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdint>

@@ -1,9 +1,9 @@
 // What the capture store promises about speed, each against a plain yardstick measured in turn with it, so that the
 // ratio holds on a busy machine too. The counter "ratio" is the time of the store divided by that of the yardstick.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
-#include "acquisition/SmpStreams.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
+#include "store/SmpStreams.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,10 +1,10 @@
 // How long a user waits for the window, and what the idle program costs.
 
-#include "acquisition/MemBudget.h"
-#include "app/Globals.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "store/MemBudget.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -1,19 +1,19 @@
 // How long a user waits for the end of a capture that is stopped by its button: from the click until the dialog closes,
 // with instruments that answer at once and whose trigger does not come. The worst of several times counts.
 
-#include "acquisition/MemBudget.h"
-#include "app/Globals.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
+#include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevIdentity.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
 #include "emulator/Bench.h"
 #include "panels/Toolbar.h"
+#include "store/MemBudget.h"
 #include "support/UsbPlatformEmulated.h"
-#include "wave/MyProgressDlg.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -2,15 +2,15 @@
 // store, with a source in memory that keeps no pace. The least times count: on a busy machine the ones disturbed least.
 
 #include "acquisition/InterfaceDevCallback.h"
-#include "acquisition/MemBudget.h"
 #include "acquisition/SmpCnvtStorage.h"
 #include "acquisition/SmpCnvtTransfer.h"
 #include "acquisition/SmpCtrlStorage.h"
 #include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
-#include "acquisition/SmpStreams.h"
 #include "acquisition/SmpTransport.h"
-#include "acquisition/SmpTrigCode.h"
+#include "store/MemBudget.h"
+#include "store/SmpStreams.h"
+#include "store/SmpTrigCode.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
 // What the search for a trigger promises about speed while the trigger does not come, against memchr over the same
 // bytes, measured in turn with it. The counter "ratio" is the speed of the search divided by that of memchr.
 
-#include "acquisition/SmpTrigBytes8.h"
-#include "acquisition/SmpTrigSliced.h"
+#include "store/SmpTrigBytes8.h"
+#include "store/SmpTrigSliced.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

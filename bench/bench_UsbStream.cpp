@@ -1,7 +1,6 @@
 // What a streaming capture reads through the real libusb, by what a bare loop of libusb reads from the same instrument:
 // an emulated one behind a node of umockdev. Both in one run; the least times count.
 
-#include "acquisition/MemBudget.h"
 #include "acquisition/SmpCnvtTransfer.h"
 #include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpDevice.h"
@@ -9,6 +8,7 @@
 #include "device/UsbPlatformLibusb.h"
 #include "device/UsbTransport.h"
 #include "emulator/Bench.h"
+#include "store/MemBudget.h"
 #include "support/UmockdevBus.h"
 
 #include <QCoreApplication>

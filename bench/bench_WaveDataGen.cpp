@@ -1,7 +1,6 @@
 // What a frame of the view costs. A frame has 30 ms; the lines of 16 dense channels over 1920 columns may take 10 ms of
 // them, the ruler's ticks 50 microseconds. Neither may allocate.
 
-#include "app/Globals.h"
 #include "wave/AllocationCount.h"
 #include "wave/TimeTicks.h"
 #include "wave/WaveCapture.h"

@@ -1,6 +1,7 @@
 // What a frame of the wave view costs on the GUI thread: 16 rows in a raster image of 1920 x 1080. A full repaint of
 // dense rows is to take 16 ms at most.
 
+#include "controls/Look.h"
 #include "wave/MainViewDesk.h"
 
 #include <QApplication>

@@ -38,6 +38,10 @@ endif()
 # moc fails on some C++20 headers unless a plain standard header comes first.
 set(CMAKE_AUTOMOC_MOC_OPTIONS --include vector)
 
+# What each folder may include, itself left out, one line each; a test holds the include lines against it.
+set(LUX_FOLDER_TABLE ${CMAKE_BINARY_DIR}/folders.txt)
+file(WRITE ${LUX_FOLDER_TABLE} "")
+
 # lux_library(<folder> RANK <n> SOURCES <files> [LINK <folders below>] [QT <Qt5 components>] [SYSTEM <libraries>])
 function(lux_library name)
   cmake_parse_arguments(ARG "" "RANK" "SOURCES;LINK;QT;SYSTEM" ${ARGN})
@@ -60,6 +64,18 @@ function(lux_library name)
   if(ARG_SYSTEM)
     target_link_libraries(lux_${name} PRIVATE ${ARG_SYSTEM})
   endif()
+
+  set(reach ${ARG_LINK})
+  foreach(below IN LISTS ARG_LINK)
+    get_target_property(further lux_${below} LUX_REACH)
+    list(APPEND reach ${further})
+  endforeach()
+  list(REMOVE_DUPLICATES reach)
+  list(SORT reach)
+  set_target_properties(lux_${name} PROPERTIES LUX_REACH "${reach}")
+  get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+  list(JOIN reach " " words)
+  file(APPEND ${LUX_FOLDER_TABLE} "${folder} ${ARG_RANK}: ${words}\n")
 endfunction()
 
 # lux_test(<name> SOURCES <files> LINK <targets> [LABELS <labels>])
@@ -83,7 +99,7 @@ function(lux_test name)
   if(WIN32)
     # There the user's folder of data is told by no variable: whoever uses it is alone. It is used by all but these.
     get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
-    if(NOT folder MATCHES "^(acquisition|device|emulator)$")
+    if(NOT folder MATCHES "^(store|analysis|acquisition|device|emulator)$")
       set_tests_properties(${name} PROPERTIES RESOURCE_LOCK user_data)
     endif()
   endif()

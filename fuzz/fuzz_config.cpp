@@ -1,7 +1,6 @@
 // Feeds arbitrary bytes, as the head of a data file, to everything that reads a settings block.
 
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "settings/Config.h"
 
 #include <QFile>
 #include <QRect>

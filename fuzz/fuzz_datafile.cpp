@@ -2,9 +2,9 @@
 //
 // Byte 0 chooses the channel count of the device, byte 1 the memory budget; the rest is the binary part.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "files/DataBlocks.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QBuffer>
 

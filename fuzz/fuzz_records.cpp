@@ -1,7 +1,7 @@
 // What a device sends, whatever it is, must leave a capture that can be closed, asked and drawn.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <algorithm>
 #include <array>

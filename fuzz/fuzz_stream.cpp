@@ -1,10 +1,10 @@
 // Whatever a device streams, and however its buffers cut it, the capture is the part of the stream around the trigger,
 // the store can be closed and asked, and no memory is left behind.
 
-#include "acquisition/NaiveTrigger.h"
 #include "acquisition/SmpCnvtTransfer.h"
 #include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
+#include "store/NaiveTrigger.h"
 #include "support/FakeCapture.h"
 
 #include <cstdlib>

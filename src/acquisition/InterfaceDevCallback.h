@@ -1,6 +1,6 @@
 #pragma once
 
-#include "acquisition/SmpChunk.h"
+#include "store/SmpChunk.h"
 
 #include <cstdint>
 

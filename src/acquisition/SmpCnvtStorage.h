@@ -1,8 +1,8 @@
 #pragma once
 
-#include "acquisition/SmpRecordFormat.h"
 #include "acquisition/SmpRunSettings.h"
 #include "acquisition/SmpThread.h"
+#include "store/SmpRecordFormat.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,9 +2,9 @@
 
 #include "acquisition/InterfaceDevCallback.h"
 #include "acquisition/SmpDevice.h"
-#include "acquisition/SmpRecordFormat.h"
 #include "acquisition/SmpRunSettings.h"
 #include "acquisition/SmpThread.h"
+#include "store/SmpRecordFormat.h"
 
 #include <cstdint>
 #include <optional>

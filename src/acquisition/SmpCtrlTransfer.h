@@ -4,8 +4,8 @@
 #include "acquisition/SmpRunSettings.h"
 #include "acquisition/SmpStreamWindow.h"
 #include "acquisition/SmpThread.h"
-#include "acquisition/SmpTrigBytes8.h"
-#include "acquisition/SmpTrigSliced.h"
+#include "store/SmpTrigBytes8.h"
+#include "store/SmpTrigSliced.h"
 
 #include <cstdint>
 #include <span>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "acquisition/SmpBufQueue.h"
-#include "acquisition/SmpData.h"
+#include "store/SmpData.h"
 
 #include <QObject>
 #include <QSemaphore>

@@ -1,7 +1,7 @@
 #include "acquisition/SmpSimulate.h"
 
-#include "acquisition/SmpData.h"
 #include "acquisition/SmpHost.h"
+#include "store/SmpData.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>

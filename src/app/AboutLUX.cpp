@@ -1,14 +1,15 @@
 #include "app/AboutLUX.h"
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/PhysicalMemory.h"
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
 #include "device/DevInit.h"
-#include "device/HostSystem.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
-#include "wave/Style.h"
+#include "settings/HostSystem.h"
+#include "settings/Language.h"
+#include "store/MemBudget.h"
+#include "store/PhysicalMemory.h"
 
 #include <QGroupBox>
 #include <QGuiApplication>

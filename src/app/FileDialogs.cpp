@@ -1,10 +1,10 @@
 #include "app/FileDialogs.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
-#include "wave/NoticeBox.h"
-#include "wave/Style.h"
+#include "controls/Look.h"
+#include "controls/NoticeBox.h"
+#include "controls/Style.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 
 #include <QFileDialog>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "app/InitStatus.h"
 
-#include "app/Language.h"
+#include "settings/Language.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 #include "app/MainMenu.h"
 
 #include "app/AboutLUX.h"
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "controls/NoticeBox.h"
 #include "panels/Options.h"
-#include "wave/MyButton.h"
-#include "wave/NoticeBox.h"
+#include "settings/Config.h"
 
 #include <QAction>
 #include <QActionGroup>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Language.h"
+#include "settings/Language.h"
 
 #include <QDateTime>
 #include <QMessageBox>

@@ -1,15 +1,16 @@
 // The file actions of the main menu: open, save, export.
 
-#include "app/Config.h"
 #include "app/FileDialogs.h"
-#include "app/Globals.h"
 #include "app/MainMenu.h"
 #include "app/ProgressJobDialog.h"
+#include "controls/NoticeBox.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "files/DataFile.h"
 #include "panels/ExportDataSet.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
 #include "wave/MainView.h"
-#include "wave/NoticeBox.h"
 
 #include <QAction>
 #include <QFileInfo>

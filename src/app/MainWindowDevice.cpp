@@ -1,18 +1,19 @@
 // The device object behind the main window and the files that it shows: what replaces either, and the title of both.
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
+#include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
 #include "device/DevInit.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
+#include "settings/Language.h"
 #include "wave/MainView.h"
-#include "wave/MyProgressDlg.h"
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 

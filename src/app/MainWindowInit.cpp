@@ -1,16 +1,16 @@
 // What the main window does with instruments that come and go.
 
-#include "app/Globals.h"
 #include "app/InitStatus.h"
-#include "app/Language.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
+#include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
 #include "device/DevInit.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
-#include "wave/MyProgressDlg.h"
+#include "settings/Language.h"
 
 #include <QLabel>
 #include <QTimer>

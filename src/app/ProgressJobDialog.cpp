@@ -1,6 +1,6 @@
 #include "app/ProgressJobDialog.h"
 
-#include "wave/MyProgressDlg.h"
+#include "controls/MyProgressDlg.h"
 
 namespace {
 

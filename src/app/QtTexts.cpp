@@ -1,6 +1,6 @@
 #include "app/QtTexts.h"
 
-#include "app/Language.h"
+#include "settings/Language.h"
 
 #include <QCoreApplication>
 #include <QSet>

@@ -1,7 +1,7 @@
 #include "app/RunStatus.h"
 
 #include "acquisition/SmpState.h"
-#include "app/Language.h"
+#include "settings/Language.h"
 
 #include <algorithm>
 

@@ -1,16 +1,18 @@
 #include "app/StartUp.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
 #include "app/QtTexts.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbPlatforms.h"
 #include "device/UsbTransport.h"
-#include "wave/Style.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
+#include "settings/Language.h"
 
 #include <QApplication>
 #include <QFileInfo>

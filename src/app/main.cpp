@@ -1,7 +1,7 @@
-#include "acquisition/MemBudget.h"
-#include "app/Config.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
 
 #include <QApplication>
 

@@ -2,8 +2,8 @@
 
 #include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
-#include "app/Config.h"
 #include "device/DevControl.h"
+#include "settings/Config.h"
 
 #include <QTimer>
 

@@ -1,9 +1,9 @@
 // What the user chooses on a device, the rules between those choices, and how they are kept.
 
-#include "app/Config.h"
 #include "device/ChnTrigger.h"
 #include "device/DevBase.h"
 #include "device/DevControl.h"
+#include "settings/Config.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "device/DevInit.h"
 
-#include "app/Globals.h"
 #include "device/DevBase.h"
 #include "device/DevRequests.h"
+#include "device/DeviceGlobals.h"
 #include "device/PostedCall.h"
 #include "device/UsbIds.h"
 #include "device/UsbTransport.h"

@@ -1,9 +1,9 @@
 #include "device/UsbTransport.h"
 
-#include "device/HostSystem.h"
 #include "device/PostedCall.h"
 #include "device/UsbLink.h"
 #include "device/UsbReadRun.h"
+#include "settings/HostSystem.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "files/DataBlocks.h"
 
-#include "acquisition/SmpData.h"
+#include "store/SmpData.h"
 
 #include <QIODevice>
 #include <QtEndian>

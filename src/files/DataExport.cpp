@@ -1,8 +1,8 @@
 #include "files/DataExport.h"
 
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/LevelWalk.h"
+#include "settings/Config.h"
+#include "store/SmpData.h"
 
 #include <QIODevice>
 #include <QTextStream>

@@ -1,9 +1,9 @@
 #include "files/DataFile.h"
 
-#include "acquisition/SmpData.h"
-#include "app/Language.h"
 #include "files/DataBlocks.h"
 #include "files/DataExport.h"
+#include "settings/Language.h"
+#include "store/SmpData.h"
 
 #include <QEventLoop>
 #include <QFileInfo>

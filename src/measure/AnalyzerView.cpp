@@ -1,11 +1,12 @@
 #include "measure/AnalyzerView.h"
 
-#include "app/Globals.h"
+#include "controls/ColorLump.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
 #include "measure/PulseMeasure.h"
-#include "wave/ColorLump.h"
 #include "wave/MarkerChange.h"
 
 #include <QPainter>

@@ -1,13 +1,13 @@
 #include "measure/Annotations.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "controls/NoticeBox.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
+#include "settings/Language.h"
 #include "wave/MarkerChange.h"
-#include "wave/MyButton.h"
-#include "wave/NoticeBox.h"
 
 #include <QVBoxLayout>
 

@@ -1,11 +1,11 @@
 #include "measure/MeasureView.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
-#include "wave/MyButton.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 
 #include <QAction>
 #include <QCursor>

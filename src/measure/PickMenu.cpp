@@ -1,6 +1,6 @@
 #include "measure/PickMenu.h"
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 
 #include <QIcon>
 #include <QLabel>

@@ -1,9 +1,9 @@
 #include "measure/PulseChoices.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "measure/TimingMarkerPair.h"
+#include "settings/Language.h"
 #include "wave/MainView.h"
 
 #include <algorithm>

@@ -1,12 +1,12 @@
 #include "measure/PulseMeasure.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseChoices.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
-#include "wave/MyButton.h"
+#include "settings/Language.h"
 
 #include <QGridLayout>
 #include <QVBoxLayout>

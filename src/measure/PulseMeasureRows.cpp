@@ -1,14 +1,15 @@
 // The rows of the pulse measurements: how they come, go and are changed.
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseChoices.h"
 #include "measure/PulseMeasure.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
-#include "wave/MyButton.h"
+#include "settings/Language.h"
 
 #include <QAction>
 #include <QGridLayout>

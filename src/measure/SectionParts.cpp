@@ -1,9 +1,9 @@
 #include "measure/SectionParts.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "measure/TimingMarkerTip.h"
-#include "wave/MyButton.h"
+#include "settings/Language.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,11 +1,12 @@
 #include "measure/TimingMarkerPair.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
-#include "wave/MyButton.h"
+#include "settings/Language.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>

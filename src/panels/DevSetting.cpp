@@ -1,11 +1,12 @@
 #include "panels/DevSetting.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "panels/MenuChnSettings.h"
 #include "panels/MenuDevSettings.h"
-#include "wave/MyButton.h"
+#include "settings/Language.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

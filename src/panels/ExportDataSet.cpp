@@ -1,10 +1,11 @@
 #include "panels/ExportDataSet.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Language.h"
 #include "wave/MainView.h"
-#include "wave/Style.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>

@@ -1,6 +1,6 @@
 #include "panels/ExportRange.h"
 
-#include "acquisition/SmpData.h"
+#include "store/SmpData.h"
 #include "wave/MainView.h"
 
 #include <utility>

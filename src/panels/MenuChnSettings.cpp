@@ -1,11 +1,12 @@
 #include "panels/MenuChnSettings.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/NoticeBox.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "panels/PwmFields.h"
-#include "wave/NoticeBox.h"
-#include "wave/Style.h"
+#include "settings/Language.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>

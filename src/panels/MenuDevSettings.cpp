@@ -1,8 +1,9 @@
 #include "panels/MenuDevSettings.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Language.h"
 
 #include <QButtonGroup>
 #include <QGroupBox>

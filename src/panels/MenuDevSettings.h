@@ -1,6 +1,6 @@
 #pragma once
 
-#include "wave/MenuDialog.h"
+#include "controls/MenuDialog.h"
 
 class QButtonGroup;
 class QRadioButton;

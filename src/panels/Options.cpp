@@ -1,9 +1,10 @@
 #include "panels/Options.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
-#include "wave/Style.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
+#include "settings/Language.h"
 
 #include <QButtonGroup>
 #include <QGroupBox>

@@ -1,9 +1,10 @@
 #include "panels/SmpCtrl.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "device/DevBase.h"
-#include "wave/MyButton.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Language.h"
 
 #include <QHBoxLayout>
 #include <QProgressBar>

@@ -1,9 +1,10 @@
 #include "panels/SmpSetting.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
-#include "wave/Style.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Language.h"
 
 #include <QComboBox>
 #include <QGridLayout>

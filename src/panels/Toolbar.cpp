@@ -1,7 +1,8 @@
 #include "panels/Toolbar.h"
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "panels/SmpCtrl.h"
 #include "panels/SmpSetting.h"
 #include "panels/VthSetting.h"

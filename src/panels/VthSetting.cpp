@@ -1,11 +1,12 @@
 #include "panels/VthSetting.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/NoticeBox.h"
+#include "controls/Style.h"
 #include "device/DevBase.h"
-#include "wave/NoticeBox.h"
-#include "wave/Style.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,6 +1,6 @@
 #include "wave/CursorBody.h"
 
-#include "app/Language.h"
+#include "settings/Language.h"
 
 #include <QPainter>
 

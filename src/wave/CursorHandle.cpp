@@ -1,6 +1,7 @@
 #include "wave/CursorHandle.h"
 
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "settings/Language.h"
 
 #include <QFontMetrics>
 #include <QPainter>

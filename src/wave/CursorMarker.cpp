@@ -1,5 +1,7 @@
 #include "wave/CursorMarker.h"
 
+#include "controls/Look.h"
+
 #include <QPainter>
 
 CursorMarker::CursorMarker(int id) : height(dp(3)), phyId(id)

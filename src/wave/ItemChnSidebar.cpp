@@ -1,11 +1,11 @@
 #include "wave/ItemChnSidebar.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "controls/Style.h"
 #include "device/ChnTrigger.h"
+#include "settings/Language.h"
 #include "wave/LabelMove.h"
-#include "wave/MyButton.h"
-#include "wave/Style.h"
 
 #include <QFontInfo>
 #include <QFrame>

@@ -1,14 +1,14 @@
 // What the user does with a channel: its name, its trigger, the menu of its height.
 
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/MyButton.h"
+#include "controls/Style.h"
 #include "device/ChnTrigger.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
-#include "wave/MyButton.h"
-#include "wave/Style.h"
 
 #include <QActionGroup>
 #include <QCursor>

@@ -1,5 +1,6 @@
 #include "wave/ItemWaveArrow.h"
 
+#include "controls/Look.h"
 #include "wave/WaveStrokes.h"
 
 #include <QPainter>

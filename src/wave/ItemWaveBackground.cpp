@@ -1,6 +1,6 @@
 #include "wave/ItemWaveBackground.h"
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 
 #include <QLinearGradient>
 #include <QPainter>

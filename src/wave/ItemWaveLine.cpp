@@ -1,7 +1,9 @@
 #include "wave/ItemWaveLine.h"
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Globals.h"
 #include "wave/DecodedSource.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveStrokes.h"

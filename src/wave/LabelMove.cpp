@@ -1,7 +1,7 @@
 #include "wave/LabelMove.h"
 
-#include "app/Globals.h"
-#include "wave/Truncate.h"
+#include "controls/Look.h"
+#include "controls/Truncate.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>

@@ -1,8 +1,9 @@
 #include "wave/MainView.h"
 
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
 #include "wave/CursorBody.h"
 #include "wave/DecodedSource.h"
 #include "wave/ItemChnSidebar.h"

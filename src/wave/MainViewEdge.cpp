@@ -1,7 +1,8 @@
 // The edge button of the main view: where it is offered, and what a click does.
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "wave/MainView.h"
 #include "wave/NextEdge.h"
 #include "wave/WaveDataGen.h"

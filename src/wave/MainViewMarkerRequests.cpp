@@ -1,6 +1,8 @@
 // What others ask of the main view's timing markers: the list of pairs, the ruler, the number keys.
 
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "wave/CursorBody.h"
 #include "wave/MainView.h"
 #include "wave/MarkerChange.h"

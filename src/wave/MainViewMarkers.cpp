@@ -1,12 +1,12 @@
 // The timing markers of the main view: the list of pairs, their states and places, and what the pointer does to them.
 
-#include "app/Globals.h"
+#include "controls/Truncate.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "wave/CursorBody.h"
 #include "wave/MainView.h"
 #include "wave/MarkerChange.h"
 #include "wave/NextEdge.h"
-#include "wave/Truncate.h"
 #include "wave/WaveDataGen.h"
 
 #include <QGraphicsScene>

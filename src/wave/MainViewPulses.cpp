@@ -1,11 +1,11 @@
 // The main view's counting of edges and pulses: it knows the capture and the markers.
 
-#include "app/Globals.h"
+#include "analysis/PulseCount.h"
+#include "controls/Truncate.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "wave/MainView.h"
-#include "wave/PulseCount.h"
 #include "wave/PulseRequests.h"
-#include "wave/Truncate.h"
 
 #include <algorithm>
 

@@ -1,14 +1,14 @@
 // The rows as the user arranges them: order by dragging a channel's number, heights by its menu, triggers.
 
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/MyScrollbar.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/ItemWaveBackground.h"
 #include "wave/ItemWaveLine.h"
 #include "wave/LabelMove.h"
 #include "wave/MainView.h"
-#include "wave/MyScrollbar.h"
 #include "wave/NextEdge.h"
 #include "wave/WaveView.h"
 

@@ -1,6 +1,7 @@
 #include "wave/NextEdge.h"
 
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "settings/Language.h"
 
 #include <QPainter>
 

@@ -1,9 +1,9 @@
 #include "wave/PosiView.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
-#include "wave/Style.h"
-#include "wave/Truncate.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
+#include "controls/Truncate.h"
+#include "settings/Language.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "acquisition/SmpData.h"
+#include "store/SmpData.h"
 
 #include <QStringList>
 

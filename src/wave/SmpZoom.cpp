@@ -1,9 +1,9 @@
 #include "wave/SmpZoom.h"
 
-#include "app/Globals.h"
-#include "app/Language.h"
-#include "wave/MyButton.h"
-#include "wave/Style.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "controls/Style.h"
+#include "settings/Language.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>

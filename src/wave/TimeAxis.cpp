@@ -1,6 +1,6 @@
 #include "wave/TimeAxis.h"
 
-#include "wave/Truncate.h"
+#include "controls/Truncate.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,8 @@
 #include "wave/TimeMarkers.h"
 
-#include "acquisition/SmpData.h"
-#include "wave/Truncate.h"
+#include "controls/Look.h"
+#include "controls/Truncate.h"
+#include "store/SmpData.h"
 
 #include <algorithm>
 #include <cmath>

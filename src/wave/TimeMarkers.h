@@ -1,6 +1,6 @@
 #pragma once
 
-#include "wave/PixelScale.h"
+#include "controls/PixelScale.h"
 #include "wave/TimeAxis.h"
 
 #include <QColor>

@@ -1,6 +1,6 @@
 #include "wave/TimeView.h"
 
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "wave/CursorHandle.h"
 #include "wave/MarkerChange.h"
 #include "wave/WaveDataGen.h"

@@ -1,7 +1,8 @@
 #include "wave/WaveDataGen.h"
 
-#include "app/Globals.h"
-#include "wave/Truncate.h"
+#include "controls/Look.h"
+#include "controls/Truncate.h"
+#include "settings/Globals.h"
 
 #include <QFontMetrics>
 

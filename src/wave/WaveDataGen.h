@@ -1,6 +1,6 @@
 #pragma once
 
-#include "acquisition/SmpData.h"
+#include "store/SmpData.h"
 #include "wave/TimeAxis.h"
 #include "wave/TimeTicks.h"
 #include "wave/WaveFrame.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "acquisition/SmpData.h"
-#include "wave/PixelScale.h"
+#include "controls/PixelScale.h"
+#include "store/SmpData.h"
 #include "wave/PulseHover.h"
 
 #include <QLine>

@@ -1,7 +1,7 @@
 #include "wave/WaveView.h"
 
-#include "app/Globals.h"
-#include "wave/MyScrollbar.h"
+#include "controls/Look.h"
+#include "controls/MyScrollbar.h"
 
 #include <QMouseEvent>
 #include <QScrollBar>

@@ -1,7 +1,7 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpSimulate.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "app/MainWindow.h"
+#include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Globals.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
-#include "wave/MyProgressDlg.h"
 #include "wave/WaveDataGen.h"
 
 #include <QDragEnterEvent>

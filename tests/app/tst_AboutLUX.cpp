@@ -1,8 +1,9 @@
 #include "app/AboutLUX.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
-#include "device/HostSystem.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
+#include "settings/HostSystem.h"
 #include "support/FakeUsb.h"
 #include "support/GuiTestMain.h"
 

@@ -1,6 +1,8 @@
 #include "app/AboutLUX.h"
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "controls/MyScrollbar.h"
+#include "device/DeviceGlobals.h"
 #include "measure/AnalyzerView.h"
 #include "measure/PulseMeasure.h"
 #include "panels/DevSetting.h"
@@ -14,7 +16,6 @@
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
 #include "wave/MainView.h"
-#include "wave/MyScrollbar.h"
 #include "wave/PosiView.h"
 
 #include <QAbstractButton>

@@ -1,4 +1,5 @@
 #include "app/FileDialogs.h"
+#include "controls/Look.h"
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
 

@@ -3,6 +3,9 @@
 #include "app/AboutLUX.h"
 #include "app/RunStatus.h"
 #include "app/WindowDesk.h"
+#include "controls/Look.h"
+#include "controls/Style.h"
+#include "device/DeviceGlobals.h"
 #include "panels/ExportDataSet.h"
 #include "panels/MenuChnSettings.h"
 #include "panels/MenuDevSettings.h"
@@ -11,7 +14,6 @@
 #include "panels/VthSetting.h"
 #include "support/DialogDriver.h"
 #include "wave/MainView.h"
-#include "wave/Style.h"
 
 #include <QAbstractButton>
 #include <QComboBox>

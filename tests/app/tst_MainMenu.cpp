@@ -1,10 +1,10 @@
 #include "app/AboutLUX.h"
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "controls/MyButton.h"
 #include "panels/Options.h"
 #include "support/BoxCloser.h"
 #include "support/DialogDriver.h"
-#include "wave/MyButton.h"
 
 #include <QAction>
 #include <QMenu>

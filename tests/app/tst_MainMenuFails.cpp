@@ -1,4 +1,5 @@
 #include "app/MenuDesk.h"
+#include "device/DeviceGlobals.h"
 #include "files/DataFile.h"
 
 #include <QProgressBar>

@@ -1,4 +1,6 @@
 #include "app/MenuDesk.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Globals.h"
 #include "wave/MainView.h"
 
 #include <QCheckBox>

@@ -1,6 +1,8 @@
 #include "app/WindowDesk.h"
+#include "device/DeviceGlobals.h"
 #include "panels/SmpCtrl.h"
 #include "panels/Toolbar.h"
+#include "settings/Globals.h"
 #include "support/BoxCloser.h"
 #include "wave/MainView.h"
 #include "wave/PosiView.h"

@@ -1,7 +1,9 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "device/DeviceGlobals.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
+#include "settings/Globals.h"
 #include "support/BoxCloser.h"
 
 #include <QTemporaryDir>

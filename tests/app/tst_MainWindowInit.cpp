@@ -1,9 +1,10 @@
 #include "app/AboutLUX.h"
 #include "app/WindowDesk.h"
+#include "controls/MyButton.h"
 #include "device/BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 #include "panels/SmpCtrl.h"
 #include "panels/Toolbar.h"
-#include "wave/MyButton.h"
 
 #include <QLabel>
 #include <QProgressBar>

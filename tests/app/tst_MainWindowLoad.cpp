@@ -1,10 +1,12 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
 #include "device/BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "panels/DevSetting.h"
 #include "panels/MenuDevSettings.h"
+#include "settings/Globals.h"
 #include "support/BoxCloser.h"
 #include "support/MenuDriver.h"
 

@@ -1,4 +1,6 @@
 #include "app/WindowDesk.h"
+#include "controls/Look.h"
+#include "settings/Globals.h"
 #include "wave/CursorBody.h"
 #include "wave/CursorHandle.h"
 #include "wave/MainView.h"

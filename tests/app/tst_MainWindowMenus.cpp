@@ -1,5 +1,7 @@
 #include "app/WindowDesk.h"
+#include "controls/MyButton.h"
 #include "device/BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 #include "panels/ChnMenuDesk.h"
 #include "panels/DevSetting.h"
 #include "panels/MenuDevSettings.h"
@@ -8,7 +10,6 @@
 #include "support/MenuDriver.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/MainView.h"
-#include "wave/MyButton.h"
 
 #include <QLabel>
 #include <QPointer>

@@ -1,4 +1,5 @@
 #include "app/WindowDesk.h"
+#include "controls/MyButton.h"
 #include "measure/AnalyzerView.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
@@ -6,7 +7,6 @@
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
 #include "wave/MainView.h"
-#include "wave/MyButton.h"
 #include "wave/WaveView.h"
 
 #include <QGridLayout>

@@ -1,8 +1,8 @@
 // Qt's own texts in the language of the program.
 
-#include "app/Config.h"
-#include "app/Language.h"
 #include "app/QtTexts.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 
 #include <QFileDialog>
 #include <QKeySequence>

@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
 #include "wave/WaveDataGen.h"

@@ -2,6 +2,7 @@
 
 #include "support/SourceText.h"
 
+#include <QFile>
 #include <QHash>
 #include <QRegularExpression>
 #include <QSet>
@@ -42,58 +43,54 @@ QList<int> wrongTranslations(const QString &code)
     return lines;
 }
 
-/// The part of the tree that a path belongs to: its folder, with "core" for the bottom half of app/.
 QString partOf(const QString &path)
 {
-    static const QRegularExpression core(
-        QStringLiteral("^app/(Config|ConfigValues|Globals|Language|XmlText)\\.(h|cpp)$"));
-    if (core.match(path).hasMatch()) {
-        return QStringLiteral("core");
-    }
-    return path.startsWith(QStringLiteral("analyzer/runtime/")) ? QStringLiteral("runtime")
-                                                                : path.section(QLatin1Char('/'), 0, 0);
+    return path.section(QLatin1Char('/'), 0, 0);
 }
 
-/// Which parts a part may include, itself left out.
-const QHash<QString, QStringList> &directions()
+/// A folder of src/: how high it stands, and what it may include, itself left out.
+struct Folder {
+    int rank = -1;
+    QStringList below;
+};
+
+/// The folders as the build knows them.
+QHash<QString, Folder> readFolders()
 {
-    const auto list = [](const char *parts) {
-        return QString::fromLatin1(parts).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    };
-    static const QHash<QString, QStringList> table{
-        {QStringLiteral("core"), {}},
-        {QStringLiteral("runtime"), {}},
-        {QStringLiteral("acquisition"), list("core")},
-        {QStringLiteral("device"), list("core acquisition")},
-        {QStringLiteral("files"), list("core acquisition")},
-        {QStringLiteral("wave"), list("core acquisition device")},
-        {QStringLiteral("measure"), list("core acquisition device wave")},
-        {QStringLiteral("panels"), list("core acquisition device wave")},
-        {QStringLiteral("analyzer"), list("core acquisition device wave runtime")},
-        {QStringLiteral("update"), list("core")},
-        {QStringLiteral("app"), list("core runtime acquisition device files wave measure panels analyzer update")}};
+    QFile file(QStringLiteral(LUX_FOLDER_TABLE));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    QHash<QString, Folder> folders;
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines) {
+        const QString head = line.section(QLatin1Char(':'), 0, 0);
+        folders.insert(head.section(QLatin1Char(' '), 0, 0),
+                       {head.section(QLatin1Char(' '), 1).toInt(),
+                        line.section(QLatin1Char(':'), 1).split(QLatin1Char(' '), Qt::SkipEmptyParts)});
+    }
+    return folders;
+}
+
+const QHash<QString, Folder> &folders()
+{
+    static const QHash<QString, Folder> table = readFolders();
     return table;
 }
 
 /// Why the file `from` must not include `include`; empty if it may.
 QString fault(const QString &from, const QString &include)
 {
-    static const QStringList shared{QStringLiteral("app/Config.h"), QStringLiteral("app/Globals.h"),
-                                    QStringLiteral("app/Language.h")};
     if (!include.contains(QLatin1Char('/')) || include.contains(QStringLiteral(".."))) {
         return QStringLiteral("is not written from src/");
     }
     const QString here = partOf(from);
     const QString there = partOf(include);
-    if (!directions().contains(here) || !directions().contains(there)) {
+    if (!folders().contains(here) || !folders().contains(there)) {
         return QStringLiteral("is of a folder without a rank");
     }
-    if (here != there && !directions().value(here).contains(there)) {
-        return QStringLiteral("points upwards");
-    }
-    const bool withinApp = here == QStringLiteral("core") || here == QStringLiteral("app");
-    if (include.startsWith(QStringLiteral("app/")) && !withinApp && !shared.contains(include)) {
-        return QStringLiteral("belongs to app/ alone");
+    if (here != there && !folders().value(here).below.contains(there)) {
+        return QStringLiteral("is of a folder that is not linked");
     }
     return {};
 }
@@ -174,6 +171,7 @@ private slots:
     void theTreeIsFound();
     void everyTextIsTranslatedByTheGlobalFunction();
     void everyIncludePointsDownwards();
+    void theTableOfTheDocumentIsThatOfTheBuild();
     void noFilesIncludeEachOther();
 
     void theTextCheckFindsOtherFunctionsOfThatName_data();
@@ -190,7 +188,8 @@ void TstSources::theTreeIsFound()
 {
     const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     QVERIFY(sources.size() > 20);
-    QVERIFY(sources.contains(QStringLiteral("app/Config.h")));
+    QVERIFY(sources.contains(QStringLiteral("settings/Config.h")));
+    QVERIFY(folders().contains(QStringLiteral("app")));
 }
 
 void TstSources::everyTextIsTranslatedByTheGlobalFunction()
@@ -198,7 +197,7 @@ void TstSources::everyTextIsTranslatedByTheGlobalFunction()
     QStringList wrong;
     const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
-        if (file.key().startsWith(QStringLiteral("app/Language."))) {
+        if (file.key().startsWith(QStringLiteral("settings/Language."))) {
             continue;
         }
         for (const int line : wrongTranslations(file.value())) {
@@ -212,6 +211,27 @@ void TstSources::everyIncludePointsDownwards()
 {
     const QStringList wrong = wrongIncludes(readSources(QStringLiteral(LUX_SOURCE_DIR)));
     QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QLatin1Char('\n'))));
+}
+
+void TstSources::theTableOfTheDocumentIsThatOfTheBuild()
+{
+    QFile file(QStringLiteral(LUX_ARCHITECTURE));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    static const QRegularExpression row(QStringLiteral("^\\| (\\d+) \\| `(\\w+)/` \\|"),
+                                        QRegularExpression::MultilineOption);
+    QStringList told;
+    const QString text = QString::fromUtf8(file.readAll());
+    for (auto match = row.globalMatch(text); match.hasNext();) {
+        const auto found = match.next();
+        told += found.captured(2) + QLatin1Char(' ') + found.captured(1);
+    }
+    QStringList built;
+    for (auto folder = folders().cbegin(); folder != folders().cend(); ++folder) {
+        built += folder.key() + QLatin1Char(' ') + QString::number(folder->rank);
+    }
+    told.sort();
+    built.sort();
+    QCOMPARE(told.join(QStringLiteral(", ")), built.join(QStringLiteral(", ")));
 }
 
 void TstSources::noFilesIncludeEachOther()
@@ -260,26 +280,26 @@ void TstSources::theIncludeCheckFindsWrongDirections_data()
     };
     row("wave/MainView.cpp", "device/DevBase.h", true);
     row("wave/MainView.cpp", "wave/MainView.h", true);
-    row("wave/MainView.cpp", "app/Globals.h", true);
-    row("wave/MainView.cpp", "app/XmlText.h", false);
+    row("wave/MainView.cpp", "settings/Config.h", true);
     row("wave/MainView.cpp", "app/MainWindow.h", false);
     row("wave/MainView.cpp", "panels/Toolbar.h", false);
     row("wave/MainView.cpp", "MainView.h", false);
-    row("wave/MainView.cpp", "wave/../app/Globals.h", false);
+    row("wave/MainView.cpp", "wave/../settings/Config.h", false);
     row("wave/MainView.cpp", "files/DataFile.h", false);
-    row("acquisition/SmpData.h", "device/DevBase.h", false);
+    row("store/SmpData.h", "settings/Config.h", false);
+    row("store/SmpData.h", "acquisition/SmpHost.h", false);
+    row("settings/Config.h", "store/SmpData.h", false);
+    row("settings/Config.h", "controls/Look.h", false);
+    row("acquisition/SmpHost.h", "device/DevBase.h", false);
+    row("analysis/PulseCount.h", "store/SmpData.h", true);
     row("device/DevBase.h", "acquisition/SmpHost.h", true);
     row("files/DataFile.cpp", "device/DevBase.h", false);
-    row("panels/Toolbar.cpp", "wave/MyButton.h", true);
-    row("analyzer/AnalyzerManager.cpp", "analyzer/runtime/Frame.h", true);
-    row("analyzer/runtime/Frame.h", "app/Globals.h", false);
-    row("update/CheckUpdate.cpp", "device/DevBase.h", false);
-    row("app/Config.cpp", "app/XmlText.h", true);
-    row("app/Config.cpp", "app/MainWindow.h", false);
-    row("app/Globals.h", "device/DevBase.h", false);
+    row("controls/Style.cpp", "wave/MainView.h", false);
+    row("controls/Style.cpp", "settings/Language.h", true);
+    row("panels/Toolbar.cpp", "controls/MyButton.h", true);
     row("app/MainWindow.cpp", "panels/Toolbar.h", true);
     row("app/MainWindow.cpp", "app/MainMenu.h", true);
-    row("other/Thing.cpp", "app/Globals.h", false);
+    row("other/Thing.cpp", "settings/Config.h", false);
     row("wave/MainView.cpp", "other/Thing.h", false);
 }
 

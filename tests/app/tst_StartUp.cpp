@@ -1,8 +1,10 @@
-#include "app/Config.h"
-#include "app/Globals.h"
 #include "app/StartUp.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // The shipped languages: each holds every text of the program, and nothing else.
 
-#include "app/Config.h"
-#include "app/Language.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 #include "support/TranslatedTexts.h"
 
 #include <QDir>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "app/Config.h"
-#include "app/Globals.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
+#include "settings/Config.h"
 #include "support/TestImages.h"
 #include "support/UsbPlatformEmulated.h"
 

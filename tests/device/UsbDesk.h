@@ -1,8 +1,8 @@
 #pragma once
 
 #include "acquisition/InterfaceDevCallback.h"
-#include "acquisition/MemBudget.h"
 #include "device/UsbTransport.h"
+#include "store/MemBudget.h"
 #include "support/FakeUsb.h"
 
 #include <cstdint>

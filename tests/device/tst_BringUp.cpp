@@ -1,6 +1,7 @@
 // Bring-up over a bus with emulated instruments: every model, and what users do with plugs.
 
 #include "BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 
 #include <QSet>
 

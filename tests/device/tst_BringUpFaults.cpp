@@ -1,6 +1,7 @@
 // Bring-up with everything that goes wrong on the wire, at every transfer.
 
 #include "BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 #include "support/WrongTransfer.h"
 
 using emulator::Fault;

@@ -1,6 +1,7 @@
 // Bring-up in a program that was built without firmware and FPGA images.
 
 #include "BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 
 class TstBringUpWithoutImages : public QObject {
     Q_OBJECT

@@ -1,9 +1,9 @@
 // The device object and a connected instrument: starts, stops and ends of its captures.
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpStreams.h"
-#include "app/Config.h"
 #include "device/DevModels.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
+#include "store/SmpStreams.h"
 #include "support/FakeDevControl.h"
 
 #include <QElapsedTimer>

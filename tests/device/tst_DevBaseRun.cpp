@@ -1,8 +1,8 @@
 // The device object at work: captures, their end, and what goes to an instrument.
 
-#include "acquisition/MemBudget.h"
-#include "app/Config.h"
 #include "device/DevModels.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
 #include "support/FakeDevControl.h"
 
 #include <QtTest>

@@ -1,7 +1,7 @@
 #include "RequestDesk.h"
-#include "app/Config.h"
 #include "device/DevControlUsb.h"
 #include "device/DevModels.h"
+#include "settings/Config.h"
 
 #include <QtTest>
 

@@ -1,6 +1,7 @@
 // The coordinator of bring-up: its threads, and what reaches it at the wrong moment.
 
 #include "BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 
 #include <QSemaphore>
 

@@ -1,5 +1,5 @@
-#include "app/Config.h"
 #include "device/DevModels.h"
+#include "settings/Config.h"
 
 #include <QtTest>
 

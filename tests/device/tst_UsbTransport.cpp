@@ -1,5 +1,5 @@
-#include "device/HostSystem.h"
 #include "device/UsbDesk.h"
+#include "settings/HostSystem.h"
 
 #include <QtTest>
 

@@ -1,6 +1,7 @@
 #include "emulator/CaptureFaults.h"
 
 #include "WaveSignal.h"
+#include "device/DeviceGlobals.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #include "emulator/InstrumentCaptures.h"
 
 #include "WaveSignal.h"
+#include "device/DeviceGlobals.h"
 #include "support/TestImages.h"
 
 #include <array>

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "LogicSignal.h"
-#include "app/Config.h"
-#include "app/Globals.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
+#include "settings/Config.h"
 #include "support/InstrumentBus.h"
 
 #include <QtTest>

@@ -1,5 +1,6 @@
 // Captures whose data go wrong, at every read, over the bus in the process.
 
+#include "device/DeviceGlobals.h"
 #include "emulator/CaptureFaults.h"
 #include "support/UsbPlatformEmulated.h"
 

@@ -1,5 +1,6 @@
 // Captures whose requests go wrong, each in turn, over the bus in the process.
 
+#include "device/DeviceGlobals.h"
 #include "emulator/CaptureFaults.h"
 #include "support/UsbPlatformEmulated.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/DataBlocks.h"
+#include "settings/Config.h"
+#include "store/SmpData.h"
 
 #include <QByteArray>
 #include <QTextStream>

@@ -1,6 +1,6 @@
-#include "acquisition/MemBudget.h"
 #include "files/DataBlocks.h"
 #include "files/DataFileBytes.h"
+#include "store/MemBudget.h"
 
 #include <QBuffer>
 #include <QTest>

@@ -1,7 +1,7 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/DataExported.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QTest>
 

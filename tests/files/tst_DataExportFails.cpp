@@ -1,8 +1,8 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/DataExported.h"
 #include "files/FileSizeLimit.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QFileInfo>
 #include <QTest>

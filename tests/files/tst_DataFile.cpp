@@ -1,8 +1,8 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
 #include "files/ScriptedDialog.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QFileInfo>
 #include <QTest>

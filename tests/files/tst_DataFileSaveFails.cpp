@@ -1,10 +1,10 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
 #include "files/DataFileBytes.h"
 #include "files/DataFileSaved.h"
 #include "files/FileSizeLimit.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <QFileInfo>
 #include <QTest>

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "measure/PulseMeasure.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainViewDesk.h"
-#include "wave/MyButton.h"
 
 #include <initializer_list>
 

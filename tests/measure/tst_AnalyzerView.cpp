@@ -1,3 +1,7 @@
+#include "controls/ColorLump.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "measure/AnalyzerView.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
@@ -7,8 +11,6 @@
 #include "panels/PanelDevice.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
-#include "wave/ColorLump.h"
-#include "wave/MyButton.h"
 
 #include <QLabel>
 #include <QSignalSpy>

@@ -1,3 +1,6 @@
+#include "controls/MyButton.h"
+#include "controls/Style.h"
+#include "device/DeviceGlobals.h"
 #include "measure/Annotations.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
@@ -5,8 +8,6 @@
 #include "support/BoxCloser.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
-#include "wave/MyButton.h"
-#include "wave/Style.h"
 
 #include <QSignalSpy>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
+#include "controls/MyButton.h"
 #include "measure/MeasureView.h"
 #include "panels/PanelDevice.h"
 #include "support/GuiTestMain.h"
-#include "wave/MyButton.h"
 
 #include <QAction>
 #include <QLabel>

@@ -1,3 +1,4 @@
+#include "controls/Look.h"
 #include "measure/PickMenu.h"
 #include "support/GuiTestMain.h"
 

@@ -1,9 +1,10 @@
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseMeasure.h"
 #include "measure/TimingMarkerTip.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainViewDesk.h"
-#include "wave/MyButton.h"
 
 #include <QAction>
 

@@ -1,3 +1,4 @@
+#include "device/DeviceGlobals.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseRows.h"
 #include "measure/TimingMarkerTip.h"

@@ -1,7 +1,7 @@
+#include "controls/MyButton.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
 #include "support/GuiTestMain.h"
-#include "wave/MyButton.h"
 
 #include <QCursor>
 #include <QHBoxLayout>

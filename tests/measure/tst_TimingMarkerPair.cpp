@@ -1,9 +1,10 @@
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
 #include "panels/PanelDevice.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
-#include "wave/MyButton.h"
 
 #include <QSignalSpy>
 

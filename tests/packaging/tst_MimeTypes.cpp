@@ -1,8 +1,8 @@
 // The types of the program's files, as a desktop reads them: from the package's own description, beside the system's.
 
-#include "acquisition/SmpData.h"
-#include "app/Config.h"
 #include "files/DataFile.h"
+#include "settings/Config.h"
+#include "store/SmpData.h"
 #include "support/CaptureBuilder.h"
 
 #include <QDir>

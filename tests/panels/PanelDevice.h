@@ -1,10 +1,11 @@
 #pragma once
 
-#include "acquisition/MemBudget.h"
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
+#include "store/MemBudget.h"
 
 #include <memory>
 

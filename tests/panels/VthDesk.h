@@ -1,5 +1,6 @@
 #pragma once
 
+#include "device/DeviceGlobals.h"
 #include "panels/PanelDevice.h"
 #include "panels/VthSetting.h"
 #include "support/BoxCloser.h"

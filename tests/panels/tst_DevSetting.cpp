@@ -1,10 +1,12 @@
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "panels/DevSetting.h"
 #include "panels/MenuChnSettings.h"
 #include "panels/MenuDevSettings.h"
 #include "panels/PanelDevice.h"
 #include "support/GuiTestMain.h"
 #include "support/MenuDriver.h"
-#include "wave/MyButton.h"
 
 #include <QLabel>
 #include <QRadioButton>

@@ -1,3 +1,5 @@
+#include "controls/Look.h"
+#include "device/DeviceGlobals.h"
 #include "panels/ExportDesk.h"
 
 using namespace ExportDesk;

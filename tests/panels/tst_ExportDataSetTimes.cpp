@@ -1,3 +1,4 @@
+#include "device/DeviceGlobals.h"
 #include "panels/ExportDesk.h"
 
 using namespace ExportDesk;

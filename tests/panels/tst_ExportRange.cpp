@@ -1,6 +1,6 @@
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
 #include "panels/ExportRange.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 #include "support/CaptureBuilder.h"
 #include "wave/MainView.h"
 

@@ -1,3 +1,5 @@
+#include "controls/Look.h"
+#include "device/DeviceGlobals.h"
 #include "panels/ChnMenuDesk.h"
 #include "support/BoxCloser.h"
 #include "support/FakeDevControl.h"

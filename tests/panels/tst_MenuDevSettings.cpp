@@ -1,3 +1,4 @@
+#include "device/DeviceGlobals.h"
 #include "panels/MenuDevSettings.h"
 #include "panels/PanelDevice.h"
 #include "support/GuiTestMain.h"

@@ -1,4 +1,5 @@
 #include "panels/Options.h"
+#include "settings/Globals.h"
 #include "support/GuiTestMain.h"
 
 #include <QGroupBox>

@@ -1,6 +1,8 @@
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "panels/PanelDevice.h"
 #include "panels/SmpCtrl.h"
-#include "wave/MyButton.h"
 
 #include <QProgressBar>
 #include <QSignalSpy>

@@ -1,9 +1,11 @@
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "panels/PanelDevice.h"
 #include "panels/SmpCtrl.h"
 #include "panels/SmpSetting.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
-#include "wave/MyButton.h"
 #include "wave/SmpZoom.h"
 
 #include <QComboBox>

@@ -1,5 +1,7 @@
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "device/DeviceGlobals.h"
 #include "panels/VthDesk.h"
+#include "settings/Language.h"
 
 #include <QLocale>
 

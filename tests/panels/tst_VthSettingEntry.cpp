@@ -1,5 +1,6 @@
 // Thresholds that are typed: what is taken, what is refused, and how often the user is told.
 
+#include "device/DeviceGlobals.h"
 #include "panels/Toolbar.h"
 #include "panels/VthDesk.h"
 

@@ -1,6 +1,7 @@
 // What is chosen in the panel arrives in an instrument, over the transport and the wire.
 
 #include "device/BringUpDesk.h"
+#include "device/DeviceGlobals.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "acquisition/InterfaceDevCallback.h"
-#include "acquisition/MemBudget.h"
 #include "acquisition/SmpDevice.h"
 #include "acquisition/SmpTransport.h"
+#include "store/MemBudget.h"
 
 #include <QStringList>
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "acquisition/MemBudget.h"
-#include "app/Config.h"
-#include "app/Globals.h"
-#include "app/Language.h"
+#include "controls/Look.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
+#include "settings/Language.h"
+#include "store/MemBudget.h"
 
 #include <QApplication>
 #include <QStandardPaths>

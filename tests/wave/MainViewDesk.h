@@ -1,9 +1,11 @@
 #pragma once
 
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/ItemWaveArrow.h"
 #include "wave/ItemWaveBackground.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/Look.h"
 #include "wave/CursorBody.h"
 #include "wave/CursorHandle.h"
 #include "wave/MainViewDesk.h"

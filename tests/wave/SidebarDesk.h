@@ -1,12 +1,13 @@
 #pragma once
 
-#include "app/Config.h"
-#include "app/Globals.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
-#include "wave/MyButton.h"
 
 #include <QClipboard>
 #include <QCursor>

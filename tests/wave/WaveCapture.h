@@ -1,7 +1,7 @@
 #pragma once
 
-#include "acquisition/MemBudget.h"
-#include "acquisition/SmpData.h"
+#include "store/MemBudget.h"
+#include "store/SmpData.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "wave/CursorHandle.h"
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"

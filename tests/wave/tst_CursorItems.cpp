@@ -1,4 +1,4 @@
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "wave/CursorBody.h"
 #include "wave/CursorMarker.h"
 #include "wave/NextEdge.h"

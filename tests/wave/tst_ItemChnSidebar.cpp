@@ -1,3 +1,5 @@
+#include "controls/Look.h"
+#include "device/DeviceGlobals.h"
 #include "wave/SidebarDesk.h"
 
 #include <QFrame>

@@ -1,6 +1,8 @@
+#include "controls/Look.h"
+#include "controls/MyScrollbar.h"
+#include "device/DeviceGlobals.h"
 #include "wave/DecodedSource.h"
 #include "wave/MainViewDesk.h"
-#include "wave/MyScrollbar.h"
 
 #include <QLineEdit>
 #include <QScrollArea>

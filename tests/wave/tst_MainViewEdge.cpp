@@ -1,6 +1,6 @@
+#include "controls/MyScrollbar.h"
 #include "wave/CursorBody.h"
 #include "wave/MainViewDesk.h"
-#include "wave/MyScrollbar.h"
 #include "wave/NextEdge.h"
 
 #include <QtTest>

@@ -1,3 +1,4 @@
+#include "device/DeviceGlobals.h"
 #include "wave/MarkerDesk.h"
 
 #include <QScrollBar>

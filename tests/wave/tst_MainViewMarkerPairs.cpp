@@ -1,3 +1,4 @@
+#include "controls/Look.h"
 #include "wave/MarkerDesk.h"
 
 #include <QtTest>

@@ -1,3 +1,4 @@
+#include "device/DeviceGlobals.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainViewDesk.h"
 #include "wave/PulseRequests.h"

@@ -1,6 +1,8 @@
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "device/DeviceGlobals.h"
 #include "wave/LabelMove.h"
 #include "wave/MainViewDesk.h"
-#include "wave/MyButton.h"
 #include "wave/NextEdge.h"
 
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-#include "app/Globals.h"
+#include "controls/Look.h"
 #include "wave/PosiView.h"
 
 #include <QSignalSpy>

@@ -1,5 +1,5 @@
-#include "app/Globals.h"
-#include "wave/MyButton.h"
+#include "controls/Look.h"
+#include "controls/MyButton.h"
 #include "wave/SmpZoom.h"
 
 #include <QImage>

@@ -1,4 +1,5 @@
-#include "acquisition/SmpData.h"
+#include "controls/Look.h"
+#include "store/SmpData.h"
 #include "wave/TimeMarkers.h"
 
 #include <QtTest>

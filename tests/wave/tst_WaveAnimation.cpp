@@ -1,4 +1,4 @@
-#include "app/Globals.h"
+#include "settings/Globals.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveViewer.h"

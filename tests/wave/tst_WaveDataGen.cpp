@@ -1,4 +1,4 @@
-#include "app/Globals.h"
+#include "settings/Globals.h"
 #include "wave/AllocationCount.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"

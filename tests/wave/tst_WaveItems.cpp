@@ -1,3 +1,6 @@
+#include "controls/Look.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Globals.h"
 #include "wave/DecodedSource.h"
 #include "wave/MainViewDesk.h"
 #include "wave/WaveStrokes.h"

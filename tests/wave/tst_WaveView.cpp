@@ -1,5 +1,5 @@
-#include "app/Globals.h"
-#include "wave/MyScrollbar.h"
+#include "controls/Look.h"
+#include "controls/MyScrollbar.h"
 #include "wave/WaveView.h"
 
 #include <QGraphicsScene>

@@ -1,6 +1,0 @@
-#include "acquisition/PhysicalMemory.h"
-
-std::int64_t physicalMemoryBytes()
-{
-    return 0;
-}

@@ -1,0 +1,5 @@
+#include "device/DeviceGlobals.h"
+
+UsbTransport *gUsb = nullptr;
+DevBase *gDev = nullptr;
+DevInit *gDevInit = nullptr;

@@ -1,0 +1,6 @@
+#include "store/PhysicalMemory.h"
+
+std::int64_t physicalMemoryBytes()
+{
+    return 0;
+}

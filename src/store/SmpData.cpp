@@ -1,0 +1,292 @@
+#include "store/SmpData.h"
+
+#include "store/SmpDataBlocks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+using namespace smpBlocks;
+
+SmpData::SmpData(int chns, int aChns)
+    : chnRoots(std::size_t(std::max(chns, 0)), nullptr),
+      aChnBufs(std::size_t(std::max(aChns, 0)), nullptr),
+      chnCount(std::max(chns, 0)),
+      aChnCount(std::max(aChns, 0)),
+      slicedChn(std::size_t(chnCount), 0),
+      slicedLevel(std::size_t(chnCount), 0),
+      m_enabled(std::size_t(chnCount), 0)
+{}
+
+SmpData::~SmpData()
+{
+    clear();
+}
+
+std::int64_t SmpData::sampleCount() const
+{
+    const SmpReadLock lock(this);
+    return lock ? smpCount : 0;
+}
+
+// ---- admission of readers ----------------------------------------------------------------------------------------
+
+SmpReadLock::SmpReadLock(const SmpData *data) : m_data(data)
+{
+    if (m_data == nullptr) {
+        return;
+    }
+    // Announce first, look second: open() does the opposite, so one of the two always sees the other. That needs one
+    // total order over both atomics, hence sequential consistency on all four steps.
+    m_data->m_readers.fetch_add(1, std::memory_order_seq_cst);
+    if (m_data->complete.load(std::memory_order_seq_cst)) {
+        return;
+    }
+    m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst);
+    m_data = nullptr;
+}
+
+SmpReadLock::~SmpReadLock()
+{
+    if (m_data != nullptr) {
+        m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst);
+    }
+}
+
+void SmpData::open()
+{
+    complete.store(false, std::memory_order_seq_cst);
+    // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
+    // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
+    constexpr std::chrono::microseconds again(200);
+    while (m_readers.load(std::memory_order_seq_cst) != 0) {
+        std::this_thread::sleep_for(again);
+    }
+}
+
+// ---- begin and clear -----------------------------------------------------------------------------------------------
+
+void SmpData::freeChannel(int chn)
+{
+    SmpEdgeRoot *&root = chnRoots[std::size_t(chn)];
+    if (root == nullptr) {
+        return;
+    }
+    for (int m = 0; m < root->midCount; ++m) {
+        SmpEdgeMid *mid = root->mids[m];
+        for (int l = 0; l < mid->leafCount; ++l) {
+            give(mid->leaves[l]);
+        }
+        give(mid);
+    }
+    give(root);
+    root = nullptr;
+}
+
+void SmpData::clear()
+{
+    open();
+    smpCount = 0;
+    trgPos = 0;
+    for (int chn = 0; chn < chnCount; ++chn) {
+        freeChannel(chn);
+    }
+    for (SmpAChnBuffer *&buffer : aChnBufs) {
+        give(buffer);
+        buffer = nullptr;
+    }
+}
+
+void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable)
+{
+    constexpr int firstVoltDiv = 1000; // millivolts; the caller sets the real one before drawing
+    clear();
+    smpFrequ = frequency;
+    zeroSmpCnt = -1;
+    trgRecord = triggerRecord;
+    for (std::size_t chn = 0; chn < chnRoots.size(); ++chn) {
+        m_enabled[chn] = chn < enable.size() && enable[chn] != 0;
+        if (m_enabled[chn] == 0) {
+            continue;
+        }
+        chnRoots[chn] = take<SmpEdgeRoot>();
+        if (chnRoots[chn] != nullptr) {
+            chnRoots[chn]->midCount = 0;
+            chnRoots[chn]->startLevel = 0;
+        }
+    }
+    for (SmpAChnBuffer *&buffer : aChnBufs) {
+        buffer = take<SmpAChnBuffer>();
+        if (buffer != nullptr) {
+            buffer->count = 0;
+            buffer->voltDiv = firstVoltDiv;
+        }
+    }
+}
+
+// ---- growth
+// ----------------------------------------------------------------------------------------------------------
+
+bool SmpData::growChn(SmpEdgeRoot &root, bool forced)
+{
+    // A new mid comes before the look at the budget. A refused leaf leaves it empty; the next call goes on with it.
+    const bool full = root.midCount < 1 || root.mids[root.midCount - 1]->leafCount >= SmpEdgeMid::capacity;
+    if (full && !addMid(root)) {
+        return false;
+    }
+    if (!forced && memBudget.load(std::memory_order_relaxed) < 1) {
+        return false;
+    }
+    auto *leaf = take<SmpEdgeLeaf>();
+    if (leaf == nullptr) {
+        return false;
+    }
+    leaf->count = 0;
+    SmpEdgeMid &mid = *root.mids[root.midCount - 1];
+    mid.leaves[mid.leafCount] = leaf;
+    ++mid.leafCount;
+    return true;
+}
+
+SmpEdgeRoot *SmpData::createChn(int chn)
+{
+    if (chn < 0 || chn >= chnCount) {
+        return nullptr;
+    }
+    freeChannel(chn);
+    auto *root = take<SmpEdgeRoot>();
+    if (root == nullptr) {
+        return nullptr;
+    }
+    root->midCount = 0;
+    root->startLevel = 0;
+    chnRoots[std::size_t(chn)] = root;
+    if (!growChn(*root, true)) {
+        freeChannel(chn);
+        return nullptr;
+    }
+    return root;
+}
+
+SmpEdgeLeaf *SmpData::writableLeaf(SmpEdgeRoot &root)
+{
+    SmpEdgeLeaf *leaf = lastLeaf(root);
+    if (leaf != nullptr && leaf->count < SmpEdgeLeaf::capacity) {
+        return leaf;
+    }
+    const bool forced = root.midCount < 1; // a channel's first leaf never looks at the budget
+    return growChn(root, forced) ? lastLeaf(root) : nullptr;
+}
+
+// ---- finish
+// ----------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Appends the end mark. Without memory for a further leaf it takes the place of the last entry; a channel that has
+/// not even one leaf then loses its mids and holds no data.
+void appendEndMark(SmpData &data, SmpEdgeRoot &root, std::int64_t end)
+{
+    SmpEdgeLeaf *leaf = lastLeaf(root);
+    if (leaf == nullptr || leaf->count >= SmpEdgeLeaf::capacity) {
+        static_cast<void>(data.growChn(root, true)); // refused: seen below, from the last leaf
+    }
+    while (root.midCount > 0 && root.mids[root.midCount - 1]->leafCount < 1) {
+        give(root.mids[root.midCount - 1]);
+        --root.midCount;
+    }
+    leaf = lastLeaf(root);
+    if (leaf == nullptr) {
+        return;
+    }
+    if (leaf->count >= SmpEdgeLeaf::capacity) {
+        leaf->count = SmpEdgeLeaf::capacity - 1;
+    }
+    put(*leaf, end);
+}
+
+/// Writes the two index arrays that the queries bisect.
+void indexChannel(SmpEdgeRoot &root)
+{
+    std::int64_t last = 0;
+    for (int m = 0; m < root.midCount; ++m) {
+        SmpEdgeMid &mid = *root.mids[m];
+        for (int l = 0; l < mid.leafCount; ++l) {
+            const SmpEdgeLeaf &leaf = *mid.leaves[l];
+            last = leaf.count < 1 ? last : leaf.position(leaf.count - 1);
+            mid.leafLast[l] = last;
+        }
+        root.midLast[m] = last;
+    }
+}
+
+/// Makes the first entry at or beyond `end` of the last leaf its last one, and the end mark. Returns that index.
+int cutLeaf(SmpEdgeRoot &root, SmpEdgeLeaf &leaf, std::int64_t end)
+{
+    int index = leaf.count - 1;
+    while (index > 0 && leaf.position(index - 1) >= end) {
+        --index;
+    }
+    leaf.setPosition(index, end);
+    leaf.count = index + 1;
+    SmpEdgeMid &mid = *root.mids[root.midCount - 1];
+    mid.leafLast[mid.leafCount - 1] = end;
+    root.midLast[root.midCount - 1] = end;
+    return index;
+}
+
+/// The leaf before the last one, over a seam of mids too; null for none.
+SmpEdgeLeaf *leafBeforeLast(const SmpEdgeRoot &root)
+{
+    const SmpEdgeMid &mid = *root.mids[root.midCount - 1];
+    if (mid.leafCount > 1) {
+        return mid.leaves[mid.leafCount - 2];
+    }
+    if (root.midCount < 2) {
+        return nullptr;
+    }
+    const SmpEdgeMid &before = *root.mids[root.midCount - 2];
+    return before.leafCount < 1 ? nullptr : before.leaves[before.leafCount - 1];
+}
+
+/// Frees the last leaf, and its mid when that was all it held.
+void dropLastLeaf(SmpEdgeRoot &root)
+{
+    SmpEdgeMid &mid = *root.mids[root.midCount - 1];
+    give(mid.leaves[mid.leafCount - 1]);
+    --mid.leafCount;
+    if (mid.leafCount == 0) {
+        give(&mid);
+        --root.midCount;
+    }
+}
+
+} // namespace
+
+void SmpData::closeChannel(SmpEdgeRoot &root, int level)
+{
+    root.startLevel = level;
+    appendEndMark(*this, root, smpCount);
+    indexChannel(root);
+    if (root.midCount < 1) {
+        return;
+    }
+    while (cutLeaf(root, *lastLeaf(root), smpCount) == 0) {
+        const SmpEdgeLeaf *before = leafBeforeLast(root);
+        if (before == nullptr || before->count < 1 || before->position(before->count - 1) < smpCount) {
+            break;
+        }
+        dropLastLeaf(root);
+    }
+}
+
+void SmpData::finish(std::int64_t endPos)
+{
+    smpCount = std::clamp(std::min(smpCount, endPos), std::int64_t(0), maxPosition);
+    for (std::size_t chn = 0; chn < chnRoots.size(); ++chn) {
+        if (chnRoots[chn] != nullptr) {
+            closeChannel(*chnRoots[chn], chn < 64 ? int(startLevels >> chn & 1) : 0);
+        }
+    }
+    complete.store(true, std::memory_order_seq_cst);
+}

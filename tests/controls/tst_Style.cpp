@@ -1,0 +1,119 @@
+#include "controls/Look.h"
+#include "controls/MyButton.h"
+#include "controls/Style.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QVBoxLayout>
+
+class TstStyle : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void cleanup();
+    void everySheetIsFilledCompletely_data();
+    void everySheetIsFilledCompletely();
+    void sizesFollowTheScreen();
+    void theProgramsSheetLeavesGivenSizesAlone();
+    void buttonsOfDialogsAreAsHighAsAHandNeeds();
+    void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data();
+    void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText();
+};
+
+void TstStyle::initTestCase()
+{
+    globalsFillTables();
+}
+
+void TstStyle::cleanup()
+{
+    qApp->setStyleSheet(QString());
+    globalsSetDpi(96);
+}
+
+void TstStyle::everySheetIsFilledCompletely_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96") << 96;
+    QTest::newRow("144") << 144;
+    QTest::newRow("192") << 192;
+}
+
+void TstStyle::everySheetIsFilledCompletely()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    for (const QString &sheet : {programStyle(), menuDialogStyle()}) {
+        QVERIFY(!sheet.contains(QLatin1Char('@')));
+        QVERIFY(!sheet.contains(QRegularExpression(QStringLiteral("#[0-9]+#"))));
+        QCOMPARE(sheet.count(QLatin1Char('{')), sheet.count(QLatin1Char('}')));
+        QVERIFY(sheet.contains(gGreys[8].name()));
+    }
+}
+
+void TstStyle::sizesFollowTheScreen()
+{
+    globalsSetDpi(96);
+    QVERIFY(lineEditStyle().contains(QStringLiteral("border-radius:3px")));
+    globalsSetDpi(192);
+    QVERIFY(lineEditStyle().contains(QStringLiteral("border-radius:6px")));
+}
+
+void TstStyle::theProgramsSheetLeavesGivenSizesAlone()
+{
+    // A minimum in a sheet would win over the size that a panel gives its small controls.
+    qApp->setStyleSheet(programStyle());
+    QWidget panel;
+    auto *column = new QVBoxLayout(&panel);
+    QWidgetList controls{new MyButton(&panel), new QPushButton(&panel), new QLineEdit(&panel), new QComboBox(&panel)};
+    for (QWidget *control : controls) {
+        control->setFixedSize(18, 18);
+        column->addWidget(control);
+    }
+    panel.show();
+    QCoreApplication::processEvents();
+    for (const QWidget *control : controls) {
+        QCOMPARE(control->size(), QSize(18, 18));
+    }
+}
+
+void TstStyle::buttonsOfDialogsAreAsHighAsAHandNeeds()
+{
+    qApp->setStyleSheet(programStyle());
+    QDialog dialog;
+    auto *column = new QVBoxLayout(&dialog);
+    auto *button = new QPushButton(QStringLiteral("OK"), &dialog);
+    column->addWidget(button);
+    dialog.show();
+    QCoreApplication::processEvents();
+    QVERIFY(button->height() >= dp(22));
+    QVERIFY(button->width() >= dp(64));
+}
+
+void TstStyle::aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data()
+{
+    everySheetIsFilledCompletely_data();
+}
+
+void TstStyle::aComboBoxShowsAtMostTwentyEntriesAndFitsItsText()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    QComboBox box;
+    QFont font = box.font();
+    font.setPixelSize(dp(13));
+    box.setFont(font);
+    box.setStyleSheet(comboBoxStyle());
+    dressComboBox(box);
+    QCOMPARE(box.maxVisibleItems(), 20);
+    QVERIFY(box.minimumHeight() >= box.fontMetrics().height() + 2);
+    QCOMPARE(box.minimumHeight(), box.maximumHeight());
+}
+
+QTEST_MAIN(TstStyle)
+#include "tst_Style.moc"
