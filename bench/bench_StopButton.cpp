@@ -13,7 +13,7 @@
 #include "emulator/Bench.h"
 #include "panels/Toolbar.h"
 #include "store/MemBudget.h"
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -4,14 +4,9 @@ if(PkgConfig_FOUND)
   pkg_check_modules(UMOCKDEV IMPORTED_TARGET umockdev-1.0)
 endif()
 if(TARGET PkgConfig::UMOCKDEV AND TARGET PkgConfig::LIBUSB)
-  lux_bench(bench_UsbStream LINK lux_device emulator_core PkgConfig::UMOCKDEV PkgConfig::LIBUSB Threads::Threads)
-  target_sources(bench_UsbStream PRIVATE
-    ${CMAKE_SOURCE_DIR}/tests/support/InstrumentBus.cpp
-    ${CMAKE_SOURCE_DIR}/tests/support/UmockdevBus.cpp)
+  lux_bench(bench_UsbStream LINK lux_platform PkgConfig::UMOCKDEV PkgConfig::LIBUSB Threads::Threads)
+  target_sources(bench_UsbStream PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/UmockdevBus.cpp)
 endif()
 
 # An emulated instrument in the process of the program.
-lux_bench(bench_StopButton LINK lux_window lux_res emulator_core Qt5::Test Threads::Threads)
-target_sources(bench_StopButton PRIVATE
-  ${CMAKE_SOURCE_DIR}/tests/support/InstrumentBus.cpp
-  ${CMAKE_SOURCE_DIR}/tests/support/UsbPlatformEmulated.cpp)
+lux_bench(bench_StopButton LINK lux_window lux_res lux_platform Qt5::Test Threads::Threads)

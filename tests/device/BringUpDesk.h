@@ -7,7 +7,7 @@
 #include "device/UsbTransport.h"
 #include "settings/Config.h"
 #include "support/TestImages.h"
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 #include <QtTest>
 

@@ -7,7 +7,7 @@
 #include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
 #include "settings/Config.h"
-#include "support/InstrumentBus.h"
+#include "platform/InstrumentBus.h"
 
 #include <QtTest>
 

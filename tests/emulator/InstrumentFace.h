@@ -2,7 +2,7 @@
 
 #include "WaveSignal.h"
 #include "emulator/Bench.h"
-#include "support/InstrumentBus.h"
+#include "platform/InstrumentBus.h"
 #include "support/UsbFace.h"
 
 #include <QtGlobal>

@@ -2,7 +2,7 @@
 
 #include "device/DeviceGlobals.h"
 #include "emulator/CaptureFaults.h"
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 using emulator::Fault;
 using emulator::FaultAction;

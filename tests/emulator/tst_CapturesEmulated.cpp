@@ -1,7 +1,7 @@
 // Bring-up and captures of all models over the bus in the process.
 
 #include "emulator/InstrumentCaptures.h"
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 namespace {
 

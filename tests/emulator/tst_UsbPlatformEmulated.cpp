@@ -1,6 +1,6 @@
 #include "emulator/InstrumentFace.h"
 #include "support/UsbPlatformContract.h"
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 #include <QtTest>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/InstrumentBus.h"
+#include "platform/InstrumentBus.h"
 
 #include <map>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "support/InstrumentBus.h"
+#include "platform/InstrumentBus.h"
 
 #include <algorithm>
 

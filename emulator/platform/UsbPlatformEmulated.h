@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/UsbPlatform.h"
-#include "support/InstrumentBus.h"
+#include "platform/InstrumentBus.h"
 
 #include <functional>
 #include <map>

@@ -1,4 +1,4 @@
-#include "support/UsbPlatformEmulated.h"
+#include "platform/UsbPlatformEmulated.h"
 
 #include <algorithm>
 #include <cstring>
