@@ -64,6 +64,7 @@ public:
     std::size_t GetDecodeMessage(char *text, std::size_t size) const;
 
     struct Private;
+    [[nodiscard]] Private *internals() const { return m_private; } ///< for the runtime itself
 
 protected:
     // ---- for the decoder -------------------------------------------------------------------------------------------

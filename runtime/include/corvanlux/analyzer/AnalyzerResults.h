@@ -72,11 +72,13 @@ public:
     /// library's own, which the next export and the destructor wait for; with null the caller writes it by
     /// BuildExportFile on a thread of its own.
     void StartExportThread(const char *path, DisplayBase base, std::uint32_t optionId);
-    /// 0.0 to 1.0; 1.0 when it is over, however it ended.
+    static constexpr double exportFailed = 2.0;
+    /// 0.0 to 1.0; 1.0 when the file is whole, or was removed after a cancel; exportFailed when it could not be
+    /// written, and what there was of it is removed.
     [[nodiscard]] double GetProgress() const;
     /// Asks the export to stop: it does within 100 ms, and removes its file.
     void CancelExport();
-    /// Why the last export left no file; empty when it is whole or was cancelled. Copied into `text`, which is always
+    /// Why the last export failed; empty when it is whole or was cancelled. Copied into `text`, which is always
     /// ended; @return the length of the whole message.
     std::size_t GetExportError(char *text, std::size_t size) const;
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 enum class AnalyzerInterfaceTypeId : std::int32_t {
     Unknown = 0,
@@ -25,6 +26,7 @@ public:
     virtual ~AnalyzerSettingInterface();
     [[nodiscard]] virtual AnalyzerInterfaceTypeId GetType() const;
 
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -52,6 +54,7 @@ public:
     AnalyzerSettingInterfaceChannel();
     ~AnalyzerSettingInterfaceChannel() override;
     [[nodiscard]] AnalyzerInterfaceTypeId GetType() const override;
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -61,6 +64,9 @@ public:
     void SetSelectionOfNoneIsAllowed(bool allowed);
 
 private:
+    friend class AnalyzerSettingInterface;
+    bool takeText(std::string_view text);
+
     struct Private;
     Private *m_private;
 };
@@ -71,6 +77,7 @@ public:
     AnalyzerSettingInterfaceNumberList();
     ~AnalyzerSettingInterfaceNumberList() override;
     [[nodiscard]] AnalyzerInterfaceTypeId GetType() const override;
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -86,6 +93,9 @@ public:
     void SetNumber(double number);
 
 private:
+    friend class AnalyzerSettingInterface;
+    bool takeText(std::string_view text);
+
     struct Private;
     Private *m_private;
 };
@@ -95,6 +105,7 @@ public:
     AnalyzerSettingInterfaceInteger();
     ~AnalyzerSettingInterfaceInteger() override;
     [[nodiscard]] AnalyzerInterfaceTypeId GetType() const override;
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -106,6 +117,9 @@ public:
     void SetMax(std::int32_t most);
 
 private:
+    friend class AnalyzerSettingInterface;
+    bool takeText(std::string_view text);
+
     struct Private;
     Private *m_private;
 };
@@ -115,6 +129,7 @@ public:
     AnalyzerSettingInterfaceText();
     ~AnalyzerSettingInterfaceText() override;
     [[nodiscard]] AnalyzerInterfaceTypeId GetType() const override;
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -122,6 +137,9 @@ public:
     void SetText(const char *text);
 
 private:
+    friend class AnalyzerSettingInterface;
+    bool takeText(std::string_view text);
+
     struct Private;
     Private *m_private;
 };
@@ -131,6 +149,7 @@ public:
     AnalyzerSettingInterfaceBool();
     ~AnalyzerSettingInterfaceBool() override;
     [[nodiscard]] AnalyzerInterfaceTypeId GetType() const override;
+    static void *operator new(std::size_t size);
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
@@ -140,6 +159,9 @@ public:
     void SetCheckBoxText(const char *text);
 
 private:
+    friend class AnalyzerSettingInterface;
+    bool takeText(std::string_view text);
+
     struct Private;
     Private *m_private;
 };

@@ -65,7 +65,7 @@ static_assert(std::is_trivially_copyable_v<FrameData> && sizeof(FrameData) == 40
 class LUX_ANALYZER_API Frame : public FrameData {
 public:
     Frame();
-    explicit Frame(const FrameData &data);
+    explicit Frame(const FrameData &words);
     Frame(const Frame &) = default;
     Frame &operator=(const Frame &) = default;
     ~Frame();

@@ -71,7 +71,7 @@ protected:
 
 private:
     struct Private;
-    Private *m_private;
+    Private *m_private; ///< kept for later versions; null
 };
 
 } // namespace lux

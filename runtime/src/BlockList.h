@@ -1,0 +1,111 @@
+#pragma once
+
+#include "MemoryBudget.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <vector>
+
+namespace lux::detail {
+
+/// Values in blocks that never move, so that other threads may read what was there before while one appends.
+///
+/// It publishes nothing itself: the owner stores a count by release, and readers, who load it by acquire, look only at
+/// what lies below it. The directory is written before the entries that it leads to, and never changed.
+template<class T, unsigned BlockBits>
+class BlockList {
+    static_assert(std::is_trivially_copyable_v<T>);
+
+public:
+    static constexpr std::size_t blockSize = std::size_t(1) << BlockBits;
+
+    explicit BlockList(const MemoryBudget &budget) : m_budget(budget) {}
+    ~BlockList()
+    {
+        for (std::uint64_t block = 0; block < m_blocks; ++block)
+            std::allocator<T>().deallocate(blockAt(block), blockSize);
+        m_budget.giveBack(m_charged);
+    }
+    BlockList(const BlockList &) = delete;
+    BlockList &operator=(const BlockList &) = delete;
+
+    [[nodiscard]] const T &operator[](std::uint64_t index) const
+    {
+        return blockAt(index >> BlockBits)[index & (blockSize - 1)];
+    }
+    [[nodiscard]] T &operator[](std::uint64_t index) { return blockAt(index >> BlockBits)[index & (blockSize - 1)]; }
+    /// Entries, published or not. The writer only.
+    [[nodiscard]] std::uint64_t size() const { return m_size; }
+    /// @param forced  passes over the budget
+    /// @return false when no block can be had; nothing changes then
+    [[nodiscard]] bool append(const T &value, bool forced = false)
+    {
+        if ((m_size & (blockSize - 1)) == 0) {
+            if (m_size >> BlockBits == m_blocks && !grow(forced))
+                return false;
+            m_open = blockAt(m_size >> BlockBits);
+        }
+        m_open[m_size & (blockSize - 1)] = value;
+        ++m_size;
+        return true;
+    }
+    /// Takes the last entry away again; it must not have been published.
+    void removeLast()
+    {
+        --m_size;
+        m_open = blockAt(m_size >> BlockBits);
+    }
+
+private:
+    static constexpr unsigned segmentBits = 10;
+    static constexpr std::size_t segmentSize = std::size_t(1) << segmentBits;
+    static constexpr std::size_t mostSegments = 8192;
+    using Segment = std::unique_ptr<T *[]>;
+
+    [[nodiscard]] T *blockAt(std::uint64_t block) const
+    {
+        return m_segments[block >> segmentBits][block & (segmentSize - 1)];
+    }
+    [[nodiscard]] bool charge(std::size_t bytes, bool forced)
+    {
+        const auto size = std::int64_t(bytes);
+        if (!m_budget.take(size)) {
+            if (!forced)
+                return false;
+            m_budget.giveBack(-size);
+        }
+        m_charged += size;
+        return true;
+    }
+    [[nodiscard]] bool grow(bool forced)
+    {
+        const std::size_t segment = std::size_t(m_blocks >> segmentBits);
+        if (segment >= mostSegments || !charge(blockSize * sizeof(T), forced))
+            return false;
+        try {
+            if (m_segments == nullptr)
+                m_segments = std::make_unique<Segment[]>(mostSegments);
+            if (m_segments[segment] == nullptr)
+                m_segments[segment] = std::make_unique<T *[]>(segmentSize);
+            m_segments[segment][m_blocks & (segmentSize - 1)] = std::allocator<T>().allocate(blockSize);
+        } catch (const std::bad_alloc &) {
+            m_budget.giveBack(std::int64_t(blockSize * sizeof(T)));
+            m_charged -= std::int64_t(blockSize * sizeof(T));
+            return false;
+        }
+        ++m_blocks;
+        return true;
+    }
+
+    MemoryBudget m_budget;
+    std::unique_ptr<Segment[]> m_segments;
+    T *m_open = nullptr; ///< the block of the last entry
+    std::uint64_t m_size = 0;
+    std::uint64_t m_blocks = 0;
+    std::int64_t m_charged = 0;
+};
+
+} // namespace lux::detail

@@ -1,0 +1,76 @@
+#include "corvanlux/analyzer/Decoder.h"
+
+#include "AnalyzerPrivate.h"
+
+#include <exception>
+
+namespace lux {
+namespace {
+
+constexpr int mostIdleCalls = 1000; ///< of simulate() without time passing, before it is taken to have nothing to say
+
+} // namespace
+
+struct DecoderBase::Private {
+    const char *name;
+    std::unique_ptr<Simulation> simulation;
+    std::int64_t simulatedTo = -1; ///< the newest sample asked for
+};
+
+DecoderBase::DecoderBase(const char *name) : m_private(new Private{name, nullptr, -1}) {}
+
+DecoderBase::~DecoderBase()
+{
+    delete m_private;
+}
+
+void DecoderBase::RunWorker()
+{
+    internals()->runGuarded([this] { decode(); });
+}
+
+std::uint32_t DecoderBase::NeededSampleRate()
+{
+    return 0;
+}
+
+const char *DecoderBase::AnalyzerName() const
+{
+    return m_private->name;
+}
+
+bool DecoderBase::NeedsRestart()
+{
+    return false;
+}
+
+void DecoderBase::SetupResults()
+{
+    SetAnalyzerResults(makeResults().release());
+}
+
+void DecoderBase::simulate(Simulation & /*simulation*/) {}
+
+std::uint32_t DecoderBase::BuildSimulation(std::int64_t newestSample, std::uint32_t sampleRate,
+                                           SimulationChannelDescriptor **channels)
+{
+    std::unique_ptr<Simulation> &simulation = m_private->simulation;
+    if (simulation == nullptr || newestSample <= m_private->simulatedTo ||
+        simulation->sampleRate() != std::int64_t(sampleRate))
+        simulation = std::make_unique<Simulation>(std::int64_t(sampleRate));
+    m_private->simulatedTo = newestSample;
+    try {
+        int idle = 0;
+        while (simulation->position() <= newestSample && idle < mostIdleCalls) {
+            const std::int64_t before = simulation->position();
+            simulate(*simulation);
+            idle = simulation->position() == before ? idle + 1 : 0;
+        }
+    } catch (const std::exception &) {
+        // what there is by now is handed out, and the lines then stay as they are
+    }
+    simulation->holdUntil(newestSample + 1);
+    return simulation->takeBlock(newestSample, channels);
+}
+
+} // namespace lux

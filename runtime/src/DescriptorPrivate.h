@@ -1,0 +1,13 @@
+#pragma once
+
+#include "corvanlux/analyzer/SimulationChannelDescriptor.h"
+
+#include <vector>
+
+struct SimulationChannelDescriptor::Private {
+    Channel channel;
+    bool initialLevel = false;
+    bool currentLevel = false;
+    std::vector<std::uint32_t> widths;
+    SimulationData data; ///< the bounds of `widths`
+};

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "BlockList.h"
+#include "corvanlux/analyzer/AnalyzerTypes.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace lux::detail {
+
+/// The frames of a run in the order of their first samples, and above them a tree of groups of 32 with the first sample
+/// and the greatest last sample of each: frames may nest and overlap, and a query still is a few short scans.
+///
+/// One thread adds. Queries are for any thread, without a lock; they see the published frames.
+class FrameStore {
+public:
+    explicit FrameStore(const MemoryBudget &budget);
+
+    // ---- the worker ------------------------------------------------------------------------------------------------
+
+    /// The frame's first sample must be at or behind that of the frame before. @return false when memory is spent
+    [[nodiscard]] bool add(const FrameData &frame);
+    /// Adds a place that holds the publishing of itself and all behind it. @return its number, 0 when memory is spent
+    [[nodiscard]] std::uint64_t open(std::int64_t firstSample);
+    /// A number that is not open is passed over.
+    void fill(std::uint64_t place, const FrameData &frame);
+    void drop(std::uint64_t place);
+    void dropAll();
+    [[nodiscard]] std::int64_t newestFirst() const { return m_newestFirst; }
+
+    // ---- any thread ------------------------------------------------------------------------------------------------
+
+    [[nodiscard]] std::uint64_t count() const { return m_count.load(std::memory_order_acquire); }
+    /// @param index  below count()
+    [[nodiscard]] const FrameData &operator[](std::uint64_t index) const { return m_frames[index]; }
+    /// See AnalyzerResults::GetFramesInRange.
+    bool range(std::int64_t past, std::int64_t upTo, std::uint64_t &first, std::uint64_t &last) const;
+
+private:
+    static constexpr unsigned fanBits = 5;
+    static constexpr std::uint64_t fan = 1U << fanBits;
+    static constexpr unsigned levels = 7; ///< 32^7 frames
+
+    struct Group {
+        std::int64_t first;
+        std::int64_t greatestLast;
+    };
+    struct Place {
+        std::uint64_t number;
+        std::uint64_t index;
+    };
+    using Groups = BlockList<Group, 8>;
+
+    void publish();
+    void closeGroups(std::uint64_t index);
+    [[nodiscard]] std::vector<Place>::iterator placeOf(std::uint64_t number);
+    [[nodiscard]] static unsigned shiftOf(unsigned level) { return fanBits * (level + 1); }
+    [[nodiscard]] static unsigned levelsFor(std::uint64_t count);
+    [[nodiscard]] std::uint64_t lastStartingBy(std::int64_t upTo, std::uint64_t count) const;
+    [[nodiscard]] std::uint64_t firstEndingPast(std::int64_t past, std::uint64_t count) const;
+    [[nodiscard]] std::uint64_t lastEndingPast(std::int64_t past, std::uint64_t from) const;
+    [[nodiscard]] std::uint64_t lastEndingPastIn(std::int64_t past, unsigned level, std::uint64_t group) const;
+
+    BlockList<FrameData, 10> m_frames;
+    std::array<std::unique_ptr<Groups>, levels> m_groups;
+    std::array<std::int64_t, levels> m_greatest; ///< of the groups that are still open
+    std::vector<Place> m_open;                   ///< in the order of their places
+    std::uint64_t m_lastPlace = 0;
+    std::uint64_t m_published = 0; ///< the writer's own m_count
+    std::int64_t m_newestFirst = 0;
+    std::atomic<std::uint64_t> m_count{0};
+};
+
+} // namespace lux::detail

@@ -1,0 +1,111 @@
+#include "corvanlux/analyzer/FrameText.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace lux {
+namespace {
+
+constexpr char digits[] = "0123456789ABCDEF";
+
+/// The control characters of ASCII (ISO/IEC 646), in their order; 0x7F is DEL.
+constexpr const char *controls[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "HT",  "LF",
+                                    "VT",  "FF",  "CR",  "SO",  "SI",  "DLE", "DC1", "DC2", "DC3", "DC4", "NAK",
+                                    "SYN", "ETB", "CAN", "EM",  "SUB", "ESC", "FS",  "GS",  "RS",  "US"};
+constexpr std::uint64_t firstPrintable = 0x20;
+constexpr std::uint64_t del = 0x7F;
+
+/// The lowest `count` digits of `bitsEach` bits, the highest first.
+ShortText inDigits(std::string_view prefix, std::uint64_t value, unsigned count, unsigned bitsEach)
+{
+    ShortText out(prefix);
+    const std::uint64_t mask = (1U << bitsEach) - 1;
+    for (unsigned i = count; i-- > 0;)
+        out.add(digits[value >> (i * bitsEach) & mask]);
+    return out;
+}
+
+ShortText hexadecimal(std::uint64_t value, unsigned bits)
+{
+    return inDigits("0x", value, (bits + 3) / 4, 4);
+}
+
+ShortText character(std::uint64_t value)
+{
+    if (value < firstPrintable)
+        return {controls[value]};
+    if (value == del)
+        return {"DEL"};
+    ShortText out("'");
+    out.add(char(value));
+    out.add('\'');
+    return out;
+}
+
+ShortText inDecimal(std::uint64_t value)
+{
+    char text[24];
+    const char *end = std::to_chars(text, text + sizeof text, value).ptr;
+    return {std::string_view(text, std::size_t(end - text))};
+}
+
+} // namespace
+
+ShortText formatNumber(std::uint64_t value, unsigned bits, DisplayBase base)
+{
+    bits = std::clamp(bits, 1U, 64U);
+    const bool isCharacter = bits <= 8 && value <= del;
+    switch (base) {
+    case DisplayBase::Binary:
+        return inDigits("0b", value, bits, 1);
+    case DisplayBase::Decimal:
+        return inDecimal(value);
+    case DisplayBase::Ascii:
+        if (isCharacter)
+            return character(value);
+        break;
+    case DisplayBase::AsciiHex:
+        if (isCharacter) {
+            ShortText both = character(value);
+            both.add(" (");
+            both.add(hexadecimal(value, bits));
+            both.add(')');
+            return both;
+        }
+        break;
+    case DisplayBase::Hexadecimal:
+        break;
+    }
+    return hexadecimal(value, bits);
+}
+
+ShortText formatCount(std::int64_t value)
+{
+    char text[24];
+    const char *end = std::to_chars(text, text + sizeof text, value).ptr;
+    return {std::string_view(text, std::size_t(end - text))};
+}
+
+ShortText formatDuration(std::int64_t samples, std::int64_t sampleRate)
+{
+    struct Unit {
+        double seconds;
+        const char *name;
+    };
+    static constexpr Unit units[] = {{1, " s"}, {1e-3, " ms"}, {1e-6, " us"}, {1e-9, " ns"}, {1e-12, " ps"}};
+    const double time = double(samples) / double(std::max<std::int64_t>(sampleRate, 1));
+    const double size = time < 0 ? -time : time;
+    const Unit *unit = units;
+    while (size > 0 && size < unit->seconds && unit + 1 < std::end(units))
+        ++unit;
+    const double value = time / unit->seconds;
+    const double shown = value < 0 ? -value : value;
+    const int decimals = shown < 10 ? 2 : shown < 100 ? 1 : 0;
+    char text[64];
+    const auto [end, error] = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
+    ShortText out(std::string_view(text, error == std::errc() ? std::size_t(end - text) : 0));
+    out.add(unit->name);
+    return out;
+}
+
+} // namespace lux
