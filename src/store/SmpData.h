@@ -2,48 +2,12 @@
 
 #include <array>
 #include <atomic>
+#include <corvanlux/analyzer/EdgeTree.h>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
-
-/// The tree of one digital channel: the positions at which its level changes, in three levels of blocks.
-///
-/// The layout of these three records is read by the decoder runtime and must not change. Positions are sample indices
-/// from 0, 40 bits wide, in strictly increasing order; the last entry of a closed channel is the end mark at the
-/// capture's length. `midLast`, `leafLast` and `startLevel` exist only after SmpData::finish.
-struct SmpEdgeLeaf {
-    static constexpr int capacity = 20480; ///< even, so that a level follows from the index within the leaf alone
-    std::uint32_t posLow[capacity];        ///< low 32 bits of each position
-    std::uint8_t posHigh[capacity];        ///< high 8 bits
-    std::int32_t count;
-
-    [[nodiscard]] std::int64_t position(int index) const
-    {
-        return std::int64_t(posHigh[index]) << 32 | std::int64_t(posLow[index]);
-    }
-    void setPosition(int index, std::int64_t pos)
-    {
-        posLow[index] = std::uint32_t(pos);
-        posHigh[index] = std::uint8_t(pos >> 32);
-    }
-};
-
-struct SmpEdgeMid {
-    static constexpr int capacity = 5120;
-    SmpEdgeLeaf *leaves[capacity];
-    std::int64_t leafLast[capacity]; ///< position of the last entry of each leaf
-    std::int32_t leafCount;
-};
-
-struct SmpEdgeRoot {
-    static constexpr int capacity = 1024;
-    SmpEdgeMid *mids[capacity];
-    std::int64_t midLast[capacity]; ///< position of the last entry of each mid
-    std::int32_t midCount;
-    std::int32_t startLevel; ///< 0 or 1
-};
 
 /// One analog channel: signed bytes; sample s stands for (s + 128) * voltDiv * 10 / 255 - voltDiv * 5 millivolts.
 struct SmpAChnBuffer {
