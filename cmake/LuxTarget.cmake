@@ -35,8 +35,11 @@ if(LUX_FUZZ)
   target_compile_options(lux_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# moc fails on some C++20 headers unless a plain standard header comes first.
-set(CMAKE_AUTOMOC_MOC_OPTIONS --include vector)
+set(CMAKE_AUTOMOC_MOC_OPTIONS --include ${CMAKE_SOURCE_DIR}/cmake/MocFirst.h)
+if(LUX_PCH AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(lux_flags INTERFACE -fpch-preprocess) # ccache asks for it
+endif()
+include(LuxPch)
 
 # What each folder may include, itself left out, one line each; a test holds the include lines against it.
 set(LUX_FOLDER_TABLE ${CMAKE_BINARY_DIR}/folders.txt)
@@ -76,6 +79,13 @@ function(lux_library name)
   get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
   list(JOIN reach " " words)
   file(APPEND ${LUX_FOLDER_TABLE} "${folder} ${ARG_RANK}: ${words}\n")
+  lux_precompile(lux_${name})
+endfunction()
+
+function(lux_test_options target)
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    target_compile_options(${target} PRIVATE -O1) # what is tested is as it is shipped; the test itself is built faster
+  endif()
 endfunction()
 
 # lux_test(<name> SOURCES <files> LINK <targets> [LABELS <labels>])
@@ -86,9 +96,11 @@ function(lux_test name)
   set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
   target_link_libraries(${name} PRIVATE lux_flags Qt5::Test ${ARG_LINK})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-  if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    target_compile_options(${name} PRIVATE -O1) # what is tested is as it is shipped; the test itself is built faster
-  endif()
+  lux_test_options(${name})
+  lux_precompile(${name} TEST)
+  # A test's classes are in its source, which includes what moc made of them: this file is empty.
+  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp PROPERTIES
+    SKIP_PRECOMPILE_HEADERS ON)
   add_test(NAME ${name} COMMAND ${name})
   set(home ${CMAKE_BINARY_DIR}/tests/home/${name})
   file(MAKE_DIRECTORY ${home})

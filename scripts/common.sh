@@ -1,6 +1,9 @@
 # shellcheck shell=bash
 # What the commands of this folder share. To be sourced; `root` is the checkout, whatever the current directory is.
 
+# Without it ccache stores nothing that was compiled with a precompiled header.
+export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
+
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 say() {

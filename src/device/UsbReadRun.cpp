@@ -6,12 +6,12 @@
 #include <span>
 #include <utility>
 
-UsbReadRun::UsbReadRun(UsbLink &link, std::array<std::unique_ptr<UsbReadSlot>, 2> &slots,
+UsbReadRun::UsbReadRun(UsbLink &link, std::array<std::unique_ptr<UsbReadSlot>, 2> &readSlots,
                        InterfaceDevCallback &receiver, const std::atomic<std::int32_t> &chunkSize, std::int32_t limit)
     : m_link(link), m_receiver(receiver), m_chunkSize(chunkSize), m_limit(limit)
 {
-    m_reads[0].slot = slots[0].get();
-    m_reads[1].slot = slots[1].get();
+    m_reads[0].slot = readSlots[0].get();
+    m_reads[1].slot = readSlots[1].get();
 }
 
 int UsbReadRun::run()

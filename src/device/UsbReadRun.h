@@ -19,7 +19,7 @@ public:
     /// @param slots      the two places of reads, idle
     /// @param chunkSize  bytes of the next read; another thread may change it
     /// @param limit      see SmpTransport::readStream()
-    UsbReadRun(UsbLink &link, std::array<std::unique_ptr<UsbReadSlot>, 2> &slots, InterfaceDevCallback &receiver,
+    UsbReadRun(UsbLink &link, std::array<std::unique_ptr<UsbReadSlot>, 2> &readSlots, InterfaceDevCallback &receiver,
                const std::atomic<std::int32_t> &chunkSize, std::int32_t limit);
 
     /// The whole run, once. @return what SmpTransport::readStream() answers, without "not open"

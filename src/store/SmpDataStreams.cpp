@@ -99,9 +99,9 @@ private:
 struct SmpData::Turns {
     const std::int32_t *chns; ///< in the order of their words
     std::int32_t *levels;     ///< by channel
-    int slots;
+    int slotCount;
 
-    [[nodiscard]] std::size_t groupBytes() const { return std::size_t(slots) * slicedWord; }
+    [[nodiscard]] std::size_t groupBytes() const { return std::size_t(slotCount) * slicedWord; }
 };
 
 /// True when each channel has room for whatever the next busyGroups groups hold.
@@ -111,7 +111,7 @@ bool SmpData::hasRoom(const Tails &tails, const Turns &turns, std::int64_t sampl
     if (samples + most > tails.limit()) {
         return false;
     }
-    for (int slot = 0; slot < turns.slots; ++slot) {
+    for (int slot = 0; slot < turns.slotCount; ++slot) {
         const auto chn = std::size_t(turns.chns[slot]);
         if ((tails.present() >> chn & 1) != 0 && tails.room(chn) < most) {
             return false;
@@ -125,7 +125,7 @@ bool SmpData::hasRoom(const Tails &tails, const Turns &turns, std::int64_t sampl
 bool SmpData::addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t *bytes, std::int64_t samples)
 {
     std::uint32_t any = 0;
-    for (int slot = 0; slot < turns.slots; ++slot, bytes += slicedWord) {
+    for (int slot = 0; slot < turns.slotCount; ++slot, bytes += slicedWord) {
         const auto chn = std::size_t(turns.chns[slot]);
         const bool present = (tails.present() >> chn & 1) != 0;
         auto level = std::uint32_t(turns.levels[chn]);
@@ -192,10 +192,10 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
     bool patternHolds = false; // built for the levels as they are
     bool quiet = true;         // the current group, so far
     // Copies, since the compiler must take every byte written into a leaf for a possible change of the members.
-    const int slots = m_slotCount;
+    const int slotCount = m_slotCount;
     const std::int32_t *const chns = slicedChn.data();
     std::int32_t *const levels = slicedLevel.data();
-    const Turns turns{chns, levels, slots};
+    const Turns turns{chns, levels, slotCount};
     const std::size_t groupBytes = turns.groupBytes();
     const auto groupsAtOnce = std::int64_t(quietBytes / groupBytes);
     std::int64_t samples = smpCount;
@@ -243,7 +243,7 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
             }
         }
         at += slicedWord;
-        if (++slot == slots) {
+        if (++slot == slotCount) {
             samples += slicedBits;
             slot = 0;
         }

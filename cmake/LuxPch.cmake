@@ -1,0 +1,72 @@
+# Precompiled headers of Qt and the standard library: most of the time of a small file is spent on reading them. Nothing
+# of the tree is in them. All targets with the same Qt modules share one. A file names what it needs all the same: the
+# preset "clang" compiles without them.
+
+# lux_reaches(<variable> <target> <library>...): whether the target links one of the libraries, by whatever way.
+function(lux_reaches variable target)
+  set(${variable} FALSE PARENT_SCOPE)
+  set(seen)
+  get_target_property(next ${target} LINK_LIBRARIES)
+  while(next)
+    list(POP_FRONT next library)
+    string(REGEX REPLACE "^\\$<LINK_ONLY:(.*)>$" "\\1" library "${library}")
+    if(library IN_LIST ARGN)
+      set(${variable} TRUE PARENT_SCOPE)
+      return()
+    endif()
+    if(TARGET "${library}" AND NOT library IN_LIST seen)
+      list(APPEND seen ${library})
+      get_target_property(below ${library} INTERFACE_LINK_LIBRARIES)
+      if(below)
+        list(APPEND next ${below})
+      endif()
+    endif()
+  endwhile()
+endfunction()
+
+set(LUX_PCH_STD <algorithm> <array> <atomic> <cmath> <condition_variable> <functional> <limits> <map> <memory> <mutex>
+  <optional> <span> <string> <thread> <vector>)
+# The modules' whole headers would instantiate templates in each file that nobody there asks for.
+set(LUX_PCH_Core <QByteArray> <QCoreApplication> <QDir> <QFile> <QList> <QMap> <QObject> <QPointer> <QString>
+  <QStringList> <QTimer> <QVariant> <QVector>)
+set(LUX_PCH_Gui ${LUX_PCH_Core} <QColor> <QFont> <QFontMetrics> <QIcon> <QImage> <QMouseEvent> <QPainter>)
+set(LUX_PCH_Widgets ${LUX_PCH_Gui} <QApplication> <QBoxLayout> <QComboBox> <QDialog> <QGraphicsItem> <QGraphicsScene>
+  <QGraphicsView> <QGridLayout> <QLabel> <QLineEdit> <QMenu> <QPushButton> <QRadioButton> <QScrollBar> <QWidget>)
+
+# lux_precompile(<target> [TEST]): to be called when the target's libraries are known.
+function(lux_precompile target)
+  if(NOT LUX_PCH)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "TEST" "" "" ${ARGN})
+  set(module)
+  foreach(candidate Core Gui Widgets)
+    lux_reaches(reached ${target} Qt5::${candidate})
+    if(reached)
+      set(module ${candidate})
+    endif()
+  endforeach()
+  if(ARG_TEST)
+    set(kind lux_pch_test_${module})
+  elseif(module)
+    set(kind lux_pch_${module})
+  else()
+    return()
+  endif()
+  if(NOT TARGET ${kind})
+    set(source ${CMAKE_BINARY_DIR}/pch/${kind}.cpp)
+    if(NOT EXISTS ${source})
+      file(WRITE ${source} "") # CMake compiles a precompiled header for the sake of a source
+    endif()
+    add_library(${kind} STATIC ${source})
+    set_target_properties(${kind} PROPERTIES UNITY_BUILD OFF)
+    target_link_libraries(${kind} PRIVATE lux_flags Qt5::${module} Threads::Threads)
+    if(ARG_TEST)
+      target_link_libraries(${kind} PRIVATE Qt5::Test)
+      target_precompile_headers(${kind} PRIVATE <QtTest> <QSignalSpy>)
+      lux_test_options(${kind})
+    endif()
+    target_precompile_headers(${kind} PRIVATE ${LUX_PCH_${module}} ${LUX_PCH_STD})
+  endif()
+  target_precompile_headers(${target} REUSE_FROM ${kind})
+endfunction()
