@@ -34,6 +34,17 @@ const FrameValue *valueNamed(std::string_view name, std::span<const FrameValue> 
     return nullptr;
 }
 
+/// Runs what a decoder wrote; when it throws, `begin` takes back what it has said so far.
+template<class Call, class Begin>
+void emptyOnFault(const Call &call, const Begin &begin)
+{
+    try {
+        call();
+    } catch (...) {
+        begin();
+    }
+}
+
 } // namespace
 
 Results::Results() : m_private(nullptr) {}
@@ -48,17 +59,19 @@ FrameData Results::frame(std::uint64_t index) const
 void Results::BuildBubbleText(std::uint64_t frame, Channel &channel, DisplayBase base)
 {
     FrameText &out = internals()->bubbleText;
-    out.start(FrameText::Purpose::Bubble, channel, base);
+    const auto begin = [&] { out.start(FrameText::Purpose::Bubble, channel, base); };
+    begin();
     if (frame < GetNumFrames())
-        describe(internals()->frames[frame], out);
+        emptyOnFault([&] { describe(internals()->frames[frame], out); }, begin);
 }
 
 void Results::BuildTabularText(std::uint64_t frame, DisplayBase base)
 {
     FrameText &out = internals()->tabularText;
-    out.start(FrameText::Purpose::Tabular, Channel(), base);
+    const auto begin = [&] { out.start(FrameText::Purpose::Tabular, Channel(), base); };
+    begin();
     if (frame < GetNumFrames())
-        describe(internals()->frames[frame], out);
+        emptyOnFault([&] { describe(internals()->frames[frame], out); }, begin);
 }
 
 void Results::BuildFrameValues(std::uint64_t frame)
@@ -66,7 +79,7 @@ void Results::BuildFrameValues(std::uint64_t frame)
     FrameValues &out = internals()->values;
     out.start();
     if (frame < GetNumFrames())
-        values(internals()->frames[frame], out);
+        emptyOnFault([&] { values(internals()->frames[frame], out); }, [&] { out.start(); });
 }
 
 void Results::BuildMessageText(std::uint64_t /*message*/, DisplayBase /*base*/) {}

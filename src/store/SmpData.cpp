@@ -97,6 +97,14 @@ void SmpData::clear()
     }
 }
 
+void SmpData::leaveBehind()
+{
+    complete.store(false); // in order with the readers' counts, as in open()
+    std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
+    smpCount = 0;
+    trgPos = 0;
+}
+
 void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable)
 {
     constexpr int firstVoltDiv = 1000; // millivolts; the caller sets the real one before drawing

@@ -91,6 +91,9 @@ public:
     void open();
     /// open(), then frees every block and credits `memBudget`; `smpCount` and `trgPos` become 0.
     void clear();
+    /// Gives up the trees without freeing them: for a reader that cannot be made to leave, which may go on with them for
+    /// ever. No capture is here then, and its bytes stay charged. The reader's own lock may be released afterwards.
+    void leaveBehind();
     /// Starts a capture. A failed allocation leaves a null channel and is not reported.
     /// @param enable  `chnCount` flags, non-zero for a channel that is captured
     void begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable);

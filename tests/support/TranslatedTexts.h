@@ -108,7 +108,7 @@ inline TranslatedTexts translatedTexts(const Sources &sources)
     static const QRegularExpression call(QStringLiteral("(?<![A-Za-z0-9_])tr(Later)?\\s*\\("));
     TranslatedTexts texts;
     for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
-        if (file.key().startsWith(QStringLiteral("app/Language."))) {
+        if (file.key().startsWith(QStringLiteral("settings/Language."))) {
             continue;
         }
         const QString code = Stripper(file.value(), true).run();

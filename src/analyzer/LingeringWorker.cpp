@@ -1,0 +1,71 @@
+#include "analyzer/LingeringWorker.h"
+
+#include "analyzer/AnalyzerProgMng.h"
+#include "analyzer/PluginCall.h"
+#include "store/SmpData.h"
+
+#include <utility>
+
+namespace {
+
+constexpr qint64 grace = 2000;     // ms, to leave by itself
+constexpr qint64 afterForce = 500; // ms, to be gone when ended by force
+
+} // namespace
+
+LingeringWorker::LingeringWorker(QString decoder, AnalyzerItem taken) : name(std::move(decoder)), item(std::move(taken))
+{
+    m_clock.start();
+}
+
+LingeringWorker::~LingeringWorker()
+{
+    if (!m_gone) {
+        leaveBehind();
+    }
+}
+
+bool LingeringWorker::hasLeft()
+{
+    if (item.progMng->waitParked(0)) {
+        item.progMng->letGo();
+    }
+    if (!item.progMng->isIdle() && !item.progMng->isFinished()) {
+        return false;
+    }
+    m_gone = true;
+    if (m_terminated) {
+        // Its stack was torn off: what the decoder holds may be in any state and is not touched again.
+        (void)item.progMng.release();
+        (void)item.analyzer.release();
+    } else {
+        item.progMng.reset();
+        (void)pluginFault([this] { item.analyzer.reset(); });
+    }
+    item.capture.reset();
+    return true;
+}
+
+LingeringWorker::State LingeringWorker::look()
+{
+    if (hasLeft()) {
+        return State::Ended;
+    }
+    if (!m_terminated && m_clock.elapsed() >= grace) {
+        m_terminated = true;
+        item.progMng->terminate();
+    }
+    if (m_clock.elapsed() < grace + afterForce) {
+        return State::Waiting;
+    }
+    leaveBehind();
+    return State::LeftBehind;
+}
+
+void LingeringWorker::leaveBehind()
+{
+    m_gone = true;
+    (void)item.progMng.release();
+    (void)item.analyzer.release();
+    (void)new std::shared_ptr<const CaptureRoots>(item.roots); // one owner that never goes
+}

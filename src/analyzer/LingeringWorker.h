@@ -1,0 +1,33 @@
+#pragma once
+
+#include "analyzer/AnalyzerItem.h"
+
+#include <QElapsedTimer>
+#include <QString>
+
+/// A worker that did not leave when it was asked to, with all that it can reach. Main thread.
+///
+/// It has two seconds to leave; then its thread is ended by force, and if that does not help within another half second
+/// it is left behind: thread, analyzer and results are then never freed. Its admission to the capture stays in `item`
+/// for the owner, who has the store give the capture up before that is replaced or goes.
+struct LingeringWorker {
+    enum class State { Waiting, Ended, LeftBehind };
+
+    LingeringWorker(QString decoder, AnalyzerItem taken);
+    ~LingeringWorker();
+    LingeringWorker(const LingeringWorker &) = delete;
+    LingeringWorker &operator=(const LingeringWorker &) = delete;
+
+    /// Once in a while, until it answers other than Waiting.
+    [[nodiscard]] State look();
+    QString name;
+    AnalyzerItem item;
+
+private:
+    [[nodiscard]] bool hasLeft();
+    void leaveBehind();
+
+    QElapsedTimer m_clock;
+    bool m_terminated = false;
+    bool m_gone = false; ///< ended or left behind
+};

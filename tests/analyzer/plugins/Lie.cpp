@@ -1,0 +1,191 @@
+// A decoder that is sound but for one thing, which LUX_LIE names. Built once for each thing.
+
+#include <corvanlux/analyzer/Decoder.h>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+
+namespace {
+
+constexpr std::string_view lie = LUX_LIE;
+
+[[noreturn]] void throwUp()
+{
+    throw std::runtime_error("the plug-in threw");
+}
+
+class LieSettings : public AnalyzerSettings {
+public:
+    LieSettings()
+    {
+        line.SetKey("line");
+        line.SetTitleAndToolTip("Line", "");
+        AddInterface(&line);
+    }
+    bool ApplyInterfaces() override
+    {
+        if (lie == "settings-throw") {
+            throwUp();
+        }
+        return true;
+    }
+    void LoadText(const char *text) override
+    {
+        if (lie == "load-throws") {
+            throwUp();
+        }
+        line.SetFromText(text);
+    }
+    const char *SaveText() override
+    {
+        if (lie == "save-throws") {
+            throwUp();
+        }
+        return lie == "semicolon" ? "a;b" : line.GetAsText();
+    }
+
+    AnalyzerSettingInterfaceChannel line;
+};
+
+class LieResults : public lux::Results {
+public:
+    explicit LieResults(const LieSettings &) {}
+    void describe(const FrameData &frame, lux::FrameText &out) const override
+    {
+        if (lie == "text-throws") {
+            throwUp();
+        }
+        out.add("edge ", lux::formatCount(frame.firstSample));
+    }
+    void values(const FrameData &, lux::FrameValues &out) const override { out.kind("edge"); }
+};
+
+/// A frame for each edge of the line.
+class LieAnalyzer : public lux::Decoder<LieSettings, LieResults> {
+public:
+    static constexpr const char *name = "Lie";
+
+    LieAnalyzer() : Decoder(name)
+    {
+        if (lie == "create-throws") {
+            throwUp();
+        }
+        if (lie == "no-settings") {
+            SetAnalyzerSettings(nullptr);
+        }
+    }
+    bool NeedsRestart() override
+    {
+        if (lie == "restart-throws") {
+            throwUp();
+        }
+        return lie == "restarts" && ++m_runs < 2;
+    }
+
+protected:
+    void decode() override
+    {
+        lux::ChannelReader &line = reader(m_settings.line.GetChannel());
+        if (lie == "decode-throws") {
+            throwUp();
+        }
+        if (lie == "channel-999") {
+            (void)reader(Channel(0, 999)).nextEdge();
+        }
+        for (;;) {
+            if (lie == "swallows") {
+                readForEver(line);
+            } else if (lie == "spins") {
+                spin();
+            } else if (lie == "returns") {
+                return;
+            }
+            addFrames(line.nextEdge());
+        }
+    }
+
+    void simulate(lux::Simulation &simulation) override
+    {
+        if (lie == "simulation-throws") {
+            throwUp();
+        }
+        lux::SimulationLine &line = simulation.line(m_settings.line.GetChannel(), true);
+        simulation.hold(10);
+        line.toggle();
+    }
+
+private:
+    void addFrames(lux::Sample edge)
+    {
+        if (lie == "disorder") {
+            results().add({.firstSample = (std::int64_t(1) << 50) - edge, .lastSample = -edge});
+        } else if (lie == "hoards") {
+            for (;;) {
+                results().add({.firstSample = edge, .lastSample = edge});
+            }
+        } else if (lie == "marks") {
+            for (int i = 0; i < 1000; ++i) {
+                results().mark(m_settings.line.GetChannel(), edge - i, MarkerType(i));
+            }
+        }
+        results().add({.firstSample = edge, .lastSample = edge});
+    }
+    /// Meets the end of the data again and again.
+    static void readForEver(lux::ChannelReader &line)
+    {
+        for (;;) {
+            try {
+                (void)line.nextEdge();
+            } catch (...) {
+            }
+        }
+    }
+    [[noreturn]] static void spin()
+    {
+        for (volatile std::uint64_t i = 0;;) {
+            i = i + 1;
+            std::this_thread::yield(); // the other tests want to get on
+        }
+    }
+
+    int m_runs = 0;
+};
+
+/// Ends the process while its file is being loaded, if the environment says so.
+[[maybe_unused]] const bool loaded = [] {
+    if (lie == "dies" && std::getenv("LUX_TEST_DIE") != nullptr) {
+        std::_Exit(66);
+    }
+    return true;
+}();
+
+} // namespace
+
+extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
+{
+    return lie == "creates-null" ? nullptr : new LieAnalyzer;
+}
+
+#ifndef LUX_LACKS_ENTRIES
+extern "C" LUX_PLUGIN_EXPORT void DestroyAnalyzer(Analyzer *analyzer)
+{
+    delete analyzer;
+}
+
+extern "C" LUX_PLUGIN_EXPORT const char *GetAnalyzerName()
+{
+    if (lie == "name-throws") {
+        throwUp();
+    }
+    return lie == "no-name" ? nullptr : LieAnalyzer::name;
+}
+
+#ifdef LUX_MODELS
+extern "C" LUX_PLUGIN_EXPORT const char *GetParaInfoList()
+{
+    return LUX_MODELS;
+}
+#endif
+#endif

@@ -1,0 +1,204 @@
+// Plug-ins that do what they must not: each is told once, takes its own analyzer out of use at most, and harms nobody.
+
+#include "AnalyzerDesk.h"
+
+#include <atomic>
+
+class TstAnalyzerLies : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aPluginThatCannotMakeAnAnalyzerAddsNone_data();
+    void aPluginThatCannotMakeAnAnalyzerAddsNone();
+    void whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data();
+    void whatAPluginThrowsIsToldOnceAndTheOthersGoOn();
+    void settingsWithASemicolonAreNotStored();
+    void framesOutOfOrderOrPlaceArePutIntoTheCapture();
+    void millionsOfMarkersAreStillSearchable();
+    void endlessFramesEndWithTheMemoryBudget();
+    void aDecoderThatReturnsIsComplete();
+    void aChannelThatTheCaptureLacksIsAMessage();
+    void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
+    void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
+    void textsThatThrowAreEmpty();
+    void theProgramEndsWithADecoderThatNeverLeaves();
+};
+
+void TstAnalyzerLies::aPluginThatCannotMakeAnAnalyzerAddsNone_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("throws") << QStringLiteral("create-throws");
+    QTest::newRow("null") << QStringLiteral("creates-null");
+    QTest::newRow("no settings") << QStringLiteral("no-settings");
+}
+
+void TstAnalyzerLies::aPluginThatCannotMakeAnAnalyzerAddsNone()
+{
+    QFETCH(QString, plugin);
+    AnalyzerDesk desk({plugin, QStringLiteral("sound")});
+    QVERIFY(!desk.add());
+    QVERIFY(!desk.add());
+    desk.stored = {{plugin + QStringLiteral(".dll"), QStringLiteral("0"), QStringLiteral("2")},
+                   {QStringLiteral("sound.dll"), QStringLiteral("0"), QStringLiteral("2")}};
+    desk.manager->loadFromConfig();
+    QCOMPARE(desk.manager->count(), 1);
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.told.size(), 1);
+    QVERIFY(desk.told.constFirst().startsWith(QStringLiteral("Lie: ")));
+}
+
+void TstAnalyzerLies::whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data()
+{
+    QTest::addColumn<QString>("plugin");
+    for (const char *lie : {"load-throws", "save-throws", "restart-throws", "decode-throws"}) {
+        QTest::newRow(lie) << QString::fromLatin1(lie);
+    }
+}
+
+void TstAnalyzerLies::whatAPluginThrowsIsToldOnceAndTheOthersGoOn()
+{
+    QFETCH(QString, plugin);
+    AnalyzerDesk desk({plugin, QStringLiteral("sound")});
+    desk.stored = {{plugin + QStringLiteral(".dll"), QStringLiteral("0"), QStringLiteral("2")},
+                   {QStringLiteral("sound.dll"), QStringLiteral("1"), QStringLiteral("2")}};
+    desk.manager->loadFromConfig();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    desk.manager->saveToConfig();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    desk.manager->saveToConfig();
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.told, QStringList{QStringLiteral("Lie: the plug-in threw")});
+    QCOMPARE(desk.manager->count(), 2);
+    QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
+}
+
+void TstAnalyzerLies::settingsWithASemicolonAreNotStored()
+{
+    AnalyzerDesk desk({QStringLiteral("semicolon"), QStringLiteral("sound")});
+    QVERIFY(desk.add(0, 0));
+    QVERIFY(desk.add(1, 1));
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.told.size(), 1);
+    QVERIFY(desk.stored.value(0).value(1).isEmpty());
+    desk.manager->loadFromConfig();
+    QCOMPARE(desk.manager->count(), 2);
+    QCOMPARE(desk.manager->fileNameAt(1), QStringLiteral("sound.dll"));
+}
+
+void TstAnalyzerLies::framesOutOfOrderOrPlaceArePutIntoTheCapture()
+{
+    AnalyzerDesk desk({QStringLiteral("disorder")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.frames() > 100);
+    std::int64_t last = 0;
+    for (std::uint64_t i = 0; i < desk.frames(); ++i) {
+        const Frame frame = desk.results()->GetFrame(i);
+        QVERIFY(frame.firstSample >= last && frame.firstSample < desk.capture.smpCount);
+        QVERIFY(frame.lastSample >= frame.firstSample && frame.lastSample < desk.capture.smpCount);
+        last = frame.firstSample;
+    }
+}
+
+void TstAnalyzerLies::millionsOfMarkersAreStillSearchable()
+{
+    AnalyzerDesk desk({QStringLiteral("marks")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    const Channel line(0, 0);
+    QVERIFY(desk.results()->GetNumMarkers(line) > 100000);
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    QVERIFY(desk.results()->GetMarkersInRange(line, 0, desk.capture.smpCount, &first, &last));
+    for (std::uint64_t i = first; i < last; ++i) {
+        QVERIFY(desk.results()->GetMarker(line, i).sample <= desk.results()->GetMarker(line, i + 1).sample);
+    }
+}
+
+void TstAnalyzerLies::endlessFramesEndWithTheMemoryBudget()
+{
+    std::atomic<std::int64_t> budget{20'000'000};
+    SetAnalyzerMemoryBudget(&budget);
+    {
+        AnalyzerDesk desk({QStringLiteral("hoards")});
+        QVERIFY(desk.add());
+        QVERIFY(desk.waitForWorkers());
+        QVERIFY(desk.manager->analyzerAt(0)->GetDecodeStatus() == DecodeStatus::OutOfMemory);
+        QVERIFY(desk.frames() > 100'000);
+        QVERIFY(!desk.manager->message(0).isEmpty());
+    }
+    QCOMPARE(budget.load(), std::int64_t(20'000'000));
+    SetAnalyzerMemoryBudget(nullptr);
+}
+
+void TstAnalyzerLies::aDecoderThatReturnsIsComplete()
+{
+    AnalyzerDesk desk({QStringLiteral("returns")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.manager->analyzerAt(0)->GetDecodeStatus() == DecodeStatus::Complete);
+}
+
+void TstAnalyzerLies::aChannelThatTheCaptureLacksIsAMessage()
+{
+    AnalyzerDesk desk({QStringLiteral("channel-999")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.manager->analyzerAt(0)->GetDecodeStatus() == DecodeStatus::Failed);
+    QTRY_COMPARE(desk.told.size(), 1);
+}
+
+void TstAnalyzerLies::aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("reads and catches everything") << QStringLiteral("swallows");
+    QTest::newRow("reads nothing") << QStringLiteral("spins");
+}
+
+void TstAnalyzerLies::aDecoderThatNeverLeavesIsTakenOutAndLeftBehind()
+{
+    QFETCH(QString, plugin);
+    AnalyzerDesk desk({plugin, QStringLiteral("sound")});
+    QVERIFY(desk.add(0, 0));
+    QVERIFY(desk.add(1, 1));
+    desk.manager->captureStarts();
+    QVERIFY2(!desk.manager->isWorkerRunning(0), "another analyzer stands in its place");
+    QCOMPARE(desk.manager->count(), 2);
+
+    CaptureBuilder{3000}.fill(desk.capture); // the store does not wait for it
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
+    QVERIFY2(!desk.manager->isWorkerRunning(0), "it is out of use until it is restarted");
+    QVERIFY(!desk.manager->message(0).isEmpty());
+    QTRY_COMPARE_WITH_TIMEOUT(desk.told.size(), 2, 10000); // that it does not stop, and that it was left behind
+    desk.manager->captureStarts();
+    desk.capture.clear(); // waits for nobody
+}
+
+void TstAnalyzerLies::textsThatThrowAreEmpty()
+{
+    AnalyzerDesk desk({QStringLiteral("text-throws")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    desk.results()->BuildTabularText(0, DisplayBase::Hexadecimal);
+    QVERIFY(desk.results()->GetTabularTextString().empty());
+    Channel line(0, 0);
+    desk.results()->BuildBubbleText(0, line, DisplayBase::Hexadecimal);
+    const char *const *texts = nullptr;
+    std::uint32_t count = 1;
+    desk.results()->GetResultStrings(&texts, &count);
+    QCOMPARE(count, 0U);
+}
+
+void TstAnalyzerLies::theProgramEndsWithADecoderThatNeverLeaves()
+{
+    AnalyzerDesk desk({QStringLiteral("spins")});
+    QVERIFY(desk.add());
+    desk.manager.reset(); // waits as long as for any of them, and goes on without it
+}
+
+QTEST_GUILESS_MAIN(TstAnalyzerLies)
+#include "tst_AnalyzerLies.moc"

@@ -1,0 +1,242 @@
+#include "analyzer/PluginFolder.h"
+#include "analyzer/PluginGuard.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+QString folderOf(const char *plugin)
+{
+    return QStringLiteral(LUX_TEST_PLUGINS "/") + QString::fromLatin1(plugin);
+}
+
+#if defined(Q_OS_WIN)
+const QString suffix = QStringLiteral(".dll");
+#elif defined(Q_OS_MACOS)
+const QString suffix = QStringLiteral(".dylib");
+#else
+const QString suffix = QStringLiteral(".so");
+#endif
+
+} // namespace
+
+class TstPluginFolder : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void aFileThatLacksAnEntryPointGivesNoEntry();
+    void aFileThatIsNoLibraryGivesNoEntry();
+    void aPluginWithoutAListOfModelsIsOfferedForEveryModel();
+    void emptyPartsOfTheListOfModelsAreLeftOut_data();
+    void emptyPartsOfTheListOfModelsAreLeftOut();
+    void namesAreStoredWithTheSuffixOfOneSystem();
+    void aNameThatTheFirstFolderHasWins();
+    void aPluginThatThrowsWhenItIsAskedIsLeftOut_data();
+    void aPluginThatThrowsWhenItIsAskedIsLeftOut();
+    void nothingIsLoadedFromWhereOthersMayWrite();
+    void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried();
+    void aChangedFileIsTriedAgain();
+    void aProcessThatLivesIsNoCulprit();
+
+private:
+    [[nodiscard]] QString copied(const char *plugin, const QString &folder, const QString &name = {}) const;
+
+    QTemporaryDir m_dir;
+};
+
+void TstPluginFolder::initTestCase()
+{
+    // The test is its own victim: see aPluginWithWhichTheProgramDied...
+    const QByteArray victim = qgetenv("LUX_TEST_VICTIM");
+    if (!victim.isEmpty()) {
+        qputenv("LUX_TEST_DIE", "1");
+        PluginGuard guard(QString::fromUtf8(qgetenv("LUX_TEST_GUARD")));
+        (void)PluginFolder::scan({QString::fromUtf8(victim)}, guard);
+        QFAIL("the plug-in did not end the process");
+    }
+    QVERIFY(m_dir.isValid());
+}
+
+void TstPluginFolder::init()
+{
+    QDir(m_dir.path()).removeRecursively();
+    QVERIFY(QDir().mkpath(m_dir.path()));
+}
+
+QString TstPluginFolder::copied(const char *plugin, const QString &folder, const QString &name) const
+{
+    const QString target = m_dir.filePath(folder);
+    QDir().mkpath(target);
+    const QString from = folderOf(plugin) + QLatin1Char('/') + QString::fromLatin1(plugin) + suffix;
+    const QString file = name.isEmpty() ? QString::fromLatin1(plugin) : name;
+    QFile::copy(from, target + QLatin1Char('/') + file + suffix);
+    return target;
+}
+
+void TstPluginFolder::aFileThatLacksAnEntryPointGivesNoEntry()
+{
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({folderOf("bare")}, guard);
+    QVERIFY(scan.libraries.isEmpty());
+    QCOMPARE(scan.refusals.size(), 1);
+    QCOMPARE(scan.refusals.constFirst().fileName, QStringLiteral("bare.dll"));
+}
+
+void TstPluginFolder::aFileThatIsNoLibraryGivesNoEntry()
+{
+    QDir().mkpath(m_dir.filePath(QStringLiteral("junk")));
+    QFile file(m_dir.filePath(QStringLiteral("junk/A")) + suffix);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("no library");
+    file.close();
+    QDir().mkpath(m_dir.filePath(QStringLiteral("junk/B")) + suffix); // a folder of such a name
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({m_dir.filePath(QStringLiteral("junk"))}, guard);
+    QVERIFY(scan.libraries.isEmpty());
+    QCOMPARE(scan.refusals.size(), 1);
+    QVERIFY(!scan.refusals.constFirst().reason.isEmpty());
+}
+
+void TstPluginFolder::aPluginWithoutAListOfModelsIsOfferedForEveryModel()
+{
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({folderOf("returns")}, guard);
+    QCOMPARE(scan.libraries.size(), 1);
+    QVERIFY(scan.libraries.constFirst().supportedModels.isEmpty());
+    const auto some = PluginFolder::scan({folderOf("sound")}, guard);
+    QCOMPARE(some.libraries.constFirst().supportedModels, QVector<int>({3, 5}));
+}
+
+void TstPluginFolder::emptyPartsOfTheListOfModelsAreLeftOut_data()
+{
+    QTest::addColumn<QString>("list");
+    QTest::addColumn<QVector<int>>("codes");
+    QTest::newRow("none") << QString() << QVector<int>{};
+    QTest::newRow("one") << QStringLiteral("9") << QVector<int>{9};
+    QTest::newRow("an empty part") << QStringLiteral("3,,5") << QVector<int>{3, 5};
+    QTest::newRow("no number") << QStringLiteral("x,65") << QVector<int>{0, 65};
+}
+
+void TstPluginFolder::emptyPartsOfTheListOfModelsAreLeftOut()
+{
+    QFETCH(QString, list);
+    QTEST(PluginFolder::modelCodes(list), "codes");
+}
+
+void TstPluginFolder::namesAreStoredWithTheSuffixOfOneSystem()
+{
+    QCOMPARE(PluginFolder::storedName(QStringLiteral("SPI") + suffix), QStringLiteral("SPI.dll"));
+    QVERIFY(PluginFolder::storedName(QStringLiteral("SPI.txt")).isEmpty());
+}
+
+void TstPluginFolder::aNameThatTheFirstFolderHasWins()
+{
+    PluginGuard guard({});
+    const QString first = copied("sound", QStringLiteral("first"), QStringLiteral("A"));
+    const QString second = copied("returns", QStringLiteral("second"), QStringLiteral("A"));
+    const auto scan = PluginFolder::scan({first, second}, guard);
+    QCOMPARE(scan.libraries.size(), 1);
+    QVERIFY(scan.libraries.constFirst().path.startsWith(first));
+    QCOMPARE(scan.refusals.size(), 1);
+}
+
+void TstPluginFolder::aPluginThatThrowsWhenItIsAskedIsLeftOut_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("throws") << QStringLiteral("name-throws");
+    QTest::newRow("null") << QStringLiteral("no-name");
+}
+
+void TstPluginFolder::aPluginThatThrowsWhenItIsAskedIsLeftOut()
+{
+    QFETCH(QString, plugin);
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({folderOf(plugin.toLatin1().constData())}, guard);
+    QVERIFY(scan.libraries.isEmpty());
+    QCOMPARE(scan.refusals.size(), 1);
+}
+
+void TstPluginFolder::nothingIsLoadedFromWhereOthersMayWrite()
+{
+#ifdef Q_OS_UNIX
+    PluginGuard guard({});
+    const QString folder = copied("sound", QStringLiteral("open"));
+    const QFile::Permissions own = QFile::permissions(folder);
+    QVERIFY(QFile::setPermissions(folder, own | QFile::WriteOther));
+    QVERIFY(PluginFolder::scan({folder}, guard).libraries.isEmpty());
+    QVERIFY(QFile::setPermissions(folder, own));
+    QCOMPARE(PluginFolder::scan({folder}, guard).libraries.size(), 1);
+
+    const QString file = folder + QStringLiteral("/sound") + suffix;
+    QVERIFY(QFile::setPermissions(file, QFile::permissions(file) | QFile::WriteOther));
+    QVERIFY(PluginFolder::scan({folder}, guard).libraries.isEmpty());
+#else
+    QSKIP("files have no such permissions here");
+#endif
+}
+
+void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried()
+{
+    const QString plugins = copied("dies", QStringLiteral("plugins"));
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    QProcess victim;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LUX_TEST_VICTIM"), plugins);
+    environment.insert(QStringLiteral("LUX_TEST_GUARD"), guardFolder);
+    victim.setProcessEnvironment(environment);
+    victim.start(QCoreApplication::applicationFilePath(), QStringList());
+    QVERIFY(victim.waitForFinished());
+    QCOMPARE(victim.exitCode(), 66);
+
+    {
+        PluginGuard guard(guardFolder);
+        QCOMPARE(guard.blocked(), QStringList{QStringLiteral("dies.dll")});
+        const auto scan = PluginFolder::scan({plugins}, guard);
+        QVERIFY(scan.libraries.isEmpty());
+        QCOMPARE(scan.refusals.size(), 1);
+        QVERIFY(scan.refusals.constFirst().passedOver);
+        guard.retry(QStringLiteral("dies.dll"));
+    }
+    PluginGuard guard(guardFolder);
+    QCOMPARE(PluginFolder::scan({plugins}, guard).libraries.size(), 1); // no death is asked for here
+}
+
+void TstPluginFolder::aChangedFileIsTriedAgain()
+{
+    const QString plugins = copied("sound", QStringLiteral("plugins"));
+    const QString path = plugins + QStringLiteral("/sound") + suffix;
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    QVERIFY(QDir().mkpath(guardFolder));
+    QFile trying(guardFolder + QStringLiteral("/1.trying"));
+    QVERIFY(trying.open(QIODevice::WriteOnly));
+    const QFileInfo file(path);
+    trying.write(
+        QStringLiteral("sound.dll\t%1\t%2").arg(file.size()).arg(file.lastModified().toMSecsSinceEpoch()).toUtf8());
+    trying.close();
+    PluginGuard guard(guardFolder);
+    QVERIFY(guard.isBlocked(QStringLiteral("sound.dll"), path));
+    QFile changed(path);
+    QVERIFY(changed.open(QIODevice::Append));
+    changed.write("\n");
+    changed.close();
+    QVERIFY(!guard.isBlocked(QStringLiteral("sound.dll"), path));
+}
+
+void TstPluginFolder::aProcessThatLivesIsNoCulprit()
+{
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    PluginGuard living(guardFolder);
+    const PluginTrial trial(living, QStringLiteral("sound.dll"), folderOf("sound"));
+    const PluginGuard other(guardFolder);
+    QVERIFY(other.blocked().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TstPluginFolder)
+#include "tst_PluginFolder.moc"
