@@ -1,0 +1,123 @@
+#include "analyzer/AnalyzerManager.h"
+#include "cli/AnalyzerSetup.h"
+#include "cli/Arguments.h"
+#include "cli/Commands.h"
+#include "cli/Output.h"
+#include "cli/Terminal.h"
+
+#include <corvanlux/analyzer/AnalyzerSettingInterface.h>
+#include <corvanlux/analyzer/AnalyzerSettings.h>
+#include <cstdio>
+#include <string>
+
+namespace {
+
+const char *const usage =
+    "Usage: luxcli analyzers [--all] [NAME]\n"
+    "\n"
+    "Lists the decoders that are found, or the settings of one: key, kind, values, default.\n"
+    "\n"
+    "      --all          also tell which files are none, and why\n"
+    "      --retry FILE   try a decoder again that was passed over since a program ended with it\n"
+    "  -h, --help         this text\n";
+
+std::string choices(const AnalyzerSettingInterfaceNumberList &list)
+{
+    std::string text;
+    for (std::uint32_t i = 0; i < list.GetListboxNumbersCount(); ++i) {
+        text += (i > 0 ? "|" : "");
+        text += list.GetListboxWord(i);
+    }
+    return text;
+}
+
+/// The kind of a setting and the values that it takes.
+std::string kindAndValues(const AnalyzerSettingInterface &face)
+{
+    if (const auto *channel = dynamic_cast<const AnalyzerSettingInterfaceChannel *>(&face)) {
+        return channel->GetSelectionOfNoneIsAllowed() ? "channel\tnumber or none" : "channel\tnumber";
+    }
+    if (const auto *list = dynamic_cast<const AnalyzerSettingInterfaceNumberList *>(&face)) {
+        return "choice\t" + choices(*list);
+    }
+    if (const auto *integer = dynamic_cast<const AnalyzerSettingInterfaceInteger *>(&face)) {
+        return "integer\t" + std::to_string(integer->GetMin()) + " to " + std::to_string(integer->GetMax());
+    }
+    return dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face) != nullptr ? "switch\tfalse|true" : "text\t";
+}
+
+void writeSettings(Output &out, const Analyzer &analyzer)
+{
+    const AnalyzerSettings *settings = analyzer.GetAnalyzerSettings();
+    out << "key\tkind\tvalues\tdefault\ttitle\n";
+    for (std::uint32_t i = 0; i < settings->GetSettingsInterfacesCount(); ++i) {
+        const AnalyzerSettingInterface &face = *settings->GetSettingsInterface(i);
+        const auto *box = dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face);
+        const std::string_view title = face.GetTitle();
+        out << face.GetKey() << '\t' << kindAndValues(face) << '\t' << face.GetAsText() << '\t'
+            << (title.empty() && box != nullptr ? box->GetCheckBoxText() : title) << '\n';
+    }
+}
+
+void writeLibraries(Output &out, const AnalyzerManager &manager)
+{
+    for (const AnalyzerLib &lib : manager.foundLibraries()) {
+        out << lib.fileName.section(QLatin1Char('.'), 0, -2).toStdString() << '\t' << lib.displayName.toStdString()
+            << '\n';
+    }
+}
+
+void writeRefusals(Output &out, const AnalyzerManager &manager)
+{
+    for (const PluginFolder::Refusal &refusal : manager.refusals()) {
+        out << refusal.fileName.toStdString() << "\tnot loaded: " << refusal.reason.toStdString() << '\n';
+    }
+}
+
+int tellSettings(Output &out, AnalyzerManager &manager, const QString &name)
+{
+    const int library = AnalyzerSetup::libraryNamed(manager, name);
+    Analyzer *analyzer = manager.createAnalyzer(library);
+    if (analyzer == nullptr) {
+        Terminal::say(
+            QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(name, AnalyzerSetup::knownNames(manager)));
+        return Terminal::badInput;
+    }
+    writeSettings(out, *analyzer);
+    manager.destroyAnalyzer(library, analyzer);
+    return Terminal::good;
+}
+
+} // namespace
+
+int Commands::analyzers(const QStringList &arguments)
+{
+    const Arguments::Parsed parsed =
+        Arguments::parse(arguments, {{QStringLiteral("--all"), {}, false},
+                                     {QStringLiteral("--retry"), {}, true},
+                                     {QStringLiteral("--help"), QStringLiteral("-h"), false}});
+    if (!parsed.error.isEmpty() || parsed.operands.size() > 1) {
+        Terminal::say((parsed.error.isEmpty() ? QStringLiteral("more than one name") : parsed.error) +
+                      QStringLiteral("; \"luxcli analyzers --help\" tells more"));
+        return Terminal::wrongUsage;
+    }
+    if (parsed.has(QStringLiteral("--help"))) {
+        std::fputs(usage, stdout);
+        return Terminal::good;
+    }
+    if (const auto file = parsed.value(QStringLiteral("--retry"))) {
+        PluginGuard(PluginFolder::standardGuardFolder()).retry(*file);
+    }
+    AnalyzerManager manager;
+    Output out{QString()};
+    int code = Terminal::good;
+    if (!parsed.operands.isEmpty()) {
+        code = tellSettings(out, manager, parsed.operands.constFirst());
+    } else {
+        writeLibraries(out, manager);
+        if (parsed.has(QStringLiteral("--all"))) {
+            writeRefusals(out, manager);
+        }
+    }
+    return out.finish() ? code : Terminal::badInput;
+}

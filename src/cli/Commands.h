@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QStringList>
+
+/// The commands of luxcli: each takes the arguments behind its name and answers the process's exit code (Terminal.h).
+/// Main thread, below a QCoreApplication.
+namespace Commands {
+
+/// Decodes captures and writes what was found.
+int decode(const QStringList &arguments);
+/// Lists the decoders, or the settings of one.
+int analyzers(const QStringList &arguments);
+/// Tells about captures.
+int info(const QStringList &arguments);
+
+} // namespace Commands

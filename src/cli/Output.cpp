@@ -1,0 +1,33 @@
+#include "cli/Output.h"
+
+#include <cstdio>
+
+Output::Output(const QString &path)
+{
+    m_buffer.reserve(flushSize + 4096);
+    if (!path.isEmpty() && path != QLatin1String("-")) {
+        m_file = std::make_unique<QSaveFile>(path);
+        m_good = m_file->open(QIODevice::WriteOnly);
+    }
+}
+
+void Output::flush()
+{
+    if (m_good && m_file) {
+        m_good = m_file->write(m_buffer.data(), qint64(m_buffer.size())) == qint64(m_buffer.size());
+    } else if (m_good) {
+        m_good = std::fwrite(m_buffer.data(), 1, m_buffer.size(), stdout) == m_buffer.size();
+    }
+    m_buffer.clear();
+}
+
+bool Output::finish()
+{
+    flush();
+    if (m_good && m_file) {
+        m_good = m_file->commit();
+    } else if (m_good) {
+        m_good = std::fflush(stdout) == 0;
+    }
+    return m_good;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QSaveFile>
+#include <QString>
+
+#include <charconv>
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+/// Where a command writes its lines: the standard output, or a file that appears under its name only when it is whole.
+/// Buffered; main thread.
+class Output {
+public:
+    /// @param path  empty or "-" for the standard output
+    explicit Output(const QString &path);
+
+    /// False when it could not be opened, or what was written did not arrive.
+    [[nodiscard]] bool isGood() const { return m_good; }
+    Output &operator<<(std::string_view text)
+    {
+        m_buffer.append(text);
+        if (m_buffer.size() >= flushSize) {
+            flush();
+        }
+        return *this;
+    }
+    Output &operator<<(char c)
+    {
+        m_buffer.push_back(c);
+        return *this;
+    }
+    Output &operator<<(std::integral auto number)
+    {
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+        m_buffer.append(digits, std::size_t(end - digits));
+        return *this;
+    }
+    /// The rest, and the file's name. @return false if not all arrived
+    [[nodiscard]] bool finish();
+
+private:
+    static constexpr std::size_t flushSize = 1 << 18; // bytes
+    void flush();
+
+    std::string m_buffer;
+    std::unique_ptr<QSaveFile> m_file; ///< null for the standard output
+    bool m_good = true;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+/// The process's own lines: messages, progress and Ctrl+C. Messages go to the standard error.
+namespace Terminal {
+
+inline constexpr int good = 0;
+inline constexpr int badInput = 1;
+inline constexpr int wrongUsage = 2;
+inline constexpr int interrupted = 130; ///< as shells tell a program that SIGINT ended
+
+/// "luxcli: text" and a line end. Any thread.
+void say(const QString &text);
+
+/// From here on Ctrl+C and a request to end only set wasInterrupted(), and a pipe that nobody reads any more is an
+/// error like any other. Main thread, once.
+void catchSignals();
+[[nodiscard]] bool wasInterrupted();
+
+/// One line on a terminal that is written over again and again; nothing where the standard error is none.
+class Progress {
+public:
+    explicit Progress(QString what);
+    /// Takes the line away.
+    ~Progress();
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+    /// @param share  0 to 1
+    void show(double share);
+
+private:
+    QString m_what;
+    int m_percent = -1;
+    bool m_isTerminal;
+};
+
+} // namespace Terminal
