@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Hidden.h"
 #include "Run.h"
 #include "corvanlux/analyzer/Analyzer.h"
 #include "corvanlux/analyzer/ChannelReader.h"
@@ -8,7 +9,7 @@
 #include <map>
 #include <memory>
 
-struct Analyzer::Private {
+struct LUX_HIDDEN Analyzer::Private {
     /// Runs `decode` with everything caught that may leave it, then ends the run. Once a run: the outer of two does
     /// nothing more.
     void runGuarded(const std::function<void()> &decode);

@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/AnalyzerSettingInterface.h"
 
+#include "Hidden.h"
 #include "NumberText.h"
 
 #include <algorithm>
@@ -48,7 +49,7 @@ LUX_OWN_MEMORY(AnalyzerSettingInterfaceBool)
 
 // ---- what all have --------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterface::Private {
+struct LUX_HIDDEN AnalyzerSettingInterface::Private {
     std::string title;
     std::string toolTip;
     std::string key;
@@ -150,7 +151,7 @@ const char *AnalyzerSettingInterface::GetAsText() const
 
 // ---- channel --------------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterfaceChannel::Private {
+struct LUX_HIDDEN AnalyzerSettingInterfaceChannel::Private {
     Channel channel;
     bool noneIsAllowed = false;
 };
@@ -203,7 +204,7 @@ bool AnalyzerSettingInterfaceChannel::takeText(std::string_view text)
 
 // ---- number list ----------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterfaceNumberList::Private {
+struct LUX_HIDDEN AnalyzerSettingInterfaceNumberList::Private {
     struct Entry {
         double number;
         std::string text;
@@ -291,7 +292,7 @@ bool AnalyzerSettingInterfaceNumberList::takeText(std::string_view text)
 
 // ---- integer --------------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterfaceInteger::Private {
+struct LUX_HIDDEN AnalyzerSettingInterfaceInteger::Private {
     std::int32_t value = 0;
     std::int32_t least = 0;
     std::int32_t most = std::numeric_limits<std::int32_t>::max();
@@ -350,7 +351,7 @@ bool AnalyzerSettingInterfaceInteger::takeText(std::string_view text)
 
 // ---- text -----------------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterfaceText::Private {
+struct LUX_HIDDEN AnalyzerSettingInterfaceText::Private {
     std::string text;
 };
 
@@ -386,7 +387,7 @@ bool AnalyzerSettingInterfaceText::takeText(std::string_view text)
 
 // ---- bool -----------------------------------------------------------------------------------------------------------
 
-struct AnalyzerSettingInterfaceBool::Private {
+struct LUX_HIDDEN AnalyzerSettingInterfaceBool::Private {
     bool value = false;
     std::string checkBoxText;
 };

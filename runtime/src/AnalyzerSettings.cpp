@@ -1,12 +1,13 @@
 #include "corvanlux/analyzer/AnalyzerSettings.h"
 
+#include "Hidden.h"
 #include "corvanlux/analyzer/AnalyzerSettingInterface.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-struct AnalyzerSettings::Private {
+struct LUX_HIDDEN AnalyzerSettings::Private {
     struct Extension {
         std::string description;
         std::string extension;

@@ -1,6 +1,7 @@
 #include "corvanlux/analyzer/Decoder.h"
 
 #include "AnalyzerPrivate.h"
+#include "Hidden.h"
 
 #include <exception>
 
@@ -11,7 +12,7 @@ constexpr int mostIdleCalls = 1000; ///< of simulate() without time passing, bef
 
 } // namespace
 
-struct DecoderBase::Private {
+struct LUX_HIDDEN DecoderBase::Private {
     const char *name;
     std::unique_ptr<Simulation> simulation;
     std::int64_t simulatedTo = -1; ///< the newest sample asked for

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "Hidden.h"
 #include "corvanlux/analyzer/SimulationChannelDescriptor.h"
 
 #include <vector>
 
-struct SimulationChannelDescriptor::Private {
+struct LUX_HIDDEN SimulationChannelDescriptor::Private {
     Channel channel;
     bool initialLevel = false;
     bool currentLevel = false;

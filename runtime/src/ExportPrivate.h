@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Hidden.h"
 #include "corvanlux/analyzer/ExportWriter.h"
 
 #include <atomic>
@@ -9,7 +10,7 @@
 #include <vector>
 
 /// The file of one export.
-struct lux::ExportWriter::Private {
+struct LUX_HIDDEN lux::ExportWriter::Private {
     Private(const char *filePath, DisplayBase displayBase, std::int64_t rate, std::atomic<double> &progressTold,
             const std::atomic<bool> &cancelFlag);
     /// Removes the file unless close() has made it whole.

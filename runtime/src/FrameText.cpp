@@ -1,5 +1,7 @@
 #include "corvanlux/analyzer/FrameText.h"
 
+#include "Hidden.h"
+
 #include <algorithm>
 #include <deque>
 #include <string>
@@ -7,7 +9,7 @@
 
 namespace lux {
 
-struct FrameText::Private {
+struct LUX_HIDDEN FrameText::Private {
     std::string text;                 ///< the texts, each ended by a 0
     std::vector<std::size_t> starts;  ///< of each in `text`
     std::vector<const char *> result; ///< what strings() hands out
@@ -82,7 +84,7 @@ void FrameText::strings(const char *const **texts, std::uint32_t *count) const
 
 // ---- values ---------------------------------------------------------------------------------------------------------
 
-struct FrameValues::Private {
+struct LUX_HIDDEN FrameValues::Private {
     FrameValue &add(const char *name, FrameValueType type)
     {
         values.emplace_back();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FrameStore.h"
+#include "Hidden.h"
 #include "MarkerStore.h"
 #include "PayloadStore.h"
 #include "Run.h"
@@ -14,7 +15,7 @@
 #include <string>
 #include <thread>
 
-struct AnalyzerResults::Private {
+struct LUX_HIDDEN AnalyzerResults::Private {
     static constexpr std::uint32_t channels = 64;
 
     Private();

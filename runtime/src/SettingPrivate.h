@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Hidden.h"
 #include "corvanlux/analyzer/DecoderSettings.h"
 
 #include <memory>
@@ -12,7 +13,7 @@ struct SettingValue {
     std::string text;
 };
 
-struct lux::detail::Setting::Private {
+struct LUX_HIDDEN lux::detail::Setting::Private {
     /// The value that the interface shows; and the other way.
     [[nodiscard]] SettingValue edited() const;
     void show(const SettingValue &value);
@@ -22,7 +23,7 @@ struct lux::detail::Setting::Private {
     SettingValue inUse;
 };
 
-struct lux::Settings::Private {
+struct LUX_HIDDEN lux::Settings::Private {
     std::vector<lux::detail::Setting::Private *> settings; ///< in the order of the members
     std::string saved;
 };

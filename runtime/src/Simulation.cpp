@@ -1,6 +1,7 @@
 #include "corvanlux/analyzer/Simulation.h"
 
 #include "DescriptorPrivate.h"
+#include "Hidden.h"
 
 #include <algorithm>
 #include <deque>
@@ -60,7 +61,7 @@ struct Track {
 
 } // namespace
 
-struct Simulation::Private {
+struct LUX_HIDDEN Simulation::Private {
     std::int64_t rate = 1;
     std::int64_t position = 0;
     std::uint64_t fraction = 0; ///< of a sample, in parts of `parts`
