@@ -89,18 +89,21 @@ ShortText formatCount(std::int64_t value)
 ShortText formatDuration(std::int64_t samples, std::int64_t sampleRate)
 {
     struct Unit {
-        double seconds;
+        double perSecond;
         const char *name;
     };
-    static constexpr Unit units[] = {{1, " s"}, {1e-3, " ms"}, {1e-6, " us"}, {1e-9, " ns"}, {1e-12, " ps"}};
-    const double time = double(samples) / double(std::max<std::int64_t>(sampleRate, 1));
-    const double size = time < 0 ? -time : time;
+    static constexpr Unit units[] = {{1, " s"}, {1e3, " ms"}, {1e6, " us"}, {1e9, " ns"}, {1e12, " ps"}};
+    constexpr double roundsToThousand = 999.5;
+    constexpr double roundsToHundred = 99.95;
+    constexpr double roundsToTen = 9.995;
+    const double rate = double(std::max<std::int64_t>(sampleRate, 1));
+    const double size = samples < 0 ? -double(samples) : double(samples);
     const Unit *unit = units;
-    while (size > 0 && size < unit->seconds && unit + 1 < std::end(units))
+    while (size > 0 && unit + 1 < std::end(units) && size * unit->perSecond * 1000 < roundsToThousand * rate)
         ++unit;
-    const double value = time / unit->seconds;
-    const double shown = value < 0 ? -value : value;
-    const int decimals = shown < 10 ? 2 : shown < 100 ? 1 : 0;
+    const double value = double(samples) * unit->perSecond / rate;
+    const double shown = size * unit->perSecond / rate;
+    const int decimals = shown < roundsToTen ? 2 : shown < roundsToHundred ? 1 : 0;
     char text[64];
     const auto [end, error] = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
     ShortText out(std::string_view(text, error == std::errc() ? std::size_t(end - text) : 0));

@@ -1,0 +1,106 @@
+#include "corvanlux/analyzer/Decoder.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QtTest>
+
+#include <cstring>
+#include <string>
+
+/// What decoders that are already out rely on: names, tables and layouts. A change here is a change of the promise in
+/// docs/plugin-guide.md, and `symbols.txt` tells the reviewer what it is.
+class TstBinaryInterface : public QObject {
+    Q_OBJECT
+private slots:
+    void theLibraryExportsWhatTheListSays();
+    void theTablesAreInTheirOrder();
+    void theLibrarysNameHasTheVersionOfTheHeader();
+};
+
+#ifdef __linux__
+namespace {
+
+/// The index of a virtual operation in its table: a pointer to it holds the offset, plus 1.
+template<class Operation>
+int slotOf(Operation operation)
+{
+    std::ptrdiff_t word = 0;
+    std::memcpy(&word, &operation, sizeof word);
+    return int((word - 1) / std::ptrdiff_t(sizeof(void *)));
+}
+
+} // namespace
+#endif
+
+void TstBinaryInterface::theLibraryExportsWhatTheListSays()
+{
+#ifdef __SANITIZE_ADDRESS__
+    QSKIP("the sanitizer's own symbols are among them");
+#endif
+    const QString nm = QStandardPaths::findExecutable(QStringLiteral("nm"));
+    if (nm.isEmpty())
+        QSKIP("needs nm");
+    QProcess process;
+    process.start(nm, {QStringLiteral("-DC"), QStringLiteral("--defined-only"), QStringLiteral(LUX_RUNTIME_FILE)});
+    QVERIFY(process.waitForFinished());
+    QStringList exported;
+    for (const QString &line : QString::fromUtf8(process.readAllStandardOutput()).split(QLatin1Char('\n'))) {
+        const int name = line.indexOf(QLatin1Char(' '), 17); // behind the address
+        if (name > 0)
+            exported << line.mid(name + 1).section(QStringLiteral("@@"), 0, 0);
+    }
+    exported.removeAll(QStringLiteral("ANALYZER_1"));
+    exported.removeDuplicates();
+    exported.sort();
+    QFile list(QStringLiteral(LUX_SYMBOLS_FILE));
+    QVERIFY(list.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QStringList promised = QString::fromUtf8(list.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &name : promised)
+        QVERIFY2(exported.contains(name), qPrintable(QStringLiteral("gone: ") + name));
+    for (const QString &name : exported)
+        QVERIFY2(promised.contains(name), qPrintable(QStringLiteral("not in symbols.txt: ") + name));
+}
+
+void TstBinaryInterface::theTablesAreInTheirOrder()
+{
+#ifdef __linux__
+    // A virtual destructor takes the first two slots.
+    QCOMPARE(slotOf(&Analyzer::RunWorker), 2);
+    QCOMPARE(slotOf(&Analyzer::BuildSimulation), 3);
+    QCOMPARE(slotOf(&Analyzer::NeededSampleRate), 4);
+    QCOMPARE(slotOf(&Analyzer::GetAnalyzerVersion), 5);
+    QCOMPARE(slotOf(&Analyzer::AnalyzerName), 6);
+    QCOMPARE(slotOf(&Analyzer::NeedsRestart), 7);
+    QCOMPARE(slotOf(&Analyzer::SetupResults), 8);
+    QCOMPARE(slotOf(&AnalyzerSettings::ApplyInterfaces), 2);
+    QCOMPARE(slotOf(&AnalyzerSettings::LoadText), 3);
+    QCOMPARE(slotOf(&AnalyzerSettings::SaveText), 4);
+    QCOMPARE(slotOf(&AnalyzerSettings::GetSettingBrief), 5);
+    QCOMPARE(slotOf(&AnalyzerSettingInterface::GetType), 2);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildBubbleText), 2);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildExportFile), 3);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildTabularText), 4);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildMessageText), 5);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildGroupText), 6);
+    QCOMPARE(slotOf(&AnalyzerResults::BuildFrameValues), 7);
+    QCOMPARE(slotOf(&ProgressManager::StartWorker), 0);
+    QCOMPARE(slotOf(&ProgressManager::WorkerEnded), 1);
+    QCOMPARE(slotOf(&ProgressManager::SetProgress), 2);
+#else
+    QSKIP("looks into pointers to virtual operations as Linux's compilers make them");
+#endif
+}
+
+void TstBinaryInterface::theLibrarysNameHasTheVersionOfTheHeader()
+{
+#ifdef __linux__
+    const QString version = QStringLiteral(".so.%1").arg(LUX_ANALYZER_ABI);
+    QVERIFY(QStringLiteral(LUX_RUNTIME_FILE).contains(version));
+#else
+    QSKIP("the library's name has no version");
+#endif
+}
+
+QTEST_GUILESS_MAIN(TstBinaryInterface)
+#include "tst_BinaryInterface.moc"
