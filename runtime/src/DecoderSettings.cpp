@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/DecoderSettings.h"
 
+#include "HexDigits.h"
 #include "SettingPrivate.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@ namespace lux {
 namespace {
 
 using SettingList = std::vector<detail::Setting::Private *>;
-
-constexpr char digits[] = "0123456789ABCDEF";
 
 /// What stands in a stored text as it is: no separator, no "%", no control character, ASCII only.
 bool isPlain(unsigned char c)
@@ -27,15 +26,15 @@ std::string escaped(std::string_view text)
         if (isPlain(byte))
             out += c;
         else
-            (out += '%') += {digits[byte >> 4], digits[byte & 15U]};
+            (out += '%') += {detail::hexDigits[byte >> 4], detail::hexDigits[byte & 15U]};
     }
     return out;
 }
 
 int digitValue(char c)
 {
-    const char *found = std::char_traits<char>::find(digits, sizeof digits - 1, c);
-    return found == nullptr ? -1 : int(found - digits);
+    const char *found = std::char_traits<char>::find(detail::hexDigits, sizeof detail::hexDigits - 1, c);
+    return found == nullptr ? -1 : int(found - detail::hexDigits);
 }
 
 std::string unescaped(std::string_view text)

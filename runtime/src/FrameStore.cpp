@@ -9,6 +9,20 @@ namespace {
 
 constexpr std::uint64_t none = std::numeric_limits<std::uint64_t>::max();
 
+/// Fetches the entries [from, to) of one group at once: a search in them would wait for one line after the other.
+template<class List>
+void fetch(const List &list, std::uint64_t from, std::uint64_t to)
+{
+#if defined(__GNUC__)
+    if (from >= to)
+        return;
+    constexpr std::size_t line = 64;
+    const char *end = reinterpret_cast<const char *>(&list[to - 1] + 1);
+    for (const char *at = reinterpret_cast<const char *>(&list[from]); at < end; at += line)
+        __builtin_prefetch(at);
+#endif
+}
+
 } // namespace
 
 FrameStore::FrameStore(const MemoryBudget &budget) : m_frames(budget)
@@ -146,6 +160,7 @@ std::uint64_t FrameStore::lastStartingBy(std::int64_t upTo, std::uint64_t count)
             continue;
         }
         const Groups &groups = *m_groups[level];
+        fetch(groups, from, to);
         while (to - from > 1) {
             const std::uint64_t middle = from + (to - from) / 2;
             (groups[middle].first <= upTo ? from : to) = middle;
@@ -153,6 +168,7 @@ std::uint64_t FrameStore::lastStartingBy(std::int64_t upTo, std::uint64_t count)
         low = from << shift;
         high = std::min(high, (from + 1) << shift);
     }
+    fetch(m_frames, low, high);
     while (high - low > 1) {
         const std::uint64_t middle = low + (high - low) / 2;
         (m_frames[middle].firstSample <= upTo ? low : high) = middle;
@@ -170,12 +186,14 @@ std::uint64_t FrameStore::firstEndingPast(std::int64_t past, std::uint64_t count
         const Groups &groups = *m_groups[level];
         std::uint64_t group = low >> shift;
         const std::uint64_t to = high >> shift;
+        fetch(groups, group, to);
         while (group < to && groups[group].greatestLast <= past)
             ++group;
         low = group << shift;
         if (group < to)
             high = (group + 1) << shift;
     }
+    fetch(m_frames, low, high);
     while (low < high && m_frames[low].lastSample <= past)
         ++low;
     return low < high ? low : none;

@@ -52,7 +52,7 @@ private:
         std::uint64_t number;
         std::uint64_t index;
     };
-    using Groups = BlockList<Group, 8>;
+    using Groups = BlockList<Group, 10>;
 
     void publish();
     void closeGroups(std::uint64_t index);
@@ -64,7 +64,7 @@ private:
     [[nodiscard]] std::uint64_t lastEndingPast(std::int64_t past, std::uint64_t from) const;
     [[nodiscard]] std::uint64_t lastEndingPastIn(std::int64_t past, unsigned level, std::uint64_t group) const;
 
-    BlockList<FrameData, 10> m_frames;
+    BlockList<FrameData, 11> m_frames;
     std::array<std::unique_ptr<Groups>, levels> m_groups;
     std::array<std::int64_t, levels> m_greatest; ///< of the groups that are still open
     std::vector<Place> m_open;                   ///< in the order of their places

@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/FrameText.h"
 
+#include "HexDigits.h"
 #include "Hidden.h"
 
 #include <algorithm>
@@ -150,7 +151,7 @@ FrameValues &FrameValues::hex(const char *name, std::uint64_t value, unsigned di
 {
     std::string &kept = m_private->nextText();
     for (unsigned i = digits; i-- > 0;)
-        kept += "0123456789ABCDEF"[i < 16 ? value >> (4 * i) & 15U : 0];
+        kept += detail::hexDigits[i < 16 ? value >> (4 * i) & 15U : 0];
     m_private->add(name, FrameValueType::Hex).text = kept.c_str();
     return *this;
 }
@@ -159,7 +160,7 @@ FrameValues &FrameValues::hex(const char *name, std::span<const std::uint8_t> by
 {
     std::string &kept = m_private->nextText();
     for (const std::uint8_t byte : bytes)
-        kept += {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15U]};
+        kept += {detail::hexDigits[byte >> 4], detail::hexDigits[byte & 15U]};
     m_private->add(name, FrameValueType::Hex).text = kept.c_str();
     return *this;
 }

@@ -1,3 +1,4 @@
+#include "HexDigits.h"
 #include "corvanlux/analyzer/FrameText.h"
 
 #include <algorithm>
@@ -5,8 +6,6 @@
 
 namespace lux {
 namespace {
-
-constexpr char digits[] = "0123456789ABCDEF";
 
 /// The control characters of ASCII (ISO/IEC 646), in their order; 0x7F is DEL.
 constexpr const char *controls[] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL", "BS",  "HT",  "LF",
@@ -21,7 +20,7 @@ ShortText inDigits(std::string_view prefix, std::uint64_t value, unsigned count,
     ShortText out(prefix);
     const std::uint64_t mask = (1U << bitsEach) - 1;
     for (unsigned i = count; i-- > 0;)
-        out.add(digits[value >> (i * bitsEach) & mask]);
+        out.add(detail::hexDigits[value >> (i * bitsEach) & mask]);
     return out;
 }
 

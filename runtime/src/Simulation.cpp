@@ -10,7 +10,7 @@
 #include <vector>
 
 namespace lux {
-namespace {
+namespace detail {
 
 constexpr std::int64_t longestRun = std::numeric_limits<std::int32_t>::max();
 
@@ -59,7 +59,9 @@ struct Track {
     }
 };
 
-} // namespace
+} // namespace detail
+
+using detail::Track;
 
 struct LUX_HIDDEN Simulation::Private {
     std::int64_t rate = 1;

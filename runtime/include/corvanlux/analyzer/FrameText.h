@@ -2,8 +2,10 @@
 
 #include "AnalyzerTypes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -14,15 +16,16 @@ class ShortText {
 public:
     static constexpr std::size_t most = 95;
 
-    constexpr ShortText() = default;
+    ShortText() = default;
     ShortText(std::string_view text) { add(text); } // NOLINT(google-explicit-constructor): a text like any other
     operator std::string_view() const { return {m_text, m_size}; } // NOLINT(google-explicit-constructor)
     [[nodiscard]] std::string_view view() const { return {m_text, m_size}; }
     /// What is too long is cut.
     void add(std::string_view text)
     {
-        for (const char c : text)
-            add(c);
+        const std::size_t size = std::min(text.size(), most - m_size);
+        std::memcpy(m_text + m_size, text.data(), size);
+        m_size = std::uint8_t(m_size + size);
     }
     void add(char c)
     {
@@ -31,7 +34,7 @@ public:
     }
 
 private:
-    char m_text[most + 1] = {};
+    char m_text[most]; ///< the first `m_size` of them
     std::uint8_t m_size = 0;
 };
 

@@ -1,0 +1,1 @@
+lux_bench(bench_Runtime LINK lux_runtime)
