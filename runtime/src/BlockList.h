@@ -11,6 +11,12 @@
 
 namespace lux::detail {
 
+/// Memory for lists of millions: the system is asked to map it in large pages, since queries jump about in it and spend
+/// their time on the translation of addresses otherwise. Throws std::bad_alloc.
+inline constexpr std::size_t slabBytes = std::size_t(4) << 20;
+[[nodiscard]] void *newSlab(std::size_t bytes);
+void freeSlab(void *slab);
+
 /// Values in blocks that never move, so that other threads may read what was there before while one appends.
 ///
 /// It publishes nothing itself: the owner stores a count by release, and readers, who load it by acquire, look only at
@@ -25,8 +31,10 @@ public:
     explicit BlockList(const MemoryBudget &budget) : m_budget(budget) {}
     ~BlockList()
     {
-        for (std::uint64_t block = 0; block < m_blocks; ++block)
+        for (std::uint64_t block = 0; block < m_singleBlocks; ++block)
             std::allocator<T>().deallocate(blockAt(block), blockSize);
+        for (T *slab : m_slabs)
+            freeSlab(slab);
         m_budget.giveBack(m_charged);
     }
     BlockList(const BlockList &) = delete;
@@ -64,6 +72,9 @@ private:
     static constexpr std::size_t segmentSize = std::size_t(1) << segmentBits;
     static constexpr std::size_t mostSegments = 8192;
     using Segment = std::unique_ptr<T *[]>;
+    // A long list goes on in slabs: they are an eighth of it at most.
+    static constexpr std::size_t blocksPerSlab = slabBytes / (blockSize * sizeof(T));
+    static constexpr std::uint64_t blocksBeforeSlabs = 8 * blocksPerSlab;
 
     [[nodiscard]] T *blockAt(std::uint64_t block) const
     {
@@ -83,26 +94,48 @@ private:
     [[nodiscard]] bool grow(bool forced)
     {
         const std::size_t segment = std::size_t(m_blocks >> segmentBits);
-        if (segment >= mostSegments || !charge(blockSize * sizeof(T), forced))
+        const std::size_t bytes = m_blocks < blocksBeforeSlabs ? blockSize * sizeof(T) : slabBytes;
+        const bool fromSlab = m_spare > 0;
+        if (segment >= mostSegments || (!fromSlab && !charge(bytes, forced)))
             return false;
         try {
             if (m_segments == nullptr)
                 m_segments = std::make_unique<Segment[]>(mostSegments);
             if (m_segments[segment] == nullptr)
                 m_segments[segment] = std::make_unique<T *[]>(segmentSize);
-            m_segments[segment][m_blocks & (segmentSize - 1)] = std::allocator<T>().allocate(blockSize);
+            m_segments[segment][m_blocks & (segmentSize - 1)] = newBlock();
         } catch (const std::bad_alloc &) {
-            m_budget.giveBack(std::int64_t(blockSize * sizeof(T)));
-            m_charged -= std::int64_t(blockSize * sizeof(T));
+            if (!fromSlab) {
+                m_budget.giveBack(std::int64_t(bytes));
+                m_charged -= std::int64_t(bytes);
+            }
             return false;
         }
         ++m_blocks;
         return true;
     }
 
+    [[nodiscard]] T *newBlock()
+    {
+        if (m_blocks < blocksBeforeSlabs) {
+            T *block = std::allocator<T>().allocate(blockSize);
+            ++m_singleBlocks;
+            return block;
+        }
+        if (m_spare == 0) {
+            m_slabs.reserve(m_slabs.size() + 1);
+            m_slabs.push_back(static_cast<T *>(newSlab(slabBytes)));
+            m_spare = blocksPerSlab;
+        }
+        return m_slabs.back() + (blocksPerSlab - m_spare--) * blockSize;
+    }
+
     MemoryBudget m_budget;
     std::unique_ptr<Segment[]> m_segments;
-    T *m_open = nullptr; ///< the block of the last entry
+    std::vector<T *> m_slabs;         ///< behind the single blocks
+    std::uint64_t m_singleBlocks = 0; ///< the first ones, each of its own
+    std::size_t m_spare = 0;          ///< blocks of the last slab that are not used yet
+    T *m_open = nullptr;              ///< the block of the last entry
     std::uint64_t m_size = 0;
     std::uint64_t m_blocks = 0;
     std::int64_t m_charged = 0;

@@ -161,17 +161,21 @@ std::uint64_t FrameStore::lastStartingBy(std::int64_t upTo, std::uint64_t count)
         }
         const Groups &groups = *m_groups[level];
         fetch(groups, from, to);
+        const Group *group = &groups[from]; // side by side up to `to`
+        const std::uint64_t begin = from;
         while (to - from > 1) {
             const std::uint64_t middle = from + (to - from) / 2;
-            (groups[middle].first <= upTo ? from : to) = middle;
+            (group[middle - begin].first <= upTo ? from : to) = middle;
         }
         low = from << shift;
         high = std::min(high, (from + 1) << shift);
     }
     fetch(m_frames, low, high);
+    const FrameData *frame = &m_frames[low]; // side by side up to `high`
+    const std::uint64_t begin = low;
     while (high - low > 1) {
         const std::uint64_t middle = low + (high - low) / 2;
-        (m_frames[middle].firstSample <= upTo ? low : high) = middle;
+        (frame[middle - begin].firstSample <= upTo ? low : high) = middle;
     }
     return low;
 }
@@ -187,14 +191,20 @@ std::uint64_t FrameStore::firstEndingPast(std::int64_t past, std::uint64_t count
         std::uint64_t group = low >> shift;
         const std::uint64_t to = high >> shift;
         fetch(groups, group, to);
-        while (group < to && groups[group].greatestLast <= past)
-            ++group;
+        if (group < to) {
+            const Group *at = &groups[group]; // side by side up to `to`
+            for (; group < to && at->greatestLast <= past; ++at)
+                ++group;
+        }
         low = group << shift;
         if (group < to)
             high = (group + 1) << shift;
     }
     fetch(m_frames, low, high);
-    while (low < high && m_frames[low].lastSample <= past)
+    if (low >= high)
+        return none;
+    const FrameData *frame = &m_frames[low]; // side by side up to `high`
+    for (; low < high && frame->lastSample <= past; ++frame)
         ++low;
     return low < high ? low : none;
 }

@@ -1,0 +1,28 @@
+#include "BlockList.h"
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace lux::detail {
+namespace {
+
+constexpr std::align_val_t largePage{std::size_t(2) << 20};
+
+} // namespace
+
+void *newSlab(std::size_t bytes)
+{
+    void *slab = ::operator new(bytes, largePage);
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+    madvise(slab, bytes, MADV_HUGEPAGE); // a wish: without it all works the same
+#endif
+    return slab;
+}
+
+void freeSlab(void *slab)
+{
+    ::operator delete(slab, largePage);
+}
+
+} // namespace lux::detail
