@@ -1,0 +1,176 @@
+#pragma once
+
+#include "BitGrid.h"
+#include "BitOrder.h"
+#include "Parity.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace lux {
+
+/// How characters are sent on an asynchronous line.
+struct AsyncFormat {
+    unsigned dataBits = 8; ///< 5 to 9
+    Parity parity = Parity::None;
+    unsigned stopQuarters = BitGrid::quarters; ///< the stop element in quarters of a bit: 4, 6 or 8
+    BitOrder order = BitOrder::LsbFirst;
+    bool idleHigh = true; ///< the level of the idle line, of a stop bit and of a 1
+};
+
+/// One start-stop character as it was received.
+struct AsyncCharacter {
+    Sample first = 0;
+    Sample last = 0;
+    std::uint32_t value = 0;
+    bool parityWrong = false;
+    bool stopMissing = false;
+    bool isBreak = false; ///< the line did not come back for longer than a character
+};
+
+/// A line with start-stop characters (TIA-232-F, 2.1; ISO/IEC 1177): a start bit, data bits, parity, a stop element.
+///
+/// A bit is what two of three looks around its middle see, or the look in the middle where a bit is too short for
+/// three. The stop bit is looked at a little early: so a sender may be as much too fast as too slow, by half a bit at
+/// the character's end, which is some 5 % of its rate. The line is asked for an element only when the capture has all
+/// of it, so that it never leaves the decode at the data's end; several lines can be read in turn.
+class AsyncLine {
+public:
+    /// A bit of at least so many samples is looked at three times, a sixteenth of a bit apart.
+    static constexpr std::int64_t samplesForVote = 16;
+
+    AsyncLine(const ChannelReader &line, const BitGrid &grid, const AsyncFormat &format)
+        : m_line(line),
+          m_grid(grid),
+          m_format(format),
+          m_bitsToStop(1 + format.dataBits + unsigned(hasParity())),
+          m_vote(grid.isCoarserThan(samplesForVote) ? 0 : grid.atQuarter(1) / 4),
+          m_early(grid.atQuarter(1) / 8),
+          m_stopLook(grid.middleOf(m_bitsToStop) + m_vote - m_early),
+          m_length(grid.endOfQuarters(m_bitsToStop * BitGrid::quarters + format.stopQuarters))
+    {}
+
+    /// Goes to the next start bit: an edge from idle behind which the line is not idle in the bit's middle.
+    /// @return false when no character follows whose stop bit is in the capture
+    bool findStart()
+    {
+        for (;;) {
+            while (m_line.level() != m_format.idleHigh) {
+                if (!m_line.hasEdge()) {
+                    return false;
+                }
+                m_line.nextEdge();
+            }
+            if (!m_line.hasEdge() || m_line.peekEdge() + m_stopLook >= m_line.sampleCount()) {
+                return false;
+            }
+            m_start = m_line.nextEdge();
+            ChannelReader ahead(m_line);
+            if (look(ahead, m_grid.middleOf(0)) != m_format.idleHigh) {
+                return true;
+            }
+        }
+    }
+    /// The edge of the start bit that was found.
+    [[nodiscard]] Sample start() const { return m_start; }
+    /// Reads the character whose start was found, and goes to where the next start is looked for.
+    [[nodiscard]] AsyncCharacter read()
+    {
+        AsyncCharacter character{.first = m_start};
+        std::uint32_t bits = 0;
+        for (unsigned i = 1; i <= m_format.dataBits; ++i) {
+            bits = bits << 1 | std::uint32_t(lookAtBit(i));
+        }
+        character.value = valueOf(bits);
+        bool parity = false;
+        if (hasParity()) {
+            parity = lookAtBit(m_bitsToStop - 1);
+            character.parityWrong = parity != parityBit(character.value, m_format.parity);
+        }
+        character.stopMissing = !lookAtBit(m_bitsToStop);
+        if (character.stopMissing && character.value == 0 && !parity) {
+            endOfBreak(character);
+        } else {
+            endOfStop(character);
+        }
+        return character;
+    }
+    /// A character that began before the line was known is none: looks for the next start right behind this one.
+    void forget() { m_line.seek(m_start); }
+    /// The sample where a bit is looked at; 0 is the start bit.
+    [[nodiscard]] Sample lookOf(unsigned bit) const
+    {
+        return m_start + m_grid.middleOf(bit) - (bit == m_bitsToStop ? m_early : 0);
+    }
+    /// The number of the first stop bit.
+    [[nodiscard]] unsigned stopBit() const { return m_bitsToStop; }
+    /// The nominal length of a character.
+    [[nodiscard]] Sample length() const { return m_length; }
+
+private:
+    [[nodiscard]] bool hasParity() const { return m_format.parity != Parity::None; }
+    [[nodiscard]] std::uint32_t valueOf(std::uint32_t highestFirst) const
+    {
+        if (m_format.order == BitOrder::MsbFirst) {
+            return highestFirst;
+        }
+        return std::uint32_t(reversed(highestFirst, m_format.dataBits));
+    }
+    /// The level at so many samples behind the start edge.
+    [[nodiscard]] bool look(ChannelReader &line, Sample offset) const
+    {
+        const Sample middle = m_start + offset;
+        const bool before = line.levelAt(middle - m_vote);
+        if (!line.hasEdgeBefore(middle + m_vote + 1)) {
+            return before; // it does not change: all see the same
+        }
+        const bool at = line.levelAt(middle);
+        return at == before ? before : line.levelAt(middle + m_vote);
+    }
+    /// Whether a bit is 1, the level of the idle line.
+    [[nodiscard]] bool lookAtBit(unsigned bit)
+    {
+        const Sample early = bit == m_bitsToStop ? m_early : 0;
+        return look(m_line, m_grid.middleOf(bit) - early) == m_format.idleHigh;
+    }
+    void endOfBreak(AsyncCharacter &character)
+    {
+        character.isBreak = true;
+        character.parityWrong = false;
+        if (m_line.level() != m_format.idleHigh && m_line.hasEdge()) {
+            m_line.nextEdge();
+            character.last = m_line.position() - 1;
+        } else {
+            character.last = m_line.level() == m_format.idleHigh ? m_line.lastEdge() - 1 : m_line.sampleCount() - 1;
+        }
+    }
+    /// The character ends with its stop element, with the start edge of the next one, or with the capture.
+    void endOfStop(AsyncCharacter &character)
+    {
+        const Sample end = std::min(m_start + m_length, m_line.sampleCount());
+        character.last = end - 1;
+        if (character.stopMissing || m_line.level() != m_format.idleHigh || !m_line.hasEdgeBefore(end)) {
+            return;
+        }
+        const Sample edge = m_line.peekEdge();
+        const Sample middle = edge + m_grid.middleOf(0);
+        if (middle < m_line.sampleCount() && m_line.peekLevel(middle) != m_format.idleHigh) {
+            // A sender whose clock is fast ends the stop element early, as far as half a bit.
+            const unsigned needed = m_bitsToStop * BitGrid::quarters + m_format.stopQuarters - BitGrid::quarters / 2;
+            character.stopMissing = edge <= m_start + m_grid.atQuarter(needed) - m_early;
+            character.last = edge - 1;
+        }
+    }
+
+    ChannelReader m_line;
+    BitGrid m_grid;
+    AsyncFormat m_format;
+    unsigned m_bitsToStop; ///< bits before the stop element
+    Sample m_vote;         ///< from the middle look to the two others
+    Sample m_early;        ///< the look at the stop bit comes before its middle
+    Sample m_stopLook;     ///< from the start edge to the last look at the first stop bit
+    Sample m_length;
+    Sample m_start = 0;
+};
+
+} // namespace lux
