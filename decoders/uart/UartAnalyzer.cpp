@@ -1,0 +1,146 @@
+#include "UartAnalyzer.h"
+
+#include "common/BitRateFinder.h"
+
+#include <algorithm>
+#include <string>
+
+using lux::AsyncCharacter;
+using lux::BitGrid;
+using lux::Sample;
+
+LUX_PLUGIN(UartAnalyzer)
+
+std::uint32_t UartAnalyzer::NeededSampleRate()
+{
+    return std::uint32_t(std::min<std::int64_t>(leastSamplesPerBit * m_settings.baudrate.value(), UINT32_MAX));
+}
+
+/// Start-stop characters (TIA-232-F, 2.1): each is found by its start edge and read on its own clock.
+void UartAnalyzer::decode()
+{
+    const std::int64_t rate = m_settings.baudrate.value() != 0 ? m_settings.baudrate.value() : findBitRate();
+    const BitGrid grid(sampleRate(), rate);
+    if (grid.isCoarserThan(leastSamplesPerBit)) {
+        fail("The sample rate is too low: " + std::to_string(rate) + " bits/s need at least " +
+             std::to_string(leastSamplesPerBit * rate) + " Hz");
+    }
+    std::vector<Direction> lines;
+    addDirection(lines, m_settings.rx, UartResults::Rx, grid);
+    addDirection(lines, m_settings.tx, UartResults::Tx, grid);
+    for (;;) {
+        const auto first = std::min_element(lines.begin(), lines.end(), [](const Direction &a, const Direction &b) {
+            return a.isOver != b.isOver ? b.isOver : a.next < b.next;
+        });
+        if (first == lines.end() || first->isOver) {
+            return;
+        }
+        if (first->isIdle) {
+            addIdle(*first);
+        } else {
+            addCharacter(*first);
+            findNext(*first, grid);
+        }
+    }
+}
+
+std::int64_t UartAnalyzer::findBitRate()
+{
+    for (const Channel &channel : {m_settings.rx.value(), m_settings.tx.value()}) {
+        if (!channel.isDefined()) {
+            continue;
+        }
+        const lux::BitRateFinder finder(reader(channel), sampleRate(), m_settings.format());
+        if (const std::int64_t found = finder.find(); found > 0) {
+            tell("Bit rate found: " + std::to_string(found) + " bits/s");
+            return found;
+        }
+    }
+    fail("No bit rate can be found: the lines have too few edges");
+}
+
+void UartAnalyzer::addDirection(std::vector<Direction> &all, const Channel &channel, UartResults::Line number,
+                                const BitGrid &grid)
+{
+    if (!channel.isDefined()) {
+        return;
+    }
+    all.push_back(
+        {.line = lux::AsyncLine(reader(channel), grid, m_settings.format()), .channel = channel, .number = number});
+    findNext(all.back(), grid);
+}
+
+void UartAnalyzer::findNext(Direction &direction, const BitGrid &grid) const
+{
+    direction.isOver = !direction.line.findStart();
+    direction.next = direction.line.start();
+    const Sample idle = direction.next - direction.idleFrom;
+    const std::int32_t shown = m_settings.idleBits;
+    direction.isIdle = !direction.isOver && shown > 0 && direction.idleFrom > 0 && idle >= grid.endOf(shown);
+    if (direction.isIdle) {
+        direction.next = direction.idleFrom;
+    }
+}
+
+void UartAnalyzer::addIdle(Direction &direction)
+{
+    results().add({.firstSample = direction.idleFrom,
+                   .lastSample = direction.line.start() - 1,
+                   .kind = UartResults::Idle,
+                   .line = direction.number});
+    direction.isIdle = false;
+    direction.next = direction.line.start();
+}
+
+void UartAnalyzer::addCharacter(Direction &direction)
+{
+    const AsyncCharacter character = direction.line.read();
+    if (character.stopMissing && !character.isBreak && character.first < direction.line.length()) {
+        direction.line.forget(); // it began before the capture, and this was no start bit
+        return;
+    }
+    markBits(direction, character);
+    results().add({.firstSample = character.first,
+                   .lastSample = character.last,
+                   .data = character.value,
+                   .kind = std::uint8_t(character.isBreak ? UartResults::Break : UartResults::Byte),
+                   .line = direction.number,
+                   .flags = flagsOf(character)});
+    direction.idleFrom = character.last + 1;
+}
+
+/// A dot where each bit was looked at; an error where parity or stop bit are wrong.
+void UartAnalyzer::markBits(const Direction &direction, const AsyncCharacter &character)
+{
+    const lux::AsyncLine &line = direction.line;
+    const unsigned stop = line.stopBit();
+    if (character.isBreak) {
+        results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);
+        return;
+    }
+    for (unsigned bit = 1; bit < stop; ++bit) {
+        const bool wrong = bit + 1 == stop && character.parityWrong;
+        results().mark(direction.channel, line.lookOf(bit), wrong ? MarkerType::ErrorDot : MarkerType::Dot);
+    }
+    if (character.stopMissing) {
+        results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);
+    }
+}
+
+std::uint16_t UartAnalyzer::flagsOf(const AsyncCharacter &character) const
+{
+    if (character.isBreak) {
+        return 0;
+    }
+    unsigned flags = 0;
+    if (character.parityWrong) {
+        flags |= UartResults::ParityError;
+    }
+    if (character.stopMissing) {
+        flags |= UartResults::FramingError;
+    }
+    if (m_settings.addressBit && (character.value & 0x100U) != 0) {
+        flags |= UartResults::Address;
+    }
+    return std::uint16_t(flags);
+}

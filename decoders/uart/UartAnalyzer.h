@@ -1,0 +1,48 @@
+#pragma once
+
+#include "UartResults.h"
+#include "common/AsyncLine.h"
+
+#include <cstdint>
+#include <vector>
+
+/// Start-stop characters on one or two asynchronous lines.
+class UartAnalyzer final : public lux::Decoder<UartSettings, UartResults> {
+public:
+    static constexpr const char *name = "UART/RS232/485";
+    /// A bit with fewer samples cannot be told from its neighbours.
+    static constexpr std::int64_t leastSamplesPerBit = 3;
+
+    UartAnalyzer() : Decoder(name) {}
+    [[nodiscard]] std::uint32_t NeededSampleRate() override;
+
+protected:
+    void decode() override;
+    void simulate(lux::Simulation &simulation) override;
+
+private:
+    /// A direction while it is decoded: its next element begins at `next`.
+    struct Direction {
+        lux::AsyncLine line;
+        Channel channel;
+        UartResults::Line number;
+        lux::Sample next = 0;
+        lux::Sample idleFrom = 0; ///< behind the last character; 0 before the first
+        bool isIdle = false;      ///< the next element is the pause before the next character
+        bool isOver = false;
+    };
+
+    [[nodiscard]] std::int64_t findBitRate();
+    void addDirection(std::vector<Direction> &all, const Channel &channel, UartResults::Line number,
+                      const lux::BitGrid &grid);
+    void findNext(Direction &direction, const lux::BitGrid &grid) const;
+    void addIdle(Direction &direction);
+    void addCharacter(Direction &direction);
+    void markBits(const Direction &direction, const lux::AsyncCharacter &character);
+    [[nodiscard]] std::uint16_t flagsOf(const lux::AsyncCharacter &character) const;
+
+    [[nodiscard]] std::int64_t simulatedRate(std::int64_t sampleRate) const;
+    [[nodiscard]] std::uint32_t nextToSend() const;
+
+    std::uint32_t m_sent = 0; ///< characters of the simulation
+};
