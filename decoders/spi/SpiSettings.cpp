@@ -1,0 +1,43 @@
+#include "SpiSettings.h"
+
+using lux::BitOrder;
+using lux::Presence;
+
+SpiSettings::SpiSettings()
+    : clk(*this, "clk", "Clock", "The clock line (SCK)"),
+      mosi(*this, "mosi", "MOSI", "The data from the controller (SDO, PICO)", Presence::Optional),
+      miso(*this, "miso", "MISO", "The data to the controller (SDI, POCI)", Presence::Optional),
+      cs(*this, "cs", "Select", "The select line of the device (CS, SS)", Presence::Optional),
+      cpol(*this, "cpol", "Clock polarity (CPOL)", "The level of the clock while nothing is sent",
+           {{0, "0", "0: low when idle"}, {1, "1", "1: high when idle"}}, 0),
+      cpha(*this, "cpha", "Clock phase (CPHA)", "The edge of the clock at which data is taken",
+           {{0, "0", "0: the leading edge"}, {1, "1", "1: the trailing edge"}}, 0),
+      word(*this, "word", "Bits per word", "", {.least = 2, .most = 64}, 8),
+      bitOrder(*this, "bit_order", "Bit order", "Which bit of a word is sent first",
+               {{int(BitOrder::MsbFirst), "msb", "Highest first"}, {int(BitOrder::LsbFirst), "lsb", "Lowest first"}},
+               BitOrder::MsbFirst),
+      csPolarity(*this, "cs_polarity", "Select is active", "",
+                 {{int(SpiSelect::Low), "low", "Low"},
+                  {int(SpiSelect::High), "high", "High"},
+                  {int(SpiSelect::None), "none", "Always", "The select line is not looked at"}},
+                 SpiSelect::Low),
+      idleTime(*this, "idle_time", "Idle time (ns)",
+               "A word begins anew where the clock was still for so long; 0 for never", {}, 0)
+{
+    addExport(MosiWords, "Words of MOSI", "Binary file", "bin");
+    addExport(MisoWords, "Words of MISO", "Binary file", "bin");
+    addExport(Transfers, "Transfers", "Text file", "txt");
+}
+
+Channel SpiSettings::select() const
+{
+    return csPolarity == SpiSelect::None ? Channel() : cs.value();
+}
+
+std::string SpiSettings::check() const
+{
+    if (!mosi.isDefined() && !miso.isDefined()) {
+        return "Choose a channel for MOSI or MISO";
+    }
+    return {};
+}
