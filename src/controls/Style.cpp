@@ -24,6 +24,14 @@ QString filled(const char *sheet)
     return text;
 }
 
+/// The radius of a round indicator: a style sheet draws square corners where twice the radius is more than the side. So
+/// it is half of the side that is drawn, which is a sum of parts that are truncated each by itself.
+/// @param width, border  of the indicator's rule, pixels at 96 dpi
+QString roundBy(int width, int border)
+{
+    return QStringLiteral("border-radius:%1px;").arg((dp(width) + 2 * dp(border)) / 2);
+}
+
 } // namespace
 
 QString comboBoxStyle()
@@ -81,18 +89,20 @@ QString labelStyle()
 QString checkBoxStyle()
 {
     // A checked indicator is a light core in a dark ring, so that no picture is needed at any scale.
+    const QString round = QStringLiteral("QRadioButton::indicator{%1}QRadioButton::indicator:checked{%2}")
+                              .arg(roundBy(14, 0), roundBy(6, 4));
     return filled("QCheckBox,QRadioButton{color:@0;background:transparent;spacing:#6#;padding:#2#;"
                   "border:#1# solid transparent;border-radius:#3#;}"
                   "QCheckBox:focus,QRadioButton:focus{border-color:@2;}"
                   "QCheckBox:disabled,QRadioButton:disabled{color:@3;}"
                   "QCheckBox::indicator,QRadioButton::indicator{width:#14#;height:#14#;background-color:@8;}"
                   "QCheckBox::indicator{border-radius:#2#;}"
-                  "QRadioButton::indicator{border-radius:#7#;}"
                   "QCheckBox::indicator:hover,QRadioButton::indicator:hover{background-color:@6;}"
                   "QCheckBox::indicator:checked,QRadioButton::indicator:checked{width:#6#;height:#6#;"
                   "border:#4# solid @8;background-color:@1;}"
                   "QCheckBox::indicator:checked{border-radius:0;}"
-                  "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}");
+                  "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}") +
+           round;
 }
 
 QString groupBoxStyle()
@@ -209,7 +219,6 @@ QString menuDialogStyle()
                   "QMenu QCheckBox::indicator,QMenu QRadioButton::indicator{width:#12#;height:#12#;"
                   "border:#1# solid @6;background-color:white;}"
                   "QMenu QCheckBox::indicator{border-radius:#2#;}"
-                  "QMenu QRadioButton::indicator{border-radius:#7#;}"
                   "QMenu QCheckBox::indicator:checked{width:#6#;height:#6#;padding:#3#;background-clip:content;"
                   "background-color:black;}"
                   "QMenu QCheckBox::indicator:checked:disabled{background-color:@4;}"
@@ -220,5 +229,6 @@ QString menuDialogStyle()
                   "QMenu QPushButton{background-color:@1;color:black;border:#1# solid @4;border-radius:#3#;"
                   "padding:0 #12#;min-height:#22#;}"
                   "QMenu QPushButton:hover{background-color:white;}"
-                  "QMenu QPushButton:focus{border-color:black;}");
+                  "QMenu QPushButton:focus{border-color:black;}") +
+           QStringLiteral("QMenu QRadioButton::indicator{%1}").arg(roundBy(12, 1));
 }
