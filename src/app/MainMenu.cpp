@@ -128,17 +128,17 @@ void MainMenu::slotLangMenuTrig(QAction *action)
         return;
     }
     globalSet(key, language.code);
-    if (askRestart(language.info)) {
+    if (askRestart(language)) {
         restart();
     }
 }
 
-bool MainMenu::askRestart(const QString &text)
+bool MainMenu::askRestart(const LanguageInfo &language)
 {
-    QMessageBox box(QMessageBox::Information, QString(), text, QMessageBox::NoButton, window());
+    QMessageBox box(QMessageBox::Information, language.title, language.info, QMessageBox::NoButton, window());
     box.setTextFormat(Qt::PlainText); // it comes from a file
-    const QPushButton *restarts = box.addButton(::tr("OK"), QMessageBox::AcceptRole);
-    box.addButton(::tr("Cancel"), QMessageBox::RejectRole);
+    const QPushButton *restarts = box.addButton(plainEntry(language.accept), QMessageBox::AcceptRole);
+    box.addButton(plainEntry(language.reject), QMessageBox::RejectRole);
     fitNotice(box);
     box.exec();
     return box.clickedButton() == restarts;

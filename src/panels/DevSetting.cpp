@@ -45,7 +45,7 @@ MyButton *DevSetting::makeButton(const QString &icon, const QString &name)
     button->setFixedSize(dp(24), dp(24));
     button->setRadius(dp(3));
     button->penWidth = dp(1);
-    button->borderColor = gGreys[4];
+    button->borderColor = gGreys[3];
     return button;
 }
 
