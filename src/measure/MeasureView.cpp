@@ -26,7 +26,7 @@ bool isInverse(const QString &key)
 
 MeasureView::MeasureView(QWidget *parent) : QWidget(parent)
 {
-    btnExpand = makeExpandButton(this);
+    btnExpand = makeExpandButton(::tr("Measurements"), this);
     auto *title = makeSectionTitle(::tr("Measurements"), this);
     btnSetting = makeIconButton(QStringLiteral(":/res/btnSetting"), ::tr("Measurements shown"), this);
     measureMenu = new QMenu(this);

@@ -325,7 +325,7 @@ QString MenuChnSettings::applyPwm()
         }
         settings[output] = readPwmFields(row.frequ->text(), row.unit->currentIndex(), row.duty->text());
         if (!settings[output]) {
-            return ::tr("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0,1].");
+            return ::tr("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0%,100%].");
         }
     }
     m_device->setPwmEnable(false, false); // no output runs with one setting old and one new

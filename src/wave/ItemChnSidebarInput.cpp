@@ -55,6 +55,7 @@ void ItemChnSidebar::setChnName(const QString &name)
     nameEdit->setCursorPosition(0);
     const bool fits = nameEdit->fontMetrics().horizontalAdvance(m_name) <= nameRoom();
     nameEdit->setToolTip(fits ? QString() : toolTipOf(m_name));
+    nameControls();
 }
 
 void ItemChnSidebar::leChnNameChangedSlot()
