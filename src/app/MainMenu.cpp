@@ -97,6 +97,7 @@ void MainMenu::addEntry(const QString &text, void (MainMenu::*slot)(), int key)
 void MainMenu::addExportMenu()
 {
     QMenu *menu = m_menu->addMenu(::tr("Export Data"));
+    menu->setAccessibleName(menu->title());
     menu->addAction(::tr("Text file") + QStringLiteral(" (*.txt)"))->setData(2);
     menu->addAction(::tr("CSV file") + QStringLiteral(" (*.csv)"))->setData(3);
     menu->addAction(::tr("Binary file") + QStringLiteral(" (*.bin)"))->setData(4);
@@ -106,6 +107,7 @@ void MainMenu::addExportMenu()
 void MainMenu::addLanguageMenu()
 {
     QMenu *menu = m_menu->addMenu(dotted(::tr("Language")));
+    menu->setAccessibleName(::tr("Language"));
     auto *group = new QActionGroup(menu);
     group->setExclusive(true);
     m_languages = languages();

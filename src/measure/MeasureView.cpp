@@ -30,6 +30,7 @@ MeasureView::MeasureView(QWidget *parent) : QWidget(parent)
     auto *title = makeSectionTitle(::tr("Measurements"), this);
     btnSetting = makeIconButton(QStringLiteral(":/res/btnSetting"), ::tr("Measurements shown"), this);
     measureMenu = new QMenu(this);
+    measureMenu->setAccessibleName(btnSetting->accessibleName());
     valuesWidget = new QWidget(this);
 
     auto *grid = new QGridLayout(valuesWidget);

@@ -100,6 +100,7 @@ void PickMenu::dropUnder(QWidget &button, int current)
             ->limitHeight(screenHeight / actions().size());
     }
     setFixedWidth(button.width());
+    setAccessibleName(button.accessibleName());
     popup(button.mapToGlobal(QPoint(0, button.height())));
     if (current >= 0 && current < actions().size()) {
         setActiveAction(actions().at(current));

@@ -78,6 +78,7 @@ void DevSetting::run(MenuDialog &menu, const QWidget &button)
 {
     constexpr double belowTop = 0.33; // of the button's height
     m_menu = &menu;
+    menu.setAccessibleName(button.accessibleName());
     menu.exec(button.mapToGlobal(QPoint(button.width(), int(button.height() * belowTop))));
 }
 

@@ -216,6 +216,7 @@ void MenuChnSettings::addPwmRow(QGridLayout &grid, int output)
     row.unit->addItems(pwmUnits());
     row.unit->setCurrentIndex(frequ.unit);
     row.unit->setAccessibleName(name + QLatin1Char(' ') + ::tr("Unit"));
+    row.unit->setAccessibleDescription(row.unit->accessibleName()); // on Linux a list's name is what it shows
     auto *dutyLabel = new QLabel(::tr("DutyCycle"));
     row.duty = makeNumberField(pwmDutyText(m_device->pwmDuty[index]), name + QLatin1Char(' ') + dutyLabel->text());
     auto *percent = new QLabel(QStringLiteral("%"));

@@ -183,6 +183,7 @@ void ItemChnSidebar::openMenuDig()
         createMenu();
     }
     const int logarithm = showMultip > 0 ? int(std::bit_width(unsigned(showMultip))) - 1 : 0;
+    menu->setAccessibleName(settingBtn->accessibleName());
     QAction *current = menu->actions().at(std::min(logarithm, 3));
     current->setChecked(true);
     const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
