@@ -21,8 +21,8 @@ wait_for() {
     done
 }
 
-# start_display FOLDER SIZE DPI: sets DISPLAY to a server of its own with a screen of SIZE, such as 1280x800.
-# FOLDER exists and takes the server's notes.
+# start_display FOLDER SIZE DPI: sets DISPLAY to a server of its own with a screen of SIZE, such as 1280x800, on which
+# programs find exactly DPI dots per inch. FOLDER exists and takes the server's notes.
 start_display() {
     local folder=$1 size=$2 dpi=$3
     # The server chooses a free number itself and tells it when it is ready.
@@ -33,6 +33,8 @@ start_display() {
     DISPLAY=":$(<"$folder/display")"
     export DISPLAY
     unset WAYLAND_DISPLAY
+    # A screen's size in whole millimetres gives 191.9 for 192. What a desktop's settings say counts before it.
+    xprop -root -f RESOURCE_MANAGER 8s -set RESOURCE_MANAGER $'Xft.dpi:\t'"$dpi"$'\n'
 }
 
 # start_program FOLDER PROGRAM [ARGUMENT...]: with settings of its own below FOLDER/data, so the caller's stay as

@@ -41,7 +41,10 @@ QBoxLayout *productLines()
     column->setSpacing(dp(4));
     QLabel *name = addLine(*column, QStringLiteral("CorvanLUX"));
     name->setFont(gFontLarge);
-    name->setStyleSheet(QStringLiteral("color:#ff4500"));
+    name->setAlignment(Qt::AlignCenter);
+    name->setStyleSheet(QStringLiteral("color:#ff4500;background-color:%1;border-radius:%2px;padding:%2px;")
+                            .arg(gGreys.value(9).name())
+                            .arg(dp(3)));
     addLine(*column, QStringLiteral("%1 %2 (%3-bit)")
                          .arg(::tr("Version:"), QStringLiteral(LUX_VERSION))
                          .arg(int(QSysInfo::WordSize)));

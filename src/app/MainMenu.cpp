@@ -97,6 +97,7 @@ void MainMenu::addEntry(const QString &text, void (MainMenu::*slot)(), int key)
 void MainMenu::addExportMenu()
 {
     QMenu *menu = m_menu->addMenu(::tr("Export Data"));
+    menu->setAccessibleName(menu->title());
     menu->addAction(::tr("Text file") + QStringLiteral(" (*.txt)"))->setData(2);
     menu->addAction(::tr("CSV file") + QStringLiteral(" (*.csv)"))->setData(3);
     menu->addAction(::tr("Binary file") + QStringLiteral(" (*.bin)"))->setData(4);
@@ -106,6 +107,7 @@ void MainMenu::addExportMenu()
 void MainMenu::addLanguageMenu()
 {
     QMenu *menu = m_menu->addMenu(dotted(::tr("Language")));
+    menu->setAccessibleName(::tr("Language"));
     auto *group = new QActionGroup(menu);
     group->setExclusive(true);
     m_languages = languages();
@@ -128,17 +130,17 @@ void MainMenu::slotLangMenuTrig(QAction *action)
         return;
     }
     globalSet(key, language.code);
-    if (askRestart(language.info)) {
+    if (askRestart(language)) {
         restart();
     }
 }
 
-bool MainMenu::askRestart(const QString &text)
+bool MainMenu::askRestart(const LanguageInfo &language)
 {
-    QMessageBox box(QMessageBox::Information, QString(), text, QMessageBox::NoButton, window());
+    QMessageBox box(QMessageBox::Information, language.title, language.info, QMessageBox::NoButton, window());
     box.setTextFormat(Qt::PlainText); // it comes from a file
-    const QPushButton *restarts = box.addButton(::tr("OK"), QMessageBox::AcceptRole);
-    box.addButton(::tr("Cancel"), QMessageBox::RejectRole);
+    const QPushButton *restarts = box.addButton(plainEntry(language.accept), QMessageBox::AcceptRole);
+    box.addButton(plainEntry(language.reject), QMessageBox::RejectRole);
     fitNotice(box);
     box.exec();
     return box.clickedButton() == restarts;

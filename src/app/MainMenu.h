@@ -94,7 +94,7 @@ private:
     void addEntry(const QString &text, void (MainMenu::*slot)(), int key = 0);
     void addExportMenu();
     void addLanguageMenu();
-    [[nodiscard]] bool askRestart(const QString &text);
+    [[nodiscard]] bool askRestart(const LanguageInfo &language);
     void restart();
 
     void tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind);

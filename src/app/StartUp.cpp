@@ -1,6 +1,7 @@
 #include "app/StartUp.h"
 
 #include "app/QtTexts.h"
+#include "controls/AccessibleMenus.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
@@ -64,6 +65,7 @@ void initLook()
     globalsLoadFonts(QApplication::font(), languageHead(QStringLiteral("font")));
     QApplication::setFont(gFontMain);
     qApp->setStyleSheet(programStyle());
+    installAccessibleMenus();
 }
 
 void initTransport()

@@ -27,6 +27,7 @@ bool belongsToBox(const QKeyEvent &event)
 ComboKeys::ComboKeys(QComboBox *box) : QObject(box)
 {
     box->installEventFilter(this);
+    box->setFocusPolicy(Qt::StrongFocus); // its own would give it the focus with the wheel's first notch
 }
 
 bool ComboKeys::eventFilter(QObject *watched, QEvent *event)
@@ -37,6 +38,9 @@ bool ComboKeys::eventFilter(QObject *watched, QEvent *event)
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             m_reachedByKey = reason != Qt::MouseFocusReason;
         }
+    } else if (event->type() == QEvent::Wheel && !static_cast<QWidget *>(watched)->hasFocus()) {
+        event->ignore(); // what lies around the box scrolls
+        return true;
     } else if (event->type() == QEvent::MouseButtonPress) {
         m_reachedByKey = false;
     } else if (event->type() == QEvent::ShortcutOverride && m_reachedByKey &&

@@ -8,6 +8,7 @@
 #include <QRawFont>
 
 #include <array>
+#include <cmath>
 
 int gDpi = 96;
 QVector<QColor> gChnColors;
@@ -67,8 +68,13 @@ void globalsSetDpi(double logicalDotsPerInch)
 {
     constexpr double least = 96;
     constexpr double most = 96 * 100; // no screen; it keeps dp() within 32 bits
+    // Desktops scale by quarters of 96. A screen's size in whole millimetres tells the dots of such a scale inexactly.
+    constexpr double step = 24;
+    constexpr double tolerance = 0.5;
     // A comparison with a NaN is false.
-    gDpi = logicalDotsPerInch > least ? static_cast<int>(qMin(logicalDotsPerInch, most)) : static_cast<int>(least);
+    const double told = logicalDotsPerInch > least ? qMin(logicalDotsPerInch, most) : least;
+    const double scale = std::round(told / step) * step;
+    gDpi = static_cast<int>(std::abs(told - scale) <= tolerance ? scale : told);
 }
 
 void globalsFillTables()

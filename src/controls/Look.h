@@ -32,7 +32,8 @@ inline int uiScale()
     return gDpi / 96;
 }
 
-/// Sets `gDpi` from the dots per inch that a screen tells: truncated, at least 96.
+/// Sets `gDpi` from the dots per inch that a screen tells: truncated, at least 96, at most 9600. Within 0.5 of a whole
+/// multiple of 24 it is that multiple: 191.9 is a screen of 192.
 void globalsSetDpi(double logicalDotsPerInch);
 
 /// Fills `gChnColors` and `gGreys`, and `gMeasureNames` (settings/Globals.h).

@@ -68,6 +68,9 @@ MyButton::MyButton(const QString &text, QWidget *parent) : MyButton(parent)
 void MyButton::setSelected(bool on)
 {
     selected = on;
+    if (isCheckable()) {
+        setChecked(on); // what a screen reader tells
+    }
     update();
 }
 

@@ -19,7 +19,8 @@ struct CornerRadii {
 /// The button of the panels: a rounded face with an icon or a text, all painted here.
 ///
 /// The looks are plain members: set them while building, and call update() after a later change; the two setters do
-/// that. `selected` belongs to the caller and is not QAbstractButton's checked state. Main thread.
+/// that. `selected` belongs to the caller and is not QAbstractButton's checked state, which follows it on a checkable
+/// button, so that a screen reader can tell it. Main thread.
 class MyButton : public QPushButton {
     Q_OBJECT
 public:

@@ -130,9 +130,12 @@ void MyScrollbar::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillRect(this->rect(), QColor(0, 0, 0, 0));
-    painter.setPen(hasFocus() ? QPen(gGreys.value(0), dp(1)) : QPen(Qt::NoPen));
-    painter.setBrush(QColor(0, 0, 0, 200));
-    const double inset = hasFocus() ? dp(1) / 2.0 : 0.0;
+    // Told from the dark ground by its grey, and from light waves by its dark outline.
+    QColor face = gGreys.value(4);
+    face.setAlpha(230);
+    painter.setPen(QPen(gGreys.value(hasFocus() ? 0 : 9), dp(1)));
+    painter.setBrush(face);
+    const double inset = dp(1) / 2.0;
     painter.drawRoundedRect(rect.adjusted(inset, inset, -inset, -inset), radius, radius);
 }
 

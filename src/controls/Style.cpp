@@ -18,10 +18,18 @@ QString filled(const char *sheet)
     for (int i = 0; i < gGreys.size(); ++i) {
         text.replace(QLatin1Char('@') + QString::number(i), gGreys[i].name());
     }
-    for (const int pixels : {1, 2, 3, 4, 5, 6, 7, 8, 10, 12, 14, 16, 20, 22, 26, 64}) {
+    for (const int pixels : {1, 2, 3, 4, 5, 6, 8, 10, 11, 12, 14, 16, 20, 22, 26, 64}) {
         text.replace(QStringLiteral("#%1#").arg(pixels), QString::number(dp(pixels)) + QStringLiteral("px"));
     }
     return text;
+}
+
+/// The radius of a round indicator: a style sheet draws square corners where twice the radius is more than the side. So
+/// it is half of the side that is drawn, which is a sum of parts that are truncated each by itself.
+/// @param width, border  of the indicator's rule, pixels at 96 dpi
+QString roundBy(int width, int border)
+{
+    return QStringLiteral("border-radius:%1px;").arg((dp(width) + 2 * dp(border)) / 2);
 }
 
 } // namespace
@@ -29,14 +37,14 @@ QString filled(const char *sheet)
 QString comboBoxStyle()
 {
     return filled(
-        "QComboBox{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;"
+        "QComboBox{background-color:@8;color:@0;border:#1# solid @2;border-radius:#3#;"
         "padding:0 #4# 0 #6#;combobox-popup:0;}"
         "QComboBox:hover{background-color:@6;}"
-        "QComboBox:focus{border-color:@0;}"
-        "QComboBox:disabled{color:@4;border-color:@5;}"
+        "QComboBox:focus{border:#2# solid @0;padding:0 #3# 0 #5#;}"
+        "QComboBox:disabled{color:@3;border-color:@4;}"
         "QComboBox::drop-down{subcontrol-origin:padding;subcontrol-position:right center;width:#16#;border:0;}"
         "QComboBox::down-arrow{image:url(:/res/icoDropDown);width:#10#;height:#10#;}"
-        "QComboBox QAbstractItemView{background-color:@7;color:@0;border:#1# solid @4;outline:0;"
+        "QComboBox QAbstractItemView{background-color:@7;color:@0;border:#1# solid @3;outline:0;"
         "selection-background-color:@5;selection-color:@0;}"
         "QComboBox QAbstractItemView::item{min-height:#20#;padding:0 #6#;border:0;background:transparent;}"
         "QComboBox QAbstractItemView::item:selected{background-color:@5;color:@0;}");
@@ -58,10 +66,11 @@ int controlHeight(const QFontMetrics &metrics)
 
 QString lineEditStyle()
 {
-    return filled("QLineEdit{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;padding:0 #4#;"
+    return filled("QLineEdit{background-color:@8;color:@0;border:#1# solid @2;border-radius:#3#;padding:0 #4#;"
                   "selection-background-color:@3;selection-color:@9;}"
-                  "QLineEdit:focus{border-color:@0;}"
-                  "QLineEdit:disabled{color:@4;border-color:@5;}");
+                  "QLineEdit:focus{border:#2# solid @0;padding:0 #3#;}"
+                  "QLineEdit[fault=\"true\"]{border:#2# solid #dfdf1f;padding:0 #3#;}"
+                  "QLineEdit:disabled{color:@3;border-color:@4;}");
 }
 
 QString spinBoxStyle()
@@ -69,30 +78,31 @@ QString spinBoxStyle()
     // Without a border of its own: the arrows stay those of the system's style.
     return filled("QAbstractSpinBox{background-color:@8;color:@0;"
                   "selection-background-color:@3;selection-color:@9;}"
-                  "QAbstractSpinBox:disabled{color:@4;}");
+                  "QAbstractSpinBox:disabled{color:@3;}");
 }
 
 QString labelStyle()
 {
     return filled("QLabel{color:@0;background:transparent;border:0;}"
-                  "QLabel:disabled{color:@3;}");
+                  "QLabel:disabled{color:@1;}");
 }
 
 QString checkBoxStyle()
 {
-    // A checked indicator is a light core in a dark ring, so that no picture is needed at any scale.
     return filled("QCheckBox,QRadioButton{color:@0;background:transparent;spacing:#6#;padding:#2#;"
                   "border:#1# solid transparent;border-radius:#3#;}"
                   "QCheckBox:focus,QRadioButton:focus{border-color:@2;}"
-                  "QCheckBox:disabled,QRadioButton:disabled{color:@3;}"
-                  "QCheckBox::indicator,QRadioButton::indicator{width:#14#;height:#14#;background-color:@8;}"
+                  "QCheckBox:disabled,QRadioButton:disabled{color:@1;}"
+                  "QCheckBox::indicator,QRadioButton::indicator{width:#12#;height:#12#;background-color:@8;"
+                  "border:#1# solid @2;}"
                   "QCheckBox::indicator{border-radius:#2#;}"
-                  "QRadioButton::indicator{border-radius:#7#;}"
                   "QCheckBox::indicator:hover,QRadioButton::indicator:hover{background-color:@6;}"
-                  "QCheckBox::indicator:checked,QRadioButton::indicator:checked{width:#6#;height:#6#;"
-                  "border:#4# solid @8;background-color:@1;}"
-                  "QCheckBox::indicator:checked{border-radius:0;}"
-                  "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}");
+                  "QCheckBox::indicator:checked{background-color:@1;image:url(:/res/icoCheck);}"
+                  "QRadioButton::indicator:checked{background-color:qradialgradient(cx:0.5,cy:0.5,radius:0.5,fx:0.5,"
+                  "fy:0.5,stop:0 @0,stop:0.5 @0,stop:0.6 @8,stop:1 @8);}"
+                  "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}"
+                  "QCheckBox::indicator:checked:disabled{background-color:@3;}") +
+           QStringLiteral("QRadioButton::indicator{%1}").arg(roundBy(12, 1));
 }
 
 QString groupBoxStyle()
@@ -104,18 +114,20 @@ QString groupBoxStyle()
 QString pushButtonStyle()
 {
     // The dot leaves out derived buttons: MyButton paints itself, and a sheet would change its size.
-    return filled(".QPushButton{background-color:@7;color:@0;border:#1# solid @4;border-radius:#3#;padding:0 #4#;}"
+    return filled(".QPushButton{background-color:@7;color:@0;border:#1# solid @2;border-radius:#3#;padding:0 #4#;}"
                   ".QPushButton:hover{background-color:@6;}"
                   ".QPushButton:pressed{background-color:@9;}"
-                  ".QPushButton:focus{border-color:@0;}"
-                  ".QPushButton:disabled{color:@4;border-color:@6;}"
-                  "QDialog .QPushButton{padding:0 #12#;min-height:#22#;min-width:#64#;}");
+                  ".QPushButton:focus{border:#2# solid @0;padding:0 #3#;}"
+                  ".QPushButton:disabled{color:@3;border-color:@4;}"
+                  "QDialog .QPushButton{padding:0 #12#;min-height:#22#;min-width:#64#;}"
+                  "QDialog .QPushButton:focus{padding:0 #11#;min-height:#20#;}");
 }
 
 QString progressBarStyle()
 {
-    return filled("QProgressBar{background-color:@8;color:@0;border:#1# solid @4;border-radius:#3#;text-align:center;}"
-                  "QProgressBar::chunk{background-color:@4;border-radius:#2#;}");
+    // No grey of the palette is told from the ground and leaves the text readable: one between @4 and @5.
+    return filled("QProgressBar{background-color:@8;color:@0;border:#1# solid @2;border-radius:#3#;text-align:center;}"
+                  "QProgressBar::chunk{background-color:#6b6b6b;border-radius:#2#;}");
 }
 
 QString sliderStyle()
@@ -149,27 +161,30 @@ QString toolTipStyle()
 
 QString menuStyle()
 {
-    return filled("QMenu{background-color:@7;color:@0;border:#1# solid @4;padding:#2# 0;}"
+    return filled("QMenu{background-color:@7;color:@0;border:#1# solid @3;padding:#2# 0;}"
                   "QMenu::item{padding:#4# #26# #4# #26#;background:transparent;}"
                   "QMenu::item:selected{background-color:@5;}"
-                  "QMenu::item:disabled{color:@4;}"
-                  "QMenu::indicator{width:#8#;height:#8#;left:#8#;border-radius:#2#;}"
-                  "QMenu::indicator:checked{background-color:@1;}"
-                  "QMenu::indicator:exclusive:checked{border-radius:#4#;}"
+                  "QMenu::item:disabled{color:@3;}"
+                  "QMenu::indicator{width:#10#;height:#10#;left:#6#;border-radius:#2#;border:#1# solid @2;}"
+                  "QMenu::indicator:checked{background-color:@1;image:url(:/res/icoCheck);}"
                   "QMenu::right-arrow{width:#10#;height:#10#;right:#6#;}"
                   "QMenu::separator{height:#1#;background-color:@5;margin:#2# #8#;}");
 }
 
-QString fileDialogStyle()
+QString listStyle()
 {
-    return filled("QListView,QTreeView{background-color:@8;color:@0;border:#1# solid @4;outline:0;"
+    return filled("QListView,QTreeView{background-color:@8;color:@0;border:#1# solid @2;outline:0;"
                   "selection-background-color:@5;selection-color:@0;}"
                   "QListView:focus,QTreeView:focus{border-color:@0;}"
                   "QListView::item,QTreeView::item{min-height:#20#;}"
-                  "QListView::item:selected,QTreeView::item:selected{background-color:@5;color:@0;}"
-                  "QHeaderView{background-color:@7;}"
-                  "QHeaderView::section{background-color:@7;color:@0;border:0;border-right:#1# solid @5;"
-                  "padding:#2# #6#;}");
+                  "QListView::item:selected,QTreeView::item:selected{background-color:@5;color:@0;}");
+}
+
+QString fileDialogStyle()
+{
+    return listStyle() + filled("QHeaderView{background-color:@7;}"
+                                "QHeaderView::section{background-color:@7;color:@0;border:0;border-right:#1# solid @5;"
+                                "padding:#2# #6#;}");
 }
 
 QString messageBoxStyle()
@@ -181,8 +196,8 @@ QString programStyle()
 {
     // A tool tip is a label too: its own rules come last, so that they win.
     return messageBoxStyle() + labelStyle() + lineEditStyle() + comboBoxStyle() + spinBoxStyle() + checkBoxStyle() +
-           groupBoxStyle() + pushButtonStyle() + progressBarStyle() + sliderStyle() + scrollBarStyle() + menuStyle() +
-           toolTipStyle();
+           groupBoxStyle() + pushButtonStyle() + progressBarStyle() + sliderStyle() + scrollBarStyle() + listStyle() +
+           menuStyle() + toolTipStyle();
 }
 
 QString menuDialogStyle()
@@ -192,16 +207,17 @@ QString menuDialogStyle()
            filled("QMenu{background-color:#F0F0F0; color:black;}"
                   "QMenu QWidget{color:black;}"
                   "QMenu QLabel,QMenu QCheckBox,QMenu QRadioButton{color:black;background:transparent;}"
-                  "QMenu QCheckBox:disabled,QMenu QRadioButton:disabled,QMenu QLabel:disabled{color:@4;}"
+                  "QMenu QCheckBox:disabled,QMenu QRadioButton:disabled,QMenu QLabel:disabled{color:@5;}"
                   "QMenu QCheckBox:focus,QMenu QRadioButton:focus{border-color:@6;}"
                   "QMenu QGroupBox{border:#1# solid black;border-radius:#4#;margin-top:#8#;padding-top:#8#;}"
                   "QMenu QGroupBox::title{subcontrol-origin:margin;subcontrol-position:top left;left:#8#;"
                   "padding:0 #3#;}"
                   "QMenu QLineEdit,QMenu QComboBox,QMenu QAbstractSpinBox{background-color:white;color:black;"
                   "border:#1# solid @4;}"
-                  "QMenu QLineEdit:focus,QMenu QComboBox:focus,QMenu QAbstractSpinBox:focus{border-color:black;}"
+                  "QMenu QLineEdit:focus,QMenu QComboBox:focus,QMenu QAbstractSpinBox:focus{border:#2# solid black;}"
+                  "QMenu QLineEdit[fault=\"true\"]{border:#2# solid #9f2f07;}"
                   "QMenu QLineEdit:disabled,QMenu QComboBox:disabled,QMenu QAbstractSpinBox:disabled{"
-                  "background-color:@1;color:@4;}"
+                  "background-color:@1;color:@5;}"
                   "QMenu QComboBox::drop-down{background-color:@5;}"
                   "QMenu QComboBox QAbstractItemView{background-color:white;color:black;"
                   "selection-background-color:@1;selection-color:black;}"
@@ -209,16 +225,16 @@ QString menuDialogStyle()
                   "QMenu QCheckBox::indicator,QMenu QRadioButton::indicator{width:#12#;height:#12#;"
                   "border:#1# solid @6;background-color:white;}"
                   "QMenu QCheckBox::indicator{border-radius:#2#;}"
-                  "QMenu QRadioButton::indicator{border-radius:#7#;}"
-                  "QMenu QCheckBox::indicator:checked{width:#6#;height:#6#;padding:#3#;background-clip:content;"
-                  "background-color:black;}"
-                  "QMenu QCheckBox::indicator:checked:disabled{background-color:@4;}"
-                  "QMenu QRadioButton::indicator:checked{width:#12#;height:#12#;border:#1# solid @6;"
-                  "background-color:qradialgradient(cx:0.5,cy:0.5,radius:0.5,fx:0.5,fy:0.5,"
+                  "QMenu QCheckBox::indicator:checked{background-color:white;image:url(:/res/icoCheck);}"
+                  "QMenu QCheckBox::indicator:checked:disabled{background-color:@1;}"
+                  "QMenu "
+                  "QRadioButton::indicator:checked{background-color:qradialgradient(cx:0.5,cy:0.5,radius:0.5,fx:0.5,fy:"
+                  "0.5,"
                   "stop:0 black,stop:0.5 black,stop:0.6 white,stop:1 white);}"
                   "QMenu QCheckBox::indicator:disabled,QMenu QRadioButton::indicator:disabled{border-color:@4;}"
                   "QMenu QPushButton{background-color:@1;color:black;border:#1# solid @4;border-radius:#3#;"
                   "padding:0 #12#;min-height:#22#;}"
                   "QMenu QPushButton:hover{background-color:white;}"
-                  "QMenu QPushButton:focus{border-color:black;}");
+                  "QMenu QPushButton:focus{border:#2# solid black;padding:0 #11#;min-height:#20#;}") +
+           QStringLiteral("QMenu QRadioButton::indicator{%1}").arg(roundBy(12, 1));
 }

@@ -27,7 +27,9 @@ class QFontMetrics;
 [[nodiscard]] QString toolTipStyle();
 [[nodiscard]] QString menuStyle();
 [[nodiscard]] QString messageBoxStyle();
-/// The lists of Qt's own file dialog, which is shown where the system has none. Not part of programStyle().
+/// Lists and trees, also those that stand alone, such as the completions of a field.
+[[nodiscard]] QString listStyle();
+/// The lists of Qt's own file dialog, which is shown where the system has none.
 [[nodiscard]] QString fileDialogStyle();
 /// The light panel of MenuDialog with the forms in it.
 [[nodiscard]] QString menuDialogStyle();

@@ -15,7 +15,7 @@
 
 Annotations::Annotations(QWidget *parent) : QWidget(parent)
 {
-    btnExpand = makeExpandButton(this);
+    btnExpand = makeExpandButton(::tr("Timing Marker Pairs"), this);
     auto *title = makeSectionTitle(::tr("Timing Marker Pairs"), this);
     btnAdd = makeIconButton(QStringLiteral(":/res/btnAddItem"), ::tr("Add a timing marker pair"), this);
     pairsWidget = new QWidget(this);

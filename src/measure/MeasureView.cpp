@@ -26,10 +26,11 @@ bool isInverse(const QString &key)
 
 MeasureView::MeasureView(QWidget *parent) : QWidget(parent)
 {
-    btnExpand = makeExpandButton(this);
+    btnExpand = makeExpandButton(::tr("Measurements"), this);
     auto *title = makeSectionTitle(::tr("Measurements"), this);
     btnSetting = makeIconButton(QStringLiteral(":/res/btnSetting"), ::tr("Measurements shown"), this);
     measureMenu = new QMenu(this);
+    measureMenu->setAccessibleName(btnSetting->accessibleName());
     valuesWidget = new QWidget(this);
 
     auto *grid = new QGridLayout(valuesWidget);

@@ -54,7 +54,7 @@ protected:
             m_icon.paint(&painter, place);
             return;
         }
-        painter.setPen(gGreys[m_action->isEnabled() ? 0 : 4]);
+        painter.setPen(gGreys[m_action->isEnabled() ? 0 : 3]);
         const QRect room = rect().adjusted(dp(textMargin), 0, -dp(textMargin), 0);
         painter.drawText(room, Qt::AlignCenter, fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
     }
@@ -100,6 +100,7 @@ void PickMenu::dropUnder(QWidget &button, int current)
             ->limitHeight(screenHeight / actions().size());
     }
     setFixedWidth(button.width());
+    setAccessibleName(button.accessibleName());
     popup(button.mapToGlobal(QPoint(0, button.height())));
     if (current >= 0 && current < actions().size()) {
         setActiveAction(actions().at(current));

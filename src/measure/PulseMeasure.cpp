@@ -20,7 +20,7 @@ constexpr int allTimes = -1; ///< for operations that may be about one time inde
 PulseMeasure::PulseMeasure(QWidget *parent) : QWidget(parent)
 {
     gPulseRequests = this;
-    btnExpand = makeExpandButton(this);
+    btnExpand = makeExpandButton(::tr("Pulse Measurements"), this);
     auto *title = makeSectionTitle(::tr("Pulse Measurements"), this);
     btnAdd = makeIconButton(QStringLiteral(":/res/btnAddItem"), ::tr("Add a pulse measurement"), this);
     rowsWidget = new QWidget(this);

@@ -81,6 +81,8 @@ private:
     void appendRow(int type, int chn);
     [[nodiscard]] QList<QWidget *> widgetsOf(int row) const;
     void placeRow(int row);
+    /// Gives the row's controls names with its number, from 1.
+    void nameRow(int row);
     static void setType(MyButton &button, int type);
     static void setChannel(MyButton &button, int chn);
     static void setTime(MyButton &button, int time);

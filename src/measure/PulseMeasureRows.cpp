@@ -63,7 +63,6 @@ void PulseMeasure::setType(MyButton &button, int type)
     button.setObjectName(QString::number(type));
     button.setIcon(QIcon(pulseTypeIcon(type)));
     button.setToolTip(pulseTypeName(type));
-    button.setAccessibleName(pulseTypeName(type));
 }
 
 void PulseMeasure::setChannel(MyButton &button, int chn)
@@ -135,6 +134,7 @@ void PulseMeasure::appendRow(int type, int chn)
     }
     grid->setContentsMargins(0, 0, 0, dp(2));
     placeRow(row);
+    nameRow(row);
 }
 
 QList<QWidget *> PulseMeasure::widgetsOf(int row) const
@@ -150,6 +150,16 @@ void PulseMeasure::placeRow(int row)
         grid->removeWidget(widget);
         grid->addWidget(widget, row, column++);
     }
+}
+
+void PulseMeasure::nameRow(int row)
+{
+    const QString before = ::tr("Pulse row %1").arg(row + 1) + QStringLiteral(", ");
+    typeButtons.at(row)->setAccessibleName(before + typeButtons.at(row)->toolTip());
+    chnButtons.at(row)->setAccessibleName(before + chnButtons.at(row)->text());
+    timeButtons.at(row)->setAccessibleName(before + timeButtons.at(row)->text());
+    valueLabels.at(row)->setAccessibleDescription(::tr("Pulse row %1").arg(row + 1)); // its name is its text
+    removeButtons.at(row)->setAccessibleName(::tr("Remove pulse row %1").arg(row + 1));
 }
 
 void PulseMeasure::slotBtnRemoveClicked()
@@ -173,6 +183,7 @@ void PulseMeasure::slotBtnRemoveClicked()
     for (int later = row; later < removeButtons.size(); ++later) {
         placeRow(later);
         removeButtons.at(later)->setObjectName(QString::number(later));
+        nameRow(later);
     }
     if (removeButtons.isEmpty()) {
         grid->setContentsMargins(0, 0, 0, 0);
@@ -231,6 +242,7 @@ void PulseMeasure::takeChoice(const QList<MyButton *> &buttons, int choice, void
         return;
     }
     set(*buttons.at(menuRow), choice);
+    nameRow(menuRow);
     const bool counted =
         isChannelInUse(choiceOf(*chnButtons.at(menuRow))) && isPulseTimeShown(choiceOf(*timeButtons.at(menuRow)));
     if (!counted) {

@@ -7,6 +7,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QVariant>
 
 #include <algorithm>
 
@@ -15,13 +16,14 @@ namespace {
 constexpr int buttonHeight = 20; // units, as the three below
 constexpr int buttonWidth = 18;
 constexpr int iconSide = 16;
-constexpr int textPadding = 3; // on each side of a button's text
+constexpr const char *sectionProperty = "section"; // of a fold button: what it folds
+constexpr int textPadding = 3;                     // on each side of a button's text
 
 void dress(MyButton &button)
 {
     button.setRadius(dp(3));
     button.penWidth = dp(1);
-    button.borderColor = gGreys[5];
+    button.borderColor = gGreys[4];
     button.setFixedHeight(std::max(dp(buttonHeight), QFontMetrics(gFontMain).height() + dp(2)));
 }
 
@@ -83,12 +85,13 @@ MyButton *makeTextButton(const QString &text, const QString &widest, QWidget *pa
     return button;
 }
 
-MyButton *makeExpandButton(QWidget *parent)
+MyButton *makeExpandButton(const QString &section, QWidget *parent)
 {
     MyButton *button = makeIconButton(QString(), QString(), parent);
     button->gradient = false;
     button->penWidth = 0;
     button->faceColor = Qt::transparent;
+    button->setProperty(sectionProperty, section);
     showExpanded(*button, true);
     return button;
 }
@@ -96,9 +99,10 @@ MyButton *makeExpandButton(QWidget *parent)
 void showExpanded(MyButton &button, bool expanded)
 {
     button.setIcon(QIcon(expanded ? QStringLiteral(":/res/btnExpand") : QStringLiteral(":/res/btnCollapse")));
-    const QString name = expanded ? ::tr("Collapse") : ::tr("Expand");
-    button.setToolTip(name);
-    button.setAccessibleName(name);
+    button.setToolTip(expanded ? ::tr("Collapse") : ::tr("Expand"));
+    // Of several buttons alike a screen reader tells which is which.
+    const QString name = expanded ? ::tr("Collapse %1") : ::tr("Expand %1");
+    button.setAccessibleName(name.arg(button.property(sectionProperty).toString()));
 }
 
 QHBoxLayout *makeSectionHeader(MyButton *expand, QLabel *title, MyButton *action)

@@ -29,7 +29,8 @@ class QWidget;
 [[nodiscard]] MyButton *makeTextButton(const QString &text, const QString &widest, QWidget *parent);
 
 /// The button before a section's title that folds the section.
-[[nodiscard]] MyButton *makeExpandButton(QWidget *parent);
+/// @param section  what it folds, translated; part of its accessible name
+[[nodiscard]] MyButton *makeExpandButton(const QString &section, QWidget *parent);
 /// Shows on that button whether the section is open.
 void showExpanded(MyButton &button, bool expanded);
 

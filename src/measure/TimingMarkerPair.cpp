@@ -52,9 +52,11 @@ void TimingMarkerPair::buildLine()
     btnTiming2 = makeTextButton(second, QStringLiteral("D2"), this);
     pairTotal = new TimingMarkerTip(this);
     pairTotal->setAccessibleDescription(pairName(groupId));
-    btnDeploy = makeExpandButton(this);
+    btnDeploy = makeExpandButton(pairName(groupId), this);
     btnDeploy->setFixedWidth(dp(14));
     btnRemove = makeIconButton(QStringLiteral(":/res/btnRemove"), ::tr("Remove"), this);
+    btnRemove->setAccessibleName(::tr("Remove %1").arg(pairName(groupId)));
+    btnLocation->setAccessibleName(btnLocation->toolTip() + QLatin1Char(' ') + pairName(groupId));
 
     line = new QHBoxLayout;
     line->setContentsMargins(0, 0, 0, 0);

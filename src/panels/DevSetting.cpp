@@ -45,7 +45,7 @@ MyButton *DevSetting::makeButton(const QString &icon, const QString &name)
     button->setFixedSize(dp(24), dp(24));
     button->setRadius(dp(3));
     button->penWidth = dp(1);
-    button->borderColor = gGreys[4];
+    button->borderColor = gGreys[3];
     return button;
 }
 
@@ -78,6 +78,7 @@ void DevSetting::run(MenuDialog &menu, const QWidget &button)
 {
     constexpr double belowTop = 0.33; // of the button's height
     m_menu = &menu;
+    menu.setAccessibleName(button.accessibleName());
     menu.exec(button.mapToGlobal(QPoint(button.width(), int(button.height() * belowTop))));
 }
 

@@ -1,6 +1,7 @@
 #include "panels/ExportDataSet.h"
 
 #include "controls/Look.h"
+#include "controls/NumberField.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
@@ -153,7 +154,7 @@ QRadioButton *ExportDataSet::addChoice(Time time, const QString &text)
 
 QLabel *ExportDataSet::addField(QLineEdit *&field, const QString &label, const QString &text)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[-|0-9|.]+$"));
+    static const QRegularExpression pattern(QStringLiteral("^[-|0-9|.|,]+$"));
     field = new QLineEdit(text);
     field->setValidator(new QRegularExpressionValidator(pattern, field));
     field->setAccessibleName(label);
@@ -172,6 +173,22 @@ void ExportDataSet::enableChoices()
                             static_cast<QWidget *>(m_endLabel), static_cast<QWidget *>(m_end)}) {
         widget->setEnabled(interval);
     }
+}
+
+void ExportDataSet::accept()
+{
+    if (m_time->checkedId() == Interval) {
+        for (QLineEdit *field : {m_start, m_end}) {
+            // An empty field is the trigger.
+            if (!field->text().isEmpty() && !typedNumber(field->text())) {
+                field->setFocus();
+                field->selectAll();
+                showFault(*field, ::tr("This is not a number."));
+                return;
+            }
+        }
+    }
+    QDialog::accept();
 }
 
 void ExportDataSet::getSelection(std::vector<std::uint8_t> &chnSelect, double &start, double &end) const

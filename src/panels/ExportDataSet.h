@@ -32,6 +32,10 @@ public:
     /// @param start, end  out, in samples; DataFile::setRange() takes them as they come, reversed or out of range
     void getSelection(std::vector<std::uint8_t> &chnSelect, double &start, double &end) const;
 
+    /// Stays open while an interval is chosen and one of its fields holds what is no number: that is told
+    /// at the field. An empty one is the trigger.
+    void accept() override;
+
 private:
     enum Time { AllTime, TimingMarkers, Interval };
 

@@ -1,5 +1,6 @@
 #include "panels/ExportRange.h"
 
+#include "controls/NumberField.h"
 #include "store/SmpData.h"
 #include "wave/MainView.h"
 
@@ -62,7 +63,7 @@ ExportRange exportMarkerRange(const ExportMarkers &markers, int pair)
 ExportRange exportInterval(const QString &start, const QString &end, const ExportCapture &capture)
 {
     const auto position = [&capture](const QString &seconds) {
-        return seconds.toDouble() * double(capture.smpFrequ) + double(capture.trgPos);
+        return typedNumber(seconds).value_or(0.0) * double(capture.smpFrequ) + double(capture.trgPos);
     };
     return {position(start), position(end)};
 }

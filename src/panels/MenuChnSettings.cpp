@@ -216,6 +216,7 @@ void MenuChnSettings::addPwmRow(QGridLayout &grid, int output)
     row.unit->addItems(pwmUnits());
     row.unit->setCurrentIndex(frequ.unit);
     row.unit->setAccessibleName(name + QLatin1Char(' ') + ::tr("Unit"));
+    row.unit->setAccessibleDescription(row.unit->accessibleName()); // on Linux a list's name is what it shows
     auto *dutyLabel = new QLabel(::tr("DutyCycle"));
     row.duty = makeNumberField(pwmDutyText(m_device->pwmDuty[index]), name + QLatin1Char(' ') + dutyLabel->text());
     auto *percent = new QLabel(QStringLiteral("%"));
@@ -325,7 +326,7 @@ QString MenuChnSettings::applyPwm()
         }
         settings[output] = readPwmFields(row.frequ->text(), row.unit->currentIndex(), row.duty->text());
         if (!settings[output]) {
-            return ::tr("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0,1].");
+            return ::tr("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0%,100%].");
         }
     }
     m_device->setPwmEnable(false, false); // no output runs with one setting old and one new

@@ -1,5 +1,7 @@
 #include "panels/PwmFields.h"
 
+#include "controls/NumberField.h"
+
 #include <array>
 #include <limits>
 
@@ -16,9 +18,7 @@ constexpr std::array<double, 3> unitFactors{1e6, 1e3, 1.0}; // Hz, one for each 
 /// No number for a text that is not a number from end to end.
 double numberOf(const QString &text)
 {
-    bool isNumber = false;
-    const double number = text.toDouble(&isNumber);
-    return isNumber ? number : std::numeric_limits<double>::quiet_NaN();
+    return typedNumber(text).value_or(std::numeric_limits<double>::quiet_NaN());
 }
 
 /// False for what is no number.

@@ -21,7 +21,7 @@ constexpr int barHeight = 4;     // units
 SmpCtrl::SmpCtrl(QWidget *parent) : QWidget(parent), m_analog(gDev->isAnalogModel())
 {
     // The bar's own sheet gives its ground; what is done must stand out from that.
-    setStyleSheet(QStringLiteral("QProgressBar::chunk{background-color:%1;}").arg(gChnColors.value(2).name()));
+    setStyleSheet(QStringLiteral("QProgressBar::chunk{background-color:%1;}").arg(gChnColors.value(1).name()));
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(m_analog ? dp(2) : 0);
@@ -31,6 +31,7 @@ SmpCtrl::SmpCtrl(QWidget *parent) : QWidget(parent), m_analog(gDev->isAnalogMode
     column->addLayout(buttons);
 
     btnSingle = addButton(QStringLiteral("btnSmpSingle"), ::tr("Single"), &SmpCtrl::singleClickedSlot);
+    btnSingle->setToolTip(::tr("Start a capture") + QStringLiteral(" (F5)"));
     buttons->addWidget(btnSingle);
     if (m_analog) {
         btnAuto = addButton(QStringLiteral("btnSmpAuto"), ::tr("Auto"), &SmpCtrl::autoClickedSlot);

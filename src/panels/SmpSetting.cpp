@@ -33,6 +33,15 @@ QString withPartInParenthesis(const QString &label, const QString &part)
     return closed ? label.left(label.size() - 1) + part + label.right(1) : label + part;
 }
 
+QString depthToolTip(const QStringList &depths)
+{
+    const QString text = ::tr("Samples of each channel in the next capture");
+    const bool hasStar = depths.join(QString()).contains(QLatin1Char('*'));
+    return hasStar ? text + QLatin1Char('\n') +
+                         ::tr("* The instrument keeps edges: reached as long as they fit into its memory.")
+                   : text;
+}
+
 SmpSetting::SmpSetting(QWidget *parent) : QWidget(parent)
 {
     setStyleSheet(labelStyle() + comboBoxStyle());
@@ -55,10 +64,12 @@ SmpSetting::SmpSetting(QWidget *parent) : QWidget(parent)
     grid->addWidget(frequBox, 1, 1);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
 
+    frequBox->setToolTip(::tr("Samples per second of the next capture"));
     frequBox->addItems(gDev->smpFrequTexts());
     frequBox->setCurrentIndex(gDev->smpFrequIndex);
     connect(frequBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SmpSetting::sampleFrequClickedSlot);
     depthBox->addItems(gDev->smpDepthTexts());
+    depthBox->setToolTip(depthToolTip(gDev->smpDepthTexts()));
     depthBox->setCurrentIndex(gDev->smpDepthIndex);
     connect(depthBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SmpSetting::sampleDepthClickedSlot);
     connect(gDev, &DevBase::sigSmpFrequToLower, this, &SmpSetting::updateFreqIndex);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <cstdint>
@@ -13,6 +14,9 @@ class QLabel;
 
 /// Puts `part` into `label`: before a closing parenthesis at its end, otherwise at the end.
 [[nodiscard]] QString withPartInParenthesis(const QString &label, const QString &part);
+
+/// What the list of `depths` tells of itself, translated; the mark "*" is explained if one of them bears it.
+[[nodiscard]] QString depthToolTip(const QStringList &depths);
 
 /// Depth and rate of the next capture.
 ///

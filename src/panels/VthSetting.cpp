@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "controls/NoticeBox.h"
+#include "controls/NumberField.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
@@ -49,10 +50,8 @@ QString rangeText()
 
 std::optional<double> thresholdOf(const QString &text)
 {
-    bool isNumber = false;
-    const double volts = text.toDouble(&isNumber);
-    const bool inRange = volts >= lowest && volts <= highest; // "nan" counts as a number, but is in no range
-    return isNumber && inRange ? std::optional(volts) : std::nullopt;
+    const std::optional<double> volts = typedNumber(text);
+    return volts && *volts >= lowest && *volts <= highest ? volts : std::nullopt;
 }
 
 VthSetting::VthSetting(QWidget *parent) : QWidget(parent)

@@ -103,6 +103,11 @@ LanguageInfo infoOf(const QDomDocument &document)
 {
     LanguageInfo language{headText(document, QStringLiteral("code")), headText(document, QStringLiteral("name")),
                           headText(document, QStringLiteral("info"))};
+    const QHash<QString, QString> texts = indexOf(document).lux;
+    for (QString *text : {&language.title, &language.accept, &language.reject}) {
+        const QString translation = texts.value(text->toLower());
+        *text = translation.isEmpty() ? *text : translation;
+    }
     const QString provider = headText(document, QStringLiteral("provider"));
     if (!provider.isEmpty()) {
         language.info += QStringLiteral("\r\n") + provider;

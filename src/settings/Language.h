@@ -15,6 +15,10 @@ struct LanguageInfo {
     QString code; ///< such as "de"
     QString name; ///< the menu entry
     QString info; ///< the text of the restart notice
+    // Title and buttons of that notice, in the same language.
+    QString title = QStringLiteral("Language");
+    QString accept = QStringLiteral("OK");
+    QString reject = QStringLiteral("Cancel");
 };
 
 /// Reads "userLang" (or sets it from the system's locale) and loads that language's file.

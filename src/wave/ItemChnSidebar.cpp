@@ -1,5 +1,6 @@
 #include "wave/ItemChnSidebar.h"
 
+#include "controls/ElidedEdit.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/Style.h"
@@ -104,10 +105,10 @@ ItemChnSidebar::ItemChnSidebar(int channel, int row, int multiplier, QWidget *pa
       showIndex(row),
       showMultip(multiplier),
       numberLabel(new LabelMove(channel, this)),
-      nameEdit(new QLineEdit(this)),
+      nameEdit(new ElidedEdit(this)),
       settingBtn(new MyButton(this)),
       trigFrame(new QFrame(this)),
-      analyzerEdit(new QLineEdit(this)),
+      analyzerEdit(new ElidedEdit(this)),
       layout(new QGridLayout(this))
 {
     setFixedWidth(dp(columnWidth));
@@ -116,6 +117,7 @@ ItemChnSidebar::ItemChnSidebar(int channel, int row, int multiplier, QWidget *pa
     buildSetting();
     buildTrigger();
     buildAnalyzer();
+    nameControls();
     buildGrid();
     for (QWidget *stop : tabStops()) {
         stop->installEventFilter(this);
@@ -140,7 +142,21 @@ QString ItemChnSidebar::defaultName() const
 
 QString ItemChnSidebar::spoken(const QString &control) const
 {
-    return defaultName() + QStringLiteral(", ") + control;
+    // Two channels may have the same name of one's own.
+    const bool isOwn = !m_name.isEmpty() && m_name != defaultName();
+    const QString channel = isOwn ? m_name + QStringLiteral(" (%1)").arg(defaultName()) : defaultName();
+    return channel + QStringLiteral(", ") + control;
+}
+
+void ItemChnSidebar::nameControls()
+{
+    numberLabel->setAccessibleName(spoken(::tr("Drag to move")));
+    nameEdit->setAccessibleName(spoken(::tr("Name")));
+    settingBtn->setAccessibleName(spoken(::tr("Channel Height")));
+    for (MyButton *button : trigBtns) {
+        button->setAccessibleName(spoken(triggerText(button->value)));
+    }
+    analyzerEdit->setAccessibleName(spoken(::tr("Decoder")));
 }
 
 int ItemChnSidebar::nameRoom()
@@ -156,7 +172,6 @@ void ItemChnSidebar::buildNumber()
     numberLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     numberLabel->setContentsMargins(0, 0, uiScale(), 0);
     numberLabel->setFont(numberFont(font()));
-    numberLabel->setAccessibleName(spoken(::tr("Drag to move")));
     numberLabel->setToolTip(::tr("Drag to move") + QStringLiteral(" (Ctrl+\u2191, Ctrl+\u2193)"));
 }
 
@@ -167,7 +182,6 @@ void ItemChnSidebar::buildName()
     nameEdit->setStyleSheet(lineEditStyle() + QStringLiteral("QLineEdit{padding:0 %1px;}").arg(dp(2)));
     nameEdit->setMaxLength(nameLimit);
     nameEdit->setFixedHeight(lineHeight());
-    nameEdit->setAccessibleName(spoken(::tr("Name")));
     setChnName(defaultName());
     connect(nameEdit, &QLineEdit::editingFinished, this, &ItemChnSidebar::leChnNameChangedSlot);
 }
@@ -180,7 +194,6 @@ void ItemChnSidebar::buildSetting()
     settingBtn->setRadius(dp(3));
     settingBtn->setFixedSize(lineHeight(), lineHeight());
     settingBtn->setToolTip(::tr("Channel Height"));
-    settingBtn->setAccessibleName(spoken(::tr("Channel Height")));
     connect(settingBtn, &QPushButton::clicked, this, &ItemChnSidebar::openMenuDig);
 }
 
@@ -190,7 +203,7 @@ void ItemChnSidebar::buildTrigger()
     trigFrame->setFixedSize(triggerWidth(), lineHeight());
     trigFrame->setStyleSheet(
         QStringLiteral("#trigger{background-color:%1;border:%2px solid %3;border-radius:%4px;}")
-            .arg(gGreys[7].name(), QString::number(uiScale()), gGreys[4].name(), QString::number(dp(3) + uiScale())));
+            .arg(gGreys[7].name(), QString::number(uiScale()), gGreys[3].name(), QString::number(dp(3) + uiScale())));
     for (int i = 0; i < int(triggers.size()); ++i) {
         trigBtns.append(addTrigger(i));
     }
@@ -207,7 +220,7 @@ MyButton *ItemChnSidebar::addTrigger(int place)
     button->checkedIcon = QIcon(path + QStringLiteral("_s"));
     button->value = code;
     button->setObjectName(path.section(QLatin1Char('/'), -1));
-    button->setAccessibleName(spoken(triggerText(code)));
+    button->setCheckable(true); // a screen reader tells which one is set; setTrigCode() decides
     button->setGeometry(uiScale() + place * dp(16), uiScale(), dp(16), dp(16));
     connect(button, &QPushButton::clicked, this, &ItemChnSidebar::slotTrigMouseClicked);
     return button;
@@ -263,7 +276,9 @@ void ItemChnSidebar::paintEvent(QPaintEvent * /*event*/)
     const QRect column(0, 0, numberLabel->width(), height() - s);
     QLinearGradient gradient(0, 0, 0, column.height());
     gradient.setColorAt(0, color.lighter(180));
-    gradient.setColorAt(0.5, color);
+    // Plain where the number stands: it is read on this colour.
+    gradient.setColorAt(0.3, color);
+    gradient.setColorAt(0.7, color);
     gradient.setColorAt(1, color.darker(200));
     painter.fillRect(column, gradient);
 }

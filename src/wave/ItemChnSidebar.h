@@ -79,6 +79,8 @@ private:
     [[nodiscard]] static int nameRoom();
     /// What a screen reader tells of a control.
     [[nodiscard]] QString spoken(const QString &control) const;
+    /// Gives each control its name, which begins with the channel's.
+    void nameControls();
     void storeName();
     bool nameEvent(QEvent *event);
 

@@ -55,6 +55,7 @@ void ItemChnSidebar::setChnName(const QString &name)
     nameEdit->setCursorPosition(0);
     const bool fits = nameEdit->fontMetrics().horizontalAdvance(m_name) <= nameRoom();
     nameEdit->setToolTip(fits ? QString() : toolTipOf(m_name));
+    nameControls();
 }
 
 void ItemChnSidebar::leChnNameChangedSlot()
@@ -182,6 +183,7 @@ void ItemChnSidebar::openMenuDig()
         createMenu();
     }
     const int logarithm = showMultip > 0 ? int(std::bit_width(unsigned(showMultip))) - 1 : 0;
+    menu->setAccessibleName(settingBtn->accessibleName());
     QAction *current = menu->actions().at(std::min(logarithm, 3));
     current->setChecked(true);
     const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));

@@ -1,5 +1,6 @@
 #include "wave/LabelMove.h"
 
+#include "controls/Contrast.h"
 #include "controls/Look.h"
 #include "controls/Truncate.h"
 
@@ -8,9 +9,13 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 LabelMove::LabelMove(int channel, QWidget *parent) : QLabel(QString::number(channel), parent), chnIndex(channel)
 {
-    setStyleSheet(QStringLiteral("QLabel{border:0;color:black;}"));
+    // Numbers are written on the channel's own colour, and some of those are dark.
+    const QColor ground = gChnColors.value(channel % std::max(int(gChnColors.size()), 1), Qt::white);
+    setStyleSheet(QStringLiteral("QLabel{border:0;color:%1;}").arg(textOn(ground).name()));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true); // a move without a button tells of a release that was lost
 }

@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/NumberField.h"
 #include "controls/Style.h"
 #include "settings/Language.h"
 
@@ -55,6 +56,7 @@ void SmpZoom::showRatio(double ratio)
         return;
     }
     m_shown = std::isfinite(ratio) && ratio > 0.0 ? QString::number(ratio) : QString();
+    clearFault(*m_edit);
     m_edit->setText(m_shown);
     m_edit->setCursorPosition(0);
 }
@@ -87,9 +89,16 @@ void SmpZoom::slotZoomFixed()
     }
     m_edit->setModified(false);
     // The shown ratio is rounded: whoever only passes through the field must not change the zoom by that.
-    if (m_edit->text() != m_shown) {
-        emit zoomValueChanged(m_edit->text());
+    const QString text = m_edit->text();
+    if (text == m_shown) {
+        return;
     }
+    const std::optional<double> ratio = typedNumber(text);
+    if (!ratio && !text.trimmed().isEmpty()) {
+        showFault(*m_edit, ::tr("This is not a number."));
+        return;
+    }
+    emit zoomValueChanged(ratio ? text.trimmed().replace(QLatin1Char(','), QLatin1Char('.')) : text);
 }
 
 void SmpZoom::paintEvent(QPaintEvent *)

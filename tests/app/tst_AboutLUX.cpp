@@ -1,4 +1,6 @@
 #include "app/AboutLUX.h"
+#include "controls/Contrast.h"
+#include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
@@ -113,7 +115,8 @@ void TstAboutLUX::theProgramsNameAndVersionStandAboveIt()
             logoStyle = label->styleSheet();
         }
     }
-    QCOMPARE(nameStyle, QStringLiteral("color:#ff4500"));
+    QVERIFY2(nameStyle.startsWith(QStringLiteral("color:#ff4500;background-color:#070707;")), qPrintable(nameStyle));
+    QVERIFY(contrastRatio(QColor(QStringLiteral("#ff4500")), gGreys[9]) >= leastTextContrast);
     QCOMPARE(logoStyle, QStringLiteral("border-image:url(:/res/imgLogo);"));
     const QString version = QStringLiteral("Version: ") + QStringLiteral(LUX_VERSION) +
                             QStringLiteral(" (%1-bit)").arg(int(QSysInfo::WordSize));

@@ -371,6 +371,10 @@ void TstAccessibility::everyEntryOfAMenuHasAText()
     setUpAtWork(0);
     m_window->findChild<ItemChnSidebar *>()->createMenu();
     QVERIFY(!m_window->findChildren<QMenu *>().isEmpty());
+    QMetaObject::invokeMethod(m_window->findChild<MainMenu *>(), "slotMainMenuPopup");
+    for (const QMenu *menu : m_window->findChild<MainMenu *>()->findChildren<QMenu *>()) {
+        QVERIFY2(!menu->accessibleName().isEmpty(), qPrintable(culprit(menu)));
+    }
     QCOMPARE(namelessEntriesOf(*m_window), QString());
 }
 

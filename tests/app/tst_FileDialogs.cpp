@@ -1,10 +1,15 @@
 #include "app/FileDialogs.h"
+#include "controls/Contrast.h"
 #include "controls/Look.h"
+#include "controls/Style.h"
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
 
+#include <QAbstractItemView>
+#include <QCompleter>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QLocale>
 #include <QTemporaryDir>
@@ -29,6 +34,7 @@ private slots:
     void aFileThatExistsIsReplacedOnlyOnRequest();
     void theDialogsSpeakTheProgramsLanguage();
     void theDialogHasRoomWhateverTheLastOneHad();
+    void theCompletionsOfATypedNameAreDark();
     void theOpenDialogTakesExistingFilesOnly();
     void theOpenDialogsFilterStandsAsItIs();
 
@@ -254,6 +260,28 @@ void TstFileDialogs::theDialogHasRoomWhateverTheLastOneHad()
     QVERIFY(save().isEmpty());
     QCOMPARE(driver.count, 1);
     globalsSetDpi(96);
+}
+
+void TstFileDialogs::theCompletionsOfATypedNameAreDark()
+{
+    touch("capture.cxdat");
+    qApp->setStyleSheet(programStyle());
+    QColor ground;
+    QColor text;
+    const DialogDriver<QFileDialog> driver([&](QFileDialog &dialog) {
+        auto *name = dialog.findChild<QLineEdit *>();
+        QAbstractItemView *list = name->completer()->popup();
+        list->ensurePolished();
+        list->resize(100, 100);
+        const QImage image = list->grab().toImage();
+        ground = image.pixelColor(50, 90);
+        text = list->palette().color(QPalette::Text);
+        dialog.reject();
+    });
+    QCOMPARE(FileDialogs::askOpenPath(nullptr), QString());
+    qApp->setStyleSheet(QString());
+    QCOMPARE(ground, gGreys[8]);
+    QVERIFY(contrastRatio(text, ground) >= leastTextContrast);
 }
 
 void TstFileDialogs::theOpenDialogTakesExistingFilesOnly()

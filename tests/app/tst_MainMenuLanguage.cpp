@@ -18,7 +18,7 @@ private slots:
     void theMarkStandsAtTheLanguageInUse();
     void theLanguageInUseGivesNoNotice();
     void cancelKeepsTheChoiceForTheNextStart();
-    void theNoticeHasTheTextOfTheChosenLanguage();
+    void theNoticeSpeaksTheChosenLanguageAlone();
     void okClosesTheWindowAndStartsTheProgramAnew();
     void theSettingsAreWrittenBeforeTheNewProgramStarts();
     void noSecondProgramStartsWhenAWindowRefusesToClose();
@@ -109,7 +109,7 @@ void TstMainMenuLanguage::cancelKeepsTheChoiceForTheNextStart()
     QCOMPARE(box.count, 1);
 }
 
-void TstMainMenuLanguage::theNoticeHasTheTextOfTheChosenLanguage()
+void TstMainMenuLanguage::theNoticeSpeaksTheChosenLanguageAlone()
 {
     QString title(QStringLiteral("none"));
     QString text;
@@ -126,13 +126,19 @@ void TstMainMenuLanguage::theNoticeHasTheTextOfTheChosenLanguage()
         }
         notice.reject();
     });
+    m_menu->languages = [] {
+        return QVector<LanguageInfo>{{QStringLiteral("en-US"), QStringLiteral("English"), QStringLiteral("Restart!")},
+                                     {QStringLiteral("de"), QStringLiteral("Deutsch"),
+                                      QStringLiteral("<b>Neu</b> starten!\r\nvon X"), QStringLiteral("Sprache"),
+                                      QStringLiteral("Ja"), QStringLiteral("Abbrechen")}};
+    };
     choose(1);
-    QCOMPARE(title, QString());
+    QCOMPARE(title, QStringLiteral("Sprache"));
     QCOMPARE(text, QStringLiteral("<b>Neu</b> starten!\r\nvon X"));
     QCOMPARE(format, Qt::PlainText);
     QCOMPARE(icon, QMessageBox::Information);
     buttons.sort();
-    QCOMPARE(buttons, QStringList({QStringLiteral("Cancel"), QStringLiteral("OK")}));
+    QCOMPARE(buttons, QStringList({QStringLiteral("Abbrechen"), QStringLiteral("Ja")}));
     QVERIFY(m_started.isEmpty()); // Escape is no OK
 }
 

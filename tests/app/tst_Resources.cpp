@@ -7,11 +7,11 @@
 namespace {
 
 const char *const kSvgIcons[] = {
-    "btnAddItem",  "btnCollapse", "btnExpand",      "btnHighLevel", "btnHighLevel_s", "btnLowLevel",  "btnLowLevel_s",
-    "btnMenu",     "btnNegEdge",  "btnNegEdge_s",   "btnNegPulse",  "btnPosEdge",     "btnPosEdge_s", "btnPosPulse",
-    "btnRemove",   "btnSearch",   "btnSetting",     "btnSmpAuto",   "btnSmpAuto2",    "btnSmpSingle", "btnSmpSingle2",
-    "btnSmpStop",  "btnZoomAll",  "btnZoomIn",      "btnZoomOut",   "btnZoomTrg",     "icoArrowLeft", "icoArrowRight",
-    "icoDeviceLA", "icoDropDown", "icoTimingMarker"};
+    "btnAddItem", "btnCollapse", "btnExpand",    "btnHighLevel",   "btnHighLevel_s", "btnLowLevel",  "btnLowLevel_s",
+    "btnMenu",    "btnNegEdge",  "btnNegEdge_s", "btnNegPulse",    "btnPosEdge",     "btnPosEdge_s", "btnPosPulse",
+    "btnRemove",  "btnSearch",   "btnSetting",   "btnSmpAuto",     "btnSmpAuto2",    "btnSmpSingle", "btnSmpSingle2",
+    "btnSmpStop", "btnZoomAll",  "btnZoomIn",    "btnZoomOut",     "btnZoomTrg",     "icoArrowLeft", "icoArrowRight",
+    "icoCheck",   "icoDeviceLA", "icoDropDown",  "icoTimingMarker"};
 
 QString resource(const char *name)
 {

@@ -5,6 +5,7 @@
 #include <QShortcut>
 #include <QTest>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 namespace {
 
@@ -44,6 +45,7 @@ private slots:
     void otherKeysGoToTheWindow();
     void afterAPressOfTheMouseTheKeysGoToTheWindow();
     void comingBackToTheWindowChangesNothing();
+    void theWheelChangesABoxWithTheFocusOnly();
 };
 
 void TstComboKeys::initTestCase()
@@ -120,6 +122,26 @@ void TstComboKeys::comingBackToTheWindowChangesNothing()
             QCOMPARE(desk.box->currentIndex(), reached == Qt::MouseFocusReason ? 1 : 0);
         }
     }
+}
+
+void TstComboKeys::theWheelChangesABoxWithTheFocusOnly()
+{
+    Desk desk(Qt::Key_F5);
+    QVERIFY(desk.shown);
+    const auto turn = [&desk] {
+        const QPoint at(5, 5);
+        QWheelEvent down(at, desk.box->mapToGlobal(at), {}, QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false);
+        down.accept();
+        QCoreApplication::sendEvent(desk.box, &down);
+        return down.isAccepted();
+    };
+    QVERIFY(!turn()); // left to what scrolls around the box
+    QCOMPARE(desk.box->currentIndex(), 1);
+    QVERIFY((desk.box->focusPolicy() & Qt::WheelFocus) != Qt::WheelFocus); // the first notch brings no focus
+    desk.box->setFocus();
+    QVERIFY(turn());
+    QCOMPARE(desk.box->currentIndex(), 2);
 }
 
 QTEST_MAIN(TstComboKeys)

@@ -67,7 +67,13 @@ void TstLook::theScreensDpiIsTruncatedAndAtLeast96_data()
     QTest::newRow("coarse screen") << 72.0 << 96;
     QTest::newRow("just below") << 95.999 << 96;
     QTest::newRow("usual") << 96.0 << 96;
-    QTest::newRow("fraction") << 143.9 << 143;
+    QTest::newRow("fraction") << 143.49 << 143;
+    QTest::newRow("nearly a scale of a half more") << 143.5 << 144;
+    QTest::newRow("nearly a scale of two") << 191.9 << 192;
+    QTest::newRow("a little above a scale of two") << 192.5 << 192;
+    QTest::newRow("no more that scale") << 191.4 << 191;
+    QTest::newRow("between the scales") << 101.99 << 101;
+    QTest::newRow("nearly a scale of three") << 287.6 << 288;
     QTest::newRow("fine screen") << 192.0 << 192;
     QTest::newRow("negative") << -1.0 << 96;
     QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN() << 96;

@@ -1,3 +1,4 @@
+#include "controls/Contrast.h"
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
 
@@ -32,7 +33,7 @@ private slots:
     void keysMoveTheHandle();
     void withTheFocusTheKeysAreItsOwnAndNotTheWindows_data();
     void withTheFocusTheKeysAreItsOwnAndNotTheWindows();
-    void theHandleIsPaintedDarkAndTheRestIsLeftClear();
+    void theHandleIsPaintedGreyAndTheRestIsLeftClear();
 };
 
 namespace {
@@ -291,7 +292,7 @@ void TstMyScrollbar::withTheFocusTheKeysAreItsOwnAndNotTheWindows()
     QTEST(int(made->value), "value");
 }
 
-void TstMyScrollbar::theHandleIsPaintedDarkAndTheRestIsLeftClear()
+void TstMyScrollbar::theHandleIsPaintedGreyAndTheRestIsLeftClear()
 {
     const auto made = bar(300, 100);
     made->setValue(150); // 75 to 125 of 200
@@ -299,7 +300,15 @@ void TstMyScrollbar::theHandleIsPaintedDarkAndTheRestIsLeftClear()
     image.fill(Qt::transparent);
     made->render(&image, {}, {}, {});
     QCOMPARE(image.pixelColor(5, 70).alpha(), 0);
-    QCOMPARE(image.pixelColor(5, 100), QColor(0, 0, 0, 200));
+    // Told from the ground and from the light waves that it covers.
+    for (const QColor &behind : {gGreys[8], gGreys[7], gGreys[0]}) {
+        QImage seen(10, 200, QImage::Format_ARGB32_Premultiplied);
+        seen.fill(behind);
+        made->render(&seen, {}, {}, {});
+        const QColor face = seen.pixelColor(5, 100);
+        const double least = behind == gGreys[7] ? 2.7 : 3.0; // that is seen below the last row only
+        QVERIFY2(contrastRatio(face, behind) >= least, qPrintable(face.name() + behind.name()));
+    }
     QCOMPARE(image.pixelColor(5, 130).alpha(), 0);
     QCOMPARE(image.pixelColor(0, 75).alpha(), 0); // outside the rounded corner
 }

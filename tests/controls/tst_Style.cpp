@@ -5,9 +5,13 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QImage>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
+#include <QStyleOptionButton>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -20,6 +24,8 @@ private slots:
     void everySheetIsFilledCompletely();
     void sizesFollowTheScreen();
     void theProgramsSheetLeavesGivenSizesAlone();
+    void radioButtonsAreRoundOnEveryScreen_data();
+    void radioButtonsAreRoundOnEveryScreen();
     void buttonsOfDialogsAreAsHighAsAHandNeeds();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText();
@@ -79,6 +85,43 @@ void TstStyle::theProgramsSheetLeavesGivenSizesAlone()
     QCoreApplication::processEvents();
     for (const QWidget *control : controls) {
         QCOMPARE(control->size(), QSize(18, 18));
+    }
+}
+
+void TstStyle::radioButtonsAreRoundOnEveryScreen_data()
+{
+    QTest::addColumn<bool>("inMenu");
+    QTest::addColumn<bool>("checked");
+    QTest::newRow("dark") << false << false;
+    QTest::newRow("dark, checked") << false << true;
+    QTest::newRow("light") << true << false;
+    QTest::newRow("light, checked") << true << true;
+}
+
+void TstStyle::radioButtonsAreRoundOnEveryScreen()
+{
+    QFETCH(bool, inMenu);
+    QFETCH(bool, checked);
+    for (int dpi = 96; dpi <= 400; ++dpi) {
+        globalsSetDpi(dpi);
+        QMenu menu;
+        QWidget panel;
+        QRadioButton button(inMenu ? static_cast<QWidget *>(&menu) : &panel);
+        button.window()->setStyleSheet(inMenu ? menuDialogStyle() : programStyle());
+        button.setChecked(checked);
+        button.resize(button.sizeHint());
+        QStyleOptionButton option;
+        option.initFrom(&button);
+        const QRect side = button.style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option, &button);
+        QImage image(button.size(), QImage::Format_RGB32);
+        image.fill(Qt::green);
+        button.render(&image, {}, {}, QWidget::RenderFlags());
+        const QColor ground = Qt::green;
+        // A corner of the square around a circle of radius r is 0.41 r away from it.
+        for (const QPoint &corner : {side.topLeft(), side.topRight(), side.bottomLeft(), side.bottomRight()}) {
+            QVERIFY2(image.pixelColor(corner) == ground, qPrintable(QStringLiteral("a square at %1 dpi").arg(dpi)));
+        }
+        QVERIFY(image.pixelColor(side.center().x(), side.top() + 1) != ground);
     }
 }
 

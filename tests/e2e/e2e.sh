@@ -1,9 +1,11 @@
 # shellcheck shell=bash
-# The frame of the end-to-end tests. To be sourced with the arguments PROGRAM CLOSEWINDOW SCREENREADER; gives the test
-# a folder of its own (`folder`) and a display, and takes both away at the end. A failure leaves a picture and its path.
+# The frame of the end-to-end tests. To be sourced with the arguments PROGRAM CLOSEWINDOW SCREENREADER DPI; gives the
+# test a folder of its own (`folder`) and a display, and takes both away at the end. A failure leaves a picture and its
+# path.
 #
-# The places of the window at 96 dots per inch, in pixels: the margins left, right and below are 2; the bar above is 48
-# high, the ruler 36, the sidebars are 190 wide, the status line is 20 high.
+# DPI is a multiple of 96; `s` is that multiple, by which all sizes of the window are scaled. Its places in units of `s`
+# pixels: the margins left, right and below are 2; the bar above is 48 high, the ruler 36, the sidebars are 190 wide,
+# the status line is 20 high.
 set -euo pipefail
 
 # shellcheck disable=SC2034 # read by the tests
@@ -14,6 +16,8 @@ closewindow=$2
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/display.sh"
 # shellcheck disable=SC2034 # read in controls.sh
 screenreader=$3
+dpi=$4
+s=$((dpi / 96))
 # shellcheck source=scripts/controls.sh
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/controls.sh"
 
@@ -79,17 +83,17 @@ measure_window() {
     eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
     width=$WIDTH
     height=$HEIGHT
-    wave_x=$((2 + 190))
-    wave_y=$((48 + 36))
+    wave_x=$(((2 + 190) * s))
+    wave_y=$(((48 + 36) * s))
     picture "$1" "$shot"
     read -r wave_w _ < <(count "$shot" "$((width - wave_x))x1+${wave_x}+$((wave_y - 1))" '#9f9f9f')
-    if ((wave_w < 400 || wave_w > width - wave_x - 2)); then
+    if ((wave_w < 400 * s || wave_w > width - wave_x - 2 * s)); then
         fail "the ruler's lower line is $wave_w of $width pixels wide"
     fi
-    wave_h=$((height - wave_y - 20 - 2))
-    ruler=${wave_w}x36+${wave_x}+48
+    wave_h=$((height - wave_y - (20 + 2) * s))
+    ruler=${wave_w}x$((36 * s))+${wave_x}+$((48 * s))
     wave=${wave_w}x${wave_h}+${wave_x}+${wave_y}
-    sidebars=190x${wave_h}+2+${wave_y}
+    sidebars=$((190 * s))x${wave_h}+$((2 * s))+${wave_y}
 }
 
 ruler_checksum() {
@@ -113,4 +117,4 @@ expect_main_window() {
     expect "the sidebars' ground" "$1" "$sidebars" '#3f3f3f' 200 1000
 }
 
-start_display "$folder" 1280x800 96
+start_display "$folder" "$((1280 * s))x$((800 * s))" "$dpi"

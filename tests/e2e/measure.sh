@@ -39,15 +39,15 @@ capture_file=$folder/capture.cxdat
 
 # to_row_0 SAMPLE: moves the pointer to that sample in the row of channel 0, a little beside it.
 to_row_0() {
-    xdotool mousemove --window "$window" $((wave_x + $1 * wave_w / samples + 4)) $((wave_y + 20))
+    xdotool mousemove --window "$window" $((wave_x + $1 * wave_w / samples + 4 * s)) $((wave_y + 20 * s))
 }
 
 # shown_checksum: of ruler and waves, with the pointer away from them.
 shown_checksum() {
-    xdotool mousemove --window "$window" 20 $((height - 8))
+    xdotool mousemove --window "$window" $((20 * s)) $((height - 8 * s))
     wait_settled "$window"
     import -silent -window "$window" -depth 8 ppm:- |
-        convert ppm:- -crop "$((wave_w - 12))x$((wave_h + 36))+${wave_x}+48" +repage ppm:- | cksum
+        convert ppm:- -crop "$((wave_w - 12 * s))x$((wave_h + 36 * s))+${wave_x}+$((48 * s))" +repage ppm:- | cksum
 }
 
 # a_dialog_after WINDOW: there is a file dialog, which has come behind WINDOW of the same title.
@@ -104,14 +104,14 @@ press "$window" 1
 wait_for 30 "the first marker at the pointer" marker_is_shown A1
 to_row_0 $first_edge
 wait_for 30 "the first marker at the edge" text_is A1 -2.501ms
-click "$window" $((wave_x + first_edge * wave_w / samples + 3)) $((wave_y + 20)) 1
+click "$window" $((wave_x + first_edge * wave_w / samples + 3 * s)) $((wave_y + 20 * s)) 1
 
 # The second by mouse alone: the panel's button, a way through the waves, a click. It comes with the pair.
 click_on 'push button' A2
 to_row_0 20000
 to_row_0 $second_edge
 wait_for 30 "the second marker at the edge" text_is A2 20.501ms
-click "$window" $((wave_x + second_edge * wave_w / samples + 3)) $((wave_y + 20)) 1
+click "$window" $((wave_x + second_edge * wave_w / samples + 3 * s)) $((wave_y + 20 * s)) 1
 to_row_0 25000
 wait_for 30 "the distance of the markers" text_is A1-A2 23.002ms
 text_is A1 -2.501ms || fail "A1 has moved to $(text_of label A1)"
@@ -119,7 +119,7 @@ text_is A2 20.501ms || fail "A2 has moved to $(text_of label A2)"
 
 # The menu by keys: its fourth entry, and the second one of the menu beside it.
 IFS=$'\t' read -r x y w h _ < <(controls 'push button' 'Main menu')
-menu_place=$((w + 100))x100+$((x - 100))+$((y + h))
+menu_place=$((w + 100 * s))x$((100 * s))+$((x - 100 * s))+$((y + h))
 before=$(import -silent -window root -crop "$menu_place" +repage -depth 8 ppm:- | cksum)
 click_on 'push button' 'Main menu'
 wait_for 30 "the menu" menu_stands

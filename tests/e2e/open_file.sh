@@ -27,24 +27,29 @@ wait_settled "$window"
 picture "$window" "$shot"
 expect_main_window "$shot"
 
-# With 16 channels a row has its least height of 42 here: the high level is 8 below its top, the low one 36.
-((wave_h / 16 < 42)) || fail "the window is higher than this test reckons with: $height"
+# With 16 channels a row has its least height of 42 here: the high level is 8 below its top, the low one 36. Strokes are
+# as wide as a unit.
+row_h=$((42 * s))
+high=$((8 * s + s / 2))
+low=$((36 * s + s / 2))
+((wave_h / 16 < row_h)) || fail "the window is higher than this test reckons with: $height"
 for row in 0 1; do
-    top=$((wave_y + 42 * row))
-    expect_pixel "row $row is high in the middle" "$shot" $((wave_x + wave_w / 2)) $((top + 8)) '#f7f7f7'
-    expect_pixel "row $row is not low in the middle" "$shot" $((wave_x + wave_w / 2)) $((top + 36)) '#1f1f23'
+    top=$((wave_y + row_h * row))
+    expect_pixel "row $row is high in the middle" "$shot" $((wave_x + wave_w / 2)) $((top + high)) '#f7f7f7'
+    expect_pixel "row $row is not low in the middle" "$shot" $((wave_x + wave_w / 2)) $((top + low)) '#1f1f23'
 done
 for x in $((wave_w / 8)) $((wave_w * 7 / 8)); do
-    expect_pixel "row 0 is low at its ends" "$shot" $((wave_x + x)) $((wave_y + 36)) '#f7f7f7'
-    expect_pixel "row 0 is not high at its ends" "$shot" $((wave_x + x)) $((wave_y + 8)) '#1f1f23'
-    expect_pixel "row 1 is high at its ends" "$shot" $((wave_x + x)) $((wave_y + 42 + 8)) '#f7f7f7'
+    expect_pixel "row 0 is low at its ends" "$shot" $((wave_x + x)) $((wave_y + low)) '#f7f7f7'
+    expect_pixel "row 0 is not high at its ends" "$shot" $((wave_x + x)) $((wave_y + high)) '#1f1f23'
+    expect_pixel "row 1 is high at its ends" "$shot" $((wave_x + x)) $((wave_y + row_h + high)) '#f7f7f7'
 done
 for quarter in 1 3; do
     # One column of a vertical line in a strip of five columns.
     expect "an edge of row 0 at its quarter $quarter" "$shot" \
-        "5x20+$((wave_x + wave_w * quarter / 4 - 2))+$((wave_y + 12))" '#f7f7f7' 200 200
+        "$((5 * s))x$((20 * s))+$((wave_x + wave_w * quarter / 4 - 2 * s))+$((wave_y + 12 * s))" '#f7f7f7' 200 200
 done
-expect "rows without data draw no wave" "$shot" "${wave_w}x100+${wave_x}+$((wave_y + 84 + 10))" '#f7f7f7' 0 0
+expect "rows without data draw no wave" "$shot" \
+    "${wave_w}x$((100 * s))+${wave_x}+$((wave_y + 2 * row_h + 10 * s))" '#f7f7f7' 0 0
 close_program "$window"
 
 start_program "$folder" "$program" "$broken"

@@ -31,10 +31,10 @@ window=$(wait_window 60 'CorvanLUX$')
 wait_settled "$window"
 measure_window "$window"
 
-# The menu lies beside its button, a third of the height down; the second model is 68 below its top.
+# The menu lies beside its button, a third of the height down; the second model is 68 units below its top.
 open_menu 'Model Select'
 IFS=$'\t' read -r x y w h _ < <(controls 'push button' 'Model Select')
-xdotool mousemove $((x + w + 40)) $((y + h / 3 + 68))
+xdotool mousemove $((x + w + 40 * s)) $((y + h / 3 + 68 * s))
 xdotool click 1
 wait_window 30 '^RV2320 Unconnected - CorvanLUX$' >/dev/null
 capture "$window"

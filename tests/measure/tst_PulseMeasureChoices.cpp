@@ -48,7 +48,7 @@ void TstPulseMeasureChoices::aTypeIsChosenByKeyboard()
     QTest::keyClick(panel.typeMenu, Qt::Key_Down);
     QTest::keyClick(panel.typeMenu, Qt::Key_Return);
     QCOMPARE(PulseRows::texts(panel), (QStringList{QStringLiteral("0CH0"), QStringLiteral("3CH1")}));
-    QCOMPARE(panel.typeButtons.at(1)->accessibleName(), QStringLiteral("Negative pulses"));
+    QCOMPARE(panel.typeButtons.at(1)->accessibleName(), QStringLiteral("Pulse row 2, Negative pulses"));
     QCOMPARE(panel.typeButtons.at(1)->icon().pixmap(16, 16).toImage(),
              QIcon(QStringLiteral(":/res/btnNegPulse")).pixmap(16, 16).toImage());
 }

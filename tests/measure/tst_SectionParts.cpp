@@ -92,13 +92,13 @@ void TstSectionParts::thePointerOverAValueThatFitsHidesTheToolTip()
 void TstSectionParts::theFoldButtonTellsItsStateByIconAndName()
 {
     QWidget parent;
-    MyButton *button = makeExpandButton(&parent);
+    MyButton *button = makeExpandButton(QStringLiteral("Measurements"), &parent);
     const auto picture = [button] { return button->icon().pixmap(16, 16).toImage(); };
     QCOMPARE(picture(), QIcon(QStringLiteral(":/res/btnExpand")).pixmap(16, 16).toImage());
-    QCOMPARE(button->accessibleName(), QStringLiteral("Collapse"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Collapse Measurements"));
     showExpanded(*button, false);
     QCOMPARE(picture(), QIcon(QStringLiteral(":/res/btnCollapse")).pixmap(16, 16).toImage());
-    QCOMPARE(button->accessibleName(), QStringLiteral("Expand"));
+    QCOMPARE(button->accessibleName(), QStringLiteral("Expand Measurements"));
 }
 
 void TstSectionParts::iconButtonsHaveANameForThoseWhoCannotSee()
@@ -114,7 +114,7 @@ void TstSectionParts::iconButtonsHaveANameForThoseWhoCannotSee()
 void TstSectionParts::aHeaderPutsTheTitleBetweenItsButtons()
 {
     QWidget section;
-    auto *expand = makeExpandButton(&section);
+    auto *expand = makeExpandButton(QStringLiteral("Section"), &section);
     auto *title = makeSectionTitle(QStringLiteral("A title that is far too long for a panel of this width"), &section);
     auto *action = makeIconButton(QStringLiteral(":/res/btnAddItem"), QStringLiteral("Add"), &section);
     section.setLayout(makeSectionHeader(expand, title, action));

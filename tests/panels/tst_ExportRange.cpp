@@ -162,7 +162,7 @@ void TstExportRange::anIntervalCountsFromTheTrigger_data()
     QTest::newRow("two points") << QStringLiteral("1.2.3") << 200.0;
     QTest::newRow("a point alone") << QStringLiteral(".") << 200.0;
     QTest::newRow("a plus") << QStringLiteral("+0.1") << 300.0;
-    QTest::newRow("a comma") << QStringLiteral("0,1") << 200.0;
+    QTest::newRow("a comma") << QStringLiteral("0,1") << 300.0;
     QTest::newRow("a word") << QStringLiteral("all") << 200.0;
 }
 

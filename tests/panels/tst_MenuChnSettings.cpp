@@ -18,7 +18,7 @@ namespace {
 
 const QString channelError = QStringLiteral("Please select at least one channel.\n");
 const QString positionError = QStringLiteral("Trigger position setting failed.\n");
-const QString pwmError = QStringLiteral("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0,1].");
+const QString pwmError = QStringLiteral("The effective range of PWM:[0.1Hz,20MHz], duty cycle:[0%,100%].");
 
 } // namespace
 
@@ -549,7 +549,7 @@ void TstMenuChnSettings::whatIsNoNumberLeavesTheOutputsAsTheyWere_data()
     QTest::addColumn<bool>("inDuty");
     QTest::addColumn<QString>("text");
     for (const char *bad :
-         {"", "nan", "inf", "1e400", "0x10", "5kHz", "5%", "1,5", "1.2.3", "-1", "5 5", "1e", "101e9"}) {
+         {"", "nan", "inf", "1e400", "0x10", "5kHz", "5%", "1,5.0", "1.2.3", "-1", "5 5", "1e", "101e9"}) {
         QTest::addRow("frequency \"%s\"", bad) << 0 << false << QString::fromLatin1(bad);
         QTest::addRow("duty cycle \"%s\"", bad) << 1 << true << QString::fromLatin1(bad);
     }

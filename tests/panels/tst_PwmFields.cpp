@@ -72,6 +72,7 @@ void TstPwmFields::fieldsAreReadInTheirUnit_data()
     QTest::newRow("the least") << QStringLiteral("0.1") << 2 << QStringLiteral("0") << 0.1 << 0.0;
     QTest::newRow("point at the end") << QStringLiteral("5.") << 2 << QStringLiteral("5.") << 5.0 << 5.0;
     QTest::newRow("point first") << QStringLiteral(".5") << 2 << QStringLiteral(".5") << 0.5 << 0.5;
+    QTest::newRow("commas") << QStringLiteral("1,5") << 1 << QStringLiteral("12,5") << 1500.0 << 12.5;
     QTest::newRow("exponent") << QStringLiteral("2e3") << 2 << QStringLiteral("1e1") << 2000.0 << 10.0;
     QTest::newRow("blank behind") << QStringLiteral("7 ") << 2 << QStringLiteral("8 ") << 7.0 << 8.0;
     QTest::newRow("leading noughts") << QStringLiteral("007") << 2 << QStringLiteral("08") << 7.0 << 8.0;
@@ -97,7 +98,7 @@ void TstPwmFields::whatIsNoNumberOrOutOfRangeGivesNothing_data()
     QTest::addColumn<QString>("duty");
     const QString good = QStringLiteral("10");
     for (const char *bad :
-         {"",      " ",  "nan",  "inf", "-inf", "1e400", "0x10", "10k", "10 Hz",        "10%", "1,5",
+         {"",      " ",  "nan",  "inf", "-inf", "1e400", "0x10", "10k", "10 Hz",        "10%", "1,5.0",
           "1.2.3", "1e", "1e5x", "--5", "+",    ".",     "e5",   "ten", "\xEF\xBC\x95", "-1",  "-0.5"}) {
         QTest::addRow("frequency \"%s\"", bad) << QString::fromUtf8(bad) << 2 << good;
         QTest::addRow("duty cycle \"%s\"", bad) << good << 2 << QString::fromUtf8(bad);

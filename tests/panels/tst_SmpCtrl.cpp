@@ -179,6 +179,7 @@ void TstSmpCtrl::everyControlHasANameAndIsReachedByTab()
         QVERIFY(!button->accessibleName().isEmpty());
         QVERIFY(!button->toolTip().isEmpty());
     }
+    QCOMPARE(ctrl.btnSingle->toolTip(), QStringLiteral("Start a capture (F5)"));
 }
 
 QTEST_MAIN(TstSmpCtrl)

@@ -27,6 +27,7 @@ private slots:
     void aRateMaySwitchChannelsOffWithoutANoticeHere();
     void aSettingOutlivesItsDevice();
     void everyControlHasANameAndIsReachedByTab();
+    void theMarkOfADepthIsExplainedWhereItIsShown();
     void longTextsAreNotClipped_data();
     void longTextsAreNotClipped();
 };
@@ -205,6 +206,8 @@ void TstSmpSetting::everyControlHasANameAndIsReachedByTab()
     QVERIFY(QTest::qWaitForWindowActive(&setting));
     QVERIFY(setting.depthBox->accessibleName().startsWith(QStringLiteral("Depth(Sample time")));
     QCOMPARE(setting.frequBox->accessibleName(), QStringLiteral("Speed(Sample rate)"));
+    QVERIFY(!setting.frequBox->toolTip().isEmpty());
+    QVERIFY(setting.depthBox->toolTip().startsWith(QStringLiteral("Samples of each channel")));
     setting.depthBox->setFocus();
     QTest::keyClick(setting.focusWidget(), Qt::Key_Tab);
     QCOMPARE(setting.focusWidget(), setting.frequBox);
@@ -245,6 +248,14 @@ void TstSmpSetting::longTextsAreNotClipped()
         QVERIFY(box->geometry().bottom() < dp(44));
     }
     globalsSetDpi(96);
+}
+
+void TstSmpSetting::theMarkOfADepthIsExplainedWhereItIsShown()
+{
+    const QString plain = depthToolTip({QStringLiteral("50 M Samples")});
+    const QString marked = depthToolTip({QStringLiteral("50 M Samples"), QStringLiteral("200 M* Samples")});
+    QVERIFY(!plain.contains(QLatin1Char('*')));
+    QVERIFY(marked.startsWith(plain + QStringLiteral("\n* ")));
 }
 
 QTEST_MAIN(TstSmpSetting)

@@ -187,7 +187,7 @@ void TstVthSetting::customStartsFromItsDefaultUnlessAVoltageIsSaved_data()
     row("above the range", text("4.01"), 1.65);
     row("far above it", text("1e9"), 1.65);
     row("below the range", text("-4.01"), 1.65);
-    row("a comma", text("1,5"), 1.65);
+    row("a comma", text("1,5"), 1.5);
     row("hexadecimal", text("0x1"), 1.65);
     row("long", QString(100000, QLatin1Char('9')), 1.65);
     row("a list", text("1.2,3.4"), 1.65);

@@ -115,12 +115,14 @@ void TstVthSettingEntry::aVoltageIsANumberFromMinusFourToFour_data()
     taken("2.", 2.0);
     taken("  2 ", 2.0);
     taken("1e0", 1.0);
+    taken("1,5", 1.5);
+    taken("-0,25", -0.25);
     taken("25E-1", 2.5);
     taken("1e-300", 1e-300);
     QTest::newRow("a minus sign of print") << QString::fromUtf8("−1") << true << -1.0;
     for (const char *entry :
          {"",      " ",          "abc", "nan", "-nan", "inf", "-inf", "infinity", "1e400", "-1e400", "0x1",
-          "1,5",   "1.5V",       "1 5", "-",   ".",    "e",   "1e",   "--1",      "1.2.3", "4.0001", "4.000000000001",
+          "1,5.0", "1.5V",       "1 5", "-",   ".",    "e",   "1e",   "--1",      "1.2.3", "4.0001", "4.000000000001",
           "-4.01", "-4.0000001", "1e9", "true"}) {
         QTest::addRow("refused \"%s\"", entry) << QString::fromLatin1(entry) << false << 0.0;
     }
@@ -171,7 +173,7 @@ void TstVthSettingEntry::whatIsNoVoltageIsRefusedAndNothingIsApplied_data()
 {
     QTest::addColumn<QString>("entry");
     for (const char *entry :
-         {"", "abc", "nan", "inf", "1e400", "0x1", "1,5", "4.01", "4.0001", "-4.01", "1e9", "   "}) {
+         {"", "abc", "nan", "inf", "1e400", "0x1", "1,5,0", "4.01", "4.0001", "-4.01", "1e9", "   "}) {
         QTest::addRow("\"%s\"", entry) << QString::fromLatin1(entry);
     }
     QTest::newRow("full-width digits") << QString::fromUtf8("１");

@@ -116,6 +116,7 @@ private slots:
     void theBuiltInHeadNamesEnglish();
 
     void theListBeginsWithEnglish();
+    void theListHasTheWordsOfTheRestartNoticeInEachLanguage();
     void theListFollowsTheDirectorysOrder();
     void theTwoChineseLanguagesComeNext();
     void oneChineseLanguageAloneIsListed();
@@ -444,6 +445,20 @@ void TstLanguage::theListBeginsWithEnglish()
     QCOMPARE(languages.first().code, QStringLiteral("en-US"));
     QCOMPARE(languages.first().name, QStringLiteral("English"));
     QCOMPARE(languages.first().info, QStringLiteral("You need to restart to make the language settings take effect!"));
+    QCOMPARE(languages.first().title, QStringLiteral("Language"));
+}
+
+void TstLanguage::theListHasTheWordsOfTheRestartNoticeInEachLanguage()
+{
+    QFile file(m_dir->filePath(QStringLiteral("de.xml")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("<language><head><code>de</code><name>D</name></head>"
+               "<lux><t src=\"Language\">Sprache</t><t src=\"cancel\">Abbrechen</t></lux></language>");
+    file.close();
+    const LanguageInfo german = languageListFrom(m_dir->path()).at(1);
+    QCOMPARE(german.title, QStringLiteral("Sprache"));
+    QCOMPARE(german.accept, QStringLiteral("OK"));
+    QCOMPARE(german.reject, QStringLiteral("Abbrechen"));
 }
 
 void TstLanguage::theListFollowsTheDirectorysOrder()

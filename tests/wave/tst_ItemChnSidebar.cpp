@@ -48,6 +48,8 @@ private slots:
     void aDecodersNameStandsBelowTheNameAndTakesNoFocus();
     void aTriggerButtonIsTransparentAtRestAndDarkWhenChecked();
     void everyControlHasANameOfItsOwn();
+    void theNamesBeginWithTheChannelsOwnName();
+    void aScreenReaderIsToldWhichTriggerIsSet();
 
     void aClickTogglesTheTriggerAndOnlyOneIsOn();
     void anEdgeTellsTheOthersALevelDoesNot();
@@ -272,6 +274,35 @@ void TstItemChnSidebar::everyControlHasANameOfItsOwn()
     }
     QCOMPARE(names.size(), 7);
     QVERIFY(names.contains(QStringLiteral("Channel 3, Rising edge trigger")));
+}
+
+void TstItemChnSidebar::theNamesBeginWithTheChannelsOwnName()
+{
+    ItemChnSidebar sidebar(3, 3, 1, nullptr);
+    const MyButton *trigger = buttonOf(sidebar, triggerButtons.first());
+    sidebar.setChnName(QStringLiteral("Clock"));
+    QCOMPARE(trigger->accessibleName(), QStringLiteral("Clock (Channel 3), Rising edge trigger"));
+    sidebar.setChnName(QStringLiteral("Channel 3"));
+    QCOMPARE(trigger->accessibleName(), QStringLiteral("Channel 3, Rising edge trigger"));
+    for (const QLineEdit *edit : sidebar.findChildren<QLineEdit *>()) {
+        QVERIFY(!edit->accessibleName().isEmpty());
+    }
+}
+
+void TstItemChnSidebar::aScreenReaderIsToldWhichTriggerIsSet()
+{
+    SidebarWindow window;
+    for (const int code : {3, 0}) {
+        window.sidebar->setTrigCode(code);
+        const MyButton *button = buttonOf(*window.sidebar, triggerButtons.first());
+        QCOMPARE(button->isChecked(), code == 3);
+        QCOMPARE(button->selected, code == 3);
+    }
+    QTest::mouseClick(buttonOf(*window.sidebar, triggerButtons.first()), Qt::LeftButton);
+    for (const QString &name : triggerButtons) {
+        const MyButton *button = buttonOf(*window.sidebar, name);
+        QCOMPARE(button->isChecked(), button->selected);
+    }
 }
 
 void TstItemChnSidebar::aClickTogglesTheTriggerAndOnlyOneIsOn()

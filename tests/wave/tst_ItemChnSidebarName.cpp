@@ -1,3 +1,4 @@
+#include "controls/ElidedEdit.h"
 #include "wave/SidebarDesk.h"
 
 #include <QClipboard>
@@ -240,6 +241,7 @@ void TstItemChnSidebarName::aNameThatDoesNotFitIsWholeInTheToolTip()
     QTest::keyClick(window.name(), Qt::Key_Return);
     QCOMPARE(window.name()->cursorPosition(), 0);
     QCOMPARE(window.name()->toolTip(), name);
+    QVERIFY(static_cast<const ElidedEdit *>(window.name())->shownText().endsWith(QChar(0x2026)));
     window.type(QStringLiteral("W"));
     QTest::keyClick(window.name(), Qt::Key_Return);
     QCOMPARE(window.name()->toolTip(), QString());

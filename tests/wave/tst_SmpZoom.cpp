@@ -1,5 +1,6 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/NumberField.h"
 #include "wave/SmpZoom.h"
 
 #include <QImage>
@@ -16,7 +17,8 @@ private slots:
     void theButtonsStandInTheirOrderWithTipsAndNames();
     void aTypedRatioIsAskedForOnceByReturn();
     void aTypedRatioIsAskedForWhenTheFocusLeaves();
-    void aTextThatIsNoNumberIsPassedOnAsItIs();
+    void aTextThatIsNoNumberIsToldAtTheField();
+    void aCommaIsADecimalPoint();
     void aShownRatioIsNotAskedFor();
     void aShownRatioDoesNotDisturbTyping();
     void badRatiosClearTheField();
@@ -113,14 +115,28 @@ void TstSmpZoom::aTypedRatioIsAskedForWhenTheFocusLeaves()
     QCOMPARE(told.at(0).at(0).toString(), QStringLiteral("3"));
 }
 
-void TstSmpZoom::aTextThatIsNoNumberIsPassedOnAsItIs()
+void TstSmpZoom::aTextThatIsNoNumberIsToldAtTheField()
 {
     SmpZoom zoom;
     QSignalSpy told(&zoom, &SmpZoom::zoomValueChanged);
     field(zoom)->setText(QStringLiteral("fast!"));
     zoom.slotZoomFixed();
+    QCOMPARE(told.size(), 0);
+    QVERIFY(hasFault(*field(zoom)));
+    QCOMPARE(field(zoom)->text(), QStringLiteral("fast!"));
+    zoom.showRatio(2.0);
+    QVERIFY(!hasFault(*field(zoom)));
+    QCOMPARE(field(zoom)->text(), QStringLiteral("2"));
+}
+
+void TstSmpZoom::aCommaIsADecimalPoint()
+{
+    SmpZoom zoom;
+    QSignalSpy told(&zoom, &SmpZoom::zoomValueChanged);
+    field(zoom)->setText(QStringLiteral("2,5"));
+    zoom.slotZoomFixed();
     QCOMPARE(told.size(), 1);
-    QCOMPARE(told.at(0).at(0).toString(), QStringLiteral("fast!"));
+    QCOMPARE(told.at(0).at(0).toString(), QStringLiteral("2.5"));
 }
 
 void TstSmpZoom::aShownRatioIsNotAskedFor()
