@@ -6,12 +6,6 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr int noteMalformed = 32;
-
-} // namespace
-
 SmpCnvtStorage::SmpCnvtStorage(SmpHost &host) : m_host(host) {}
 
 bool SmpCnvtStorage::startRun(const SmpRunSettings &settings, SmpRecordFormat format, SmpDevice &device)
@@ -117,7 +111,7 @@ void SmpCnvtStorage::publish(bool stored)
     // one's end.
     m_host.smpBusy.store(false, std::memory_order_release);
     if (malformed >= 0) {
-        emit m_host.sigSmpSta(staBefore, noteMalformed, malformed);
+        emit m_host.sigSmpSta(staBefore, smpError::malformedRecord, malformed);
     }
     emit m_host.sigSmpSta(error == 0 ? smpState::done : staBefore, error, 0);
     if (isWanted) {

@@ -6,6 +6,7 @@
 #include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpSimulate.h"
+#include "acquisition/SmpState.h"
 
 #include <QByteArray>
 #include <QPair>
@@ -146,7 +147,8 @@ public:
     /// control transfers. Main thread.
     /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
     virtual int initDevice(const QByteArray &identity);
-    static constexpr int errWrongModel = 11; ///< also of a bring-up whose device object is another model's
+    static constexpr int errWrongModel =
+        smpError::wrongModel; ///< also of a bring-up whose device object is another model's
 
     // The threads of captures; at most one pair of the instrument's or the simulation runs.
     SmpSimulate thrSimulate{*this};
@@ -163,7 +165,7 @@ signals:
     void sigCaptureStarts();
 
 protected:
-    static constexpr int errNotReady = 12;
+    static constexpr int errNotReady = smpError::notReady;
 
     /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.
     void initRateLimits(int mode);
