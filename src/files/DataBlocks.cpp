@@ -7,6 +7,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -247,7 +248,14 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
         return DataBlocksResult::HeadRefused;
     }
 
-    data.clear(); // which waits for the readers and closes the store to new ones
+    constexpr std::chrono::milliseconds waitPiece(20);
+    while (!data.open(waitPiece)) {
+        if (afterPiece && !afterPiece(device.pos())) {
+            data.readmit();
+            return DataBlocksResult::StoreKept;
+        }
+    }
+    data.clear();
     data.smpCount = head.smpCount;
     data.smpFrequ = head.smpFrequ;
     data.trgPos = head.trgPos;

@@ -1,10 +1,13 @@
 #include "store/SmpData.h"
 
 #include "store/SmpDataBlocks.h"
+#include "store/SmpLeaseList.h"
+#include "store/SmpReturns.h"
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 using namespace smpBlocks;
 
@@ -15,6 +18,7 @@ SmpData::SmpData(int chns, int aChns)
       aChnCount(std::max(aChns, 0)),
       slicedChn(std::size_t(chnCount), 0),
       slicedLevel(std::size_t(chnCount), 0),
+      m_leases(std::make_unique<SmpLeaseList>()),
       m_enabled(std::size_t(chnCount), 0)
 {}
 
@@ -53,15 +57,55 @@ SmpReadLock::~SmpReadLock()
     }
 }
 
-void SmpData::open()
+void SmpData::closeToReaders()
 {
     complete.store(false, std::memory_order_seq_cst);
+    m_leases->tell();
+}
+
+void SmpData::open()
+{
+    constexpr std::chrono::hours longEnough(1);
+    while (!open(std::chrono::duration_cast<std::chrono::milliseconds>(longEnough))) {
+    }
+}
+
+bool SmpData::open(std::chrono::milliseconds most)
+{
+    const auto deadline = std::chrono::steady_clock::now() + most;
+    closeToReaders();
+    if (!m_leases->waitUntil(deadline)) {
+        return false;
+    }
     // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
     // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
     constexpr std::chrono::microseconds again(200);
     while (m_readers.load(std::memory_order_seq_cst) != 0) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
         std::this_thread::sleep_for(again);
     }
+    return true;
+}
+
+void SmpData::readmit()
+{
+    m_leases->forget();
+    complete.store(true, std::memory_order_seq_cst);
+}
+
+void SmpData::retire(std::unique_ptr<SmpData> data)
+{
+    constexpr std::chrono::milliseconds mostOfTheMainThread(50);
+    if (data && !data->open(mostOfTheMainThread)) {
+        SmpReturns::instance().keep(std::move(data));
+    }
+}
+
+int SmpData::leaseCount() const
+{
+    return int(m_leases->count());
 }
 
 // ---- begin and clear -----------------------------------------------------------------------------------------------
@@ -124,8 +168,7 @@ void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::sp
     }
 }
 
-// ---- growth
-// ----------------------------------------------------------------------------------------------------------
+// ---- growth --------------------------------------------------------------------------------------------------------
 
 bool SmpData::growChn(SmpEdgeRoot &root, bool forced)
 {
@@ -178,8 +221,7 @@ SmpEdgeLeaf *SmpData::writableLeaf(SmpEdgeRoot &root)
     return growChn(root, forced) ? lastLeaf(root) : nullptr;
 }
 
-// ---- finish
-// ----------------------------------------------------------------------------------------------------------
+// ---- finish --------------------------------------------------------------------------------------------------------
 
 namespace {
 
