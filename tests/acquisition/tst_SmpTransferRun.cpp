@@ -1,10 +1,10 @@
 // Whole captures of a device that streams: from the bulk pipe to the closed store.
 
 #include "CaptureDesk.h"
-#include "Captures.h"
-#include "NaiveTrigger.h"
-#include "SmpStreams.h"
+#include "store/Captures.h"
+#include "store/NaiveTrigger.h"
 #include "store/SmpLease.h"
+#include "store/SmpStreams.h"
 
 #include <memory>
 #include <thread>
