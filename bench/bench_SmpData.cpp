@@ -349,6 +349,37 @@ void memoryOfACapture(benchmark::State &state)
     state.counters["bytesPerEntry"] = perEntry; // at most 5.1
 }
 
+/// The same capture into one store again and again, with a small one between: the first takes its memory from the
+/// system, and so does each later one, since the small one gives it back.
+void capturesInTurn(benchmark::State &state)
+{
+    std::vector<std::int32_t> widths(20000, 7);
+    const auto fill = [&widths](SmpData &data, std::int64_t entries) {
+        data.begin(0, 500000000, smpStreams::enabled(1));
+        std::int64_t pos = 0;
+        for (std::int64_t done = 0; done < entries; done += std::int64_t(widths.size())) {
+            if (!data.addPulses(widths, 0, pos)) {
+                std::abort();
+            }
+        }
+        data.smpCount = pos;
+        data.finish(pos);
+    };
+    Least first;
+    Least later;
+    Least atOnce;
+    for (auto _ : state) {
+        SmpData data(1, 0);
+        first.add(seconds([&] { fill(data, state.range(0)); }));
+        atOnce.add(seconds([&] { fill(data, state.range(0)); })); // takes the memory of the one before
+        fill(data, 20000);
+        later.add(seconds([&] { fill(data, state.range(0)); }));
+    }
+    state.counters["firstNsPerEntry"] = first.time() * 1e9 / double(state.range(0));
+    state.counters["ratio"] = later / first;        // at most 1.1
+    state.counters["ratioAtOnce"] = atOnce / first; // below 1
+}
+
 void finishing(benchmark::State &state)
 {
     for (auto _ : state) {
@@ -375,13 +406,14 @@ BENCHMARK_CAPTURE(sequential, blocks, Way::Blocks)->UseManualTime()->Arg(2000000
 BENCHMARK_CAPTURE(sequential, skips, Way::Skips)->UseManualTime()->Arg(20000000);
 BENCHMARK(queryAtEnd)->Arg(0)->Arg(1)->Arg(2);
 BENCHMARK(memoryOfACapture)->Arg(12000000)->Iterations(1);
+BENCHMARK(capturesInTurn)->Iterations(5)->Arg(20000000);
 BENCHMARK(finishing)->UseManualTime()->Iterations(2)->Args({20000000, 0})->Args({20000000, 1});
 
 int main(int argc, char **argv)
 {
 #ifdef __GLIBC__
-    // The heap keeps the blocks of the capture before, as the vectors of the yardstick keep theirs: else the store
-    // alone would pay for the system's clearing of pages.
+    // The heap keeps what the vectors of the yardsticks give, as a store keeps the memory of the capture before for the
+    // next one: else one of the two alone would pay for the system's clearing of pages.
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     mallopt(M_MMAP_MAX, 0);
 #endif

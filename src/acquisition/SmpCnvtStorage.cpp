@@ -99,6 +99,8 @@ void SmpCnvtStorage::publish(bool stored)
     const bool holdsData = m_consumed > 0;
     if (holdsData) {
         data.finish(m_depth);
+    } else {
+        data.trim();
     }
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
     const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;

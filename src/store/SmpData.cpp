@@ -19,6 +19,7 @@ SmpData::SmpData(int chns, int aChns)
       slicedChn(std::size_t(chnCount), 0),
       slicedLevel(std::size_t(chnCount), 0),
       m_leases(std::make_unique<SmpLeaseList>()),
+      m_slabs(std::make_unique<SmpSlabs>()),
       m_enabled(std::size_t(chnCount), 0)
 {}
 
@@ -91,6 +92,7 @@ bool SmpData::open(std::chrono::milliseconds most)
 
 void SmpData::readmit()
 {
+    trim();
     m_leases->forget();
     complete.store(true, std::memory_order_seq_cst);
 }
@@ -119,11 +121,11 @@ void SmpData::freeChannel(int chn)
     for (int m = 0; m < root->midCount; ++m) {
         SmpEdgeMid *mid = root->mids[m];
         for (int l = 0; l < mid->leafCount; ++l) {
-            give(mid->leaves[l]);
+            give(*m_slabs, mid->leaves[l]);
         }
-        give(mid);
+        give(*m_slabs, mid);
     }
-    give(root);
+    give(*m_slabs, root);
     root = nullptr;
 }
 
@@ -132,13 +134,14 @@ void SmpData::clear()
     open();
     smpCount = 0;
     trgPos = 0;
-    for (int chn = 0; chn < chnCount; ++chn) {
-        freeChannel(chn);
-    }
-    for (SmpAChnBuffer *&buffer : aChnBufs) {
-        give(buffer);
-        buffer = nullptr;
-    }
+    std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
+    std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
+    m_slabs->clear();
+}
+
+void SmpData::trim()
+{
+    m_slabs->trim();
 }
 
 void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable)
@@ -153,14 +156,14 @@ void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::sp
         if (m_enabled[chn] == 0) {
             continue;
         }
-        chnRoots[chn] = take<SmpEdgeRoot>();
+        chnRoots[chn] = take<SmpEdgeRoot>(*m_slabs);
         if (chnRoots[chn] != nullptr) {
             chnRoots[chn]->midCount = 0;
             chnRoots[chn]->startLevel = 0;
         }
     }
     for (SmpAChnBuffer *&buffer : aChnBufs) {
-        buffer = take<SmpAChnBuffer>();
+        buffer = take<SmpAChnBuffer>(*m_slabs);
         if (buffer != nullptr) {
             buffer->count = 0;
             buffer->voltDiv = firstVoltDiv;
@@ -174,13 +177,13 @@ bool SmpData::growChn(SmpEdgeRoot &root, bool forced)
 {
     // A new mid comes before the look at the budget. A refused leaf leaves it empty; the next call goes on with it.
     const bool full = root.midCount < 1 || root.mids[root.midCount - 1]->leafCount >= SmpEdgeMid::capacity;
-    if (full && !addMid(root)) {
+    if (full && !addMid(*m_slabs, root)) {
         return false;
     }
     if (!forced && memBudget.load(std::memory_order_relaxed) < 1) {
         return false;
     }
-    auto *leaf = take<SmpEdgeLeaf>();
+    auto *leaf = take<SmpEdgeLeaf>(*m_slabs);
     if (leaf == nullptr) {
         return false;
     }
@@ -197,7 +200,7 @@ SmpEdgeRoot *SmpData::createChn(int chn)
         return nullptr;
     }
     freeChannel(chn);
-    auto *root = take<SmpEdgeRoot>();
+    auto *root = take<SmpEdgeRoot>(*m_slabs);
     if (root == nullptr) {
         return nullptr;
     }
@@ -227,14 +230,14 @@ namespace {
 
 /// Appends the end mark. Without memory for a further leaf it takes the place of the last entry; a channel that has
 /// not even one leaf then loses its mids and holds no data.
-void appendEndMark(SmpData &data, SmpEdgeRoot &root, std::int64_t end)
+void appendEndMark(SmpData &data, SmpSlabs &slabs, SmpEdgeRoot &root, std::int64_t end)
 {
     SmpEdgeLeaf *leaf = lastLeaf(root);
     if (leaf == nullptr || leaf->count >= SmpEdgeLeaf::capacity) {
         static_cast<void>(data.growChn(root, true)); // refused: seen below, from the last leaf
     }
     while (root.midCount > 0 && root.mids[root.midCount - 1]->leafCount < 1) {
-        give(root.mids[root.midCount - 1]);
+        give(slabs, root.mids[root.midCount - 1]);
         --root.midCount;
     }
     leaf = lastLeaf(root);
@@ -292,13 +295,13 @@ SmpEdgeLeaf *leafBeforeLast(const SmpEdgeRoot &root)
 }
 
 /// Frees the last leaf, and its mid when that was all it held.
-void dropLastLeaf(SmpEdgeRoot &root)
+void dropLastLeaf(SmpSlabs &slabs, SmpEdgeRoot &root)
 {
     SmpEdgeMid &mid = *root.mids[root.midCount - 1];
-    give(mid.leaves[mid.leafCount - 1]);
+    give(slabs, mid.leaves[mid.leafCount - 1]);
     --mid.leafCount;
     if (mid.leafCount == 0) {
-        give(&mid);
+        give(slabs, &mid);
         --root.midCount;
     }
 }
@@ -308,7 +311,7 @@ void dropLastLeaf(SmpEdgeRoot &root)
 void SmpData::closeChannel(SmpEdgeRoot &root, int level)
 {
     root.startLevel = level;
-    appendEndMark(*this, root, smpCount);
+    appendEndMark(*this, *m_slabs, root, smpCount);
     indexChannel(root);
     if (root.midCount < 1) {
         return;
@@ -318,7 +321,7 @@ void SmpData::closeChannel(SmpEdgeRoot &root, int level)
         if (before == nullptr || before->count < 1 || before->position(before->count - 1) < smpCount) {
             break;
         }
-        dropLastLeaf(root);
+        dropLastLeaf(*m_slabs, root);
     }
 }
 
@@ -330,5 +333,6 @@ void SmpData::finish(std::int64_t endPos)
             closeChannel(*chnRoots[chn], chn < 64 ? int(startLevels >> chn & 1) : 0);
         }
     }
+    trim();
     complete.store(true, std::memory_order_seq_cst);
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 class SmpLeaseList;
+class SmpSlabs;
 
 /// One analog channel: signed bytes; sample s stands for (s + 128) * voltDiv * 10 / 255 - voltDiv * 5 millivolts.
 struct SmpAChnBuffer {
@@ -107,8 +108,12 @@ public:
     static void retire(std::unique_ptr<SmpData> data);
     /// Leases that are held. Any thread; the number may change at any time while the store is closed.
     [[nodiscard]] int leaseCount() const;
-    /// open(), then frees every block and credits `memBudget`; `smpCount` and `trgPos` become 0.
+    /// open(), then gives every block and credits `memBudget`; `smpCount` and `trgPos` become 0. The next capture takes
+    /// the memory first; what it leaves goes back to the system with finish(), readmit() or trim().
     void clear();
+    /// Gives memory that holds no block back to the system, if it is much on a thread that does nothing else. For a
+    /// capture that is cleared or begun and not finished.
+    void trim();
     /// Starts a capture. A failed allocation leaves a null channel and is not reported.
     /// @param enable  `chnCount` flags, non-zero for a channel that is captured
     void begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable);
@@ -220,6 +225,7 @@ private:
 
     mutable std::atomic<int> m_readers{0}; ///< admitted readers of a frame; open() waits for 0
     std::unique_ptr<SmpLeaseList> m_leases;
+    std::unique_ptr<SmpSlabs> m_slabs;   ///< the memory of all blocks
     std::vector<std::uint8_t> m_enabled; ///< flags of begin(): also channels whose root the heap refused
     RecordState m_mixed16;
     RecordState m_rle16;

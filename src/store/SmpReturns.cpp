@@ -28,6 +28,14 @@ SmpReturns::~SmpReturns()
     }
 }
 
+void SmpReturns::giveBack(SmpSlabChain slabs)
+{
+    const std::lock_guard lock(m_mutex);
+    m_slabs.push_back(std::move(slabs));
+    startThread();
+    m_woken.notify_all();
+}
+
 void SmpReturns::keep(std::unique_ptr<SmpData> data)
 {
     const std::lock_guard lock(m_mutex);
@@ -50,12 +58,22 @@ void SmpReturns::run()
     std::unique_lock lock(m_mutex);
     while (!m_ending) {
         destroyUnread(lock);
+        giveSlabs(lock);
         if (m_read.empty()) {
-            m_woken.wait(lock, [this] { return m_ending || !m_read.empty(); });
+            m_woken.wait(lock, [this] { return m_ending || !isIdle(); });
         } else {
-            m_woken.wait_for(lock, again, [this] { return m_ending; });
+            m_woken.wait_for(lock, again, [this] { return m_ending || !m_slabs.empty(); });
         }
     }
+}
+
+/// Outside of the mutex.
+void SmpReturns::giveSlabs(std::unique_lock<std::mutex> &lock)
+{
+    std::vector<SmpSlabChain> slabs = std::exchange(m_slabs, {});
+    lock.unlock();
+    slabs.clear();
+    lock.lock();
 }
 
 void SmpReturns::destroyUnread(std::unique_lock<std::mutex> &lock)
