@@ -114,8 +114,9 @@ public:
 
     // ---- run control; main thread ----------------------------------------------------------------------------------
     /// Starts one capture, unless one is running. Returns at once, with an instrument after the requests that set it
-    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on: it waits for
-    /// those who still read the last one. That of an instrument keeps the last one until its data comes.
+    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on, and its
+    /// thread waits for those who still read the last one. That of an instrument keeps the last one until its data
+    /// comes.
     void startCapture();
     /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
     [[nodiscard]] bool isCapturing() const;
@@ -161,7 +162,8 @@ signals:
     void sigChnEnaChanged();
     /// The rate was lowered by a change of channels.
     void sigSmpFrequToLower();
-    /// A capture is about to start: whoever reads the last one lets go now. Emitted on the main thread, direct.
+    /// A capture is about to start. Emitted on the main thread, direct. Who reads the last one is told by the store, as
+    /// by a load and a change of device: see SmpLease.
     void sigCaptureStarts();
 
 protected:

@@ -188,10 +188,10 @@ void TstSmpStorageRun::theLastCaptureIsReadOnUntilTheRecordsCome()
         }
     };
     desk.startStorage();
-    desk.stop(); // which asks for what there is, and is no reason not to wait
     while (!lease->writerWaits()) {
         std::this_thread::yield();
     }
+    desk.smpStop = true; // which asks for what there is, and is no reason not to wait
     lease.reset();
     QVERIFY(desk.runToEnd());
     QVERIFY(undisturbed);
