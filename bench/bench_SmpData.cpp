@@ -3,6 +3,7 @@
 
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpEdgeReader.h"
 #include "store/SmpStreams.h"
 
 #include <algorithm>
@@ -263,6 +264,61 @@ void line(benchmark::State &state)
     state.counters["ratio"] = spent / yardstick; // to a binary search a column in one flat array; at most 0.8
 }
 
+/// Reading all entries with their levels, in the three ways that there are.
+enum class Way { Steps, Blocks, Skips };
+
+std::int64_t readAll(const SmpData &data, Way way)
+{
+    std::int64_t sum = 0;
+    SmpEdgeReader reader(data, 0);
+    switch (way) {
+    case Way::Steps:
+        do {
+            sum += reader.level() != 0 ? reader.next() : -reader.next();
+        } while (reader.advance());
+        break;
+    case Way::Blocks:
+        for (SmpEdgeReader::Block block = reader.block(); block.size() > 0; block = reader.block()) {
+            int level = reader.level();
+            for (int i = 0; i < block.size(); ++i, level ^= 1) {
+                sum += level != 0 ? block.position(i) : -block.position(i);
+            }
+            reader.pass(block.size());
+        }
+        break;
+    case Way::Skips: // to each next entry, as who does not want what lies between
+        while (!reader.atEnd()) {
+            sum += reader.level() != 0 ? reader.next() : -reader.next();
+            reader.skipTo(reader.next());
+        }
+        break;
+    }
+    return sum;
+}
+
+void sequential(benchmark::State &state, Way way)
+{
+    const LongChannel channel(state.range(0), true);
+    Least spent;
+    Least yardstick;
+    for (auto _ : state) {
+        const double took = seconds([&] { benchmark::DoNotOptimize(readAll(channel.data, way)); });
+        yardstick.add(seconds([&] {
+            std::int64_t sum = 0;
+            int level = 0;
+            for (const std::int64_t pos : channel.flat) {
+                sum += level != 0 ? pos : -pos;
+                level ^= 1;
+                benchmark::DoNotOptimize(sum); // one entry at a time, as a decoder has them
+            }
+        }));
+        spent.add(took);
+        state.SetIterationTime(took);
+    }
+    state.counters["nsPerEntry"] = spent.time() * 1e9 / double(channel.flat.size()); // at most 2.5 by steps
+    state.counters["ratio"] = spent / yardstick;                                     // to a loop over one flat array
+}
+
 void queryAtEnd(benchmark::State &state)
 {
     static const LongChannel channel(100000000, false);
@@ -293,6 +349,37 @@ void memoryOfACapture(benchmark::State &state)
     state.counters["bytesPerEntry"] = perEntry; // at most 5.1
 }
 
+/// The same capture into one store again and again, with a small one between: the first takes its memory from the
+/// system, and so does each later one, since the small one gives it back.
+void capturesInTurn(benchmark::State &state)
+{
+    std::vector<std::int32_t> widths(20000, 7);
+    const auto fill = [&widths](SmpData &data, std::int64_t entries) {
+        data.begin(0, 500000000, smpStreams::enabled(1));
+        std::int64_t pos = 0;
+        for (std::int64_t done = 0; done < entries; done += std::int64_t(widths.size())) {
+            if (!data.addPulses(widths, 0, pos)) {
+                std::abort();
+            }
+        }
+        data.smpCount = pos;
+        data.finish(pos);
+    };
+    Least first;
+    Least later;
+    Least atOnce;
+    for (auto _ : state) {
+        SmpData data(1, 0);
+        first.add(seconds([&] { fill(data, state.range(0)); }));
+        atOnce.add(seconds([&] { fill(data, state.range(0)); })); // takes the memory of the one before
+        fill(data, 20000);
+        later.add(seconds([&] { fill(data, state.range(0)); }));
+    }
+    state.counters["firstNsPerEntry"] = first.time() * 1e9 / double(state.range(0));
+    state.counters["ratio"] = later / first;        // at most 1.1
+    state.counters["ratioAtOnce"] = atOnce / first; // below 1
+}
+
 void finishing(benchmark::State &state)
 {
     for (auto _ : state) {
@@ -314,15 +401,19 @@ BENCHMARK_CAPTURE(busy, addRle32, decodeRle32)->UseManualTime();
 BENCHMARK_CAPTURE(busy, addBytes8, decodeBytes8)->UseManualTime();
 BENCHMARK_CAPTURE(busy, addSliced, decodeSliced)->UseManualTime();
 BENCHMARK(line)->UseManualTime()->Arg(1000000)->Arg(10000000)->Arg(100000000);
+BENCHMARK_CAPTURE(sequential, steps, Way::Steps)->UseManualTime()->Arg(20000000);
+BENCHMARK_CAPTURE(sequential, blocks, Way::Blocks)->UseManualTime()->Arg(20000000);
+BENCHMARK_CAPTURE(sequential, skips, Way::Skips)->UseManualTime()->Arg(20000000);
 BENCHMARK(queryAtEnd)->Arg(0)->Arg(1)->Arg(2);
 BENCHMARK(memoryOfACapture)->Arg(12000000)->Iterations(1);
+BENCHMARK(capturesInTurn)->Iterations(5)->Arg(20000000);
 BENCHMARK(finishing)->UseManualTime()->Iterations(2)->Args({20000000, 0})->Args({20000000, 1});
 
 int main(int argc, char **argv)
 {
 #ifdef __GLIBC__
-    // The heap keeps the blocks of the capture before, as the vectors of the yardstick keep theirs: else the store
-    // alone would pay for the system's clearing of pages.
+    // The heap keeps what the vectors of the yardsticks give, as a store keeps the memory of the capture before for the
+    // next one: else one of the two alone would pay for the system's clearing of pages.
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
     mallopt(M_MMAP_MAX, 0);
 #endif

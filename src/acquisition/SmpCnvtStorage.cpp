@@ -6,12 +6,6 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr int noteMalformed = 32;
-
-} // namespace
-
 SmpCnvtStorage::SmpCnvtStorage(SmpHost &host) : m_host(host) {}
 
 bool SmpCnvtStorage::startRun(const SmpRunSettings &settings, SmpRecordFormat format, SmpDevice &device)
@@ -105,6 +99,8 @@ void SmpCnvtStorage::publish(bool stored)
     const bool holdsData = m_consumed > 0;
     if (holdsData) {
         data.finish(m_depth);
+    } else {
+        data.trim();
     }
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
     const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;
@@ -117,7 +113,7 @@ void SmpCnvtStorage::publish(bool stored)
     // one's end.
     m_host.smpBusy.store(false, std::memory_order_release);
     if (malformed >= 0) {
-        emit m_host.sigSmpSta(staBefore, noteMalformed, malformed);
+        emit m_host.sigSmpSta(staBefore, smpError::malformedRecord, malformed);
     }
     emit m_host.sigSmpSta(error == 0 ? smpState::done : staBefore, error, 0);
     if (isWanted) {

@@ -64,6 +64,8 @@ void SmpCnvtTransfer::publish(bool stored)
     const bool holdsData = m_host.smpData->smpCount > 0;
     if (holdsData) {
         m_host.smpData->finish(m_depth);
+    } else {
+        m_host.smpData->trim();
     }
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
     const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;

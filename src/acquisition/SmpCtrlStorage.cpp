@@ -14,21 +14,8 @@ constexpr int wideChannels = 32; ///< of the device that sends records of 32 bit
 
 } // namespace
 
-SmpCtrlStorage::SmpCtrlStorage(SmpHost &host, SmpCnvtStorage &converter) : m_host(host), m_converter(converter) {}
-
-void SmpCtrlStorage::startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport)
-{
-    join(); // the last run's thread may still have a signal to emit
-    m_settings = settings;
-    m_settings.enable.resize(std::size_t(m_host.smpData->chnCount), 0);
-    m_device = &device;
-    m_transport = &transport;
-    m_host.smpBusy.store(true, std::memory_order_release);
-    if (!launch()) {
-        m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(smpState::starting, smpError::noMemory, 0);
-    }
-}
+SmpCtrlStorage::SmpCtrlStorage(SmpHost &host, SmpCnvtStorage &converter) : SmpCtrlThread(host), m_converter(converter)
+{}
 
 void SmpCtrlStorage::onStart() {} // the device was started long before
 
@@ -66,20 +53,18 @@ void SmpCtrlStorage::work()
     }
     if (m_host.smpAbort.load(std::memory_order_acquire)) {
         m_host.smpSta.store(smpState::done, std::memory_order_release);
-        end(0, 0);
+        endWithoutData(0, 0);
     } else if (!m_transport->isOpen()) {
-        end(smpError::notOpen, 0);
+        endWithoutData(smpError::notOpen, 0);
     } else {
         readBack();
     }
 }
 
-/// Ends a run in which nothing is converted.
-void SmpCtrlStorage::end(int err, int value)
+/// A stop asks for what has been captured; only one more, while it is read back, gives it up.
+bool SmpCtrlStorage::isGivenUp() const
 {
-    const int sta = m_host.smpSta.load(std::memory_order_acquire);
-    m_host.smpBusy.store(false, std::memory_order_release); // from here on the host's state is the next run's
-    emit m_host.sigSmpSta(sta, err, value);
+    return m_host.smpCut.load(std::memory_order_acquire) || m_host.smpAbort.load(std::memory_order_acquire);
 }
 
 /// Starts the device and waits until it has ended or a stop is asked for. @return false when the run is over
@@ -87,7 +72,7 @@ bool SmpCtrlStorage::awaitCapture()
 {
     m_host.smpSta.store(smpState::starting, std::memory_order_release);
     if (const int error = m_device->startDevice(); error != 0) {
-        end(error, 0);
+        endWithoutData(error, 0);
         return false;
     }
     emit m_host.sigSmpSta(smpState::starting, 0, 0);
@@ -103,7 +88,7 @@ bool SmpCtrlStorage::awaitCapture()
         int error = m_device->readStatus(status);
         error = error != 0 ? error : statusError(status);
         if (error != 0) {
-            end(error, status);
+            endWithoutData(error, status);
             return false;
         }
         if ((status & smpStatus::triggered) != 0 && (status & smpStatus::runMask) == smpStatus::runEnded) {
@@ -137,18 +122,18 @@ void SmpCtrlStorage::readBack()
 {
     SmpCaptureInfo info;
     if (m_device->readCaptureInfo(info) != 0) {
-        end(smpError::transfer, 0);
+        endWithoutData(smpError::transfer, 0);
         return;
     }
     const std::optional<Window> window = windowOf(info, format(), m_settings.memSize);
     if (!window) {
-        end(smpError::transfer, 0); // such an answer is as good as none
+        endWithoutData(smpError::transfer, 0); // such an answer is as good as none
         return;
     }
     m_host.readSize.store(window->size, std::memory_order_release);
     if (const int error = m_device->setReadWindow(std::uint32_t(window->address), std::uint32_t(window->size));
         error != 0) {
-        end(error, 0);
+        endWithoutData(error, 0);
         return;
     }
     m_recvBytes = 0;
@@ -156,9 +141,11 @@ void SmpCtrlStorage::readBack()
     m_host.smpBufs.clear();
     m_host.smpSem.acquire(m_host.smpSem.available()); // nobody else takes or gives while nothing is converted
     const std::uint32_t trgRecord = format() == SmpRecordFormat::Mixed16 ? 0 : info.trgRecord;
-    m_host.smpData->begin(trgRecord, m_settings.frequency, m_settings.enable);
+    if (!beginStore(trgRecord)) {
+        return;
+    }
     if (!m_converter.startRun(m_settings, format(), *m_device)) {
-        end(smpError::noMemory, 0);
+        endWithoutData(smpError::noMemory, 0);
         return;
     }
     const int result = m_transport->readStream(window->size);

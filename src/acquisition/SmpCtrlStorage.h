@@ -1,9 +1,7 @@
 #pragma once
 
-#include "acquisition/InterfaceDevCallback.h"
+#include "acquisition/SmpCtrlThread.h"
 #include "acquisition/SmpDevice.h"
-#include "acquisition/SmpRunSettings.h"
-#include "acquisition/SmpThread.h"
 #include "store/SmpRecordFormat.h"
 
 #include <cstdint>
@@ -11,21 +9,16 @@
 
 class SmpCnvtStorage;
 class SmpHost;
-class SmpTransport;
 
 /// Runs a capture of a device that samples into its own memory: starts it, asks how far it is until it has ended or the
 /// user stops it, and then has its records sent.
 ///
 /// A member of the device object, joined before that goes. What it receives it hands to SmpCnvtStorage, by one token of
 /// the host's semaphore a buffer, and a last one at the end of the run.
-class SmpCtrlStorage final : public SmpThread, public InterfaceDevCallback {
+class SmpCtrlStorage final : public SmpCtrlThread {
     Q_OBJECT
 public:
     SmpCtrlStorage(SmpHost &host, SmpCnvtStorage &converter);
-
-    /// Starts a run. Main thread, while none is busy; returns at once. The host has a store; the device and the
-    /// transport, whose receiver this object is, outlive the run.
-    void startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport);
 
     // ---- called by the transport, on this thread
     void onStart() override;
@@ -43,18 +36,13 @@ public:
 
 protected:
     void work() override;
+    [[nodiscard]] bool isGivenUp() const override;
 
 private:
     [[nodiscard]] bool awaitCapture();
     void readBack();
-    void end(int err, int value);
     [[nodiscard]] SmpRecordFormat format() const;
 
-    SmpHost &m_host;
     SmpCnvtStorage &m_converter;
-    // Written before the thread starts, then its own.
-    SmpRunSettings m_settings;
-    SmpDevice *m_device = nullptr;
-    SmpTransport *m_transport = nullptr;
     std::int64_t m_recvBytes = 0; ///< in the read-back
 };

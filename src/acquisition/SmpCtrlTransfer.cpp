@@ -20,23 +20,9 @@ constexpr int mostBehindEnd = 4;
 
 } // namespace
 
-SmpCtrlTransfer::SmpCtrlTransfer(SmpHost &host, SmpCnvtTransfer &converter) : m_host(host), m_converter(converter) {}
-
-void SmpCtrlTransfer::startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport)
-{
-    join(); // the last run's thread may still have a signal to emit
-    m_settings = settings;
-    m_settings.depth = std::max<std::int64_t>(settings.depth, 1);
-    m_settings.enable.resize(std::size_t(m_host.smpData->chnCount), 0);
-    m_settings.trig.resize(m_settings.enable.size(), 0);
-    m_device = &device;
-    m_transport = &transport;
-    m_host.smpBusy.store(true, std::memory_order_release);
-    if (!launch()) {
-        m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(smpState::starting, smpError::noMemory, 0);
-    }
-}
+SmpCtrlTransfer::SmpCtrlTransfer(SmpHost &host, SmpCnvtTransfer &converter)
+    : SmpCtrlThread(host), m_converter(converter)
+{}
 
 void SmpCtrlTransfer::work()
 {
@@ -45,13 +31,19 @@ void SmpCtrlTransfer::work()
     prepare();
     m_host.smpSta.store(smpState::filling, std::memory_order_release);
     m_host.endErr.store(0, std::memory_order_release);
-    m_host.smpData->begin(0, m_settings.frequency, m_settings.enable);
+    if (!beginStore(0)) {
+        return;
+    }
     if (!m_converter.startRun(m_settings, *m_device)) {
-        m_host.smpBusy.store(false, std::memory_order_release);
-        m_host.report(smpState::filling, smpError::noMemory, 0);
+        endWithoutData(smpError::noMemory, 0);
         return;
     }
     endRun(m_transport->readStream(0));
+}
+
+bool SmpCtrlTransfer::isGivenUp() const
+{
+    return m_host.smpStop.load(std::memory_order_acquire) || m_host.smpAbort.load(std::memory_order_acquire);
 }
 
 /// Brings everything that a run counts to its start.

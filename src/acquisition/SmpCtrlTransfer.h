@@ -1,9 +1,7 @@
 #pragma once
 
-#include "acquisition/InterfaceDevCallback.h"
-#include "acquisition/SmpRunSettings.h"
+#include "acquisition/SmpCtrlThread.h"
 #include "acquisition/SmpStreamWindow.h"
-#include "acquisition/SmpThread.h"
 #include "store/SmpTrigBytes8.h"
 #include "store/SmpTrigSliced.h"
 
@@ -11,9 +9,7 @@
 #include <span>
 
 class SmpCnvtTransfer;
-class SmpDevice;
 class SmpHost;
-class SmpTransport;
 
 /// Runs a capture of a device without memory, which pours samples as long as it runs: receives them, searches for the
 /// trigger, keeps a sliding window of the samples before it, and ends the run when the depth is reached.
@@ -21,14 +17,10 @@ class SmpTransport;
 /// A member of the device object, joined before that goes. What it receives it hands to SmpCnvtTransfer: until the
 /// trigger has come nothing, from then on each buffer, by one token of the host's semaphore each. When a run ends it
 /// hands over what is left and a last token, always.
-class SmpCtrlTransfer final : public SmpThread, public InterfaceDevCallback {
+class SmpCtrlTransfer final : public SmpCtrlThread {
     Q_OBJECT
 public:
     SmpCtrlTransfer(SmpHost &host, SmpCnvtTransfer &converter);
-
-    /// Starts a run. Main thread, while none is busy; returns at once. The host has a store; the device and the
-    /// transport, whose receiver this object is, outlive the run.
-    void startRun(const SmpRunSettings &settings, SmpDevice &device, SmpTransport &transport);
 
     /// How long each buffer may wait for the converter to make room, ms. A device that keeps its pace takes at least 50
     /// ms to fill one, and one is being filled meanwhile, so that the wait never leaves it without a read. To be set
@@ -41,6 +33,7 @@ public:
 
 protected:
     void work() override;
+    [[nodiscard]] bool isGivenUp() const override;
 
 private:
     void prepare();
@@ -54,12 +47,7 @@ private:
     void dropOldest();
     [[nodiscard]] int percent() const;
 
-    SmpHost &m_host;
     SmpCnvtTransfer &m_converter;
-    // Written before the thread starts, then its own.
-    SmpRunSettings m_settings;
-    SmpDevice *m_device = nullptr;
-    SmpTransport *m_transport = nullptr;
     // Of the thread.
     SmpStreamWindow m_window;
     SmpTrigSliced m_sliced;

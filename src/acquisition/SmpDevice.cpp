@@ -5,12 +5,12 @@ int statusError(std::uint16_t status)
     const int run = status & smpStatus::runMask;
     if (run == 0 || run == smpStatus::runMask) {
         if (status == 0xFFFF) {
-            return 7;
+            return smpError::noBus;
         }
-        return status == 0 ? 8 : 9;
+        return status == 0 ? smpError::allZero : smpError::notRunning;
     }
     if ((status & smpStatus::sound) != smpStatus::sound) {
-        return 10;
+        return smpError::unsound;
     }
-    return (status & smpStatus::fault) != 0 ? 13 : 0;
+    return (status & smpStatus::fault) != 0 ? smpError::fault : smpError::none;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "acquisition/SmpState.h"
+
 #include <cstdint>
 
 /// What a device that captures into its own memory tells of its last capture.
@@ -32,9 +34,9 @@ constexpr std::uint16_t sound = 0x00C0;     ///< both must be set
 /// another operation on another thread: implementations serialise that. The object outlives every capture.
 class SmpDevice {
 public:
-    static constexpr int done = 0;
-    static constexpr int notOpen = 1;
-    static constexpr int transferFailed = 2;
+    static constexpr int done = smpError::none;
+    static constexpr int notOpen = smpError::notOpen;
+    static constexpr int transferFailed = smpError::transfer;
 
     /// Starts the capture that has been set up.
     [[nodiscard]] virtual int startDevice() = 0;

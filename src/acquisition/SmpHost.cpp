@@ -6,12 +6,11 @@ SmpHost::SmpHost(QObject *parent) : QObject(parent) {}
 
 SmpHost::~SmpHost() = default;
 
-void SmpHost::waitForStop(int ms)
+void SmpHost::waitForStop(int ms, const std::atomic<bool> &abort)
 {
     std::unique_lock lock(m_mutex);
-    m_woken.wait_for(lock, std::chrono::milliseconds(ms), [this] {
-        return smpStop.load(std::memory_order_acquire) || smpAbort.load(std::memory_order_acquire);
-    });
+    m_woken.wait_for(lock, std::chrono::milliseconds(ms),
+                     [&] { return smpStop.load(std::memory_order_acquire) || abort.load(std::memory_order_acquire); });
 }
 
 void SmpHost::wake()
@@ -20,6 +19,18 @@ void SmpHost::wake()
     m_mutex.lock();
     m_mutex.unlock();
     m_woken.notify_all();
+}
+
+bool SmpHost::openStore(const std::function<bool()> &givesUp)
+{
+    constexpr std::chrono::milliseconds again(20);
+    while (!smpData->open(again)) {
+        if (givesUp()) {
+            smpData->readmit();
+            return false;
+        }
+    }
+    return true;
 }
 
 void SmpHost::report(int sta, int err, int value)

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -52,16 +53,24 @@ public:
     /// One token for each buffer that may be converted, and a last one that ends the conversion.
     QSemaphore smpSem{0};
 
-    /// Waits until a stop is asked for, at most `ms` milliseconds. Any thread.
-    void waitForStop(int ms);
+    /// Waits until a stop is asked for or `abort` is set, at most `ms` milliseconds. Any thread.
+    void waitForStop(int ms, const std::atomic<bool> &abort);
+    void waitForStop(int ms) { waitForStop(ms, smpAbort); }
     /// Lets waitForStop() look at the flags now. Any thread.
     void wake();
+
+    /// Opens the store for the next capture: waits until nobody reads the last one any more, or until `givesUp`, which
+    /// is asked every 20 ms. Then the last capture can be read again. The capture's thread.
+    /// @return false when the wait was given up
+    [[nodiscard]] bool openStore(const std::function<bool()> &givesUp);
 
     /// Sets the state and tells it.
     void report(int sta, int err, int value);
 
 signals:
-    /// State, error, value. Error 0: progress, `value` is a percentage (state 2: the trigger position).
+    /// State, error (smpError), value. Error 0: progress, `value` is a percentage (state 2: the trigger position).
+    /// Error 32: no error, but a note; `value` is the offset of the last malformed record. All that a report tells
+    /// travels with it: the store is the next capture's when it arrives.
     void sigSmpSta(int sta, int err, int value);
     /// A capture or a file load has closed `smpData`.
     void sigSmpDataReady();

@@ -1,13 +1,13 @@
 #include "acquisition/SmpSimulate.h"
 
 #include "acquisition/SmpHost.h"
+#include "acquisition/SmpState.h"
 #include "store/SmpData.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 
 #include <algorithm>
-#include <chrono>
 #include <limits>
 
 namespace {
@@ -47,7 +47,7 @@ SmpSimulate::SmpSimulate(SmpHost &host) : m_host(host) {}
 SmpSimulate::~SmpSimulate()
 {
     abort.store(true, std::memory_order_release);
-    wake();
+    m_host.wake();
     join();
 }
 
@@ -61,28 +61,11 @@ void SmpSimulate::startRun(const SimulationSettings &settings, SimulationSource 
     m_settings.enable.resize(std::size_t(m_host.smpData->chnCount), 0);
     m_source = source;
     abort.store(false, std::memory_order_release);
-    m_left.store(false, std::memory_order_relaxed);
-    m_busy.store(true, std::memory_order_release); // with the settings; run() acquires it
-    start(QThread::InheritPriority);
-    if (!isRunning() && !isFinished()) { // the system gives no thread
+    m_busy.store(true, std::memory_order_release);
+    if (!launch()) {
         m_busy.store(false, std::memory_order_release);
-        report(0, 4, 0);
+        m_host.report(smpState::starting, smpError::noMemory, 0);
     }
-}
-
-void SmpSimulate::join()
-{
-    // wait() orders the memory too, but inside a library that a race detector cannot look into.
-    wait();
-    (void)m_left.load(std::memory_order_acquire);
-}
-
-void SmpSimulate::wake()
-{
-    // Taking the mutex once is what makes sure that the waiter is either before its test or already waiting.
-    m_mutex.lock();
-    m_mutex.unlock();
-    m_woken.notify_all();
 }
 
 int SmpSimulate::blockMs(std::int64_t depth, std::int64_t frequency)
@@ -173,12 +156,13 @@ std::vector<std::int32_t> SmpSimulate::joinEmptyRuns(std::span<const std::int32_
     return joined;
 }
 
-void SmpSimulate::run()
+void SmpSimulate::work()
 {
-    if (!m_busy.load(std::memory_order_acquire)) {
-        return; // nobody asked for a run
+    m_host.report(smpState::starting, 0, 0);
+    if (!m_host.openStore([this] { return isStopped(); })) {
+        publish(smpState::done, 0); // the last capture can be read again
+        return;
     }
-    report(0, 0, 0);
     Block block{*m_host.smpData, 0, 0, 0, {}, {}, {}, {}};
     QRandomGenerator random(m_seed ? *m_seed : QRandomGenerator::global()->generate());
     beginRun(block, random);
@@ -191,23 +175,27 @@ void SmpSimulate::run()
     }
     block.data.smpCount = std::min(m_settings.depth, block.done);
     block.data.finish(block.data.smpCount);
+    if (ok) {
+        publish(smpState::done, 0);
+    } else {
+        publish(smpState::reading, smpError::noMemory);
+    }
+}
+
+bool SmpSimulate::isStopped() const
+{
+    return m_host.smpStop.load(std::memory_order_acquire) || abort.load(std::memory_order_acquire);
+}
+
+/// Tells how the run has ended. The store is closed.
+void SmpSimulate::publish(int sta, int err)
+{
     // From here on the next run may be asked for: it waits for this thread's end before it starts.
     m_busy.store(false, std::memory_order_release);
-    if (ok) {
-        report(5, 0, 0);
-    } else {
-        report(4, 4, 0);
-    }
+    m_host.report(sta, err, 0);
     if (!abort.load(std::memory_order_acquire)) {
         emit m_host.sigSmpDataReady();
     }
-    m_left.store(true, std::memory_order_release);
-}
-
-void SmpSimulate::report(int sta, int err, int value)
-{
-    m_host.smpSta.store(sta, std::memory_order_relaxed);
-    emit m_host.sigSmpSta(sta, err, value);
 }
 
 void SmpSimulate::beginRun(Block &block, QRandomGenerator &random)
@@ -235,8 +223,7 @@ void SmpSimulate::beginRun(Block &block, QRandomGenerator &random)
 
 bool SmpSimulate::runBlocks(Block &block)
 {
-    const auto stopped = [this] { return m_host.smpStop.load(std::memory_order_acquire); };
-    while (!stopped() && !abort.load(std::memory_order_acquire)) {
+    while (!isStopped()) {
         QElapsedTimer clock;
         clock.start();
         if (!fillBlock(block)) {
@@ -247,8 +234,8 @@ bool SmpSimulate::runBlocks(Block &block)
         if (percent >= 100) {
             break;
         }
-        report(3, 0, int(percent));
-        waitForRealTime(block.ms - clock.elapsed() - 2);
+        m_host.report(smpState::sampling, 0, int(percent));
+        m_host.waitForStop(int(std::max<std::int64_t>(block.ms - clock.elapsed() - 2, 1)), abort);
     }
     return true;
 }
@@ -312,12 +299,4 @@ bool SmpSimulate::fillChannel(Block &block, std::size_t chn)
     const bool join = block.lastLevel[chn] == firstLevel;
     block.lastLevel[chn] = lastLevel;
     return block.data.addPulsesJoin(widths, number, pos, join);
-}
-
-void SmpSimulate::waitForRealTime(std::int64_t ms)
-{
-    std::unique_lock lock(m_mutex);
-    m_woken.wait_for(lock, std::chrono::milliseconds(std::max<std::int64_t>(ms, 1)), [this] {
-        return abort.load(std::memory_order_acquire) || m_host.smpStop.load(std::memory_order_acquire);
-    });
 }

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <QThread>
+#include "acquisition/SmpThread.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <vector>
@@ -47,7 +45,7 @@ struct SimulationSettings {
 ///
 /// A member of the device object, and joined before that goes. Sole writer of the store during a run. It writes no
 /// analog samples. Even channels start low, odd ones high; each is a wave of fixed period and random duty.
-class SmpSimulate : public QThread {
+class SmpSimulate final : public SmpThread {
     Q_OBJECT
 public:
     explicit SmpSimulate(SmpHost &host);
@@ -60,14 +58,8 @@ public:
     /// True from startRun() until the capture is closed; the run's last signals may still be on their way. Any thread.
     [[nodiscard]] bool isBusy() const { return m_busy.load(std::memory_order_acquire); }
 
-    /// Ends a run without publishing its data; checked once a block. Any thread; follow it by wake().
+    /// Ends a run without publishing its data; checked once a block. Any thread; follow it by the host's wake().
     std::atomic<bool> abort{false};
-
-    /// Waits for the thread's end; afterwards all that it wrote may be read. Not on the run's own thread.
-    void join();
-
-    /// Lets a run that waits for real time look at `abort` and the host's `smpStop` now. Any thread.
-    void wake();
 
     /// Makes the runs that follow repeat the same duties; by default each is seeded anew. Between runs.
     void setSeed(std::optional<std::uint32_t> seed) { m_seed = seed; }
@@ -92,25 +84,22 @@ public:
     [[nodiscard]] static std::vector<std::int32_t> joinEmptyRuns(std::span<const std::int32_t> widths, int &lastLevel);
 
 protected:
-    void run() override;
+    void work() override;
 
 private:
     struct Block;
 
-    void report(int sta, int err, int value);
+    [[nodiscard]] bool isStopped() const;
+    void publish(int sta, int err);
     void beginRun(Block &block, QRandomGenerator &random);
     [[nodiscard]] bool runBlocks(Block &block);
     [[nodiscard]] bool fillBlock(Block &block);
     [[nodiscard]] bool fillChannel(Block &block, std::size_t chn);
     void takeFromSource(Block &block);
-    void waitForRealTime(std::int64_t ms);
 
     SmpHost &m_host;
     SimulationSettings m_settings;        ///< written before the thread starts, then its own
     SimulationSource *m_source = nullptr; ///< the same
     std::optional<std::uint32_t> m_seed;  ///< the same
     std::atomic<bool> m_busy{false};
-    std::atomic<bool> m_left{true}; ///< the thread has nothing more to do: orders its memory for join()
-    std::mutex m_mutex;             ///< of `m_woken` alone
-    std::condition_variable m_woken;
 };

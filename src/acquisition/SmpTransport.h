@@ -1,5 +1,7 @@
 #pragma once
 
+#include "acquisition/SmpState.h"
+
 #include <cstdint>
 
 class InterfaceDevCallback;
@@ -11,10 +13,10 @@ class InterfaceDevCallback;
 class SmpTransport {
 public:
     /// What readStream() answers.
-    static constexpr int runEnded = 0;    ///< the limit was reached, or the device was done (a short read)
-    static constexpr int runNotOpen = 1;  ///< no device is open, or nobody receives
-    static constexpr int runFailed = 3;   ///< nothing came for 2800 ms, a read failed or came back empty
-    static constexpr int runNoMemory = 4; ///< the memory budget is spent, or no run can be made
+    static constexpr int runEnded = smpError::none; ///< the limit was reached, or the device was done (a short read)
+    static constexpr int runNotOpen = smpError::notOpen; ///< no device is open, or nobody receives
+    static constexpr int runFailed = smpError::timedOut; ///< nothing came for 2800 ms, a read failed or came back empty
+    static constexpr int runNoMemory = smpError::noMemory; ///< the memory budget is spent, or no run can be made
 
     /// True while a device is open. It may go at any moment: a transfer then answers so. Any thread, never blocks.
     [[nodiscard]] virtual bool isOpen() const = 0;

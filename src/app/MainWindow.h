@@ -90,7 +90,7 @@ private:
     void updatePosition();
     void showModelTitle(bool connected);
     void showConnection(bool connected);
-    void showRunError(int sta, int err);
+    void showRunError(int sta, int err, int n);
     void showRunState(int sta, int n);
     /// True when there is something that the view can zoom in and move through.
     [[nodiscard]] bool hasView() const;

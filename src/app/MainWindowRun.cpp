@@ -24,17 +24,16 @@
 void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
 {
     if (err != 0) {
-        showRunError(sta, err);
+        showRunError(sta, err, n);
     } else {
         showRunState(sta, n);
     }
 }
 
-void MainWindow::showRunError(int sta, int err)
+void MainWindow::showRunError(int sta, int err, int n)
 {
-    constexpr int malformedRecord = 32; // no error: a note for later diagnosis
-    if (err == malformedRecord) {
-        globalSet(QStringLiteral("zeroSmpCnt"), QString::number(gDev->smpData->zeroSmpCnt));
+    if (err == smpError::malformedRecord) {
+        globalSet(QStringLiteral("zeroSmpCnt"), QString::number(n));
         return;
     }
     const RunStatus::ErrorText error = RunStatus::errorText(sta, err, gDev->transferMode);

@@ -5,9 +5,6 @@
 #include <chrono>
 #include <utility>
 
-static_assert(BringUpRun::done == UsbTransport::done && BringUpRun::notOpen == UsbTransport::notOpen &&
-              BringUpRun::transferFailed == UsbTransport::transferFailed);
-
 BringUpRun::BringUpRun(UsbTransport &usb, std::uint16_t product_, Host host)
     : product(product_), m_usb(usb), m_host(std::move(host))
 {}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "acquisition/SmpState.h"
+
 #include <QByteArray>
 
 #include <atomic>
@@ -18,9 +20,9 @@ class UsbTransport;
 /// every transfer answers "not open", whatever is open by then.
 class BringUpRun {
 public:
-    static constexpr int done = 0;
-    static constexpr int notOpen = 1;
-    static constexpr int transferFailed = 2;
+    static constexpr int done = smpError::none;
+    static constexpr int notOpen = smpError::notOpen;
+    static constexpr int transferFailed = smpError::transfer;
 
     /// What a run asks of its coordinator. Each is called on the run's thread and does not block.
     struct Host {

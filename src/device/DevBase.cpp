@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 SimulationSource *gSimulationSource = nullptr;
 
@@ -36,9 +37,7 @@ DevBase::~DevBase()
     if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
         transport->setCallback(nullptr); // a capture of another device object sets its own
     }
-    if (smpData) {
-        smpData->clear();
-    }
+    SmpData::retire(std::move(smpData)); // somebody may still read it
 }
 
 void DevBase::startCapture()
@@ -54,7 +53,7 @@ void DevBase::startCapture()
         startHardware();
         return;
     }
-    smpData->open(); // here, so that nobody reads the last capture between now and the thread's start
+    smpData->closeToReaders(); // here, so that nobody begins to read the last capture; its thread waits for the others
     SimulationSettings settings;
     settings.frequency = smpFrequ();
     settings.depth = smpDepth();
@@ -125,7 +124,6 @@ void DevBase::stopCapture()
         devControl().stopDevice();
     }
     smpStop.store(true, std::memory_order_release);
-    thrSimulate.wake();
     wake();
     if (stopsDevice && transferMode == streaming) {
         devControl().stopDevice();
@@ -158,7 +156,7 @@ void DevBase::breakOffSilentStream()
 void DevBase::endCapture()
 {
     thrSimulate.abort.store(true, std::memory_order_release);
-    thrSimulate.wake();
+    wake();
     thrSimulate.join();
     endHardware();
 }

@@ -6,6 +6,7 @@
 #include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpSimulate.h"
+#include "acquisition/SmpState.h"
 
 #include <QByteArray>
 #include <QPair>
@@ -113,8 +114,9 @@ public:
 
     // ---- run control; main thread ----------------------------------------------------------------------------------
     /// Starts one capture, unless one is running. Returns at once, with an instrument after the requests that set it
-    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on: it waits for
-    /// those who still read the last one. That of an instrument keeps the last one until its data comes.
+    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on, and its
+    /// thread waits for those who still read the last one. That of an instrument keeps the last one until its data
+    /// comes.
     void startCapture();
     /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
     [[nodiscard]] bool isCapturing() const;
@@ -146,7 +148,8 @@ public:
     /// control transfers. Main thread.
     /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
     virtual int initDevice(const QByteArray &identity);
-    static constexpr int errWrongModel = 11; ///< also of a bring-up whose device object is another model's
+    static constexpr int errWrongModel =
+        smpError::wrongModel; ///< also of a bring-up whose device object is another model's
 
     // The threads of captures; at most one pair of the instrument's or the simulation runs.
     SmpSimulate thrSimulate{*this};
@@ -159,11 +162,12 @@ signals:
     void sigChnEnaChanged();
     /// The rate was lowered by a change of channels.
     void sigSmpFrequToLower();
-    /// A capture is about to start: whoever reads the last one lets go now. Emitted on the main thread, direct.
+    /// A capture is about to start. Emitted on the main thread, direct. Who reads the last one is told by the store, as
+    /// by a load and a change of device: see SmpLease.
     void sigCaptureStarts();
 
 protected:
-    static constexpr int errNotReady = 12;
+    static constexpr int errNotReady = smpError::notReady;
 
     /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.
     void initRateLimits(int mode);

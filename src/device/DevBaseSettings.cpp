@@ -1,9 +1,9 @@
 // What the user chooses on a device, the rules between those choices, and how they are kept.
 
-#include "device/ChnTrigger.h"
 #include "device/DevBase.h"
 #include "device/DevControl.h"
 #include "settings/Config.h"
+#include "store/SmpTrigCode.h"
 
 #include <algorithm>
 
@@ -15,7 +15,7 @@ constexpr int defaultVoltDiv = 1000;  // millivolts
 /// Any other code triggers nothing; a settings file may hold negative ones, and they are kept.
 bool isTrigger(int code)
 {
-    return code >= chnTrigger::lowLevel && code <= chnTrigger::fallingEdge;
+    return code >= smpTrigCode::lowLevel && code <= smpTrigCode::fallingEdge;
 }
 
 bool has(const QVector<int> &list, int index)
@@ -25,7 +25,7 @@ bool has(const QVector<int> &list, int index)
 
 void clearEdges(QVector<int> &triggers)
 {
-    std::replace_if(triggers.begin(), triggers.end(), chnTrigger::isEdge, 0);
+    std::replace_if(triggers.begin(), triggers.end(), smpTrigCode::isEdge, 0);
 }
 
 /// Takes over the states of `list` and clears the triggers of channels that are off.
@@ -88,8 +88,7 @@ QVector<bool> storedChannels(const QString &model, int count, bool analog)
 
 } // namespace
 
-// ---- rates and channels
-// -----------------------------------------------------------------------------------------------
+// ---- rates and channels --------------------------------------------------------------------------------------------
 
 void DevBase::initRateLimits(int mode)
 {
@@ -209,8 +208,7 @@ void DevBase::tuneChunkSize()
     }
 }
 
-// ---- triggers
-// ---------------------------------------------------------------------------------------------------------
+// ---- triggers ------------------------------------------------------------------------------------------------------
 
 bool DevBase::setTrgPosition(int percent)
 {
@@ -225,7 +223,7 @@ void DevBase::setChnTrig(int chn, int code)
     if (!has(chnTrig, chn)) {
         return;
     }
-    if (chnTrigger::isEdge(code)) {
+    if (smpTrigCode::isEdge(code)) {
         clearEdges(chnTrig);
         clearEdges(aChnTrig);
         saveAChnTrig();
@@ -239,7 +237,7 @@ void DevBase::setAChnTrig(int chn, int code)
     if (!has(aChnTrig, chn)) {
         return;
     }
-    if (chnTrigger::isEdge(code)) {
+    if (smpTrigCode::isEdge(code)) {
         std::fill(aChnTrig.begin(), aChnTrig.end(), 0);
         clearEdges(chnTrig);
         saveChnTrig();
@@ -266,14 +264,13 @@ SmpConfig DevBase::smpConfig() const
         const int code = chnTrig.value(chn, 0);
         config.enabled |= chnEnable.at(chn) ? bit : 0;
         config.trigger |= isTrigger(code) ? bit : 0;
-        config.level |= code == chnTrigger::lowLevel || code == chnTrigger::highLevel ? bit : 0;
-        config.polarity |= code == chnTrigger::highLevel || code == chnTrigger::fallingEdge ? bit : 0;
+        config.level |= code == smpTrigCode::lowLevel || code == smpTrigCode::highLevel ? bit : 0;
+        config.polarity |= code == smpTrigCode::highLevel || code == smpTrigCode::fallingEdge ? bit : 0;
     }
     return config;
 }
 
-// ---- analog channels
-// --------------------------------------------------------------------------------------------------
+// ---- analog channels -----------------------------------------------------------------------------------------------
 
 void DevBase::setAChnProbe(int chn, int value)
 {
@@ -307,8 +304,7 @@ void DevBase::setAChnVoltDiv(int chn, int value)
     }
 }
 
-// ---- texts
-// ------------------------------------------------------------------------------------------------------------
+// ---- texts ---------------------------------------------------------------------------------------------------------
 
 QStringList DevBase::smpFrequTexts() const
 {
@@ -346,8 +342,7 @@ QStringList DevBase::smpDepthTexts() const
     return texts;
 }
 
-// ---- loading and saving
-// -----------------------------------------------------------------------------------------------
+// ---- loading and saving --------------------------------------------------------------------------------------------
 
 void DevBase::loadConfig()
 {

@@ -7,9 +7,6 @@
 #include <cstddef>
 #include <thread>
 
-static_assert(SmpDevice::done == UsbTransport::done && SmpDevice::notOpen == UsbTransport::notOpen &&
-              SmpDevice::transferFailed == UsbTransport::transferFailed);
-
 namespace {
 
 constexpr std::array<std::uint8_t, 1> runOn{3};

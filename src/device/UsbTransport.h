@@ -27,9 +27,9 @@ class UsbTransport final : public QObject, public SmpTransport {
     Q_OBJECT
 public:
     /// What control transfers and bulk writes answer.
-    static constexpr int done = 0;
-    static constexpr int notOpen = 1;
-    static constexpr int transferFailed = 2;
+    static constexpr int done = smpError::none;
+    static constexpr int notOpen = smpError::notOpen;
+    static constexpr int transferFailed = smpError::transfer;
 
     /// Finds nothing until refresh(). The platform must not be null.
     explicit UsbTransport(std::unique_ptr<UsbPlatform> platform, QObject *parent = nullptr);

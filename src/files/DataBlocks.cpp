@@ -1,11 +1,13 @@
 #include "files/DataBlocks.h"
 
 #include "store/SmpData.h"
+#include "store/SmpEdgeReader.h"
 
 #include <QIODevice>
 #include <QtEndian>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -144,8 +146,7 @@ SmpEdgeRoot *startBlock(QIODevice &device, SmpData &data, DataBlockHead &head)
 
 /// Where the entries of one channel go out from.
 struct ChannelOut {
-    const SmpEdgeRoot &root;
-    SmpEdgeCursor cursor;     ///< the next entry
+    SmpEdgeReader reader;     ///< at the next entry
     std::int64_t posStart;    ///< what positions are counted from
     std::int64_t entriesLeft; ///< the end mark included
     std::int64_t endMark;
@@ -156,26 +157,18 @@ int packEntries(ChannelOut &out, std::uint8_t *packed, int room)
 {
     int bytes = 0;
     while (out.entriesLeft > 0 && bytes < room) {
-        const SmpEdgeCursor &cursor = out.cursor;
-        if (cursor.root >= out.root.midCount) {
+        const SmpEdgeReader::Block block = out.reader.block();
+        const std::int64_t fits = std::min<std::int64_t>(out.entriesLeft, (room - bytes) / dataEntrySize);
+        const int run = int(std::min<std::int64_t>(block.size(), fits));
+        if (run < 1) {
             return 0;
         }
-        const SmpEdgeMid &mid = *out.root.mids[cursor.root];
-        const SmpEdgeLeaf &leaf = *mid.leaves[cursor.mid];
-        const std::int64_t fits = std::min<std::int64_t>(out.entriesLeft, (room - bytes) / dataEntrySize);
-        const int run = int(std::min<std::int64_t>(leaf.count - cursor.leaf, fits));
         for (int i = 0; i < run; ++i) {
-            put40(packed + bytes, leaf.position(cursor.leaf + i) - out.posStart);
+            put40(packed + bytes, block.position(i) - out.posStart);
             bytes += dataEntrySize;
         }
         out.entriesLeft -= run;
-        out.cursor.leaf += run;
-        if (out.cursor.leaf >= leaf.count) {
-            out.cursor = {cursor.root, cursor.mid + 1, 0};
-        }
-        if (out.cursor.mid >= mid.leafCount) {
-            out.cursor = {cursor.root + 1, 0, 0};
-        }
+        out.reader.pass(run);
     }
     // The first entry behind the range is what closes the channel, wherever it stands.
     if (out.entriesLeft == 0) {
@@ -255,7 +248,14 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
         return DataBlocksResult::HeadRefused;
     }
 
-    data.clear(); // which waits for the readers and closes the store to new ones
+    constexpr std::chrono::milliseconds waitPiece(20);
+    while (!data.open(waitPiece)) {
+        if (afterPiece && !afterPiece(device.pos())) {
+            data.readmit();
+            return DataBlocksResult::StoreKept;
+        }
+    }
+    data.clear();
     data.smpCount = head.smpCount;
     data.smpFrequ = head.smpFrequ;
     data.trgPos = head.trgPos;
@@ -294,17 +294,15 @@ DataBlocksResult writeDataBlocks(QIODevice &device, const SmpData &data, const D
 
     std::int64_t done = 0;
     for (int chn = 0; chn < data.chnCount && selection.chnSelect != nullptr; ++chn) {
-        const SmpEdgeRoot *root = data.chnRoots[std::size_t(chn)];
-        if (selection.chnSelect[chn] == 0 || root == nullptr) {
+        if (selection.chnSelect[chn] == 0) {
             continue;
         }
         const std::int64_t transitions = data.edgeCount(chn, selection.posStart, selection.posEnd);
         if (transitions < 0) {
             continue;
         }
-        ChannelOut out{*root, {}, selection.posStart, transitions + 1, samples};
-        const int level = data.locate(chn, selection.posStart, out.cursor);
-        const auto blockHead = encodeBlockHead({chn, level, transitions + 1});
+        ChannelOut out{SmpEdgeReader(data, chn, selection.posStart), selection.posStart, transitions + 1, samples};
+        const auto blockHead = encodeBlockHead({chn, out.reader.level(), transitions + 1});
         if (!writeAll(device, blockHead.data(), DataBlockHead::size)) {
             return DataBlocksResult::Failed;
         }

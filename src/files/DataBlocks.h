@@ -56,6 +56,7 @@ inline constexpr int dataWritePiece = 204'780;
 enum class DataBlocksResult {
     Done,
     HeadRefused, ///< reading only: no head, or that of another model; nothing was changed
+    StoreKept,   ///< reading only: the hook said so while somebody still read the last capture; nothing was changed
     Failed,      ///< malformed, cut short, a device error or no memory; what was stored or written so far stays
     Stopped      ///< the hook said so
 };
@@ -69,7 +70,7 @@ using DataPieceHook = std::function<bool(std::int64_t done)>;
 ///
 /// The numbers in the file are not trusted: nothing is allocated before the bytes for it have been read. Entries at or
 /// behind `smpCount` are legal here, since closing the capture cuts them off; entries out of order are not.
-/// Cost: one step an entry. Waits for the readers of the store.
+/// Cost: one step an entry. Waits for the readers of the store, and calls the hook every 20 ms meanwhile.
 [[nodiscard]] DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPieceHook &afterPiece = {});
 
 /// What writeDataBlocks() writes.

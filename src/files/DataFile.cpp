@@ -90,7 +90,8 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     bool loaded = false;
     if (openForLoad(path, headSize)) {
         const std::int64_t size = file.size();
-        const bool aside = size >= backgroundLoadSize / asidePart;
+        // Who holds a lease may be long in leaving: the window does not stand still for it.
+        const bool aside = size >= backgroundLoadSize / asidePart || smpData->leaseCount() > 0;
         loaded = aside ? runOnThread(Mode::Load, size >= backgroundLoadSize) : loadBlocks();
     }
     file.close();
@@ -100,7 +101,7 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     } else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire)) {
         smpData->clear();
     }
-    smpData->complete.store(true, std::memory_order_release);
+    smpData->readmit();
     result.store(loaded, std::memory_order_release);
     return loaded;
 }
@@ -124,8 +125,8 @@ bool DataFile::loadBlocks()
     const auto outcome = readDataBlocks(file, *smpData, [this, size](std::int64_t position) {
         return afterPiece(percentOf(position, size, loadProgressUnit));
     });
-    m_storeTouched = outcome != DataBlocksResult::HeadRefused;
-    if (outcome != DataBlocksResult::Stopped) {
+    m_storeTouched = outcome != DataBlocksResult::HeadRefused && outcome != DataBlocksResult::StoreKept;
+    if (outcome != DataBlocksResult::Stopped && outcome != DataBlocksResult::StoreKept) {
         emit sigReportProgress(100);
     }
     return outcome == DataBlocksResult::Done;

@@ -60,9 +60,12 @@ public:
     /// From `backgroundLoadSize` on events are processed in the dialog meanwhile; from a tenth of it on those that the
     /// user does not make.
     ///
+    /// Somebody who holds a lease on the store and is long in leaving is waited for on the thread, whatever the size.
+    ///
     /// On failure the store is empty. But if the file cannot be opened, or its head is refused (no data file, or
-    /// another number of channels), a capture that was there stays as it is. `complete` is set in every case: a store
-    /// without a capture becomes a closed one of no samples, which readers are admitted to and find empty.
+    /// another number of channels), or the user gives up the wait, a capture that was there stays as it is. `complete`
+    /// is set in every case: a store without a capture becomes a closed one of no samples, which readers are admitted
+    /// to and find empty.
     /// @return false on failure, and a cancel is one
     [[nodiscard]] bool loadData(const QString &path, std::int64_t headSize);
     /// Writes the binary part of the range and selection to `file`, which the caller has opened for appending, not in

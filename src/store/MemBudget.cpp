@@ -40,10 +40,15 @@ void freeChunk(std::uint8_t *chunk, std::size_t size)
     giveBlock(chunk, size);
 }
 
-void *takeBlock(std::size_t size)
+bool blockIsRefused(std::size_t size)
 {
     const BlockRefusal refuses = blockRefusal.load(std::memory_order_relaxed);
-    if (refuses != nullptr && refuses(size)) {
+    return refuses != nullptr && refuses(size);
+}
+
+void *takeBlock(std::size_t size)
+{
+    if (blockIsRefused(size)) {
         return nullptr;
     }
     void *block = std::malloc(size == 0 ? 1 : size); // a null answer must mean refusal only

@@ -36,7 +36,11 @@ void freeChunk(std::uint8_t *chunk, std::size_t size);
 /// credits nothing. Any thread.
 void giveBlock(void *block, std::size_t size);
 
-/// Asked before each allocation of takeBlock() and allocChunk(): true makes that allocation fail as if the heap had
-/// refused. Null, the normal state, refuses nothing. For the injection of faults; set it while nothing allocates.
+/// Asked before each block of a capture and each allocation of takeBlock() and allocChunk(): true makes that one fail
+/// as if the system had refused. Null, the normal state, refuses nothing. For the injection of faults; set it while
+/// nothing allocates.
 using BlockRefusal = bool (*)(std::size_t size);
 extern std::atomic<BlockRefusal> blockRefusal;
+
+/// What `blockRefusal` says; false without one. Any thread.
+[[nodiscard]] bool blockIsRefused(std::size_t size);

@@ -1,10 +1,13 @@
 #include "store/SmpData.h"
 
 #include "store/SmpDataBlocks.h"
+#include "store/SmpLeaseList.h"
+#include "store/SmpReturns.h"
 
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 using namespace smpBlocks;
 
@@ -15,6 +18,8 @@ SmpData::SmpData(int chns, int aChns)
       aChnCount(std::max(aChns, 0)),
       slicedChn(std::size_t(chnCount), 0),
       slicedLevel(std::size_t(chnCount), 0),
+      m_leases(std::make_unique<SmpLeaseList>()),
+      m_slabs(std::make_unique<SmpSlabs>()),
       m_enabled(std::size_t(chnCount), 0)
 {}
 
@@ -53,15 +58,56 @@ SmpReadLock::~SmpReadLock()
     }
 }
 
-void SmpData::open()
+void SmpData::closeToReaders()
 {
     complete.store(false, std::memory_order_seq_cst);
+    m_leases->tell();
+}
+
+void SmpData::open()
+{
+    constexpr std::chrono::hours longEnough(1);
+    while (!open(std::chrono::duration_cast<std::chrono::milliseconds>(longEnough))) {
+    }
+}
+
+bool SmpData::open(std::chrono::milliseconds most)
+{
+    const auto deadline = std::chrono::steady_clock::now() + most;
+    closeToReaders();
+    if (!m_leases->waitUntil(deadline)) {
+        return false;
+    }
     // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
     // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
     constexpr std::chrono::microseconds again(200);
     while (m_readers.load(std::memory_order_seq_cst) != 0) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
         std::this_thread::sleep_for(again);
     }
+    return true;
+}
+
+void SmpData::readmit()
+{
+    trim();
+    m_leases->forget();
+    complete.store(true, std::memory_order_seq_cst);
+}
+
+void SmpData::retire(std::unique_ptr<SmpData> data)
+{
+    constexpr std::chrono::milliseconds mostOfTheMainThread(50);
+    if (data && !data->open(mostOfTheMainThread)) {
+        SmpReturns::instance().keep(std::move(data));
+    }
+}
+
+int SmpData::leaseCount() const
+{
+    return int(m_leases->count());
 }
 
 // ---- begin and clear -----------------------------------------------------------------------------------------------
@@ -75,11 +121,11 @@ void SmpData::freeChannel(int chn)
     for (int m = 0; m < root->midCount; ++m) {
         SmpEdgeMid *mid = root->mids[m];
         for (int l = 0; l < mid->leafCount; ++l) {
-            give(mid->leaves[l]);
+            give(*m_slabs, mid->leaves[l]);
         }
-        give(mid);
+        give(*m_slabs, mid);
     }
-    give(root);
+    give(*m_slabs, root);
     root = nullptr;
 }
 
@@ -88,19 +134,23 @@ void SmpData::clear()
     open();
     smpCount = 0;
     trgPos = 0;
-    for (int chn = 0; chn < chnCount; ++chn) {
-        freeChannel(chn);
-    }
-    for (SmpAChnBuffer *&buffer : aChnBufs) {
-        give(buffer);
-        buffer = nullptr;
-    }
+    std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
+    std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
+    m_slabs->clear();
+}
+
+void SmpData::trim()
+{
+    m_slabs->trim();
 }
 
 void SmpData::leaveBehind()
 {
-    complete.store(false); // in order with the readers' counts, as in open()
+    closeToReaders();
     std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
+    std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
+    (void)m_slabs.release();
+    m_slabs = std::make_unique<SmpSlabs>();
     smpCount = 0;
     trgPos = 0;
 }
@@ -117,14 +167,14 @@ void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::sp
         if (m_enabled[chn] == 0) {
             continue;
         }
-        chnRoots[chn] = take<SmpEdgeRoot>();
+        chnRoots[chn] = take<SmpEdgeRoot>(*m_slabs);
         if (chnRoots[chn] != nullptr) {
             chnRoots[chn]->midCount = 0;
             chnRoots[chn]->startLevel = 0;
         }
     }
     for (SmpAChnBuffer *&buffer : aChnBufs) {
-        buffer = take<SmpAChnBuffer>();
+        buffer = take<SmpAChnBuffer>(*m_slabs);
         if (buffer != nullptr) {
             buffer->count = 0;
             buffer->voltDiv = firstVoltDiv;
@@ -132,20 +182,19 @@ void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::sp
     }
 }
 
-// ---- growth
-// ----------------------------------------------------------------------------------------------------------
+// ---- growth --------------------------------------------------------------------------------------------------------
 
 bool SmpData::growChn(SmpEdgeRoot &root, bool forced)
 {
     // A new mid comes before the look at the budget. A refused leaf leaves it empty; the next call goes on with it.
     const bool full = root.midCount < 1 || root.mids[root.midCount - 1]->leafCount >= SmpEdgeMid::capacity;
-    if (full && !addMid(root)) {
+    if (full && !addMid(*m_slabs, root)) {
         return false;
     }
     if (!forced && memBudget.load(std::memory_order_relaxed) < 1) {
         return false;
     }
-    auto *leaf = take<SmpEdgeLeaf>();
+    auto *leaf = take<SmpEdgeLeaf>(*m_slabs);
     if (leaf == nullptr) {
         return false;
     }
@@ -162,7 +211,7 @@ SmpEdgeRoot *SmpData::createChn(int chn)
         return nullptr;
     }
     freeChannel(chn);
-    auto *root = take<SmpEdgeRoot>();
+    auto *root = take<SmpEdgeRoot>(*m_slabs);
     if (root == nullptr) {
         return nullptr;
     }
@@ -186,21 +235,20 @@ SmpEdgeLeaf *SmpData::writableLeaf(SmpEdgeRoot &root)
     return growChn(root, forced) ? lastLeaf(root) : nullptr;
 }
 
-// ---- finish
-// ----------------------------------------------------------------------------------------------------------
+// ---- finish --------------------------------------------------------------------------------------------------------
 
 namespace {
 
 /// Appends the end mark. Without memory for a further leaf it takes the place of the last entry; a channel that has
 /// not even one leaf then loses its mids and holds no data.
-void appendEndMark(SmpData &data, SmpEdgeRoot &root, std::int64_t end)
+void appendEndMark(SmpData &data, SmpSlabs &slabs, SmpEdgeRoot &root, std::int64_t end)
 {
     SmpEdgeLeaf *leaf = lastLeaf(root);
     if (leaf == nullptr || leaf->count >= SmpEdgeLeaf::capacity) {
         static_cast<void>(data.growChn(root, true)); // refused: seen below, from the last leaf
     }
     while (root.midCount > 0 && root.mids[root.midCount - 1]->leafCount < 1) {
-        give(root.mids[root.midCount - 1]);
+        give(slabs, root.mids[root.midCount - 1]);
         --root.midCount;
     }
     leaf = lastLeaf(root);
@@ -258,13 +306,13 @@ SmpEdgeLeaf *leafBeforeLast(const SmpEdgeRoot &root)
 }
 
 /// Frees the last leaf, and its mid when that was all it held.
-void dropLastLeaf(SmpEdgeRoot &root)
+void dropLastLeaf(SmpSlabs &slabs, SmpEdgeRoot &root)
 {
     SmpEdgeMid &mid = *root.mids[root.midCount - 1];
-    give(mid.leaves[mid.leafCount - 1]);
+    give(slabs, mid.leaves[mid.leafCount - 1]);
     --mid.leafCount;
     if (mid.leafCount == 0) {
-        give(&mid);
+        give(slabs, &mid);
         --root.midCount;
     }
 }
@@ -274,7 +322,7 @@ void dropLastLeaf(SmpEdgeRoot &root)
 void SmpData::closeChannel(SmpEdgeRoot &root, int level)
 {
     root.startLevel = level;
-    appendEndMark(*this, root, smpCount);
+    appendEndMark(*this, *m_slabs, root, smpCount);
     indexChannel(root);
     if (root.midCount < 1) {
         return;
@@ -284,7 +332,7 @@ void SmpData::closeChannel(SmpEdgeRoot &root, int level)
         if (before == nullptr || before->count < 1 || before->position(before->count - 1) < smpCount) {
             break;
         }
-        dropLastLeaf(root);
+        dropLastLeaf(*m_slabs, root);
     }
 }
 
@@ -296,5 +344,6 @@ void SmpData::finish(std::int64_t endPos)
             closeChannel(*chnRoots[chn], chn < 64 ? int(startLevels >> chn & 1) : 0);
         }
     }
+    trim();
     complete.store(true, std::memory_order_seq_cst);
 }

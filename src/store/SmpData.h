@@ -2,12 +2,16 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <corvanlux/analyzer/EdgeTree.h>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
+
+class SmpLeaseList;
+class SmpSlabs;
 
 /// One analog channel: signed bytes; sample s stands for (s + 128) * voltDiv * 10 / 255 - voltDiv * 5 millivolts.
 struct SmpAChnBuffer {
@@ -50,9 +54,10 @@ struct SmpAChnPoint {
 /// analog channel, its samples.
 ///
 /// Owned by the device object, and never outlives it. One writer at a time: a capture's conversion thread, the
-/// simulated capture, or DataFile. Readers hold a SmpReadLock, which is only granted while the capture is closed;
-/// begin(), clear() and open() wait for the readers to leave before they touch anything, and after that no lock is held
-/// while a capture fills. Positions are signed 64-bit sample indices, 0 to 2^40 - 1.
+/// simulated capture, or DataFile. Readers hold a SmpReadLock for a frame or a SmpLease for longer, which are only
+/// granted while the capture is closed; begin(), clear() and open() tell the holders of leases to leave and wait for
+/// all readers before they touch anything, and after that no lock is held while a capture fills. Positions are signed
+/// 64-bit sample indices, 0 to 2^40 - 1.
 ///
 /// States: empty (after the constructor or clear()), filling (after begin(), `complete` false), closed (after finish(),
 /// `complete` true).
@@ -87,13 +92,31 @@ public:
 
     // ---- life of a capture; writer only --------------------------------------------------------------------------
 
-    /// Waits for the readers, then clears `complete`: from here on no reader is admitted. Changes nothing else.
+    /// Clears `complete`: from here on no reader is admitted, and the holders of leases are told to leave. Waits for
+    /// nobody and changes nothing else.
+    void closeToReaders();
+    /// closeToReaders(), then waits until all readers have left, however long they stay: not for a main thread.
     void open();
-    /// open(), then frees every block and credits `memBudget`; `smpCount` and `trgPos` become 0.
+    /// The same, but waits no longer than `most`. @return false when somebody still reads: then nothing may be touched,
+    /// and either open() is called again or readmit()
+    [[nodiscard]] bool open(std::chrono::milliseconds most);
+    /// Closes an opened store again as it is: with the capture that was there when nothing has been touched, without
+    /// one after clear().
+    void readmit();
+    /// Lets go of a store that holders of leases may still read: destroys it if they leave within 50 ms, else when the
+    /// last one has left, on a thread of its own. Null is allowed. Its readers of a frame must be gone.
+    static void retire(std::unique_ptr<SmpData> data);
+    /// Leases that are held. Any thread; the number may change at any time while the store is closed.
+    [[nodiscard]] int leaseCount() const;
+    /// open(), then gives every block and credits `memBudget`; `smpCount` and `trgPos` become 0. The next capture takes
+    /// the memory first; what it leaves goes back to the system with finish(), readmit() or trim().
     void clear();
     /// Gives up the trees without freeing them: for a reader that cannot be made to leave, which may go on with them for
     /// ever. No capture is here then, and its bytes stay charged. The reader's own lock may be released afterwards.
     void leaveBehind();
+    /// Gives memory that holds no block back to the system, if it is much on a thread that does nothing else. For a
+    /// capture that is cleared or begun and not finished.
+    void trim();
     /// Starts a capture. A failed allocation leaves a null channel and is not reported.
     /// @param enable  `chnCount` flags, non-zero for a channel that is captured
     void begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable);
@@ -169,6 +192,7 @@ public:
 
 private:
     friend class SmpReadLock;
+    friend class SmpLease;
     class Tails; ///< the leaves that a decoder appends to
 
     /// What a decoder of the device's records keeps between two calls.
@@ -191,14 +215,21 @@ private:
     template<class Format>
     [[nodiscard]] bool addRle(std::span<const std::uint8_t> bytes, RecordState &state, std::uint32_t &consumed);
     struct Turns;
+    class QuietPattern;
+    struct SliceRun;
     [[nodiscard]] static bool hasRoom(const Tails &tails, const Turns &turns, std::int64_t samples);
     [[nodiscard]] static bool addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t *bytes,
                                             std::int64_t samples);
+    [[nodiscard]] static bool passQuietGroups(SliceRun &run);
+    [[nodiscard]] static bool passBusyGroups(Tails &tails, SliceRun &run);
+    [[nodiscard]] static bool addWord(Tails &tails, SliceRun &run);
     void startSlices();
     void learnStartLevels(std::span<const std::uint8_t> bytes);
 
-    mutable std::atomic<int> m_readers{0}; ///< admitted readers; open() waits for 0
-    std::vector<std::uint8_t> m_enabled;   ///< flags of begin(): also channels whose root the heap refused
+    mutable std::atomic<int> m_readers{0}; ///< admitted readers of a frame; open() waits for 0
+    std::unique_ptr<SmpLeaseList> m_leases;
+    std::unique_ptr<SmpSlabs> m_slabs;   ///< the memory of all blocks
+    std::vector<std::uint8_t> m_enabled; ///< flags of begin(): also channels whose root the heap refused
     RecordState m_mixed16;
     RecordState m_rle16;
     RecordState m_rle32;

@@ -2,6 +2,7 @@
 
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpSlabs.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -11,27 +12,27 @@ namespace smpBlocks {
 
 constexpr std::int64_t maxPosition = (std::int64_t(1) << 40) - 1; ///< what the 40 bits of an entry can hold
 
-/// A charged block, its counts not yet set; null when the heap refuses.
+/// A charged block, its counts not yet set; null when the system refuses.
 template<class Block>
-[[nodiscard]] Block *take()
+[[nodiscard]] Block *take(SmpSlabs &slabs)
 {
-    return static_cast<Block *>(takeBlock(sizeof(Block)));
+    return static_cast<Block *>(slabs.take(sizeof(Block)));
 }
 
-/// Frees and credits a block; null is allowed.
+/// Gives and credits a block; null is allowed.
 template<class Block>
-void give(Block *block)
+void give(SmpSlabs &slabs, Block *block)
 {
-    giveBlock(block, sizeof(Block));
+    slabs.give(block, sizeof(Block));
 }
 
-/// Appends an empty mid. False when the heap refuses or the root is full.
-[[nodiscard]] inline bool addMid(SmpEdgeRoot &root)
+/// Appends an empty mid. False when the system refuses or the root is full.
+[[nodiscard]] inline bool addMid(SmpSlabs &slabs, SmpEdgeRoot &root)
 {
     if (root.midCount >= SmpEdgeRoot::capacity) {
         return false;
     }
-    auto *mid = take<SmpEdgeMid>();
+    auto *mid = take<SmpEdgeMid>(slabs);
     if (mid == nullptr) {
         return false;
     }

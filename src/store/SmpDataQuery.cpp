@@ -53,8 +53,8 @@ int SmpData::locate(int chn, std::int64_t pos, SmpEdgeCursor &cursor) const
     if (names(*root, cursor) && positionOf(*root, globalIndex(cursor) - 1) <= pos) {
         found = cursor;
     }
-    std::int64_t entry = 0;
-    const int level = smpSeek::forward(*root, pos, found, entry);
+    smpSeek::Found unused;
+    const int level = smpSeek::forward(*root, pos, found, unused);
     if (level >= 0) {
         cursor = found;
     }

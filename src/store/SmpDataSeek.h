@@ -122,10 +122,29 @@ struct LowWords {
     return leaf > 0 ? root.mids[mid]->leafLast[leaf - 1] : mid > 0 ? root.midLast[mid - 1] : 0;
 }
 
+/// A leaf that exists, with what a search knows of it from the index arrays.
+struct Found {
+    const SmpEdgeLeaf *leaf = nullptr;
+    int count = 0;          ///< its entries
+    std::int64_t high = -1; ///< the high bits of all its positions, shifted up, or -1 where they differ
+    std::int64_t last = -1; ///< the position of its last entry
+};
+
+[[nodiscard]] inline Found leafAt(const SmpEdgeRoot &root, int mid, int leaf)
+{
+    const SmpEdgeMid &block = *root.mids[mid];
+    const SmpEdgeLeaf *found = block.leaves[leaf];
+    // All leaves but a channel's last one are full.
+    const bool full = mid < root.midCount - 1 || leaf < block.leafCount - 1;
+    const std::int64_t last = block.leafLast[leaf];
+    const bool shares = positionBefore(root, mid, leaf) >> 32 == last >> 32;
+    return {found, full ? SmpEdgeLeaf::capacity : found->count, shares ? last >> 32 << 32 : -1, last};
+}
+
 /// Moves `cursor` to the first entry above `pos`, or to the end mark when `pos` is there, never backwards. The cursor
-/// must name an entry, whose position `entry` becomes: mostly without a look at its high byte, which lies far off.
-/// Returns the level at `pos`, or -1, with cursor and `entry` unchanged, when `pos` is outside the data.
-[[nodiscard]] inline int forward(const SmpEdgeRoot &root, std::int64_t pos, SmpEdgeCursor &cursor, std::int64_t &entry)
+/// must name an entry; `found` tells the leaf of the one found.
+/// Returns the level at `pos`, or -1, with cursor and `found` unchanged, when `pos` is outside the data.
+[[nodiscard]] inline int forward(const SmpEdgeRoot &root, std::int64_t pos, SmpEdgeCursor &cursor, Found &found)
 {
     const int lastMid = root.midCount - 1;
     if (pos < 0 || pos > root.midLast[lastMid]) {
@@ -135,22 +154,12 @@ struct LowWords {
     const SmpEdgeMid &mid = *root.mids[m];
     const int leafHint = m == cursor.root ? cursor.mid : 0;
     const int l = firstFrom(leafHint, mid.leafCount - 1, [&](int i) { return pos < mid.leafLast[i]; });
-    const SmpEdgeLeaf &leaf = *mid.leaves[l];
-    const int entryHint = m == cursor.root && l == leafHint ? cursor.leaf : 0;
+    const int entryHint = m == cursor.root && l == cursor.mid ? cursor.leaf : 0;
 
-    // All leaves but a channel's last one are full.
-    const bool full = m < lastMid || l < mid.leafCount - 1;
-    const int last = (full ? SmpEdgeLeaf::capacity : leaf.count) - 1;
-    const std::int64_t lastPos = mid.leafLast[l];
-    int e = 0;
-    if (positionBefore(root, m, l) >> 32 == lastPos >> 32) {
-        const LowWords entries{leaf, lastPos >> 32 << 32};
-        e = entryAbove(entries, pos, entryHint, last, lastPos);
-        entry = entries.position(e);
-    } else {
-        e = entryAbove(leaf, pos, entryHint, last);
-        entry = leaf.position(e);
-    }
+    found = leafAt(root, m, l);
+    const int last = found.count - 1;
+    const int e = found.high >= 0 ? entryAbove({*found.leaf, found.high}, pos, entryHint, last, found.last)
+                                  : entryAbove(*found.leaf, pos, entryHint, last);
     cursor = {m, l, e};
     return (root.startLevel + e) & 1;
 }

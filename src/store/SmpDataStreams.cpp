@@ -7,8 +7,7 @@
 
 using namespace smpBytes;
 
-// ---- one byte a sample
-// -----------------------------------------------------------------------------------------------
+// ---- one byte a sample ---------------------------------------------------------------------------------------------
 
 bool SmpData::addBytes8(std::span<const std::uint8_t> bytes, std::int32_t start, std::int64_t &smpCountOut)
 {
@@ -55,8 +54,7 @@ bool SmpData::addBytes8(std::span<const std::uint8_t> bytes, std::int32_t start,
     return stored;
 }
 
-// ---- words of one channel in turn
-// ------------------------------------------------------------------------------------
+// ---- words of one channel in turn ----------------------------------------------------------------------------------
 
 namespace {
 
@@ -65,17 +63,27 @@ constexpr std::size_t slicedWord = 2;  // bytes
 constexpr int busyGroups = 8;          // decoded at once where channels change
 constexpr std::size_t quietBytes = 64; // compared at once; room for one group of 32 channels
 
+} // namespace
+
+/// The channels that take turns in a stream of slices, while it is decoded.
+struct SmpData::Turns {
+    const std::int32_t *chns; ///< in the order of their words
+    std::int32_t *levels;     ///< by channel
+    int slotCount;
+
+    [[nodiscard]] std::size_t groupBytes() const { return std::size_t(slotCount) * slicedWord; }
+};
+
 /// The bytes of a stream in which no channel changes, for one state of all channels.
-class QuietPattern {
+class SmpData::QuietPattern {
 public:
-    /// `levels` of the `count` channels that take turns.
-    void build(const std::int32_t *chns, int count, const std::vector<std::int32_t> &levels)
+    void build(const Turns &turns)
     {
         int slot = 0;
         for (std::size_t at = 0; at < quietBytes; at += slicedWord) {
-            const int fill = levels[std::size_t(chns[slot])] != 0 ? 0xFF : 0;
+            const int fill = turns.levels[turns.chns[slot]] != 0 ? 0xFF : 0;
             std::memset(m_bytes + at, fill, slicedWord);
-            slot = slot + 1 == count ? 0 : slot + 1;
+            slot = slot + 1 == turns.slotCount ? 0 : slot + 1;
         }
     }
 
@@ -91,17 +99,6 @@ public:
 
 private:
     std::uint8_t m_bytes[quietBytes];
-};
-
-} // namespace
-
-/// The channels that take turns in a stream of slices, while it is decoded.
-struct SmpData::Turns {
-    const std::int32_t *chns; ///< in the order of their words
-    std::int32_t *levels;     ///< by channel
-    int slotCount;
-
-    [[nodiscard]] std::size_t groupBytes() const { return std::size_t(slotCount) * slicedWord; }
 };
 
 /// True when each channel has room for whatever the next busyGroups groups hold.
@@ -176,6 +173,88 @@ void SmpData::learnStartLevels(std::span<const std::uint8_t> bytes)
     }
 }
 
+/// Where addSliced() stands in a chunk. A value on the stack, since the compiler must take every byte written into a
+/// leaf for a possible change of the store's members.
+struct SmpData::SliceRun {
+    Turns turns;
+    const std::uint8_t *at;
+    const std::uint8_t *end; ///< behind the last whole word
+    std::int64_t samples;
+    int slot;                  ///< of the word at `at`
+    bool quiet = true;         ///< nothing has changed in the current group so far
+    bool patternHolds = false; ///< the pattern is that of the present levels
+    QuietPattern pattern{};
+
+    [[nodiscard]] bool holds(std::size_t bytes) const { return std::size_t(end - at) >= bytes; }
+    void passGroups(std::int64_t groups)
+    {
+        at += std::size_t(groups) * turns.groupBytes();
+        samples += groups * slicedBits;
+    }
+    void passWord()
+    {
+        at += slicedWord;
+        if (++slot == turns.slotCount) {
+            samples += slicedBits;
+            slot = 0;
+        }
+    }
+};
+
+/// Passes whole groups in which nothing changes. @return false when the run does not stand before such groups
+bool SmpData::passQuietGroups(SliceRun &run)
+{
+    const auto groupsAtOnce = std::int64_t(quietBytes / run.turns.groupBytes());
+    if (!run.quiet || groupsAtOnce == 0 || !run.holds(quietBytes)) {
+        return false;
+    }
+    if (!run.patternHolds) {
+        run.pattern.build(run.turns);
+        run.patternHolds = true;
+    }
+    if (!run.pattern.matches(run.at)) {
+        return false;
+    }
+    do {
+        run.passGroups(groupsAtOnce);
+    } while (run.holds(quietBytes) && run.pattern.matches(run.at));
+    return true;
+}
+
+/// Decodes whole groups of busy channels. @return false when there are too few, or they may not fit
+bool SmpData::passBusyGroups(Tails &tails, SliceRun &run)
+{
+    if (run.quiet || !run.holds(busyGroups * run.turns.groupBytes()) || !hasRoom(tails, run.turns, run.samples)) {
+        return false;
+    }
+    run.quiet = !addBusyGroups(tails, run.turns, run.at, run.samples);
+    run.patternHolds = false;
+    run.passGroups(busyGroups);
+    return true;
+}
+
+/// Decodes the next word. @return false when memory is spent: the word is then not passed
+bool SmpData::addWord(Tails &tails, SliceRun &run)
+{
+    const std::uint32_t word = load16(run.at);
+    const auto chn = std::size_t(run.turns.chns[run.slot]);
+    // Bit k of `changed` is set where sample k differs from the one before it.
+    std::uint32_t changed = (word ^ (word << 1 | std::uint32_t(run.turns.levels[chn]))) & 0xFFFF;
+    if (changed != 0) {
+        run.quiet = false;
+        run.patternHolds = false;
+        run.turns.levels[chn] = std::int32_t(word >> (slicedBits - 1));
+        changed = (tails.present() >> chn & 1) != 0 ? changed : 0;
+        for (; changed != 0; changed &= changed - 1) {
+            if (!tails.add(chn, run.samples + std::countr_zero(changed))) [[unlikely]] {
+                return false;
+            }
+        }
+    }
+    run.passWord();
+    return true;
+}
+
 bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start, std::int64_t &smpCountOut)
 {
     bytes = bytes.subspan(std::min(std::size_t(std::max(start, 0)), bytes.size()));
@@ -188,74 +267,25 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
         return true;
     }
     Tails tails(*this, smpCount);
-    QuietPattern pattern;
-    bool patternHolds = false; // built for the levels as they are
-    bool quiet = true;         // the current group, so far
-    // Copies, since the compiler must take every byte written into a leaf for a possible change of the members.
-    const int slotCount = m_slotCount;
-    const std::int32_t *const chns = slicedChn.data();
-    std::int32_t *const levels = slicedLevel.data();
-    const Turns turns{chns, levels, slotCount};
-    const std::size_t groupBytes = turns.groupBytes();
-    const auto groupsAtOnce = std::int64_t(quietBytes / groupBytes);
-    std::int64_t samples = smpCount;
-    int slot = m_slot;
-    const std::uint8_t *at = bytes.data();
-    const std::uint8_t *end = at + bytes.size() / slicedWord * slicedWord;
+    const std::uint8_t *end = bytes.data() + bytes.size() / slicedWord * slicedWord;
+    SliceRun run{{slicedChn.data(), slicedLevel.data(), m_slotCount}, bytes.data(), end, smpCount, m_slot};
     bool stored = true;
-    while (at != end) {
-        if (slot == 0 && quiet && groupsAtOnce > 0 && std::size_t(end - at) >= quietBytes) {
-            if (!patternHolds) {
-                pattern.build(slicedChn.data(), m_slotCount, slicedLevel);
-                patternHolds = true;
-            }
-            if (pattern.matches(at)) {
-                at += std::size_t(groupsAtOnce) * groupBytes;
-                samples += groupsAtOnce * slicedBits;
+    while (run.at != end && stored) {
+        if (run.slot == 0) {
+            if (passQuietGroups(run) || passBusyGroups(tails, run)) {
                 continue;
             }
+            run.quiet = true;
         }
-        if (slot == 0 && !quiet && std::size_t(end - at) >= busyGroups * groupBytes && hasRoom(tails, turns, samples)) {
-            quiet = !addBusyGroups(tails, turns, at, samples);
-            patternHolds = false;
-            at += busyGroups * groupBytes;
-            samples += std::int64_t(busyGroups) * slicedBits;
-            continue;
-        }
-        quiet = quiet || slot == 0;
-        const std::uint32_t word = load16(at);
-        const auto chn = std::size_t(chns[slot]);
-        // Bit k of `changed` is set where sample k differs from the one before it.
-        std::uint32_t changed = (word ^ (word << 1 | std::uint32_t(levels[chn]))) & 0xFFFF;
-        if (changed != 0) {
-            quiet = false;
-            patternHolds = false;
-            levels[chn] = std::int32_t(word >> (slicedBits - 1));
-            changed = (tails.present() >> chn & 1) != 0 ? changed : 0;
-            for (; changed != 0; changed &= changed - 1) {
-                if (!tails.add(chn, samples + std::countr_zero(changed))) [[unlikely]] {
-                    stored = false;
-                    break;
-                }
-            }
-            if (!stored) [[unlikely]] {
-                break;
-            }
-        }
-        at += slicedWord;
-        if (++slot == slotCount) {
-            samples += slicedBits;
-            slot = 0;
-        }
+        stored = addWord(tails, run);
     }
-    m_slot = slot;
-    smpCount = samples;
-    smpCountOut = samples;
+    m_slot = run.slot;
+    smpCount = run.samples;
+    smpCountOut = run.samples;
     return stored;
 }
 
-// ---- simulated runs
-// --------------------------------------------------------------------------------------------------
+// ---- simulated runs ------------------------------------------------------------------------------------------------
 
 bool SmpData::addPulses(std::span<const std::int32_t> widths, int chn, std::int64_t &pos)
 {

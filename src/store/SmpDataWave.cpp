@@ -1,5 +1,6 @@
 #include "store/SmpDataBlocks.h"
 #include "store/SmpDataSeek.h"
+#include "store/SmpEdgeReader.h"
 
 #include <cmath>
 #include <limits>
@@ -13,25 +14,6 @@ std::int64_t wholePosition(double value)
 {
     constexpr double limit = 4.0e18; // below 2^63, so that it converts
     return static_cast<std::int64_t>(std::clamp(value, 0.0, limit));
-}
-
-/// Steps to the next entry. False at the last one.
-bool advance(const SmpEdgeRoot &root, SmpEdgeCursor &cursor)
-{
-    const SmpEdgeMid &mid = *root.mids[cursor.root];
-    if (cursor.leaf + 1 < mid.leaves[cursor.mid]->count) {
-        ++cursor.leaf;
-        return true;
-    }
-    if (cursor.mid + 1 < mid.leafCount) {
-        cursor = {cursor.root, cursor.mid + 1, 0};
-        return true;
-    }
-    if (cursor.root + 1 < root.midCount) {
-        cursor = {cursor.root + 1, 0, 0};
-        return true;
-    }
-    return false;
 }
 
 /// Collects the runs of one line; silently full at `width`, which a sound line never passes.
@@ -63,44 +45,42 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
     constexpr int denseEntries = 64; // in a column, from which on the cache lines of the next ones are fetched early
     constexpr int scoutColumns = 4;  // how early
     const double firstColumn = start < 0.0 ? std::trunc(-start / step) : 0.0;
-    SmpEdgeCursor cursor;
-    std::int64_t entry = 0;
-    int level = smpSeek::forward(*root, start < 0.0 ? 0 : wholePosition(start), cursor, entry);
-    if (level < 0) {
+    SmpEdgeReader reader(*this, chn, start < 0.0 ? 0 : wholePosition(start));
+    if (!reader.hasData()) {
         return -1;
     }
     if (!(firstColumn <= width - 1)) {
         return 0;
     }
-    const std::int64_t last = root->midLast[root->midCount - 1];
     RunWriter runs(out, width);
     int column = int(firstColumn);
     smpSeek::Scout scout;
     for (;;) {
         // Compared before it becomes an int: at a small step an entry far to the right has no column that fits one.
-        const double entryColumn = std::trunc((double(entry) - start) / step);
+        const double entryColumn = std::trunc((double(reader.next()) - start) / step);
         if (entryColumn > width - 1) {
             break;
         }
         const int x = int(entryColumn);
         if (x > column) {
-            runs.add(column, x - column, level);
+            runs.add(column, x - column, reader.level());
         }
-        if (entry >= last || !advance(*root, cursor)) {
+        if (reader.atEnd()) {
             return runs.count();
         }
         runs.add(x, 1, 2);
         column = x + 1;
-        const SmpEdgeCursor before = cursor;
-        level = smpSeek::forward(*root, wholePosition(column * step + start), cursor, entry);
-        if (globalIndex(cursor) - globalIndex(before) > denseEntries) {
-            scout.lookAhead(*root, cursor, (column + scoutColumns) * step + start);
+        reader.advance();
+        const SmpEdgeCursor before = reader.cursor();
+        const bool inside = reader.skipTo(wholePosition(column * step + start));
+        if (globalIndex(reader.cursor()) - globalIndex(before) > denseEntries) {
+            scout.lookAhead(*root, reader.cursor(), (column + scoutColumns) * step + start);
         }
-        if (level < 0 || column > width - 1) {
+        if (!inside || column > width - 1) {
             return runs.count();
         }
     }
-    runs.add(column, width - 1 - column, level);
+    runs.add(column, width - 1 - column, reader.level());
     return runs.count();
 }
 

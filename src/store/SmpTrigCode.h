@@ -9,4 +9,10 @@ constexpr int highLevel = 2;
 constexpr int risingEdge = 3;
 constexpr int fallingEdge = 4;
 
+/// True for the two of which all channels together can have one at most.
+[[nodiscard]] constexpr bool isEdge(int code)
+{
+    return code == risingEdge || code == fallingEdge;
+}
+
 } // namespace smpTrigCode

@@ -4,8 +4,8 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/Style.h"
-#include "device/ChnTrigger.h"
 #include "settings/Language.h"
+#include "store/SmpTrigCode.h"
 #include "wave/LabelMove.h"
 
 #include <QFontInfo>
@@ -27,19 +27,19 @@ struct Trigger {
     int code;
     const char *icon;
 };
-constexpr std::array<Trigger, 4> triggers{{{chnTrigger::risingEdge, ":/res/btnPosEdge"},
-                                           {chnTrigger::highLevel, ":/res/btnHighLevel"},
-                                           {chnTrigger::fallingEdge, ":/res/btnNegEdge"},
-                                           {chnTrigger::lowLevel, ":/res/btnLowLevel"}}};
+constexpr std::array<Trigger, 4> triggers{{{smpTrigCode::risingEdge, ":/res/btnPosEdge"},
+                                           {smpTrigCode::highLevel, ":/res/btnHighLevel"},
+                                           {smpTrigCode::fallingEdge, ":/res/btnNegEdge"},
+                                           {smpTrigCode::lowLevel, ":/res/btnLowLevel"}}};
 
 QString triggerText(int code)
 {
     switch (code) {
-    case chnTrigger::risingEdge:
+    case smpTrigCode::risingEdge:
         return ::tr("Rising edge trigger");
-    case chnTrigger::fallingEdge:
+    case smpTrigCode::fallingEdge:
         return ::tr("Falling edge trigger");
-    case chnTrigger::highLevel:
+    case smpTrigCode::highLevel:
         return ::tr("High level trigger");
     default:
         return ::tr("Low level trigger");

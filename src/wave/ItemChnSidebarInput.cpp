@@ -2,11 +2,11 @@
 
 #include "controls/MyButton.h"
 #include "controls/Style.h"
-#include "device/ChnTrigger.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
+#include "store/SmpTrigCode.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
 
@@ -136,7 +136,7 @@ void ItemChnSidebar::slotTrigMouseClicked()
     const int code = button->selected ? 0 : button->value;
     setTrigCode(code);
     gDev->setChnTrig(chnIndex, code);
-    if (chnTrigger::isEdge(code)) {
+    if (smpTrigCode::isEdge(code)) {
         emit trigEdgeChanged();
     }
 }

@@ -145,8 +145,7 @@ private slots:
     void senselessSourceDataIsHarmless();
 };
 
-// ---- arithmetic
-// -------------------------------------------------------------------------------------------------------
+// ---- arithmetic ----------------------------------------------------------------------------------------------------
 
 void TstSmpSimulate::aBlockLastsAsLongAsDepthAndRateAsk_data()
 {
@@ -258,8 +257,7 @@ void TstSmpSimulate::emptyRunsOfASourceJoinTheirNeighbours()
     QTEST(level, "level");
 }
 
-// ---- generated waves
-// --------------------------------------------------------------------------------------------------
+// ---- generated waves -----------------------------------------------------------------------------------------------
 
 void TstSmpSimulate::evenChannelsStartLowAndOddOnesHigh()
 {
@@ -351,8 +349,7 @@ void TstSmpSimulate::analogChannelsStayEmpty()
     QCOMPARE(bench.smpData->aChnPoints(1, 0.0, 1.0, 10, points), 0);
 }
 
-// ---- the course of a run
-// ----------------------------------------------------------------------------------------------
+// ---- the course of a run -------------------------------------------------------------------------------------------
 
 void TstSmpSimulate::aShortCaptureEndsAfterItsFirstBlock()
 {
@@ -409,7 +406,7 @@ void TstSmpSimulate::aStopTakesEffectWithinABlockAndKeepsIt()
     QVERIFY((bench.states.last() == State{3, 0, 0}));
     QVERIFY(!bench.smpData->complete);
     bench.smpStop = true;
-    bench.simulate.wake();
+    bench.wake();
     QTRY_COMPARE_WITH_TIMEOUT(bench.published, 1, 1500);
     QVERIFY((bench.states.last() == State{5, 0, 0}));
     QCOMPARE(bench.smpData->sampleCount(), std::int64_t(40000));
@@ -423,7 +420,7 @@ void TstSmpSimulate::anAbortedRunPublishesNothing()
     bench.simulate.startRun(bench.settings, nullptr);
     QTRY_COMPARE(bench.states.size(), 2);
     bench.simulate.abort = true;
-    bench.simulate.wake();
+    bench.wake();
     QVERIFY(bench.simulate.wait(1500));
     QCoreApplication::processEvents();
     QVERIFY((bench.states.last() == State{5, 0, 0}));
@@ -563,8 +560,7 @@ void TstSmpSimulate::aThreadThatCannotBeHadIsReported()
     QVERIFY(bench.run());
 }
 
-// ---- data of a source
-// -------------------------------------------------------------------------------------------------
+// ---- data of a source ----------------------------------------------------------------------------------------------
 
 void TstSmpSimulate::aSourceIsBegunOnceAskedForEachBlockAndReleasedOnce()
 {

@@ -1,11 +1,15 @@
 // Whole captures of a device with memory: from the start over the poll to the closed store.
 
 #include "CaptureDesk.h"
-#include "Captures.h"
-#include "NaiveTrigger.h"
-#include "SmpStreams.h"
+#include "store/Captures.h"
+#include "store/NaiveTrigger.h"
+#include "store/SmpLease.h"
+#include "store/SmpStreams.h"
 
 #include <QElapsedTimer>
+
+#include <memory>
+#include <thread>
 
 using naiveTrigger::Random;
 using smpStreams::Bytes;
@@ -98,6 +102,8 @@ private slots:
     void theRingComesBackEdgeForEdge_data();
     void theRingComesBackEdgeForEdge();
     void theTriggerStandsAtTheEndOfItsRecord();
+    void theLastCaptureIsReadOnUntilTheRecordsCome();
+    void aReadBackThatIsGivenUpKeepsTheLastCapture();
     void channelsThatAreOffHaveNoData();
     void aStreamLongerThanTheDepthIsCut();
     void buffersMayCutAGroup_data();
@@ -168,6 +174,43 @@ void TstSmpStorageRun::theRingComesBackEdgeForEdge()
     QCOMPARE(desk.device.calls(), QStringList({QStringLiteral("startDevice"), QStringLiteral("readStatus"),
                                                QStringLiteral("readCaptureInfo"), QStringLiteral("setReadWindow")}));
     QCOMPARE(desk.leak(), std::int64_t(0));
+}
+
+void TstSmpStorageRun::theLastCaptureIsReadOnUntilTheRecordsCome()
+{
+    RingDesk desk(600);
+    captures::close(*desk.smpData, {{5}}, 10);
+    auto lease = std::make_unique<SmpLease>(desk.smpData.get());
+    bool undisturbed = false;
+    desk.device.onCall = [&](const QString &call) {
+        if (call == QLatin1String("readCaptureInfo")) {
+            undisturbed = !lease->writerWaits();
+        }
+    };
+    desk.startStorage();
+    while (!lease->writerWaits()) {
+        std::this_thread::yield();
+    }
+    desk.smpStop = true; // which asks for what there is, and is no reason not to wait
+    lease.reset();
+    QVERIFY(desk.runToEnd());
+    QVERIFY(undisturbed);
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QVERIFY(desk.holdsAll());
+}
+
+void TstSmpStorageRun::aReadBackThatIsGivenUpKeepsTheLastCapture()
+{
+    RingDesk desk(600);
+    captures::close(*desk.smpData, {{5}}, 10);
+    const SmpLease lease(desk.smpData.get());
+    desk.smpCut = true;
+    desk.startStorage();
+    desk.stop();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QCOMPARE(desk.published, 1);
+    QCOMPARE(desk.smpData->sampleCount(), std::int64_t(10));
 }
 
 void TstSmpStorageRun::theTriggerStandsAtTheEndOfItsRecord()
@@ -378,8 +421,7 @@ void TstSmpStorageRun::tooFewRecordsForAGroupStillReadWithoutAShare()
     QCOMPARE(desk.published, 1);
 }
 
-// ---- stops
-// ---------------------------------------------------------------------------------------------------------------
+// ---- stops ---------------------------------------------------------------------------------------------------------
 
 void TstSmpStorageRun::aStopEndsThePollAtOnce_data()
 {
@@ -433,8 +475,7 @@ void TstSmpStorageRun::aStopBeforeTheTriggerLeavesNone()
     QVERIFY(desk.holdsAll());
 }
 
-// ---- failures
-// ------------------------------------------------------------------------------------------------------------
+// ---- failures ------------------------------------------------------------------------------------------------------
 
 void TstSmpStorageRun::aFailedRequestEndsInItsCode_data()
 {

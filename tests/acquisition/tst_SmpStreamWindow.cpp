@@ -1,5 +1,5 @@
-#include "NaiveTrigger.h"
 #include "acquisition/SmpStreamWindow.h"
+#include "store/NaiveTrigger.h"
 
 #include <QtTest>
 

@@ -1,9 +1,13 @@
 // Whole captures of a device that streams: from the bulk pipe to the closed store.
 
 #include "CaptureDesk.h"
-#include "Captures.h"
-#include "NaiveTrigger.h"
-#include "SmpStreams.h"
+#include "store/Captures.h"
+#include "store/NaiveTrigger.h"
+#include "store/SmpLease.h"
+#include "store/SmpStreams.h"
+
+#include <memory>
+#include <thread>
 
 using naiveTrigger::Random;
 using smpStreams::Bytes;
@@ -131,6 +135,8 @@ private slots:
     void channelsThatAreOffHaveNoData();
     void withoutATriggerTheCaptureBeginsAtOnce();
     void aTriggerInTheFirstGroupHasFewerSamplesBeforeIt();
+    void aRunBeginsWhenTheLastCaptureIsNoLongerRead();
+    void aStopWhileTheLastCaptureIsReadKeepsIt();
     void theWindowReachesBackIntoAnEarlierBuffer();
     void aLongWaitHoldsNoMoreThanTheWindow_data();
     void aLongWaitHoldsNoMoreThanTheWindow();
@@ -275,6 +281,37 @@ void TstSmpTransferRun::withoutATriggerTheCaptureBeginsAtOnce()
     QCOMPARE(desk.last(), (State{5, 0, 0}));
 }
 
+void TstSmpTransferRun::aRunBeginsWhenTheLastCaptureIsNoLongerRead()
+{
+    PulseDesk desk(16, 4000, 1000);
+    captures::close(*desk.smpData, {{5}}, 10);
+    auto lease = std::make_unique<SmpLease>(desk.smpData.get());
+    desk.startStreaming();
+    while (!lease->writerWaits()) {
+        std::this_thread::yield();
+    }
+    QCOMPARE(desk.smpData->lastPosition(0), std::int64_t(10));
+    QVERIFY(!desk.device.running); // nothing is sent that nobody takes
+    lease.reset();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QCOMPARE(desk.smpData->sampleCount(), desk.settings.depth);
+}
+
+void TstSmpTransferRun::aStopWhileTheLastCaptureIsReadKeepsIt()
+{
+    PulseDesk desk(16, 4000, 1000);
+    captures::close(*desk.smpData, {{5}}, 10);
+    const SmpLease lease(desk.smpData.get());
+    desk.startStreaming();
+    desk.stop();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QCOMPARE(desk.published, 1); // the view shows it again
+    QVERIFY(!lease.writerWaits());
+    QCOMPARE(desk.smpData->sampleCount(), std::int64_t(10));
+}
+
 void TstSmpTransferRun::aTriggerInTheFirstGroupHasFewerSamplesBeforeIt()
 {
     PulseDesk desk(4, 4000, 9);
@@ -416,8 +453,7 @@ void TstSmpTransferRun::aFinishedCaptureStopsTheDeviceOnce()
     QCOMPARE(desk.bulk.limit, 0);
 }
 
-// ---- stops
-// ---------------------------------------------------------------------------------------------------------------
+// ---- stops ---------------------------------------------------------------------------------------------------------
 
 void TstSmpTransferRun::aStopWhileWaitingKeepsWhatIsHeld()
 {
@@ -512,8 +548,7 @@ void TstSmpTransferRun::afterAStopNoErrorIsShownWhateverTheReadSays()
     QCOMPARE(desk.published, 1);
 }
 
-// ---- failures
-// ------------------------------------------------------------------------------------------------------------
+// ---- failures ------------------------------------------------------------------------------------------------------
 
 void TstSmpTransferRun::aStreamThatEndsEarlyIsReported_data()
 {

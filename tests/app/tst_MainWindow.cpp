@@ -170,8 +170,7 @@ void TstMainWindow::theAnalogModelShowsItsProgressInTheBarAlone()
 void TstMainWindow::theNoteOfAMalformedRecordIsOnlySaved()
 {
     BoxCloser closer;
-    gDev->smpData->zeroSmpCnt = 4711;
-    emit gDev->sigSmpSta(4, 32, 4711);
+    emit gDev->sigSmpSta(4, 32, 4711); // the store belongs to the next capture's writer by then
     QCOMPARE(globalGet(QStringLiteral("zeroSmpCnt")), QStringLiteral("4711"));
     QCOMPARE(closer.seen.count, 0);
     QVERIFY(!m_dialog->isVisible());

@@ -110,8 +110,7 @@ private slots:
     void negativeSavedTriggersAreKeptAndTriggerNothing();
 };
 
-// ---- rates, depths and channels
-// ---------------------------------------------------------------------------------------
+// ---- rates, depths and channels ------------------------------------------------------------------------------------
 
 void TstDevBase::theRateLimitsFollowTheModel_data()
 {
@@ -293,8 +292,7 @@ void TstDevBase::aChannelListOfAnotherLengthIsHarmless()
     QVERIFY(device->aChnEnable.isEmpty());
 }
 
-// ---- triggers
-// ---------------------------------------------------------------------------------------------------------
+// ---- triggers ------------------------------------------------------------------------------------------------------
 
 void TstDevBase::anEdgeTriggerIsAloneAmongEdges()
 {
@@ -410,8 +408,7 @@ void TstDevBase::samplesBeforeTheTriggerNeedADigitalTrigger()
     QCOMPARE(deep->preTrigSamples(), std::int64_t(3300000000));
 }
 
-// ---- towards the instrument
-// -------------------------------------------------------------------------------------------
+// ---- towards the instrument ----------------------------------------------------------------------------------------
 
 void TstDevBase::theInstrumentsSettingsFollowTheUsers()
 {
@@ -464,8 +461,7 @@ void TstDevBase::theTransportIsTunedToTheDataRate()
     QVERIFY(control.calls.isEmpty());
 }
 
-// ---- the configuration
-// ------------------------------------------------------------------------------------------------
+// ---- the configuration ---------------------------------------------------------------------------------------------
 
 void TstDevBase::everythingIsSavedAtOnce()
 {

@@ -114,8 +114,7 @@ private slots:
     void onlyAConnectedInstrumentIsSwitchedOff();
 };
 
-// ---- simulated captures
-// -----------------------------------------------------------------------------------------------
+// ---- simulated captures --------------------------------------------------------------------------------------------
 
 void TstDevBaseRun::withoutAnInstrumentEveryModelSimulates_data()
 {
@@ -320,8 +319,7 @@ void TstDevBaseRun::aDeviceWithoutAModelCapturesNothing()
     QCOMPARE(bare.smpDepths.size(), 15);
 }
 
-// ---- bring-up
-// ---------------------------------------------------------------------------------------------------------
+// ---- bring-up ------------------------------------------------------------------------------------------------------
 
 void TstDevBaseRun::bringUpConnectsTheModelThatItNames_data()
 {
@@ -469,8 +467,7 @@ void TstDevBaseRun::theNoHardwareModelNeverConnects()
     QVERIFY(control.calls.isEmpty());
 }
 
-// ---- a connected instrument
-// -------------------------------------------------------------------------------------------
+// ---- a connected instrument ----------------------------------------------------------------------------------------
 
 void TstDevBaseRun::pwmOutputsRunFromTheStart()
 {

@@ -108,8 +108,7 @@ private slots:
     void aStoppedRunSendsNothing();
 };
 
-// ---- Intel HEX
-// -------------------------------------------------------------------------------------------------------
+// ---- Intel HEX -----------------------------------------------------------------------------------------------------
 
 void TstFirmwareLoad::hexTextIsSentRecordByRecordWhileTheCpuStands()
 {
@@ -221,8 +220,7 @@ void TstFirmwareLoad::theCpuStandsStillAfterABadRecord()
     QCOMPARE(desk.seen, (std::vector<SeenRequest>{stopCpu}));
 }
 
-// ---- images
-// ----------------------------------------------------------------------------------------------------------
+// ---- images --------------------------------------------------------------------------------------------------------
 
 void TstFirmwareLoad::anImageIsSentInPiecesOf1024Bytes()
 {
@@ -388,8 +386,7 @@ void TstFirmwareLoad::everyTransferOfAFirmwareThatGoesWrongEndsTheSend()
     }
 }
 
-// ---- FPGA
-// ------------------------------------------------------------------------------------------------------------
+// ---- FPGA ----------------------------------------------------------------------------------------------------------
 
 void TstFirmwareLoad::anUploadIsTheImageAndZerosInWholeBlocks_data()
 {

@@ -3,6 +3,7 @@
 #include "store/SmpData.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 /// Builders of captures from plain lists of positions, and the way back. For tests.
@@ -43,6 +44,41 @@ inline Positions entries(const SmpData &data, int chn)
         all.push_back(data.entryAt(chn, {}, i));
     }
     return all;
+}
+
+/// A closed capture of one channel with entries after each of `widths`, the last one being the end mark.
+inline std::unique_ptr<SmpData> channelOf(const std::vector<std::int32_t> &widths)
+{
+    auto data = std::make_unique<SmpData>(1, 0);
+    const std::uint8_t enable[] = {1};
+    data->begin(0, 1000, enable);
+    std::int64_t pos = 0;
+    (void)data->addPulses(widths, 0, pos);
+    data->smpCount = pos;
+    data->finish(pos);
+    return data;
+}
+
+inline Positions positionsOf(const std::vector<std::int32_t> &widths)
+{
+    Positions positions;
+    std::int64_t pos = 0;
+    for (const std::int32_t width : widths) {
+        positions.push_back(pos += width);
+    }
+    return positions;
+}
+
+/// Widths without a pattern, the same in every run.
+inline std::vector<std::int32_t> irregular(std::size_t count, std::uint32_t largest)
+{
+    std::vector<std::int32_t> widths(count);
+    std::uint32_t state = 1;
+    for (std::int32_t &width : widths) {
+        state = state * 1664525U + 1013904223U;
+        width = std::int32_t((state >> 8) % largest) + 1;
+    }
+    return widths;
 }
 
 } // namespace captures

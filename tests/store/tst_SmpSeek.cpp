@@ -1,50 +1,13 @@
+#include "store/Captures.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
 
 #include <QtTest>
 
 #include <algorithm>
-#include <memory>
 #include <vector>
 
-namespace {
-
-/// A closed capture of one channel with entries after each of `widths`, the last one being the end mark.
-std::unique_ptr<SmpData> channelOf(const std::vector<std::int32_t> &widths)
-{
-    auto data = std::make_unique<SmpData>(1, 0);
-    const std::uint8_t enable[] = {1};
-    data->begin(0, 1000, enable);
-    std::int64_t pos = 0;
-    (void)data->addPulses(widths, 0, pos);
-    data->smpCount = pos;
-    data->finish(pos);
-    return data;
-}
-
-std::vector<std::int64_t> positionsOf(const std::vector<std::int32_t> &widths)
-{
-    std::vector<std::int64_t> positions;
-    std::int64_t pos = 0;
-    for (const std::int32_t width : widths) {
-        positions.push_back(pos += width);
-    }
-    return positions;
-}
-
-/// Widths without a pattern, the same in every run.
-std::vector<std::int32_t> irregular(std::size_t count, std::uint32_t largest)
-{
-    std::vector<std::int32_t> widths(count);
-    std::uint32_t state = 1;
-    for (std::int32_t &width : widths) {
-        state = state * 1664525U + 1013904223U;
-        width = std::int32_t((state >> 8) % largest) + 1;
-    }
-    return widths;
-}
-
-} // namespace
+using namespace captures;
 
 /// The search that everything else rests on, against a plain list of the same positions.
 class TstSmpSeek : public QObject {
