@@ -1,5 +1,7 @@
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
+#include "device/UsbPlatforms.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 
@@ -9,7 +11,8 @@ namespace {
 
 int runWindow()
 {
-    MainWindow window;
+    Session session(makeUsbPlatform());
+    MainWindow window(session);
     window.show();
     const int code = QApplication::exec();
     configSave(configPath());
@@ -27,10 +30,5 @@ int main(int argc, char *argv[])
     memBudgetInit();
     StartUp::initGlobals(QCoreApplication::arguments().mid(1));
     StartUp::initLook();
-    StartUp::initTransport();
-    StartUp::initDevice();
-    StartUp::initBringUp();
-    const int code = runWindow();
-    StartUp::endDevices();
-    return code;
+    return runWindow();
 }

@@ -73,11 +73,9 @@ private:
     /// The window over a bus with nothing on it.
     void makeDesk()
     {
-        m_window.reset();
-        delete gDev;
-        gDev = nullptr;
+        tearDown();
         m_desk = std::make_unique<BringUpDesk>(0, BringUpDesk::WithWindow);
-        makeWindow();
+        makeWindow(*m_desk->session);
     }
     template<class Job>
     auto instrument(const Job &job)
@@ -96,11 +94,8 @@ void TstMainWindowInit::init()
 void TstMainWindowInit::cleanup()
 {
     m_window.reset();
-    if (m_desk) {
-        m_desk.reset();
-    } else {
-        tearDown();
-    }
+    m_desk.reset();
+    tearDown();
 }
 
 // ---- the dialog
@@ -284,14 +279,12 @@ void TstMainWindowInit::aPluggedInstrumentIsConnectedWithThresholdAndOutputs()
 
 void TstMainWindowInit::anInstrumentThatIsThereAtTheStartIsFound()
 {
-    m_window.reset();
-    delete gDev;
-    gDev = nullptr;
+    tearDown();
     m_desk = std::make_unique<BringUpDesk>(0, BringUpDesk::WithWindow);
     m_desk->add(runningInstrument(3));
     m_desk->bus->plug();
     QVERIFY(m_desk->reports.isEmpty());
-    makeWindow();
+    makeWindow(*m_desk->session);
     QTRY_VERIFY_WITH_TIMEOUT(m_desk->has(6), BringUpDesk::longWait);
     QCOMPARE(m_desk->reports.first(), (Report{2, 0, 0}));
     QCOMPARE(gDev->model, 3);

@@ -5,6 +5,7 @@
 
 #include <QSemaphore>
 
+#include <optional>
 #include <thread>
 
 namespace {
@@ -136,7 +137,13 @@ void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised()
     QFETCH(int, present);
     QFETCH(int, model);
     BringUpDesk desk(present);
-    desk.swaps = false;
+    // A file begins to load when the instrument has been found.
+    std::optional<Session::FileJob> held;
+    connect(desk.init, &DevInit::sigInitSta, this, [&](int sta) {
+        if (sta == 2) {
+            held.emplace(*desk.session);
+        }
+    });
     desk.add(runningInstrument(model));
     desk.bus->plug();
     QTRY_VERIFY(desk.hasEnded());
@@ -152,12 +159,12 @@ void TstDevInit::theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo()
     QThread *const main = QThread::currentThread();
     QVector<QThread *> threads;
     bool between = false; // an event that was posted in the swap, and has come before the end
-    connect(desk.init.get(), &DevInit::sigDevPreConnect, this, [&] {
+    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] {
         threads.append(QThread::currentThread());
         QMetaObject::invokeMethod(
             this, [&] { between = between || !desk.has(6); }, Qt::QueuedConnection);
     });
-    connect(desk.init.get(), &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
+    connect(desk.init, &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
     desk.add(runningInstrument(8));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
@@ -187,7 +194,7 @@ void TstDevInit::thePausesAreThoseOfTheHardware()
     desk.add(runningInstrument(model));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
-    desk.init.reset();
+    desk.session.reset();
     QCOMPARE(seen, pauses);
 }
 
@@ -294,7 +301,7 @@ void TstDevInit::aDeviceThatGoesBeforeItsObjectIsConnectedIsTold()
     BringUpDesk desk;
     desk.add(runningInstrument(2));
     bool pulled = false;
-    connect(desk.init.get(), &DevInit::sigInitSta, this, [&](int sta) {
+    connect(desk.init, &DevInit::sigInitSta, this, [&](int sta) {
         if (sta == 5 && !pulled) {
             pulled = true;
             desk.bus->unplug();
@@ -328,9 +335,9 @@ void TstDevInit::theCoordinatorMayGoWhileAThreadWaitsForTheMainThread()
         while (turns.fetch_add(1, std::memory_order_relaxed) < i * 50000) {
             // Nearer and nearer to the wait, and into it. Yielding would take as long as a busy machine likes.
         }
-        desk.init.reset();
+        desk.session.reset();
         QCoreApplication::processEvents();
-        QVERIFY(!gDev->connected);
+        QVERIFY(!desk.has(6));
     }
 }
 
@@ -359,7 +366,7 @@ void TstDevInit::theCoordinatorMayGoInEveryPause()
     desk.add(options);
     desk.bus->plug();
     QVERIFY(QTest::qWaitFor([&reached] { return reached.tryAcquire(); }));
-    desk.init.reset();
+    desk.session.reset();
     QCOMPARE(desk.firstError(), (Report{0, 0}));
 }
 
@@ -375,7 +382,7 @@ void TstDevInit::theCoordinatorMayGoWithARunThatHasNotStarted()
     desk.bus->plug();
     QTRY_COMPARE(desk.reports.count({2, 0, 0}), 2);
     hold.release();
-    desk.init.reset();
+    desk.session.reset();
     QVERIFY(desk.asked.isEmpty());
 }
 

@@ -41,9 +41,8 @@ private:
         m_desk = std::make_unique<BringUpDesk>(model);
         m_bar = std::make_unique<Toolbar>();
         m_desk->add(runningInstrument(model));
-        connect(m_desk->init.get(), &DevInit::sigInitSta, m_bar.get(), [this](int sta, int err, int) {
+        connect(m_desk->session.get(), &Session::sigInitSta, m_bar.get(), [this](int sta, int err, int) {
             if (sta == 6 && err == 0) { // as the main window does it
-                gDev->loadVth();
                 m_bar->sendSecondThreshold();
             }
         });
