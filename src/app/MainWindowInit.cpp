@@ -46,7 +46,6 @@ void MainWindow::slotDevInitStaShow(int sta, int err, int n)
         connectDialog->show();
     } else if (sta == connected) {
         connectDialog->accept();
-        toolbar->sendSecondThreshold();
         showConnection(true);
     } else if (sta == gone) {
         showConnection(false);

@@ -18,6 +18,7 @@ constexpr int identityNameSize = 6;
 constexpr std::uint16_t readyMask = 0x8F00;
 constexpr std::uint16_t readyValue = 0x8500;
 constexpr double defaultVth = 1.65; // volts
+constexpr int vthGroup = 16;        // channels that share a threshold
 constexpr int streaming = 1;        // transferMode
 
 } // namespace
@@ -224,9 +225,18 @@ void DevBase::setVth(double volts, int index)
 
 void DevBase::loadVth()
 {
+    setVth(storedVth(1), 1);
+    if (chnEnable.size() > vthGroup) {
+        setVth(storedVth(2), 2);
+    }
+}
+
+double DevBase::storedVth(int index) const
+{
+    const QString key = index == 2 ? QStringLiteral("chnVth2") : QStringLiteral("chnVth");
     bool isNumber = false;
-    const double volts = deviceGet(name, QStringLiteral("chnVth")).toDouble(&isNumber);
-    setVth(isNumber && std::isfinite(volts) ? volts : defaultVth, 1); // "nan" and "inf" are numbers to Qt
+    const double volts = deviceGet(name, key).toDouble(&isNumber);
+    return isNumber && std::isfinite(volts) ? volts : defaultVth; // "nan" and "inf" are numbers to Qt
 }
 
 void DevBase::shutDown()

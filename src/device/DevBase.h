@@ -134,8 +134,10 @@ public:
     void resetPwm();
     /// The input threshold. Index 1: all channels, or 0 to 15 of 32; index 2: 16 to 31; others are ignored.
     void setVth(double volts, int index);
-    /// Sends the stored threshold of the first group, 1.65 V if none is stored.
+    /// Sends the stored threshold of each group of channels that the model has; 1.65 V where none is stored.
     void loadVth();
+    /// The stored threshold in volts, indices as of setVth(); 1.65 if none is stored.
+    [[nodiscard]] double storedVth(int index) const;
     /// Tells a connected instrument that the program goes away.
     void shutDown();
 

@@ -78,13 +78,6 @@ void Toolbar::showConnected(bool connected)
     smpCtrl->showConnected(connected);
 }
 
-void Toolbar::sendSecondThreshold() const
-{
-    if (vthSetting != nullptr) {
-        vthSetting->sendSecond();
-    }
-}
-
 void Toolbar::slotShortcutF5()
 {
     // Unlike a click on the button, the key leaves the focus in the field, and what is typed there not yet taken.

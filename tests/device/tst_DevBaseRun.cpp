@@ -111,6 +111,7 @@ private slots:
     void aThresholdReachesOnlyAConnectedInstrument();
     void theStoredThresholdIsSent_data();
     void theStoredThresholdIsSent();
+    void bothGroupsOfTheWideModelGetTheirStoredThreshold();
     void onlyAConnectedInstrumentIsSwitchedOff();
 };
 
@@ -573,6 +574,21 @@ void TstDevBaseRun::theStoredThresholdIsSent()
     deviceSet(device->name, QStringLiteral("chnVth"), text);
     device->loadVth();
     QTEST(control.calls.last(), "call");
+}
+
+void TstDevBaseRun::bothGroupsOfTheWideModelGetTheirStoredThreshold()
+{
+    FakeDevControl control;
+    const std::unique_ptr<DevBase> device = createDevice(9);
+    QCOMPARE(device->initDevice(identityOf("RV2540", 200, 200)), 0);
+    control.calls.clear();
+    deviceSet(device->name, QStringLiteral("chnVth"), QStringLiteral("0.90"));
+    deviceSet(device->name, QStringLiteral("chnVth2"), QStringLiteral("4.00"));
+    device->loadVth();
+    QCOMPARE(control.calls, QStringList({QStringLiteral("sendVth 1 393 242"), QStringLiteral("sendVth 2 848 0")}));
+    deviceSet(device->name, QStringLiteral("chnVth2"), QString());
+    device->loadVth();
+    QCOMPARE(control.calls.last(), QStringLiteral("sendVth 2 621 242"));
 }
 
 void TstDevBaseRun::onlyAConnectedInstrumentIsSwitchedOff()

@@ -41,11 +41,6 @@ private:
         m_desk = std::make_unique<BringUpDesk>(model);
         m_bar = std::make_unique<Toolbar>();
         m_desk->add(runningInstrument(model));
-        connect(m_desk->session.get(), &Session::sigInitSta, m_bar.get(), [this](int sta, int err, int) {
-            if (sta == 6 && err == 0) { // as the main window does it
-                m_bar->sendSecondThreshold();
-            }
-        });
         m_desk->bus->plug();
         QTRY_VERIFY(m_desk->hasEnded());
         QCOMPARE(m_desk->firstError(), (Report{0, 0}));

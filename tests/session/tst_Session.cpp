@@ -25,6 +25,7 @@ private slots:
     void aChangeOfChannelsIsTold();
     void aReplacedConfigurationMakesTheDeviceObjectAnew();
     void aReplacedConfigurationKeepsTheInstrument();
+    void whatIsStoredIsAppliedWithoutAnyPanel();
 };
 
 void TstSession::init()
@@ -195,6 +196,23 @@ void TstSession::aReplacedConfigurationKeepsTheInstrument()
     globalSet(QStringLiteral("devModel"), QStringLiteral("9"));
     QVERIFY(desk.session->replaceConfig());
     QVERIFY(!gDev->connected);
+}
+
+void TstSession::whatIsStoredIsAppliedWithoutAnyPanel()
+{
+    BringUpDesk desk;
+    deviceSet(QStringLiteral("RV2540"), QStringLiteral("chnVth"), QStringLiteral("0.90"));
+    deviceSet(QStringLiteral("RV2540"), QStringLiteral("chnVth2"), QStringLiteral("0.60"));
+    desk.add(runningInstrument(9));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.has(6));
+    desk.bus->with(0, [](emulator::Instrument &i) {
+        const emulator::Outputs &outputs = i.outputs();
+        QVERIFY(outputs.threshold(0).set && outputs.threshold(1).set);
+        QVERIFY(std::abs(outputs.threshold(0).volts() - 0.9) < 0.01);
+        QVERIFY(std::abs(outputs.threshold(1).volts() - 0.6) < 0.01);
+        QVERIFY(outputs.pwm(0).enabled && outputs.pwm(1).enabled);
+    });
 }
 
 QTEST_MAIN(TstSession)
