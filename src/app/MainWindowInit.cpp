@@ -31,6 +31,7 @@ void MainWindow::slotDevInitStaShow(int sta, int err, int n)
     if (err != 0) {
         connectDialog->setLabelText(InitStatus::errorText(sta, err));
         connectDialog->setButtonVisible(true);
+        connectDialog->show(); // an instrument may fall silent long after its bring-up
         return;
     }
     if (const int progress = InitStatus::progress(sta, n); progress >= 0) {

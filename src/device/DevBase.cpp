@@ -2,21 +2,21 @@
 
 #include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
-#include "device/DevControl.h"
+#include "device/DevConnection.h"
+#include "device/RequestQueue.h"
 #include "settings/Config.h"
 
 #include <QTimer>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 SimulationSource *gSimulationSource = nullptr;
 
 namespace {
 
 constexpr int identityNameSize = 6;
-constexpr std::uint16_t readyMask = 0x8F00;
-constexpr std::uint16_t readyValue = 0x8500;
 constexpr double defaultVth = 1.65; // volts
 constexpr int vthGroup = 16;        // channels that share a threshold
 constexpr int streaming = 1;        // transferMode
@@ -98,40 +98,75 @@ SmpRunSettings DevBase::runSettings() const
 
 void DevBase::startHardware()
 {
+    if (devControl().transport() == nullptr) {
+        report(smpState::starting, SmpDevice::notOpen, 0);
+        return;
+    }
+    // Where the last capture failed may not be taken for the read-back of this one by a stop that comes at once.
+    smpSta.store(smpState::starting, std::memory_order_release);
+    smpBusy.store(true, std::memory_order_release);
+    m_setsUp = true;
+    m_stopWanted = false;
+    const auto setUp = [config = smpConfig()](DevControl &control) { return control.sendSmpConfig(config); };
+    request(setUp, [this, capture = ++m_captures, settings = runSettings()](int error) {
+        beginRun(capture, settings, error);
+    });
+}
+
+void DevBase::beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error)
+{
+    if (capture != m_captures || !m_setsUp) {
+        return; // it has been ended meanwhile
+    }
+    m_setsUp = false;
     DevControl &control = devControl();
     SmpTransport *transport = control.transport();
-    const int error = transport != nullptr ? control.sendSmpConfig(smpConfig()) : SmpDevice::notOpen;
-    if (error != 0) {
-        report(0, error, 0); // an instrument that is set up otherwise would capture something else
+    if (error != 0 || m_stopWanted || transport == nullptr) {
+        smpBusy.store(false, std::memory_order_release);
+        // An instrument that is set up otherwise would capture something else. One that was stopped has done nothing.
+        report(error != 0 ? smpState::starting : smpState::done, error, 0);
         return;
     }
     receiveBulk();
-    ++m_captures;
-    // Where the last capture failed may not be taken for the read-back of this one by a stop that comes at once.
-    smpSta.store(smpState::starting, std::memory_order_release);
     if (transferMode == streaming) {
-        thrCtrlTransfer.startRun(runSettings(), control, *transport);
+        thrCtrlTransfer.startRun(settings, control, *transport);
     } else {
-        thrCtrlStorage.startRun(runSettings(), control, *transport);
+        thrCtrlStorage.startRun(settings, control, *transport);
     }
+}
+
+void DevBase::setStop()
+{
+    smpStop.store(true, std::memory_order_release);
+    thrSimulate.wake();
+    wake();
 }
 
 void DevBase::stopCapture()
 {
-    const bool stopsDevice = connected && smpBusy.load(std::memory_order_acquire);
+    if (m_setsUp) {
+        m_stopWanted = true;
+        return;
+    }
+    if (!connected || !smpBusy.load(std::memory_order_acquire)) {
+        setStop();
+        return;
+    }
+    const auto stopDevice = [](DevControl &control) { return control.stopDevice(); };
+    const std::uint32_t capture = m_captures;
     // A stream goes on until the instrument stops, and whatever comes meanwhile is known to be the end. Memory may only
     // be read back once the instrument has stopped.
-    if (stopsDevice && transferMode != streaming) {
-        cutReadBack();
-        devControl().stopDevice();
+    if (transferMode == streaming) {
+        setStop();
+        request(stopDevice, [this, capture](int) { breakOffSilentStream(capture); });
+        return;
     }
-    smpStop.store(true, std::memory_order_release);
-    thrSimulate.wake();
-    wake();
-    if (stopsDevice && transferMode == streaming) {
-        devControl().stopDevice();
-        breakOffSilentStream();
-    }
+    cutReadBack();
+    request(stopDevice, [this, capture](int) {
+        if (capture == m_captures) {
+            setStop();
+        }
+    });
 }
 
 /// Ends the read-back that is under way, if one is. What is not read yet is lost, as the user wants it.
@@ -145,10 +180,10 @@ void DevBase::cutReadBack()
 }
 
 /// Gives a stream that was stopped the time to bring its end; a device that falls silent is not waited for.
-void DevBase::breakOffSilentStream()
+void DevBase::breakOffSilentStream(std::uint32_t capture)
 {
     constexpr int graceMs = 200;
-    QTimer::singleShot(graceMs, this, [this, capture = m_captures] {
+    QTimer::singleShot(graceMs, this, [this, capture] {
         SmpTransport *transport = devControl().transport();
         if (capture == m_captures && smpBusy.load(std::memory_order_acquire) && transport != nullptr) {
             transport->breakOffStream();
@@ -166,6 +201,9 @@ void DevBase::endCapture()
 
 void DevBase::endHardware()
 {
+    if (std::exchange(m_setsUp, false)) {
+        smpBusy.store(false, std::memory_order_release); // nothing runs yet
+    }
     if (smpBusy.load(std::memory_order_acquire)) {
         smpAbort.store(true, std::memory_order_release);
         smpStop.store(true, std::memory_order_release);
@@ -182,53 +220,95 @@ void DevBase::endHardware()
     thrCnvtStorage.join();
 }
 
-void DevBase::setPwmEnable(bool on0, bool on1)
+void DevBase::request(std::function<int(DevControl &)> job, std::function<void(int result)> done)
 {
-    pwmEnable = {on0, on1};
-    if (connected) {
-        devControl().sendPwmEnable(std::uint8_t((on0 ? 1 : 0) | (on1 ? 2 : 0)));
+    if (RequestQueue *requests = devRequests(); requests != nullptr) {
+        requests->post(std::move(job), this, std::move(done));
+    } else {
+        done(job(devControl()));
     }
 }
 
-void DevBase::setPwm(int output, double frequ, double duty)
+void DevBase::tell(const DevOrder &order)
 {
-    if (output < 0 || output > 1) {
+    if (!connected) {
         return;
     }
+    if (RequestQueue *requests = devRequests(); requests != nullptr) {
+        requests->postLatest(order.key(), [order](DevControl &control) { return order.send(control); });
+    } else {
+        order.send(devControl());
+    }
+}
+
+void DevBase::tell(const std::vector<DevOrder> &orders)
+{
+    if (connected) {
+        request([orders](DevControl &control) { return sendOrders(control, orders, [] { return true; }); }, [](int) {});
+    }
+}
+
+void DevBase::setPwmEnable(bool on0, bool on1)
+{
+    pwmEnable = {on0, on1};
+    tell(DevOrder::enablePwm(on0, on1));
+}
+
+PwmCounts DevBase::takePwm(int output, double frequ, double duty, bool hasClock)
+{
     const auto index = std::size_t(output);
     // fmax and fmin, unlike clamp, turn what is no number into a limit.
     pwmFrequ[index] = std::fmin(std::fmax(frequ, 0.1), 2e7);
     pwmDuty[index] = std::fmin(std::fmax(duty, 0.0), 100.0);
-    if (!connected) {
-        return;
+    if (!hasClock) {
+        return {};
     }
     const PwmCounts counts = pwmCounts(pwmClock, pwmFrequ[index], pwmDuty[index]);
     pwmFrequ[index] = counts.frequ;
     pwmDuty[index] = counts.duty;
-    devControl().sendPwm(output, counts.period, counts.high);
+    return counts;
+}
+
+void DevBase::setPwm(int output, double frequ, double duty)
+{
+    if (output >= 0 && output <= 1) {
+        tell(DevOrder::setPwm(output, takePwm(output, frequ, duty, connected)));
+    }
+}
+
+std::vector<DevOrder> DevBase::startOutputs(bool hasClock)
+{
+    const PwmCounts first = takePwm(0, 1000.0, 50.0, hasClock);
+    const PwmCounts second = takePwm(1, 100000.0, 50.0, hasClock);
+    pwmEnable = {true, true};
+    return {DevOrder::enablePwm(false, false), DevOrder::setPwm(0, first), DevOrder::setPwm(1, second),
+            DevOrder::enablePwm(true, true)};
 }
 
 void DevBase::resetPwm()
 {
-    setPwmEnable(false, false);
-    setPwm(0, 1000.0, 50.0);
-    setPwm(1, 100000.0, 50.0);
-    setPwmEnable(true, true);
+    tell(startOutputs(connected));
 }
 
 void DevBase::setVth(double volts, int index)
 {
-    if (connected && (index == 1 || index == 2)) {
-        devControl().sendVth(index, vthCodes(volts));
+    if (index == 1 || index == 2) {
+        tell(DevOrder::setThreshold(index, volts));
     }
+}
+
+std::vector<DevOrder> DevBase::storedThresholds() const
+{
+    std::vector<DevOrder> orders{DevOrder::setThreshold(1, storedVth(1))};
+    if (chnEnable.size() > vthGroup) {
+        orders.push_back(DevOrder::setThreshold(2, storedVth(2)));
+    }
+    return orders;
 }
 
 void DevBase::loadVth()
 {
-    setVth(storedVth(1), 1);
-    if (chnEnable.size() > vthGroup) {
-        setVth(storedVth(2), 2);
-    }
+    tell(storedThresholds());
 }
 
 double DevBase::storedVth(int index) const
@@ -241,23 +321,65 @@ double DevBase::storedVth(int index) const
 
 void DevBase::shutDown()
 {
-    if (connected) {
-        devControl().powerOff();
+    if (!connected) {
+        return;
+    }
+    if (RequestQueue *requests = devRequests(); requests != nullptr) {
+        requests->drop(); // nothing else matters any more
+    }
+    request([](DevControl &control) { return control.powerOff(); }, [](int) {});
+}
+
+int DevBase::prepareConnection(const QByteArray &identity, DevConnection &connection)
+{
+    connection.model = model;
+    connection.identity = identity;
+    const int error = readIdentity(identity, connection);
+    if (error == 0) {
+        connection.orders = storedThresholds();
+        const std::vector<DevOrder> outputs = startOutputs(true);
+        connection.orders.insert(connection.orders.end(), outputs.begin(), outputs.end());
+    }
+    return error;
+}
+
+void DevBase::takeConnection(const DevConnection &connection)
+{
+    if (connection.uid.size() == DevControl::uidSize) {
+        devUid = connection.uid;
+    }
+    connected = true;
+}
+
+void DevBase::loseConnection()
+{
+    connected = false;
+    devUid.fill('\0');
+    if (RequestQueue *requests = devRequests(); requests != nullptr) {
+        requests->drop();
     }
 }
 
 int DevBase::initDevice(const QByteArray &identity)
 {
+    DevConnection connection;
+    if (const int error = readIdentity(identity, connection); error != 0) {
+        return error;
+    }
+    if (const int error = connection.perform(devControl(), [] { return true; }); error != 0) {
+        return error;
+    }
+    takeConnection(connection);
+    return 0;
+}
+
+int DevBase::readIdentity(const QByteArray &identity, DevConnection &connection)
+{
     if (!namesThisModel(identity)) {
-        return errWrongModel;
+        return DevConnection::errWrongModel;
     }
     readClocks(identity);
-    if (memSize > 0) {
-        if (const int error = checkReady(); error != 0) {
-            return error;
-        }
-    }
-    finishInit();
+    connection.readsStatus = memSize > 0;
     return 0;
 }
 
@@ -278,25 +400,4 @@ void DevBase::readClocks(const QByteArray &identity)
     };
     clockFrequ = megahertz(8) * 1000000;
     pwmClock = megahertz(10) * 1000000;
-}
-
-int DevBase::checkReady()
-{
-    std::uint16_t status = 0;
-    if (const int error = devControl().readStatus(status); error != 0) {
-        return error;
-    }
-    if (const int error = statusError(status); error != 0) {
-        return error;
-    }
-    return (status & readyMask) == readyValue ? 0 : errNotReady;
-}
-
-void DevBase::finishInit()
-{
-    QByteArray uid;
-    if (devControl().readUid(uid) == 0 && uid.size() == DevControl::uidSize) {
-        devUid = uid;
-    }
-    connected = true;
 }

@@ -15,7 +15,13 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <vector>
 
+class DevControl;
+struct DevConnection;
+struct DevOrder;
+struct PwmCounts;
 struct SmpConfig;
 
 /// How many digital channels may run at which rate.
@@ -112,21 +118,20 @@ public:
     [[nodiscard]] SmpConfig smpConfig() const;
 
     // ---- run control; main thread ----------------------------------------------------------------------------------
-    /// Starts one capture, unless one is running. Returns at once, with an instrument after the requests that set it
-    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on: it waits for
-    /// those who still read the last one. That of an instrument keeps the last one until its data comes.
+    /// Starts one capture, unless one is running. Returns at once; sigSmpSta and sigSmpDataReady tell the rest. A
+    /// simulated capture admits no reader from here on: it waits for those who still read the last one. That of an
+    /// instrument keeps the last one until its data comes.
     void startCapture();
     /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
     [[nodiscard]] bool isCapturing() const;
-    /// Asks the running capture to end; what has been captured is kept. Does not wait, beside for the request that
-    /// stops an instrument.
+    /// Asks the running capture to end; what has been captured is kept. Does not wait.
     void stopCapture();
     /// Ends a capture without publishing its data, and waits for its threads. For who takes away what the run needs,
     /// such as the source of its data. Harmless without a capture.
     void endCapture();
 
-    // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, and then may
-    // block for a control transfer. Nothing is reported.
+    // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, by way of the
+    // requests that wait for it. They never block, and nothing is reported.
     void setPwmEnable(bool on0, bool on1);
     /// Limits `frequ` to 0.1 to 2e7 Hz and `duty` to 0 to 100 percent. Ignored for an output other than 0 and 1.
     void setPwm(int output, double frequ, double duty);
@@ -144,11 +149,22 @@ public:
     /// Loads the model's settings from the configuration. What it holds may be wrong in any way.
     void loadConfig();
 
-    /// Called at the end of bring-up with the identity block; bytes that it lacks count as 0. May block for some
-    /// control transfers. Main thread.
+    // ---- the connection; main thread
+
+    /// Takes the clocks from the identity block, whose missing bytes count as 0, and tells what the instrument is to be
+    /// asked and told before takeConnection(). Never blocks.
+    /// @return 0; 1 this model never connects; 11 the block names another model
+    [[nodiscard]] int prepareConnection(const QByteArray &identity, DevConnection &connection);
+    /// The instrument has been asked: `connected` from now on.
+    void takeConnection(const DevConnection &connection);
+    /// The instrument has gone: requests that wait for it are forgotten.
+    void loseConnection();
+    /// All of it at once, but for what is stored, for who may wait: blocks for some control transfers.
     /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
-    virtual int initDevice(const QByteArray &identity);
-    static constexpr int errWrongModel = 11; ///< also of a bring-up whose device object is another model's
+    int initDevice(const QByteArray &identity);
+    /// Has requests made behind those that wait already, see RequestQueue::post(). `done` comes on the main thread, and
+    /// not after this object's end.
+    void request(std::function<int(DevControl &)> job, std::function<void(int result)> done);
 
     // The threads of captures; at most one pair of the instrument's or the simulation runs.
     SmpSimulate thrSimulate{*this};
@@ -165,19 +181,16 @@ signals:
     void sigCaptureStarts();
 
 protected:
-    static constexpr int errNotReady = 12;
-
     /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.
     void initRateLimits(int mode);
 
-    // The steps of initDevice(), for models that differ in one of them.
+    /// Takes what an identity block tells, and sets what must be asked. @return as prepareConnection()
+    [[nodiscard]] virtual int readIdentity(const QByteArray &identity, DevConnection &connection);
+
+    // The steps of readIdentity(), for models that differ in one of them.
     [[nodiscard]] static std::uint8_t identityByte(const QByteArray &identity, int index);
     [[nodiscard]] bool namesThisModel(const QByteArray &identity) const;
     void readClocks(const QByteArray &identity);
-    /// @return 0, or the error code of an instrument that cannot be read or is not ready
-    [[nodiscard]] int checkReady();
-    /// Reads the identity, which may fail, and sets `connected`.
-    void finishInit();
     /// Streaming models: tells the transport the present rate of data.
     void tuneChunkSize();
     /// Makes the capture threads of this model the receiver of what the transport reads, if there is a transport.
@@ -185,9 +198,20 @@ protected:
 
 private:
     void startHardware();
+    /// The instrument has been set up for the capture of that number, or could not be.
+    void beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error);
     void endHardware();
+    void setStop();
     void cutReadBack();
-    void breakOffSilentStream();
+    void breakOffSilentStream(std::uint32_t capture);
+    /// Has the instrument told, while one is connected.
+    void tell(const DevOrder &order);
+    void tell(const std::vector<DevOrder> &orders);
+    [[nodiscard]] std::vector<DevOrder> storedThresholds() const;
+    /// Sets both outputs to where they start from, and tells what an instrument must be told for it.
+    [[nodiscard]] std::vector<DevOrder> startOutputs(bool hasClock);
+    /// Takes what is limited and, with a clock, what can be produced.
+    PwmCounts takePwm(int output, double frequ, double duty, bool hasClock);
     [[nodiscard]] SmpRunSettings runSettings() const;
     void loadAnalogConfig();
     void saveChnEnable();
@@ -195,6 +219,8 @@ private:
     void saveAChnTrig();
 
     std::uint32_t m_captures = 0; ///< of an instrument, started so far
+    bool m_setsUp = false;        ///< a capture waits for the requests that set the instrument up
+    bool m_stopWanted = false;    ///< ... and is to end before it begins
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

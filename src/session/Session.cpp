@@ -5,6 +5,7 @@
 #include "device/DevInit.h"
 #include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
+#include "device/RequestQueue.h"
 #include "device/UsbTransport.h"
 #include "settings/Config.h"
 
@@ -14,8 +15,6 @@
 #include <utility>
 
 namespace {
-
-constexpr int staConnected = 6; // of a bring-up
 
 int storedModel()
 {
@@ -28,21 +27,17 @@ Session::Session(std::unique_ptr<UsbPlatform> platform) : Session(std::move(plat
 
 Session::Session(std::unique_ptr<UsbPlatform> platform, int model)
     : m_transport(std::make_unique<UsbTransport>(std::move(platform))),
-      m_control(std::make_unique<DevControlUsb>(*m_transport))
+      m_control(std::make_unique<DevControlUsb>(*m_transport)),
+      m_requests(std::make_unique<RequestQueue>(*m_control))
 {
     Q_ASSERT(gUsb == nullptr && gDev == nullptr && gDevInit == nullptr);
     gUsb = m_transport.get();
-    setDevControl(m_control.get());
+    setDevControl(m_control.get(), m_requests.get());
     makeDevice(model);
     m_bringUp = std::make_unique<DevInit>(*m_transport);
     gDevInit = m_bringUp.get();
     // Both are emitted on this thread: the device object has been swapped when the second returns.
-    connect(gDevInit, &DevInit::sigInitSta, this, [this](int sta, int err, int n) {
-        if (sta == staConnected && err == 0) {
-            applyStored();
-        }
-        emit sigInitSta(sta, err, n);
-    });
+    connect(gDevInit, &DevInit::sigInitSta, this, &Session::sigInitSta);
     connect(gDevInit, &DevInit::sigDevPreConnect, this, &Session::chooseModel);
 }
 
@@ -52,6 +47,7 @@ Session::~Session()
     m_bringUp.reset();
     delete std::exchange(gDev, nullptr);
     setDevControl(nullptr);
+    m_requests.reset(); // when the last of them has been made
     gUsb = nullptr;
 }
 
@@ -122,17 +118,11 @@ bool Session::replaceConfig()
     const int model = storedModel();
     const bool stays = gDev->connected && gDev->model == model;
     replaceDevice(model);
-    if (stays && gDev->initDevice(m_bringUp->identity()) == 0) {
-        applyStored();
+    if (stays) {
+        m_bringUp->reconnect();
     }
     emit sigDeviceReplaced();
     return true;
-}
-
-void Session::applyStored()
-{
-    gDev->loadVth();
-    gDev->resetPwm();
 }
 
 bool Session::watchDevices(std::uintptr_t window)

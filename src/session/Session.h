@@ -7,6 +7,7 @@
 
 class DevControlUsb;
 class DevInit;
+class RequestQueue;
 class UsbPlatform;
 class UsbTransport;
 
@@ -63,8 +64,8 @@ public:
     /// Makes the device object one of this model, and stores "devModel". Nothing when it is one already.
     /// @return true when `gDev` is of the model now; false when it may not be replaced
     bool chooseModel(int model);
-    /// The configuration has been replaced: makes the device object anew from it, and connects it again when the model
-    /// stays the same. @return false when it may not be replaced
+    /// The configuration has been replaced: makes the device object anew from it, and goes on with the instrument when
+    /// the model stays the same. @return false when it may not be replaced
     bool replaceConfig();
     /// Asks the system to tell when instruments come and go, and looks for one whenever it does.
     /// @param window  the system's id of the main window, which Windows sends such messages to; 0 without one
@@ -92,11 +93,10 @@ private:
     void makeDevice(int model);
     /// Puts another device object in the place of `gDev`.
     void replaceDevice(int model);
-    /// An instrument has been connected: applies what is stored.
-    void applyStored();
 
     std::unique_ptr<UsbTransport> m_transport;
     std::unique_ptr<DevControlUsb> m_control;
+    std::unique_ptr<RequestQueue> m_requests;
     std::unique_ptr<DevInit> m_bringUp;
     int m_fileJobs = 0;
     unsigned m_generation = 0; ///< of device objects: tells a queued signal of an earlier one

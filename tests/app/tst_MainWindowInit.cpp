@@ -317,7 +317,7 @@ void TstMainWindowInit::closingTheWindowSwitchesTheInstrumentOff()
     connectInstrument(8);
     QVERIFY(instrument([](emulator::Instrument &i) { return i.fpga().enabled(); }));
     m_window->close();
-    QVERIFY(!instrument([](emulator::Instrument &i) { return i.fpga().enabled(); }));
+    QTRY_VERIFY(!instrument([](emulator::Instrument &i) { return i.fpga().enabled(); }));
     instrument([](emulator::Instrument &i) {
         const emulator::SetupPacket last = i.log().entries().back().setup;
         QCOMPARE(int(last.request), 0x10);
@@ -340,10 +340,8 @@ void TstMainWindowInit::aSettingsFileKeepsTheInstrumentConnected()
     QCOMPARE(m_window->windowTitle(), QStringLiteral("RV2520 Connected - CorvanLUX"));
     QCOMPARE(status()->text(), QStringLiteral("Device connected"));
     QVERIFY(looksConnected());
-    instrument([](emulator::Instrument &i) {
-        QVERIFY(std::abs(i.outputs().threshold(0).volts() - 1.2) < 0.01);
-        QVERIFY(i.outputs().pwm(0).enabled);
-    });
+    QTRY_VERIFY(instrument([](emulator::Instrument &i) { return i.outputs().threshold(0).volts(); }) < 1.21);
+    QTRY_VERIFY(instrument([](emulator::Instrument &i) { return i.outputs().pwm(0).enabled; }));
     m_desk->bus->unplug();
     QTRY_VERIFY_WITH_TIMEOUT(!gDev->connected, BringUpDesk::longWait);
 }
@@ -365,9 +363,11 @@ void TstMainWindowInit::aSettingsFileForAnInstrumentThatFailsShowsItUnconnected(
     connectInstrument(8);
     instrument([](emulator::Instrument &i) { i.faults().setStatus(0); });
     m_window->slotReplaceConfig();
-    QVERIFY(!gDev->connected);
+    QTRY_VERIFY(!gDev->connected);
     QCOMPARE(status()->text(), QStringLiteral("Device unconnected"));
     QVERIFY(!looksConnected());
+    QCOMPARE(label()->text(), QStringLiteral("An error occurred: I-508"));
+    QVERIFY(m_connectDialog->isVisible() && button()->isVisible());
 }
 
 void TstMainWindowInit::theAboutDialogTellsTheInstrument()

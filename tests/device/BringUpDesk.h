@@ -87,6 +87,13 @@ struct BringUpDesk {
         }
     }
 
+    /// Waits until the instrument has been told all that it was to be told.
+    static void settle()
+    {
+        bool isThrough = false;
+        gDev->request([](DevControl &) { return 0; }, [&isThrough](int) { isThrough = true; });
+        (void)QTest::qWaitFor([&isThrough] { return isThrough; }, longWait);
+    }
     /// True when a report of this state and error has come.
     [[nodiscard]] bool has(int sta, int err = 0) const
     {

@@ -61,7 +61,8 @@ private slots:
     void aRemovalWithoutAConnectionIsNotTold();
     void aDeviceObjectThatWasNotSwappedIsNotInitialised_data();
     void aDeviceObjectThatWasNotSwappedIsNotInitialised();
-    void theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo();
+    void theDeviceObjectIsTouchedOnTheMainThreadAlone();
+    void aDeviceObjectThatIsReplacedMeanwhileIsConnectedAllTheSame();
     void thePausesAreThoseOfTheHardware_data();
     void thePausesAreThoseOfTheHardware();
     void aNewBareDeviceWaitsForTheThreadOfTheLast();
@@ -153,24 +154,39 @@ void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised()
     QVERIFY(desk.init->identity().isEmpty());
 }
 
-void TstDevInit::theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo()
+void TstDevInit::theDeviceObjectIsTouchedOnTheMainThreadAlone()
 {
     BringUpDesk desk;
     QThread *const main = QThread::currentThread();
     QVector<QThread *> threads;
-    bool between = false; // an event that was posted in the swap, and has come before the end
-    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] {
-        threads.append(QThread::currentThread());
-        QMetaObject::invokeMethod(
-            this, [&] { between = between || !desk.has(6); }, Qt::QueuedConnection);
-    });
+    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] { threads.append(QThread::currentThread()); });
     connect(desk.init, &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
     desk.add(runningInstrument(8));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
-    QCoreApplication::processEvents();
-    QVERIFY(!between);
     QCOMPARE(threads.count(main), threads.size());
+}
+
+void TstDevInit::aDeviceObjectThatIsReplacedMeanwhileIsConnectedAllTheSame()
+{
+    BringUpDesk desk;
+    int rounds = 0;
+    desk.session->control().sleep = [&](int) { ++rounds; };
+    // Behind the first visit: the requests are under way, or through.
+    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] {
+        if (desk.asked.size() == 1) {
+            QMetaObject::invokeMethod(desk.session.get(), &Session::replaceConfig, Qt::QueuedConnection);
+        }
+    });
+    desk.add(runningInstrument(8));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+    QCOMPARE(gDev->model, 8);
+    QVERIFY(gDev->connected);
+    QCOMPARE(desk.asked, (QVector<int>{8, 8}));
+    desk.session.reset();
+    QCOMPARE(rounds, 2);
 }
 
 void TstDevInit::thePausesAreThoseOfTheHardware_data()

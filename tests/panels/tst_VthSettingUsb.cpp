@@ -46,8 +46,10 @@ private:
         QCOMPARE(m_desk->firstError(), (Report{0, 0}));
         QVERIFY(gDev->connected);
     }
+    /// What has arrived, when all has.
     [[nodiscard]] Thresholds inInstrument()
     {
+        m_desk->settle();
         return m_desk->bus->with(0, [](emulator::Instrument &instrument) {
             const emulator::Outputs::Threshold &first = instrument.outputs().threshold(0);
             const emulator::Outputs::Threshold &second = instrument.outputs().threshold(1);
