@@ -1,85 +1,45 @@
 #pragma once
 
-#include "acquisition/SmpCnvtStorage.h"
-#include "acquisition/SmpCnvtTransfer.h"
-#include "acquisition/SmpCtrlStorage.h"
-#include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
-#include "acquisition/SmpSimulate.h"
+#include "device/DevFacts.h"
+#include "device/DevOutputs.h"
 
 #include <QByteArray>
-#include <QPair>
 #include <QString>
-#include <QStringList>
 #include <QVector>
 
-#include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <vector>
 
 class DevControl;
+class DevRun;
+class SimulationSource;
 struct DevConnection;
 struct DevOrder;
-struct PwmCounts;
 struct SmpConfig;
 
-/// How many digital channels may run at which rate.
-struct ChnRateLimit {
-    std::int32_t chnCount;
-    std::int64_t maxFrequ; ///< Hz
-};
-
-/// The analyzer, plugged in or not: what the model can do, what the user has chosen, the store of the last capture and
-/// the threads that fill it.
+/// The analyzer, plugged in or not: what the model can do (DevFacts), what the user has chosen (DevChoices), its
+/// outputs (DevOutputs), the store of the last capture and, hidden in DevRun, the threads that fill it.
 ///
 /// Reached through `gDev`; made and deleted on the main thread, never held across events. Without an instrument
 /// `connected` is false, the settings still work and a capture runs simulated. Settings operations run on the main
 /// thread, and save their value in the model's configuration node at once; a value out of range falls back silently and
 /// returns false. A capture takes its settings when it starts. What goes to an instrument passes through devControl().
-class DevBase : public SmpHost {
+class DevBase : public SmpHost, public DevFacts, public DevChoices, public DevOutputs {
     Q_OBJECT
 public:
     DevBase();
     ~DevBase() override;
 
-    // ---- the model -------------------------------------------------------------------------------------------------
-    std::int32_t model = 0;        ///< model code, the value of "devModel"
-    QString name;                  ///< model name and configuration node
-    std::int32_t memSize = 0;      ///< bytes of sample memory in the device, 0 for streaming models
-    QByteArray devUid;             ///< 8 bytes of identity, all zero when not connected
-    std::int32_t transferMode = 0; ///< 1 streaming, 0 capture into device memory
-    QVector<ChnRateLimit> chnRateLimits;
+    // ---- the connection: what is known of the instrument
+    QByteArray devUid; ///< 8 bytes of identity, all zero when not connected
     bool connected = false;
-    std::int64_t clockFrequ = 0;         ///< base clock of the sample divider, Hz
-    std::int64_t pwmClock = 0;           ///< base clock of the PWM outputs, Hz
-    QVector<int> features;               ///< 1 adjustable thresholds, 2 PWM outputs
-    QVector<std::int64_t> smpFrequs;     ///< rates offered, Hz, fast to slow
-    QVector<std::int64_t> smpDepths;     ///< depths offered, samples, short to long
-    std::int64_t depthStarAbove = 0;     ///< depths above this show a star
-    std::int64_t depthMax = 10000000000; ///< depths above this are not offered
-    std::int32_t smpFrequIndex = 0;
-    std::int32_t smpDepthIndex = 0;
-    std::int32_t smpFrequDefault = 0;
-    std::int32_t smpDepthDefault = 0;
+    std::int64_t clockFrequ = 0; ///< base clock of the sample divider, Hz
+    std::int64_t pwmClock = 0;   ///< base clock of the PWM outputs, Hz
 
-    // ---- the user's choice -----------------------------------------------------------------------------------------
-    QVector<bool> chnEnable;  ///< digital channels in use; its size is the model's channel count
-    QVector<bool> aChnEnable; ///< analog channels in use
-    QVector<int> chnTrig;     ///< 0 none, 1 low, 2 high, 3 rising, 4 falling; negative as stored, none as well
-    QVector<int> aChnTrig;
-    std::int32_t trgPosition = 5; ///< percent of the depth before the trigger, 0 to 99
-    QVector<bool> aChnReverse;
-    QVector<int> aChnProbe;
-    QVector<int> aChnCouple;
-    QVector<int> aChnVoltDiv;
-    std::array<bool, 2> pwmEnable{};
-    std::array<double, 2> pwmFrequ{}; ///< Hz, as really produced
-    std::array<double, 2> pwmDuty{};  ///< percent, as really produced
-
-    [[nodiscard]] bool hasFeature(int value) const { return features.contains(value); }
-    [[nodiscard]] bool isAnalogModel() const { return model == 97; }
-
+    // ---- the user's choice
     // Each is saved at once. A channel that the model does not have is ignored.
 
     /// Takes a rate, and turns off enabled channels that it does not allow, with their triggers.
@@ -104,14 +64,6 @@ public:
     [[nodiscard]] std::int64_t smpFrequ() const; ///< Hz; 0 without a model
     [[nodiscard]] std::int64_t smpDepth() const; ///< samples; 0 without a model
     [[nodiscard]] int chnEnableCount() const;    ///< digital channels in use
-    /// The channels that may run at `rate` (Hz); 0 for a rate that none may run at.
-    [[nodiscard]] int maxChnForFrequ(std::int64_t rate) const;
-    /// The fastest rate in Hz of so many channels; 0 for more than the model has.
-    [[nodiscard]] std::int64_t maxFrequForChn(int channels) const;
-    /// The index of that rate; 0 when it is not offered.
-    [[nodiscard]] int frequIndexForChn(int channels) const;
-    [[nodiscard]] QStringList smpFrequTexts() const; ///< such as "62.5 MHz", one for each rate
-    [[nodiscard]] QStringList smpDepthTexts() const; ///< such as "200 M* Samples", one for each depth offered
     /// The samples to keep before the trigger: 0 when no digital channel has one.
     [[nodiscard]] std::int64_t preTrigSamples() const;
     /// The settings as an instrument wants them for its next capture.
@@ -126,6 +78,8 @@ public:
     [[nodiscard]] bool isCapturing() const;
     /// Asks the running capture to end; what has been captured is kept. Does not wait.
     void stopCapture();
+    /// True until the last thread of a capture has ended, some moments behind isCapturing().
+    [[nodiscard]] bool hasThreads() const;
     /// Ends a capture without publishing its data, and waits for its threads. For who takes away what the run needs,
     /// such as the source of its data. Harmless without a capture.
     void endCapture();
@@ -166,13 +120,6 @@ public:
     /// not after this object's end.
     void request(std::function<int(DevControl &)> job, std::function<void(int result)> done);
 
-    // The threads of captures; at most one pair of the instrument's or the simulation runs.
-    SmpSimulate thrSimulate{*this};
-    SmpCnvtStorage thrCnvtStorage{*this};
-    SmpCtrlStorage thrCtrlStorage{*this, thrCnvtStorage};
-    SmpCnvtTransfer thrCnvtTransfer{*this};
-    SmpCtrlTransfer thrCtrlTransfer{*this, thrCnvtTransfer};
-
 signals:
     void sigChnEnaChanged();
     /// The rate was lowered by a change of channels.
@@ -197,30 +144,16 @@ protected:
     void receiveBulk();
 
 private:
-    void startHardware();
-    /// The instrument has been set up for the capture of that number, or could not be.
-    void beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error);
-    void endHardware();
-    void setStop();
-    void cutReadBack();
-    void breakOffSilentStream(std::uint32_t capture);
     /// Has the instrument told, while one is connected.
     void tell(const DevOrder &order);
     void tell(const std::vector<DevOrder> &orders);
     [[nodiscard]] std::vector<DevOrder> storedThresholds() const;
-    /// Sets both outputs to where they start from, and tells what an instrument must be told for it.
-    [[nodiscard]] std::vector<DevOrder> startOutputs(bool hasClock);
-    /// Takes what is limited and, with a clock, what can be produced.
-    PwmCounts takePwm(int output, double frequ, double duty, bool hasClock);
-    [[nodiscard]] SmpRunSettings runSettings() const;
     void loadAnalogConfig();
     void saveChnEnable();
     void saveChnTrig();
     void saveAChnTrig();
 
-    std::uint32_t m_captures = 0; ///< of an instrument, started so far
-    bool m_setsUp = false;        ///< a capture waits for the requests that set the instrument up
-    bool m_stopWanted = false;    ///< ... and is to end before it begins
+    std::unique_ptr<DevRun> m_run;
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

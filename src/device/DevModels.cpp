@@ -93,10 +93,10 @@ void DevModel::fillTables(const ModelTable &table)
     chnEnable.fill(true, table.chnCount);
     aChnEnable.fill(true, table.aChnCount);
     if (table.thresholds) {
-        features.append(1);
+        features.append(devFeature::thresholds);
     }
     if (table.pwm) {
-        features.append(2);
+        features.append(devFeature::pwm);
     }
     smpFrequs = QVector<std::int64_t>(table.rates.begin(), table.rates.end());
     if (table.depths == Depths::withoutLast) {
