@@ -9,7 +9,14 @@
 
 #include <utility>
 
-DevRun::DevRun(DevBase &device) : m_device(device) {}
+DevRun::DevRun(DevBase &device)
+    : m_device(device),
+      m_simulate(device),
+      m_cnvtStorage(device),
+      m_ctrlStorage(device, m_cnvtStorage),
+      m_cnvtTransfer(device),
+      m_ctrlTransfer(device, m_cnvtTransfer)
+{}
 
 void DevRun::start()
 {

@@ -38,11 +38,11 @@ private:
     [[nodiscard]] SmpRunSettings runSettings() const;
 
     DevBase &m_device;
-    SmpSimulate m_simulate{m_device};
-    SmpCnvtStorage m_cnvtStorage{m_device};
-    SmpCtrlStorage m_ctrlStorage{m_device, m_cnvtStorage};
-    SmpCnvtTransfer m_cnvtTransfer{m_device};
-    SmpCtrlTransfer m_ctrlTransfer{m_device, m_cnvtTransfer};
+    SmpSimulate m_simulate;
+    SmpCnvtStorage m_cnvtStorage;
+    SmpCtrlStorage m_ctrlStorage;
+    SmpCnvtTransfer m_cnvtTransfer;
+    SmpCtrlTransfer m_ctrlTransfer;
 
     std::uint32_t m_captures = 0; ///< of an instrument, started so far
     bool m_setsUp = false;        ///< a capture waits for the requests that set the instrument up
