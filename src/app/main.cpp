@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatforms.h"
+#include "session/EndSignals.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
@@ -14,6 +15,11 @@ int runWindow()
     Session session(makeUsbPlatform());
     MainWindow window(session);
     window.show();
+    const EndSignals wishes;
+    QObject::connect(&wishes, &EndSignals::sigEnd, &window, [&window] {
+        window.close();
+        QApplication::quit(); // also out of a modal dialog
+    });
     const int code = QApplication::exec();
     configSave(configPath());
     return code;
