@@ -1,5 +1,6 @@
 // The device object at work: captures, their end, and what goes to an instrument.
 
+#include "acquisition/SmpSimulate.h"
 #include "device/DevModels.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
