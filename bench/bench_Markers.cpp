@@ -4,9 +4,9 @@
 #include "app/MainWindow.h"
 #include "controls/Look.h"
 #include "device/DevBase.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "measure/PulseMeasure.h"
+#include "support/BareSession.h"
 #include "support/GuiTestMain.h"
 #include "wave/MainView.h"
 #include "wave/TimeView.h"
@@ -49,8 +49,8 @@ class Desk {
 public:
     Desk()
     {
-        gDev = createDevice(0).release();
-        m_window = std::make_unique<MainWindow>();
+        m_session = makeSession();
+        m_window = std::make_unique<MainWindow>(*m_session);
         m_window->resize(fullHd);
         m_window->show();
         fillCapture();
@@ -60,8 +60,7 @@ public:
     ~Desk()
     {
         m_window.reset();
-        delete gDev;
-        gDev = nullptr;
+        m_session.reset();
     }
     Desk(const Desk &) = delete;
     Desk &operator=(const Desk &) = delete;
@@ -114,6 +113,7 @@ private:
         }
         builder.fill(*gDev->smpData);
     }
+    std::unique_ptr<Session> m_session;
     std::unique_ptr<MainWindow> m_window;
 };
 

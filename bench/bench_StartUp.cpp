@@ -2,8 +2,8 @@
 
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
+#include "device/UsbPlatformNone.h"
+#include "session/Session.h"
 #include "store/MemBudget.h"
 
 #include <QApplication>
@@ -39,6 +39,7 @@ struct Program {
     char name[10] = "corvanlux";
     char *argv[2] = {name, nullptr};
     std::unique_ptr<QApplication> application;
+    std::unique_ptr<Session> session;
     std::unique_ptr<MainWindow> window;
 
     void start()
@@ -47,8 +48,8 @@ struct Program {
         memBudgetInit();
         StartUp::initGlobals({});
         StartUp::initLook();
-        StartUp::initDevice();
-        window = std::make_unique<MainWindow>();
+        session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
+        window = std::make_unique<MainWindow>(*session);
         window->show();
         QEventLoop loop;
         PaintWatcher watcher(loop);
@@ -59,8 +60,7 @@ struct Program {
     ~Program()
     {
         window.reset();
-        delete gDev;
-        gDev = nullptr;
+        session.reset();
     }
 };
 

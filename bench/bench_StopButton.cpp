@@ -5,15 +5,11 @@
 #include "app/StartUp.h"
 #include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
-#include "device/DevControlUsb.h"
-#include "device/DevIdentity.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
-#include "device/UsbTransport.h"
-#include "emulator/Bench.h"
 #include "panels/Toolbar.h"
-#include "store/MemBudget.h"
 #include "platform/UsbPlatformEmulated.h"
+#include "session/Session.h"
+#include "store/MemBudget.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -23,13 +19,11 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <array>
 #include <benchmark/benchmark.h>
 #include <memory>
 
 namespace {
 
-constexpr std::uint8_t requestEeprom = 0xA2;
 constexpr int longWait = 30000; // ms
 
 /// Program and instrument, connected.
@@ -42,28 +36,17 @@ public:
         options.firmwareInside = true;
         options.silentStop = silentStop;
         m_bus.add(options);
-        m_bus.with([](emulator::Instrument &device) { (void)bench::bringUp(device); });
         m_bus.plug();
-        m_transport = std::make_unique<UsbTransport>(std::make_unique<UsbPlatformEmulated>(m_bus));
-        gUsb = m_transport.get();
-        m_control = std::make_unique<DevControlUsb>(*m_transport);
-        setDevControl(m_control.get());
-        gDev = createDevice(model).release();
-        (void)QTest::qWaitFor([] { return gUsb->refresh() == 1; }, longWait);
-        std::array<std::uint8_t, devIdentity::blockSize> block{};
-        (void)gUsb->controlIn(requestEeprom, devIdentity::blockAt, 0, block);
-        gDev->initDevice(QByteArray(reinterpret_cast<const char *>(block.data()), int(block.size())));
-        m_window = std::make_unique<MainWindow>();
+        m_session = std::make_unique<Session>(std::make_unique<UsbPlatformEmulated>(m_bus));
+        m_window = std::make_unique<MainWindow>(*m_session);
         m_window->show();
         (void)QTest::qWaitForWindowExposed(m_window.get());
+        (void)QTest::qWaitFor([] { return gDev->connected; }, longWait);
     }
     ~Desk()
     {
         m_window.reset();
-        delete gDev;
-        gDev = nullptr;
-        setDevControl(nullptr);
-        gUsb = nullptr;
+        m_session.reset();
     }
 
     /// A capture that is stopped while it waits. @return ms from the click to the closed dialog, -1 for a failure
@@ -90,8 +73,7 @@ public:
 
 private:
     EmulatedBus m_bus;
-    std::unique_ptr<UsbTransport> m_transport;
-    std::unique_ptr<DevControlUsb> m_control;
+    std::unique_ptr<Session> m_session;
     std::unique_ptr<MainWindow> m_window;
 };
 

@@ -31,11 +31,12 @@ QString dotted(const QString &text)
 
 } // namespace
 
-MainMenu::MainMenu(QWidget *parent)
+MainMenu::MainMenu(Session &session, QWidget *parent)
     : QWidget(parent),
       now([] { return QDateTime::currentDateTime(); }),
       languages([] { return languageList(); }),
       startProgram([](const QString &program) { return QProcess::startDetached(program, {}); }),
+      m_session(session),
       m_button(new MyButton(QIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this))
 {
     m_button->setIconSize(QSize(dp(24), dp(24)));

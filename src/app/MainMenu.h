@@ -14,6 +14,7 @@
 class MyButton;
 class QAction;
 class QMenu;
+class Session;
 struct ShownPair;
 
 /// The menu button with the program's only menu, and the file actions: where the file formats meet the user.
@@ -23,7 +24,8 @@ struct ShownPair;
 class MainMenu : public QWidget {
     Q_OBJECT
 public:
-    explicit MainMenu(QWidget *parent = nullptr);
+    /// @param session  not owned, outlives this
+    explicit MainMenu(Session &session, QWidget *parent = nullptr);
 
     /// What the menu asks of the world; a test answers instead.
     std::function<QDateTime()> now;
@@ -51,7 +53,7 @@ public:
 
     /// True while a file is read or written. Events are processed behind the progress dialog, and some pass the modal
     /// dialog by, such as a drop or an instrument that is plugged in: `gDev` must stay, and no second job may begin.
-    [[nodiscard]] bool isBusy() const { return m_busy; }
+    [[nodiscard]] bool isBusy() const;
 
     /// Forgets `gOpenFile` if its data did not load, and tells so: "File open failed." and the path, in a modal box.
     void tellOpenFailed(const QString &path, QMessageBox::Icon kind);
@@ -103,9 +105,9 @@ private:
     [[nodiscard]] bool writeData(const QString &path, const Selection &selection);
     [[nodiscard]] bool writeExport(int kind, const QString &path, const Selection &selection);
 
+    Session &m_session;
     MyButton *m_button;
     QMenu *m_menu = nullptr;
     QAction *m_updateEntry = nullptr;
     QVector<LanguageInfo> m_languages;
-    bool m_busy = false;
 };

@@ -8,6 +8,7 @@
 #include "device/DeviceGlobals.h"
 #include "files/DataFile.h"
 #include "panels/ExportDataSet.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
 #include "wave/MainView.h"
@@ -15,7 +16,6 @@
 #include <QAction>
 #include <QFileInfo>
 #include <QPointer>
-#include <QScopedValueRollback>
 
 #include <utility>
 
@@ -39,6 +39,11 @@ bool isPipe(const QString &path)
 
 } // namespace
 
+bool MainMenu::isBusy() const
+{
+    return !m_session.mayBeginFileJob();
+}
+
 QString MainMenu::saveFileDialog(int kind)
 {
     return FileDialogs::askSavePath(window(), kind, now());
@@ -51,7 +56,7 @@ QString MainMenu::openFileDialog()
 
 void MainMenu::actOpenFile()
 {
-    const QString path = m_busy ? QString() : openFileDialog();
+    const QString path = isBusy() ? QString() : openFileDialog();
     if (!path.isEmpty()) {
         openFile(path);
     }
@@ -59,7 +64,7 @@ void MainMenu::actOpenFile()
 
 void MainMenu::openFile(const QString &path)
 {
-    if (m_busy) {
+    if (isBusy()) {
         return;
     }
     const QFileInfo info(path);
@@ -87,7 +92,7 @@ void MainMenu::openFile(const QString &path)
 
 bool MainMenu::loadData(const QString &path, qint64 headSize)
 {
-    const QScopedValueRollback<bool> busy(m_busy, true);
+    const Session::FileJob held(m_session);
     DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
     if (!job.loadData(path, headSize)) {
         return false;
@@ -129,7 +134,7 @@ void MainMenu::actSaveData()
 
 QString MainMenu::askTarget(int kind, const QString &noData, Selection &selection)
 {
-    if (m_busy) {
+    if (isBusy()) {
         return {};
     }
     // Behind each of the dialogs another file may be dropped on the window, or an instrument plugged in.
@@ -155,7 +160,7 @@ QString MainMenu::askTarget(int kind, const QString &noData, Selection &selectio
 
 bool MainMenu::writeData(const QString &path, const Selection &selection)
 {
-    const QScopedValueRollback<bool> busy(m_busy, true);
+    const Session::FileJob held(m_session);
     QByteArray head;
     // Settings beyond the format's limit would make a file that nobody can open.
     if (isPipe(path) || !configSave(path) || !configHeadOfFile(path, head)) {
@@ -183,7 +188,7 @@ void MainMenu::slotExportMenuTrig(QAction *action)
 
 bool MainMenu::writeExport(int kind, const QString &path, const Selection &selection)
 {
-    const QScopedValueRollback<bool> busy(m_busy, true);
+    const Session::FileJob held(m_session);
     const bool binary = kind == 4;
     DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
     job.chnSelect = selection.channels.data();

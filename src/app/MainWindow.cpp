@@ -9,6 +9,7 @@
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "wave/MainView.h"
@@ -62,7 +63,7 @@ QScrollArea *barelessScroll(QScrollArea *area, QWidget *content)
 
 } // namespace
 
-MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
+MainWindow::MainWindow(Session &session, QWidget *parent) : QWidget(parent), m_session(session)
 {
     initWindow();
     buildDialogs();
@@ -72,9 +73,9 @@ MainWindow::MainWindow(QWidget *parent) : QWidget(parent)
     buildScrollAreas();
     buildGrid();
     buildShortcuts();
-    connectBringUp();
+    connectSession();
     rebindDevice();
-    watchDevices();
+    m_session.watchDevices(std::uintptr_t(winId()));
     m_startTimer = startTimer(startDelayMs);
 }
 
@@ -113,7 +114,7 @@ void MainWindow::buildPanels()
 {
     waveGen = new WaveDataGen(this);
     toolbar = new Toolbar(this);
-    mainMenu = new MainMenu(this);
+    mainMenu = new MainMenu(m_session, this);
     devSetting = new DevSetting(this);
     timeView = new TimeView(waveGen, this);
     posiView = new PosiView(this);

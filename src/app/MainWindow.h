@@ -14,19 +14,20 @@ class QGridLayout;
 class QLabel;
 class QScrollArea;
 class QShortcut;
+class Session;
 class TimeView;
 class Toolbar;
 class WaveDataGen;
 
-/// The top-level widget: owns the panels and is where the device object and the view meet.
+/// The top-level widget: owns the panels and is where the session and the view meet.
 ///
-/// It turns the device's reports into the progress dialog, the title and the status line, tells the view when a capture
-/// is ready, and brings everything in line with `gDev` when that is replaced. Main thread; the device's signals arrive
-/// queued from its capture threads, and those of a device that is gone by then are dropped.
+/// It turns the session's reports into the progress dialogs, the title and the status line, tells the view when a
+/// capture is ready, and brings everything in line with `gDev` when that has been replaced. Main thread.
 class MainWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit MainWindow(QWidget *parent = nullptr);
+    /// @param session  not owned, outlives this
+    explicit MainWindow(Session &session, QWidget *parent = nullptr);
     ~MainWindow() override;
 
 public slots:
@@ -34,10 +35,7 @@ public slots:
     void slotDevSmpStaShow(int sta, int err, int n);
     /// A report of an instrument's bring-up: state, error, value, see DevInit::sigInitSta().
     void slotDevInitStaShow(int sta, int err, int n);
-    /// One look for an instrument that has come or gone; later while a file is read or written.
-    void lookForDevice();
-    /// Another model appears: replaces `gDev` and brings the window in line. Nothing when the model is the same, nor
-    /// while a file loads, since the load fills the present device's store: who goes on with `gDev` looks at its model.
+    /// The user chooses another model, see Session::chooseModel().
     void slotDevPreConnect(int model);
     /// The device's store holds a new capture, or the data of a file: shows it from scratch.
     void slotSmpDataReady();
@@ -55,8 +53,7 @@ public slots:
     void slotPosiViewChanged(double posi);
     /// Asks the running capture to end; does not wait.
     void slotSmpStop();
-    /// The configuration has been replaced: makes the device object anew from it, and connects it again when the model
-    /// stays the same. Nothing while a file loads.
+    /// The configuration has been replaced, see Session::replaceConfig().
     void slotReplaceConfig();
 
 protected:
@@ -82,11 +79,9 @@ private:
     void showTitleAndState();
     /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
     void orderTabs();
-    void connectDevice();
-    void connectBringUp();
-    /// Asks the system to tell when instruments come and go.
-    void watchDevices();
-    void replaceDevice(int model);
+    void connectSession();
+    /// The device object goes: nothing may read its capture any more.
+    void letGoOfDevice();
     void updatePosition();
     void showModelTitle(bool connected);
     void showConnection(bool connected);
@@ -95,6 +90,7 @@ private:
     /// True when there is something that the view can zoom in and move through.
     [[nodiscard]] bool hasView() const;
 
+    Session &m_session;
     WaveDataGen *waveGen = nullptr;
     QVector<QShortcut *> shortcuts;
     QGridLayout *grid = nullptr;
@@ -111,8 +107,6 @@ private:
     MyProgressDlg *smpDialog = nullptr;
     MyProgressDlg *connectDialog = nullptr;
 
-    /// Counts device objects: a queued signal of an earlier one is told by its number.
-    int m_deviceNumber = 0;
     int m_startTimer = 0;
     bool m_startFile = true; ///< the file that was named at the start, if any, is still to be loaded
 };

@@ -4,12 +4,11 @@
 #include "app/MainWindow.h"
 #include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
-#include "device/DevInit.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
 #include "settings/Language.h"
@@ -73,60 +72,35 @@ void MainWindow::rebindDevice()
     updatePosition();
     analyzerView->reload();
     orderTabs();
-    connectDevice();
 }
 
-void MainWindow::connectDevice()
+void MainWindow::connectSession()
 {
-    // A capture thread's report may still be queued when its device has been replaced.
-    const int number = ++m_deviceNumber;
-    connect(gDev, &DevBase::sigSmpSta, this, [this, number](int sta, int err, int n) {
-        if (number == m_deviceNumber) {
-            slotDevSmpStaShow(sta, err, n);
-        }
-    });
-    connect(gDev, &DevBase::sigSmpDataReady, this, [this, number] {
-        if (number == m_deviceNumber) {
-            slotSmpDataReady();
-        }
-    });
-    connect(gDev, &DevBase::sigChnEnaChanged, mainView, &MainView::slotChnEnaChanged);
+    connect(&m_session, &Session::sigDeviceLeaves, this, &MainWindow::letGoOfDevice);
+    connect(&m_session, &Session::sigDeviceReplaced, this, &MainWindow::rebindDevice);
+    connect(&m_session, &Session::sigSmpSta, this, &MainWindow::slotDevSmpStaShow);
+    connect(&m_session, &Session::sigSmpDataReady, this, &MainWindow::slotSmpDataReady);
+    connect(&m_session, &Session::sigChnEnaChanged, mainView, &MainView::slotChnEnaChanged);
+    connect(&m_session, &Session::sigInitSta, this, &MainWindow::slotDevInitStaShow);
 }
 
-void MainWindow::replaceDevice(int model)
+void MainWindow::letGoOfDevice()
 {
-    // No report of the old device may reach the window any more, nor may the generator's worker read its capture.
-    ++m_deviceNumber;
     smpDialog->hide();
     waveGen->setDataSource(nullptr);
-    delete std::exchange(gDev, nullptr);
-    gDev = createDevice(model).release();
 }
 
 void MainWindow::slotDevPreConnect(int model)
 {
-    if (model == gDev->model || mainMenu->isBusy()) {
-        return;
-    }
-    replaceDevice(model);
-    rebindDevice();
-    globalSet(QStringLiteral("devModel"), QString::number(gDev->model));
+    m_session.chooseModel(model);
 }
 
 void MainWindow::slotReplaceConfig()
 {
-    if (mainMenu->isBusy()) {
-        return;
+    if (m_session.mayReplaceDevice()) {
+        m_startFile = false; // what was named at the start has been overtaken
+        m_session.replaceConfig();
     }
-    m_startFile = false; // what was named at the start has been overtaken
-    const int model = globalGet(QStringLiteral("devModel")).toInt();
-    const bool stays = gDev->connected && gDev->model == model && gDevInit != nullptr;
-    replaceDevice(model);
-    if (stays && gDev->initDevice(gDevInit->identity()) == 0) {
-        gDev->loadVth();
-        gDev->resetPwm();
-    }
-    rebindDevice();
 }
 
 void MainWindow::timerEvent(QTimerEvent *event)
@@ -138,7 +112,7 @@ void MainWindow::timerEvent(QTimerEvent *event)
     killTimer(std::exchange(m_startTimer, 0));
     // A capture that was started meanwhile fills the store already, and has overtaken the file.
     if (gOpenFile.isEmpty() || !m_startFile || gDev->isCapturing()) {
-        lookForDevice();
+        m_session.lookForDevice();
         return;
     }
     const QString path = gOpenFile;

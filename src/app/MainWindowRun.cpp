@@ -2,7 +2,6 @@
 
 #include "acquisition/SmpState.h"
 #include "app/MainWindow.h"
-#include "app/RunStatus.h"
 #include "controls/Look.h"
 #include "controls/MyProgressDlg.h"
 #include "controls/NoticeBox.h"
@@ -10,6 +9,8 @@
 #include "device/DeviceGlobals.h"
 #include "panels/SmpCtrl.h"
 #include "panels/Toolbar.h"
+#include "session/RunStatus.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
 #include "settings/Language.h"
@@ -179,5 +180,5 @@ void MainWindow::slotPosiViewChanged(double posi)
 
 void MainWindow::slotSmpStop()
 {
-    gDev->stopCapture();
+    m_session.stopCapture();
 }

@@ -4,13 +4,6 @@
 #include "controls/AccessibleMenus.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
-#include "device/DevBase.h"
-#include "device/DevControlUsb.h"
-#include "device/DevInit.h"
-#include "device/DevModels.h"
-#include "device/DeviceGlobals.h"
-#include "device/UsbPlatforms.h"
-#include "device/UsbTransport.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
 #include "settings/Language.h"
@@ -19,16 +12,9 @@
 #include <QFileInfo>
 #include <QScreen>
 
-#include <algorithm>
-#include <memory>
-#include <utility>
-
 namespace StartUp {
 
 namespace {
-
-/// The instrument side of all device objects.
-std::unique_ptr<DevControlUsb> control;
 
 /// Takes the settings of a file named on the command line, if there is one that has any.
 void loadNamedFile(const QStringList &arguments)
@@ -66,32 +52,6 @@ void initLook()
     QApplication::setFont(gFontMain);
     qApp->setStyleSheet(programStyle());
     installAccessibleMenus();
-}
-
-void initTransport()
-{
-    gUsb = new UsbTransport(makeUsbPlatform());
-    control = std::make_unique<DevControlUsb>(*gUsb);
-    setDevControl(control.get());
-}
-
-void initDevice()
-{
-    gDev = createDevice(std::max(globalGet(QStringLiteral("devModel")).toInt(), 0)).release();
-}
-
-void initBringUp()
-{
-    gDevInit = new DevInit(*gUsb);
-}
-
-void endDevices()
-{
-    delete std::exchange(gDevInit, nullptr);
-    delete std::exchange(gDev, nullptr);
-    setDevControl(nullptr);
-    control.reset();
-    delete std::exchange(gUsb, nullptr);
 }
 
 } // namespace StartUp

@@ -1,5 +1,8 @@
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
+#include "device/UsbPlatforms.h"
+#include "session/EndSignals.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 
@@ -9,8 +12,14 @@ namespace {
 
 int runWindow()
 {
-    MainWindow window;
+    Session session(makeUsbPlatform());
+    MainWindow window(session);
     window.show();
+    const EndSignals wishes;
+    QObject::connect(&wishes, &EndSignals::sigEnd, &window, [&window] {
+        window.close();
+        QApplication::quit(); // also out of a modal dialog
+    });
     const int code = QApplication::exec();
     configSave(configPath());
     return code;
@@ -27,10 +36,5 @@ int main(int argc, char *argv[])
     memBudgetInit();
     StartUp::initGlobals(QCoreApplication::arguments().mid(1));
     StartUp::initLook();
-    StartUp::initTransport();
-    StartUp::initDevice();
-    StartUp::initBringUp();
-    const int code = runWindow();
-    StartUp::endDevices();
-    return code;
+    return runWindow();
 }

@@ -51,15 +51,28 @@ void BringUpRun::pauseForReturn(int ms)
     m_changed.wait_for(lock, std::chrono::milliseconds(ms), [this] { return isStopped(); });
 }
 
-bool BringUpRun::connectDevice(int model, const QByteArray &identity)
+void BringUpRun::connectDevice(int model, const QByteArray &identity)
 {
     if (isStopped()) {
-        return false;
+        return;
     }
-    m_host.connectDevice(model, identity);
+    m_host.prepareDevice(model, identity);
+    // More than once when the device object has been replaced meanwhile.
+    for (std::optional<DevConnection> connection = awaitVisit(); connection; connection = awaitVisit()) {
+        const int result = connection->perform(*m_host.control, [this] { return hasDevice(); });
+        if (isStopped()) {
+            return;
+        }
+        m_host.takeOver(*connection, result);
+    }
+}
+
+std::optional<DevConnection> BringUpRun::awaitVisit()
+{
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_connectEnded || isStopped(); });
-    return m_connectEnded;
+    m_changed.wait(lock, [this] { return m_visitEnded || isStopped(); });
+    m_visitEnded = false;
+    return isStopped() ? std::nullopt : std::exchange(m_next, std::nullopt);
 }
 
 void BringUpRun::requestStop()
@@ -80,11 +93,12 @@ void BringUpRun::setGone()
     m_changed.notify_all();
 }
 
-void BringUpRun::endConnect()
+void BringUpRun::endVisit(std::optional<DevConnection> next)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_connectEnded = true;
+        m_next = std::move(next);
+        m_visitEnded = true;
     }
     m_changed.notify_all();
 }

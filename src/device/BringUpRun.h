@@ -1,6 +1,7 @@
 #pragma once
 
 #include "acquisition/SmpState.h"
+#include "device/DevConnection.h"
 
 #include <QByteArray>
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <span>
 
 class UsbTransport;
@@ -26,10 +28,15 @@ public:
 
     /// What a run asks of its coordinator. Each is called on the run's thread and does not block.
     struct Host {
+        /// Through which the last steps are performed. Not owned, outlives the run; null for a run that never comes
+        /// there.
+        DevControl *control = nullptr;
         /// Passes a report on: state, error, value.
         std::function<void(int sta, int err, int n)> report;
-        /// Has the main thread connect the device object of `model`, and then call endConnect().
-        std::function<void(int model, const QByteArray &identity)> connectDevice;
+        /// Has the main thread make the device object of `model` ready to be connected, and then call endVisit().
+        std::function<void(int model, const QByteArray &identity)> prepareDevice;
+        /// Has the main thread take over what has been performed, with its result, and then call endVisit().
+        std::function<void(const DevConnection &connection, int result)> takeOver;
         /// A test's clock: true lets a pause of so many milliseconds count as over at once. May be null.
         std::function<bool(int ms)> skipPause;
     };
@@ -55,9 +62,9 @@ public:
     void pause(int ms);
     /// Sleeps while the device is away; over at once when a stop is requested.
     void pauseForReturn(int ms);
-    /// Has the main thread connect the device object and waits for it, or for a stop.
-    /// @return false after a stop; all has been reported otherwise
-    bool connectDevice(int model, const QByteArray &identity);
+    /// Connects the device object, with two visits to the main thread and the requests between them on this one. All
+    /// has been reported when it returns, but after a stop.
+    void connectDevice(int model, const QByteArray &identity);
 
     // ---- the main thread -------------------------------------------------------------------------------------------
 
@@ -66,11 +73,14 @@ public:
     /// The device has left the bus.
     void setGone();
     [[nodiscard]] bool isGone() const { return m_gone.load(std::memory_order_acquire); }
-    /// The main thread is through with connectDevice().
-    void endConnect();
+    /// The main thread is through with prepareDevice() or takeOver().
+    /// @param next  what the run is to perform now; nothing when it is through
+    void endVisit(std::optional<DevConnection> next);
 
 private:
     [[nodiscard]] bool isStopped() const { return stopRequested.load(std::memory_order_acquire); }
+    /// Waits for the end of a visit, or for a stop. @return what is to be performed now
+    [[nodiscard]] std::optional<DevConnection> awaitVisit();
     [[nodiscard]] bool hasDevice() const { return !isStopped() && !isGone(); }
 
     UsbTransport &m_usb;
@@ -78,5 +88,6 @@ private:
     std::atomic<bool> m_gone{false};
     std::mutex m_mutex; ///< orders the flags and the waits for them; held for nothing else
     std::condition_variable m_changed;
-    bool m_connectEnded = false; ///< under the mutex
+    bool m_visitEnded = false;           ///< under the mutex
+    std::optional<DevConnection> m_next; ///< under the mutex
 };

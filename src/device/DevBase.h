@@ -1,80 +1,45 @@
 #pragma once
 
-#include "acquisition/SmpCnvtStorage.h"
-#include "acquisition/SmpCnvtTransfer.h"
-#include "acquisition/SmpCtrlStorage.h"
-#include "acquisition/SmpCtrlTransfer.h"
 #include "acquisition/SmpHost.h"
-#include "acquisition/SmpSimulate.h"
-#include "acquisition/SmpState.h"
+#include "device/DevFacts.h"
+#include "device/DevOutputs.h"
 
 #include <QByteArray>
-#include <QPair>
 #include <QString>
-#include <QStringList>
 #include <QVector>
 
-#include <array>
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
 
+class DevControl;
+class DevRun;
+class SimulationSource;
+struct DevConnection;
+struct DevOrder;
 struct SmpConfig;
 
-/// How many digital channels may run at which rate.
-struct ChnRateLimit {
-    std::int32_t chnCount;
-    std::int64_t maxFrequ; ///< Hz
-};
-
-/// The analyzer, plugged in or not: what the model can do, what the user has chosen, the store of the last capture and
-/// the threads that fill it.
+/// The analyzer, plugged in or not: what the model can do (DevFacts), what the user has chosen (DevChoices), its
+/// outputs (DevOutputs), the store of the last capture and, hidden in DevRun, the threads that fill it.
 ///
 /// Reached through `gDev`; made and deleted on the main thread, never held across events. Without an instrument
 /// `connected` is false, the settings still work and a capture runs simulated. Settings operations run on the main
 /// thread, and save their value in the model's configuration node at once; a value out of range falls back silently and
 /// returns false. A capture takes its settings when it starts. What goes to an instrument passes through devControl().
-class DevBase : public SmpHost {
+class DevBase : public SmpHost, public DevFacts, public DevChoices, public DevOutputs {
     Q_OBJECT
 public:
     DevBase();
     ~DevBase() override;
 
-    // ---- the model -------------------------------------------------------------------------------------------------
-    std::int32_t model = 0;        ///< model code, the value of "devModel"
-    QString name;                  ///< model name and configuration node
-    std::int32_t memSize = 0;      ///< bytes of sample memory in the device, 0 for streaming models
-    QByteArray devUid;             ///< 8 bytes of identity, all zero when not connected
-    std::int32_t transferMode = 0; ///< 1 streaming, 0 capture into device memory
-    QVector<ChnRateLimit> chnRateLimits;
+    // ---- the connection: what is known of the instrument
+    QByteArray devUid; ///< 8 bytes of identity, all zero when not connected
     bool connected = false;
-    std::int64_t clockFrequ = 0;         ///< base clock of the sample divider, Hz
-    std::int64_t pwmClock = 0;           ///< base clock of the PWM outputs, Hz
-    QVector<int> features;               ///< 1 adjustable thresholds, 2 PWM outputs
-    QVector<std::int64_t> smpFrequs;     ///< rates offered, Hz, fast to slow
-    QVector<std::int64_t> smpDepths;     ///< depths offered, samples, short to long
-    std::int64_t depthStarAbove = 0;     ///< depths above this show a star
-    std::int64_t depthMax = 10000000000; ///< depths above this are not offered
-    std::int32_t smpFrequIndex = 0;
-    std::int32_t smpDepthIndex = 0;
-    std::int32_t smpFrequDefault = 0;
-    std::int32_t smpDepthDefault = 0;
+    std::int64_t clockFrequ = 0; ///< base clock of the sample divider, Hz
+    std::int64_t pwmClock = 0;   ///< base clock of the PWM outputs, Hz
 
-    // ---- the user's choice -----------------------------------------------------------------------------------------
-    QVector<bool> chnEnable;  ///< digital channels in use; its size is the model's channel count
-    QVector<bool> aChnEnable; ///< analog channels in use
-    QVector<int> chnTrig;     ///< 0 none, 1 low, 2 high, 3 rising, 4 falling; negative as stored, none as well
-    QVector<int> aChnTrig;
-    std::int32_t trgPosition = 5; ///< percent of the depth before the trigger, 0 to 99
-    QVector<bool> aChnReverse;
-    QVector<int> aChnProbe;
-    QVector<int> aChnCouple;
-    QVector<int> aChnVoltDiv;
-    std::array<bool, 2> pwmEnable{};
-    std::array<double, 2> pwmFrequ{}; ///< Hz, as really produced
-    std::array<double, 2> pwmDuty{};  ///< percent, as really produced
-
-    [[nodiscard]] bool hasFeature(int value) const { return features.contains(value); }
-    [[nodiscard]] bool isAnalogModel() const { return model == 97; }
-
+    // ---- the user's choice
     // Each is saved at once. A channel that the model does not have is ignored.
 
     /// Takes a rate, and turns off enabled channels that it does not allow, with their triggers.
@@ -99,36 +64,28 @@ public:
     [[nodiscard]] std::int64_t smpFrequ() const; ///< Hz; 0 without a model
     [[nodiscard]] std::int64_t smpDepth() const; ///< samples; 0 without a model
     [[nodiscard]] int chnEnableCount() const;    ///< digital channels in use
-    /// The channels that may run at `rate` (Hz); 0 for a rate that none may run at.
-    [[nodiscard]] int maxChnForFrequ(std::int64_t rate) const;
-    /// The fastest rate in Hz of so many channels; 0 for more than the model has.
-    [[nodiscard]] std::int64_t maxFrequForChn(int channels) const;
-    /// The index of that rate; 0 when it is not offered.
-    [[nodiscard]] int frequIndexForChn(int channels) const;
-    [[nodiscard]] QStringList smpFrequTexts() const; ///< such as "62.5 MHz", one for each rate
-    [[nodiscard]] QStringList smpDepthTexts() const; ///< such as "200 M* Samples", one for each depth offered
     /// The samples to keep before the trigger: 0 when no digital channel has one.
     [[nodiscard]] std::int64_t preTrigSamples() const;
     /// The settings as an instrument wants them for its next capture.
     [[nodiscard]] SmpConfig smpConfig() const;
 
     // ---- run control; main thread ----------------------------------------------------------------------------------
-    /// Starts one capture, unless one is running. Returns at once, with an instrument after the requests that set it
-    /// up; sigSmpSta and sigSmpDataReady tell the rest. A simulated capture admits no reader from here on, and its
-    /// thread waits for those who still read the last one. That of an instrument keeps the last one until its data
-    /// comes.
+    /// Starts one capture, unless one is running. Returns at once; sigSmpSta and sigSmpDataReady tell the rest. A
+    /// simulated capture admits no reader from here on, and its thread waits for those who still read the last one.
+    /// That of an instrument keeps the last one until its data comes.
     void startCapture();
     /// True from startCapture() until the store is closed; the capture's last signals may still be on their way.
     [[nodiscard]] bool isCapturing() const;
-    /// Asks the running capture to end; what has been captured is kept. Does not wait, beside for the request that
-    /// stops an instrument.
+    /// Asks the running capture to end; what has been captured is kept. Does not wait.
     void stopCapture();
+    /// True until the last thread of a capture has ended, some moments behind isCapturing().
+    [[nodiscard]] bool hasThreads() const;
     /// Ends a capture without publishing its data, and waits for its threads. For who takes away what the run needs,
     /// such as the source of its data. Harmless without a capture.
     void endCapture();
 
-    // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, and then may
-    // block for a control transfer. Nothing is reported.
+    // ---- outputs and thresholds; main thread. They reach an instrument only while one is connected, by way of the
+    // requests that wait for it. They never block, and nothing is reported.
     void setPwmEnable(bool on0, bool on1);
     /// Limits `frequ` to 0.1 to 2e7 Hz and `duty` to 0 to 100 percent. Ignored for an output other than 0 and 1.
     void setPwm(int output, double frequ, double duty);
@@ -136,27 +93,32 @@ public:
     void resetPwm();
     /// The input threshold. Index 1: all channels, or 0 to 15 of 32; index 2: 16 to 31; others are ignored.
     void setVth(double volts, int index);
-    /// Sends the stored threshold of the first group, 1.65 V if none is stored.
+    /// Sends the stored threshold of each group of channels that the model has; 1.65 V where none is stored.
     void loadVth();
+    /// The stored threshold in volts, indices as of setVth(); 1.65 if none is stored.
+    [[nodiscard]] double storedVth(int index) const;
     /// Tells a connected instrument that the program goes away.
     void shutDown();
 
     /// Loads the model's settings from the configuration. What it holds may be wrong in any way.
     void loadConfig();
 
-    /// Called at the end of bring-up with the identity block; bytes that it lacks count as 0. May block for some
-    /// control transfers. Main thread.
-    /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
-    virtual int initDevice(const QByteArray &identity);
-    static constexpr int errWrongModel =
-        smpError::wrongModel; ///< also of a bring-up whose device object is another model's
+    // ---- the connection; main thread
 
-    // The threads of captures; at most one pair of the instrument's or the simulation runs.
-    SmpSimulate thrSimulate{*this};
-    SmpCnvtStorage thrCnvtStorage{*this};
-    SmpCtrlStorage thrCtrlStorage{*this, thrCnvtStorage};
-    SmpCnvtTransfer thrCnvtTransfer{*this};
-    SmpCtrlTransfer thrCtrlTransfer{*this, thrCnvtTransfer};
+    /// Takes the clocks from the identity block, whose missing bytes count as 0, and tells what the instrument is to be
+    /// asked and told before takeConnection(). Never blocks.
+    /// @return 0; 1 this model never connects; 11 the block names another model
+    [[nodiscard]] int prepareConnection(const QByteArray &identity, DevConnection &connection);
+    /// The instrument has been asked: `connected` from now on.
+    void takeConnection(const DevConnection &connection);
+    /// The instrument has gone: requests that wait for it are forgotten.
+    void loseConnection();
+    /// All of it at once, but for what is stored, for who may wait: blocks for some control transfers.
+    /// @return 0 connected; 1, 2 no answer; 7 to 10, 13 bad status word; 11 another model; 12 not ready
+    int initDevice(const QByteArray &identity);
+    /// Has requests made behind those that wait already, see RequestQueue::post(). `done` comes on the main thread, and
+    /// not after this object's end.
+    void request(std::function<int(DevControl &)> job, std::function<void(int result)> done);
 
 signals:
     void sigChnEnaChanged();
@@ -167,36 +129,32 @@ signals:
     void sigCaptureStarts();
 
 protected:
-    static constexpr int errNotReady = smpError::notReady;
-
     /// Fills `chnRateLimits` and sets `transferMode`. After `model`, `smpFrequs` and `chnEnable` are filled.
     void initRateLimits(int mode);
 
-    // The steps of initDevice(), for models that differ in one of them.
+    /// Takes what an identity block tells, and sets what must be asked. @return as prepareConnection()
+    [[nodiscard]] virtual int readIdentity(const QByteArray &identity, DevConnection &connection);
+
+    // The steps of readIdentity(), for models that differ in one of them.
     [[nodiscard]] static std::uint8_t identityByte(const QByteArray &identity, int index);
     [[nodiscard]] bool namesThisModel(const QByteArray &identity) const;
     void readClocks(const QByteArray &identity);
-    /// @return 0, or the error code of an instrument that cannot be read or is not ready
-    [[nodiscard]] int checkReady();
-    /// Reads the identity, which may fail, and sets `connected`.
-    void finishInit();
     /// Streaming models: tells the transport the present rate of data.
     void tuneChunkSize();
     /// Makes the capture threads of this model the receiver of what the transport reads, if there is a transport.
     void receiveBulk();
 
 private:
-    void startHardware();
-    void endHardware();
-    void cutReadBack();
-    void breakOffSilentStream();
-    [[nodiscard]] SmpRunSettings runSettings() const;
+    /// Has the instrument told, while one is connected.
+    void tell(const DevOrder &order);
+    void tell(const std::vector<DevOrder> &orders);
+    [[nodiscard]] std::vector<DevOrder> storedThresholds() const;
     void loadAnalogConfig();
     void saveChnEnable();
     void saveChnTrig();
     void saveAChnTrig();
 
-    std::uint32_t m_captures = 0; ///< of an instrument, started so far
+    std::unique_ptr<DevRun> m_run;
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

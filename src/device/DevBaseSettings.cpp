@@ -44,12 +44,6 @@ QString number(std::int64_t value)
     return QString::number(value);
 }
 
-/// A number in the units of `unit` with `suffix`.
-QString inUnits(std::int64_t value, double unit, const QString &suffix)
-{
-    return QString::number(double(value) / unit, 'g', 6) + suffix;
-}
-
 /// A stored integer; `otherwise` for an empty or unreadable text.
 int storedInt(const QString &model, const QString &key, int otherwise)
 {
@@ -92,39 +86,7 @@ QVector<bool> storedChannels(const QString &model, int count, bool analog)
 
 void DevBase::initRateLimits(int mode)
 {
-    transferMode = mode;
-    chnRateLimits.clear();
-    if (transferMode != 1) {
-        const std::int64_t fastest = smpFrequs.isEmpty() ? 0 : smpFrequs.first();
-        for (int channels = 4; channels <= chnEnable.size(); channels *= 2) {
-            chnRateLimits.append({channels, fastest});
-        }
-    } else if (model == 1) {
-        chnRateLimits = {{4, 24000000}, {8, 24000000}};
-    } else if (model == 5) {
-        chnRateLimits = {{3, 100000000}, {6, 50000000}, {9, 32000000}, {12, 25000000}, {16, 16000000}};
-    } else {
-        chnRateLimits = {{3, 100000000}, {6, 50000000}, {16, 20000000}, {32, 10000000}};
-    }
-}
-
-int DevBase::maxChnForFrequ(std::int64_t rate) const
-{
-    const auto limit = std::find_if(chnRateLimits.crbegin(), chnRateLimits.crend(),
-                                    [rate](const ChnRateLimit &entry) { return entry.maxFrequ >= rate; });
-    return limit != chnRateLimits.crend() ? limit->chnCount : 0;
-}
-
-std::int64_t DevBase::maxFrequForChn(int channels) const
-{
-    const auto limit = std::find_if(chnRateLimits.cbegin(), chnRateLimits.cend(),
-                                    [channels](const ChnRateLimit &entry) { return entry.chnCount >= channels; });
-    return limit != chnRateLimits.cend() ? limit->maxFrequ : 0;
-}
-
-int DevBase::frequIndexForChn(int channels) const
-{
-    return std::max(0, int(smpFrequs.indexOf(maxFrequForChn(channels))));
+    fillRateLimits(mode, int(chnEnable.size()));
 }
 
 std::int64_t DevBase::smpFrequ() const
@@ -201,9 +163,8 @@ void DevBase::setAChnEnable(const QVector<bool> &list)
 
 void DevBase::tuneChunkSize()
 {
-    if (transferMode == 1) {
-        // The 8-channel model sends a whole byte a sample, whatever channels are in use.
-        const int bitsPerSample = model == 1 ? 8 : chnEnableCount();
+    if (transferMode == devTransfer::streaming) {
+        const int bitsPerSample = model == devModel::bytes8 ? 8 : chnEnableCount();
         devControl().tuneChunkSize(smpFrequ() * bitsPerSample);
     }
 }
@@ -302,44 +263,6 @@ void DevBase::setAChnVoltDiv(int chn, int value)
         aChnVoltDiv[chn] = value;
         storeInts(name, QStringLiteral("AChnVoltDiv"), aChnVoltDiv);
     }
-}
-
-// ---- texts ---------------------------------------------------------------------------------------------------------
-
-QStringList DevBase::smpFrequTexts() const
-{
-    QStringList texts;
-    for (const std::int64_t rate : smpFrequs) {
-        if (rate >= 1000000000) {
-            texts.append(inUnits(rate, 1e9, QStringLiteral(" GHz")));
-        } else if (rate >= 1000000) {
-            texts.append(inUnits(rate, 1e6, QStringLiteral(" MHz")));
-        } else if (rate >= 1000) {
-            texts.append(inUnits(rate, 1e3, QStringLiteral(" KHz")));
-        } else {
-            break;
-        }
-    }
-    return texts;
-}
-
-QStringList DevBase::smpDepthTexts() const
-{
-    QStringList texts;
-    for (const std::int64_t depth : smpDepths) {
-        if (depth > depthMax || depth < 1000) {
-            break;
-        }
-        if (depth >= 1000000000) {
-            texts.append(inUnits(depth, 1e9, QStringLiteral(" G* Samples")));
-        } else if (depth >= 1000000) {
-            const bool star = depth > depthStarAbove;
-            texts.append(inUnits(depth, 1e6, star ? QStringLiteral(" M* Samples") : QStringLiteral(" M Samples")));
-        } else {
-            texts.append(inUnits(depth, 1e3, QStringLiteral(" K Samples")));
-        }
-    }
-    return texts;
 }
 
 // ---- loading and saving --------------------------------------------------------------------------------------------

@@ -21,6 +21,7 @@ std::uint32_t roundCount(double value)
 
 DevControlNone noInstrument;
 DevControl *current = &noInstrument;
+RequestQueue *currentRequests = nullptr;
 
 } // namespace
 
@@ -136,7 +137,13 @@ DevControl &devControl()
     return *current;
 }
 
-void setDevControl(DevControl *control)
+RequestQueue *devRequests()
+{
+    return currentRequests;
+}
+
+void setDevControl(DevControl *control, RequestQueue *requests)
 {
     current = control != nullptr ? control : &noInstrument;
+    currentRequests = requests;
 }

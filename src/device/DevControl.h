@@ -56,6 +56,9 @@ public:
     static constexpr int uidSize = 8;
     /// Reads the identity, `uidSize` bytes; `devUid` is left alone unless the answer is 0.
     [[nodiscard]] virtual int readUid(QByteArray &devUid) = 0;
+    /// How many transfers the instrument has let run into their time limit so far. Who looks before and after an
+    /// operation knows a silent instrument from one that refuses. Any thread.
+    [[nodiscard]] virtual unsigned timeOuts() const { return 0; }
     /// Sets up the next capture.
     virtual int sendSmpConfig(const SmpConfig &config) = 0;
     /// Tells the transport the rate of data on the wire, from which it chooses the size of its reads. Never blocks.
@@ -90,7 +93,12 @@ public:
     int powerOff() override;
 };
 
+class RequestQueue;
+
 /// The instrument side in use, for all device objects: DevControlNone until another one is set. Main thread.
 [[nodiscard]] DevControl &devControl();
-/// Sets it, or DevControlNone for null. Not owned. Main thread, while no capture runs.
-void setDevControl(DevControl *control);
+/// Where requests of the main thread are put, so that a silent instrument does not hold it up; null: nowhere, they are
+/// made at once. Main thread.
+[[nodiscard]] RequestQueue *devRequests();
+/// Sets both; DevControlNone for null. Not owned. Main thread, while no capture runs.
+void setDevControl(DevControl *control, RequestQueue *requests = nullptr);

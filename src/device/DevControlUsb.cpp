@@ -155,6 +155,11 @@ int DevControlUsb::readUid(QByteArray &devUid)
     return result;
 }
 
+unsigned DevControlUsb::timeOuts() const
+{
+    return m_usb.timeOuts.load(std::memory_order_acquire);
+}
+
 int DevControlUsb::sendSmpConfig(const SmpConfig &config)
 {
     const std::lock_guard lock(m_mutex);

@@ -37,6 +37,7 @@ public:
     int readCaptureInfo(SmpCaptureInfo &info) override;
     int setReadWindow(std::uint32_t address, std::uint32_t size) override;
     int readUid(QByteArray &devUid) override;
+    unsigned timeOuts() const override;
     int sendSmpConfig(const SmpConfig &config) override;
     void tuneChunkSize(std::int64_t bitsPerSecond) override;
     int sendPwm(int output, std::uint32_t period, std::uint32_t high) override;

@@ -1,7 +1,6 @@
 #include "device/DevInit.h"
 
 #include "device/DevBase.h"
-#include "device/DevRequests.h"
 #include "device/DeviceGlobals.h"
 #include "device/PostedCall.h"
 #include "device/UsbIds.h"
@@ -50,8 +49,12 @@ void DevInit::deviceGone()
     if (!gDev->connected) {
         return;
     }
-    gDev->connected = false;
-    gDev->devUid.fill('\0');
+    forgetDevice();
+}
+
+void DevInit::forgetDevice()
+{
+    gDev->loseConnection();
     hardwareVersion.store(0, std::memory_order_relaxed);
     emit sigInitSta(staGone, 0, 0);
 }
@@ -85,31 +88,35 @@ std::shared_ptr<BringUpRun> DevInit::newRun()
             }
         });
     };
-    host.connectDevice = [this, self](int model, const QByteArray &identity) {
-        postCall(this, [this, run = self->lock(), model, identity] { connectDevice(*run, model, identity); });
+    host.control = &devControl();
+    host.prepareDevice = [this, self](int model, const QByteArray &identity) {
+        postCall(this, [this, run = self->lock(), model, identity] { prepareDevice(*run, model, identity); });
+    };
+    host.takeOver = [this, self](const DevConnection &connection, int result) {
+        postCall(this, [this, run = self->lock(), connection, result] { takeOver(*run, connection, result); });
     };
     auto run = std::make_shared<BringUpRun>(m_usb, m_usb.productId.load(), std::move(host));
     *self = run;
     return run;
 }
 
-void DevInit::connectDevice(BringUpRun &run, int model, const QByteArray &identity)
+void DevInit::prepareDevice(BringUpRun &run, int model, const QByteArray &identity)
 {
     if (run.stopRequested.load(std::memory_order_acquire)) {
         return;
     }
-    if (const int error = initDevice(run, model, identity); error != 0) {
+    DevConnection connection;
+    connection.endsBringUp = true;
+    if (const int error = prepareConnection(run, model, identity, connection); error != 0) {
         emit sigInitSta(staConnecting, error, 0);
-    } else {
-        m_identity = identity;
-        emit sigInitSta(staConnected, 0, 0);
-        // The last request, before anybody can start a capture, whose data it would stop.
-        (void)m_usb.controlOut(devRequest::bulkStop, 0, 0, {});
+        run.endVisit({});
+        return;
     }
-    run.endConnect();
+    m_prepared = gDev;
+    run.endVisit(std::move(connection));
 }
 
-int DevInit::initDevice(const BringUpRun &run, int model, const QByteArray &identity)
+int DevInit::prepareConnection(const BringUpRun &run, int model, const QByteArray &identity, DevConnection &connection)
 {
     if (run.isGone()) {
         return BringUpRun::notOpen;
@@ -117,5 +124,45 @@ int DevInit::initDevice(const BringUpRun &run, int model, const QByteArray &iden
     emit sigDevPreConnect(model);
     // The object stays while a file loads into its store. Models may share a name, so that this is what tells them
     // apart.
-    return gDev->model == model ? gDev->initDevice(identity) : DevBase::errWrongModel;
+    return gDev->model == model ? gDev->prepareConnection(identity, connection) : DevConnection::errWrongModel;
+}
+
+void DevInit::takeOver(BringUpRun &run, const DevConnection &connection, int result)
+{
+    if (run.stopRequested.load(std::memory_order_acquire)) {
+        return;
+    }
+    const int error = result == 0 && run.isGone() ? BringUpRun::notOpen : result;
+    if (error == 0 && m_prepared != gDev) {
+        prepareDevice(run, connection.model, connection.identity);
+        return;
+    }
+    if (error != 0) {
+        emit sigInitSta(staConnecting, error, 0);
+    } else {
+        gDev->takeConnection(connection);
+        m_identity = connection.identity;
+        m_uid = gDev->devUid;
+        emit sigInitSta(staConnected, 0, 0);
+    }
+    run.endVisit({});
+}
+
+void DevInit::reconnect()
+{
+    DevConnection connection;
+    if (gDev->prepareConnection(m_identity, connection) != 0) {
+        return;
+    }
+    connection.uid = m_uid;
+    gDev->takeConnection(connection);
+    const auto perform = [connection](DevControl &control) {
+        return DevConnection(connection).perform(control, [] { return true; });
+    };
+    gDev->request(perform, [this](int result) {
+        if (result != 0 && gDev->connected) {
+            forgetDevice();
+            emit sigInitSta(staConnecting, result, 0);
+        }
+    });
 }

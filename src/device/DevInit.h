@@ -6,12 +6,14 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QPointer>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
+class DevBase;
 class UsbTransport;
 
 /// The hardware version of the last instrument that was looked at; 0 when unknown and after a connected one has gone.
@@ -25,9 +27,11 @@ extern std::atomic<std::uint16_t> hardwareVersion;
 /// after the main window. Both signals are emitted on the main thread, in the order in which things happened; a device
 /// that has come back ends the reports of its earlier stage.
 ///
-/// The device object is swapped and initialised in one visit to the main thread, for which the finishing thread stands
-/// still: nothing gets between the two, and only the main thread ever touches a device object. The thread's wait ends
-/// also when this object is destroyed, so that nobody waits for each other then.
+/// Only the main thread ever touches a device object. The finishing thread visits it twice, and stands still meanwhile:
+/// once to have the device object swapped and to learn what it wants of the instrument, and once, when it has asked all
+/// that, to have it connected. What is slow lies between the two, on the thread; a device object that has been replaced
+/// by then is connected in one more round. The thread's waits end also when this object is destroyed, so that nobody
+/// waits for each other then.
 class DevInit : public QObject {
     Q_OBJECT
 public:
@@ -38,6 +42,10 @@ public:
 
     /// The identity block of the last instrument that was connected, see DevBase::initDevice(); empty before the first.
     [[nodiscard]] const QByteArray &identity() const { return m_identity; }
+    /// Connects `gDev`, which has taken the place of a connected object of the same model, to the instrument that is
+    /// there. It is connected when this returns; the instrument is asked and told behind that, and one that falls
+    /// silent is told as gone and as an error of state 5. Nothing when the last identity does not fit.
+    void reconnect();
     /// True while one of the threads works on a device.
     [[nodiscard]] bool isWorking() const { return m_attach.isBusy() || m_renumDone.isBusy(); }
 
@@ -60,9 +68,8 @@ signals:
     /// | 3 | – | EEPROM: 1 not open or unknown identity, 2 transfer failed |
     /// | 4 | value: percent of the FPGA's image | 1 not open or no image, 2, 3 transfer failed; 7 to 9 it does not run;
     ///       or the byte with which the device ends the upload |
-    /// | 5 | the FPGA runs | those of DevBase::initDevice(), 11 also when the device object could not be swapped |
-    /// | 6 | connected | – |
-    /// | 7 | the instrument has gone | – |
+    /// | 5 | the FPGA runs | those of DevConnection::perform(), 11 another model, when the device object could not be
+    /// swapped | | 6 | connected | – | | 7 | the instrument has gone | – |
     void sigInitSta(int sta, int err, int n);
     /// Asks for `gDev` to be an object of this model when the call returns.
     void sigDevPreConnect(int model);
@@ -71,12 +78,17 @@ private:
     std::shared_ptr<BringUpRun> newRun();
     void deviceGone();
     void deviceOpened();
-    void connectDevice(BringUpRun &run, int model, const QByteArray &identity);
-    [[nodiscard]] int initDevice(const BringUpRun &run, int model, const QByteArray &identity);
+    void prepareDevice(BringUpRun &run, int model, const QByteArray &identity);
+    [[nodiscard]] int prepareConnection(const BringUpRun &run, int model, const QByteArray &identity,
+                                        DevConnection &connection);
+    void takeOver(BringUpRun &run, const DevConnection &connection, int result);
+    void forgetDevice();
 
     UsbTransport &m_usb;
     ThrDevAttach m_attach;
     ThrRenumDone m_renumDone;
     std::shared_ptr<BringUpRun> m_run; ///< of the last device that came; earlier ones have been stopped
+    QPointer<DevBase> m_prepared;      ///< the device object that the run's connection was made for
     QByteArray m_identity;
+    QByteArray m_uid; ///< of the same instrument
 };

@@ -1,6 +1,6 @@
 #include "device/DevModels.h"
 
-#include "device/DevControl.h"
+#include "device/DevConnection.h"
 
 #include <algorithm>
 #include <span>
@@ -93,10 +93,10 @@ void DevModel::fillTables(const ModelTable &table)
     chnEnable.fill(true, table.chnCount);
     aChnEnable.fill(true, table.aChnCount);
     if (table.thresholds) {
-        features.append(1);
+        features.append(devFeature::thresholds);
     }
     if (table.pwm) {
-        features.append(2);
+        features.append(devFeature::pwm);
     }
     smpFrequs = QVector<std::int64_t>(table.rates.begin(), table.rates.end());
     if (table.depths == Depths::withoutLast) {
@@ -115,7 +115,8 @@ class DevNone final : public DevModel {
 public:
     DevNone() : DevModel(0) {}
 
-    int initDevice(const QByteArray &identity) override
+protected:
+    int readIdentity(const QByteArray &identity, DevConnection &) override
     {
         readClocks(identity);
         return 1; // it can never become connected
@@ -126,15 +127,15 @@ class DevRV2210 final : public DevModel {
 public:
     DevRV2210() : DevModel(1) {}
 
-    int initDevice(const QByteArray &identity) override
+protected:
+    int readIdentity(const QByteArray &identity, DevConnection &) override
     {
         tuneChunkSize();
         if (!namesThisModel(identity)) {
-            return errWrongModel;
+            return DevConnection::errWrongModel;
         }
         clockFrequ = std::int64_t(identityByte(identity, 6)) * 1000000;
         pwmClock = 5 * clockFrequ;
-        finishInit();
         return 0;
     }
 };
@@ -153,18 +154,12 @@ class DevRV2520 final : public DevModel {
 public:
     DevRV2520() : DevModel(4) {}
 
-    int initDevice(const QByteArray &identity) override
+protected:
+    int readIdentity(const QByteArray &identity, DevConnection &connection) override
     {
-        if (!namesThisModel(identity)) {
-            return errWrongModel;
-        }
-        readClocks(identity);
+        const int error = DevModel::readIdentity(identity, connection);
         pwmClock = 250000000;
-        if (const int error = checkReady(); error != 0) {
-            return error;
-        }
-        finishInit();
-        return 0;
+        return error;
     }
 };
 
@@ -172,10 +167,11 @@ class DevRV2310A final : public DevModel {
 public:
     DevRV2310A() : DevModel(5) {}
 
-    int initDevice(const QByteArray &identity) override
+protected:
+    int readIdentity(const QByteArray &identity, DevConnection &connection) override
     {
         tuneChunkSize();
-        return DevModel::initDevice(identity);
+        return DevModel::readIdentity(identity, connection);
     }
 };
 

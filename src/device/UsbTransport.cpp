@@ -287,6 +287,9 @@ int UsbTransport::control(const UsbSetup &setup, std::uint8_t *data)
     }
     std::uint32_t moved = 0;
     const UsbResult result = m_platform->controlTransfer(held->iface, setup, data, moved);
+    if (result.error == UsbError::TimedOut) {
+        timeOuts.fetch_add(1, std::memory_order_acq_rel);
+    }
     return result.ok() && moved == setup.length ? done : transferFailed;
 }
 

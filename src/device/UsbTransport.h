@@ -48,6 +48,8 @@ public:
     std::atomic<std::int32_t> chunkSize{0x100000};
     /// Who receives the data of read runs; null for nobody. Not owned. See setCallback().
     std::atomic<InterfaceDevCallback *> callback{nullptr};
+    /// Requests that ran into their time limit so far.
+    std::atomic<unsigned> timeOuts{0};
     /// 1 while a device is open, else 0. A user tests it before each transfer; the transfers below do so by themselves.
     std::atomic<std::int32_t> deviceOpen{0};
 

@@ -32,7 +32,6 @@
 namespace {
 
 constexpr int boxesInARow = 4;
-constexpr int pwmFeature = 2;
 constexpr int mostPosition = 99; // percent
 constexpr int tickEvery = 20;
 constexpr int fieldWidth = 70; // pixels at 96 dpi, as the four below
@@ -197,7 +196,7 @@ void MenuChnSettings::addPwm(QVBoxLayout &column)
     }
     grid->setColumnStretch(0, 1);
     column.addWidget(box);
-    box->setVisible(m_device->hasFeature(pwmFeature));
+    box->setVisible(m_device->hasFeature(devFeature::pwm));
 }
 
 void MenuChnSettings::addPwmRow(QGridLayout &grid, int output)

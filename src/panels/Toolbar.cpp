@@ -10,10 +10,6 @@
 
 #include <QHBoxLayout>
 
-namespace {
-constexpr int thresholdFeature = 1; // of a model
-} // namespace
-
 Toolbar::Toolbar(QWidget *parent) : QWidget(parent)
 {
     setFixedHeight(dp(48));
@@ -50,7 +46,7 @@ void Toolbar::reload()
 
     smpSetting = new SmpSetting(this);
     connect(smpSetting, &SmpSetting::frequViewChanged, this, &Toolbar::frequViewChanged);
-    if (gDev->hasFeature(thresholdFeature)) {
+    if (gDev->hasFeature(devFeature::thresholds)) {
         vthSetting = new VthSetting(this);
     }
     smpCtrl = new SmpCtrl(this);
@@ -76,13 +72,6 @@ void Toolbar::showRatio(double ratio)
 void Toolbar::showConnected(bool connected)
 {
     smpCtrl->showConnected(connected);
-}
-
-void Toolbar::sendSecondThreshold() const
-{
-    if (vthSetting != nullptr) {
-        vthSetting->sendSecond();
-    }
 }
 
 void Toolbar::slotShortcutF5()

@@ -29,8 +29,6 @@ public:
     void showRatio(double ratio);
     /// The look of an instrument that is there; see SmpCtrl.
     void showConnected(bool connected);
-    /// See VthSetting; nothing on a model with fixed thresholds.
-    void sendSecondThreshold() const;
 
 signals:
     void zoomValued(QString str);

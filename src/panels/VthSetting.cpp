@@ -230,13 +230,6 @@ bool VthSetting::finishEntries()
     return true;
 }
 
-void VthSetting::sendSecond() const
-{
-    if (vthEdits.size() > 1) {
-        gDev->setVth(savedVolts(1), 2);
-    }
-}
-
 bool VthSetting::mayGo()
 {
     if (!m_telling) {

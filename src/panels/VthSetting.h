@@ -40,9 +40,6 @@ public:
     /// Takes what is being typed, as if its field had lost the focus.
     /// @return false when it was refused; the user has been told
     bool finishEntries();
-    /// Sends the second row's threshold to an instrument that has just been connected, which got the first from
-    /// DevBase::loadVth(). Nothing on a panel of one row.
-    void sendSecond() const;
     /// Asks whether the panel may be deleted. While its box is open it may not: Qt comes back to its field when the
     /// box has been closed. It then hides, changes nothing any more, and deletes itself behind the box.
     [[nodiscard]] bool mayGo();

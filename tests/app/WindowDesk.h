@@ -3,9 +3,10 @@
 #include "app/MainWindow.h"
 #include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
+#include "session/Session.h"
 #include "settings/Globals.h"
+#include "support/BareSession.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
 #include "wave/WaveDataGen.h"
@@ -25,20 +26,20 @@ protected:
         QFile::remove(configPath());
         configLoad();
         gOpenFile.clear();
-        gDev = createDevice(model).release();
+        m_session = makeSession(model);
         makeWindow();
     }
 
     void tearDown()
     {
         m_window.reset();
-        delete gDev;
-        gDev = nullptr;
+        m_session.reset();
     }
 
-    void makeWindow()
+    void makeWindow() { makeWindow(*m_session); }
+    void makeWindow(Session &session)
     {
-        m_window = std::make_unique<MainWindow>();
+        m_window = std::make_unique<MainWindow>(session);
         m_window->resize(1200, 700);
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -72,6 +73,7 @@ protected:
     }
     void drop(const QString &path) { drop(QUrl::fromLocalFile(path)); }
 
+    std::unique_ptr<Session> m_session;
     std::unique_ptr<MainWindow> m_window;
     MyProgressDlg *m_dialog = nullptr; ///< of captures
     MyProgressDlg *m_connectDialog = nullptr;

@@ -1,7 +1,6 @@
 // Every shipped language has room in the window and in the dialogs.
 
 #include "app/AboutLUX.h"
-#include "app/RunStatus.h"
 #include "app/WindowDesk.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
@@ -12,6 +11,7 @@
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
+#include "session/RunStatus.h"
 #include "support/DialogDriver.h"
 #include "wave/MainView.h"
 
@@ -104,7 +104,7 @@ private:
 /// What a start in the language `code` on a screen of `dpi` sets up.
 void TstLanguageLayout::speak(const QString &code, int dpi)
 {
-    gDev = createDevice(97).release(); // the model with the most buttons in its bar
+    m_session = makeSession(97); // the model with the most buttons in its bar
     globalSet(QStringLiteral("userLang"), code);
     languageLoadFrom(QStringLiteral(LUX_LANGUAGE_DIR), QLocale::c());
     globalsSetDpi(dpi);
@@ -159,8 +159,7 @@ void TstLanguageLayout::theSamplingBarFitsAWindowOf1024()
     QFETCH(int, dpi);
     speak(code, dpi);
     for (const int model : {97, 9}) { // three buttons, or thresholds of two rows
-        delete gDev;
-        gDev = createDevice(model).release();
+        m_session->chooseModel(model);
         Toolbar toolbar;
         const int menu = dp(48); // its button stands at the right of the bar
         toolbar.resize(dp(1024) - menu, toolbar.height());
@@ -209,8 +208,7 @@ void TstLanguageLayout::theChannelMenuShowsEveryText()
     QFETCH(int, dpi);
     speak(code, dpi);
     for (const int model : {1, 5, 9, 97}) {
-        delete gDev;
-        gDev = createDevice(model).release();
+        m_session->chooseModel(model);
         MenuChnSettings menu;
         const QStringList cut = cutTextsOfDialog(menu);
         QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));

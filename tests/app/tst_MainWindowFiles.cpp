@@ -245,7 +245,7 @@ void TstMainWindowFiles::theStartTimerLoadsTheFileOfTheCommandLine()
     QVERIFY(!path.isEmpty());
     tearDown();
     gOpenFile = path;
-    gDev = createDevice(0).release();
+    m_session = makeSession();
     makeWindow();
     QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
     QTRY_COMPARE(gDev->smpData->sampleCount(), 50000);
@@ -257,7 +257,7 @@ void TstMainWindowFiles::theStartTimerTellsOfAFileThatDoesNotLoad()
     const QString path = m_dir.filePath(QStringLiteral("nothing.cxdat"));
     tearDown();
     gOpenFile = path;
-    gDev = createDevice(0).release();
+    m_session = makeSession();
     BoxCloser closer;
     makeWindow();
     QTRY_COMPARE(closer.seen.count, 1);
@@ -269,9 +269,9 @@ void TstMainWindowFiles::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone(
 {
     tearDown();
     gOpenFile = m_dir.filePath(QStringLiteral("nothing.cxdat"));
-    gDev = createDevice(0).release();
+    m_session = makeSession();
     gDev->setSmpDepthIndex(0);
-    m_window = std::make_unique<MainWindow>();
+    m_window = std::make_unique<MainWindow>(*m_session);
     BoxCloser closer;
     gDev->startCapture();
     for (int id = 1; id < 1000; ++id) {

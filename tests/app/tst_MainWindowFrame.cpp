@@ -138,7 +138,7 @@ void TstMainWindowFrame::aMaximisedWindowKeepsItsPositionForLater()
     const QString position = QStringLiteral("30,40,700,500");
     globalSet(QStringLiteral("windowPosition"), position);
     globalSet(QStringLiteral("windowMaximized"), QStringLiteral("1"));
-    m_window = std::make_unique<MainWindow>();
+    m_window = std::make_unique<MainWindow>(*m_session);
     m_window->show();
     QVERIFY(m_window->isMaximized());
     m_window->close();

@@ -161,13 +161,13 @@ void TstMainWindowLoad::anInstrumentThatIsPluggedInWhileAFileLoadsIsBroughtUpAft
 {
     tearDown();
     BringUpDesk desk(1, BringUpDesk::WithWindow);
-    makeWindow();
+    makeWindow(*desk.session);
     desk.add(runningInstrument(9));
     BoxCloser closer;
     bool told = false; // the bus has told the window, which has not looked
     DuringLoad load([&] {
         desk.bus->plug();
-        m_window->lookForDevice();
+        desk.session->lookForDevice();
         told = desk.reports.isEmpty();
     });
     open(m_big);
@@ -194,10 +194,10 @@ void TstMainWindowLoad::theWindowMayCloseWhileAFileLoads()
 void TstMainWindowLoad::aFileOfTheCommandLineThatStillLoadsIsNotOvertakenByADrop()
 {
     tearDown();
-    gDev = createDevice(0).release();
+    m_session = makeSession();
     gOpenFile = m_big;
     DuringLoad load([this] { drop(m_other); });
-    m_window = std::make_unique<MainWindow>();
+    m_window = std::make_unique<MainWindow>(*m_session);
     QTRY_COMPARE(load.dialogs, 1);
     QTRY_COMPARE(gDev->smpData->sampleCount(), entries);
     QCOMPARE(gDev->model, 0);

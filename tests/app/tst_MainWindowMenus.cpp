@@ -77,7 +77,7 @@ private:
     void makeDesk(int model)
     {
         m_desk = std::make_unique<BringUpDesk>(model, BringUpDesk::WithWindow);
-        makeWindow();
+        makeWindow(*m_desk->session);
     }
     void connectInstrument(int model)
     {

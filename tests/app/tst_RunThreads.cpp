@@ -1,7 +1,7 @@
 #include "app/MainWindow.h"
 #include "device/DevBase.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
+#include "support/BareSession.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
 #include "wave/WaveDataGen.h"
@@ -24,6 +24,7 @@ private slots:
     void theDeviceMayGoDuringACapture();
 
 private:
+    std::unique_ptr<Session> m_session;
     std::unique_ptr<MainWindow> m_window;
     WaveDataGen *m_gen = nullptr;
 };
@@ -32,8 +33,8 @@ void TstRunThreads::init()
 {
     QFile::remove(configPath());
     configLoad();
-    gDev = createDevice(0).release();
-    m_window = std::make_unique<MainWindow>();
+    m_session = makeSession();
+    m_window = std::make_unique<MainWindow>(*m_session);
     m_window->resize(1000, 600);
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -44,8 +45,7 @@ void TstRunThreads::init()
 void TstRunThreads::cleanup()
 {
     m_window.reset();
-    delete gDev;
-    gDev = nullptr;
+    m_session.reset();
 }
 
 void TstRunThreads::aCaptureEndsInWavesWhileTheViewIsAnimated()
@@ -94,8 +94,7 @@ void TstRunThreads::theWindowMayCloseDuringACapture()
     QTest::qWait(150);
     QVERIFY(m_window->close());
     m_window.reset();
-    delete gDev;
-    gDev = nullptr;
+    m_session.reset();
 }
 
 void TstRunThreads::aCaptureMayStartDuringAnAnimation()

@@ -2,13 +2,16 @@
 #include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
-#include "device/UsbTransport.h"
+#include "device/UsbPlatformNone.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <memory>
 
 class TstStartUp : public QObject {
     Q_OBJECT
@@ -26,7 +29,6 @@ private slots:
     void aNegativeModelGivesTheDeviceWithoutHardware();
     void anUnreadableModelGivesTheDeviceWithoutHardware();
     void theLookTakesTheProgramsFontAndStyle();
-    void theTransportStandsBeforeTheDeviceAndIsClosed();
 
 private:
     QString write(const QString &name, const QByteArray &bytes);
@@ -36,6 +38,7 @@ private:
                "</global><devices/><analyzers/></settings>\n";
     }
     QTemporaryDir m_dir;
+    std::unique_ptr<Session> m_session;
 };
 
 void TstStartUp::init()
@@ -46,8 +49,7 @@ void TstStartUp::init()
 
 void TstStartUp::cleanup()
 {
-    delete gDev;
-    gDev = nullptr;
+    m_session.reset();
 }
 
 QString TstStartUp::write(const QString &name, const QByteArray &bytes)
@@ -64,7 +66,7 @@ void TstStartUp::withoutAFileTheConfigurationIsThatOfTheLastRun()
     QVERIFY(configSave(configPath()));
     StartUp::initGlobals({QStringLiteral("--nothing"), QStringLiteral("/no/such.cxdat")});
     QVERIFY(gOpenFile.isEmpty());
-    StartUp::initDevice();
+    m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 9);
 }
 
@@ -73,7 +75,7 @@ void TstStartUp::aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData()
     const QString path = write(QStringLiteral("a.cxset"), settings("<devModel>5</devModel>"));
     StartUp::initGlobals({path});
     QVERIFY(gOpenFile.isEmpty());
-    StartUp::initDevice();
+    m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 5);
 }
 
@@ -82,7 +84,7 @@ void TstStartUp::aDataFileGivesTheConfigurationAndIsLeftForTheWindow()
     const QString path = write(QStringLiteral("a.cxdat"), settings("<devModel>1</devModel>"));
     StartUp::initGlobals({path});
     QCOMPARE(gOpenFile, path);
-    StartUp::initDevice();
+    m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 1);
 }
 
@@ -130,14 +132,14 @@ void TstStartUp::theViewOptionsAreThoseOfTheFile()
 void TstStartUp::aNegativeModelGivesTheDeviceWithoutHardware()
 {
     StartUp::initGlobals({write(QStringLiteral("n.cxset"), settings("<devModel>-3</devModel>"))});
-    StartUp::initDevice();
+    m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 0);
 }
 
 void TstStartUp::anUnreadableModelGivesTheDeviceWithoutHardware()
 {
     StartUp::initGlobals({write(QStringLiteral("x.cxset"), settings("<devModel>RV2540</devModel>"))});
-    StartUp::initDevice();
+    m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 0);
 }
 
@@ -147,16 +149,6 @@ void TstStartUp::theLookTakesTheProgramsFontAndStyle()
     StartUp::initLook();
     QCOMPARE(QApplication::font(), gFontMain);
     QVERIFY(!qApp->styleSheet().isEmpty());
-}
-
-void TstStartUp::theTransportStandsBeforeTheDeviceAndIsClosed()
-{
-    QVERIFY(gUsb == nullptr);
-    StartUp::initTransport();
-    QVERIFY(gUsb != nullptr);
-    QVERIFY(!gUsb->isOpen());
-    delete gUsb;
-    gUsb = nullptr;
 }
 
 QTEST_MAIN(TstStartUp)

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
+#include "platform/UsbPlatformEmulated.h"
+#include "session/Session.h"
 #include "settings/Config.h"
 #include "support/TestImages.h"
-#include "platform/UsbPlatformEmulated.h"
 
 #include <QtTest>
 
@@ -16,66 +17,35 @@
 
 using Report = QVector<int>; ///< state, error, value
 
-/// Emulated instruments on a bus in the process, and the program's side of their bring-up. Without a main window the
-/// desk swaps the device object as that does it, and looks for devices when the bus tells of them. Pauses of the
-/// program are over at once, but for the wait for a device's return, and the instruments' time passes faster than the
-/// real one. One at a time: the globals are its own. Main thread.
+/// Emulated instruments on a bus in the process, and a session over it. Without a main window it looks for devices when
+/// the bus tells of them. Pauses of the program are over at once, but for the wait for a device's return, and the
+/// instruments' time passes faster than the real one. One at a time: the globals are its own. Main thread.
 struct BringUpDesk {
     enum Window { WithoutWindow, WithWindow };
     static constexpr int longWait = 30000; ///< ms: never waited for when all is well
 
-    explicit BringUpDesk(int model = 0, Window window = WithoutWindow) : hasWindow(window == WithWindow)
+    explicit BringUpDesk(int model = 0, Window window = WithoutWindow)
     {
-        Q_ASSERT(gDev == nullptr && gDevInit == nullptr);
         configLoad();
         bus = std::make_unique<EmulatedBus>(20.0);
         auto made = std::make_unique<UsbPlatformEmulated>(*bus);
         platform = made.get();
-        transport = std::make_unique<UsbTransport>(std::move(made));
-        control = std::make_unique<DevControlUsb>(*transport);
-        control->sleep = [](int) {};
-        setDevControl(control.get());
-        gUsb = transport.get();
-        gDev = createDevice(model).release();
-        makeInit();
-    }
-    ~BringUpDesk()
-    {
-        init.reset();
-        gDevInit = nullptr;
-        delete gDev;
-        gDev = nullptr;
-        setDevControl(nullptr);
-        gUsb = nullptr;
-        transport.reset();
+        session = std::make_unique<Session>(std::move(made), model);
+        transport = &session->transport();
+        init = &session->bringUp();
+        session->control().sleep = [](int) {};
+        constexpr int returnStep = 200;
+        init->skipPause = [](int ms) { return ms != returnStep; };
+        QObject::connect(session.get(), &Session::sigInitSta, [this](int sta, int err, int n) {
+            reports.append({sta, err, n});
+        });
+        QObject::connect(init, &DevInit::sigDevPreConnect, [this](int wanted) { asked.append(wanted); });
+        if (window == WithoutWindow) {
+            session->watchDevices();
+        }
     }
     BringUpDesk(const BringUpDesk &) = delete;
     BringUpDesk &operator=(const BringUpDesk &) = delete;
-
-    void makeInit()
-    {
-        constexpr int returnStep = 200;
-        init = std::make_unique<DevInit>(*transport);
-        gDevInit = init.get();
-        init->skipPause = [](int ms) { return ms != returnStep; };
-        QObject::connect(init.get(), &DevInit::sigInitSta, [this](int sta, int err, int n) {
-            reports.append({sta, err, n});
-        });
-        if (hasWindow) {
-            return;
-        }
-        QObject::connect(init.get(), &DevInit::sigDevPreConnect, [this](int wanted) {
-            asked.append(wanted);
-            if (swaps && gDev->model != wanted) {
-                delete gDev;
-                gDev = createDevice(wanted).release();
-            }
-        });
-        QObject::connect(transport.get(), &UsbTransport::sigDevChange, init.get(), &DevInit::slotDevChange);
-        if (!isRegistered) {
-            isRegistered = transport->registerHotplug(0);
-        }
-    }
 
     /// Adds an instrument that accepts only the tests' images. @return its index
     int add(const emulator::InstrumentOptions &options)
@@ -117,6 +87,13 @@ struct BringUpDesk {
         }
     }
 
+    /// Waits until the instrument has been told all that it was to be told.
+    static void settle()
+    {
+        bool isThrough = false;
+        gDev->request([](DevControl &) { return 0; }, [&isThrough](int) { isThrough = true; });
+        (void)QTest::qWaitFor([&isThrough] { return isThrough; }, longWait);
+    }
     /// True when a report of this state and error has come.
     [[nodiscard]] bool has(int sta, int err = 0) const
     {
@@ -133,14 +110,11 @@ struct BringUpDesk {
 
     std::unique_ptr<EmulatedBus> bus;
     UsbPlatformEmulated *platform = nullptr;
-    std::unique_ptr<UsbTransport> transport;
-    std::unique_ptr<DevControlUsb> control;
-    std::unique_ptr<DevInit> init;
+    std::unique_ptr<Session> session;
+    UsbTransport *transport = nullptr; ///< the session's
+    DevInit *init = nullptr;           ///< the session's
     QVector<Report> reports;
     QVector<int> asked; ///< models that the device object was to become
-    bool swaps = true;
-    bool isRegistered = false;
-    const bool hasWindow;
 };
 
 inline emulator::InstrumentOptions instrumentOf(int model)

@@ -43,9 +43,9 @@ struct RequestDesk {
     {
         BringUpRun::Host host;
         host.report = [this](int sta, int err, int n) { reports.append({sta, err, n}); };
-        host.connectDevice = [this](int model, const QByteArray &identity) {
+        host.prepareDevice = [this](int model, const QByteArray &identity) {
             connected = {model, identity};
-            run->endConnect();
+            run->endVisit({});
         };
         host.skipPause = [this](int ms) {
             pauses.append(ms);

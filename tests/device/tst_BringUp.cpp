@@ -1,6 +1,7 @@
 // Bring-up over a bus with emulated instruments: every model, and what users do with plugs.
 
 #include "BringUpDesk.h"
+#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 
 #include <QSet>
@@ -169,13 +170,11 @@ void TstBringUp::theLastRequestIsTheEndOfTheBringUp()
 
 void TstBringUp::aDeviceThatWasThereBeforeTheProgramIsFound()
 {
-    BringUpDesk desk;
-    desk.init.reset(); // nobody listens yet
+    BringUpDesk desk(0, BringUpDesk::WithWindow); // nobody listens
     desk.add(runningInstrument(2));
     desk.bus->plug();
     QTRY_VERIFY(desk.bus->with([](emulator::Instrument &i) { return i.attached(); }));
-    desk.makeInit();
-    desk.init->slotDevChange();
+    desk.session->lookForDevice();
     QCOMPARE(desk.reports, (QVector<Report>{{2, 0, 0}}));
     QTRY_VERIFY(desk.has(6));
 }

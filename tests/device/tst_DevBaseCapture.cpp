@@ -1,5 +1,7 @@
 // The device object and a connected instrument: starts, stops and ends of its captures.
 
+#include "acquisition/SmpCtrlStorage.h"
+#include "acquisition/SmpCtrlTransfer.h"
 #include "device/DevModels.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
@@ -150,7 +152,6 @@ void TstDevBaseCapture::everyStorageModelReadsItsMemoryBack()
     QCOMPARE(desk.device->readSize.load(), std::int32_t(desk.bulk.stream.size()));
     QVERIFY(desk.device->smpData->sampleCount() > 0);
     QCOMPARE(desk.device->smpData->smpFrequ, desk.device->smpFrequ());
-    QVERIFY(!desk.device->thrSimulate.isBusy());
     desk.device->smpData->clear();
     QCOMPARE(memBudget.load(), ampleMemory);
 }
@@ -409,13 +410,13 @@ void TstDevBaseCapture::anInstrumentThatGoesDuringTheCaptureEndsIt()
 void TstDevBaseCapture::theReceiverIsThatOfTheModel()
 {
     PluggedIn desk(5);
-    QCOMPARE(desk.bulk.receiver(), static_cast<InterfaceDevCallback *>(&desk.device->thrCtrlTransfer));
+    QVERIFY(dynamic_cast<SmpCtrlTransfer *>(desk.bulk.receiver()) != nullptr);
     desk.device = createDevice(1);
     QCOMPARE(desk.bulk.receiver(), nullptr); // the one that went let go; a capture takes it again
     desk.device.reset();
     for (const int code : {0, 2, 9, 97}) {
         desk.device = createDevice(code);
-        QCOMPARE(desk.bulk.receiver(), static_cast<InterfaceDevCallback *>(&desk.device->thrCtrlStorage));
+        QVERIFY(dynamic_cast<SmpCtrlStorage *>(desk.bulk.receiver()) != nullptr);
         desk.device.reset();
         QCOMPARE(desk.bulk.receiver(), nullptr);
     }
@@ -427,7 +428,7 @@ void TstDevBaseCapture::theLastCaptureStaysInViewUntilDataComes()
     fillRing(desk, 600);
     desk.device->startCapture();
     QTRY_COMPARE(desk.published, 1);
-    desk.device->thrCtrlStorage.join(); // it answered from what is changed now
+    QTRY_VERIFY(!desk.device->hasThreads()); // they answered from what is changed now
     desk.control.device.statuses = {waitsForTrigger};
     desk.bulk.device = nullptr;
     desk.device->startCapture();

@@ -1,5 +1,6 @@
 // The device object at work: captures, their end, and what goes to an instrument.
 
+#include "acquisition/SmpSimulate.h"
 #include "device/DevModels.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
@@ -111,6 +112,7 @@ private slots:
     void aThresholdReachesOnlyAConnectedInstrument();
     void theStoredThresholdIsSent_data();
     void theStoredThresholdIsSent();
+    void bothGroupsOfTheWideModelGetTheirStoredThreshold();
     void onlyAConnectedInstrumentIsSwitchedOff();
 };
 
@@ -269,7 +271,7 @@ void TstDevBaseRun::endingACapturePublishesNothing()
     device->startCapture();
     QTRY_COMPARE(listener.states.size(), 2);
     device->endCapture();
-    QVERIFY(!device->thrSimulate.isRunning());
+    QVERIFY(!device->hasThreads());
     QCoreApplication::processEvents();
     QCOMPARE(listener.published, 0);
     chooseShort(*device);
@@ -312,7 +314,7 @@ void TstDevBaseRun::aDeviceWithoutAModelCapturesNothing()
     Listener listener(bare);
     bare.startCapture();
     QCOMPARE(listener.starts, 0);
-    QVERIFY(!bare.thrSimulate.isBusy());
+    QVERIFY(!bare.isCapturing());
     QCOMPARE(bare.smpFrequ(), std::int64_t(0));
     QCOMPARE(bare.devUid, QByteArray(8, '\0'));
     QCOMPARE(bare.depthMax, std::int64_t(10000000000));
@@ -570,6 +572,21 @@ void TstDevBaseRun::theStoredThresholdIsSent()
     deviceSet(device->name, QStringLiteral("chnVth"), text);
     device->loadVth();
     QTEST(control.calls.last(), "call");
+}
+
+void TstDevBaseRun::bothGroupsOfTheWideModelGetTheirStoredThreshold()
+{
+    FakeDevControl control;
+    const std::unique_ptr<DevBase> device = createDevice(9);
+    QCOMPARE(device->initDevice(identityOf("RV2540", 200, 200)), 0);
+    control.calls.clear();
+    deviceSet(device->name, QStringLiteral("chnVth"), QStringLiteral("0.90"));
+    deviceSet(device->name, QStringLiteral("chnVth2"), QStringLiteral("4.00"));
+    device->loadVth();
+    QCOMPARE(control.calls, QStringList({QStringLiteral("sendVth 1 393 242"), QStringLiteral("sendVth 2 848 0")}));
+    deviceSet(device->name, QStringLiteral("chnVth2"), QString());
+    device->loadVth();
+    QCOMPARE(control.calls.last(), QStringLiteral("sendVth 2 621 242"));
 }
 
 void TstDevBaseRun::onlyAConnectedInstrumentIsSwitchedOff()

@@ -5,6 +5,7 @@
 
 #include <QSemaphore>
 
+#include <optional>
 #include <thread>
 
 namespace {
@@ -60,7 +61,8 @@ private slots:
     void aRemovalWithoutAConnectionIsNotTold();
     void aDeviceObjectThatWasNotSwappedIsNotInitialised_data();
     void aDeviceObjectThatWasNotSwappedIsNotInitialised();
-    void theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo();
+    void theDeviceObjectIsTouchedOnTheMainThreadAlone();
+    void aDeviceObjectThatIsReplacedMeanwhileIsConnectedAllTheSame();
     void thePausesAreThoseOfTheHardware_data();
     void thePausesAreThoseOfTheHardware();
     void aNewBareDeviceWaitsForTheThreadOfTheLast();
@@ -136,7 +138,13 @@ void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised()
     QFETCH(int, present);
     QFETCH(int, model);
     BringUpDesk desk(present);
-    desk.swaps = false;
+    // A file begins to load when the instrument has been found.
+    std::optional<Session::FileJob> held;
+    connect(desk.init, &DevInit::sigInitSta, this, [&](int sta) {
+        if (sta == 2) {
+            held.emplace(*desk.session);
+        }
+    });
     desk.add(runningInstrument(model));
     desk.bus->plug();
     QTRY_VERIFY(desk.hasEnded());
@@ -146,24 +154,39 @@ void TstDevInit::aDeviceObjectThatWasNotSwappedIsNotInitialised()
     QVERIFY(desk.init->identity().isEmpty());
 }
 
-void TstDevInit::theDeviceObjectIsSwappedAndInitialisedOnTheMainThreadInOneGo()
+void TstDevInit::theDeviceObjectIsTouchedOnTheMainThreadAlone()
 {
     BringUpDesk desk;
     QThread *const main = QThread::currentThread();
     QVector<QThread *> threads;
-    bool between = false; // an event that was posted in the swap, and has come before the end
-    connect(desk.init.get(), &DevInit::sigDevPreConnect, this, [&] {
-        threads.append(QThread::currentThread());
-        QMetaObject::invokeMethod(
-            this, [&] { between = between || !desk.has(6); }, Qt::QueuedConnection);
-    });
-    connect(desk.init.get(), &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
+    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] { threads.append(QThread::currentThread()); });
+    connect(desk.init, &DevInit::sigInitSta, this, [&] { threads.append(QThread::currentThread()); });
     desk.add(runningInstrument(8));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
-    QCoreApplication::processEvents();
-    QVERIFY(!between);
     QCOMPARE(threads.count(main), threads.size());
+}
+
+void TstDevInit::aDeviceObjectThatIsReplacedMeanwhileIsConnectedAllTheSame()
+{
+    BringUpDesk desk;
+    int rounds = 0;
+    desk.session->control().sleep = [&](int) { ++rounds; };
+    // Behind the first visit: the requests are under way, or through.
+    connect(desk.init, &DevInit::sigDevPreConnect, this, [&] {
+        if (desk.asked.size() == 1) {
+            QMetaObject::invokeMethod(desk.session.get(), &Session::replaceConfig, Qt::QueuedConnection);
+        }
+    });
+    desk.add(runningInstrument(8));
+    desk.bus->plug();
+    QTRY_VERIFY(desk.hasEnded());
+    QCOMPARE(desk.firstError(), (Report{0, 0}));
+    QCOMPARE(gDev->model, 8);
+    QVERIFY(gDev->connected);
+    QCOMPARE(desk.asked, (QVector<int>{8, 8}));
+    desk.session.reset();
+    QCOMPARE(rounds, 2);
 }
 
 void TstDevInit::thePausesAreThoseOfTheHardware_data()
@@ -187,7 +210,7 @@ void TstDevInit::thePausesAreThoseOfTheHardware()
     desk.add(runningInstrument(model));
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
-    desk.init.reset();
+    desk.session.reset();
     QCOMPARE(seen, pauses);
 }
 
@@ -294,7 +317,7 @@ void TstDevInit::aDeviceThatGoesBeforeItsObjectIsConnectedIsTold()
     BringUpDesk desk;
     desk.add(runningInstrument(2));
     bool pulled = false;
-    connect(desk.init.get(), &DevInit::sigInitSta, this, [&](int sta) {
+    connect(desk.init, &DevInit::sigInitSta, this, [&](int sta) {
         if (sta == 5 && !pulled) {
             pulled = true;
             desk.bus->unplug();
@@ -328,9 +351,9 @@ void TstDevInit::theCoordinatorMayGoWhileAThreadWaitsForTheMainThread()
         while (turns.fetch_add(1, std::memory_order_relaxed) < i * 50000) {
             // Nearer and nearer to the wait, and into it. Yielding would take as long as a busy machine likes.
         }
-        desk.init.reset();
+        desk.session.reset();
         QCoreApplication::processEvents();
-        QVERIFY(!gDev->connected);
+        QVERIFY(!desk.has(6));
     }
 }
 
@@ -359,7 +382,7 @@ void TstDevInit::theCoordinatorMayGoInEveryPause()
     desk.add(options);
     desk.bus->plug();
     QVERIFY(QTest::qWaitFor([&reached] { return reached.tryAcquire(); }));
-    desk.init.reset();
+    desk.session.reset();
     QCOMPARE(desk.firstError(), (Report{0, 0}));
 }
 
@@ -375,7 +398,7 @@ void TstDevInit::theCoordinatorMayGoWithARunThatHasNotStarted()
     desk.bus->plug();
     QTRY_COMPARE(desk.reports.count({2, 0, 0}), 2);
     hold.release();
-    desk.init.reset();
+    desk.session.reset();
     QVERIFY(desk.asked.isEmpty());
 }
 

@@ -104,10 +104,7 @@ bool CaptureFaultDesk::keepsWhatCameBefore(std::uint64_t offset)
 
 bool CaptureFaultDesk::leavesNothing(std::int64_t budget)
 {
-    const auto haveEnded = [] {
-        return !gDev->thrCtrlStorage.isRunning() && !gDev->thrCnvtStorage.isRunning() &&
-               !gDev->thrCtrlTransfer.isRunning() && !gDev->thrCnvtTransfer.isRunning();
-    };
+    const auto haveEnded = [] { return !gDev->hasThreads(); };
     if (!QTest::qWaitFor(haveEnded, InstrumentDesk::longWait) || gDev->smpBufs.count() != 0) {
         return false;
     }

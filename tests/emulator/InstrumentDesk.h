@@ -1,13 +1,14 @@
 #pragma once
 
 #include "LogicSignal.h"
+#include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
-#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "device/UsbTransport.h"
-#include "settings/Config.h"
 #include "platform/InstrumentBus.h"
+#include "session/Session.h"
+#include "settings/Config.h"
 
 #include <QtTest>
 
@@ -23,44 +24,25 @@ public:
     [[nodiscard]] virtual std::unique_ptr<UsbPlatform> makePlatform() = 0;
 };
 
-/// The program's side of an instrument, as the main window holds it together, without windows: bring-up, the device
-/// object and its captures. The pauses of a bring-up are over at once. Main thread.
+/// A session over instruments, and what it tells. The pauses of a bring-up are over at once. Main thread.
 class InstrumentDesk : public QObject {
 public:
     explicit InstrumentDesk(std::unique_ptr<InstrumentRoad> road_) : road(std::move(road_))
     {
         configLoad();
         memBudget = budget;
-        transport = std::make_unique<UsbTransport>(road->makePlatform());
-        control = std::make_unique<DevControlUsb>(*transport);
-        control->sleep = [](int) {};
-        setDevControl(control.get());
-        gUsb = transport.get();
-        makeDevice(0);
-        init = std::make_unique<DevInit>(*transport);
-        gDevInit = init.get();
+        session = std::make_unique<Session>(road->makePlatform(), 0);
+        transport = &session->transport();
+        init = &session->bringUp();
+        session->control().sleep = [](int) {};
         constexpr int returnStep = 200;
         init->skipPause = [](int ms) { return ms != returnStep; };
-        connect(init.get(), &DevInit::sigInitSta, this, [this](int sta, int err, int) {
+        connect(session.get(), &Session::sigInitSta, this, [this](int sta, int err, int) {
             initStates.append({sta, err});
         });
-        connect(init.get(), &DevInit::sigDevPreConnect, this, [this](int model) {
-            if (gDev->model != model) {
-                makeDevice(model);
-            }
-        });
-        connect(transport.get(), &UsbTransport::sigDevChange, init.get(), &DevInit::slotDevChange);
-        isGood = transport->registerHotplug(0);
-    }
-    ~InstrumentDesk() override
-    {
-        init.reset();
-        gDevInit = nullptr;
-        delete gDev;
-        gDev = nullptr;
-        setDevControl(nullptr);
-        gUsb = nullptr;
-        transport.reset();
+        connect(session.get(), &Session::sigSmpSta, this, [this](int sta, int err, int) { states.append({sta, err}); });
+        connect(session.get(), &Session::sigSmpDataReady, this, [this] { ++published; });
+        isGood = session->watchDevices();
     }
 
     /// Plugs the instrument in and waits until it is connected.
@@ -81,7 +63,7 @@ public:
     {
         states.clear();
         published = 0;
-        gDev->startCapture();
+        (void)session->startCapture();
     }
     [[nodiscard]] bool awaitEnd()
     {
@@ -105,9 +87,9 @@ public:
     static constexpr int longWait = 30000; // ms: never waited for when all is well
 
     std::unique_ptr<InstrumentRoad> road;
-    std::unique_ptr<UsbTransport> transport;
-    std::unique_ptr<DevControlUsb> control;
-    std::unique_ptr<DevInit> init;
+    std::unique_ptr<Session> session;
+    UsbTransport *transport = nullptr;   ///< the session's
+    DevInit *init = nullptr;             ///< the session's
     QVector<QPair<int, int>> initStates; ///< state, error
     QVector<QPair<int, int>> states;     ///< state, error
     int published = 0;
@@ -118,13 +100,6 @@ private:
     {
         return std::any_of(initStates.cbegin(), initStates.cend(),
                            [](const auto &state) { return state.first == 6 || state.second != 0; });
-    }
-    void makeDevice(int model)
-    {
-        delete gDev;
-        gDev = createDevice(model).release();
-        connect(gDev, &DevBase::sigSmpSta, this, [this](int sta, int err, int) { states.append({sta, err}); });
-        connect(gDev, &DevBase::sigSmpDataReady, this, [this] { ++published; });
     }
 };
 

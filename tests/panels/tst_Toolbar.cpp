@@ -134,7 +134,6 @@ void TstToolbar::onlyModelsWithThresholdsOfferThem()
     for (auto row = rows.cbegin(); row != rows.cend(); ++row) {
         device.replace(row.key());
         bar.reload();
-        bar.sendSecondThreshold();
         QCOMPARE(bar.vthSetting != nullptr ? bar.vthSetting->labels.size() : 0, row.value());
         QCOMPARE(bar.findChildren<VthSetting *>().size(), row.value() > 0 ? 1 : 0);
     }

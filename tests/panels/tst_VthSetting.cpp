@@ -25,7 +25,6 @@ private slots:
     void customIsKnownInAnotherLanguage();
     void anIndexThatNoEntryHasIsIgnored();
     void eachRowHasItsKeysAndItsThreshold();
-    void theSecondThresholdIsSentToANewInstrument();
     void withoutAnInstrumentTheKeysAreSaved();
     void aModelKeepsItsOwnLevels();
     void everyControlHasANameAndIsReachedByTab();
@@ -270,16 +269,6 @@ void TstVthSetting::eachRowHasItsKeysAndItsThreshold()
     desk.panel->levelBoxes.at(0)->setCurrentText(text("5.0V TTL"));
     QCOMPARE(desk.instrument.calls.last(), sentVth(1.58, 1));
     QCOMPARE(VthDesk::saved("chnVth2"), text("0.60"));
-}
-
-void TstVthSetting::theSecondThresholdIsSentToANewInstrument()
-{
-    VthDesk desk(twoRowModel, {{text("chnLevel2"), text("0.9V CMOS")}});
-    desk.panel->sendSecond();
-    QCOMPARE(desk.instrument.calls, QStringList{sentVth(0.45, 2)});
-    VthDesk other(oneRowModel);
-    other.panel->sendSecond();
-    QCOMPARE(other.instrument.calls, QStringList());
 }
 
 void TstVthSetting::withoutAnInstrumentTheKeysAreSaved()

@@ -41,19 +41,15 @@ private:
         m_desk = std::make_unique<BringUpDesk>(model);
         m_bar = std::make_unique<Toolbar>();
         m_desk->add(runningInstrument(model));
-        connect(m_desk->init.get(), &DevInit::sigInitSta, m_bar.get(), [this](int sta, int err, int) {
-            if (sta == 6 && err == 0) { // as the main window does it
-                gDev->loadVth();
-                m_bar->sendSecondThreshold();
-            }
-        });
         m_desk->bus->plug();
         QTRY_VERIFY(m_desk->hasEnded());
         QCOMPARE(m_desk->firstError(), (Report{0, 0}));
         QVERIFY(gDev->connected);
     }
+    /// What has arrived, when all has.
     [[nodiscard]] Thresholds inInstrument()
     {
+        m_desk->settle();
         return m_desk->bus->with(0, [](emulator::Instrument &instrument) {
             const emulator::Outputs::Threshold &first = instrument.outputs().threshold(0);
             const emulator::Outputs::Threshold &second = instrument.outputs().threshold(1);

@@ -1,4 +1,4 @@
-#include "app/RunStatus.h"
+#include "session/RunStatus.h"
 
 #include <QtTest>
 

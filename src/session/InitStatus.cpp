@@ -1,4 +1,4 @@
-#include "app/InitStatus.h"
+#include "session/InitStatus.h"
 
 #include "settings/Language.h"
 
