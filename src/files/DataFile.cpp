@@ -96,7 +96,7 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     }
     file.close();
 
-    if (loaded) {
+    if (loaded && !checksOnly) {
         smpData->finish(smpData->smpCount);
     } else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire)) {
         smpData->clear();
@@ -108,6 +108,9 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
 
 bool DataFile::afterPiece(int percent)
 {
+    if (mayGoOn && !mayGoOn()) {
+        return false;
+    }
     if (!background) {
         return true;
     }
@@ -126,7 +129,8 @@ bool DataFile::loadBlocks()
         return afterPiece(percentOf(position, size, loadProgressUnit));
     };
     m_found = {};
-    m_outcome = readDataBlocks(file, *smpData, afterEach, &m_found);
+    m_outcome = checksOnly ? checkDataBlocks(file, smpData->chnCount, true, m_found, afterEach)
+                           : readDataBlocks(file, *smpData, afterEach, &m_found);
     m_storeTouched = m_outcome != DataBlocksResult::HeadRefused && m_outcome != DataBlocksResult::OtherModel;
     if (m_outcome != DataBlocksResult::Stopped) {
         emit sigReportProgress(100);

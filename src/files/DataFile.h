@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 
 class SmpData;
 
@@ -38,7 +39,10 @@ public:
     std::int64_t workTotal = 0;              ///< entries of the selected channels in the range
     std::int64_t smpTotal = 0;               ///< samples in the range
     std::atomic<int> cancelled{0};           ///< polled by a job in the background after each piece
-    bool syncs = false; ///< a job that writes ends with what it wrote on the disk; may block as long as that takes
+    /// Asked after each piece, on the thread that does the job; false cancels it. May be empty.
+    std::function<bool()> mayGoOn;
+    bool checksOnly = false; ///< a load looks at the whole file and leaves the store empty
+    bool syncs = false;      ///< a job that writes ends with what it wrote on the disk; may block as long as that takes
 
     /// Files from this size on, in bytes, load behind the dialog.
     static constexpr std::int64_t backgroundLoadSize = 50'000'000;

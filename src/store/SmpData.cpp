@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 using namespace smpBlocks;
 
@@ -103,6 +104,23 @@ void SmpData::leaveBehind()
     std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
     smpCount = 0;
     trgPos = 0;
+}
+
+bool SmpData::adopt(SmpData &other)
+{
+    if (other.chnCount != chnCount) {
+        return false;
+    }
+    clear();
+    other.open();
+    chnRoots.swap(other.chnRoots);
+    smpCount = std::exchange(other.smpCount, 0);
+    trgPos = std::exchange(other.trgPos, 0);
+    smpFrequ = other.smpFrequ;
+    startLevels = other.startLevels;
+    zeroSmpCnt = other.zeroSmpCnt;
+    complete.store(true, std::memory_order_seq_cst);
+    return true;
 }
 
 void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable)
