@@ -1,16 +1,31 @@
+#include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 
 #include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
 
 namespace {
 
-int runWindow()
+/// The arguments without the program's own name, before there is an application object.
+QStringList argumentsOf(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments += QString::fromLocal8Bit(argv[i]);
+    }
+    return arguments;
+}
+
+int runWindow(const QStringList &missingFiles)
 {
     MainWindow window;
     window.show();
+    QTimer::singleShot(0, &window, [&] { CommandLine::tellMissing(&window, missingFiles); });
     const int code = QApplication::exec();
     configSave(configPath());
     return code;
@@ -20,17 +35,22 @@ int runWindow()
 
 int main(int argc, char *argv[])
 {
+    if (const auto answer = CommandLine::answer(argumentsOf(argc, argv))) {
+        std::fputs(qPrintable(*answer), stdout);
+        return 0;
+    }
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("corvanlux"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
 
     memBudgetInit();
-    StartUp::initGlobals(QCoreApplication::arguments().mid(1));
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    StartUp::initGlobals(arguments);
     StartUp::initLook();
     StartUp::initTransport();
     StartUp::initDevice();
     StartUp::initBringUp();
-    const int code = runWindow();
+    const int code = runWindow(CommandLine::missingFiles(arguments));
     StartUp::endDevices();
     return code;
 }

@@ -1,6 +1,7 @@
 #include "device/DevModels.h"
 
 #include "device/DevControl.h"
+#include "settings/ConfigDocument.h"
 
 #include <algorithm>
 #include <span>
@@ -239,4 +240,9 @@ std::unique_ptr<DevBase> createDevice(int code)
     default:
         return std::make_unique<DevNone>();
     }
+}
+
+int digitalChannelsOf(const ConfigDocument &settings)
+{
+    return tableOf(settings.global(QStringLiteral("devModel")).toInt()).chnCount;
 }
