@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/CaptureFile.h"
 #include "settings/Language.h"
 
 #include <QDateTime>
@@ -7,9 +8,7 @@
 #include <QVector>
 #include <QWidget>
 
-#include <cstdint>
 #include <functional>
-#include <vector>
 
 class MyButton;
 class QAction;
@@ -42,21 +41,20 @@ public:
     /// Asks for the path of an existing file. @return empty on cancel
     [[nodiscard]] QString openFileDialog();
 
-    /// Opens a data file (.cxdat) or a settings file (.cxset); the common way of all sources after the start.
-    /// Its settings replace the running ones first, so that the device object is remade before the data load into it.
+    /// Opens a data file (.cxdat) or a settings file (.cxset); the common way of all sources after the start. The file
+    /// is read whole first; then its settings replace the running ones, so that the device object is remade, and its
+    /// capture goes into that one's store. A failure or a cancel leaves settings and capture as they were, but for a
+    /// capture that memory has room for only in place of the former one, and that cannot be read a second time.
     /// Ignored while isBusy().
     void openFile(const QString &path);
 
-    /// Loads the binary part of `path`, which begins at `headSize`, into the current device's store, behind a progress
-    /// dialog when the file is big. On success the device tells that its data is ready.
-    [[nodiscard]] bool loadData(const QString &path, qint64 headSize);
+    /// Opens the data file that was named at the start, whose settings are the running ones already. If it fails those
+    /// of "lux.config" come back.
+    void openStartFile(const QString &path);
 
     /// True while a file is read or written. Events are processed behind the progress dialog, and some pass the modal
     /// dialog by, such as a drop or an instrument that is plugged in: `gDev` must stay, and no second job may begin.
     [[nodiscard]] bool isBusy() const;
-
-    /// Forgets `gOpenFile` if its data did not load, and tells so: "File open failed." and the path, in a modal box.
-    void tellOpenFailed(const QString &path, QMessageBox::Icon kind);
 
 public slots:
     void actOpenFile();
@@ -78,6 +76,8 @@ signals:
     void openSettingFile();
     /// The file that the title names shows no data.
     void openFileGone();
+    /// How a save or an export ended, for the status line.
+    void fileTold(const QString &text);
     /// The menu's actions have their keys from now on: whoever answered them until then lets go, since a key with two
     /// owners reaches neither.
     void shortcutsTaken();
@@ -85,13 +85,6 @@ signals:
     void checkUpdateWanted();
 
 private:
-    /// What of the capture is written.
-    struct Selection {
-        std::vector<std::uint8_t> channels; ///< one flag per digital channel
-        double start = 0;                   ///< samples
-        double end = 0;                     ///< samples
-    };
-
     void buildMenu();
     void addEntry(const QString &text, void (MainMenu::*slot)(), int key = 0);
     void addExportMenu();
@@ -99,11 +92,19 @@ private:
     [[nodiscard]] bool askRestart(const LanguageInfo &language);
     void restart();
 
-    void tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind);
+    [[nodiscard]] CaptureFile captureFile() const;
+    /// Reads a file; isBusy() meanwhile.
+    [[nodiscard]] OpenedCapture read(const QString &path, const SmpData *former);
+    /// Brings the capture of a file that was read into the current device's store, and tells what it lacks, or that it
+    /// failed.
+    void takeCapture(const QString &path, const OpenedCapture &opened, QMessageBox::Icon kind);
+    void tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome);
+    /// Forgets `gOpenFile` if its data did not load, and tells so: "File open failed.", the path and the reason, in a
+    /// modal box.
+    void tellOpenFailed(const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome);
+    void tellWritten(const QString &path, const FileOutcome &outcome);
     /// Asks what to write and where. @return the path; empty if cancelled, or without a capture, which `noData` tells
-    [[nodiscard]] QString askTarget(int kind, const QString &noData, Selection &selection);
-    [[nodiscard]] bool writeData(const QString &path, const Selection &selection);
-    [[nodiscard]] bool writeExport(int kind, const QString &path, const Selection &selection);
+    [[nodiscard]] QString askTarget(int kind, const QString &noData, CapturePart &part);
 
     Session &m_session;
     MyButton *m_button;

@@ -5,8 +5,9 @@
 #include "app/ProgressJobDialog.h"
 #include "controls/NoticeBox.h"
 #include "device/DevBase.h"
+#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
-#include "files/DataFile.h"
+#include "files/CaptureFile.h"
 #include "panels/ExportDataSet.h"
 #include "session/Session.h"
 #include "settings/Config.h"
@@ -16,28 +17,6 @@
 #include <QAction>
 #include <QFileInfo>
 #include <QPointer>
-
-#include <utility>
-
-#ifdef Q_OS_UNIX
-#include <sys/stat.h>
-#endif
-
-namespace {
-
-/// A pipe keeps whoever opens or writes it waiting for its reader, be it for ever, and the window with it.
-bool isPipe(const QString &path)
-{
-#ifdef Q_OS_UNIX
-    struct stat status {};
-    return stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISFIFO(status.st_mode);
-#else
-    Q_UNUSED(path)
-    return false;
-#endif
-}
-
-} // namespace
 
 bool MainMenu::isBusy() const
 {
@@ -62,77 +41,123 @@ void MainMenu::actOpenFile()
     }
 }
 
+CaptureFile MainMenu::captureFile() const
+{
+    return CaptureFile(digitalChannelsOf, progressJobDialogs(window()));
+}
+
+OpenedCapture MainMenu::read(const QString &path, const SmpData *former)
+{
+    const Session::FileJob held(m_session);
+    return captureFile().open(path, former);
+}
+
 void MainMenu::openFile(const QString &path)
 {
     if (isBusy()) {
         return;
     }
-    const QFileInfo info(path);
-    const bool isData = info.suffix() == QLatin1String("cxdat");
-    const bool isSettings = info.suffix() == QLatin1String("cxset");
-    QByteArray settings;
-    if (!info.isFile() || (!isData && !isSettings) || !configHeadOfFile(path, settings)) {
-        tellOpenFailed(path, QMessageBox::Warning);
+    OpenedCapture opened = read(path, gDev->smpData.get());
+    if (!opened.outcome.isDone()) {
+        tellOpenFailed(path, QMessageBox::Warning, opened.outcome);
         return;
     }
-    // The rebind that follows reads gOpenFile for the title, so it is set before, and taken back if there is none. A
-    // settings file shows no data: the device object with the former capture goes away.
-    const QString formerFile = std::exchange(gOpenFile, isData ? path : QString());
-    if (!configReplace(settings)) {
-        gOpenFile = formerFile;
-        configLoad();
-        tellOpenFailed(path, QMessageBox::Warning);
-        return;
-    }
+    // The rebind that follows reads gOpenFile for the title. A settings file shows no data: the device object with the
+    // former capture goes away.
+    gOpenFile = opened.isData ? path : QString();
+    configTake(*opened.settings);
     emit openSettingFile();
-    if (isData && !loadData(path, settings.size())) {
-        tellOpenFailed(path, QMessageBox::Warning);
+    if (opened.isData && opened.capture == nullptr) {
+        opened = read(path, nullptr); // there is room now
+    }
+    if (opened.isData) {
+        takeCapture(path, opened, QMessageBox::Warning);
     }
 }
 
-bool MainMenu::loadData(const QString &path, qint64 headSize)
+void MainMenu::openStartFile(const QString &path)
 {
-    const Session::FileJob held(m_session);
-    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
-    if (!job.loadData(path, headSize)) {
-        return false;
+    OpenedCapture opened = read(path, gDev->smpData.get());
+    if (gDev->isCapturing()) {
+        return; // the capture has overtaken the file
+    }
+    if (!opened.outcome.isDone()) {
+        // Its settings have been in effect since the start.
+        configLoad();
+        viewOptionsLoad();
+        gOpenFile.clear();
+        emit openSettingFile();
+    }
+    takeCapture(path, opened, QMessageBox::Information);
+}
+
+void MainMenu::takeCapture(const QString &path, const OpenedCapture &opened, QMessageBox::Icon kind)
+{
+    FileOutcome outcome = opened.outcome;
+    if (outcome.isDone() && !gDev->smpData->adopt(*opened.capture)) {
+        outcome = {FileResult::OtherModel};
+    }
+    if (!outcome.isDone()) {
+        tellOpenFailed(path, kind, outcome);
+        return;
     }
     emit gDev->sigSmpDataReady();
-    return true;
+    const QString warning = fileWarning(outcome, chnShowNameGet);
+    if (!warning.isEmpty()) {
+        showNotice(window(), QMessageBox::Warning, QString(), warning + QStringLiteral("\r\n") + path);
+    }
 }
 
-void MainMenu::tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind)
+void MainMenu::tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome)
 {
-    showNotice(window(), kind, ::tr("An error occurred"), what + QStringLiteral("\r\n") + path);
+    const QString end = QStringLiteral("\r\n");
+    showNotice(window(), kind, ::tr("An error occurred"), what + end + path + end + fileReason(outcome));
 }
 
-void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind)
+void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome)
 {
     if (gOpenFile == path && gDev->smpData->sampleCount() < 1) {
         gOpenFile.clear();
         emit openFileGone();
     }
-    tellFailed(::tr("File open failed."), path, kind);
+    tellFailed(::tr("File open failed."), path, kind, outcome);
+}
+
+void MainMenu::tellWritten(const QString &path, const FileOutcome &outcome)
+{
+    if (outcome.isDone()) {
+        emit fileTold(::tr("Saved:") + QLatin1Char(' ') + QFileInfo(path).fileName());
+    } else {
+        tellFailed(::tr("File save failed."), path, QMessageBox::Warning, outcome);
+    }
 }
 
 void MainMenu::actSaveSettings()
 {
-    const QString path = saveFileDialog(1);
-    if (!path.isEmpty() && !isPipe(path)) {
-        configSave(path); // a failure goes unnoticed
+    const QString path = isBusy() ? QString() : saveFileDialog(1);
+    if (path.isEmpty()) {
+        return;
+    }
+    const FileOutcome outcome = CaptureFile::saveSettings(path, configCopy());
+    if (outcome.isDone()) {
+        tellWritten(path, outcome);
+    } else {
+        // No box: nothing is lost but what can be saved again.
+        emit fileTold(::tr("File save failed.") + QLatin1Char(' ') + fileReason(outcome));
     }
 }
 
 void MainMenu::actSaveData()
 {
-    Selection selection;
-    const QString path = askTarget(0, ::tr("Sorry, there is no data that can be saved."), selection);
-    if (!path.isEmpty() && !writeData(path, selection)) {
-        tellFailed(::tr("File save failed."), path, QMessageBox::Warning);
+    CapturePart part;
+    const QString path = askTarget(0, ::tr("Sorry, there is no data that can be saved."), part);
+    if (!path.isEmpty()) {
+        const Session::FileJob held(m_session);
+        tellWritten(path, captureFile().save(path, *gDev->smpData, part, configCopy()));
     }
 }
 
-QString MainMenu::askTarget(int kind, const QString &noData, Selection &selection)
+QString MainMenu::askTarget(int kind, const QString &noData, CapturePart &part)
 {
     if (isBusy()) {
         return {};
@@ -143,11 +168,12 @@ QString MainMenu::askTarget(int kind, const QString &noData, Selection &selectio
     QString path;
     if (hasData()) {
         ExportDataSet dialog(shownPairs ? shownPairs() : QVector<ShownPair>(), window());
+        dialog.setWindowTitle(FileDialogs::saveKind(kind).title);
         if (dialog.exec() != QDialog::Accepted) {
             return {};
         }
         if (hasData()) {
-            dialog.getSelection(selection.channels, selection.start, selection.end);
+            dialog.getSelection(part.channels, part.start, part.end);
             path = saveFileDialog(kind);
         }
     }
@@ -158,45 +184,14 @@ QString MainMenu::askTarget(int kind, const QString &noData, Selection &selectio
     return path;
 }
 
-bool MainMenu::writeData(const QString &path, const Selection &selection)
-{
-    const Session::FileJob held(m_session);
-    QByteArray head;
-    // Settings beyond the format's limit would make a file that nobody can open.
-    if (isPipe(path) || !configSave(path) || !configHeadOfFile(path, head)) {
-        return false;
-    }
-    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
-    job.chnSelect = selection.channels.data();
-    job.file.setFileName(path);
-    if (!job.file.open(QIODevice::WriteOnly | QIODevice::Append)) {
-        return false;
-    }
-    job.setRange(selection.start, selection.end);
-    return job.runJob(DataFile::Mode::SaveData);
-}
-
 void MainMenu::slotExportMenuTrig(QAction *action)
 {
-    Selection selection;
+    CapturePart part;
     const int kind = action->data().toInt();
-    const QString path = askTarget(kind, ::tr("Sorry, there is no data that can be exported."), selection);
-    if (!path.isEmpty() && !writeExport(kind, path, selection)) {
-        tellFailed(::tr("File save failed."), path, QMessageBox::Warning);
+    const QString path = askTarget(kind, ::tr("Sorry, there is no data that can be exported."), part);
+    if (!path.isEmpty()) {
+        const Session::FileJob held(m_session);
+        const auto format = kind == 4 ? ExportKind::Binary : ExportKind::Text;
+        tellWritten(path, captureFile().exportTo(path, *gDev->smpData, part, format));
     }
-}
-
-bool MainMenu::writeExport(int kind, const QString &path, const Selection &selection)
-{
-    const Session::FileJob held(m_session);
-    const bool binary = kind == 4;
-    DataFile job(gDev->smpData.get(), progressJobDialogs(window()));
-    job.chnSelect = selection.channels.data();
-    job.file.setFileName(path);
-    const QIODevice::OpenMode text = binary ? QIODevice::NotOpen : QIODevice::Text;
-    if (isPipe(path) || !job.file.open(QIODevice::WriteOnly | QIODevice::Truncate | text)) {
-        return false;
-    }
-    job.setRange(selection.start, selection.end);
-    return job.runJob(binary ? DataFile::Mode::ExportBinary : DataFile::Mode::ExportText);
 }

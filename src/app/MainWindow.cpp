@@ -134,6 +134,7 @@ void MainWindow::connectPanels()
     mainMenu->shownPairs = [this] { return mainView->shownPairs(); };
     connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
+    connect(mainMenu, &MainMenu::fileTold, this, &MainWindow::showFileTold);
     connect(devSetting, &DevSetting::simDevModelChanged, this, &MainWindow::slotDevPreConnect);
     connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
     connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);

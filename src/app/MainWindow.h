@@ -77,6 +77,8 @@ private:
     /// Brings everything that looks at the device in line with `gDev`.
     void rebindDevice();
     void showTitleAndState();
+    /// Tells in the status line how a save or an export ended, until the state changes.
+    void showFileTold(const QString &text);
     /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
     void orderTabs();
     void connectSession();

@@ -2,6 +2,7 @@
 
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
+#include "controls/Look.h"
 #include "controls/MyProgressDlg.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
@@ -47,8 +48,16 @@ void MainWindow::showModelTitle(bool connected)
     setWindowTitle(gDev->name + QLatin1Char(' ') + state + titleTail());
 }
 
+void MainWindow::showFileTold(const QString &text)
+{
+    // The column is as wide as that of the channels, whatever a file is called.
+    statusLabel->setText(statusLabel->fontMetrics().elidedText(text, Qt::ElideMiddle, statusLabel->width() - dp(6)));
+    statusLabel->setToolTip(text);
+}
+
 void MainWindow::showTitleAndState()
 {
+    statusLabel->setToolTip(QString());
     if (gOpenFile.isEmpty()) {
         showModelTitle(gDev->connected);
         statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Device unconnected"));
@@ -115,11 +124,7 @@ void MainWindow::timerEvent(QTimerEvent *event)
         m_session.lookForDevice();
         return;
     }
-    const QString path = gOpenFile;
-    QByteArray settings;
-    if (!configHeadOfFile(path, settings) || !mainMenu->loadData(path, settings.size())) {
-        mainMenu->tellOpenFailed(path, QMessageBox::Information);
-    }
+    mainMenu->openStartFile(QString(gOpenFile)); // a copy: it is cleared when it cannot be opened
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)

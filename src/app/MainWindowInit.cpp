@@ -57,6 +57,7 @@ void MainWindow::slotDevInitStaShow(int sta, int err, int n)
 
 void MainWindow::showConnection(bool connected)
 {
+    statusLabel->setToolTip(QString());
     statusLabel->setText(connected ? ::tr("Device connected") : ::tr("Device unconnected"));
     showModelTitle(connected);
     toolbar->showConnected(connected);

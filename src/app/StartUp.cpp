@@ -4,7 +4,10 @@
 #include "controls/AccessibleMenus.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
+#include "device/DevModels.h"
+#include "files/CaptureFile.h"
 #include "settings/Config.h"
+#include "settings/ConfigDocument.h"
 #include "settings/Globals.h"
 #include "settings/Language.h"
 
@@ -12,24 +15,30 @@
 #include <QFileInfo>
 #include <QScreen>
 
+#include <optional>
+
 namespace StartUp {
 
 namespace {
 
-/// Takes the settings of a file named on the command line, if there is one that has any.
+/// Takes the settings of a file named on the command line, if there is one that has any. Those of a data file whose
+/// capture cannot be loaded stay where they are: the window tells of it.
 void loadNamedFile(const QStringList &arguments)
 {
     const QString path = globalsFileArgument(arguments);
-    if (path.isEmpty()) {
+    QByteArray block;
+    if (path.isEmpty() || !configHeadOfFile(path, block)) {
+        return;
+    }
+    const std::optional<ConfigDocument> settings = ConfigDocument::parse(block);
+    if (!settings) {
         return;
     }
     if (QFileInfo(path).suffix() == QLatin1String("cxdat")) {
         gOpenFile = path;
     }
-    QByteArray settings;
-    if (!configHeadOfFile(path, settings) || !configReplace(settings)) {
-        gOpenFile.clear();
-        configLoad();
+    if (CaptureFile(digitalChannelsOf).check(path).outcome.isDone()) {
+        configTake(*settings);
     }
 }
 

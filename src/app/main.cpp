@@ -1,3 +1,4 @@
+#include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatforms.h"
@@ -7,10 +8,23 @@
 #include "store/MemBudget.h"
 
 #include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
 
 namespace {
 
-int runWindow()
+/// The arguments without the program's own name, before there is an application object.
+QStringList argumentsOf(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments += QString::fromLocal8Bit(argv[i]);
+    }
+    return arguments;
+}
+
+int runWindow(const QStringList &missingFiles)
 {
     Session session(makeUsbPlatform());
     MainWindow window(session);
@@ -20,6 +34,7 @@ int runWindow()
         window.close();
         QApplication::quit(); // also out of a modal dialog
     });
+    QTimer::singleShot(0, &window, [&] { CommandLine::tellMissing(&window, missingFiles); });
     const int code = QApplication::exec();
     configSave(configPath());
     return code;
@@ -29,12 +44,17 @@ int runWindow()
 
 int main(int argc, char *argv[])
 {
+    if (const auto answer = CommandLine::answer(argumentsOf(argc, argv))) {
+        std::fputs(qPrintable(*answer), stdout);
+        return 0;
+    }
     QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("corvanlux"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
 
     memBudgetInit();
-    StartUp::initGlobals(QCoreApplication::arguments().mid(1));
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    StartUp::initGlobals(arguments);
     StartUp::initLook();
-    return runWindow();
+    return runWindow(CommandLine::missingFiles(arguments));
 }

@@ -1,6 +1,7 @@
 #include "device/DevModels.h"
 
 #include "device/DevConnection.h"
+#include "settings/ConfigDocument.h"
 
 #include <algorithm>
 #include <span>
@@ -235,4 +236,9 @@ std::unique_ptr<DevBase> createDevice(int code)
     default:
         return std::make_unique<DevNone>();
     }
+}
+
+int digitalChannelsOf(const ConfigDocument &settings)
+{
+    return tableOf(settings.global(QStringLiteral("devModel")).toInt()).chnCount;
 }

@@ -89,7 +89,7 @@ public:
     [[nodiscard]] DataBlocksResult write(std::int64_t done)
     {
         if (m_device.write(m_buffer.data(), m_used) != m_used) {
-            return DataBlocksResult::Failed;
+            return DataBlocksResult::DeviceError;
         }
         m_used = 0;
         return m_afterPiece && !m_afterPiece(done) ? DataBlocksResult::Stopped : DataBlocksResult::Done;
@@ -236,7 +236,7 @@ DataBlocksResult writeTextExport(QIODevice &device, const SmpData &data, const D
                                  const QByteArray &header, const DataPieceHook &afterPiece)
 {
     if (device.write(header) != header.size()) {
-        return DataBlocksResult::Failed;
+        return DataBlocksResult::DeviceError;
     }
     LevelWalk walk(data);
     LevelColumns columns;

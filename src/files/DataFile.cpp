@@ -87,6 +87,7 @@ bool DataFile::openForLoad(const QString &path, std::int64_t headSize)
 bool DataFile::loadData(const QString &path, std::int64_t headSize)
 {
     m_storeTouched = false;
+    m_outcome = DataBlocksResult::DeviceError;
     bool loaded = false;
     if (openForLoad(path, headSize)) {
         const std::int64_t size = file.size();
@@ -96,7 +97,7 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     }
     file.close();
 
-    if (loaded) {
+    if (loaded && !checksOnly) {
         smpData->finish(smpData->smpCount);
     } else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire)) {
         smpData->clear();
@@ -108,6 +109,9 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
 
 bool DataFile::afterPiece(int percent)
 {
+    if (mayGoOn && !mayGoOn()) {
+        return false;
+    }
     if (!background) {
         return true;
     }
@@ -122,36 +126,44 @@ bool DataFile::loadBlocks()
 {
     progress = 0;
     const std::int64_t size = file.size();
-    const auto outcome = readDataBlocks(file, *smpData, [this, size](std::int64_t position) {
+    const DataPieceHook afterEach = [this, size](std::int64_t position) {
         return afterPiece(percentOf(position, size, loadProgressUnit));
-    });
-    m_storeTouched = outcome != DataBlocksResult::HeadRefused && outcome != DataBlocksResult::StoreKept;
-    if (outcome != DataBlocksResult::Stopped && outcome != DataBlocksResult::StoreKept) {
+    };
+    m_found = {};
+    m_outcome = checksOnly ? checkDataBlocks(file, smpData->chnCount, true, m_found, afterEach)
+                           : readDataBlocks(file, *smpData, afterEach, &m_found);
+    m_storeTouched = m_outcome != DataBlocksResult::HeadRefused && m_outcome != DataBlocksResult::OtherModel &&
+                     m_outcome != DataBlocksResult::StoreKept;
+    if (m_outcome != DataBlocksResult::Stopped && m_outcome != DataBlocksResult::StoreKept) {
         emit sigReportProgress(100);
     }
-    return outcome == DataBlocksResult::Done;
+    return m_outcome == DataBlocksResult::Done;
 }
 
 template<class Write>
 bool DataFile::writeJob(std::int64_t total, std::int64_t unit, const Write &write)
 {
     progress = 0;
-    auto outcome = DataBlocksResult::Failed;
+    m_outcome = DataBlocksResult::DeviceError;
+    m_fault = WriteFault::None;
     const SmpReadLock lock(smpData);
     if (lock && file.isWritable()) {
-        outcome = write(DataPieceHook([this, total, unit](std::int64_t done) {
+        m_outcome = write(DataPieceHook([this, total, unit](std::int64_t done) {
             // What does not reach the system shows at the end, as the file's error.
             return file.flush() && afterPiece(percentOf(done, total, unit));
         }));
         // What came without a piece, such as the head of a file without blocks, may still be in the buffer.
         if (!file.flush() || file.error() != QFileDevice::NoError) {
-            outcome = DataBlocksResult::Failed;
+            m_fault = writeFaultOf(file);
+        } else if (m_outcome == DataBlocksResult::Done && syncs) {
+            m_fault = syncToDisk(file);
         }
+        m_outcome = m_fault == WriteFault::None ? m_outcome : DataBlocksResult::DeviceError;
     }
-    if (outcome != DataBlocksResult::Stopped) {
+    if (m_outcome != DataBlocksResult::Stopped) {
         emit sigReportProgress(100);
     }
-    return outcome == DataBlocksResult::Done;
+    return m_outcome == DataBlocksResult::Done;
 }
 
 bool DataFile::saveData()

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "files/DataBlocks.h"
 #include "files/JobDialog.h"
+#include "settings/FileReplacement.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -8,6 +10,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 
 class SmpData;
 
@@ -15,9 +18,8 @@ class SmpData;
 /// for a big job, on its own thread behind a modal dialog.
 ///
 /// Made on the main thread, where it is needed, and dies there. While a job runs in the background the main thread sits
-/// in the dialog, so that nothing else touches the store or the file. A failure is told without a reason; the caller
-/// shows its message. All operations are for the main thread; none may be called while a job runs, nor under a
-/// SmpReadLock of the caller, since a load waits for all readers to leave.
+/// in the dialog, so that nothing else touches the store or the file. All operations are for the main thread; none may
+/// be called while a job runs, nor under a SmpReadLock of the caller, since a load waits for all readers to leave.
 class DataFile : public QThread {
     Q_OBJECT
 public:
@@ -37,6 +39,10 @@ public:
     std::int64_t workTotal = 0;              ///< entries of the selected channels in the range
     std::int64_t smpTotal = 0;               ///< samples in the range
     std::atomic<int> cancelled{0};           ///< polled by a job in the background after each piece
+    /// Asked after each piece, on the thread that does the job; false cancels it. May be empty.
+    std::function<bool()> mayGoOn;
+    bool checksOnly = false; ///< a load looks at the whole file and leaves the store empty
+    bool syncs = false;      ///< a job that writes ends with what it wrote on the disk; may block as long as that takes
 
     /// Files from this size on, in bytes, load behind the dialog.
     static constexpr std::int64_t backgroundLoadSize = 50'000'000;
@@ -91,6 +97,13 @@ public:
     /// @return the job's outcome: false for a mode without a job; a cancel counts as failure unless it comes too late
     [[nodiscard]] bool runWithDialog(Mode job);
 
+    /// How the last job ended.
+    [[nodiscard]] DataBlocksResult outcome() const { return m_outcome; }
+    /// Why a job that wrote failed at its file; None when that was not the reason.
+    [[nodiscard]] WriteFault fault() const { return m_fault; }
+    /// What the last load found, if it was Done.
+    [[nodiscard]] const DataBlocksFound &found() const { return m_found; }
+
     /// The progress of a job: whole `unit`s of `done` and of `total`, as a percentage of at most 99.
     [[nodiscard]] static int percentOf(std::int64_t done, std::int64_t total, std::int64_t unit);
 
@@ -128,6 +141,9 @@ private:
     std::atomic<bool> result{false}; ///< the job's outcome; release on set, acquire on test
     bool background = false;         ///< the job runs behind the dialog
     Mode mode = Mode::Load;
+    DataBlocksResult m_outcome = DataBlocksResult::DeviceError;
+    WriteFault m_fault = WriteFault::None;
+    DataBlocksFound m_found;
     bool m_storeTouched = false; ///< the load has begun to change the store
     QByteArray m_header;         ///< the first line of a text export, made where the configuration may be read
 };

@@ -1,5 +1,7 @@
 #include "settings/Config.h"
 
+#include "settings/ConfigDocument.h"
+#include "settings/FileReplacement.h"
 #include "settings/Globals.h"
 #include "settings/XmlText.h"
 
@@ -7,15 +9,12 @@
 #include <QDomDocument>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 #include <array>
+#include <optional>
 
 namespace {
-
-/// The reader of data and settings files looks no further: a limit of the file format.
-constexpr int headLimit = 32'768;
 
 QDomDocument &document()
 {
@@ -23,24 +22,11 @@ QDomDocument &document()
     return tree;
 }
 
-/// Makes the declaration tell the encoding that configSave writes, whatever the parsed text had.
-void setDeclaration()
-{
-    QDomDocument &tree = document();
-    const QDomNode first = tree.firstChild();
-    if (first.isProcessingInstruction() && first.nodeName() == QLatin1String("xml")) {
-        tree.removeChild(first);
-    }
-    tree.insertBefore(
-        tree.createProcessingInstruction(QStringLiteral("xml"), QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")),
-        tree.firstChild());
-}
-
 void setTemplate()
 {
-    document().setContent(QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-                                         "<settings><global/><devices/><analyzers/></settings>"));
-    setDeclaration();
+    document() = ConfigDocument::parse(QByteArrayLiteral("<settings><global/><devices/><analyzers/></settings>"))
+                     .value()
+                     .clone();
 }
 
 bool hasSettingsRoot()
@@ -123,36 +109,6 @@ void checkVersion()
     }
 }
 
-bool writeAll(QFileDevice &file, const QByteArray &text)
-{
-    return file.write(text) == text.size() && file.flush() && file.error() == QFileDevice::NoError;
-}
-
-bool saveInPlace(const QString &path, const QByteArray &text)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        return false;
-    }
-    const bool written = writeAll(file, text);
-    file.close();
-    return written && file.error() == QFileDevice::NoError;
-}
-
-/// A crash or a full disk leaves the old file.
-bool saveByReplacing(const QString &path, const QByteArray &text)
-{
-    QSaveFile file(path);
-    file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) {
-        return false;
-    }
-    if (!writeAll(file, text)) {
-        file.cancelWriting();
-    }
-    return file.commit();
-}
-
 } // namespace
 
 QString configPath()
@@ -164,46 +120,56 @@ void configLoad()
 {
     const QString path = configPath();
     QDir().mkpath(QFileInfo(path).path());
-    if (xmlParseFile(document(), path) && hasSettingsRoot()) {
-        setDeclaration();
+    const std::optional<ConfigDocument> stored = ConfigDocument::load(path);
+    if (stored) {
+        document() = stored->clone();
     } else {
         setTemplate();
     }
     checkVersion();
 }
 
+ConfigDocument configCopy()
+{
+    section(QStringLiteral("global"));
+    return ConfigDocument(document().cloneNode(true).toDocument());
+}
+
 bool configSave(const QString &path)
 {
     section(QStringLiteral("global"));
-    const QByteArray text = document().toByteArray(4);
-    const QFileInfo target(path);
-    // Only a plain file may be replaced: a device or a pipe must stay what it is.
-    return !target.exists() || target.isFile() ? saveByReplacing(path, text) : saveInPlace(path, text);
+    return replaceTextFile(path, document().toByteArray(4)) == WriteFault::None;
 }
 
-bool configReplace(const QByteArray &bytes)
+void configTake(const ConfigDocument &other)
 {
-    const std::array keys{QStringLiteral("version"), QStringLiteral("userLang"), QStringLiteral("lastPath"),
-                          QStringLiteral("lastUpdate")};
+    const std::array keys{QStringLiteral("version"),        QStringLiteral("userLang"),
+                          QStringLiteral("lastPath"),       QStringLiteral("lastUpdate"),
+                          QStringLiteral("windowPosition"), QStringLiteral("windowMaximized")};
     std::array<QString, keys.size()> kept;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         kept[i] = globalGet(keys[i]);
     }
-    if (!xmlParse(document(), bytes) || !hasSettingsRoot()) {
-        return false;
-    }
-    setDeclaration();
+    document() = other.clone();
     for (std::size_t i = 0; i < keys.size(); ++i) {
         globalSet(keys[i], kept[i]);
     }
     viewOptionsLoad();
-    return true;
+}
+
+bool configReplace(const QByteArray &bytes)
+{
+    const std::optional<ConfigDocument> other = ConfigDocument::parse(bytes);
+    if (other) {
+        configTake(*other);
+    }
+    return other.has_value();
 }
 
 int configHeadSize(const QByteArray &head)
 {
     const QByteArray end = QByteArrayLiteral("</settings>");
-    const int limit = qMin(head.size(), headLimit);
+    const int limit = qMin(head.size(), configHeadLimit);
     const int found = head.indexOf(end);
     if (found <= 0 || found + end.size() > limit) {
         return 0;
@@ -219,10 +185,11 @@ bool configHeadOfFile(const QString &path, QByteArray &block)
 {
     block.clear();
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    // Opening what is no plain file may wait for ever.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    block = file.read(headLimit);
+    block = file.read(configHeadLimit);
     block.truncate(configHeadSize(block));
     return !block.isEmpty();
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QVector>
 
+class ConfigDocument;
+
 /// The config document: every persistent setting of the program, one XML tree in memory.
 ///
 /// Values are text: decimal numbers, comma lists without blanks. The same document is the settings file (.cxset) and
@@ -24,19 +26,29 @@ void configLoad();
 /// The path of "lux.config". The directory may not exist yet.
 [[nodiscard]] QString configPath();
 
-/// Writes the whole document to `path`: UTF-8, indented by 4, text mode, truncated. The file is complete and closed
-/// on return. A plain file is replaced only after all was written, so that a full disk leaves the old one.
-/// @return false if the file cannot be opened or not all of it could be written
+/// Writes the whole document to `path`: UTF-8, indented by 4, line ends of the system. The file appears whole, or the
+/// one that was there stays, see FileReplacement. No limit of a settings block is looked at. Blocks as long as the disk
+/// takes.
+/// @return false if not all could be written
 bool configSave(const QString &path);
 
-/// Replaces the document by a settings block and reloads the view options; `version`, `userLang`, `lastPath` and
-/// `lastUpdate` keep their running values.
-/// @return false if `bytes` do not parse; the tree is then undefined and the caller runs configLoad()
+/// A copy of the whole document.
+[[nodiscard]] ConfigDocument configCopy();
+
+/// Replaces the document by a copy of another one, and reloads the view options. `version`, `userLang`, `lastPath`,
+/// `lastUpdate` and the window's place and size (`windowPosition`, `windowMaximized`) keep their running values.
+void configTake(const ConfigDocument &other);
+
+/// The same with a settings block. @return false if `bytes` do not parse; nothing has changed then
 [[nodiscard]] bool configReplace(const QByteArray &bytes);
+
+/// A settings block ends within so many bytes from the file's start, with the line ends behind it: readers look no
+/// further.
+inline constexpr int configHeadLimit = 32'768;
 
 /// Extracts the settings block, with the line ends behind it, from the first 32,768 bytes of a data or settings file.
 /// Its size is the offset of the binary part.
-/// @return false if the file cannot be read or holds no whole block there; `block` is then empty
+/// @return false if the file is no plain one, cannot be read or holds no whole block there; `block` is then empty
 [[nodiscard]] bool configHeadOfFile(const QString &path, QByteArray &block);
 
 /// Size in bytes of the settings block at the start of `head`, with the line ends behind it; 0 if `head` holds no whole

@@ -1,6 +1,7 @@
 #include "settings/XmlText.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTextCodec>
 #include <QXmlStreamReader>
 
@@ -123,7 +124,8 @@ bool xmlParse(QDomDocument &document, const QByteArray &bytes)
 bool xmlParseFile(QDomDocument &document, const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    // Opening what is no plain file may wait for ever.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return false;
     }
     return xmlParse(document, file.read(xmlMaxBytes + 1));

@@ -155,6 +155,24 @@ void SmpData::leaveBehind()
     trgPos = 0;
 }
 
+bool SmpData::adopt(SmpData &other)
+{
+    if (other.chnCount != chnCount) {
+        return false;
+    }
+    clear();
+    other.open();
+    m_slabs.swap(other.m_slabs); // the memory behind the roots
+    chnRoots.swap(other.chnRoots);
+    smpCount = std::exchange(other.smpCount, 0);
+    trgPos = std::exchange(other.trgPos, 0);
+    smpFrequ = other.smpFrequ;
+    startLevels = other.startLevels;
+    zeroSmpCnt = other.zeroSmpCnt;
+    readmit();
+    return true;
+}
+
 void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::span<const std::uint8_t> enable)
 {
     constexpr int firstVoltDiv = 1000; // millivolts; the caller sets the real one before drawing

@@ -123,6 +123,11 @@ public:
     /// Closes the capture at `endPos`: every transition at or beyond it goes, each channel ends in one end mark.
     /// Cost: one step a leaf, and one per entry cut off.
     void finish(std::int64_t endPos);
+    /// Takes over the capture of `other`, which is closed and read by nobody: trees, length, rate and trigger. What was
+    /// here is freed, analog channels too; `other` is empty afterwards. Waits for the readers as open() does, and
+    /// closes this capture again. Cost: that of freeing.
+    /// @return false, with nothing changed, if the numbers of digital channels differ
+    bool adopt(SmpData &other);
     /// Appends one empty leaf, with a new mid before it when the last is full. `forced` passes over the budget. To be
     /// called only when the last leaf is full, or there is none: entries are found by their index, which takes every
     /// leaf but the last for full. A mid that was taken for a leaf that then is refused stays for the next call.

@@ -75,7 +75,7 @@ void TstMainMenuFails::aFileThatCannotBeWrittenGivesTheBox()
     act(kind);
     QCOMPARE(m_boxes->seen.count, 1);
     QCOMPARE(m_boxes->seen.title, QStringLiteral("An error occurred"));
-    QCOMPARE(m_boxes->seen.text, QStringLiteral("File save failed.\r\n") + m_path);
+    QVERIFY(m_boxes->seen.text.startsWith(QStringLiteral("File save failed.\r\n") + m_path + QStringLiteral("\r\n")));
     QCOMPARE(m_boxes->seen.button, QStringLiteral("Close"));
     QCOMPARE(m_boxes->seen.icon, QMessageBox::Warning);
     QCOMPARE(gDev->smpData->sampleCount(), 1000);
@@ -102,7 +102,8 @@ void TstMainMenuFails::aPipeWithoutAReaderIsRefusedAtOnce()
     QCOMPARE(m_files->count, 1);
     QCOMPARE(m_boxes->seen.count, kind == 1 ? 0 : 1); // settings that cannot be saved go unnoticed
     if (kind != 1) {
-        QCOMPARE(m_boxes->seen.text, QStringLiteral("File save failed.\r\n") + m_path);
+        QVERIFY(
+            m_boxes->seen.text.startsWith(QStringLiteral("File save failed.\r\n") + m_path + QStringLiteral("\r\n")));
     }
     QVERIFY(!m_menu->isBusy());
 #endif
@@ -128,7 +129,7 @@ void TstMainMenuFails::settingsTooLongToBeReadAgainGiveTheBox()
     m_path = path("long.cxdat");
     m_menu->actSaveData();
     QCOMPARE(m_boxes->seen.count, 1);
-    QCOMPARE(m_boxes->seen.text, QStringLiteral("File save failed.\r\n") + m_path);
+    QVERIFY(m_boxes->seen.text.startsWith(QStringLiteral("File save failed.\r\n") + m_path + QStringLiteral("\r\n")));
 }
 
 void TstMainMenuFails::aBigSaveRunsBehindTheProgressDialog()
@@ -173,7 +174,7 @@ void TstMainMenuFails::aCancelledJobGivesTheBox()
     act(kind);
     QCOMPARE(progress.count, 1);
     QCOMPARE(m_boxes->seen.count, 1);
-    QCOMPARE(m_boxes->seen.text, QStringLiteral("File save failed.\r\n") + m_path);
+    QVERIFY(m_boxes->seen.text.startsWith(QStringLiteral("File save failed.\r\n") + m_path + QStringLiteral("\r\n")));
     QVERIFY(QFile::exists(m_path)); // what was written stays
     QCOMPARE(gDev->smpData->sampleCount(), samples);
 }

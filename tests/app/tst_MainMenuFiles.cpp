@@ -5,7 +5,10 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QRadioButton>
+
+#include <algorithm>
 
 /// Opening, saving and exporting by the menu's actions.
 class TstMainMenuFiles : public QObject, private MenuDesk {
@@ -30,7 +33,9 @@ private slots:
     void anExportReplacesALongerFile();
     void aCaptureOfOneSampleIsSavedAndExported();
     void settingsAreSavedAndOpenedAgain();
-    void savingSettingsFailsUnnoticed();
+    void settingsThatCannotBeSavedGiveNoBox();
+    void theStatusLineTellsWhatWasWritten();
+    void saveAndExportHaveTitlesOfTheirOwn();
 
 private:
     void smallCapture() { CaptureBuilder{1000, 1000000, 100, 200}.fill(*gDev->smpData); }
@@ -272,16 +277,51 @@ void TstMainMenuFiles::settingsAreSavedAndOpenedAgain()
     QVERIFY(gOpenFile.isEmpty());
 }
 
-void TstMainMenuFiles::savingSettingsFailsUnnoticed()
+void TstMainMenuFiles::settingsThatCannotBeSavedGiveNoBox()
 {
-#ifndef Q_OS_UNIX
-    QSKIP("this system has no full device");
-#endif
-    QVERIFY(QFile::link(QStringLiteral("/dev/full"), path("full.cxset")));
-    m_path = path("full.cxset");
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("gone")));
+    m_files = std::make_unique<DialogDriver<QFileDialog>>([this](QFileDialog &dialog) {
+        chooseFile(dialog, path("gone/mine.cxset"));
+        QVERIFY(QDir(path("gone")).removeRecursively());
+    });
+    QStringList told;
+    connect(m_menu, &MainMenu::fileTold, this, [&told](const QString &text) { told += text; });
     m_menu->actSaveSettings();
-    QCOMPARE(m_files->count, 1);
     QCOMPARE(m_boxes->seen.count, 0);
+    QCOMPARE(told, QStringList{QStringLiteral("File save failed. The folder does not exist.")});
+}
+
+void TstMainMenuFiles::theStatusLineTellsWhatWasWritten()
+{
+    smallCapture();
+    QStringList told;
+    connect(m_menu, &MainMenu::fileTold, this, [&told](const QString &text) { told += text; });
+    m_path = path("a.cxdat");
+    m_menu->actSaveData();
+    m_path = path("a.cxset");
+    m_menu->actSaveSettings();
+    m_path = path("a.csv");
+    exportAs(3);
+    QCOMPARE(told, (QStringList{QStringLiteral("Saved: a.cxdat"), QStringLiteral("Saved: a.cxset"),
+                                QStringLiteral("Saved: a.csv")}));
+    const QList<QLabel *> labels = m_window->findChildren<QLabel *>();
+    QVERIFY(std::any_of(labels.begin(), labels.end(), [](const QLabel *label) {
+        return label->toolTip() == QStringLiteral("Saved: a.csv") && !label->text().isEmpty();
+    }));
+    QCOMPARE(m_boxes->seen.count, 0);
+}
+
+void TstMainMenuFiles::saveAndExportHaveTitlesOfTheirOwn()
+{
+    smallCapture();
+    QStringList titles;
+    m_select = [&titles](ExportDataSet &dialog) { titles += dialog.windowTitle(); };
+    m_path = path("a");
+    m_menu->actSaveData();
+    exportAs(2);
+    exportAs(4);
+    QCOMPARE(titles,
+             (QStringList{QStringLiteral("Save Data"), QStringLiteral("Export Data"), QStringLiteral("Export Data")}));
 }
 
 LUX_GUI_TEST(TstMainMenuFiles)

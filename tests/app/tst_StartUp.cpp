@@ -3,6 +3,7 @@
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "device/UsbPlatformNone.h"
+#include "files/DataBlocks.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
@@ -22,6 +23,7 @@ private slots:
     void withoutAFileTheConfigurationIsThatOfTheLastRun();
     void aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData();
     void aDataFileGivesTheConfigurationAndIsLeftForTheWindow();
+    void aDataFileThatCannotBeLoadedKeepsTheConfiguration();
     void onlyTheFirstSuitableFileCounts();
     void aFileWithoutSettingsIsForgotten_data();
     void aFileWithoutSettingsIsForgotten();
@@ -36,6 +38,12 @@ private:
     {
         return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><settings><global>" + global +
                "</global><devices/><analyzers/></settings>\n";
+    }
+    /// A capture without channels, of a model with so many.
+    static QByteArray head(int chnCount)
+    {
+        const auto bytes = encodeFileHead({1000, 1000000, 0, chnCount});
+        return QByteArray(reinterpret_cast<const char *>(bytes.data()), DataFileHead::size);
     }
     QTemporaryDir m_dir;
     std::unique_ptr<Session> m_session;
@@ -81,11 +89,29 @@ void TstStartUp::aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData()
 
 void TstStartUp::aDataFileGivesTheConfigurationAndIsLeftForTheWindow()
 {
-    const QString path = write(QStringLiteral("a.cxdat"), settings("<devModel>1</devModel>"));
+    const QString path = write(QStringLiteral("a.cxdat"), settings("<devModel>1</devModel>") + head(8));
     StartUp::initGlobals({path});
     QCOMPARE(gOpenFile, path);
     m_session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
     QCOMPARE(gDev->model, 1);
+}
+
+void TstStartUp::aDataFileThatCannotBeLoadedKeepsTheConfiguration()
+{
+    StartUp::initGlobals({});
+    globalSet(QStringLiteral("devModel"), QStringLiteral("7"));
+    globalSet(QStringLiteral("windowPosition"), QStringLiteral("10,20,800,600"));
+    QVERIFY(configSave(configPath()));
+    const QByteArray theirs = settings("<devModel>1</devModel><windowPosition>0,0,9,9</windowPosition>");
+    for (const QByteArray &data : {QByteArray(), head(8).chopped(1), head(16), head(8) + "##"}) {
+        const QString path = write(QStringLiteral("bad.cxdat"), theirs + data);
+        StartUp::initGlobals({path});
+        QCOMPARE(gOpenFile, path); // for the window to tell
+        QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("7"));
+    }
+    StartUp::initGlobals({write(QStringLiteral("good.cxdat"), theirs + head(8))});
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("1"));
+    QCOMPARE(globalGet(QStringLiteral("windowPosition")), QStringLiteral("10,20,800,600"));
 }
 
 void TstStartUp::onlyTheFirstSuitableFileCounts()

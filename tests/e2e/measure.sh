@@ -148,10 +148,9 @@ wait_for 60 "the export to be what the file holds" cmp -s "$folder/expected.csv"
 }
 
 press "$window" ctrl+s
-selection=$(wait_window 30 '^Export Data$')
+selection=$(wait_window 30 '^Save Data$')
 click_on 'push button' OK
-wait_for 30 "the end of the selection" window_is_gone '^Export Data$'
-answer_file_dialog 'Save Data' "$folder/saved.cxdat"
+answer_file_dialog 'Save Data' "$folder/saved.cxdat" "$selection"
 wait_for 60 "the saved file" test -s "$folder/saved.cxdat"
 levels "$capture_file" 0 end {0..15} >"$folder/expected"
 saved_is_complete() {

@@ -29,12 +29,24 @@ public:
     }
     DataFileBytes &blockHead(int chn, int level, std::int64_t entryCount)
     {
+        m_chns.push_back(chn);
         m_blocks.append("##D");
         m_blocks.append('\0').append(char(chn)).append(char(level)).append(2, '\0');
         put40(m_blocks, entryCount);
         m_blocks.append(3, '\0');
         return *this;
     }
+    /// The head tells these channels' blocks.
+    DataFileBytes &promise(const std::vector<int> &chns)
+    {
+        m_promise[0] = char(chns.size() + 1);
+        for (const int chn : chns) {
+            m_promise[1 + chn / 8] = char(m_promise[1 + chn / 8] | 1 << chn % 8);
+        }
+        return *this;
+    }
+    /// The head tells the blocks that there are.
+    DataFileBytes &told() { return promise(m_chns); }
     DataFileBytes &raw(const QByteArray &bytes)
     {
         m_blocks.append(bytes);
@@ -48,7 +60,7 @@ public:
             all.append(3, '\0');
             put40(all, field);
         }
-        all.append(3, '\0').append(char(m_chnCount)).append(7, '\0');
+        all.append(3, '\0').append(char(m_chnCount)).append(m_promise);
         return all + m_blocks;
     }
 
@@ -70,6 +82,8 @@ private:
     std::int64_t m_frequency = 1'000'000;
     std::int64_t m_trigger = 0;
     QByteArray m_blocks;
+    std::vector<int> m_chns;
+    QByteArray m_promise = QByteArray(7, '\0');
 };
 
 /// Builds a closed capture.

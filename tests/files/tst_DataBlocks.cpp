@@ -153,7 +153,7 @@ void TstDataBlocks::aDeviceThatIsFullAfterAnyByteFailsTheWriter()
         QVERIFY(device.open(QIODevice::ReadWrite));
         device.room = room;
         const auto result = writeDataBlocks(device, *data, {all.data(), 0, 999});
-        QVERIFY(result == (room == whole ? DataBlocksResult::Done : DataBlocksResult::Failed));
+        QVERIFY(result == (room == whole ? DataBlocksResult::Done : DataBlocksResult::DeviceError));
         QCOMPARE(device.data().size(), room);
     }
 }
@@ -173,7 +173,7 @@ void TstDataBlocks::aDeviceThatFailsAtAnyReadFailsTheReader()
         const auto result = readDataBlocks(device, data);
         QVERIFY(result == (failing == 0       ? DataBlocksResult::HeadRefused
                            : failing == reads ? DataBlocksResult::Done
-                                              : DataBlocksResult::Failed));
+                                              : DataBlocksResult::DeviceError));
     }
 }
 

@@ -199,7 +199,7 @@ void TstDataExportFails::aWriteThatComesShortStopsTheText()
     QCOMPARE(header.size(), 96);
     for (const qint64 room : {0, 95, 96, 1000, textExportPiece, textExportPiece + 96, 3'600'095}) {
         SinkDevice out(room);
-        QCOMPARE(writeTextExport(out, *data, {select.data(), 0, 199'999}, header), DataBlocksResult::Failed);
+        QCOMPARE(writeTextExport(out, *data, {select.data(), 0, 199'999}, header), DataBlocksResult::DeviceError);
         QCOMPARE(out.taken, room);
     }
     SinkDevice out(3'600'096);
@@ -212,7 +212,7 @@ void TstDataExportFails::aWriteThatComesShortStopsTheDump()
     const auto select = allOf(*data);
     for (const qint64 room : {0, 1, dataWritePiece - 1, dataWritePiece, 2 * dataWritePiece, 499'999}) {
         SinkDevice out(room);
-        QCOMPARE(writeBinaryExport(out, *data, {select.data(), 0, 499'999}), DataBlocksResult::Failed);
+        QCOMPARE(writeBinaryExport(out, *data, {select.data(), 0, 499'999}), DataBlocksResult::DeviceError);
         QCOMPARE(out.taken, room);
     }
     SinkDevice out(500'000);

@@ -221,7 +221,7 @@ void TstDataFileBadInput::anEntryCountTakesNoMemoryByItself()
     QVERIFY(buffer.open(QIODevice::ReadOnly));
     SmpData data(8, 0);
     const std::int64_t before = memBudget;
-    QVERIFY(readDataBlocks(buffer, data) == DataBlocksResult::Failed);
+    QVERIFY(readDataBlocks(buffer, data) == DataBlocksResult::Damaged);
     QCOMPARE(memBudget.load(), before);
 }
 
@@ -237,7 +237,7 @@ void TstDataFileBadInput::aDeviceThatEndsBeforeItsSizeFails()
     Liar device(&bytes);
     QVERIFY(device.open(QIODevice::ReadOnly));
     SmpData data(8, 0);
-    QVERIFY(readDataBlocks(device, data) == DataBlocksResult::Failed);
+    QVERIFY(readDataBlocks(device, data) == DataBlocksResult::DeviceError);
 }
 
 void TstDataFileBadInput::aMissingFileKeepsTheFormerCapture()

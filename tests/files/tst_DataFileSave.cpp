@@ -44,8 +44,13 @@ void TstDataFileSave::initTestCase()
 void TstDataFileSave::aSaveWritesTheHeadAndAscendingBlocks()
 {
     const auto data = CaptureBuilder(16).samples(1000).trigger(77).channel(5, 1, {999}).channel(0, 0, {10, 20}).build();
-    QCOMPARE(saved(*data, all(16), 0, 1000),
-             DataFileBytes(16).samples(1000).trigger(77).block(0, 0, {10, 20, 1000}).block(5, 1, {999, 1000}).bytes());
+    QCOMPARE(saved(*data, all(16), 0, 1000), DataFileBytes(16)
+                                                 .samples(1000)
+                                                 .trigger(77)
+                                                 .block(0, 0, {10, 20, 1000})
+                                                 .block(5, 1, {999, 1000})
+                                                 .told()
+                                                 .bytes());
 }
 
 void TstDataFileSave::theDocumentedExampleIsWhatIsWritten()
@@ -55,7 +60,7 @@ void TstDataFileSave::theDocumentedExampleIsWhatIsWritten()
                                                                   "e8 03 00 00 00 00 00 00 "
                                                                   "40 42 0f 00 00 00 00 00 "
                                                                   "0a 00 00 00 00 00 00 00 "
-                                                                  "08 00 00 00 00 00 00 00 "
+                                                                  "08 03 09 00 00 00 00 00 "
                                                                   "23 23 44 00 00 00 00 00 "
                                                                   "03 00 00 00 00 00 00 00 "
                                                                   "0a 00 00 00 00 "
@@ -78,7 +83,7 @@ void TstDataFileSave::aSaveAppendsBehindTheSettingsBlock()
     QVERIFY(file.file.open(QIODevice::Append));
     QVERIFY(file.saveData());
     file.file.close();
-    QCOMPARE(folder.read(), "<settings/>\n" + DataFileBytes(8).block(0, 0, {10, 1000}).bytes());
+    QCOMPARE(folder.read(), "<settings/>\n" + DataFileBytes(8).block(0, 0, {10, 1000}).told().bytes());
 }
 
 void TstDataFileSave::aWholeFileOfSettingsAndDataLoadsAgain()
@@ -113,61 +118,61 @@ void TstDataFileSave::aWholeFileOfSettingsAndDataLoadsAgain()
 void TstDataFileSave::aRangeThatStartsBehindTheTriggerStoresTriggerZero()
 {
     const auto data = CaptureBuilder(8).trigger(100).build();
-    QCOMPARE(saved(*data, all(8), 101, 200), DataFileBytes(8).samples(99).trigger(0).bytes());
-    QCOMPARE(saved(*data, all(8), 99, 200), DataFileBytes(8).samples(101).trigger(1).bytes());
-    QCOMPARE(saved(*data, all(8), 0, 50), DataFileBytes(8).samples(50).trigger(100).bytes());
+    QCOMPARE(saved(*data, all(8), 101, 200), DataFileBytes(8).samples(99).trigger(0).told().bytes());
+    QCOMPARE(saved(*data, all(8), 99, 200), DataFileBytes(8).samples(101).trigger(1).told().bytes());
+    QCOMPARE(saved(*data, all(8), 0, 50), DataFileBytes(8).samples(50).trigger(100).told().bytes());
 }
 
 void TstDataFileSave::aQuietChannelHasOneEntryAtTheEnd()
 {
     const auto data = CaptureBuilder(8).channel(0, 0).channel(1, 1, {10, 900}).build();
     QCOMPARE(saved(*data, all(8), 20, 120),
-             DataFileBytes(8).samples(100).block(0, 0, {100}).block(1, 0, {100}).bytes());
+             DataFileBytes(8).samples(100).block(0, 0, {100}).block(1, 0, {100}).told().bytes());
 }
 
 void TstDataFileSave::theLevelIsThatOfTheFirstSampleOfTheRange()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10, 20, 30}).build();
-    QCOMPARE(saved(*data, all(8), 15, 35), DataFileBytes(8).samples(20).block(0, 1, {5, 15, 20}).bytes());
+    QCOMPARE(saved(*data, all(8), 15, 35), DataFileBytes(8).samples(20).block(0, 1, {5, 15, 20}).told().bytes());
 }
 
 void TstDataFileSave::anEdgeOnTheFirstSampleIsPartOfTheLevel()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10, 20}).build();
-    QCOMPARE(saved(*data, all(8), 10, 30), DataFileBytes(8).samples(20).block(0, 1, {10, 20}).bytes());
+    QCOMPARE(saved(*data, all(8), 10, 30), DataFileBytes(8).samples(20).block(0, 1, {10, 20}).told().bytes());
 }
 
 void TstDataFileSave::anEdgeRightBehindTheRangeBecomesTheEndMark()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10, 20, 30}).build();
-    QCOMPARE(saved(*data, all(8), 0, 20), DataFileBytes(8).samples(20).block(0, 0, {10, 20}).bytes());
-    QCOMPARE(saved(*data, all(8), 0, 21), DataFileBytes(8).samples(21).block(0, 0, {10, 20, 21}).bytes());
+    QCOMPARE(saved(*data, all(8), 0, 20), DataFileBytes(8).samples(20).block(0, 0, {10, 20}).told().bytes());
+    QCOMPARE(saved(*data, all(8), 0, 21), DataFileBytes(8).samples(21).block(0, 0, {10, 20, 21}).told().bytes());
 }
 
 void TstDataFileSave::aRangeOfOneSampleHoldsEndMarksOnly()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10, 11, 12}).build();
-    QCOMPARE(saved(*data, all(8), 11, 11), DataFileBytes(8).samples(1).block(0, 0, {1}).bytes());
-    QCOMPARE(saved(*data, all(8), 12, 12), DataFileBytes(8).samples(1).block(0, 1, {1}).bytes());
+    QCOMPARE(saved(*data, all(8), 11, 11), DataFileBytes(8).samples(1).block(0, 0, {1}).told().bytes());
+    QCOMPARE(saved(*data, all(8), 12, 12), DataFileBytes(8).samples(1).block(0, 1, {1}).told().bytes());
 }
 
 void TstDataFileSave::onlySelectedChannelsWithDataHaveABlock()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {1}).channel(1, 0, {2}).channel(3, 0, {3}).build();
     QCOMPARE(saved(*data, {0, 1, 1, 1, 0, 0, 0, 1}, 0, 1000),
-             DataFileBytes(8).block(1, 0, {2, 1000}).block(3, 0, {3, 1000}).bytes());
+             DataFileBytes(8).block(1, 0, {2, 1000}).block(3, 0, {3, 1000}).told().bytes());
 }
 
 void TstDataFileSave::anEmptySelectionWritesTheHeadAlone()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {1}).build();
-    QCOMPARE(saved(*data, std::vector<std::uint8_t>(8, 0), 0, 1000), DataFileBytes(8).bytes());
+    QCOMPARE(saved(*data, std::vector<std::uint8_t>(8, 0), 0, 1000), DataFileBytes(8).told().bytes());
 }
 
 void TstDataFileSave::aRangeAtTheVeryEndStillEndsInAnEndMark()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {1}).build();
-    QCOMPARE(saved(*data, all(8), 1000, 1000), DataFileBytes(8).samples(1).block(0, 1, {1}).bytes());
+    QCOMPARE(saved(*data, all(8), 1000, 1000), DataFileBytes(8).samples(1).block(0, 1, {1}).told().bytes());
 }
 
 void TstDataFileSave::piecesAndLeavesLeaveNoSeamInTheFile_data()
@@ -195,32 +200,34 @@ void TstDataFileSave::piecesAndLeavesLeaveNoSeamInTheFile()
     }
     expected.push_back(end - start);
     const int level = 1 - skip % 2;
-    QVERIFY(saved(*data, all(8), double(start), double(end)) ==
-            DataFileBytes(8).samples(end - start).block(0, level, expected).block(1, 1 - level, expected).bytes());
+    QVERIFY(
+        saved(*data, all(8), double(start), double(end)) ==
+        DataFileBytes(8).samples(end - start).block(0, level, expected).block(1, 1 - level, expected).told().bytes());
 }
 
 void TstDataFileSave::saveLoadSaveGivesTheSameBytes_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<int>("chnCount");
-    QTest::newRow("no channels") << DataFileBytes(8).bytes() << 8;
-    QTest::newRow("one sample") << DataFileBytes(8).samples(1).block(0, 1, {1}).block(3, 0, {1}).bytes() << 8;
+    QTest::newRow("no channels") << DataFileBytes(8).told().bytes() << 8;
+    QTest::newRow("one sample") << DataFileBytes(8).samples(1).block(0, 1, {1}).block(3, 0, {1}).told().bytes() << 8;
     QTest::newRow("channels without data")
-        << DataFileBytes(16).block(2, 1, {4, 1000}).block(15, 0, {1000}).bytes() << 16;
+        << DataFileBytes(16).block(2, 1, {4, 1000}).block(15, 0, {1000}).told().bytes() << 16;
     QTest::newRow("longest capture") << DataFileBytes(8)
                                             .samples(dataFileMax)
                                             .trigger(dataFileMax)
                                             .block(0, 0, {1, 0xFFFFFFFF, 0x100000000, dataFileMax - 1, dataFileMax})
+                                            .told()
                                             .bytes()
                                      << 8;
     DataFileBytes wide(32);
     for (int chn = 0; chn < 32; ++chn) {
         wide.block(chn, chn & 1, {chn + 1, chn + 2, 1000});
     }
-    QTest::newRow("32 channels") << wide.bytes() << 32;
+    QTest::newRow("32 channels") << wide.told().bytes() << 32;
     Entries many = stairs(1, 2, 90'000);
     many.push_back(200'000);
-    QTest::newRow("several leaves") << DataFileBytes(8).samples(200'000).block(6, 1, many).bytes() << 8;
+    QTest::newRow("several leaves") << DataFileBytes(8).samples(200'000).block(6, 1, many).told().bytes() << 8;
 }
 
 void TstDataFileSave::saveLoadSaveGivesTheSameBytes()
