@@ -1,3 +1,4 @@
+#include "analysis/PulseTimes.h"
 #include "controls/Look.h"
 #include "controls/PixelScale.h"
 #include "device/DevBase.h"

@@ -1,5 +1,6 @@
 // What others ask of the main view's timing markers: the list of pairs, the ruler, the number keys.
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
@@ -43,7 +44,7 @@ void MainView::slotTimingMarkerPairClicked(int type, int phyId)
     }
     switch (type) {
     case pairRequest::add: {
-        const int first = markerIndex(TimeMarkers::firstOfPair(phyId));
+        const int first = markerIndex(MarkerTimes::firstOfPair(phyId));
         const int x = waveView->width() * newMarkerPart / newMarkerWhole;
         setMarker(first, MarkerState::off, x);
         setMarker(first + 1, MarkerState::off, x);

@@ -1,5 +1,6 @@
 // The timing markers of the main view: the list of pairs, their states and places, and what the pointer does to them.
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Truncate.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
@@ -26,7 +27,7 @@ int MainView::markerIndex(int phyId)
     if (phyId < 0) {
         return -1;
     }
-    const int firstId = TimeMarkers::firstOfPair(phyId);
+    const int firstId = MarkerTimes::firstOfPair(phyId);
     const auto at = std::find_if(timeMarkers.cbegin(), timeMarkers.cend(),
                                  [firstId](const CursorBody *marker) { return marker->id() >= firstId; });
     const auto position = int(at - timeMarkers.cbegin());
@@ -51,7 +52,7 @@ void MainView::addMarkerPair(int position, int firstId)
 
 void MainView::removeMarkerPair(int phyId)
 {
-    const int firstId = TimeMarkers::firstOfPair(phyId);
+    const int firstId = MarkerTimes::firstOfPair(phyId);
     const auto at = std::find_if(timeMarkers.cbegin(), timeMarkers.cend(),
                                  [firstId](const CursorBody *marker) { return marker->id() == firstId; });
     if (at == timeMarkers.cend()) {
@@ -171,10 +172,10 @@ void MainView::tellMarkerTexts(int index)
         const SmpReadLock lock(capture);
         if (lock && marker->isShown() && capture->smpFrequ > 0) {
             const std::int64_t rate = capture->smpFrequ;
-            value = TimeMarkers::timeText(TimeMarkers::timeOf(marker->samplePos, capture->trgPos, rate), timeUnits);
+            value = MarkerTimes::timeText(MarkerTimes::timeOf(marker->samplePos, capture->trgPos, rate), timeUnits);
             if (other->isShown()) {
-                const double distance = TimeMarkers::distanceOf(marker->samplePos, other->samplePos, rate);
-                total = TimeMarkers::timeText(distance, timeUnits);
+                const double distance = MarkerTimes::distanceOf(marker->samplePos, other->samplePos, rate);
+                total = MarkerTimes::timeText(distance, timeUnits);
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "wave/TimeView.h"
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "wave/CursorHandle.h"
 #include "wave/MarkerChange.h"
@@ -91,7 +92,7 @@ CursorHandle *TimeView::handleOf(int phyId)
 
 void TimeView::addPair(int phyId)
 {
-    const int first = TimeMarkers::firstOfPair(phyId);
+    const int first = MarkerTimes::firstOfPair(phyId);
     const auto before =
         std::find_if(handles.begin(), handles.end(), [first](CursorHandle *each) { return each->id() > first; });
     auto position = int(before - handles.begin());
