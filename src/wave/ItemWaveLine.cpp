@@ -1,8 +1,6 @@
 #include "wave/ItemWaveLine.h"
 
 #include "controls/Look.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
 #include "wave/DecodedSource.h"
 #include "wave/WaveDataGen.h"
@@ -17,11 +15,6 @@ namespace {
 
 constexpr int lighterPercent = 120;
 
-bool captureHasSamples()
-{
-    return gDev != nullptr && gDev->smpData != nullptr && gDev->smpData->sampleCount() > 0;
-}
-
 } // namespace
 
 ItemWaveLine::ItemWaveLine(int channel, const WaveDataGen *generator)
@@ -34,7 +27,7 @@ ItemWaveLine::ItemWaveLine(int channel, const WaveDataGen *generator)
 
 void ItemWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget * /*widget*/)
 {
-    if (height == 0 || !captureHasSamples()) {
+    if (height == 0 || waveGen->sampleCount() < 1) {
         return;
     }
     painter->setRenderHint(QPainter::Antialiasing, false);

@@ -176,6 +176,11 @@ std::int64_t WaveDataGen::sampleCount() const
     return m_input.source ? m_input.source->sampleCount() : 0;
 }
 
+bool WaveDataGen::isComplete() const
+{
+    return m_input.source && m_input.source->complete.load(std::memory_order_acquire);
+}
+
 /// Computes the frame of `window` at once.
 void WaveDataGen::showWindow(const TimeWindow &window)
 {

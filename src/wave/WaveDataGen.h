@@ -40,6 +40,10 @@ public:
     [[nodiscard]] double ratioSasPix() const; ///< samples per logical pixel of the frame that is shown
     [[nodiscard]] double viewStart() const;   ///< sample position of logical pixel 0 of the frame that is shown
     [[nodiscard]] int viewWidth() const;      ///< logical pixels
+    /// The capture that is shown; null while the device object is being replaced. To be read under a SmpReadLock.
+    [[nodiscard]] const SmpData *source() const { return m_input.source; }
+    [[nodiscard]] std::int64_t sampleCount() const; ///< of the source, 0 unless it is complete
+    [[nodiscard]] bool isComplete() const;          ///< the source is complete, be it empty
 
     /// Null while the device object is being replaced: waits until the worker has let go of the former source. Ends an
     /// animation. The view has no columns until the next setViewWidth(); the window stays.
@@ -132,7 +136,6 @@ private:
 
     // main thread
     [[nodiscard]] const TimeWindow &window() const { return m_front.window(); }
-    [[nodiscard]] std::int64_t sampleCount() const;
     void showWindow(const TimeWindow &window);
     void refresh(const TimeWindow &window);
     void settle();
