@@ -42,6 +42,8 @@ public:
     void setAnalyzerLabel(const QString &label);
     /// Shows the trigger: 1 low level, 2 high level, 3 rising edge, 4 falling edge, any other none. Stores nothing.
     void setTrigCode(int code);
+    /// Takes the height menu away, if it is open.
+    void closeMenu();
     /// Name, row, height and trigger as of a fresh installation. Stores name and trigger.
     void reset();
 

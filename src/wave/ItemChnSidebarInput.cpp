@@ -160,6 +160,13 @@ void ItemChnSidebar::reset()
 
 // ---- height menu
 
+void ItemChnSidebar::closeMenu()
+{
+    if (menu != nullptr) {
+        menu->close();
+    }
+}
+
 void ItemChnSidebar::createMenu()
 {
     menu = new QMenu(this);

@@ -54,26 +54,30 @@ RowColumn::~RowColumn()
 
 void RowColumn::rebuild(DevBase &device)
 {
-    removeRows();
+    m_drag = {};
     m_device = &device;
     const int channels = device.chnEnable.size();
+    setCount(channels);
     const QVector<int> rows = chnShowIndexGet(channels);
     const QVector<int> multipliers = chnShowMultipGet(channels);
     for (int chn = 0; chn < channels; ++chn) {
-        addRow(chn);
         fillRow(chn, rows[chn], validMultiplier(multipliers[chn]));
     }
     tellTabOrder();
 }
 
-void RowColumn::removeRows()
+void RowColumn::setCount(int channels)
 {
-    m_drag = {};
     m_chns.clear();
     m_layout = {};
-    qDeleteAll(std::exchange(m_sidebars, {}));
-    qDeleteAll(std::exchange(m_backgrounds, {}));
-    qDeleteAll(std::exchange(m_lines, {}));
+    while (count() > channels) {
+        delete m_sidebars.takeLast();
+        delete m_backgrounds.takeLast();
+        delete m_lines.takeLast();
+    }
+    while (count() < channels) {
+        addRow(count());
+    }
 }
 
 void RowColumn::addRow(int chn)
@@ -94,13 +98,14 @@ void RowColumn::addRow(int chn)
 void RowColumn::fillRow(int chn, int row, int multiplier)
 {
     ItemChnSidebar *sidebar = m_sidebars[chn];
+    sidebar->closeMenu();
     sidebar->setRow(row);
     sidebar->setMultiplier(multiplier);
     sidebar->setChnName(chnShowNameGet(chn));
-    if (gDecodedSource != nullptr) {
-        sidebar->setAnalyzerLabel(gDecodedSource->chnLabel(chn));
-    }
+    sidebar->setAnalyzerLabel(gDecodedSource == nullptr ? QString() : gDecodedSource->chnLabel(chn));
     sidebar->setTrigCode(m_device->chnTrig.value(chn));
+    m_backgrounds[chn]->setZValue(restingBackground); // it may have been on its way to another place
+    m_lines[chn]->setZValue(restingLine);
 }
 
 std::vector<ChannelRow> RowColumn::channelRows() const

@@ -33,8 +33,8 @@ public:
     RowColumn(QGraphicsScene &scene, const WaveDataGen &waveGen, QWidget *parent);
     ~RowColumn() override;
 
-    /// The rows of `device` as they are stored. Emits rowMade() for each new sidebar; the rows have no place until
-    /// lay().
+    /// The rows of `device` as they are stored. Rows that stand already are filled anew; rowMade() tells of each new
+    /// one. They have no place until lay().
     void rebuild(DevBase &device);
     /// Places all rows; each is as wide as the waves.
     void lay(int waveWidth);
@@ -73,7 +73,8 @@ signals:
     void tabOrderChanged(const QVector<QWidget *> &stops);
 
 private:
-    void removeRows();
+    /// Makes or takes away the last rows: those that stay are kept, since a row is many widgets.
+    void setCount(int channels);
     void addRow(int chn);
     void fillRow(int chn, int row, int multiplier);
     void placeRow(int chn);
