@@ -55,6 +55,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
 
 MainView::~MainView()
 {
+    waveView->groundOfRows = nullptr;
     delete m_rows; // as a child of this widget it would go, and tell of it, when this is no view any more
     gMainView = nullptr;
 }
@@ -62,6 +63,7 @@ MainView::~MainView()
 void MainView::buildViews()
 {
     scene->setBackgroundBrush(gGreys[7]);
+    waveView->groundOfRows = [this] { return m_rows->ground(); };
     scene->setItemIndexMethod(QGraphicsScene::NoIndex); // few items, and their geometry changes all at once
     mainLayout->setContentsMargins(0, 0, 0, 0);
     mainLayout->setSpacing(0);

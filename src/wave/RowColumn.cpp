@@ -157,6 +157,15 @@ QRect RowColumn::placeOf(int chn) const
     return {0, m_layout.tops[row], m_waveWidth, m_layout.heights[row]};
 }
 
+QRegion RowColumn::ground() const
+{
+    QRegion covered;
+    for (const ItemWaveBackground *background : m_backgrounds) {
+        covered += background->sceneBoundingRect().toAlignedRect();
+    }
+    return covered;
+}
+
 int RowColumn::channelAt(QPoint point, QSize view, int scroll) const
 {
     return channelUnderPoint(m_layout, m_chns, point, view, scroll);
@@ -191,9 +200,7 @@ void RowColumn::showLabels(const QVector<QPair<int, QString>> &labels)
 
 void RowColumn::repaintLines()
 {
-    for (ItemWaveLine *line : m_lines) {
-        line->update();
-    }
+    m_scene.update(); // at once: row by row the view would put the parts together again
 }
 
 // ---- heights and order

@@ -7,6 +7,7 @@
 #include <QPoint>
 #include <QPointer>
 #include <QRect>
+#include <QRegion>
 #include <QScrollArea>
 #include <QStringList>
 #include <QVector>
@@ -44,6 +45,8 @@ public:
     [[nodiscard]] int totalHeight() const { return m_layout.totalHeight; }
     /// Where a channel's row lies in the scene; empty for a channel that does not exist or is off.
     [[nodiscard]] QRect placeOf(int chn) const;
+    /// What the rows' grounds cover in the scene, also while one of them is dragged.
+    [[nodiscard]] QRegion ground() const;
     /// The channel whose row holds a point of a view of that size, -1 for none.
     /// @param scroll  device pixels by which the rows are scrolled up
     [[nodiscard]] int channelAt(QPoint point, QSize view, int scroll) const;
@@ -54,6 +57,7 @@ public:
     void showTriggers();
     /// Names of decoders by channel; channels that do not exist are passed over.
     void showLabels(const QVector<QPair<int, QString>> &labels);
+    /// All rows, for a new frame.
     void repaintLines();
 
     /// A height for the row of `sidebar` (null: of none), or ItemChnSidebar::resetAll.

@@ -4,6 +4,7 @@
 #include "controls/MyScrollbar.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -21,8 +22,10 @@ WaveView::WaveView(QGraphicsScene *scene, QWidget *parent) : QGraphicsView(scene
     viewport()->setMouseTracking(true);
     setFrameShape(NoFrame);
     setStyleSheet(QStringLiteral("QGraphicsView{background-color:%1;border:0;}").arg(gGreys[7].name()));
-    // Nearly every frame changes every row, and each item sets all painter state that it uses.
-    setViewportUpdateMode(BoundingRectViewportUpdate);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent); // each pixel is painted here: what lies below need not be
+    // A new frame asks for all at once; a hover and a marker change a row and a column, whose common rectangle would be
+    // everything. Each item sets all painter state that it uses.
+    setViewportUpdateMode(MinimalViewportUpdate);
     setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
     connectScrollBars();
 }
@@ -45,6 +48,17 @@ void WaveView::scrollBarRangeChanged(int min, int max)
     m_bar->setPageStep(verticalScrollBar()->pageStep());
     m_bar->setRange(min, max);
     m_bar->setValue(verticalScrollBar()->value());
+}
+
+void WaveView::drawBackground(QPainter *painter, const QRectF &rect)
+{
+    QRegion bare(rect.toAlignedRect());
+    if (groundOfRows) {
+        bare -= groundOfRows();
+    }
+    for (const QRect &part : bare) {
+        painter->fillRect(part, scene()->backgroundBrush());
+    }
 }
 
 bool WaveView::viewportEvent(QEvent *event)

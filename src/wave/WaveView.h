@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QGraphicsView>
+#include <QRegion>
+
+#include <functional>
 
 class MyScrollbar;
 
@@ -16,6 +19,10 @@ public:
     /// What the thin scroll bar takes of the right edge; 0 while it is hidden.
     [[nodiscard]] int scrollBarWidth() const;
 
+    /// What the rows' own grounds cover, in the scene: it is not painted twice. Empty for nothing. Called while
+    /// painting.
+    std::function<QRegion()> groundOfRows;
+
 public slots:
     /// Brings the thin bar in line with the native vertical scroll bar, whose range is now `min` to `max`.
     void scrollBarRangeChanged(int min, int max);
@@ -30,6 +37,7 @@ signals:
     void mouseLeave();
 
 protected:
+    void drawBackground(QPainter *painter, const QRectF &rect) override;
     bool viewportEvent(QEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
