@@ -18,6 +18,7 @@ CursorHandle::CursorHandle(int id, QWidget *ruler)
     setFixedSize(TimeMarkers::flagSize(screenScale()));
     setMouseTracking(true); // moves over the flag are moves over the ruler
     setAccessibleName(::tr("Timing marker") + QLatin1Char(' ') + label);
+    setCursor(Qt::SizeHorCursor); // it can be taken along
     hide();
 }
 

@@ -194,6 +194,7 @@ void ItemChnSidebar::buildSetting()
     dressFlat(*settingBtn);
     settingBtn->setRadius(dp(3));
     settingBtn->setFixedSize(lineHeight(), lineHeight());
+    settingBtn->setCursor(Qt::SizeVerCursor);
     settingBtn->setToolTip(::tr("Channel Height"));
     connect(settingBtn, &QPushButton::clicked, this, &ItemChnSidebar::openMenuDig);
 }

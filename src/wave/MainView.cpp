@@ -24,6 +24,9 @@
 #include <QScrollBar>
 #include <QShortcut>
 
+#include <algorithm>
+#include <functional>
+
 MainView *gMainView = nullptr;
 
 namespace {
@@ -84,6 +87,19 @@ void MainView::buildKeys()
     for (int key = Qt::Key_0; key <= Qt::Key_9; ++key) {
         addShortcut(key, &MainView::slotShortCutTimeMarker);
     }
+    const auto add = [this](int key, const std::function<void()> &act) {
+        auto *shortcut = new QShortcut(QKeySequence(key), this); // held down it goes on
+        connect(shortcut, &QShortcut::activated, this, act);
+        shortcuts.append(shortcut);
+    };
+    for (const int step : {-1, 1}) {
+        const int key = step < 0 ? Qt::Key_Left : Qt::Key_Right;
+        add(key, [this, step] { m_gestures->pan(step); });
+        add(int(Qt::SHIFT) | key, [this, step] { m_markers->moveByKey(step); });
+        add(int(Qt::CTRL) | int(Qt::SHIFT) | key,
+            [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
+    }
+    add(Qt::Key_Backspace, [this] { waveGen->goBack(); });
 }
 
 void MainView::addShortcut(int key, void (MainView::*slot)())
@@ -97,6 +113,7 @@ void MainView::addShortcut(int key, void (MainView::*slot)())
 void MainView::connectWaveView()
 {
     connect(waveView, &WaveView::wheelChanged, this, &MainView::slotWheelChanged);
+    connect(waveView, &WaveView::wheelPans, this, [this](int flag) { m_gestures->pan(-flag); });
     connect(waveView, &WaveView::mousePressed, this, &MainView::slotMousePressed);
     connect(waveView, &WaveView::mouseReleased, this, &MainView::slotMouseReleased);
     connect(waveView, &WaveView::mouseMoved, this, &MainView::slotMouseMoved);
@@ -266,6 +283,32 @@ void MainView::clearForNewData()
     if (waveGen->sampleCount() < 1) {
         slotPulseMeasureInfoChanged(); // there is nothing to see, so no refresh follows
     }
+}
+
+void MainView::showAllIfFlat()
+{
+    const QRect seen = waveView->mapToScene(waveView->viewport()->rect()).boundingRect().toRect();
+    const QVector<int> channels = m_rows->enabledChannels();
+    const bool showsTransition = std::any_of(channels.begin(), channels.end(), [&](int chn) {
+        const auto runs = waveGen->digLine(chn);
+        constexpr int transition = 2;
+        return m_rows->placeOf(chn).intersects(seen) &&
+               std::any_of(runs.begin(), runs.end(), [](const SmpWaveRun &run) { return run.kind == transition; });
+    });
+    if (!showsTransition && hasTransitions()) {
+        waveGen->zoomFit();
+    }
+}
+
+bool MainView::hasTransitions() const
+{
+    const SmpData *capture = waveGen->source();
+    const SmpReadLock lock(capture);
+    const QVector<int> channels = m_rows->enabledChannels();
+    return lock && std::any_of(channels.begin(), channels.end(), [capture](int chn) {
+               const std::int64_t edge = capture->nextEdge(chn, 0);
+               return edge > 0 && edge < capture->smpCount;
+           });
 }
 
 void MainView::slotPulseMeasureInfoChanged()

@@ -40,6 +40,10 @@ public:
     /// Takes off what belongs to the capture that is about to be replaced.
     void clearForNewData();
 
+    /// After a file has been placed: where no row in view shows a transition but some row has one, the whole capture is
+    /// shown instead of flat lines.
+    void showAllIfFlat();
+
     /// The pairs whose markers are both shown, in the order of their letters.
     [[nodiscard]] QVector<ShownPair> shownPairs() const;
 
@@ -125,6 +129,7 @@ private:
     void setTimeWidth();
     void setAnalogTimeWidth(int oldWidth, int deviceWidth);
     void rowsMoved();
+    [[nodiscard]] bool hasTransitions() const;
     /// Tab walks the sidebars from top to bottom, and then the scroll bar.
     void orderTabs(QVector<QWidget *> stops);
     void zoomAboutMiddle(int flag);

@@ -11,6 +11,7 @@
 #include <QGraphicsScene>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace {
@@ -227,6 +228,9 @@ void MarkerBoard::showState(int index, MarkerState state)
             showState(other, MarkerState::placed);
         }
     }
+    if (state == MarkerState::following) {
+        m_touched = m_markers[index]->id();
+    }
     m_markers[index]->setMarkerState(state);
     emit timeMarkBodyChanged(markerChange::state, m_markers[index]->id(), int(state));
 }
@@ -244,6 +248,7 @@ void MarkerBoard::snap(int index, QPoint point, int chn)
     const PixelScale scale = screenScale();
     double sample = TimeMarkers::sampleAt(point.x(), seen, scale);
     if (chn >= 0) {
+        m_markers[index]->row = chn;
         const SmpData *capture = m_waveGen.source();
         const SmpReadLock lock(capture);
         SmpEdgeInfo edges{};
@@ -301,6 +306,72 @@ void MarkerBoard::tellTexts(int index)
         }
     }
     emit timMarkPairChanged(markerChange::time, marker->id(), value, total);
+}
+
+// ---- moves by key
+
+int MarkerBoard::touched() const
+{
+    const auto found = std::find_if(m_markers.cbegin(), m_markers.cend(), [this](const CursorBody *marker) {
+        return marker->id() == m_touched && marker->isShown();
+    });
+    return found == m_markers.cend() ? -1 : int(found - m_markers.cbegin());
+}
+
+void MarkerBoard::moveByKey(int step)
+{
+    const int index = touched();
+    if (has(index)) {
+        moveTo(index, m_markers[index]->samplePos + step * std::max(1.0, std::floor(window().ratio)));
+    }
+}
+
+void MarkerBoard::moveToEdge(int step, const QVector<int> &channels)
+{
+    const int index = touched();
+    if (!has(index)) {
+        return;
+    }
+    const int row = m_markers[index]->row;
+    const QVector<int> rows = channels.contains(row) ? QVector<int>{row} : channels;
+    const std::int64_t from = truncated64(m_markers[index]->samplePos);
+    std::int64_t best = -1;
+    {
+        const SmpData *capture = m_waveGen.source();
+        const SmpReadLock lock(capture);
+        for (int i = 0; lock && i < rows.size(); ++i) {
+            const std::int64_t edge =
+                step < 0 ? capture->prevEdge(rows[i], from - 1) : capture->nextEdge(rows[i], from);
+            const bool isNearer = best < 0 || (step < 0 ? edge > best : edge < best);
+            if (edge >= 0 && edge < capture->smpCount && isNearer) {
+                best = edge;
+            }
+        }
+    }
+    if (best >= 0) {
+        moveTo(index, double(best));
+    }
+}
+
+void MarkerBoard::moveTo(int index, double sample)
+{
+    if (m_markers[index]->markerState() == MarkerState::following) {
+        setState(index, MarkerState::placed); // the pointer would take it back
+    }
+    const double last = std::max(0.0, double(m_waveGen.sampleCount()) - 1.0);
+    m_markers[index]->samplePos = std::clamp(sample, 0.0, last);
+    const double column = (m_markers[index]->samplePos - window().start) / window().ratio;
+    if (!(column >= 0.0 && column < m_waveGen.viewWidth())) {
+        const double half = m_waveGen.viewWidth() / 2 * window().ratio;
+        m_waveGen.setViewStart(m_markers[index]->samplePos - half);
+    }
+    place(index);
+    hasMoved(index);
+}
+
+bool MarkerBoard::isGrabbable() const
+{
+    return firstIn(MarkerState::following) >= 0 || firstIn(MarkerState::hovered) >= 0;
 }
 
 // ---- the pointer

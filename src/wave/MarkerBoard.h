@@ -57,6 +57,14 @@ public:
     /// The key of marker `id`: its pair is made if need be; the marker follows the pointer from `x` on, or no longer.
     void callByKey(int id, int x);
 
+    /// Moves the marker that was touched last by a logical pixel, at least a sample, to the left (`step` -1) or the
+    /// right (1), and brings it into view. Nothing without such a marker.
+    void moveByKey(int step);
+    /// The same to the previous or next edge of the channel over which it was last held, or of any of `channels`.
+    void moveToEdge(int step, const QVector<int> &channels);
+
+    /// True while a marker follows the pointer or lies under it.
+    [[nodiscard]] bool isGrabbable() const;
     /// The pointer has moved over the waves, no button down.
     /// @param chn  channel under it, -1 for none
     /// @return true when a marker has used the move up
@@ -91,11 +99,15 @@ private:
     void place(int index);
     void snap(int index, QPoint point, int chn);
     void hasMoved(int index);
+    /// The position of the shown marker that was touched last, -1 for none.
+    [[nodiscard]] int touched() const;
+    void moveTo(int index, double sample);
     void tellTexts(int index);
 
     QGraphicsScene &m_scene;
     WaveDataGen &m_waveGen;
     QVector<CursorBody *> m_markers; ///< in pairs, by id
     QSize m_area;
+    int m_touched = -1; ///< id of the marker that was called, picked up or moved last
     const QStringList m_timeUnits;
 };

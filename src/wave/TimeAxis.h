@@ -57,6 +57,8 @@ struct Settled {
 [[nodiscard]] ZoomFrame zoomFrame(const TimeWindow &base, int x, int step, bool zoomIn);
 /// Samples a to b fill the middle half of the view; a range that is told backwards is turned round.
 [[nodiscard]] TimeWindow showRange(double a, double b, int width);
+/// Samples a to b fill the view, but not nearer than minRatio; a range that is told backwards is turned round.
+[[nodiscard]] TimeWindow fillWith(double a, double b, int width);
 /// `position` in the middle column.
 [[nodiscard]] TimeWindow centredOn(const TimeWindow &window, double position, int width);
 /// The sample at the right end of the window, from which the next edge is looked for.

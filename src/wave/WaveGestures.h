@@ -4,6 +4,7 @@
 #include <QPoint>
 
 class EdgeJump;
+class ItemZoomBand;
 class MarkerBoard;
 class PulsePointer;
 class QMouseEvent;
@@ -35,6 +36,8 @@ public:
     void release(const QMouseEvent &event);
     void leave();
 
+    /// Moves the view by a tenth of its width for each step: to the left for steps below 0.
+    void pan(int steps);
     /// True while there is something to move through.
     [[nodiscard]] bool canMoveTime() const;
     /// The channel whose row holds the point, -1 for none.
@@ -49,10 +52,18 @@ signals:
 
 private:
     void pointAt(QPoint point);
+    void click(const QMouseEvent &event);
+    [[nodiscard]] bool isBelowRows(QPoint point) const;
+    void dragBand(int x);
+    void dropBand();
+    void showCursor();
     void offerEdge(QPoint point);
     [[nodiscard]] bool isOverEdge(QPoint point) const;
 
     WaveParts m_parts;
+    ItemZoomBand *m_band;   ///< the scene's
+    bool m_banding = false; ///< Ctrl was held at the press: the drag marks a part of the time
+    bool m_panning = false; ///< a drag moves the time axis
     bool m_dragged = false; ///< the mouse has moved since the last press
     QPoint m_anchor;        ///< of the drag
 };

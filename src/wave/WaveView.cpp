@@ -73,7 +73,9 @@ void WaveView::wheelEvent(QWheelEvent *event)
 {
     // The base class would scroll. A purely sideways step is none of the wheel's.
     const int delta = event->angleDelta().y();
-    if (delta != 0) {
+    if (delta != 0 && event->modifiers() == Qt::ShiftModifier) {
+        emit wheelPans(delta < 1 ? -1 : 1);
+    } else if (delta != 0) {
         emit wheelChanged(delta < 1 ? -1 : 1, event->position().toPoint());
     }
     event->accept();

@@ -30,6 +30,8 @@ public slots:
 signals:
     /// One step of the wheel: `flag` is +1 away from the user, else -1.
     void wheelChanged(int flag, QPoint point);
+    /// The same with Shift held, which moves instead of zooming.
+    void wheelPans(int flag);
     /// Also for the second press of a double click: each click counts.
     void mousePressed(QMouseEvent *event);
     void mouseReleased(QMouseEvent *event);
