@@ -61,3 +61,9 @@ QString MarkerTimes::timeText(double ps, const QStringList &units)
     }
     return QString::number(ps / factor, 'g', digits) + units.value(unit);
 }
+
+QString MarkerTimes::positionText(double sample, std::int64_t trigger, std::int64_t rate, const QStringList &units)
+{
+    const QString time = timeText(timeOf(sample, trigger, rate), units);
+    return QStringLiteral("%1  [%2]").arg(time).arg(qlonglong(sample) - trigger);
+}

@@ -47,4 +47,8 @@ struct NearEdge {
 /// number has characters, but at most the 17 that a double tells apart.
 [[nodiscard]] QString timeText(double ps, const QStringList &units);
 
+/// Time and sample of a position, both from the trigger: "12.5us  [125]".
+/// @param rate  Hz, above 0
+[[nodiscard]] QString positionText(double sample, std::int64_t trigger, std::int64_t rate, const QStringList &units);
+
 } // namespace MarkerTimes

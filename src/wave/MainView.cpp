@@ -4,6 +4,7 @@
 #include "controls/MyScrollbar.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
+#include "settings/Language.h"
 #include "wave/EdgeJump.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
@@ -59,6 +60,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
 MainView::~MainView()
 {
     waveView->groundOfRows = nullptr;
+    waveView->hint = nullptr;
     delete m_rows; // as a child of this widget it would go, and tell of it, when this is no view any more
     gMainView = nullptr;
 }
@@ -66,6 +68,10 @@ MainView::~MainView()
 void MainView::buildViews()
 {
     scene->setBackgroundBrush(gGreys[7]);
+    waveView->hint = [this] {
+        const bool isEmpty = !m_rows->isAnalog() && waveGen->sampleCount() < 1;
+        return isEmpty ? ::tr("Press F5 to capture, or open a file with Ctrl+O.") : QString();
+    };
     waveView->groundOfRows = [this] { return m_rows->ground(); };
     scene->setItemIndexMethod(QGraphicsScene::NoIndex); // few items, and their geometry changes all at once
     mainLayout->setContentsMargins(0, 0, 0, 0);
@@ -141,6 +147,7 @@ void MainView::connectParts()
     connect(m_markers, &MarkerBoard::pickedUp, m_edges, &EdgeJump::hide);
     connect(m_pulse, &PulsePointer::logMeasureChanged, this, &MainView::logMeasureChanged);
     connect(m_gestures, &WaveGestures::zoomChangedByMouse, this, &MainView::zoomChangedByMouse);
+    connect(m_gestures, &WaveGestures::pointerMoved, this, &MainView::pointerMoved);
     connect(m_gestures, &WaveGestures::mouseDraged, this, &MainView::mouseDraged);
 }
 
@@ -279,6 +286,7 @@ void MainView::clearForNewData()
     m_pulse->hide();
     m_edges->hide();
     m_markers->takeOff();
+    scene->update();
     pulseInfoDirty = true;
     if (waveGen->sampleCount() < 1) {
         slotPulseMeasureInfoChanged(); // there is nothing to see, so no refresh follows

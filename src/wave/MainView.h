@@ -99,6 +99,8 @@ signals:
     void zoomChangedByMouse(int flag, QPoint point);
     /// The wave was dragged by `width` logical pixels to the right.
     void mouseDraged(int width);
+    /// The pointer is at device column `x` of the waves: its time and sample from the trigger as text, empty for none.
+    void pointerMoved(int x, const QString &text);
     /// Width, period, duty and frequency of the pulse under the pointer; "###" for what is not known.
     void logMeasureChanged(QStringList res);
     /// A pair or a marker's time has changed, for the list of pairs. `type` 0: the view has made the pair of marker

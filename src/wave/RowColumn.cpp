@@ -63,6 +63,7 @@ void RowColumn::rebuild(DevBase &device)
     for (int chn = 0; chn < channels; ++chn) {
         fillRow(chn, rows[chn], validMultiplier(multipliers[chn]));
     }
+    offerUndo(false); // of other settings
     tellTabOrder();
 }
 
@@ -209,6 +210,8 @@ void RowColumn::chooseHeight(ItemChnSidebar *sidebar, int value)
 {
     if (value == ItemChnSidebar::resetAll) {
         resetRows();
+    } else if (value == ItemChnSidebar::undoReset) {
+        undoReset();
     } else if (sidebar != nullptr) {
         sidebar->setMultiplier(validMultiplier(value));
     }
@@ -218,13 +221,43 @@ void RowColumn::chooseHeight(ItemChnSidebar *sidebar, int value)
 
 void RowColumn::resetRows()
 {
+    m_beforeReset.clear();
     for (ItemChnSidebar *sidebar : m_sidebars) {
+        const int trigger = m_device ? m_device->chnTrig.value(sidebar->channel()) : 0;
+        m_beforeReset.push_back({sidebar->storedName(), sidebar->row(), sidebar->multiplier(), trigger});
         sidebar->reset();
     }
+    offerUndo(true);
     if (m_device) {
         chnTrigPut(m_device->name, QVector<int>(count(), 0), false);
     }
     storeOrder();
+}
+
+void RowColumn::undoReset()
+{
+    if (!m_device || int(m_beforeReset.size()) != count()) {
+        return;
+    }
+    for (int chn = 0; chn < count(); ++chn) {
+        const Arranged &before = m_beforeReset[std::size_t(chn)];
+        globalSet(QStringLiteral("chnShowName%1").arg(chn), before.name);
+        m_device->setChnTrig(chn, before.trigger);
+        fillRow(chn, before.row, before.multiplier);
+    }
+    showTriggers(); // an edge clears those that were set before it
+    offerUndo(false);
+    storeOrder();
+}
+
+void RowColumn::offerUndo(bool on)
+{
+    if (!on) {
+        m_beforeReset.clear();
+    }
+    for (ItemChnSidebar *sidebar : m_sidebars) {
+        sidebar->setUndoable(on);
+    }
 }
 
 void RowColumn::storeHeights()

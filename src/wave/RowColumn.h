@@ -60,7 +60,8 @@ public:
     /// All rows, for a new frame.
     void repaintLines();
 
-    /// A height for the row of `sidebar` (null: of none), or ItemChnSidebar::resetAll.
+    /// A height for the row of `sidebar` (null: of none), or ItemChnSidebar::resetAll, or undoReset, which takes the
+    /// last reset back, once.
     void chooseHeight(ItemChnSidebar *sidebar, int value);
     /// See MainView::slotChnMove().
     void dragBy(int mouseFlag, int chn, int offsetY);
@@ -86,6 +87,8 @@ private:
     void dragRow(int offsetY);
     void dropRow(int offsetY);
     void resetRows();
+    void undoReset();
+    void offerUndo(bool on);
     /// Hands the order of `m_chns` to the sidebars.
     void takeOrder();
     void storeOrder();
@@ -102,6 +105,14 @@ private:
     ChannelLayout m_layout;         ///< the rows' tops and heights, as they are shown
     std::vector<ChannelRow> m_chns; ///< what m_layout was computed from
     int m_waveWidth = 0;
-    RowDrag m_drag;       ///< layout and order follow it at each step
-    int m_dragScroll = 0; ///< scroll position at the press
+    /// A row as it was before a reset.
+    struct Arranged {
+        QString name; ///< as it is stored
+        int row;
+        int multiplier;
+        int trigger;
+    };
+    std::vector<Arranged> m_beforeReset; ///< by channel; empty when there is nothing to take back
+    RowDrag m_drag;                      ///< layout and order follow it at each step
+    int m_dragScroll = 0;                ///< scroll position at the press
 };

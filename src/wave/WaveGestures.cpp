@@ -1,5 +1,6 @@
 #include "wave/WaveGestures.h"
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "wave/EdgeJump.h"
 #include "wave/ItemZoomBand.h"
@@ -142,6 +143,7 @@ void WaveGestures::leave()
 {
     m_parts.pulse.hide();
     m_parts.edges.hide();
+    emit pointerMoved(0, QString());
     m_parts.markers.pointerLeft();
     showCursor();
 }
@@ -150,6 +152,24 @@ void WaveGestures::pointAt(QPoint point)
 {
     const int chn = channelAt(point);
     m_parts.pulse.pointAt(chn, m_parts.rows.placeOf(chn), point.x());
+    tellPointer(point);
+}
+
+void WaveGestures::tellPointer(QPoint point)
+{
+    static const QStringList units{QStringLiteral("ps"), QStringLiteral("ns"), QStringLiteral("us"),
+                                   QStringLiteral("ms"), QStringLiteral("s")};
+    QString text;
+    if (m_parts.view.viewport()->rect().contains(point)) {
+        const SmpData *capture = m_parts.waveGen.source();
+        const SmpReadLock lock(capture);
+        if (lock && capture->smpCount > 0 && capture->smpFrequ > 0) {
+            const double sample = MarkerTimes::sampleAt(point.x() / uiScale(), m_parts.waveGen.viewStart(),
+                                                        m_parts.waveGen.ratioSasPix());
+            text = MarkerTimes::positionText(sample, capture->trgPos, capture->smpFrequ, units);
+        }
+    }
+    emit pointerMoved(point.x(), text);
 }
 
 void WaveGestures::pointAgain()

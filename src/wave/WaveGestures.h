@@ -49,6 +49,7 @@ signals:
     // As MainView's of the same names.
     void zoomChangedByMouse(int flag, QPoint point);
     void mouseDraged(int width);
+    void pointerMoved(int x, const QString &text);
 
 private:
     void pointAt(QPoint point);
@@ -57,6 +58,7 @@ private:
     void dragBand(int x);
     void dropBand();
     void showCursor();
+    void tellPointer(QPoint point);
     void offerEdge(QPoint point);
     [[nodiscard]] bool isOverEdge(QPoint point) const;
 

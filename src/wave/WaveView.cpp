@@ -61,6 +61,17 @@ void WaveView::drawBackground(QPainter *painter, const QRectF &rect)
     }
 }
 
+void WaveView::drawForeground(QPainter *painter, const QRectF & /*rect*/)
+{
+    const QString text = hint ? hint() : QString();
+    if (!text.isEmpty()) {
+        const QRectF seen = mapToScene(viewport()->rect()).boundingRect();
+        painter->setFont(gFontMain);
+        painter->setPen(gGreys[2]);
+        painter->drawText(seen, Qt::AlignCenter | Qt::TextWordWrap, text);
+    }
+}
+
 bool WaveView::viewportEvent(QEvent *event)
 {
     if (event->type() == QEvent::Leave) {

@@ -23,6 +23,9 @@ public:
     /// painting.
     std::function<QRegion()> groundOfRows;
 
+    /// What is written in grey over the rows; an empty text for nothing. Called while painting.
+    std::function<QString()> hint;
+
 public slots:
     /// Brings the thin bar in line with the native vertical scroll bar, whose range is now `min` to `max`.
     void scrollBarRangeChanged(int min, int max);
@@ -40,6 +43,7 @@ signals:
 
 protected:
     void drawBackground(QPainter *painter, const QRectF &rect) override;
+    void drawForeground(QPainter *painter, const QRectF &rect) override;
     bool viewportEvent(QEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;

@@ -28,6 +28,7 @@ private slots:
     void ofTwoEdgesTheNearerOneAnswers();
     void theStartOfTheDataCountsAsAnEdge();
     void withoutAnyEdgeThereIsNoAnswer();
+    void aPositionIsToldAsTimeAndSampleFromTheTrigger();
     void timesCountFromTheTriggerInWholePicoseconds();
     void theDistanceOfTwoMarkersHasNoSign();
     void textsLoseNoDigit_data();
@@ -80,6 +81,13 @@ void TstMarkerTimes::theStartOfTheDataCountsAsAnEdge()
     QVERIFY(nearestEdge(8.0, {-1, 500, -1, 0}, edge));
     QCOMPARE(edge.position, 0.0);
     QCOMPARE(edge.distance, 8.0);
+}
+
+void TstMarkerTimes::aPositionIsToldAsTimeAndSampleFromTheTrigger()
+{
+    QCOMPARE(positionText(150.0, 100, megahertz, units()), QStringLiteral("50us  [50]"));
+    QCOMPARE(positionText(99.0, 100, megahertz, units()), QStringLiteral("-1us  [-1]"));
+    QCOMPARE(positionText(100.0, 100, megahertz, units()), QStringLiteral("0ps  [0]"));
 }
 
 void TstMarkerTimes::withoutAnyEdgeThereIsNoAnswer()

@@ -142,6 +142,7 @@ private slots:
     void anotherModelDuringADragLeavesItsOwnOrder();
     void anotherModelKeepsTheRowsThatItHasAsWell();
     void rowsThatAreKeptShowWhatIsStored();
+    void aResetCanBeTakenBackOnce();
     void aWindowHiddenDuringADragEndsIt();
     void aChannelSwitchedOffDuringItsDragEndsIt();
     void aResizeDuringADragKeepsTheOrder();
@@ -359,6 +360,35 @@ void TstMainViewRows::rowsThatAreKeptShowWhatIsStored()
     QCOMPARE(rows.sidebar(3).findChild<QLineEdit *>(QStringLiteral("name"))->text(), QStringLiteral("Clock"));
     QCOMPARE(rows.sidebar(3).findChild<QLineEdit *>(QStringLiteral("analyzer"))->text(), QString());
     QVERIFY(rows.sidebar(2).findChild<MyButton *>(QStringLiteral("btnPosEdge"))->selected);
+}
+
+void TstMainViewRows::aResetCanBeTakenBackOnce()
+{
+    Rows rows;
+    globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
+    gDev->setChnTrig(2, 3);
+    rows.view.rebuildChannels();
+    rows.take(0);
+    rows.pull(110);
+    rows.drop();
+    const QVector<int> order = rows.order();
+    constexpr int x4 = 2;
+    constexpr int reset = 5;
+    constexpr int undo = 6;
+    rows.chooseHeight(1, x4);
+    rows.chooseHeight(1, reset);
+    QCOMPARE(rows.order().first(), 0);
+    QCOMPARE(gDev->chnTrig.at(2), 0);
+    rows.chooseHeight(5, undo);
+    QCOMPARE(rows.order(), order);
+    QCOMPARE(rows.sidebar(1).multiplier(), 4);
+    QCOMPARE(chnShowMultipGet(3).at(1), 4);
+    QCOMPARE(globalGet(QStringLiteral("chnShowName3")), QStringLiteral("Clock"));
+    QCOMPARE(gDev->chnTrig.at(2), 3);
+    QVERIFY(rows.sidebar(2).findChild<MyButton *>(QStringLiteral("btnPosEdge"))->selected);
+    rows.sidebar(1).setMultiplier(2);
+    rows.chooseHeight(5, undo); // there is nothing to take back any more
+    QCOMPARE(rows.sidebar(1).multiplier(), 2);
 }
 
 void TstMainViewRows::aWindowHiddenDuringADragEndsIt()

@@ -2,8 +2,8 @@
 
 #include "wave/CursorHandle.h"
 #include "wave/ItemZoomBand.h"
-#include "wave/LabelMove.h"
 #include "wave/MarkerDesk.h"
+#include "wave/PointerTag.h"
 
 #include <QWheelEvent>
 #include <QtTest>
@@ -60,6 +60,8 @@ private slots:
     void withoutAMarkerTheKeysMoveNothing();
     void aClickBelowTheLastRowZoomsNothing();
     void thePointerShowsWhatCanBeDone();
+    void theRulerTellsTimeAndSampleUnderThePointer();
+    void aViewWithoutACaptureSaysHowToBegin();
     void aFileOfFlatLinesInViewIsShownWhole();
     void aFileWhoseViewShowsATransitionStaysInPlace();
 };
@@ -251,6 +253,34 @@ void TstWaveGestures::thePointerShowsWhatCanBeDone()
     QCOMPARE(desk.flag(0)->cursor().shape(), Qt::SizeHorCursor);
     QWidget *height = desk.sidebar(0).findChild<QWidget *>(QStringLiteral("setting"));
     QCOMPARE(height->cursor().shape(), Qt::SizeVerCursor);
+}
+
+void TstWaveGestures::theRulerTellsTimeAndSampleUnderThePointer()
+{
+    MarkerDesk desk;
+    desk.load(squareWave().trigger(400));
+    const auto *tag = desk.ruler.findChild<PointerTag *>();
+    desk.move(300, quietY); // also beside all channels that change
+    QCOMPARE(tag->text(), QStringLiteral("-100us  [-100]"));
+    QVERIFY(tag->x() > 300);
+    QVERIFY(!tag->accessibleDescription().isEmpty());
+    desk.move(990, quietY);
+    QCOMPARE(tag->text(), QStringLiteral("590us  [590]"));
+    QVERIFY(tag->geometry().right() < 990);
+    desk.move(-50, quietY);
+    QVERIFY(tag->isHidden());
+}
+
+void TstWaveGestures::aViewWithoutACaptureSaysHowToBegin()
+{
+    MarkerDesk desk;
+    const QImage empty = desk.waves->grab().toImage();
+    QVERIFY(!desk.waves->hint().isEmpty());
+    desk.waves->hint = nullptr;
+    QVERIFY(desk.waves->grab().toImage() != empty); // it is seen
+    MarkerDesk full;
+    full.load(squareWave());
+    QVERIFY(full.waves->hint().isEmpty());
 }
 
 void TstWaveGestures::aFileOfFlatLinesInViewIsShownWhole()
