@@ -106,6 +106,7 @@ void MainView::buildKeys()
             [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
     }
     add(Qt::Key_Backspace, [this] { waveGen->goBack(); });
+    shortcuts.last()->setAutoRepeat(false); // held down it would run through all views
 }
 
 void MainView::addShortcut(int key, void (MainView::*slot)())

@@ -68,7 +68,10 @@ void WaveView::drawForeground(QPainter *painter, const QRectF & /*rect*/)
         const QRectF seen = mapToScene(viewport()->rect()).boundingRect();
         painter->setFont(gFontMain);
         painter->setPen(gGreys[2]);
-        painter->drawText(seen, Qt::AlignCenter | Qt::TextWordWrap, text);
+        constexpr int flags = Qt::AlignCenter | Qt::TextWordWrap;
+        const QRectF place = painter->boundingRect(seen, flags, text);
+        painter->fillRect(place.adjusted(-dp(8), -dp(4), dp(8), dp(4)), gGreys[8]); // the rows' bands would cross it
+        painter->drawText(seen, flags, text);
     }
 }
 
