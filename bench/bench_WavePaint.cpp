@@ -1,18 +1,21 @@
-// What a frame of the wave view costs on the GUI thread: 16 rows in a raster image of 1920 x 1080. A full repaint of
-// dense rows is to take 16 ms at most.
+// What a frame of the wave view costs on the GUI thread: 16 rows in a raster image of 1920 x 1080, and steps of a pan,
+// a hover and a marker through the event loop in a window of 3840 x 2160 with 32 dense rows. Each of these is to take
+// at most 16 ms, and at most four times `fillOfFrame`, one memset of that frame in the same run.
 
 #include "controls/Look.h"
-#include "wave/MainViewDesk.h"
+#include "wave/MarkerDesk.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
+#include <cstring>
 
 namespace {
 
 constexpr QSize fullHd(1920, 1080);
+constexpr QSize ultraHd(3840, 2160);
 constexpr int samplesPerColumn = 10;
 
 /// All 16 channels change every `pulse` samples.
@@ -71,6 +74,66 @@ void panStep(benchmark::State &state)
     }
 }
 
+/// A shown window over 32 rows with an edge in every column.
+struct BigWindow {
+    BigWindow() : desk((resetProgram(), thirtyTwoChannels), ultraHd + QSize(dp(190), 0))
+    {
+        WaveCapture dense = capture().channels(32).samples(2 * ultraHd.width());
+        for (int chn = 0; chn < 32; ++chn) {
+            dense.dense(chn);
+        }
+        desk.load(dense);
+        desk.gen.zoomSetRatio(1.0);
+        QCoreApplication::processEvents();
+    }
+    static constexpr int thirtyTwoChannels = 9;
+    MarkerDesk desk;
+};
+
+void bigPanStep(benchmark::State &state)
+{
+    BigWindow window;
+    double start = 100.0;
+    for (auto _ : state) {
+        start = start > 3000.0 ? 100.0 : start + 7.0;
+        window.desk.gen.setViewStart(start);
+        QCoreApplication::processEvents();
+    }
+}
+
+void bigHoverStep(benchmark::State &state)
+{
+    BigWindow window;
+    int y = 0;
+    for (auto _ : state) {
+        y = (y + 70) % ultraHd.height();
+        window.desk.move(500 + y, y);
+    }
+}
+
+void bigMarkerStep(benchmark::State &state)
+{
+    BigWindow window;
+    window.desk.move(500, 500);
+    window.desk.key(Qt::Key_1);
+    int x = 500;
+    for (auto _ : state) {
+        x = x > 3000 ? 500 : x + 11;
+        window.desk.move(x, 500);
+    }
+}
+
+/// The yardstick: the bytes of one frame, written once.
+void fillOfFrame(benchmark::State &state)
+{
+    QImage image(ultraHd, QImage::Format_RGB32);
+    int value = 0;
+    for (auto _ : state) {
+        std::memset(image.bits(), ++value, std::size_t(image.sizeInBytes()));
+        benchmark::ClobberMemory();
+    }
+}
+
 /// The samples of a pulse: an edge in every column, in every second, in every fifth, flat.
 void pulses(benchmark::internal::Benchmark *bench)
 {
@@ -83,6 +146,10 @@ void pulses(benchmark::internal::Benchmark *bench)
 BENCHMARK(fullRepaint)->Apply(pulses);
 BENCHMARK(fullRepaintAtScaleTwo)->Apply(pulses);
 BENCHMARK(panStep)->Apply(pulses);
+BENCHMARK(bigPanStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(bigHoverStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(bigMarkerStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillOfFrame)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

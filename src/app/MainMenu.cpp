@@ -1,6 +1,7 @@
 #include "app/MainMenu.h"
 
 #include "app/AboutLUX.h"
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/NoticeBox.h"
@@ -37,7 +38,7 @@ MainMenu::MainMenu(Session &session, QWidget *parent)
       languages([] { return languageList(); }),
       startProgram([](const QString &program) { return QProcess::startDetached(program, {}); }),
       m_session(session),
-      m_button(new MyButton(QIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this))
+      m_button(new MyButton(sharedIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this))
 {
     m_button->setIconSize(QSize(dp(24), dp(24)));
     m_button->setFixedSize(dp(36), dp(36));

@@ -140,6 +140,7 @@ void MainWindow::connectPanels()
     connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);
     connect(mainView, &MainView::timeWidthChanged, this, &MainWindow::updatePosition);
     connect(mainView, &MainView::timeMarkBodyChanged, timeView, &TimeView::slotMainViewMarkerChanged);
+    connect(mainView, &MainView::pointerMoved, timeView, &TimeView::slotPointerMoved);
     connect(timeView, &TimeView::timeMarkerChanged, mainView, &MainView::slotTimeViewMarkerChanged);
     connect(posiView, &PosiView::sigPosiChanged, this, &MainWindow::slotPosiViewChanged);
     connect(waveGen, &WaveDataGen::sigViewRefresh, this, &MainWindow::slotWaveViewRefresh);

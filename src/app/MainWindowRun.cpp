@@ -98,6 +98,9 @@ void MainWindow::slotSmpDataReady()
     }
     mainView->clearForNewData();
     waveGen->dataReady();
+    if (!gOpenFile.isEmpty()) {
+        mainView->showAllIfFlat();
+    }
 }
 
 bool MainWindow::hasView() const

@@ -49,6 +49,7 @@ FileResult resultOf(DataBlocksResult result)
     case DataBlocksResult::NoMemory:
         return FileResult::NoMemory;
     case DataBlocksResult::Stopped:
+    case DataBlocksResult::StoreKept:
         return FileResult::Cancelled;
     case DataBlocksResult::DeviceError:
         break;

@@ -1,5 +1,6 @@
 // The rows of the pulse measurements: how they come, go and are changed.
 
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "device/DevBase.h"
@@ -61,7 +62,7 @@ int PulseMeasure::choiceOf(const MyButton &button)
 void PulseMeasure::setType(MyButton &button, int type)
 {
     button.setObjectName(QString::number(type));
-    button.setIcon(QIcon(pulseTypeIcon(type)));
+    button.setIcon(sharedIcon(pulseTypeIcon(type)));
     button.setToolTip(pulseTypeName(type));
 }
 

@@ -1,5 +1,6 @@
 #include "measure/SectionParts.h"
 
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "measure/TimingMarkerTip.h"
@@ -70,7 +71,7 @@ int sectionButtonWidth()
 
 MyButton *makeIconButton(const QString &icon, const QString &name, QWidget *parent)
 {
-    auto *button = new MyButton(QIcon(icon), name, parent);
+    auto *button = new MyButton(sharedIcon(icon), name, parent);
     dress(*button);
     button->setFixedWidth(sectionButtonWidth());
     button->setIconSize({dp(iconSide), dp(iconSide)});
@@ -98,7 +99,7 @@ MyButton *makeExpandButton(const QString &section, QWidget *parent)
 
 void showExpanded(MyButton &button, bool expanded)
 {
-    button.setIcon(QIcon(expanded ? QStringLiteral(":/res/btnExpand") : QStringLiteral(":/res/btnCollapse")));
+    button.setIcon(sharedIcon(expanded ? QStringLiteral(":/res/btnExpand") : QStringLiteral(":/res/btnCollapse")));
     button.setToolTip(expanded ? ::tr("Collapse") : ::tr("Expand"));
     // Of several buttons alike a screen reader tells which is which.
     const QString name = expanded ? ::tr("Collapse %1") : ::tr("Expand %1");

@@ -1,5 +1,6 @@
 #include "panels/DevSetting.h"
 
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "device/DevBase.h"
@@ -40,7 +41,7 @@ DevSetting::DevSetting(QWidget *parent)
 
 MyButton *DevSetting::makeButton(const QString &icon, const QString &name)
 {
-    auto *button = new MyButton(QIcon(icon), name, this);
+    auto *button = new MyButton(sharedIcon(icon), name, this);
     button->setIconSize({dp(16), dp(16)});
     button->setFixedSize(dp(24), dp(24));
     button->setRadius(dp(3));

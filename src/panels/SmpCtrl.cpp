@@ -1,5 +1,6 @@
 #include "panels/SmpCtrl.h"
 
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "device/DevBase.h"
@@ -58,10 +59,10 @@ SmpCtrl::SmpCtrl(QWidget *parent) : QWidget(parent), m_analog(gDev->isAnalogMode
 MyButton *SmpCtrl::addButton(const QString &icon, const QString &name, void (SmpCtrl::*slot)())
 {
     const QString path = QStringLiteral(":/res/") + icon;
-    auto *button = new MyButton(QIcon(path), name, this);
+    auto *button = new MyButton(sharedIcon(path), name, this);
     button->setObjectName(icon);
     if (slot != &SmpCtrl::stopClickedSlot) {
-        button->checkedIcon = QIcon(path + QLatin1Char('2'));
+        button->checkedIcon = sharedIcon(path + QLatin1Char('2'));
     }
     const int height = dp(m_analog ? analogHeight : singleHeight);
     button->setFixedSize(m_analog ? height * 12 / 10 : height * 2, height);

@@ -1,10 +1,11 @@
 #include "wave/CursorBody.h"
 
+#include "analysis/MarkerTimes.h"
 #include "settings/Language.h"
 
 #include <QPainter>
 
-CursorBody::CursorBody(int id) : phyId(id), label(TimeMarkers::label(id))
+CursorBody::CursorBody(int id) : phyId(id), label(MarkerTimes::label(id))
 {
     setZValue(1);
     setToolTip(::tr("Timing marker") + QLatin1Char(' ') + label);

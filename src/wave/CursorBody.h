@@ -22,6 +22,8 @@ public:
 
     double samplePos = 0; ///< a whole sample, also outside of the capture; means nothing while the marker is off
 
+    int row = -1; ///< the channel over which it was last held, -1 for none
+
     void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
 
 private:

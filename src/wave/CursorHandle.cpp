@@ -1,5 +1,6 @@
 #include "wave/CursorHandle.h"
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "settings/Language.h"
 
@@ -7,7 +8,7 @@
 #include <QPainter>
 
 CursorHandle::CursorHandle(int id, QWidget *ruler)
-    : QLabel(ruler), phyId(id), label(TimeMarkers::label(id)), outline(TimeMarkers::flagOutline(screenScale()))
+    : QLabel(ruler), phyId(id), label(MarkerTimes::label(id)), outline(TimeMarkers::flagOutline(screenScale()))
 {
     QFont small = gFontMain;
     small.setPixelSize(dp(8));
@@ -17,6 +18,7 @@ CursorHandle::CursorHandle(int id, QWidget *ruler)
     setFixedSize(TimeMarkers::flagSize(screenScale()));
     setMouseTracking(true); // moves over the flag are moves over the ruler
     setAccessibleName(::tr("Timing marker") + QLatin1Char(' ') + label);
+    setCursor(Qt::SizeHorCursor); // it can be taken along
     hide();
 }
 

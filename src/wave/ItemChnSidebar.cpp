@@ -1,6 +1,7 @@
 #include "wave/ItemChnSidebar.h"
 
 #include "controls/ElidedEdit.h"
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/Style.h"
@@ -189,10 +190,11 @@ void ItemChnSidebar::buildName()
 void ItemChnSidebar::buildSetting()
 {
     settingBtn->setObjectName(QStringLiteral("setting"));
-    settingBtn->setIcon(QIcon(QStringLiteral(":/res/btnSetting")));
+    settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
     dressFlat(*settingBtn);
     settingBtn->setRadius(dp(3));
     settingBtn->setFixedSize(lineHeight(), lineHeight());
+    settingBtn->setCursor(Qt::SizeVerCursor);
     settingBtn->setToolTip(::tr("Channel Height"));
     connect(settingBtn, &QPushButton::clicked, this, &ItemChnSidebar::openMenuDig);
 }
@@ -215,9 +217,9 @@ MyButton *ItemChnSidebar::addTrigger(int place)
 {
     const auto [code, icon] = triggers[std::size_t(place)];
     const QString path = QLatin1String(icon);
-    auto *button = new MyButton(QIcon(path), triggerText(code), trigFrame);
+    auto *button = new MyButton(sharedIcon(path), triggerText(code), trigFrame);
     dressFlat(*button);
-    button->checkedIcon = QIcon(path + QStringLiteral("_s"));
+    button->checkedIcon = sharedIcon(path + QStringLiteral("_s"));
     button->value = code;
     button->setObjectName(path.section(QLatin1Char('/'), -1));
     button->setCheckable(true); // a screen reader tells which one is set; setTrigCode() decides

@@ -21,7 +21,8 @@ class ItemChnSidebar : public QWidget {
     Q_OBJECT
 public:
     static constexpr int columnWidth = 190; ///< of every sidebar, pixels at 96 dpi
-    static constexpr int resetAll = 9;      ///< data of the height menu's last entry, beside the factors
+    static constexpr int resetAll = 9;      ///< data of the height menu's entries beside the factors, as the one below
+    static constexpr int undoReset = 10;
 
     ItemChnSidebar(int channel, int row, int multiplier, QWidget *parent);
     ~ItemChnSidebar() override;
@@ -42,6 +43,12 @@ public:
     void setAnalyzerLabel(const QString &label);
     /// Shows the trigger: 1 low level, 2 high level, 3 rising edge, 4 falling edge, any other none. Stores nothing.
     void setTrigCode(int code);
+    /// Takes the height menu away, if it is open.
+    void closeMenu();
+    /// Offers to take the last reset back, in the height menu.
+    void setUndoable(bool on) { m_undoable = on; }
+    /// The stored name, empty for the default.
+    [[nodiscard]] QString storedName() const;
     /// Name, row, height and trigger as of a fresh installation. Stores name and trigger.
     void reset();
 
@@ -96,4 +103,6 @@ private:
     QGridLayout *layout;
     QVector<MyButton *> trigBtns; ///< rising edge, high level, falling edge, low level
     QMenu *menu = nullptr;        ///< made at first use
+    QAction *m_undo = nullptr;    ///< of the menu
+    bool m_undoable = false;      ///< there is a reset to take back
 };

@@ -148,6 +148,11 @@ void ItemChnSidebar::setTrigCode(int code)
     }
 }
 
+QString ItemChnSidebar::storedName() const
+{
+    return globalGet(QStringLiteral("chnShowName%1").arg(chnIndex));
+}
+
 void ItemChnSidebar::reset()
 {
     globalSet(QStringLiteral("chnShowName%1").arg(chnIndex), QString());
@@ -159,6 +164,13 @@ void ItemChnSidebar::reset()
 }
 
 // ---- height menu
+
+void ItemChnSidebar::closeMenu()
+{
+    if (menu != nullptr) {
+        menu->close();
+    }
+}
 
 void ItemChnSidebar::createMenu()
 {
@@ -174,6 +186,8 @@ void ItemChnSidebar::createMenu()
     }
     menu->addSeparator();
     menu->addAction(::tr("Reset All Channels"))->setData(resetAll);
+    m_undo = menu->addAction(::tr("Undo Reset"));
+    m_undo->setData(undoReset);
     connect(menu, &QMenu::triggered, this, &ItemChnSidebar::trigerMenu);
 }
 
@@ -186,6 +200,7 @@ void ItemChnSidebar::openMenuDig()
     menu->setAccessibleName(settingBtn->accessibleName());
     QAction *current = menu->actions().at(std::min(logarithm, 3));
     current->setChecked(true);
+    m_undo->setVisible(m_undoable);
     const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
     menu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));
     if (!byMouse) {

@@ -1,26 +1,23 @@
 #include "wave/ItemWaveLine.h"
 
 #include "controls/Look.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
 #include "wave/DecodedSource.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveStrokes.h"
 
+#include <QImage>
 #include <QPainter>
 #include <QStyleOptionGraphicsItem>
+
+#include <algorithm>
 
 DecodedSource *gDecodedSource = nullptr;
 
 namespace {
 
 constexpr int lighterPercent = 120;
-
-bool captureHasSamples()
-{
-    return gDev != nullptr && gDev->smpData != nullptr && gDev->smpData->sampleCount() > 0;
-}
+constexpr std::size_t columnsOfARect = 6; ///< more rectangles than one in so many columns are painted as rows
 
 } // namespace
 
@@ -34,7 +31,7 @@ ItemWaveLine::ItemWaveLine(int channel, const WaveDataGen *generator)
 
 void ItemWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget * /*widget*/)
 {
-    if (height == 0 || !captureHasSamples()) {
+    if (height == 0 || waveGen->sampleCount() < 1) {
         return;
     }
     painter->setRenderHint(QPainter::Antialiasing, false);
@@ -51,7 +48,32 @@ void ItemWaveLine::paintTrace(QPainter &painter, const QRectF &exposed)
     const PixelScale scale = screenScale();
     const QRect seen = exposed.toAlignedRect();
     traceRects(waveGen->digLine(chnIndex), traceLevels(height, scale), scale, seen.left(), seen.right(), m_rects);
+    const QColor color = colorWaveform ? lineColor : gGreys[0];
+    const TraceLevels levels = traceLevels(height, scale);
+    const bool isDense = m_rects.size() * columnsOfARect > std::size_t(std::max(width, 0));
+    if (isDense && levels.lowY - levels.highY > scale.s()) {
+        paintRows(painter, seen, color);
+        return;
+    }
     painter.setPen(Qt::NoPen);
-    painter.setBrush(colorWaveform ? lineColor : gGreys[0]);
+    painter.setBrush(color);
     painter.drawRects(m_rects.data(), int(m_rects.size()));
+}
+
+void ItemWaveLine::paintRows(QPainter &painter, const QRect &seen, QColor color)
+{
+    const PixelScale scale = screenScale();
+    const TraceLevels levels = traceLevels(height, scale);
+    traceRows(m_rects, levels, scale, width, gGreys[8].rgb(), color.rgb(), m_traceRows);
+    const int left = std::max(seen.left(), 0);
+    const int right = std::min(seen.right() + 1, width);
+    const auto fill = [&](const std::vector<QRgb> &row, int top, int bottom) {
+        const QImage line(reinterpret_cast<const uchar *>(row.data()), width, 1, QImage::Format_RGB32);
+        painter.fillRect(left, top, right - left, bottom - top, QBrush(line));
+    };
+    const int highTop = levels.highY - scale.s() / 2;
+    const int lowTop = levels.lowY - scale.s() / 2;
+    fill(m_traceRows.high, highTop, highTop + scale.s());
+    fill(m_traceRows.between, highTop + scale.s(), lowTop);
+    fill(m_traceRows.low, lowTop, lowTop + scale.s());
 }

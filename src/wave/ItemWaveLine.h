@@ -1,6 +1,7 @@
 #pragma once
 
 #include "wave/WaveItem.h"
+#include "wave/WaveStrokes.h"
 
 #include <QColor>
 #include <QRect>
@@ -20,8 +21,12 @@ public:
 private:
     void paintTrace(QPainter &painter, const QRectF &exposed);
 
+    /// The same picture in one pass, for a trace of many strokes; paints the ground between them as well.
+    void paintRows(QPainter &painter, const QRect &seen, QColor color);
+
     const int chnIndex;
     const WaveDataGen *const waveGen;
     const QColor lineColor;     ///< the trace's colour when waves are drawn in their channels' colours
-    std::vector<QRect> m_rects; ///< scratch of one paint, kept for its memory
+    std::vector<QRect> m_rects; ///< scratch of one paint, kept for its memory, as the one below
+    TraceRows m_traceRows;
 };

@@ -1,54 +1,87 @@
 #include "wave/MainView.h"
 
 #include "controls/Look.h"
+#include "controls/MyScrollbar.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
-#include "settings/Config.h"
-#include "wave/CursorBody.h"
-#include "wave/DecodedSource.h"
+#include "settings/Language.h"
+#include "wave/EdgeJump.h"
 #include "wave/ItemChnSidebar.h"
-#include "wave/ItemWaveArrow.h"
-#include "wave/ItemWaveBackground.h"
-#include "wave/ItemWaveLine.h"
-#include "wave/NextEdge.h"
+#include "wave/LabelMove.h"
+#include "wave/MarkerChange.h"
+#include "wave/PulsePointer.h"
+#include "wave/PulseRequests.h"
+#include "wave/RowColumn.h"
 #include "wave/WaveDataGen.h"
+#include "wave/WaveGestures.h"
 #include "wave/WaveView.h"
+#include "wave/ZoomFlag.h"
 
-#include <QFrame>
+#include <QAction>
+#include <QCursor>
 #include <QGraphicsScene>
 #include <QHBoxLayout>
 #include <QMouseEvent>
-#include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+
+#include <algorithm>
+#include <functional>
 
 MainView *gMainView = nullptr;
 
 namespace {
 
-constexpr int leastUnit = 42; ///< pixels at 96 dpi, as the one below
-constexpr int mostUnit = 120;
-constexpr int analogUnits = 8; ///< height of the analog area in units of a row
+constexpr int markersOfKeys = 10;     ///< five pairs
+constexpr double beyondEnds = 1000.0; ///< samples by which Home and End pass the data, to show where it ends
 
 } // namespace
 
 MainView::MainView(WaveDataGen *generator, QWidget *parent)
     : QWidget(parent),
       mainLayout(new QHBoxLayout(this)),
-      sidebarArea(new QScrollArea(this)),
-      sidebarFrame(new QFrame),
       scene(new QGraphicsScene(this)),
-      waveArrow(new ItemWaveArrow),
-      nextEdge(new NextEdge),
       waveGen(generator),
-      freqUnits{QStringLiteral("Hz"), QStringLiteral("KHz"), QStringLiteral("MHz"), QStringLiteral("GHz")},
-      timeUnits{QStringLiteral("ps"), QStringLiteral("ns"), QStringLiteral("us"), QStringLiteral("ms"),
-                QStringLiteral("s")}
+      m_rows(new RowColumn(*scene, *generator, this)),
+      waveView(new WaveView(scene, this)), // after the rows, whose scroll range it follows
+      m_markers(new MarkerBoard(*scene, *generator, this)),
+      m_pulse(new PulsePointer(*scene, *generator, this)),
+      m_edges(new EdgeJump(*scene, *generator, this)),
+      m_gestures(new WaveGestures({*waveView, *m_rows, *m_markers, *m_pulse, *m_edges, *generator}, this))
 {
     gMainView = this;
     buildViews();
     connectWaveView();
     connectScrolling();
+    connectParts();
+    buildKeys();
+}
+
+MainView::~MainView()
+{
+    waveView->groundOfRows = nullptr;
+    waveView->hint = nullptr;
+    delete m_rows; // as a child of this widget it would go, and tell of it, when this is no view any more
+    gMainView = nullptr;
+}
+
+void MainView::buildViews()
+{
+    scene->setBackgroundBrush(gGreys[7]);
+    waveView->hint = [this] {
+        const bool isEmpty = !m_rows->isAnalog() && waveGen->sampleCount() < 1;
+        return isEmpty ? ::tr("Press F5 to capture, or open a file with Ctrl+O.") : QString();
+    };
+    waveView->groundOfRows = [this] { return m_rows->ground(); };
+    scene->setItemIndexMethod(QGraphicsScene::NoIndex); // few items, and their geometry changes all at once
+    mainLayout->setContentsMargins(0, 0, 0, 0);
+    mainLayout->setSpacing(0);
+    mainLayout->addWidget(m_rows, 0);
+    mainLayout->addWidget(waveView, 1);
+}
+
+void MainView::buildKeys()
+{
     for (const int key : {Qt::Key_Up, Qt::Key_Plus, Qt::Key_Equal}) {
         addShortcut(key, &MainView::slotShortCutZoomIn);
     }
@@ -60,57 +93,20 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
     for (int key = Qt::Key_0; key <= Qt::Key_9; ++key) {
         addShortcut(key, &MainView::slotShortCutTimeMarker);
     }
-}
-
-MainView::~MainView()
-{
-    m_drag = {};
-    qDeleteAll(chnSidebars); // as children of this widget they would go, and tell of it, when this is no view any more
-    gMainView = nullptr;
-}
-
-void MainView::buildViews()
-{
-    sidebarArea->setWidget(sidebarFrame);
-    sidebarArea->setWidgetResizable(true);
-    sidebarArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    sidebarArea->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    sidebarArea->setFrameShape(QFrame::NoFrame);
-    sidebarArea->setFocusPolicy(Qt::NoFocus); // the rows are scrolled by the bar over the waves
-    sidebarArea->setFixedWidth(dp(ItemChnSidebar::columnWidth));
-    sidebarArea->setStyleSheet(QStringLiteral("QScrollArea{background-color:%1;border:0;}").arg(gGreys[7].name()));
-    sidebarFrame->setObjectName(QStringLiteral("sidebarFrame"));
-    sidebarFrame->setStyleSheet(QStringLiteral("#sidebarFrame{background-color:%1;border:0;}").arg(gGreys[7].name()));
-
-    scene->setBackgroundBrush(gGreys[7]);
-    scene->setItemIndexMethod(QGraphicsScene::NoIndex); // few items, and their geometry changes all at once
-    scene->addItem(waveArrow);
-    waveArrow->hide();
-    scene->addItem(nextEdge);
-    waveView = new WaveView(scene, this);
-
-    mainLayout->setContentsMargins(0, 0, 0, 0);
-    mainLayout->setSpacing(0);
-    mainLayout->addWidget(sidebarArea, 0);
-    mainLayout->addWidget(waveView, 1);
-}
-
-void MainView::connectWaveView()
-{
-    connect(waveView, &WaveView::wheelChanged, this, &MainView::slotWheelChanged);
-    connect(waveView, &WaveView::mousePressed, this, &MainView::slotMousePressed);
-    connect(waveView, &WaveView::mouseReleased, this, &MainView::slotMouseReleased);
-    connect(waveView, &WaveView::mouseMoved, this, &MainView::slotMouseMoved);
-    connect(waveView, &WaveView::mouseLeave, this, &MainView::slotMouseLeave);
-}
-
-void MainView::connectScrolling()
-{
-    QScrollBar *sidebars = sidebarArea->verticalScrollBar();
-    QScrollBar *waves = waveView->verticalScrollBar();
-    connect(sidebars, &QScrollBar::rangeChanged, this, &MainView::slotSidebarVerRangChange);
-    connect(sidebars, &QScrollBar::valueChanged, waves, &QScrollBar::setValue);
-    connect(waves, &QScrollBar::valueChanged, sidebars, &QScrollBar::setValue);
+    const auto add = [this](int key, const std::function<void()> &act) {
+        auto *shortcut = new QShortcut(QKeySequence(key), this); // held down it goes on
+        connect(shortcut, &QShortcut::activated, this, act);
+        shortcuts.append(shortcut);
+    };
+    for (const int step : {-1, 1}) {
+        const int key = step < 0 ? Qt::Key_Left : Qt::Key_Right;
+        add(key, [this, step] { m_gestures->pan(step); });
+        add(int(Qt::SHIFT) | key, [this, step] { m_markers->moveByKey(step); });
+        add(int(Qt::CTRL) | int(Qt::SHIFT) | key,
+            [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
+    }
+    add(Qt::Key_Backspace, [this] { waveGen->goBack(); });
+    shortcuts.last()->setAutoRepeat(false); // held down it would run through all views
 }
 
 void MainView::addShortcut(int key, void (MainView::*slot)())
@@ -121,105 +117,89 @@ void MainView::addShortcut(int key, void (MainView::*slot)())
     shortcuts.append(shortcut);
 }
 
+void MainView::connectWaveView()
+{
+    connect(waveView, &WaveView::wheelChanged, this, &MainView::slotWheelChanged);
+    connect(waveView, &WaveView::wheelPans, this, [this](int flag) { m_gestures->pan(-flag); });
+    connect(waveView, &WaveView::mousePressed, this, &MainView::slotMousePressed);
+    connect(waveView, &WaveView::mouseReleased, this, &MainView::slotMouseReleased);
+    connect(waveView, &WaveView::mouseMoved, this, &MainView::slotMouseMoved);
+    connect(waveView, &WaveView::mouseLeave, this, &MainView::slotMouseLeave);
+}
+
+void MainView::connectScrolling()
+{
+    QScrollBar *sidebars = m_rows->verticalScrollBar();
+    QScrollBar *waves = waveView->verticalScrollBar();
+    connect(sidebars, &QScrollBar::rangeChanged, this, &MainView::slotSidebarVerRangChange);
+    connect(sidebars, &QScrollBar::valueChanged, waves, &QScrollBar::setValue);
+    connect(waves, &QScrollBar::valueChanged, sidebars, &QScrollBar::setValue);
+}
+
+void MainView::connectParts()
+{
+    connect(m_rows, &RowColumn::rowMade, this, &MainView::connectSidebar);
+    connect(m_rows, &RowColumn::heightsChanged, this, &MainView::layoutRows);
+    connect(m_rows, &RowColumn::rowsMoved, this, &MainView::rowsMoved);
+    connect(m_rows, &RowColumn::tabOrderChanged, this, &MainView::orderTabs);
+    connect(m_markers, &MarkerBoard::timMarkPairChanged, this, &MainView::timMarkPairChanged);
+    connect(m_markers, &MarkerBoard::timeMarkBodyChanged, this, &MainView::timeMarkBodyChanged);
+    connect(m_markers, &MarkerBoard::pairChanged, this, &MainView::refreshPulsesOfPair);
+    connect(m_markers, &MarkerBoard::pickedUp, m_edges, &EdgeJump::hide);
+    connect(m_pulse, &PulsePointer::logMeasureChanged, this, &MainView::logMeasureChanged);
+    connect(m_gestures, &WaveGestures::zoomChangedByMouse, this, &MainView::zoomChangedByMouse);
+    connect(m_gestures, &WaveGestures::pointerMoved, this, &MainView::pointerMoved);
+    connect(m_gestures, &WaveGestures::mouseDraged, this, &MainView::mouseDraged);
+}
+
+void MainView::connectSidebar(ItemChnSidebar *sidebar)
+{
+    connect(sidebar, &ItemChnSidebar::trigEdgeChanged, this, &MainView::slotChnTrigEdgeChanged);
+    connect(sidebar, &ItemChnSidebar::trigerMenu, this, &MainView::slotChnTrigerMenu);
+    connect(sidebar->handle(), &LabelMove::channelMoveCallback, this, &MainView::slotChnMove);
+    connect(sidebar->handle(), &LabelMove::moveByKey, m_rows, &RowColumn::moveByKey);
+}
+
+// ---- rows
+
 void MainView::rebuildChannels()
 {
-    removeChannels();
-    const int count = gDev->chnEnable.size();
-    const QVector<int> rows = chnShowIndexGet(count);
-    const QVector<int> multipliers = chnShowMultipGet(count);
-    for (int chn = 0; chn < count; ++chn) {
-        buildChannel(chn, rows[chn], validMultiplier(multipliers[chn]));
-    }
-    orderTabs();
+    m_pulse->hide();
+    m_edges->hide();
+    m_markers->clear();
+    m_rows->rebuild(*gDev);
     layoutRows();
-}
-
-void MainView::removeChannels()
-{
-    m_drag = {};
-    hideHover();
-    nextEdge->hide();
-    removeMarkers();
-    qDeleteAll(chnSidebars);
-    qDeleteAll(waveBackgrounds);
-    qDeleteAll(waveLines);
-    chnSidebars.clear();
-    waveBackgrounds.clear();
-    waveLines.clear();
-}
-
-void MainView::buildChannel(int chn, int row, int multiplier)
-{
-    auto *sidebar = new ItemChnSidebar(chn, row, multiplier, sidebarFrame);
-    sidebar->setChnName(chnShowNameGet(chn));
-    if (gDecodedSource != nullptr) {
-        sidebar->setAnalyzerLabel(gDecodedSource->chnLabel(chn));
-    }
-    sidebar->setTrigCode(gDev->chnTrig.value(chn));
-    connectSidebar(sidebar);
-    chnSidebars.append(sidebar);
-
-    waveBackgrounds.append(new ItemWaveBackground(chn));
-    waveLines.append(new ItemWaveLine(chn, waveGen));
-    scene->addItem(waveBackgrounds.last());
-    scene->addItem(waveLines.last());
-}
-
-std::vector<ChannelRow> MainView::channelRows() const
-{
-    std::vector<ChannelRow> rows;
-    for (const ItemChnSidebar *sidebar : chnSidebars) {
-        rows.push_back({sidebar->row(), sidebar->multiplier(), gDev->chnEnable.value(sidebar->channel())});
-    }
-    return rows;
 }
 
 void MainView::layoutRows()
 {
-    const int aUnits = gDev->aChnEnable.isEmpty() ? 0 : analogUnits;
-    m_chns = channelRows();
-    m_rows = layoutChannels(m_chns, aUnits, sidebarArea->height(), {dp(leastUnit), dp(mostUnit)});
-    for (int chn = 0; chn < chnSidebars.size(); ++chn) {
-        placeRow(chn);
-    }
-    sidebarFrame->setFixedHeight(m_rows.totalHeight);
-    scene->setSceneRect(0, 0, waveView->width(), m_rows.totalHeight);
-    for (CursorBody *marker : timeMarkers) {
-        marker->setColumnHeight(m_rows.totalHeight);
-    }
-    nextEdge->hide(); // its row may have moved
+    m_rows->lay(waveView->width());
+    scene->setSceneRect(0, 0, waveView->width(), m_rows->totalHeight());
+    m_markers->setArea({waveView->width(), m_rows->totalHeight()});
     setTimeWidth();
-    forgetHover();
-    repeatHover();
+    rowsMoved();
 }
 
-void MainView::placeRow(int chn)
+void MainView::rowsMoved()
 {
-    const auto row = std::size_t(chnSidebars[chn]->row());
-    const int top = m_rows.tops[row];
-    const QSize size(waveView->width(), m_rows.heights[row]);
-    chnSidebars[chn]->setGeometry(0, top, dp(ItemChnSidebar::columnWidth), size.height());
-    chnSidebars[chn]->setVisible(size.height() > 0); // what has no place must not take the focus
-    waveBackgrounds[chn]->setSize(size);
-    waveBackgrounds[chn]->setPos(0, top);
-    waveLines[chn]->setSize(size);
-    waveLines[chn]->setPos(0, top);
-    waveLines[chn]->update(); // the line is new even where the row stays
+    m_edges->hide(); // its row may be another now
+    m_pulse->forget();
+    m_gestures->pointAgain();
 }
 
 void MainView::setTimeWidth()
 {
     // An analog model keeps its time span from one width to the next: the arbitrary width of a widget that has never
     // been shown must not be where it begins.
-    if (!m_sized && !gDev->aChnEnable.isEmpty()) {
+    if (!m_sized && m_rows->isAnalog()) {
         return;
     }
     const int oldWidth = waveGen->viewWidth();
     waveGen->setViewWidth(waveView->width() / uiScale());
-    if (gDev->aChnEnable.isEmpty()) {
-        waveGen->updateLines();
-    } else {
+    if (m_rows->isAnalog()) {
         setAnalogTimeWidth(oldWidth, waveView->width());
+    } else {
+        waveGen->updateLines();
     }
 }
 
@@ -239,25 +219,11 @@ void MainView::resizeEvent(QResizeEvent *event)
     emit timeWidthChanged();
 }
 
-void MainView::refreshWave()
+void MainView::orderTabs(QVector<QWidget *> stops)
 {
-    slotUpdateAnalyzerDecoded();
-    repeatHover();
-    repositionMarkers();
-    if (pulseInfoDirty) {
-        pulseInfoDirty = false;
-        slotPulseMeasureInfoChanged();
-    }
-}
-
-void MainView::clearForNewData()
-{
-    hideHover();
-    nextEdge->hide();
-    takeMarkersOff();
-    pulseInfoDirty = true;
-    if (gDev->smpData->sampleCount() < 1) {
-        slotPulseMeasureInfoChanged(); // there is nothing to see, so no refresh follows
+    stops.append(waveView->findChild<MyScrollbar *>());
+    for (int i = 1; i < stops.size(); ++i) {
+        setTabOrder(stops[i - 1], stops[i]);
     }
 }
 
@@ -268,28 +234,194 @@ void MainView::slotChnEnaChanged()
     slotPulseMeasureInfoChanged();
 }
 
+void MainView::slotChnTrigEdgeChanged()
+{
+    m_rows->showTriggers();
+}
+
+void MainView::slotChnTrigerMenu(QAction *action)
+{
+    m_rows->chooseHeight(qobject_cast<ItemChnSidebar *>(sender()), action->data().toInt());
+}
+
+void MainView::slotChnMove(int mouseFlag, int movedPhyIndex, int offsetY)
+{
+    m_rows->dragBy(mouseFlag, movedPhyIndex, offsetY);
+}
+
 void MainView::slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &labels)
 {
-    if (labels.size() == chnSidebars.size()) {
-        for (const auto &[chn, label] : labels) {
-            if (chn >= 0 && chn < chnSidebars.size()) {
-                chnSidebars[chn]->setAnalyzerLabel(label);
-            }
-        }
+    if (labels.size() == m_rows->count()) {
+        m_rows->showLabels(labels);
     }
     slotUpdateAnalyzerDecoded();
 }
 
 void MainView::slotUpdateAnalyzerDecoded()
 {
-    for (ItemWaveLine *line : waveLines) {
-        line->update();
-    }
+    m_rows->repaintLines();
 }
 
 void MainView::slotSidebarVerRangChange(int min, int max)
 {
     QScrollBar *waves = waveView->verticalScrollBar();
-    waves->setPageStep(sidebarArea->verticalScrollBar()->pageStep());
+    waves->setPageStep(m_rows->verticalScrollBar()->pageStep());
     waves->setRange(min, max);
+}
+
+// ---- captures
+
+void MainView::refreshWave()
+{
+    slotUpdateAnalyzerDecoded();
+    m_gestures->pointAgain();
+    m_markers->reposition();
+    if (pulseInfoDirty) {
+        pulseInfoDirty = false;
+        slotPulseMeasureInfoChanged();
+    }
+}
+
+void MainView::clearForNewData()
+{
+    m_pulse->hide();
+    m_edges->hide();
+    m_markers->takeOff();
+    scene->update();
+    pulseInfoDirty = true;
+    if (waveGen->sampleCount() < 1) {
+        slotPulseMeasureInfoChanged(); // there is nothing to see, so no refresh follows
+    }
+}
+
+void MainView::showAllIfFlat()
+{
+    const QRect seen = waveView->mapToScene(waveView->viewport()->rect()).boundingRect().toRect();
+    const QVector<int> channels = m_rows->enabledChannels();
+    const bool showsTransition = std::any_of(channels.begin(), channels.end(), [&](int chn) {
+        const auto runs = waveGen->digLine(chn);
+        constexpr int transition = 2;
+        return m_rows->placeOf(chn).intersects(seen) &&
+               std::any_of(runs.begin(), runs.end(), [](const SmpWaveRun &run) { return run.kind == transition; });
+    });
+    if (!showsTransition && hasTransitions()) {
+        waveGen->zoomFit();
+    }
+}
+
+bool MainView::hasTransitions() const
+{
+    const SmpData *capture = waveGen->source();
+    const SmpReadLock lock(capture);
+    const QVector<int> channels = m_rows->enabledChannels();
+    return lock && std::any_of(channels.begin(), channels.end(), [capture](int chn) {
+               const std::int64_t edge = capture->nextEdge(chn, 0);
+               return edge > 0 && edge < capture->smpCount;
+           });
+}
+
+void MainView::slotPulseMeasureInfoChanged()
+{
+    const QStringList requests = gPulseRequests == nullptr ? QStringList() : gPulseRequests->allRequests();
+    emit pulseMeasureChangedbySmpDone(countedRequests(requests, shownPairs(), waveGen->source()));
+}
+
+void MainView::refreshPulsesOfPair(int group)
+{
+    const QStringList requests = gPulseRequests == nullptr ? QStringList() : gPulseRequests->requestsOfPair(group);
+    emit pulseMeasureChangedbyTimeMarker(group, countedRequests(requests, shownPairs(), waveGen->source()));
+}
+
+// ---- markers
+
+QVector<ShownPair> MainView::shownPairs() const
+{
+    return m_markers->shownPairs();
+}
+
+void MainView::slotTimingMarkerPairClicked(int type, int phyId)
+{
+    if (type >= pairRequest::add && type <= pairRequest::location) {
+        m_markers->ask(PairRequest(type), phyId);
+    }
+}
+
+void MainView::slotTimeViewMarkerChanged(int changedType, int index, int state, int midX)
+{
+    if (changedType == markerChange::setState) {
+        m_markers->setState(index, TimeMarkers::stateOf(state));
+    } else if (changedType == markerChange::setAndMove) {
+        m_markers->setStateAt(index, TimeMarkers::stateOf(state), midX);
+    }
+}
+
+void MainView::slotShortCutTimeMarker()
+{
+    const auto *shortcut = qobject_cast<const QShortcut *>(sender());
+    if (shortcut == nullptr) {
+        return;
+    }
+    const int key = shortcut->key()[0] - Qt::Key_0;
+    const QPoint pointer = waveView->viewport()->mapFromGlobal(QCursor::pos());
+    const bool inside = waveView->viewport()->rect().contains(pointer);
+    m_markers->callByKey((key + markersOfKeys - 1) % markersOfKeys, inside ? pointer.x() : waveView->width() / 2);
+}
+
+// ---- gestures and keys
+
+void MainView::slotWheelChanged(int flag, QPoint point)
+{
+    emit zoomChangedByMouse(flag == 1 ? zoomFlag::in : zoomFlag::out, point);
+}
+
+void MainView::slotMousePressed(QMouseEvent *event)
+{
+    m_gestures->press(*event);
+}
+
+void MainView::slotMouseMoved(QMouseEvent *event)
+{
+    m_gestures->move(*event);
+}
+
+void MainView::slotMouseReleased(QMouseEvent *event)
+{
+    m_gestures->release(*event);
+}
+
+void MainView::slotMouseLeave()
+{
+    m_gestures->leave();
+}
+
+void MainView::zoomAboutMiddle(int flag)
+{
+    if (m_gestures->canMoveTime()) {
+        emit zoomChangedByMouse(flag, QPoint(waveView->width() / 2, 0));
+    }
+}
+
+void MainView::slotShortCutZoomIn()
+{
+    zoomAboutMiddle(zoomFlag::in);
+}
+
+void MainView::slotShortCutZoomOut()
+{
+    zoomAboutMiddle(zoomFlag::out);
+}
+
+void MainView::slotShortCutMovToBeg()
+{
+    if (m_gestures->canMoveTime()) {
+        waveGen->setViewStart(-beyondEnds);
+    }
+}
+
+void MainView::slotShortCutMovToEnd()
+{
+    if (m_gestures->canMoveTime()) {
+        const auto samples = double(waveGen->sampleCount());
+        waveGen->setViewStart(samples - waveGen->viewWidth() * waveGen->ratioSasPix() + beyondEnds);
+    }
 }

@@ -1,9 +1,6 @@
 #pragma once
 
-#include "wave/ChannelLayout.h"
-#include "wave/RowDrag.h"
-#include "wave/TimeAxis.h"
-#include "wave/TimeMarkers.h"
+#include "wave/MarkerBoard.h"
 
 #include <QPair>
 #include <QPoint>
@@ -11,41 +8,24 @@
 #include <QVector>
 #include <QWidget>
 
-#include <cstdint>
-#include <vector>
-
-class CursorBody;
+class EdgeJump;
 class ItemChnSidebar;
-class ItemWaveArrow;
-class ItemWaveBackground;
-class ItemWaveLine;
-class NextEdge;
+class PulsePointer;
 class QAction;
-class QFrame;
 class QGraphicsScene;
 class QHBoxLayout;
 class QMouseEvent;
-class QScrollArea;
 class QShortcut;
+class RowColumn;
 class WaveDataGen;
+class WaveGestures;
 class WaveView;
-enum class EdgeSide;
-struct SmpEdgeInfo;
-
-/// A pair of timing markers that are both shown on the wave.
-struct ShownPair {
-    int group;           ///< 0 to 4, for the letters A to E
-    QString firstName;   ///< such as "A1"
-    QString secondName;  ///< such as "A2"
-    double firstSample;  ///< where the first stands; either may be the earlier
-    double secondSample; ///< where the second stands
-};
 
 /// The central widget: the column of channel sidebars and, beside it, the scene with the waves.
 ///
-/// Owns the items of each channel, lays them out, and turns mouse and keys into requests. The time axis is the
-/// generator's: this class holds no time state of its own. GUI thread; one instance. Points are device pixels of the
-/// wave view.
+/// Puts the parts together that do the work (rows, markers, the pulse under the pointer, the edge button, gestures) and
+/// is the border at which the window and the panels meet them. The time axis is the generator's: this class holds no
+/// time state of its own. GUI thread; one instance. Points are device pixels of the wave view.
 class MainView : public QWidget {
     Q_OBJECT
 public:
@@ -59,6 +39,10 @@ public:
     void refreshWave();
     /// Takes off what belongs to the capture that is about to be replaced.
     void clearForNewData();
+
+    /// After a file has been placed: where no row in view shows a transition but some row has one, the whole capture is
+    /// shown instead of flat lines.
+    void showAllIfFlat();
 
     /// The pairs whose markers are both shown, in the order of their letters.
     [[nodiscard]] QVector<ShownPair> shownPairs() const;
@@ -115,6 +99,8 @@ signals:
     void zoomChangedByMouse(int flag, QPoint point);
     /// The wave was dragged by `width` logical pixels to the right.
     void mouseDraged(int width);
+    /// The pointer is at device column `x` of the waves: its time and sample from the trigger as text, empty for none.
+    void pointerMoved(int x, const QString &text);
     /// Width, period, duty and frequency of the pulse under the pointer; "###" for what is not known.
     void logMeasureChanged(QStringList res);
     /// A pair or a marker's time has changed, for the list of pairs. `type` 0: the view has made the pair of marker
@@ -133,111 +119,37 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    // construction
     void buildViews();
+    void buildKeys();
     void connectWaveView();
     void connectScrolling();
+    void connectParts();
+    void connectSidebar(ItemChnSidebar *sidebar);
     void addShortcut(int key, void (MainView::*slot)());
 
-    // channels
-    void removeChannels();
-    void buildChannel(int chn, int row, int multiplier);
     void layoutRows();
-    void placeRow(int chn);
     void setTimeWidth();
     void setAnalogTimeWidth(int oldWidth, int deviceWidth);
-    [[nodiscard]] std::vector<ChannelRow> channelRows() const;
-
-    // rows as the user arranges them
-    void connectSidebar(ItemChnSidebar *sidebar);
-    void dragRow(int offsetY);
-    void dropRow(int offsetY);
-    void moveRowByKey(int chn, int step);
-    /// Hands the order of `m_chns` to the sidebars.
-    void takeOrder();
-    void storeOrder();
-    /// What points at a row points at another one now.
     void rowsMoved();
-    /// Tab walks the sidebars from top to bottom.
-    void orderTabs();
-
-    // input
-    [[nodiscard]] bool canMoveTime() const;
+    [[nodiscard]] bool hasTransitions() const;
+    /// Tab walks the sidebars from top to bottom, and then the scroll bar.
+    void orderTabs(QVector<QWidget *> stops);
     void zoomAboutMiddle(int flag);
-    [[nodiscard]] int channelAt(QPoint point) const;
-    void hover(QPoint point);
-    void repeatHover();
-    void hideHover();
-    void forgetHover();
-    [[nodiscard]] bool pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &rate) const;
-    void placeArrow(int chn, const SmpEdgeInfo &info);
-
-    // timing markers; positions are those of the list
-    [[nodiscard]] TimeWindow timeWindow() const;
-    /// The position of the marker, whose pair is made if need be; -1 for a negative id.
-    [[nodiscard]] int markerIndex(int phyId);
-    void addMarkerPair(int position, int firstId);
-    void removeMarkerPair(int phyId);
-    void removeMarkers();
-    /// The position of the first marker in that state, -1 for none.
-    [[nodiscard]] int firstMarkerIn(MarkerState state) const;
-    /// Changes the state and the place.
-    void setMarker(int index, MarkerState state, int x);
-    /// Changes the state alone. Only one marker follows the pointer: another one is put down.
-    void changeMarkerState(int index, MarkerState state);
-    void showMarkerState(int index, MarkerState state);
-    void placeMarker(int index);
-    void snapMarker(int index, QPoint point);
-    void repositionMarkers();
-    void takeMarkersOff();
-    void markerHasMoved(int index);
-    void tellMarkerTexts(int index);
-    void pressMarkerButton(int phyId);
-    void showPair(int phyId);
-    /// True when the pointer has been used up by a marker.
-    bool moveOverMarkers(QPoint point);
-    bool releaseOverMarkers(Qt::MouseButton button);
-
-    // edge button
-    [[nodiscard]] bool isOverNextEdge(QPoint point) const;
-    void offerNextEdge(QPoint point);
-    void showNextEdge(EdgeSide side, int chn, int x);
-    void clickNextEdge();
-
-    // measurements
     /// Counts anew what is asked about the pair, whose markers have changed.
     void refreshPulsesOfPair(int group);
 
     QHBoxLayout *mainLayout;
-    QScrollArea *sidebarArea;
-    QFrame *sidebarFrame;
-    QVector<ItemChnSidebar *> chnSidebars; ///< by physical channel, as the two below
-    WaveView *waveView;
     QGraphicsScene *scene;
-    ItemWaveArrow *waveArrow;
-    NextEdge *nextEdge;
-    QVector<ItemWaveBackground *> waveBackgrounds;
-    QVector<ItemWaveLine *> waveLines;
-    QVector<CursorBody *> timeMarkers; ///< in pairs, by id
-    bool pulseInfoDirty = false;       ///< pulses are to be counted anew at the next refresh
-    ChannelLayout m_rows;              ///< the rows' tops and heights, as they are shown
-    std::vector<ChannelRow> m_chns;    ///< what m_rows was computed from
-    RowDrag m_drag;                    ///< both follow it at each step
-    int m_dragScroll = 0;              ///< scroll position of the column at the press
     WaveDataGen *const waveGen;
+    RowColumn *m_rows;
+    WaveView *waveView;
+    MarkerBoard *m_markers;
+    PulsePointer *m_pulse;
+    EdgeJump *m_edges;
+    WaveGestures *m_gestures;
     QVector<QShortcut *> shortcuts;
-
-    // The last hover, to spare repainting when nothing has changed; all 0 when no arrow is shown.
-    double hoverChn = 0;
-    double hoverStart = 0;
-    double hoverEdge = 0;
-    double m_hoverRatio = 0;
-
-    bool dragged = false; ///< the mouse has moved since the last press
-    QPoint pressPos;      ///< anchor of the drag
-    bool m_sized = false; ///< the window has given this widget its size
-    const QStringList freqUnits;
-    const QStringList timeUnits;
+    bool pulseInfoDirty = false; ///< pulses are to be counted anew at the next refresh
+    bool m_sized = false;        ///< the window has given this widget its size
 };
 
 /// The one main view, for panels. Set by the constructor, cleared by the destructor.

@@ -34,8 +34,15 @@ PosiView::PosiView(QWidget *parent) : QScrollBar(Qt::Horizontal, parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(::tr("Horizontal position"));
-    setStyleSheet(scrollBarStyle());
+    setStyleSheet(scrollBarStyle() + QStringLiteral("QScrollBar::handle{background-color:%1;}"
+                                                    "QScrollBar::handle:hover{background-color:%2;}")
+                                         .arg(handleColor().name(), handleColor().lighter(115).name()));
     connect(this, &QScrollBar::valueChanged, this, &PosiView::slotBarValueChanged);
+}
+
+QColor PosiView::handleColor()
+{
+    return {0x5f, 0x8f, 0xbf};
 }
 
 void PosiView::updatePosi(std::int64_t sampleCount, int viewWidth, double ratio, double viewStart)

@@ -25,6 +25,9 @@ class PosiView : public QScrollBar {
 public:
     explicit PosiView(QWidget *parent = nullptr);
 
+    /// Of the handle: no grey, so that it cannot be taken for a wave; at least 3 : 1 in brightness both to its ground
+    /// and to a white wave.
+    [[nodiscard]] static QColor handleColor();
     static constexpr std::int32_t resolution = 10000;
     std::int32_t posi = 0; ///< the last value set by the program
 

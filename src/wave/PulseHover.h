@@ -2,17 +2,7 @@
 
 #include "store/SmpData.h"
 
-#include <QStringList>
-
 #include <cstdint>
-
-/// What is told about the pulse under the pointer. A value that is not known is -1.
-struct PulseTimes {
-    double width;  ///< picoseconds
-    double period; ///< picoseconds, of this pulse and the next
-    double duty;   ///< share of the high level in the period, 0 to 1
-    double frequ;  ///< Hz
-};
 
 /// The two arrows of the pulse under the pointer, in logical pixels. A `span2End` of 0: there is no second one.
 struct ArrowSpans {
@@ -32,20 +22,6 @@ struct WaveWindow {
 
 /// The sample under a logical pixel, truncated; values out of the range of samples come back as -1.
 [[nodiscard]] std::int64_t sampleUnder(int x, const WaveWindow &window);
-
-/// The times of the pulse that `info` surrounds.
-/// @param rate  Hz
-[[nodiscard]] PulseTimes pulseTimes(const SmpEdgeInfo &info, std::int64_t rate);
-
-/// `value` in the largest unit that leaves at least 1 of it, with nine significant digits; "###" unless above 0.
-[[nodiscard]] QString unitText(double value, const QStringList &units);
-
-/// Width, period, duty and frequency as the user reads them.
-[[nodiscard]] QStringList pulseTexts(const PulseTimes &times, const QStringList &timeUnits,
-                                     const QStringList &freqUnits);
-
-/// The texts of no pulse.
-[[nodiscard]] QStringList noPulseTexts();
 
 /// The first arrow lies within the pulse, the second within the one after it.
 [[nodiscard]] ArrowSpans arrowSpans(const SmpEdgeInfo &info, const WaveWindow &window);

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QStringList>
+#include <QVector>
+
+class SmpData;
+struct ShownPair;
 
 /// "Which edges and pulses are to be counted?" The main view asks it when a capture or a marker has changed; the list
 /// of measurements implements it.
@@ -19,3 +23,10 @@ public:
 
 /// Null while nothing measures. Not owned; set on the main thread.
 extern PulseRequests *gPulseRequests;
+
+/// Each request with a comma and its four counts, see pulseCountFields(); those that cannot be answered are left out.
+/// @param pairs    the pairs that are shown
+/// @param capture  null for none; read under a lock of its own
+/// Cost: some searches in a tree for each request. Main thread.
+[[nodiscard]] QStringList countedRequests(const QStringList &requests, const QVector<ShownPair> &pairs,
+                                          const SmpData *capture);

@@ -1,5 +1,6 @@
 #include "wave/SmpZoom.h"
 
+#include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/NumberField.h"
@@ -38,7 +39,7 @@ SmpZoom::SmpZoom(QWidget *parent) : QWidget(parent)
 
 MyButton *SmpZoom::addButton(const QString &icon, const QString &toolTip, void (SmpZoom::*slot)())
 {
-    auto *button = new MyButton(QIcon(icon), toolTip, this);
+    auto *button = new MyButton(sharedIcon(icon), toolTip, this);
     button->setObjectName(icon.section(QLatin1Char('/'), -1));
     button->setIconSize(QSize(dp(24), dp(24)));
     button->setFixedWidth(dp(36));

@@ -76,6 +76,14 @@ TimeWindow showRange(double a, double b, int width)
     return finite({a - ratio * half * 0.5, ratio});
 }
 
+TimeWindow fillWith(double a, double b, int width)
+{
+    if (b < a) {
+        std::swap(a, b);
+    }
+    return finite({a, width > 0 ? std::max((b - a) / width, minRatio) : 0.0});
+}
+
 TimeWindow centredOn(const TimeWindow &window, double position, int width)
 {
     return finite({position - double(width / 2) * window.ratio, window.ratio});

@@ -16,11 +16,10 @@ struct TimeWindow {
 /// is always the whole number width / 2.
 namespace TimeAxis {
 
-inline constexpr double minRatio = 0.01;    ///< samples per pixel, the deepest zoom
-inline constexpr double ratioLimit = 1e15;  ///< beyond any capture: keeps repeated zooming out finite
-inline constexpr double startLimit = 1e18;  ///< samples, on both sides
-inline constexpr double psPerSecond = 1e12; ///< times are picoseconds
-inline constexpr int animStepCount = 7;     ///< frames of an animated zoom, which together make a factor of two
+inline constexpr double minRatio = 0.01;   ///< samples per pixel, the deepest zoom
+inline constexpr double ratioLimit = 1e15; ///< beyond any capture: keeps repeated zooming out finite
+inline constexpr double startLimit = 1e18; ///< samples, on both sides
+inline constexpr int animStepCount = 7;    ///< frames of an animated zoom, which together make a factor of two
 
 /// What a new capture is placed by.
 struct Placement {
@@ -58,6 +57,8 @@ struct Settled {
 [[nodiscard]] ZoomFrame zoomFrame(const TimeWindow &base, int x, int step, bool zoomIn);
 /// Samples a to b fill the middle half of the view; a range that is told backwards is turned round.
 [[nodiscard]] TimeWindow showRange(double a, double b, int width);
+/// Samples a to b fill the view, but not nearer than minRatio; a range that is told backwards is turned round.
+[[nodiscard]] TimeWindow fillWith(double a, double b, int width);
 /// `position` in the middle column.
 [[nodiscard]] TimeWindow centredOn(const TimeWindow &window, double position, int width);
 /// The sample at the right end of the window, from which the next edge is looked for.

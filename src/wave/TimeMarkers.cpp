@@ -1,26 +1,18 @@
 #include "wave/TimeMarkers.h"
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "controls/Truncate.h"
-#include "store/SmpData.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
-constexpr int mostDigits = 17;                ///< what lies beyond is noise of the binary form
-constexpr double mostDigitsFrom = 1e17;       ///< from here on a whole number has more
 constexpr std::int32_t farColumn = 1'000'000; ///< logical pixels beyond every screen; times any scale an int
 constexpr int flagTip = 7;                    ///< pixels at 96 dpi: half of the width, and the height of the tip
 constexpr int flagBody = 9;                   ///< pixels at 96 dpi
 
 } // namespace
-
-QString TimeMarkers::label(int id)
-{
-    return QChar(ushort(u'A' + id / 2)) + QString::number(id % 2 + 1);
-}
 
 MarkerState TimeMarkers::stateOf(int number)
 {
@@ -38,7 +30,7 @@ MarkerColors TimeMarkers::colors(MarkerState state)
 
 double TimeMarkers::sampleAt(int x, const TimeWindow &window, PixelScale scale)
 {
-    return double(truncated64(x / scale.s() * window.ratio + window.start + 0.5));
+    return MarkerTimes::sampleAt(x / scale.s(), window.start, window.ratio);
 }
 
 int TimeMarkers::columnOf(double sample, const TimeWindow &window, PixelScale scale)
@@ -49,50 +41,16 @@ int TimeMarkers::columnOf(double sample, const TimeWindow &window, PixelScale sc
 
 double TimeMarkers::snapped(double sample, const SmpEdgeInfo &edges, double ratio, PixelScale scale)
 {
-    if (edges.prevEdge == -1 && edges.nextEdge == -1) {
-        return sample;
-    }
-    const auto prev = double(std::max<std::int64_t>(edges.prevEdge, 0));
-    const auto next = double(std::max<std::int64_t>(edges.nextEdge, 0));
-    const double toPrev = std::abs(sample - prev);
-    const double toNext = std::abs(next - sample);
-    const bool takesNext = toNext <= toPrev;
-    const double distance = takesNext ? toNext : toPrev;
-    if (!(distance / ratio * scale.s() <= scale.dp(snapReach))) {
-        return sample;
-    }
-    return takesNext ? next : prev;
+    MarkerTimes::NearEdge edge;
+    const bool attracts =
+        MarkerTimes::nearestEdge(sample, edges, edge) && edge.distance / ratio * scale.s() <= scale.dp(snapReach);
+    return attracts ? edge.position : sample;
 }
 
 bool TimeMarkers::covers(int x, int markerX, PixelScale scale)
 {
     const int s = scale.s();
     return x >= markerX - s && x < markerX + 2 * s;
-}
-
-double TimeMarkers::timeOf(double sample, std::int64_t trigger, std::int64_t rate)
-{
-    return std::trunc((sample - double(trigger)) * TimeAxis::psPerSecond / double(rate));
-}
-
-double TimeMarkers::distanceOf(double a, double b, std::int64_t rate)
-{
-    return std::trunc(std::abs(a - b) * TimeAxis::psPerSecond / double(rate));
-}
-
-QString TimeMarkers::timeText(double ps, const QStringList &units)
-{
-    const double magnitude = std::abs(ps);
-    const int digits =
-        magnitude < mostDigitsFrom ? std::min(mostDigits, int(QString::number(qlonglong(ps)).size())) : mostDigits;
-    // One division by the whole factor: several in a row would each add an error.
-    double factor = 1.0;
-    int unit = 0;
-    while (magnitude / factor >= 1000.0 && unit + 1 < units.size()) {
-        factor *= 1000.0;
-        ++unit;
-    }
-    return QString::number(ps / factor, 'g', digits) + units.value(unit);
 }
 
 QSize TimeMarkers::flagSize(PixelScale scale)

@@ -6,8 +6,6 @@
 #include <QColor>
 #include <QPolygon>
 #include <QRect>
-#include <QString>
-#include <QStringList>
 
 #include <cstdint>
 
@@ -28,22 +26,13 @@ struct MarkerColors {
     QColor face; ///< of the flag
 };
 
-/// The arithmetic of timing markers: places, samples, texts, over plain values.
+/// Timing markers on a screen: places and colours, over plain values. What needs no screen is MarkerTimes'.
 ///
 /// Pure, any thread; only colors() reads the palette, on the main thread. `x` is in device pixels of the wave view,
 /// positions are samples. Windows of any kind are taken, also one whose ratio is still 0.
 namespace TimeMarkers {
 
 inline constexpr int snapReach = 10; ///< logical pixels at 96 dpi, within which an edge attracts a marker
-
-/// "A1", "A2", "B1" and so on for id 0, 1, 2: pair id / 2, without an upper bound.
-/// @param id  0 or above
-[[nodiscard]] QString label(int id);
-/// The first id of the pair that `id` belongs to.
-[[nodiscard]] constexpr int firstOfPair(int id)
-{
-    return id / 2 * 2;
-}
 
 /// A number that came as a state; anything else than a state is `off`.
 [[nodiscard]] MarkerState stateOf(int number);
@@ -59,15 +48,6 @@ inline constexpr int snapReach = 10; ///< logical pixels at 96 dpi, within which
 [[nodiscard]] double snapped(double sample, const SmpEdgeInfo &edges, double ratio, PixelScale scale);
 /// True when the pointer at `x` is over a marker that begins at `markerX`, or one stroke beside it.
 [[nodiscard]] bool covers(int x, int markerX, PixelScale scale);
-
-/// The time of `sample` in whole picoseconds, negative before `trigger`.
-/// @param rate  Hz, above 0
-[[nodiscard]] double timeOf(double sample, std::int64_t trigger, std::int64_t rate);
-/// The time between two samples in whole picoseconds.
-[[nodiscard]] double distanceOf(double a, double b, std::int64_t rate);
-/// `ps` in the largest of `units` (ps, ns and so on) that leaves at least 1 of it, with as many digits as the whole
-/// number has characters, but at most the 17 that a double tells apart.
-[[nodiscard]] QString timeText(double ps, const QStringList &units);
 
 /// The flag of a marker in the ruler, pointing down at its line. Device pixels.
 [[nodiscard]] QSize flagSize(PixelScale scale);

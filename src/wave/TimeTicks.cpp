@@ -10,6 +10,8 @@ namespace TimeTicks {
 namespace {
 
 constexpr double minPitchPixels = 25.0;
+constexpr int basePart = 3; // without a decade in the left three quarters the base is named
+constexpr int baseWhole = 4;
 constexpr int maxDecade = 30;          // a label's number stays below 2^63
 constexpr double maxTickNumber = 9e15; // below 2^53: consecutive ticks are different doubles
 constexpr int secondsUnit = int(unitNames.size()) - 1;
@@ -179,15 +181,25 @@ int fill(const Scale &scale, const LabelMetrics &metrics, std::span<TimeTick> ti
         TimeTick &tick = ticks[count++];
         tick.x = std::int32_t(x);
         if (step == 0) {
-            tick.kind = 0;
+            tick.kind = tickKind::decade;
             writeTime(pitch.ps * double(std::abs(n)), n < 0, tick.text);
         } else {
-            tick.kind = 1;
+            tick.kind = tickKind::relative;
             LabelWriter writer(tick.text);
             writer.put('+');
             writer.put(step * pitch.labelStep);
             writer.put(unitName);
         }
+    }
+    const bool isNamed = std::any_of(ticks.begin(), ticks.begin() + std::ptrdiff_t(count), [&](const TimeTick &tick) {
+        return tick.kind == tickKind::decade && tick.x < scale.width * basePart / baseWhole;
+    });
+    if (!isNamed && count > 0 && count < ticks.size()) {
+        TimeTick &base = ticks[count++];
+        const double n = std::floor(leftTick / 10.0) * 10.0;
+        base.x = 0;
+        base.kind = tickKind::base;
+        writeTime(pitch.ps * std::abs(n), n < 0, base.text);
     }
     return int(count);
 }

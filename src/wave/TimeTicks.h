@@ -4,10 +4,19 @@
 #include <cstdint>
 #include <span>
 
+/// What a mark of the time ruler is.
+namespace tickKind {
+
+inline constexpr std::int32_t decade = 0;   ///< a tick with an absolute label
+inline constexpr std::int32_t relative = 1; ///< a tick with a label that counts from the decade before
+inline constexpr std::int32_t base = 2;     ///< no tick: the decade left of the view, for the labels that count from it
+
+} // namespace tickKind
+
 /// One mark of the time ruler.
 struct TimeTick {
     std::int32_t x;    ///< logical pixel
-    std::int32_t kind; ///< 0 absolute label on a decade tick, 1 relative label
+    std::int32_t kind; ///< of tickKind
     char text[32];     ///< NUL-terminated
 };
 
@@ -54,7 +63,8 @@ struct Pitch {
 /// Writes a decade tick's label into `text`: the time of `ps` (0 or above), with at most nine decimal places.
 void writeTime(double ps, bool negative, std::span<char> text);
 
-/// Fills `ticks` from the left. @return how many were written, never more than there is room for
+/// Fills `ticks` from the left, and with the base as the last one where the left part of the view has no decade.
+/// @return how many were written, never more than there is room for
 [[nodiscard]] int fill(const Scale &scale, const LabelMetrics &metrics, std::span<TimeTick> ticks);
 
 } // namespace TimeTicks

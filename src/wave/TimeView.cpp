@@ -1,8 +1,10 @@
 #include "wave/TimeView.h"
 
+#include "analysis/MarkerTimes.h"
 #include "controls/Look.h"
 #include "wave/CursorHandle.h"
 #include "wave/MarkerChange.h"
+#include "wave/PointerTag.h"
 #include "wave/WaveDataGen.h"
 
 #include <QMouseEvent>
@@ -17,13 +19,30 @@ RulerMark rulerMark(const TimeTick &tick, int dpi, int height)
     const int scale = dpi / 96;
     const int x = tick.x * scale;
     const int lineX = x + scale / 2;
-    if (tick.kind == 0) {
-        return {QPoint(x - 6 * dpi / 192, scaled(16)), QLine(lineX, scaled(21), lineX, height - 2)};
+    // What stands at the left end begins there: half of a "0" was cut.
+    const int least = scaled(1);
+    if (tick.kind == tickKind::base) {
+        return {QPoint(least, scaled(16)), QLine()};
     }
-    return {QPoint(x - scaled(8) / 2, scaled(28)), QLine(lineX, scaled(31), lineX, height - 2)};
+    if (tick.kind == tickKind::decade) {
+        return {QPoint(std::max(x - 6 * dpi / 192, least), scaled(16)), QLine(lineX, scaled(21), lineX, height - 2)};
+    }
+    return {QPoint(std::max(x - scaled(8) / 2, least), scaled(28)), QLine(lineX, scaled(31), lineX, height - 2)};
 }
 
-TimeView::TimeView(const WaveDataGen *waveGen, QWidget *parent) : QWidget(parent), m_waveGen(waveGen)
+int besideFlags(const QRect &label, std::span<const QRect> flags, int gap)
+{
+    int left = label.left();
+    for (const QRect &flag : flags) {
+        if (flag.intersects(QRect(QPoint(left, label.top()), label.size()))) {
+            left = flag.right() + 1 + gap;
+        }
+    }
+    return left;
+}
+
+TimeView::TimeView(const WaveDataGen *waveGen, QWidget *parent)
+    : QWidget(parent), m_waveGen(waveGen), m_pointer(new PointerTag(this))
 {
     setFixedHeight(dp(36));
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -40,13 +59,40 @@ void TimeView::paintEvent(QPaintEvent *)
     painter.fillRect(0, 0, width(), height() - 1, gGreys[8]);
     painter.fillRect(0, height() - 1, width(), 1, gGreys[3]);
 
+    const std::vector<QRect> flags = shownFlags();
+    const auto labelRect = [metrics = painter.fontMetrics()](QPoint baseline, const QString &text) {
+        const int ascent = metrics.tightBoundingRect(QStringLiteral("0")).height();
+        return QRect(baseline.x(), baseline.y() - ascent, metrics.horizontalAdvance(text), ascent);
+    };
     m_lines.clear();
     for (const TimeTick &tick : m_waveGen->timeTicks()) {
         const RulerMark mark = rulerMark(tick, gDpi, height());
-        painter.drawText(mark.text, QString::fromLatin1(tick.text));
-        m_lines.append(mark.line);
+        const QString text = QString::fromLatin1(tick.text);
+        painter.setPen(QPen(tick.kind == tickKind::base ? gGreys[2] : gGreys[0], uiScale()));
+        painter.drawText(besideFlags(labelRect(mark.text, text), flags, dp(2)), mark.text.y(), text);
+        if (!mark.line.isNull()) {
+            m_lines.append(mark.line);
+        }
     }
+    painter.setPen(QPen(gGreys[0], uiScale()));
     painter.drawLines(m_lines);
+}
+
+std::vector<QRect> TimeView::shownFlags() const
+{
+    std::vector<QRect> flags;
+    for (const CursorHandle *handle : handles) {
+        if (handle->markerState() != MarkerState::off) {
+            flags.push_back(handle->geometry());
+        }
+    }
+    std::sort(flags.begin(), flags.end(), [](const QRect &a, const QRect &b) { return a.left() < b.left(); });
+    return flags;
+}
+
+void TimeView::slotPointerMoved(int x, const QString &text)
+{
+    m_pointer->pointAt(x, text);
 }
 
 void TimeView::dropHandles()
@@ -60,6 +106,7 @@ void TimeView::slotMainViewMarkerChanged(int changedType, int index, int value)
     if (index < 0) {
         return;
     }
+    update(); // labels give way to flags
     switch (changedType) {
     case markerChange::state:
         handleOf(index)->setMarkerState(TimeMarkers::stateOf(value));
@@ -91,7 +138,7 @@ CursorHandle *TimeView::handleOf(int phyId)
 
 void TimeView::addPair(int phyId)
 {
-    const int first = TimeMarkers::firstOfPair(phyId);
+    const int first = MarkerTimes::firstOfPair(phyId);
     const auto before =
         std::find_if(handles.begin(), handles.end(), [first](CursorHandle *each) { return each->id() > first; });
     auto position = int(before - handles.begin());

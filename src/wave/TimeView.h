@@ -5,10 +5,15 @@
 
 #include <QLine>
 #include <QPoint>
+#include <QRect>
 #include <QVector>
 #include <QWidget>
 
+#include <span>
+#include <vector>
+
 class CursorHandle;
+class PointerTag;
 class WaveDataGen;
 
 /// Where a tick stands in the ruler, in device pixels.
@@ -19,6 +24,11 @@ struct RulerMark {
 
 /// The place of `tick` in a ruler of `height` device pixels on a screen of `dpi` (at least 96).
 [[nodiscard]] RulerMark rulerMark(const TimeTick &tick, int dpi, int height);
+
+/// Where a label begins that must not lie under a flag: at its own place, or `gap` behind the last flag that would
+/// cover it.
+/// @param flags  from left to right
+[[nodiscard]] int besideFlags(const QRect &label, std::span<const QRect> flags, int gap);
 
 /// The ruler above the waves: paints the ticks of the generator's newest frame and carries the flags of the timing
 /// markers, which can be picked up, moved and put down there as in the waves.
@@ -38,6 +48,9 @@ public slots:
     /// that of its pair are made if need be. 8: the marker at position `index` of the list begins at device pixel
     /// `value`. 9: the pair that begins at position `index` is gone. A position that is none is ignored.
     void slotMainViewMarkerChanged(int changedType, int index, int value);
+
+    /// The pointer is at device column `x` of the waves; `text` tells what is there, empty for nothing.
+    void slotPointerMoved(int x, const QString &text);
 
 signals:
     /// A flag is to change. `changedType` 5: the marker at position `index` of the list gets `state`; 6: it moves to
@@ -62,7 +75,11 @@ private:
     /// The position of the first flag in that state, -1 for none.
     [[nodiscard]] int firstIn(MarkerState state) const;
 
+    /// The places of the flags that are shown, from left to right.
+    [[nodiscard]] std::vector<QRect> shownFlags() const;
+
     const WaveDataGen *m_waveGen;
+    PointerTag *m_pointer;
     QVector<CursorHandle *> handles; ///< by id: the same positions as the main view's markers
     bool moved = false;              ///< the mouse has moved since the last press
     QVector<QLine> m_lines;          ///< of one painting; kept for its memory

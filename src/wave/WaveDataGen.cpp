@@ -101,6 +101,7 @@ void WaveDataGen::setDataSource(const SmpData *source)
     m_wake.notify_all(); // it may wait for an acknowledgement of what is gone
 
     m_placementDue = false;
+    m_history.clear();
     m_aChnParamTexts.clear();
     for (int chn = 0; source && chn < source->aChnCount; ++chn) {
         m_aChnParamTexts.append(QString());
@@ -176,6 +177,11 @@ std::int64_t WaveDataGen::sampleCount() const
     return m_input.source ? m_input.source->sampleCount() : 0;
 }
 
+bool WaveDataGen::isComplete() const
+{
+    return m_input.source && m_input.source->complete.load(std::memory_order_acquire);
+}
+
 /// Computes the frame of `window` at once.
 void WaveDataGen::showWindow(const TimeWindow &window)
 {
@@ -241,6 +247,7 @@ void WaveDataGen::placeCapture()
 
 void WaveDataGen::dataReady()
 {
+    m_history.clear();
     placeCapture();
     emit sigParameterRefreshAch();
     emit sigViewRefresh(false);
@@ -248,11 +255,13 @@ void WaveDataGen::dataReady()
 
 void WaveDataGen::zoomFit()
 {
+    leave(ViewHistory::Step::zoom);
     refresh(TimeAxis::fit(sampleCount(), m_width));
 }
 
 void WaveDataGen::zoomToTrigger()
 {
+    leave(ViewHistory::Step::zoom);
     std::int64_t trigger = 0;
     {
         const SmpReadLock reading(m_input.source);
@@ -278,6 +287,7 @@ void WaveDataGen::zoomOutAt(int x)
 
 void WaveDataGen::zoomAt(AnimMode mode, int x)
 {
+    leave(ViewHistory::Step::zoom);
     const int column = TimeAxis::clampColumn(x, m_width);
     if (disAnimateZoom) {
         refresh(TimeAxis::zoomFrame(window(), column, animStepCount, mode == AnimMode::zoomIn).window);
@@ -296,37 +306,59 @@ void WaveDataGen::zoomStepIn()
     if (window().ratio < minRatio) {
         return;
     }
+    leave(ViewHistory::Step::zoom);
     refresh(TimeAxis::zoomAbout(window(), m_width / 2, std::max(window().ratio * 0.9, minRatio)));
     settle();
 }
 
 void WaveDataGen::zoomStepOut()
 {
+    leave(ViewHistory::Step::zoom);
     refresh(TimeAxis::zoomAbout(window(), m_width / 2, window().ratio * 1.1));
     settle();
 }
 
 void WaveDataGen::zoomSetRatio(double ratio)
 {
+    leave(ViewHistory::Step::zoom);
     refresh(TimeAxis::zoomAbout(window(), m_width / 2, TimeAxis::clampRatio(ratio, sampleCount(), m_width)));
     settle();
 }
 
 void WaveDataGen::zoomToRange(double a, double b)
 {
+    leave(ViewHistory::Step::zoom);
     showWindow(TimeAxis::showRange(a, b, m_width));
     emit sigViewRefresh(false);
     settle();
 }
 
+void WaveDataGen::zoomToFill(double a, double b)
+{
+    leave(ViewHistory::Step::zoom);
+    refresh(TimeAxis::fillWith(a, b, m_width));
+    settle();
+}
+
+void WaveDataGen::goBack()
+{
+    TimeWindow before;
+    if (m_history.back(window(), before)) {
+        refresh(before);
+        settle();
+    }
+}
+
 void WaveDataGen::setViewStart(double start)
 {
+    leave(ViewHistory::Step::move);
     refresh({start, window().ratio});
     settle();
 }
 
 void WaveDataGen::jumpPrevEdge(int chn)
 {
+    leave(ViewHistory::Step::zoom);
     std::int64_t edge = -1;
     {
         const SmpReadLock reading(m_input.source);
@@ -340,6 +372,7 @@ void WaveDataGen::jumpPrevEdge(int chn)
 
 void WaveDataGen::jumpNextEdge(int chn)
 {
+    leave(ViewHistory::Step::zoom);
     std::int64_t edge = 0;
     {
         const SmpReadLock reading(m_input.source);

@@ -3,6 +3,7 @@
 #include "store/SmpData.h"
 #include "wave/TimeAxis.h"
 #include "wave/TimeTicks.h"
+#include "wave/ViewHistory.h"
 #include "wave/WaveFrame.h"
 
 #include <QFont>
@@ -40,6 +41,10 @@ public:
     [[nodiscard]] double ratioSasPix() const; ///< samples per logical pixel of the frame that is shown
     [[nodiscard]] double viewStart() const;   ///< sample position of logical pixel 0 of the frame that is shown
     [[nodiscard]] int viewWidth() const;      ///< logical pixels
+    /// The capture that is shown; null while the device object is being replaced. To be read under a SmpReadLock.
+    [[nodiscard]] const SmpData *source() const { return m_input.source; }
+    [[nodiscard]] std::int64_t sampleCount() const; ///< of the source, 0 unless it is complete
+    [[nodiscard]] bool isComplete() const;          ///< the source is complete, be it empty
 
     /// Null while the device object is being replaced: waits until the worker has let go of the former source. Ends an
     /// animation. The view has no columns until the next setViewWidth(); the window stays.
@@ -70,6 +75,10 @@ public:
     void zoomSetRatio(double ratio);
     /// Samples a to b fill the middle half of the view.
     void zoomToRange(double a, double b);
+    /// Samples a to b fill the view.
+    void zoomToFill(double a, double b);
+    /// The view before the user's last step, back to the one in which the capture came; nothing before that.
+    void goBack();
     /// Scrolls. What lies past the data springs back 100 ms later.
     void setViewStart(double start);
     /// The channel's last edge at or before the window's start comes to the middle column; the data's start for none.
@@ -132,9 +141,9 @@ private:
 
     // main thread
     [[nodiscard]] const TimeWindow &window() const { return m_front.window(); }
-    [[nodiscard]] std::int64_t sampleCount() const;
     void showWindow(const TimeWindow &window);
     void refresh(const TimeWindow &window);
+    void leave(ViewHistory::Step step) { m_history.leave(window(), step); }
     void settle();
     void animate(AnimMode mode, int x);
     void zoomAt(AnimMode mode, int x);
@@ -154,6 +163,7 @@ private:
     [[nodiscard]] TimeAxis::Settled settled(Lock &lock);
 
     WaveFrame m_front; ///< main thread: what the items draw
+    ViewHistory m_history;
     QStringList m_aChnParamTexts;
     QVector<int> m_aChnProbes;
     std::int64_t m_lastTriggerPos = 0; ///< of the capture that was placed last

@@ -1,5 +1,7 @@
 #include "wave/WaveFrame.h"
 
+#include "analysis/MarkerTimes.h"
+
 #include <algorithm>
 
 namespace {
@@ -81,7 +83,7 @@ void WaveFrame::renderTicks(const WaveInput &input, bool closed)
     if (rate < 1) {
         return;
     }
-    const double psPerSample = TimeAxis::psPerSecond / double(rate);
+    const double psPerSample = psPerSecond / double(rate);
     const double zero = closed ? double(source->trgPos) : 0.0;
     const TimeTicks::Scale scale{(m_window.start - zero) * psPerSample, psPerSample * m_window.ratio, m_width};
     m_tickCount = TimeTicks::fill(scale, input.metrics, m_ticks);

@@ -109,6 +109,31 @@ void traceRects(std::span<const SmpWaveRun> runs, TraceLevels levels, PixelScale
     }
 }
 
+void traceRows(std::span<const QRect> rects, TraceLevels levels, PixelScale scale, int width, QRgb ground, QRgb color,
+               TraceRows &out)
+{
+    const auto columns = std::size_t(std::max(width, 0));
+    for (std::vector<QRgb> *row : {&out.high, &out.between, &out.low}) {
+        row->assign(columns, ground);
+    }
+    const int highTop = levels.highY - scale.s() / 2;
+    for (const QRect &rect : rects) {
+        const int from = std::clamp(rect.left(), 0, width);
+        const int count = std::clamp(rect.right() + 1, from, width) - from;
+        const auto paint = [&](std::vector<QRgb> &row) { std::fill_n(row.begin() + from, count, color); };
+        const bool isVertical = rect.height() > scale.s();
+        if (isVertical) {
+            paint(out.between);
+        }
+        if (isVertical || rect.top() == highTop) {
+            paint(out.high);
+        }
+        if (isVertical || rect.top() != highTop) {
+            paint(out.low);
+        }
+    }
+}
+
 ArrowStrokes arrowStrokes(const ArrowSpans &spans, int height, PixelScale scale)
 {
     ArrowStrokes out;

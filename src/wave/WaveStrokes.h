@@ -7,6 +7,7 @@
 #include <QLine>
 #include <QPoint>
 #include <QRect>
+#include <QRgb>
 #include <QVector>
 
 #include <span>
@@ -29,6 +30,20 @@ struct TraceLevels {
 /// Cost: one step a run.
 void traceRects(std::span<const SmpWaveRun> runs, TraceLevels levels, PixelScale scale, int left, int right,
                 std::vector<QRect> &out);
+
+/// A trace as the three kinds of pixel rows that it consists of: where it is high, between the levels, where it is low.
+/// Each holds one pixel for each device column, in the format of QImage::Format_RGB32.
+struct TraceRows {
+    std::vector<QRgb> high;
+    std::vector<QRgb> between;
+    std::vector<QRgb> low;
+};
+
+/// The rows of a trace whose rectangles are `rects`, from device column 0 to `width` - 1. `out` keeps its memory.
+/// Cost: one step a column and rectangle; painting them costs one pass over the trace's pixels, however many
+/// transitions it has, where thousands of narrow rectangles cost several.
+void traceRows(std::span<const QRect> rects, TraceLevels levels, PixelScale scale, int width, QRgb ground, QRgb color,
+               TraceRows &out);
 
 /// What the arrows of a pulse are made of. Device pixels from the top left of the item.
 struct ArrowStrokes {

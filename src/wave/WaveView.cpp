@@ -4,6 +4,7 @@
 #include "controls/MyScrollbar.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -21,8 +22,10 @@ WaveView::WaveView(QGraphicsScene *scene, QWidget *parent) : QGraphicsView(scene
     viewport()->setMouseTracking(true);
     setFrameShape(NoFrame);
     setStyleSheet(QStringLiteral("QGraphicsView{background-color:%1;border:0;}").arg(gGreys[7].name()));
-    // Nearly every frame changes every row, and each item sets all painter state that it uses.
-    setViewportUpdateMode(BoundingRectViewportUpdate);
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent); // each pixel is painted here: what lies below need not be
+    // A new frame asks for all at once; a hover and a marker change a row and a column, whose common rectangle would be
+    // everything. Each item sets all painter state that it uses.
+    setViewportUpdateMode(MinimalViewportUpdate);
     setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
     connectScrollBars();
 }
@@ -47,6 +50,31 @@ void WaveView::scrollBarRangeChanged(int min, int max)
     m_bar->setValue(verticalScrollBar()->value());
 }
 
+void WaveView::drawBackground(QPainter *painter, const QRectF &rect)
+{
+    QRegion bare(rect.toAlignedRect());
+    if (groundOfRows) {
+        bare -= groundOfRows();
+    }
+    for (const QRect &part : bare) {
+        painter->fillRect(part, scene()->backgroundBrush());
+    }
+}
+
+void WaveView::drawForeground(QPainter *painter, const QRectF & /*rect*/)
+{
+    const QString text = hint ? hint() : QString();
+    if (!text.isEmpty()) {
+        const QRectF seen = mapToScene(viewport()->rect()).boundingRect();
+        painter->setFont(gFontMain);
+        painter->setPen(gGreys[2]);
+        constexpr int flags = Qt::AlignCenter | Qt::TextWordWrap;
+        const QRectF place = painter->boundingRect(seen, flags, text);
+        painter->fillRect(place.adjusted(-dp(8), -dp(4), dp(8), dp(4)), gGreys[8]); // the rows' bands would cross it
+        painter->drawText(seen, flags, text);
+    }
+}
+
 bool WaveView::viewportEvent(QEvent *event)
 {
     if (event->type() == QEvent::Leave) {
@@ -59,7 +87,9 @@ void WaveView::wheelEvent(QWheelEvent *event)
 {
     // The base class would scroll. A purely sideways step is none of the wheel's.
     const int delta = event->angleDelta().y();
-    if (delta != 0) {
+    if (delta != 0 && event->modifiers() == Qt::ShiftModifier) {
+        emit wheelPans(delta < 1 ? -1 : 1);
+    } else if (delta != 0) {
         emit wheelChanged(delta < 1 ? -1 : 1, event->position().toPoint());
     }
     event->accept();

@@ -1,6 +1,7 @@
 #include "analysis/PulseCount.h"
-#include "support/GuiTestMain.h"
 #include "wave/WaveCapture.h"
+
+#include <QtTest>
 
 #include <random>
 

@@ -112,7 +112,9 @@ void TstMainWindowFrame::aBarWiderThanTheWindowFollowsWheelAndFocus()
 void TstMainWindowFrame::theStartKeyIsPressedOnceHoweverLongItIsHeld()
 {
     for (const auto *shortcut : m_window->findChildren<QShortcut *>()) {
-        QVERIFY(!shortcut->autoRepeat());
+        const int key = shortcut->key()[0] & ~int(Qt::KeyboardModifierMask);
+        const bool moves = key == Qt::Key_Left || key == Qt::Key_Right; // held down they go on
+        QCOMPARE(shortcut->autoRepeat(), moves);
     }
     gDev->setSmpDepthIndex(0);
     QTest::keyClick(m_window.get(), Qt::Key_F5);

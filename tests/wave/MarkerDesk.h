@@ -34,6 +34,7 @@ public:
     explicit MarkerDesk(int model = 0, QSize size = {1190, 800}) : MainViewDesk(model, size)
     {
         QObject::connect(&view, &MainView::timeMarkBodyChanged, &ruler, &TimeView::slotMainViewMarkerChanged);
+        QObject::connect(&view, &MainView::pointerMoved, &ruler, &TimeView::slotPointerMoved);
         QObject::connect(&ruler, &TimeView::timeMarkerChanged, &view, &MainView::slotTimeViewMarkerChanged);
         QObject::connect(&view, &MainView::timeMarkBodyChanged, &ruler, [this](int type, int index, int value) {
             changes.append({type, index, value});

@@ -7,6 +7,7 @@
 
 #include <QLineEdit>
 #include <QMenu>
+#include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QtTest>
@@ -139,6 +140,9 @@ private slots:
     void aDragBeyondTheVisiblePartScrollsTheColumn();
     void aReleaseOutsideTheWindowEndsTheDrag();
     void anotherModelDuringADragLeavesItsOwnOrder();
+    void anotherModelKeepsTheRowsThatItHasAsWell();
+    void rowsThatAreKeptShowWhatIsStored();
+    void aResetCanBeTakenBackOnce();
     void aWindowHiddenDuringADragEndsIt();
     void aChannelSwitchedOffDuringItsDragEndsIt();
     void aResizeDuringADragKeepsTheOrder();
@@ -323,6 +327,68 @@ void TstMainViewRows::anotherModelDuringADragLeavesItsOwnOrder()
     rows.drop();
     QCOMPARE(rows.order(), (QVector<int>{1, 0, 2, 3, 4, 5, 6, 7}));
     QVERIFY(rows.isAtRest());
+}
+
+void TstMainViewRows::anotherModelKeepsTheRowsThatItHasAsWell()
+{
+    Rows rows(thirtyTwoChannelModel);
+    const QPointer<ItemChnSidebar> kept = &rows.sidebar(7);
+    const QPointer<ItemChnSidebar> surplus = &rows.sidebar(8);
+    rows.replaceDevice(eightChannelModel);
+    QVERIFY(!kept.isNull());
+    QVERIFY(surplus.isNull());
+    QCOMPARE(rows.items<ItemWaveLine>().size(), 8);
+    rows.replaceDevice(thirtyTwoChannelModel);
+    QCOMPARE(&rows.sidebar(7), kept.data());
+    QCOMPARE(rows.items<ItemWaveLine>().size(), 32);
+}
+
+void TstMainViewRows::rowsThatAreKeptShowWhatIsStored()
+{
+    Rows rows;
+    rows.take(0);
+    rows.pull(110);
+    rows.drop();
+    rows.sidebar(3).setAnalyzerLabel(QStringLiteral("UART"));
+    configLoad(); // as opening a file replaces all settings
+    chnShowMultipPut({1, 1, 2, 1, 1, 1, 1, 1});
+    globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
+    gDev->setChnTrig(2, 3);
+    rows.view.rebuildChannels();
+    QCOMPARE(rows.order(), (QVector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
+    QCOMPARE(rows.sidebar(2).height(), 2 * rows.sidebar(1).height());
+    QCOMPARE(rows.sidebar(3).findChild<QLineEdit *>(QStringLiteral("name"))->text(), QStringLiteral("Clock"));
+    QCOMPARE(rows.sidebar(3).findChild<QLineEdit *>(QStringLiteral("analyzer"))->text(), QString());
+    QVERIFY(rows.sidebar(2).findChild<MyButton *>(QStringLiteral("btnPosEdge"))->selected);
+}
+
+void TstMainViewRows::aResetCanBeTakenBackOnce()
+{
+    Rows rows;
+    globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
+    gDev->setChnTrig(2, 3);
+    rows.view.rebuildChannels();
+    rows.take(0);
+    rows.pull(110);
+    rows.drop();
+    const QVector<int> order = rows.order();
+    constexpr int x4 = 2;
+    constexpr int reset = 5;
+    constexpr int undo = 6;
+    rows.chooseHeight(1, x4);
+    rows.chooseHeight(1, reset);
+    QCOMPARE(rows.order().first(), 0);
+    QCOMPARE(gDev->chnTrig.at(2), 0);
+    rows.chooseHeight(5, undo);
+    QCOMPARE(rows.order(), order);
+    QCOMPARE(rows.sidebar(1).multiplier(), 4);
+    QCOMPARE(chnShowMultipGet(3).at(1), 4);
+    QCOMPARE(globalGet(QStringLiteral("chnShowName3")), QStringLiteral("Clock"));
+    QCOMPARE(gDev->chnTrig.at(2), 3);
+    QVERIFY(rows.sidebar(2).findChild<MyButton *>(QStringLiteral("btnPosEdge"))->selected);
+    rows.sidebar(1).setMultiplier(2);
+    rows.chooseHeight(5, undo); // there is nothing to take back any more
+    QCOMPARE(rows.sidebar(1).multiplier(), 2);
 }
 
 void TstMainViewRows::aWindowHiddenDuringADragEndsIt()

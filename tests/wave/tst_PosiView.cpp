@@ -10,6 +10,7 @@
 class TstPosiView : public QObject {
     Q_OBJECT
 private slots:
+    void theHandleStandsOutFromGroundAndWaves();
     void initTestCase();
     void withoutSamplesTheRangeIsEmptyAndMovesAreNotReported();
     void withoutAViewOrARatioTheRangeIsEmpty();
@@ -150,6 +151,20 @@ void TstPosiView::theKeysMoveTheBar()
     QTest::keyClick(&view, Qt::Key_PageDown);
     QCOMPARE(moved.size(), 1);
     QCOMPARE(moved.at(0).at(0).toDouble(), 0.1);
+}
+
+/// Relative luminance (WCAG 2.1, section "relative luminance").
+static double luminance(const QColor &color)
+{
+    const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+void TstPosiView::theHandleStandsOutFromGroundAndWaves()
+{
+    const double handle = luminance(PosiView::handleColor()) + 0.05;
+    QVERIFY(handle / (luminance(gGreys[7]) + 0.05) >= 3.0);
+    QVERIFY((luminance(gGreys[0]) + 0.05) / handle >= 3.0);
 }
 
 QTEST_MAIN(TstPosiView)

@@ -10,17 +10,10 @@ namespace {
 
 constexpr PixelScale single{96};
 constexpr PixelScale doubled{192};
-constexpr std::int64_t megahertz = 1'000'000;
 
 SmpEdgeInfo between(std::int64_t prev, std::int64_t next)
 {
     return {prev, next, -1, 0};
-}
-
-QStringList units()
-{
-    return {QStringLiteral("ps"), QStringLiteral("ns"), QStringLiteral("us"), QStringLiteral("ms"),
-            QStringLiteral("s")};
 }
 
 } // namespace
@@ -29,8 +22,6 @@ class TstTimeMarkers : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase() { globalsFillTables(); }
-    void pairsAreLetteredAndTheirMarkersCounted_data();
-    void pairsAreLetteredAndTheirMarkersCounted();
     void aNumberThatIsNoStateIsOff();
     void onlyAPlacedMarkerIsPlain();
     void aColumnIsTruncatedToALogicalOneBeforeItsSampleIsTaken();
@@ -46,33 +37,10 @@ private slots:
     void withoutAnyEdgeTheMarkerStaysWhereItIs();
     void withoutARatioNothingAttracts();
     void thePointerIsOverAMarkerAlsoOneStrokeBesideIt();
-    void timesCountFromTheTriggerInWholePicoseconds();
-    void theDistanceOfTwoMarkersHasNoSign();
-    void textsLoseNoDigit_data();
-    void textsLoseNoDigit();
-    void aWholeCaptureAtAnyRateHasATextWithoutAnExponent();
     void theTipOfTheFlagStandsOnTheMarkersLine_data();
     void theTipOfTheFlagStandsOnTheMarkersLine();
     void theFlagHasAPointAndABody();
 };
-
-void TstTimeMarkers::pairsAreLetteredAndTheirMarkersCounted_data()
-{
-    QTest::addColumn<int>("id");
-    QTest::addColumn<QString>("name");
-    QTest::newRow("first") << 0 << QStringLiteral("A1");
-    QTest::newRow("its pair") << 1 << QStringLiteral("A2");
-    QTest::newRow("of the keys the last") << 9 << QStringLiteral("E2");
-    QTest::newRow("Z") << 51 << QStringLiteral("Z2");
-    QTest::newRow("past Z") << 52 << QStringLiteral("[1");
-    QTest::newRow("far past Z") << 65 << QStringLiteral("a2");
-}
-
-void TstTimeMarkers::pairsAreLetteredAndTheirMarkersCounted()
-{
-    QFETCH(int, id);
-    QTEST(label(id), "name");
-}
 
 void TstTimeMarkers::aNumberThatIsNoStateIsOff()
 {
@@ -194,64 +162,6 @@ void TstTimeMarkers::thePointerIsOverAMarkerAlsoOneStrokeBesideIt()
         QCOMPARE(covers(x, 100, single), x >= 99 && x <= 101);
         QCOMPARE(covers(x, 100, doubled), x >= 98 && x <= 103);
     }
-}
-
-void TstTimeMarkers::timesCountFromTheTriggerInWholePicoseconds()
-{
-    QCOMPARE(timeOf(150.0, 100, megahertz), 50e6);
-    QCOMPARE(timeOf(50.0, 100, megahertz), -50e6);
-    QCOMPARE(timeOf(100.0, 100, megahertz), 0.0);
-    QCOMPARE(timeOf(1.0, 0, 300 * megahertz), 3333.0);
-    QCOMPARE(timeOf(-1.0, 0, 300 * megahertz), -3333.0);
-    QCOMPARE(timeOf(2.0, 0, 300 * megahertz), 6666.0); // truncated, not rounded
-    QCOMPARE(timeOf(-2.0, 0, 300 * megahertz), -6666.0);
-}
-
-void TstTimeMarkers::theDistanceOfTwoMarkersHasNoSign()
-{
-    QCOMPARE(distanceOf(10.0, 30.0, megahertz), 20e6);
-    QCOMPARE(distanceOf(30.0, 10.0, megahertz), 20e6);
-    QCOMPARE(distanceOf(2.0, 0.0, 300 * megahertz), 6666.0);
-}
-
-void TstTimeMarkers::textsLoseNoDigit_data()
-{
-    QTest::addColumn<double>("ps");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("nothing") << 0.0 << QStringLiteral("0ps");
-    QTest::newRow("below a unit") << 999.0 << QStringLiteral("999ps");
-    QTest::newRow("a unit") << 1000.0 << QStringLiteral("1ns");
-    QTest::newRow("negative") << -1000.0 << QStringLiteral("-1ns");
-    QTest::newRow("negative below a unit") << -7.0 << QStringLiteral("-7ps");
-    QTest::newRow("all digits") << 1234567.0 << QStringLiteral("1.234567us");
-    QTest::newRow("all digits of a negative one") << -3333333333.0 << QStringLiteral("-3.333333333ms");
-    QTest::newRow("no trailing zeros") << 150e6 << QStringLiteral("150us");
-    QTest::newRow("just below a second") << 999999999999.0 << QStringLiteral("999.999999999ms");
-    QTest::newRow("seconds are the last unit") << 12e15 << QStringLiteral("12000s");
-    QTest::newRow("sixteen digits") << 1234567890123456.0 << QStringLiteral("1234.567890123456s");
-    QTest::newRow("never more than seventeen") << 1.5e24 << QStringLiteral("1500000000000s");
-    QTest::newRow("never more than seventeen, negative") << -1.5e24 << QStringLiteral("-1500000000000s");
-}
-
-void TstTimeMarkers::textsLoseNoDigit()
-{
-    QFETCH(double, ps);
-    QTEST(timeText(ps, units()), "expected");
-}
-
-void TstTimeMarkers::aWholeCaptureAtAnyRateHasATextWithoutAnExponent()
-{
-    constexpr auto last = double((std::int64_t(1) << 40) - 1);
-    for (const std::int64_t rate :
-         {std::int64_t(1), std::int64_t(3), std::int64_t(20'000), std::int64_t(999'999'937)}) {
-        for (const double sign : {1.0, -1.0}) {
-            const QString text = timeText(timeOf(sign * last, 0, rate), units());
-            QVERIFY2(!text.contains(QLatin1Char('e')), qPrintable(text));
-            QVERIFY2(text.endsWith(QLatin1Char('s')), qPrintable(text));
-            QVERIFY(text.size() <= 1 + 17 + 1 + 1);
-        }
-    }
-    QCOMPARE(timeText(timeOf(last, 0, 1), units()), QStringLiteral("1099511627775s"));
 }
 
 void TstTimeMarkers::theTipOfTheFlagStandsOnTheMarkersLine_data()

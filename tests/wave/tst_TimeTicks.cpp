@@ -55,6 +55,7 @@ Pitch pitchOf(double span, int width)
 class TstTimeTicks : public QObject {
     Q_OBJECT
 private slots:
+    void aViewBetweenDecadesNamesTheOneBefore();
     void theRulerFromTheTriggerOn();
     void aNegativeTimeCountsUpFromTheLowerDecadeTick();
     void ticksLeftOfTheFirstWholePitchStartWithinTheView();
@@ -282,6 +283,18 @@ void TstTimeTicks::fillingAllocatesNothing()
     const std::size_t taken = allocationCount - before;
     QCOMPARE(taken, std::size_t(0));
     QVERIFY(count > 0);
+}
+
+void TstTimeTicks::aViewBetweenDecadesNamesTheOneBefore()
+{
+    // 400 pixels of 10 ns, from 12 us on: ticks of 1 us, of which none is a decade.
+    const std::vector<TimeTick> ticks = ticksOf({12e6, 1e4, 400});
+    QVERIFY(!ticks.empty());
+    QCOMPARE(ticks.back().kind, tickKind::base);
+    QCOMPARE(ticks.back().x, 0);
+    QCOMPARE(QByteArray(ticks.back().text), QByteArray("10us"));
+    QCOMPARE(QByteArray(ticksOf({-18e6, 1e4, 400}).back().text), QByteArray("-20us"));
+    QVERIFY(ticksOf({9e6, 1e4, 400}).back().kind != tickKind::base); // 10 us stands in the view
 }
 
 QTEST_APPLESS_MAIN(TstTimeTicks)

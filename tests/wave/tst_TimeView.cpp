@@ -15,6 +15,8 @@ private slots:
     void theRulerTracksTheMouse();
     void aDecadeTickStandsUnderItsLabel();
     void aRelativeTickIsShorterAndItsLabelLower();
+    void labelsAtTheLeftEndAreNotCut();
+    void aLabelGivesWayToTheFlagsThatWouldCoverIt();
     void onAScaledScreenTicksStandOnScaledColumns();
     void eachTickIsPaintedAtItsColumn_data();
     void eachTickIsPaintedAtItsColumn();
@@ -63,6 +65,26 @@ void TstTimeView::aRelativeTickIsShorterAndItsLabelLower()
     const RulerMark mark = rulerMark(tick(100, 1), 96, 36);
     QCOMPARE(mark.text, QPoint(96, 28));
     QCOMPARE(mark.line, QLine(100, 31, 100, 34));
+}
+
+void TstTimeView::labelsAtTheLeftEndAreNotCut()
+{
+    for (const int dpi : {96, 144, 192}) {
+        for (const int kind : {tickKind::decade, tickKind::relative, tickKind::base}) {
+            QVERIFY(rulerMark(tick(0, kind), dpi, 36 * dpi / 96).text.x() >= 1);
+        }
+    }
+    QVERIFY(rulerMark(tick(0, tickKind::base), 96, 36).line.isNull());
+}
+
+void TstTimeView::aLabelGivesWayToTheFlagsThatWouldCoverIt()
+{
+    const QRect label(96, 20, 30, 8);
+    const std::vector<QRect> flags{QRect(93, 19, 15, 17), QRect(105, 19, 15, 17), QRect(300, 19, 15, 17)};
+    QCOMPARE(besideFlags(label, {}, 2), 96);
+    QCOMPARE(besideFlags(label, std::span(flags).first(1), 2), 110);
+    QCOMPARE(besideFlags(label, flags, 2), 122);
+    QCOMPARE(besideFlags(QRect(96, 6, 30, 10), flags, 2), 96); // above the flags
 }
 
 void TstTimeView::onAScaledScreenTicksStandOnScaledColumns()

@@ -91,6 +91,7 @@ private slots:
     void aTraceIsNearlyWhiteOrInItsChannelsColour();
     void withoutACaptureNoTraceIsPainted();
     void aDenseRegionIsASolidBlock();
+    void aTraceOfManyStrokesLooksLikeItsStrokes();
     void paintingAPartGivesThePixelsOfTheWhole();
     void theArrowIsTheToldStrokes_data();
     void theArrowIsTheToldStrokes();
@@ -218,6 +219,31 @@ void TstWaveItems::aDenseRegionIsASolidBlock()
         QCOMPARE(image.pixelColor(x, 44), gGreys[0]);
         QCOMPARE(image.pixelColor(x, 45), untouched);
     }
+}
+
+void TstWaveItems::aTraceOfManyStrokesLooksLikeItsStrokes()
+{
+    // A change every second sample at one sample a pixel: a vertical in every second column, levels between them.
+    Waves waves(capture().channels(16).samples(logicalWidth).pulses(0, std::vector<std::int32_t>(logicalWidth / 2, 2)));
+    waves.gen.zoomSetRatio(1.0);
+    ItemWaveLine line(0, &waves.gen);
+    const QSize size(logicalWidth, 51);
+    QImage expected = blank(size);
+    expected.fill(gGreys[8]);
+    QImage actual = expected;
+    std::vector<QRect> rects;
+    traceRects(waves.gen.digLine(0), traceLevels(51, {96}), {96}, 0, logicalWidth, rects);
+    QVERIFY(rects.size() > logicalWidth / 6);
+    QPainter strokes(&expected);
+    strokes.setPen(Qt::NoPen);
+    strokes.setBrush(gGreys[0]);
+    strokes.drawRects(rects.data(), int(rects.size()));
+    line.setSize(size);
+    QStyleOptionGraphicsItem option;
+    option.exposedRect = QRect({0, 0}, size);
+    QPainter rows(&actual);
+    line.paint(&rows, &option, nullptr);
+    QCOMPARE(actual, expected);
 }
 
 void TstWaveItems::paintingAPartGivesThePixelsOfTheWhole()

@@ -69,6 +69,24 @@ QImage filledTrace(const std::vector<SmpWaveRun> &runs, PixelScale scale)
     return image;
 }
 
+/// The trace as rows of pixels, on the ground of a blank image.
+QImage rowedTrace(const std::vector<SmpWaveRun> &runs, PixelScale scale)
+{
+    QImage image = blank(scale.dpi);
+    const TraceLevels levels = traceLevels(image.height(), scale);
+    std::vector<QRect> rects;
+    traceRects(runs, levels, scale, 0, image.width(), rects);
+    TraceRows rows;
+    traceRows(rects, levels, scale, image.width(), qRgb(0, 0, 0), qRgb(255, 255, 255), rows);
+    const int highTop = levels.highY - scale.s() / 2;
+    const int lowTop = levels.lowY - scale.s() / 2;
+    for (int y = highTop; y < lowTop + scale.s(); ++y) {
+        const std::vector<QRgb> &row = y < highTop + scale.s() ? rows.high : y < lowTop ? rows.between : rows.low;
+        std::copy(row.begin(), row.end(), reinterpret_cast<QRgb *>(image.scanLine(y)));
+    }
+    return image;
+}
+
 int headPoints(const ArrowStrokes &strokes)
 {
     return int(std::count_if(strokes.points.cbegin(), strokes.points.cend(),
@@ -141,6 +159,7 @@ void TstWaveStrokes::filledRectanglesAreThePixelsOfTheToldStrokes()
     for (quint32 seed = 1; seed <= 10; ++seed) {
         const std::vector<SmpWaveRun> runs = randomRuns(seed, viewWidth, longestFlat);
         QCOMPARE(filledTrace(runs, {dpi}), strokedTrace(runs, {dpi}));
+        QCOMPARE(rowedTrace(runs, {dpi}), strokedTrace(runs, {dpi}));
     }
 }
 

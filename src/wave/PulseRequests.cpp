@@ -1,11 +1,8 @@
-// The main view's counting of edges and pulses: it knows the capture and the markers.
+#include "wave/PulseRequests.h"
 
 #include "analysis/PulseCount.h"
 #include "controls/Truncate.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
-#include "wave/MainView.h"
-#include "wave/PulseRequests.h"
+#include "wave/MarkerBoard.h"
 
 #include <algorithm>
 
@@ -35,10 +32,10 @@ bool rangeOf(int time, std::int64_t samples, const QVector<ShownPair> &pairs, Sa
     return true;
 }
 
-/// Each request with its counts; those that cannot be answered are left out.
-QStringList countedRequests(const QStringList &requests, const QVector<ShownPair> &pairs)
+} // namespace
+
+QStringList countedRequests(const QStringList &requests, const QVector<ShownPair> &pairs, const SmpData *capture)
 {
-    const SmpData *capture = gDev->smpData.get();
     const SmpReadLock lock(capture);
     if (!lock || capture->smpCount < 1) {
         return {};
@@ -53,18 +50,4 @@ QStringList countedRequests(const QStringList &requests, const QVector<ShownPair
         }
     }
     return results;
-}
-
-} // namespace
-
-void MainView::slotPulseMeasureInfoChanged()
-{
-    const QStringList requests = gPulseRequests == nullptr ? QStringList() : gPulseRequests->allRequests();
-    emit pulseMeasureChangedbySmpDone(countedRequests(requests, shownPairs()));
-}
-
-void MainView::refreshPulsesOfPair(int group)
-{
-    const QStringList requests = gPulseRequests == nullptr ? QStringList() : gPulseRequests->requestsOfPair(group);
-    emit pulseMeasureChangedbyTimeMarker(group, countedRequests(requests, shownPairs()));
 }
