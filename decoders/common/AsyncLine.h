@@ -5,6 +5,7 @@
 #include "Parity.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace lux {
@@ -45,10 +46,13 @@ public:
           m_format(format),
           m_bitsToStop(1 + format.dataBits + unsigned(hasParity())),
           m_vote(grid.isCoarserThan(samplesForVote) ? 0 : grid.atQuarter(1) / 4),
-          m_early(grid.atQuarter(1) / 8),
-          m_stopLook(grid.middleOf(m_bitsToStop) + m_vote - m_early),
           m_length(grid.endOfQuarters(m_bitsToStop * BitGrid::quarters + format.stopQuarters))
-    {}
+    {
+        for (unsigned bit = 0; bit < m_bitsToStop; ++bit) {
+            m_looks[bit] = grid.middleOf(bit);
+        }
+        m_looks[m_bitsToStop] = grid.middleOf(m_bitsToStop) - early();
+    }
 
     /// Goes to the next start bit: an edge from idle behind which the line is not idle in the bit's middle.
     /// @return false when no character follows whose stop bit is in the capture
@@ -61,12 +65,11 @@ public:
                 }
                 m_line.nextEdge();
             }
-            if (!m_line.hasEdge() || m_line.peekEdge() + m_stopLook >= m_line.sampleCount()) {
+            if (!m_line.hasEdge() || m_line.peekEdge() + m_looks[m_bitsToStop] + m_vote >= m_line.sampleCount()) {
                 return false;
             }
             m_start = m_line.nextEdge();
-            ChannelReader ahead(m_line);
-            if (look(ahead, m_grid.middleOf(0)) != m_format.idleHigh) {
+            if (m_line.peekEdge() > m_start + m_looks[0] + m_vote || look(0) != m_format.idleHigh) {
                 return true;
             }
         }
@@ -77,17 +80,14 @@ public:
     [[nodiscard]] AsyncCharacter read()
     {
         AsyncCharacter character{.first = m_start};
-        std::uint32_t bits = 0;
-        for (unsigned i = 1; i <= m_format.dataBits; ++i) {
-            bits = bits << 1 | std::uint32_t(lookAtBit(i));
+        const std::uint32_t bits = readBits();
+        character.value = bits >> 1 & ((1U << m_format.dataBits) - 1U);
+        if (m_format.order == BitOrder::MsbFirst) {
+            character.value = std::uint32_t(reversed(character.value, m_format.dataBits));
         }
-        character.value = valueOf(bits);
-        bool parity = false;
-        if (hasParity()) {
-            parity = lookAtBit(m_bitsToStop - 1);
-            character.parityWrong = parity != parityBit(character.value, m_format.parity);
-        }
-        character.stopMissing = !lookAtBit(m_bitsToStop);
+        const bool parity = hasParity() && (bits >> (m_bitsToStop - 1) & 1U) != 0;
+        character.parityWrong = hasParity() && parity != parityBit(character.value, m_format.parity);
+        character.stopMissing = (bits >> m_bitsToStop & 1U) == 0;
         if (character.stopMissing && character.value == 0 && !parity) {
             endOfBreak(character);
         } else {
@@ -98,10 +98,7 @@ public:
     /// A character that began before the line was known is none: looks for the next start right behind this one.
     void forget() { m_line.seek(m_start); }
     /// The sample where a bit is looked at; 0 is the start bit.
-    [[nodiscard]] Sample lookOf(unsigned bit) const
-    {
-        return m_start + m_grid.middleOf(bit) - (bit == m_bitsToStop ? m_early : 0);
-    }
+    [[nodiscard]] Sample lookOf(unsigned bit) const { return m_start + m_looks[bit]; }
     /// The number of the first stop bit.
     [[nodiscard]] unsigned stopBit() const { return m_bitsToStop; }
     /// The nominal length of a character.
@@ -109,29 +106,45 @@ public:
 
 private:
     [[nodiscard]] bool hasParity() const { return m_format.parity != Parity::None; }
-    [[nodiscard]] std::uint32_t valueOf(std::uint32_t highestFirst) const
+    /// The look at the stop bit comes before its middle.
+    [[nodiscard]] Sample early() const { return m_grid.atQuarter(1) / 8; }
+    /// What three looks around a bit's middle see, by majority.
+    [[nodiscard]] bool look(unsigned bit) const
     {
-        if (m_format.order == BitOrder::MsbFirst) {
-            return highestFirst;
-        }
-        return std::uint32_t(reversed(highestFirst, m_format.dataBits));
+        const Sample middle = m_start + m_looks[bit];
+        const bool before = m_line.peekLevel(middle - m_vote);
+        const bool at = m_line.peekLevel(middle);
+        return at == before ? at : m_line.peekLevel(middle + m_vote);
     }
-    /// The level at so many samples behind the start edge.
-    [[nodiscard]] bool look(ChannelReader &line, Sample offset) const
+    /// The bits from the start bit, which is the lowest, to the first stop bit, 1 for the idle level. Goes to the last
+    /// edge before the look at the stop bit.
+    ///
+    /// From edge to edge, each of which turns all bits that are looked at behind it: random data has some five edges a
+    /// character, and asking for each bit would be a branch that nothing can foresee.
+    [[nodiscard]] std::uint32_t readBits()
     {
-        const Sample middle = m_start + offset;
-        const bool before = line.levelAt(middle - m_vote);
-        if (!line.hasEdgeBefore(middle + m_vote + 1)) {
-            return before; // it does not change: all see the same
+        const Sample last = m_start + m_looks[m_bitsToStop];
+        std::uint32_t bits = 0;
+        Sample narrowest = INT64_MAX;
+        Sample before = m_start;
+        while (m_line.peekEdge() <= last) {
+            const Sample edge = m_line.nextEdge();
+            const unsigned bit = m_grid.bitAt(edge - m_start);
+            bits ^= ~std::uint32_t(0) << (bit + unsigned(edge - m_start > m_looks[bit]));
+            narrowest = std::min(narrowest, edge - before);
+            before = edge;
         }
-        const bool at = line.levelAt(middle);
-        return at == before ? before : line.levelAt(middle + m_vote);
+        narrowest = std::min(narrowest, m_line.peekEdge() - before);
+        return narrowest > 2 * m_vote ? bits : voteBits();
     }
-    /// Whether a bit is 1, the level of the idle line.
-    [[nodiscard]] bool lookAtBit(unsigned bit)
+    /// The same where a pulse is so short that it is not seen by all three looks.
+    [[nodiscard]] std::uint32_t voteBits() const
     {
-        const Sample early = bit == m_bitsToStop ? m_early : 0;
-        return look(m_line, m_grid.middleOf(bit) - early) == m_format.idleHigh;
+        std::uint32_t bits = 0;
+        for (unsigned bit = 1; bit <= m_bitsToStop; ++bit) {
+            bits |= std::uint32_t(look(bit) == m_format.idleHigh) << bit;
+        }
+        return bits;
     }
     void endOfBreak(AsyncCharacter &character)
     {
@@ -157,7 +170,7 @@ private:
         if (middle < m_line.sampleCount() && m_line.peekLevel(middle) != m_format.idleHigh) {
             // A sender whose clock is fast ends the stop element early, as far as half a bit.
             const unsigned needed = m_bitsToStop * BitGrid::quarters + m_format.stopQuarters - BitGrid::quarters / 2;
-            character.stopMissing = edge <= m_start + m_grid.atQuarter(needed) - m_early;
+            character.stopMissing = edge <= m_start + m_grid.atQuarter(needed) - early();
             character.last = edge - 1;
         }
     }
@@ -165,10 +178,9 @@ private:
     ChannelReader m_line;
     BitGrid m_grid;
     AsyncFormat m_format;
-    unsigned m_bitsToStop; ///< bits before the stop element
-    Sample m_vote;         ///< from the middle look to the two others
-    Sample m_early;        ///< the look at the stop bit comes before its middle
-    Sample m_stopLook;     ///< from the start edge to the last look at the first stop bit
+    unsigned m_bitsToStop;            ///< bits before the stop element
+    Sample m_vote;                    ///< from the middle look to the two others
+    std::array<Sample, 16> m_looks{}; ///< where each bit is looked at, from the start edge
     Sample m_length;
     Sample m_start = 0;
 };

@@ -20,7 +20,11 @@ public:
     static constexpr unsigned quarters = 4;
 
     /// @param sampleRate  Hz @param bitRate  bits per second, at least 1
-    BitGrid(std::int64_t sampleRate, std::int64_t bitRate) : m_sampleRate(sampleRate), m_bitRate(bitRate)
+    BitGrid(std::int64_t sampleRate, std::int64_t bitRate)
+        : m_sampleRate(sampleRate),
+          m_bitRate(bitRate),
+          m_bitsPerSample(
+              std::uint64_t(double(bitRate) / double(sampleRate) * double(std::uint64_t(1) << fractionBits)))
     {
         const std::int64_t divisor = bitRate * quarters;
         for (std::size_t i = 0; i < m_at.size(); ++i) {
@@ -40,6 +44,11 @@ public:
     }
     /// The first sample behind so many bits.
     [[nodiscard]] Sample endOf(std::int64_t bits) const { return endOfQuarters(bits * quarters); }
+    /// The bit at so many samples behind the edge. Exact but for the samples next to its ends; fast.
+    [[nodiscard]] unsigned bitAt(Sample offset) const
+    {
+        return unsigned(std::uint64_t(offset) * m_bitsPerSample >> fractionBits);
+    }
     /// So many bits, a part of one counted as a whole.
     [[nodiscard]] std::int64_t bitsIn(Sample samples) const
     {
@@ -53,8 +62,11 @@ public:
     [[nodiscard]] std::int64_t bitRate() const { return m_bitRate; }
 
 private:
+    static constexpr unsigned fractionBits = 48;
+
     std::int64_t m_sampleRate;
     std::int64_t m_bitRate;
+    std::uint64_t m_bitsPerSample;
     std::array<Sample, mostBits * quarters + 1> m_at{};
 };
 

@@ -34,19 +34,22 @@ public:
         if (pulses.size() < leastPulses) {
             return 0;
         }
-        const double shortest = bitWidth(pulses);
         std::int64_t best = 0;
         double fewest = 2.0;
-        for (const double parts : {1.0, 2.0, 3.0, 4.0}) {
-            const double width = shortest / parts;
-            if (width < double(leastSamplesPerBit)) {
-                break;
-            }
-            const std::int64_t rate = usualRate(double(m_sampleRate) / width);
-            const double errors = rate > 0 ? errorsAt(rate) : 1.0;
-            if (errors + clearlyFewer < fewest) {
-                fewest = errors;
-                best = rate;
+        // A tenth of the pulses is a single bit in any text, unless the line has that many glitches.
+        for (const std::size_t tenths : {1, 4, 7}) {
+            const double shortest = bitWidth(pulses, tenths);
+            for (const double parts : {1.0, 2.0, 3.0, 4.0}) {
+                const double width = shortest / parts;
+                const std::int64_t rate = usualRate(double(m_sampleRate) / width);
+                if (width < double(leastSamplesPerBit) || rate < 1) {
+                    break;
+                }
+                const double errors = errorsAt(rate);
+                if (errors + clearlyFewer < fewest) {
+                    fewest = errors;
+                    best = rate;
+                }
             }
         }
         return best;
@@ -74,13 +77,12 @@ private:
         }
         return widths;
     }
-    /// The width of the pulses that fit the shortest ones best; glitches that are rare are left out.
-    [[nodiscard]] static double bitWidth(const std::vector<Sample> &pulses)
+    /// The width that fits all pulses best, from that of the one behind so many tenths of them on.
+    [[nodiscard]] static double bitWidth(const std::vector<Sample> &pulses, std::size_t tenths)
     {
         std::vector<Sample> sorted(pulses);
         std::sort(sorted.begin(), sorted.end());
-        // A tenth of the pulses at least is a single bit in any text; what is much shorter is no bit.
-        double width = double(sorted[sorted.size() / 10]);
+        double width = double(sorted[sorted.size() * tenths / 10]);
         for (int round = 0; round < 4; ++round) {
             double samples = 0.0;
             double bits = 0.0;

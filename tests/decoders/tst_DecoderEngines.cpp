@@ -61,6 +61,10 @@ void TstDecoderEngines::bitPositionsAreExactFractions()
     QCOMPARE(grid.endOf(115200), std::int64_t(1000000)); // nothing adds up
     QCOMPARE(grid.endOfQuarters(6), std::int64_t(13));   // 13.02
     QCOMPARE(grid.bitsIn(87), std::int64_t(11));
+    for (unsigned bit = 0; bit < 31; ++bit) {
+        QCOMPARE(grid.bitAt(grid.middleOf(bit)), bit);
+        QCOMPARE(BitGrid(10000000000, 1).bitAt(bit * 10000000000 + 5000000000), bit);
+    }
     QVERIFY(grid.isCoarserThan(9));
     QVERIFY(!grid.isCoarserThan(8));
     QCOMPARE(BitGrid(10000000000, 1).middleOf(31), std::int64_t(315000000000));

@@ -88,6 +88,65 @@ Texts brief(const DecodeDesk &desk)
     return all;
 }
 
+/// A receiver of 8N1 that looks at samples, one after the other: three looks a bit and their majority.
+class SampleReceiver {
+public:
+    SampleReceiver(std::vector<bool> levels, std::int64_t bitRate) : m_levels(std::move(levels)), m_rate(bitRate) {}
+
+    /// As brief() tells it, with the first sample: "120:65".
+    [[nodiscard]] Texts receive() const
+    {
+        Texts all;
+        std::size_t at = 0;
+        while (nextStart(at) && at + look(9) + vote() < m_levels.size()) {
+            unsigned bits = 0;
+            for (unsigned i = 0; i <= 9; ++i) {
+                bits |= unsigned(majority(at + look(i))) << i;
+            }
+            const unsigned value = bits >> 1 & 0xffU;
+            const bool stop = (bits >> 9 & 1U) != 0;
+            const bool isTail =
+                !stop && value != 0 && at < std::size_t(std::lround(10.0 * double(sampleRate) / double(m_rate)));
+            if ((bits & 1U) != 0 || isTail) {
+                ++at;
+                continue;
+            }
+            const std::string text = !stop && value == 0 ? "break" : std::to_string(value) + (stop ? "" : "f");
+            all.push_back(std::to_string(at) + ":" + text);
+            at += look(9);
+        }
+        return all;
+    }
+
+private:
+    [[nodiscard]] bool nextStart(std::size_t &at) const
+    {
+        while (at < m_levels.size() && !m_levels[at]) {
+            ++at;
+        }
+        while (at < m_levels.size() && m_levels[at]) {
+            ++at;
+        }
+        return at < m_levels.size();
+    }
+    [[nodiscard]] std::size_t look(unsigned bit) const
+    {
+        const std::int64_t middle = (2 * bit + 1) * sampleRate / (2 * m_rate);
+        return std::size_t(middle - (bit == 9 ? sampleRate / (4 * m_rate) / 8 : 0));
+    }
+    [[nodiscard]] std::size_t vote() const
+    {
+        return sampleRate < 16 * m_rate ? 0 : std::size_t(sampleRate / (4 * m_rate) / 4);
+    }
+    [[nodiscard]] bool majority(std::size_t at) const
+    {
+        return int(m_levels[at - vote()]) + int(m_levels[at]) + int(m_levels[at + vote()]) >= 2;
+    }
+
+    std::vector<bool> m_levels;
+    std::int64_t m_rate;
+};
+
 } // namespace
 
 class TstUart : public QObject {
@@ -110,6 +169,7 @@ private slots:
     void threeSamplesABitAreEnoughAndTwoAreTooFew();
     void theRateIsFoundAndTold_data();
     void theRateIsFoundAndTold();
+    void manyGlitchesDoNotHideTheRate();
     void withoutEdgesNoRateIsFound();
     void twoLinesComeInTheOrderOfTime();
     void pausesAreShownFromTheSetLengthOn();
@@ -122,6 +182,8 @@ private slots:
     void theTailOfACharacterIsNoCharacter();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
+    void aReceiverThatLooksAtEachSampleReadsTheSame_data();
+    void aReceiverThatLooksAtEachSampleReadsTheSame();
     void randomEdgesGiveFramesInOrder();
 };
 
@@ -338,6 +400,21 @@ void TstUart::theRateIsFoundAndTold()
     QVERIFY2(std::abs(std::stod(told.substr(start.size())) - rate) <= rate * 0.002, told.c_str());
 }
 
+void TstUart::manyGlitchesDoNotHideTheRate()
+{
+    Sender sender(100);
+    sender.idle(20);
+    Texts expected;
+    for (const char c : std::string("glitches between all characters of a text")) {
+        sender.byte(unsigned(c)).idle(2).low(0.1).idle(2);
+        expected.push_back(std::to_string(int(c)));
+    }
+    sender.idle(20);
+    const Decoded desk(sender, "baudrate=0");
+    QCOMPARE(desk.message(), std::string("Bit rate found: 10000 bits/s"));
+    QCOMPARE(brief(desk), expected);
+}
+
 void TstUart::withoutEdgesNoRateIsFound()
 {
     Sender sender(20);
@@ -511,6 +588,43 @@ void TstUart::theSimulationIsDecodedAsItWasSent()
         QVERIFY2(got[i] == (i % 251 == 250 ? std::string("break") : expected),
                  (std::to_string(i) + ": " + got[i] + ", not " + expected).c_str());
     }
+}
+
+void TstUart::aReceiverThatLooksAtEachSampleReadsTheSame_data()
+{
+    QTest::addColumn<int>("bitRate");
+    QTest::addColumn<int>("mean");
+    for (const int bitRate : {300000, 115200, 62500, 40000, 9600}) {
+        for (const int mean : {2, 5, 20, 60, 300}) {
+            QTest::addRow("%d bits/s, an edge each %d samples", bitRate, mean) << bitRate << mean;
+        }
+    }
+}
+
+void TstUart::aReceiverThatLooksAtEachSampleReadsTheSame()
+{
+    QFETCH(int, bitRate);
+    QFETCH(int, mean);
+    constexpr std::int64_t length = 50000;
+    const std::vector<std::int64_t> edges = decoderChecks::randomEdges(7, mean, length);
+    std::vector<bool> levels(length);
+    bool level = true;
+    for (std::size_t i = 0, next = 0; i < levels.size(); ++i) {
+        if (next < edges.size() && edges[next] == std::int64_t(i)) {
+            level = !level;
+            ++next;
+        }
+        levels[i] = level;
+    }
+    TestCapture capture(sampleRate, length);
+    capture.channel(3, true, edges);
+    DecodeDesk desk(std::make_unique<UartAnalyzer>(), "rx=3,baudrate=" + std::to_string(bitRate));
+    desk.run(capture);
+    Texts got = brief(desk);
+    for (std::size_t i = 0; i < got.size(); ++i) {
+        got[i] = std::to_string(desk.frame(i).first) + ":" + got[i];
+    }
+    QCOMPARE(got, SampleReceiver(levels, bitRate).receive());
 }
 
 void TstUart::randomEdgesGiveFramesInOrder()

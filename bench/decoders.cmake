@@ -1,0 +1,8 @@
+if(UNIX)
+  lux_bench(bench_Decoders LINK lux_runtime)
+  foreach(decoder i2c spi uart)
+    string(TOUPPER ${decoder} name)
+    target_compile_definitions(bench_Decoders PRIVATE LUX_PLUGIN_${name}="$<TARGET_FILE:plugin_${decoder}>")
+    add_dependencies(bench_Decoders plugin_${decoder})
+  endforeach()
+endif()
