@@ -1,7 +1,7 @@
 #include "analyzer/AnalyzerItem.h"
 
 #include "analyzer/AnalyzerProgMng.h"
-#include "store/SmpData.h"
+#include "store/SmpLease.h"
 
 AnalyzerItem::AnalyzerItem() = default;
 AnalyzerItem::AnalyzerItem(AnalyzerItem &&) noexcept = default;

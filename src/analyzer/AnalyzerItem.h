@@ -8,7 +8,7 @@
 #include <vector>
 
 class AnalyzerProgMng;
-class SmpReadLock;
+class SmpLease;
 struct SmpEdgeRoot;
 
 /// The channels of a capture as decoders reach them; null for one that it does not have.
@@ -24,7 +24,7 @@ struct AnalyzerItem : AnalyzerLib {
     std::unique_ptr<Analyzer> analyzer; ///< never null
     // While a worker runs:
     std::shared_ptr<const CaptureRoots> roots;
-    std::unique_ptr<SmpReadLock> capture;
+    std::unique_ptr<SmpLease> capture;
     std::unique_ptr<AnalyzerProgMng> progMng; ///< never null; idle without a worker
 
     AnalyzerItem();

@@ -6,6 +6,7 @@
 #include "analyzer/PluginCall.h"
 #include "settings/Language.h"
 #include "store/SmpData.h"
+#include "store/SmpLease.h"
 
 #include <QThread>
 
@@ -125,7 +126,12 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
     if (!item.progMng->isIdle() && !endWorker(item)) {
         return;
     }
-    item.capture = std::make_unique<SmpReadLock>(m_capture);
+    // A writer of whom nobody told this manager: its thread waits until the workers have left.
+    const auto writerCame = [this] {
+        QMetaObject::invokeMethod(
+            this, [this] { stopAllWorkers(); }, Qt::QueuedConnection);
+    };
+    item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
     if (!*item.capture) {
         item.capture.reset();
         return;

@@ -168,7 +168,7 @@ private:
     AnalyzerSimulation m_simulation;
     std::vector<AnalyzerItem> items;
     std::vector<std::unique_ptr<LingeringWorker>> m_lingering;
-    std::vector<std::unique_ptr<SmpReadLock>> m_heldForEver; ///< of workers that were left behind in `m_capture`
+    std::vector<std::unique_ptr<SmpLease>> m_heldForEver; ///< of workers that were left behind in `m_capture`
     QTimer m_lingerTimer;
     QSet<QString> m_told; ///< name and words
 };

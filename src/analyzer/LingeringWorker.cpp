@@ -2,7 +2,7 @@
 
 #include "analyzer/AnalyzerProgMng.h"
 #include "analyzer/PluginCall.h"
-#include "store/SmpData.h"
+#include "store/SmpLease.h"
 
 #include <utility>
 

@@ -94,6 +94,9 @@ void MainMenu::openStartFile(const QString &path)
 void MainMenu::takeCapture(const QString &path, const OpenedCapture &opened, QMessageBox::Icon kind)
 {
     FileOutcome outcome = opened.outcome;
+    if (outcome.isDone()) {
+        emit gDev->sigCaptureStarts(); // who reads the former capture lets go
+    }
     if (outcome.isDone() && !gDev->smpData->adopt(*opened.capture)) {
         outcome = {FileResult::OtherModel};
     }

@@ -83,6 +83,9 @@ MainWindow::~MainWindow()
 {
     // The generator's worker reads the device's capture, which may go away before this window's children do.
     waveGen->setDataSource(nullptr);
+    gDev->endCapture(); // the analyzers drive a simulated one
+    gSimulationSource = nullptr;
+    letGoOfAnalyzers();
 }
 
 void MainWindow::initWindow()
@@ -112,6 +115,7 @@ void MainWindow::buildDialogs()
 
 void MainWindow::buildPanels()
 {
+    buildAnalyzers();
     waveGen = new WaveDataGen(this);
     toolbar = new Toolbar(this);
     mainMenu = new MainMenu(m_session, this);
@@ -134,7 +138,7 @@ void MainWindow::connectPanels()
     mainMenu->shownPairs = [this] { return mainView->shownPairs(); };
     connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
-    connect(mainMenu, &MainMenu::fileTold, this, &MainWindow::showFileTold);
+    connect(mainMenu, &MainMenu::fileTold, this, &MainWindow::showInStatus);
     connect(devSetting, &DevSetting::simDevModelChanged, this, &MainWindow::slotDevPreConnect);
     connect(mainView, &MainView::zoomChangedByMouse, this, &MainWindow::slotMouseZoomChanged);
     connect(mainView, &MainView::mouseDraged, this, &MainWindow::slotMouseDraged);

@@ -4,6 +4,7 @@
 #include <QVector>
 #include <QWidget>
 
+class AnalyzerManager;
 class AnalyzerView;
 class DevSetting;
 class MainMenu;
@@ -69,6 +70,12 @@ private:
     void initWindow();
     void buildDialogs();
     void buildPanels();
+    void buildAnalyzers();
+    /// Asks whether a decoder with which the program ended is to be tried again.
+    void offerRetry(const QString &fileName);
+    /// The analyzers look at the present device and its capture, or at none.
+    void rebindAnalyzers();
+    void letGoOfAnalyzers();
     void connectPanels();
     void connectAnalyzerView();
     void buildScrollAreas();
@@ -78,7 +85,7 @@ private:
     void rebindDevice();
     void showTitleAndState();
     /// Tells in the status line how a save or an export ended, until the state changes.
-    void showFileTold(const QString &text);
+    void showInStatus(const QString &text);
     /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
     void orderTabs();
     void connectSession();
@@ -93,6 +100,7 @@ private:
     [[nodiscard]] bool hasView() const;
 
     Session &m_session;
+    AnalyzerManager *analyzerMgr = nullptr;
     WaveDataGen *waveGen = nullptr;
     QVector<QShortcut *> shortcuts;
     QGridLayout *grid = nullptr;

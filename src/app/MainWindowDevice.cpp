@@ -48,7 +48,7 @@ void MainWindow::showModelTitle(bool connected)
     setWindowTitle(gDev->name + QLatin1Char(' ') + state + titleTail());
 }
 
-void MainWindow::showFileTold(const QString &text)
+void MainWindow::showInStatus(const QString &text)
 {
     // The column is as wide as that of the channels, whatever a file is called.
     statusLabel->setText(statusLabel->fontMetrics().elidedText(text, Qt::ElideMiddle, statusLabel->width() - dp(6)));
@@ -80,6 +80,7 @@ void MainWindow::rebindDevice()
     mainView->rebuildChannels();
     updatePosition();
     analyzerView->reload();
+    rebindAnalyzers();
     orderTabs();
 }
 
@@ -97,6 +98,7 @@ void MainWindow::letGoOfDevice()
 {
     smpDialog->hide();
     waveGen->setDataSource(nullptr);
+    letGoOfAnalyzers();
 }
 
 void MainWindow::slotDevPreConnect(int model)

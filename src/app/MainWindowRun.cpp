@@ -1,6 +1,7 @@
 // What the main window does with the reports of a capture and with the moves of its panels.
 
 #include "acquisition/SmpState.h"
+#include "analyzer/AnalyzerManager.h"
 #include "app/MainWindow.h"
 #include "controls/Look.h"
 #include "controls/MyProgressDlg.h"
@@ -101,6 +102,7 @@ void MainWindow::slotSmpDataReady()
     if (!gOpenFile.isEmpty()) {
         mainView->showAllIfFlat();
     }
+    analyzerMgr->captureReady();
 }
 
 bool MainWindow::hasView() const

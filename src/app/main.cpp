@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <corvanlux/analyzer/Analyzer.h>
 #include <cstdio>
 
 namespace {
@@ -53,6 +54,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
 
     memBudgetInit();
+    SetAnalyzerMemoryBudget(&memBudget);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     StartUp::initGlobals(arguments);
     StartUp::initLook();
