@@ -20,7 +20,7 @@ bool catches(qint64 pid, int number)
     }
     const QByteArray text = status.readAll();
     const int at = text.indexOf("SigCgt:");
-    return at >= 0 && (text.mid(at + 7, 20).trimmed().toULongLong(nullptr, 16) >> (number - 1) & 1U) != 0;
+    return at >= 0 && (text.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) >> (number - 1) & 1U) != 0;
 }
 
 } // namespace
@@ -49,7 +49,7 @@ void TstProgramEnds::aSignalEndsTheProgramInOrder()
     }
     QProcess program;
     program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(LUX_PROGRAM), {});
+    program.start(QStringLiteral(LUX_PROGRAM), QStringList());
     QVERIFY(program.waitForStarted(30000));
     QTRY_VERIFY_WITH_TIMEOUT(catches(program.processId(), number), 30000);
     QCOMPARE(kill(pid_t(program.processId()), number), 0);
