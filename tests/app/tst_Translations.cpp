@@ -18,8 +18,8 @@ namespace {
 QStringList computedCalls()
 {
     return {QStringLiteral("app/QtTexts.cpp: QString::fromUtf8(sourceText)"),
-            QStringLiteral("app/RunStatus.cpp: texts[sta]"),
-            QStringLiteral("measure/MeasureView.cpp: values.at(row)")}; // numbers, which no file translates
+            QStringLiteral("measure/MeasureView.cpp: values.at(row)"), // numbers, which no file translates
+            QStringLiteral("session/RunStatus.cpp: texts[sta]")};
 }
 
 const TranslatedTexts &programTexts()
