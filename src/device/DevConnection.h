@@ -1,5 +1,6 @@
 #pragma once
 
+#include "acquisition/SmpState.h"
 #include "device/DevOrder.h"
 
 #include <QByteArray>
@@ -25,6 +26,6 @@ struct DevConnection {
     ///         each, and for 50 ms more. Any thread.
     [[nodiscard]] int perform(DevControl &control, const std::function<bool()> &goesOn);
 
-    static constexpr int errWrongModel = 11; ///< the identity block names another model
-    static constexpr int errNotReady = 12;
+    static constexpr int errWrongModel = smpError::wrongModel; ///< the identity block names another model
+    static constexpr int errNotReady = smpError::notReady;
 };
