@@ -1,0 +1,17 @@
+#pragma once
+
+#include "CanFrame.h"
+
+#include <cstdint>
+
+/// What goes wrong with a frame of the simulation.
+enum class CanMishap : std::uint8_t { None, WrongCrc, NoAcknowledge, StuffError, FormError, Overload };
+
+/// One frame of the simulation: all kinds in turn, with identifiers and data that change.
+struct CanSimulated {
+    CanFrame frame;
+    CanMishap mishap = CanMishap::None;
+
+    /// @param number  from 0 in the order of time
+    [[nodiscard]] static CanSimulated of(std::uint32_t number, bool maySwitchRate);
+};
