@@ -188,6 +188,7 @@ void ItemChnSidebar::createMenu()
     menu->addAction(::tr("Reset All Channels"))->setData(resetAll);
     m_undo = menu->addAction(::tr("Undo Reset"));
     m_undo->setData(undoReset);
+    m_undo->setVisible(m_undoable);
     connect(menu, &QMenu::triggered, this, &ItemChnSidebar::trigerMenu);
 }
 

@@ -368,7 +368,7 @@ void TstItemChnSidebar::theMenuHoldsFourHeightsAndTheReset()
     sidebar.createMenu();
     const QList<QAction *> actions = sidebar.findChild<QMenu *>()->actions();
     const QVector<int> data{1, 2, 4, 8};
-    QCOMPARE(actions.size(), 6);
+    QCOMPARE(actions.size(), 7);
     for (int i = 0; i < 4; ++i) {
         QCOMPARE(actions[i]->text(), QStringLiteral("Channel Height x%1").arg(data[i]));
         QCOMPARE(actions[i]->data().toInt(), data[i]);
@@ -379,6 +379,8 @@ void TstItemChnSidebar::theMenuHoldsFourHeightsAndTheReset()
     QCOMPARE(actions[5]->text(), QStringLiteral("Reset All Channels"));
     QCOMPARE(actions[5]->data().toInt(), 9);
     QVERIFY(!actions[5]->isCheckable());
+    QCOMPARE(actions[6]->text(), QStringLiteral("Undo Reset"));
+    QVERIFY(!actions[6]->isVisible()); // there is nothing to take back
 }
 
 void TstItemChnSidebar::theMenuChecksTheTruncatedLogarithmOfTheHeight_data()
