@@ -49,8 +49,12 @@ bool CanReceiver::bit(bool &value)
     if (!look(value, false)) {
         return false;
     }
-    m_plain.add(value);
-    m_stuffed.add(value);
+    if (!m_frame.fd) {
+        m_plain.add(value);
+    }
+    if (!m_isClassic) {
+        m_stuffed.add(value);
+    }
     m_run = value == m_level ? m_run + 1 : 1;
     m_level = value;
     return true;
@@ -99,6 +103,7 @@ bool CanReceiver::control()
     if (m_frame.fd) {
         return controlOfFd();
     }
+    m_isClassic = true;
     bool reserved = false;
     return (!m_frame.extended || bit(reserved)) && dataLength();
 }

@@ -66,6 +66,7 @@ private:
     CanFault m_fault = CanFault::None;
     lux::Sample m_begin;
     lux::Sample m_end = 0;
+    bool m_isClassic = false; ///< known from FDF on
     // Bit stuffing (10.5).
     unsigned m_run = 0; ///< equal bits so far
     bool m_level = true;

@@ -287,7 +287,7 @@ void TstMainWindowFiles::theSettingsOfANamedFileThatFailsAreGivenBack()
     QVERIFY(configSave(configPath()));
     globalSet(QStringLiteral("chnShowName0"), QStringLiteral("theirs"));
     gOpenFile = path;
-    gDev = createDevice(0).release();
+    m_session = makeSession(0);
     BoxCloser closer;
     makeWindow();
     QTRY_COMPARE(closer.seen.count, 1);

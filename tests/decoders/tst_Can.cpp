@@ -33,11 +33,6 @@ std::string binary(unsigned value, unsigned count)
     return bits;
 }
 
-std::string repeated(char bit, unsigned count)
-{
-    return std::string(count, bit);
-}
-
 /// A stuff bit behind each five equal bits; none behind the last one.
 std::string stuffed(const std::string &bits, unsigned *count = nullptr)
 {
