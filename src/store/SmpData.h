@@ -111,8 +111,8 @@ public:
     /// open(), then gives every block and credits `memBudget`; `smpCount` and `trgPos` become 0. The next capture takes
     /// the memory first; what it leaves goes back to the system with finish(), readmit() or trim().
     void clear();
-    /// Gives up the trees without freeing them: for a reader that cannot be made to leave, which may go on with them for
-    /// ever. No capture is here then, and its bytes stay charged. The reader's own lock may be released afterwards.
+    /// Gives up the trees without freeing them: for a reader that cannot be made to leave, which may go on with them
+    /// for ever. No capture is here then, and its bytes stay charged. The reader's own lock may be released afterwards.
     void leaveBehind();
     /// Gives memory that holds no block back to the system, if it is much on a thread that does nothing else. For a
     /// capture that is cleared or begun and not finished.

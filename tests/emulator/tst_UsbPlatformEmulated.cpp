@@ -1,6 +1,6 @@
 #include "emulator/InstrumentFace.h"
-#include "support/UsbPlatformContract.h"
 #include "platform/UsbPlatformEmulated.h"
+#include "support/UsbPlatformContract.h"
 
 #include <QtTest>
 
