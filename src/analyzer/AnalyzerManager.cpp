@@ -128,8 +128,7 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
     }
     // A writer of whom nobody told this manager: its thread waits until the workers have left.
     const auto writerCame = [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { stopAllWorkers(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, &AnalyzerManager::leaveToWriter, Qt::QueuedConnection);
     };
     item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
     if (!*item.capture) {
@@ -244,6 +243,15 @@ void AnalyzerManager::stopAllWorkers()
     }
     for (AnalyzerItem &item : items) {
         endWorker(item);
+    }
+}
+
+void AnalyzerManager::leaveToWriter()
+{
+    for (AnalyzerItem &item : items) {
+        if (item.capture && item.capture->writerWaits()) {
+            endWorker(item);
+        }
     }
 }
 

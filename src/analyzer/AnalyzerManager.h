@@ -141,6 +141,8 @@ private:
     void run(AnalyzerItem &item, bool again);
     /// Ends the item's worker, or takes it out of the item. @return false in that case
     bool endWorker(AnalyzerItem &item);
+    /// Ends the workers whose capture a writer waits for.
+    void leaveToWriter();
     void takeOut(AnalyzerItem &item);
     /// The item's worker has nothing more to do, or there is none.
     static void letGo(AnalyzerItem &item);

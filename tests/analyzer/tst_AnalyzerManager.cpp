@@ -3,6 +3,9 @@
 
 #include <QSignalSpy>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 const QString sound = QStringLiteral("sound");
@@ -32,6 +35,7 @@ private slots:
     void whatIsShownIsToldByItem();
     void withoutACaptureNothingRuns();
     void resultsAreReplacedOnlyWhenTheirReadersHaveLeft();
+    void aWriterOfWhomNobodyToldIsLeftToAlone();
 };
 
 void TstAnalyzerManager::anEmptyFolderGivesEmptyLists()
@@ -273,6 +277,24 @@ void TstAnalyzerManager::resultsAreReplacedOnlyWhenTheirReadersHaveLeft()
     desk.manager->removeAnalyzer(0);
     QVERIFY(left);
     reader.join();
+}
+
+void TstAnalyzerManager::aWriterOfWhomNobodyToldIsLeftToAlone()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    std::atomic<bool> opened{false};
+    std::thread writer([&] {
+        desk.capture.clear(); // waits for the worker, or finds it through
+        opened = true;
+    });
+    QTRY_VERIFY(opened);
+    writer.join();
+    QVERIFY(desk.waitForWorkers());
+    CaptureBuilder{3000}.fill(desk.capture);
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
 }
 
 QTEST_GUILESS_MAIN(TstAnalyzerManager)
