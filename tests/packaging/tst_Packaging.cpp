@@ -112,8 +112,8 @@ void TstPackaging::menuEntryAndMetadataNameTheDescribedFileTypes()
 
 void TstPackaging::theDescribedSuffixesAreThoseOfThePrograms()
 {
-    const QString menu = textOf(QStringLiteral(LUX_ROOT_DIR "/src/app/MainMenuFiles.cpp"));
-    const QSet<QString> opened = capturesIn(menu, QStringLiteral("suffix\\(\\) == QLatin1String\\(\"(\\w+)\"\\)"));
+    const QString code = textOf(QStringLiteral(LUX_ROOT_DIR "/src/settings/Globals.cpp"));
+    const QSet<QString> opened = capturesIn(code, QStringLiteral("suffix == QLatin1String\\(\"(\\w+)\"\\)"));
     QCOMPARE(opened.size(), 2);
     QCOMPARE(capturesIn(packagingText("corvanlux.xml"), QStringLiteral("<glob pattern=\"\\*\\.(\\w+)\"")), opened);
 }
