@@ -12,7 +12,7 @@
 
 namespace {
 
-const char *const usage =
+const char *const analyzersUsage =
     "Usage: luxcli analyzers [--all] [NAME]\n"
     "\n"
     "Lists the decoders that are found, or the settings of one: key, kind, values, default.\n"
@@ -46,7 +46,7 @@ std::string kindAndValues(const AnalyzerSettingInterface &face)
     return dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face) != nullptr ? "switch\tfalse|true" : "text\t";
 }
 
-void writeSettings(Output &out, const Analyzer &analyzer)
+void writeSettingsTable(Output &out, const Analyzer &analyzer)
 {
     const AnalyzerSettings *settings = analyzer.GetAnalyzerSettings();
     out << "key\tkind\tvalues\tdefault\ttitle\n";
@@ -83,7 +83,7 @@ int tellSettings(Output &out, AnalyzerManager &manager, const QString &name)
             QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(name, AnalyzerSetup::knownNames(manager)));
         return Terminal::badInput;
     }
-    writeSettings(out, *analyzer);
+    writeSettingsTable(out, *analyzer);
     manager.destroyAnalyzer(library, analyzer);
     return Terminal::good;
 }
@@ -102,7 +102,7 @@ int Commands::analyzers(const QStringList &arguments)
         return Terminal::wrongUsage;
     }
     if (parsed.has(QStringLiteral("--help"))) {
-        std::fputs(usage, stdout);
+        std::fputs(analyzersUsage, stdout);
         return Terminal::good;
     }
     if (const auto file = parsed.value(QStringLiteral("--retry"))) {

@@ -21,7 +21,7 @@
 
 namespace {
 
-const char *const usage =
+const char *const decodeUsage =
     "Usage: luxcli decode FILE... [-a NAME:key=value,...]... [--format jsonl|csv|text]\n"
     "                     [--from T] [--to T] [-o OUT]\n"
     "\n"
@@ -234,7 +234,7 @@ int Commands::decode(const QStringList &arguments)
                                      {QStringLiteral("--output"), QStringLiteral("-o"), true},
                                      {QStringLiteral("--help"), QStringLiteral("-h"), false}});
     if (parsed.error.isEmpty() && parsed.has(QStringLiteral("--help"))) {
-        std::fputs(usage, stdout);
+        std::fputs(decodeUsage, stdout);
         return Terminal::good;
     }
     Job job;

@@ -44,7 +44,7 @@ std::string tabularText(AnalyzerResults &results, std::uint64_t index)
     return results.GetTabularTextString();
 }
 
-void writeSettings(Output &out, const Analyzer &analyzer)
+void writeJsonSettings(Output &out, const Analyzer &analyzer)
 {
     out << '{';
     const AnalyzerSettings *settings = analyzer.GetAnalyzerSettings();
@@ -63,12 +63,12 @@ void writeSettings(Output &out, const Analyzer &analyzer)
     out << '}';
 }
 
-void writeAnalyzer(Output &out, const Analyzer &analyzer)
+void writeJsonAnalyzer(Output &out, const Analyzer &analyzer)
 {
     out << "\"protocol\":";
     writeJsonText(out, analyzer.AnalyzerName());
     out << ",\"settings\":";
-    writeSettings(out, analyzer);
+    writeJsonSettings(out, analyzer);
 }
 
 class JsonLines final : public FrameWriter {
@@ -86,12 +86,12 @@ public:
             m_out << "\"analyzers\":[";
             for (std::size_t i = 0; i < capture.analyzers.size(); ++i) {
                 m_out << (i > 0 ? ",{" : "{");
-                writeAnalyzer(m_out, *capture.analyzers[i]);
+                writeJsonAnalyzer(m_out, *capture.analyzers[i]);
                 m_out << '}';
             }
             m_out << "]}\n";
         } else if (!capture.analyzers.empty()) {
-            writeAnalyzer(m_out, *capture.analyzers[0]);
+            writeJsonAnalyzer(m_out, *capture.analyzers[0]);
             m_out << "}\n";
         }
     }

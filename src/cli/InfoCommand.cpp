@@ -11,11 +11,11 @@
 
 namespace {
 
-const char *const usage = "Usage: luxcli info FILE...\n"
-                          "\n"
-                          "Tells model, rate, length, trigger, channels and analyzers of captures (.cxdat).\n"
-                          "\n"
-                          "  -h, --help         this text\n";
+const char *const infoUsage = "Usage: luxcli info FILE...\n"
+                              "\n"
+                              "Tells model, rate, length, trigger, channels and analyzers of captures (.cxdat).\n"
+                              "\n"
+                              "  -h, --help         this text\n";
 
 void writeChannels(Output &out, const SmpData &data)
 {
@@ -27,7 +27,7 @@ void writeChannels(Output &out, const SmpData &data)
     }
 }
 
-void writeAnalyzers(Output &out)
+void writeStoredAnalyzers(Output &out)
 {
     const QStringList values = analyzersAll().split(QLatin1Char(';'));
     for (int i = 0; i + 2 < values.size(); i += 3) {
@@ -51,7 +51,7 @@ int tell(Output &out, const QString &path)
     out << "length: " << secondsText(data.smpCount, data.smpFrequ).toStdString() << " s\n";
     out << "trigger: " << data.trgPos << '\n';
     writeChannels(out, data);
-    writeAnalyzers(out);
+    writeStoredAnalyzers(out);
     return Terminal::good;
 }
 
@@ -62,7 +62,7 @@ int Commands::info(const QStringList &arguments)
     const Arguments::Parsed parsed =
         Arguments::parse(arguments, {{QStringLiteral("--help"), QStringLiteral("-h"), false}});
     if (parsed.error.isEmpty() && parsed.has(QStringLiteral("--help"))) {
-        std::fputs(usage, stdout);
+        std::fputs(infoUsage, stdout);
         return Terminal::good;
     }
     if (!parsed.error.isEmpty() || parsed.operands.isEmpty()) {
