@@ -5,6 +5,7 @@
 #include <corvanlux/analyzer/ChannelReader.h>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 /// A time on the line, in 1/4096 of a sample.
 using CanTime = std::int64_t;
@@ -48,6 +49,8 @@ struct CanBitTimes {
     CanTiming nominal;
     CanTiming data; ///< behind a recessive BRS
     bool dominantHigh = false;
+    /// With few samples a bit: behind the check of a frame, once a fit through its edges tells where its bits are.
+    std::optional<CanTiming> fitted = std::nullopt;
 };
 
 /// The bits of one frame: synchronised hard at its start, again at edges from recessive to dominant (11.3.2).
@@ -79,6 +82,29 @@ public:
         ++m_bit;
         return true;
     }
+    /// Looks for an acknowledgement anywhere in the next bit; the bits behind it are those of the node that sent it. A
+    /// pulse that begins behind the middle and is longer than two bits is a flag in the bit behind.
+    /// @return false when the capture ends within the bit
+    bool nextOfOther(bool &recessive)
+    {
+        const CanTime middle = m_sync + m_timing->look(m_bit);
+        const CanTime end = m_sync + m_timing->start(m_bit + 1);
+        if (sampleAt(end) >= m_reader.sampleCount()) {
+            return false;
+        }
+        recessive = true;
+        while (recessive && timeOf(m_reader.peekEdge()) < end) {
+            const CanTime edge = timeOf(m_reader.nextEdge());
+            const bool isShort = timeOf(m_reader.peekEdge()) - edge <= 2 * m_timing->bit() + half;
+            recessive = !isDominant() || (edge > middle && !isShort);
+            if (!recessive) {
+                m_sync = edge - m_timing->start(m_bit);
+            }
+        }
+        m_look = sampleAt(std::min(m_sync + m_timing->look(m_bit++), end));
+        m_wasRecessive = recessive;
+        return true;
+    }
     /// The sample where the last bit was looked at.
     [[nodiscard]] lux::Sample lastLook() const { return m_look; }
     /// The first sample behind the last bit, and so many bits more.
@@ -95,6 +121,14 @@ public:
     /// The bit rate changes in the sample point of the last bit (11.3.1.1).
     void switchToData() { switchTo(m_times->data); }
     void switchToNominal() { switchTo(m_times->nominal); }
+    [[nodiscard]] bool wantsFit() const { return m_times->fitted.has_value(); }
+    /// Where the next bit begins, by a fit.
+    void fit(CanTime nextBegin)
+    {
+        m_timing = &*m_times->fitted;
+        m_sync = nextBegin;
+        m_bit = 0;
+    }
     [[nodiscard]] const lux::ChannelReader &reader() const { return m_reader; }
 
 private:

@@ -1,5 +1,7 @@
 #include "CanReceiver.h"
 
+#include <cmath>
+
 using namespace can;
 
 void CanReceiver::receive()
@@ -225,6 +227,52 @@ bool CanReceiver::crcDelimiter()
     if (m_frame.rateSwitch) {
         m_line.switchToNominal();
     }
+    m_isFitted = m_line.wantsFit() && m_frame.crcRight && !m_frame.rateSwitch;
+    if (m_isFitted) {
+        m_line.fit(fittedEnd());
+    }
+    return true;
+}
+
+/// Where the last bit ends by a least-squares line through the edges so far, over their bit numbers. All of them are
+/// the sender's, and as the check is right the numbers are too.
+CanTime CanReceiver::fittedEnd() const
+{
+    lux::ChannelReader edges(m_line.reader());
+    edges.seek(m_begin);
+    std::int64_t count = 1; // SOF, at 0
+    std::int64_t sumBit = 0;
+    std::int64_t sumTime = 0;
+    std::int64_t sumBitBit = 0;
+    std::int64_t sumBitTime = 0;
+    const std::span<const Look> all = looks();
+    std::int64_t bit = 0;
+    while (edges.peekEdge() <= all.back().at) {
+        const lux::Sample edge = edges.nextEdge();
+        while (all[std::size_t(bit)].at < edge) {
+            ++bit;
+        }
+        ++count;
+        sumBit += bit;
+        sumTime += edge - m_begin;
+        sumBitBit += bit * bit;
+        sumBitTime += bit * (edge - m_begin);
+    }
+    const double slope = double(count * sumBitTime - sumBit * sumTime) / double(count * sumBitBit - sumBit * sumBit);
+    const double behind = (double(sumTime) + slope * double(count * std::int64_t(all.size()) - sumBit)) / double(count);
+    return (m_begin << CanTiming::fractionBits) + std::llround(std::ldexp(behind, CanTiming::fractionBits));
+}
+
+/// Seen with few samples a bit, an acknowledgement that comes late may leave the middle of the slot recessive.
+bool CanReceiver::acknowledgeSlot(bool &recessive)
+{
+    if (!m_isFitted) {
+        return look(recessive, false);
+    }
+    if (!m_line.nextOfOther(recessive)) {
+        return fail(CanFault::CaptureEnd);
+    }
+    m_looks[m_lookCount++] = {m_line.lastLook(), false};
     return true;
 }
 
@@ -232,7 +280,7 @@ bool CanReceiver::crcDelimiter()
 bool CanReceiver::acknowledgement()
 {
     bool recessive = false;
-    if (!look(recessive, false)) {
+    if (!acknowledgeSlot(recessive)) {
         return false;
     }
     m_frame.acknowledged = !recessive;

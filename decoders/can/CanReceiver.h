@@ -58,6 +58,8 @@ private:
     bool fixedStuffBit();
     bool fixedBits(unsigned count, unsigned &sinceStuff, std::uint32_t &value);
     bool crcDelimiter();
+    [[nodiscard]] CanTime fittedEnd() const;
+    bool acknowledgeSlot(bool &recessive);
     bool acknowledgement();
     void endOfFrame();
 
@@ -73,6 +75,7 @@ private:
     unsigned m_stuffBits = 0;
     can::BitString m_plain;   ///< without stuff bits
     can::BitString m_stuffed; ///< with them
+    bool m_isFitted = false;  ///< the places of the bits behind the check
     std::size_t m_lookCount = 0;
     std::array<Look, 800> m_looks;
 };

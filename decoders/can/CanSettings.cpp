@@ -51,12 +51,15 @@ CanBitTimes CanSettings::bitTimes(const CanRates &rates) const
 
 /// With few samples a bit an edge is seen up to half a bit late, and each synchronisation brings that error anew. So
 /// bits are looked at half a sample before and behind their middles, with all edges and with that of SOF alone: what
-/// the clocks differ by is less within a frame.
+/// the clocks differ by is less within a frame. The check proves which of them tells the bits; with the fewest samples
+/// a fit through the edges of these then tells where the acknowledgement and the end of the frame are, which no check
+/// proves: so the order in which they are tried does not matter.
 std::vector<CanBitTimes> CanSettings::lookTimes(const CanRates &rates) const
 {
     std::vector<CanBitTimes> times;
     const std::int64_t fastest = std::max(rates.nominal, rates.data);
-    if (rates.sample >= samplesForPoint * fastest) {
+    const bool isCoarse = rates.sample < samplesForPoint * fastest;
+    if (!isCoarse) {
         times.push_back(bitTimes(rates));
     }
     if (rates.sample >= enoughSamples * fastest) {
@@ -69,6 +72,9 @@ std::vector<CanBitTimes> CanSettings::lookTimes(const CanRates &rates) const
                 return CanTiming(rates.sample, rate, thousand / 2 + side * halfSample, jump);
             };
             times.push_back({.nominal = timing(rates.nominal), .data = timing(rates.data), .dominantHigh = invert});
+            if (isCoarse) {
+                times.back().fitted = CanTiming(rates.sample, rates.nominal, thousand / 2, thousand / 2);
+            }
         }
     }
     return times;

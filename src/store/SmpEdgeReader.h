@@ -95,6 +95,7 @@ public:
 private:
     [[nodiscard]] std::int64_t position(int index) const
     {
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): without a leaf there is no index below m_count
         return std::int64_t(m_leaf->posLow[index]) |
                (m_high >= 0 ? m_high : std::int64_t(m_leaf->posHigh[index]) << 32);
     }

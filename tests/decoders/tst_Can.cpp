@@ -193,6 +193,15 @@ Texts kinds(const DecodeDesk &desk)
     return all;
 }
 
+/// Of the sender, as a factor.
+void addClocks()
+{
+    QTest::addColumn<double>("clock");
+    QTest::newRow("slow") << 0.996;
+    QTest::newRow("exact") << 1.0;
+    QTest::newRow("fast") << 1.004;
+}
+
 } // namespace
 
 class TstCan : public QObject {
@@ -208,6 +217,10 @@ private slots:
     void overloadFramesFollowAFrame();
     void theClockOfASenderMayBeHalfAPercentOff();
     void twoSamplesABitAreEnough();
+    void aLateAcknowledgementIsSeenAtTwoSamplesABit_data();
+    void aLateAcknowledgementIsSeenAtTwoSamplesABit();
+    void aFlagBehindTheSlotIsNoAcknowledgement_data();
+    void aFlagBehindTheSlotIsNoAcknowledgement();
     void theRatesAreFoundAndTold();
     void aFrameThatTheCaptureCutsIsNoWholeFrame();
     void settingsAreCheckedAndTheSamplePointTakesAFraction();
@@ -358,6 +371,59 @@ void TstCan::twoSamplesABitAreEnough()
         for (const DecodedFrame &frame : frames) {
             QCOMPARE(frame.value("crcok"), std::string("1"));
         }
+    }
+}
+
+void TstCan::aLateAcknowledgementIsSeenAtTwoSamplesABit_data()
+{
+    addClocks();
+}
+
+/// The acknowledging node's bit is a sample behind the slot: half a bit.
+void TstCan::aLateAcknowledgementIsSeenAtTwoSamplesABit()
+{
+    QFETCH(double, clock);
+    constexpr unsigned count = 60;
+    constexpr double sample = 0.5;
+    Sender sender(2 * bitRate, bitRate * clock);
+    for (unsigned i = 0; i < count; ++i) {
+        sender.bits(extended(0x9f80100 + i * 77, {i, 0, 0xff, 0x13, 0xa0, 0x2d, 0, i}) + "1");
+        const bool isAcknowledged = i % 3 != 0;
+        sender.idle(sample).bits(isAcknowledged ? "0" : "1").idle(1 - sample);
+        sender.bits("1111111").bits(intermission).idle(i * 0.37);
+    }
+    const auto frames = Decoded(sender, rate, 2 * bitRate).frames();
+    QCOMPARE(frames.size(), std::size_t(count));
+    for (unsigned i = 0; i < count; ++i) {
+        const DecodedFrame &frame = frames[i];
+        QCOMPARE(frame.value("crcok"), std::string("1"));
+        QCOMPARE(frame.value("ack"), std::string(i % 3 != 0 ? "1" : "0"));
+        QCOMPARE(frame.value("fault"), std::string("(absent)"));
+    }
+}
+
+void TstCan::aFlagBehindTheSlotIsNoAcknowledgement_data()
+{
+    addClocks();
+}
+
+/// A node alone on its bus.
+void TstCan::aFlagBehindTheSlotIsNoAcknowledgement()
+{
+    QFETCH(double, clock);
+    constexpr unsigned count = 60;
+    Sender sender(2 * bitRate, bitRate * clock);
+    Texts expected;
+    for (unsigned i = 0; i < count; ++i) {
+        sender.bits(extended(0x9f80100 + i * 77, {i, 0, 0xff, 0x13, 0xa0, 0x2d, 0, i}) + "11");
+        sender.bits("00000011111111").bits(intermission).idle(i * 0.37);
+        expected.insert(expected.end(), {"frame", "error"});
+    }
+    const Decoded desk(sender, rate, 2 * bitRate);
+    QCOMPARE(kinds(desk), expected);
+    for (std::size_t i = 0; i < 2 * count; i += 2) {
+        QCOMPARE(desk.frame(i).value("ack"), std::string("0"));
+        QCOMPARE(desk.frame(i).value("fault"), std::string("ack_delimiter"));
     }
 }
 
