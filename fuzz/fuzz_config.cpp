@@ -1,5 +1,6 @@
 // Feeds arbitrary bytes, as the head of a data file, to everything that reads a settings block.
 
+#include "controls/WindowPlace.h"
 #include "settings/Config.h"
 
 #include <QFile>

@@ -68,6 +68,8 @@ protected:
         unsigned toldGeneration = 0; ///< what the host was last told of
         bool toldAttached = false;
     };
+
+public:
     /// The lock, with precedence over the pump, which would else take it again before anybody wakes up.
     class Turn {
     public:
@@ -98,6 +100,7 @@ protected:
         std::unique_lock<std::mutex> m_lock;
     };
 
+protected:
     // All under the lock.
     [[nodiscard]] bool isPresent(int port, unsigned generation) const;
     /// Lets the real time that has passed pass for the instruments.
