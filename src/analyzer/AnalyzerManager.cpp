@@ -24,7 +24,8 @@ constexpr int defaultFormat = 2;       // hexadecimal
 
 } // namespace
 
-AnalyzerManager::AnalyzerManager(AnalyzerHost host, QStringList folders, const QString &guardFolder, QObject *parent)
+AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, const QString &guardFolder,
+                                 QObject *parent)
     : QObject(parent), m_host(std::move(host)), m_guard(guardFolder)
 {
     PluginFolder::Scan scan = PluginFolder::scan(folders, m_guard);

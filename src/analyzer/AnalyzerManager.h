@@ -37,7 +37,7 @@ public:
     /// Scans the plug-ins. No item is there yet.
     /// @param folders  where plug-ins are looked for
     /// @param guardFolder  where culprits are remembered; empty for nowhere
-    explicit AnalyzerManager(AnalyzerHost host = {}, QStringList folders = PluginFolder::standardFolders(),
+    explicit AnalyzerManager(AnalyzerHost host = {}, const QStringList &folders = PluginFolder::standardFolders(),
                              const QString &guardFolder = PluginFolder::standardGuardFolder(),
                              QObject *parent = nullptr);
     /// Stops all workers; waits for those that do not leave as long as for any of them.

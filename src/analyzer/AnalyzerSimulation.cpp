@@ -33,7 +33,7 @@ int levelOf(BitState state)
 
 AnalyzerSimulation::~AnalyzerSimulation()
 {
-    release();
+    AnalyzerSimulation::release();
 }
 
 void AnalyzerSimulation::setModels(std::vector<Model> models)

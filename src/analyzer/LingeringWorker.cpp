@@ -4,7 +4,9 @@
 #include "analyzer/PluginCall.h"
 #include "store/SmpLease.h"
 
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -36,8 +38,7 @@ bool LingeringWorker::hasLeft()
     m_gone = true;
     if (m_terminated) {
         // Its stack was torn off: what the decoder holds may be in any state and is not touched again.
-        (void)item.progMng.release();
-        (void)item.analyzer.release();
+        keepForEver();
     } else {
         item.progMng.reset();
         (void)pluginFault([this] { item.analyzer.reset(); });
@@ -65,7 +66,15 @@ LingeringWorker::State LingeringWorker::look()
 void LingeringWorker::leaveBehind()
 {
     m_gone = true;
-    (void)item.progMng.release();
-    (void)item.analyzer.release();
-    (void)new std::shared_ptr<const CaptureRoots>(item.roots); // one owner that never goes
+    keepForEver();
+}
+
+/// All but the admission to the capture stays until the process ends, and is never used again.
+void LingeringWorker::keepForEver()
+{
+    static auto &kept = *new std::vector<AnalyzerItem>;
+    std::unique_ptr<SmpLease> capture = std::move(item.capture);
+    kept.push_back(std::move(item));
+    item = AnalyzerItem();
+    item.capture = std::move(capture);
 }

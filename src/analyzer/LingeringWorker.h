@@ -26,6 +26,7 @@ struct LingeringWorker {
 private:
     [[nodiscard]] bool hasLeft();
     void leaveBehind();
+    void keepForEver();
 
     QElapsedTimer m_clock;
     bool m_terminated = false;

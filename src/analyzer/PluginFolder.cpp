@@ -42,7 +42,7 @@ QString resolve(QLibrary &file, AnalyzerLib &lib)
 QString ask(QLibrary &file, AnalyzerLib &lib)
 {
     QString models;
-    const QString fault = pluginFault([&] {
+    QString fault = pluginFault([&] {
         const char *name = lib.getAnalyzerName();
         lib.displayName = QString::fromUtf8(name != nullptr ? name : "");
         const auto list = reinterpret_cast<AnalyzerLib::Name>(file.resolve("GetParaInfoList"));

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <thread>
 #include <utility>
+#include <vector>
 
 using namespace smpBlocks;
 
@@ -149,8 +150,8 @@ void SmpData::leaveBehind()
     closeToReaders();
     std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
     std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
-    (void)m_slabs.release();
-    m_slabs = std::make_unique<SmpSlabs>();
+    static auto &kept = *new std::vector<std::unique_ptr<SmpSlabs>>; // until the process ends
+    kept.push_back(std::exchange(m_slabs, std::make_unique<SmpSlabs>()));
     smpCount = 0;
     trgPos = 0;
 }

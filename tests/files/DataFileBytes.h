@@ -108,7 +108,7 @@ public:
     {
         m_enable[std::size_t(chn)] = 1;
         m_edges[std::size_t(chn)] = std::move(edges);
-        m_levels |= std::uint64_t(level) << chn;
+        m_levels |= chn < 64 ? std::uint64_t(level) << chn : 0;
         return *this;
     }
     [[nodiscard]] std::unique_ptr<SmpData> build()
