@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <corvanlux/analyzer/DeviceCollection.h>
 #include <memory>
 #include <vector>
 
@@ -11,8 +12,12 @@ class AnalyzerProgMng;
 class SmpLease;
 struct SmpEdgeRoot;
 
-/// The channels of a capture as decoders reach them; null for one that it does not have.
-using CaptureRoots = std::vector<SmpEdgeRoot *>;
+/// A capture as decoders see it. Never changed once a worker has it: another capture gets a record of its own, since a
+/// worker that does not leave may go on with this one.
+struct CaptureView {
+    std::vector<SmpEdgeRoot *> roots; ///< null for a channel that the capture does not have
+    DeviceCollection device;          ///< points at `roots`
+};
 
 /// One analyzer of the user's list. Its index in the manager's list is its identity.
 ///
@@ -23,7 +28,7 @@ struct AnalyzerItem : AnalyzerLib {
     QString fault;                      ///< why it is out of use until it is restarted; empty if it is not
     std::unique_ptr<Analyzer> analyzer; ///< never null
     // While a worker runs:
-    std::shared_ptr<const CaptureRoots> roots;
+    std::shared_ptr<CaptureView> view;
     std::unique_ptr<SmpLease> capture;
     std::unique_ptr<AnalyzerProgMng> progMng; ///< never null; idle without a worker
 

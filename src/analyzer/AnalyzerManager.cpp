@@ -76,22 +76,23 @@ void AnalyzerManager::setCapture(SmpData *capture, std::uint32_t deviceCode)
         leaveCapture();
     }
     m_capture = capture;
-    deviceView = {};
-    deviceView.deviceCode = deviceCode;
+    deviceView = std::make_shared<CaptureView>();
+    DeviceCollection &device = deviceView->device;
+    device.deviceCode = deviceCode;
     const SmpReadLock lock(capture);
     if (lock) {
-        m_roots = std::make_shared<const CaptureRoots>(capture->chnRoots.begin(), capture->chnRoots.end());
-        deviceView.chnRoots = m_roots->data();
-        deviceView.smpCount = capture->smpCount;
-        deviceView.smpFrequ = capture->smpFrequ;
-        deviceView.trgPos = capture->trgPos;
-        deviceView.chnCount = capture->chnCount;
+        deviceView->roots.assign(capture->chnRoots.begin(), capture->chnRoots.end());
+        device.chnRoots = deviceView->roots.data();
+        device.smpCount = capture->smpCount;
+        device.smpFrequ = capture->smpFrequ;
+        device.trgPos = capture->trgPos;
+        device.chnCount = capture->chnCount;
     }
 }
 
 void AnalyzerManager::captureReady()
 {
-    setCapture(m_capture, deviceView.deviceCode);
+    setCapture(m_capture, deviceView->device.deviceCode);
     const ResultsChange change = prepareModify();
     for (AnalyzerItem &item : items) {
         if (item.fault.isEmpty()) {
@@ -128,18 +129,16 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
         return;
     }
     // A writer of whom nobody told this manager: its thread waits until the workers have left.
-    const auto writerCame = [this] {
-        QMetaObject::invokeMethod(this, &AnalyzerManager::leaveToWriter, Qt::QueuedConnection);
-    };
+    const auto writerCame = [this] { QMetaObject::invokeMethod(this, "leaveToWriter", Qt::QueuedConnection); };
     item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
     if (!*item.capture) {
         item.capture.reset();
         return;
     }
-    item.roots = m_roots;
+    item.view = deviceView;
     const QString fault = pluginFault([&] {
         if (!again) {
-            item.analyzer->Init(&deviceView, nullptr, item.progMng.get());
+            item.analyzer->Init(&item.view->device, nullptr, item.progMng.get());
         }
         item.analyzer->SetupResults();
         item.analyzer->InitialWorkerThread();
@@ -157,7 +156,7 @@ void AnalyzerManager::letGo(AnalyzerItem &item)
 {
     item.progMng->letGo();
     item.capture.reset();
-    item.roots.reset();
+    item.view.reset();
 }
 
 void AnalyzerManager::startAnalyzer(int index)

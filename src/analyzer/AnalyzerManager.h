@@ -133,6 +133,10 @@ public slots:
     /// A worker ended by itself; nothing when it was stopped or replaced meanwhile.
     void slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anly);
 
+private slots:
+    /// Ends the workers whose capture a writer waits for.
+    void leaveToWriter();
+
 private:
     [[nodiscard]] ResultsChange prepareModify();
     [[nodiscard]] AnalyzerItem makeItem(const AnalyzerLib &lib, std::unique_ptr<Analyzer> analyzer);
@@ -141,8 +145,6 @@ private:
     void run(AnalyzerItem &item, bool again);
     /// Ends the item's worker, or takes it out of the item. @return false in that case
     bool endWorker(AnalyzerItem &item);
-    /// Ends the workers whose capture a writer waits for.
-    void leaveToWriter();
     void takeOut(AnalyzerItem &item);
     /// The item's worker has nothing more to do, or there is none.
     static void letGo(AnalyzerItem &item);
@@ -161,9 +163,8 @@ private:
 
     AnalyzerHost m_host;
     PluginGuard m_guard;
-    DeviceCollection deviceView;
-    SmpData *m_capture = nullptr;                ///< not owned
-    std::shared_ptr<const CaptureRoots> m_roots; ///< what `deviceView` points at
+    SmpData *m_capture = nullptr;                                              ///< not owned
+    std::shared_ptr<CaptureView> deviceView = std::make_shared<CaptureView>(); ///< never null
     QVector<AnalyzerLib> libraries;
     QVector<PluginFolder::Refusal> m_refusals;
     ResultsGate m_gate;

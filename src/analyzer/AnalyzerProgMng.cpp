@@ -49,7 +49,8 @@ void AnalyzerProgMng::letGo()
         m_letGo = true;
     }
     m_changed.notify_all();
-    wait();
+    wait(); // orders the memory too, but inside a library that a race detector cannot look into
+    (void)m_left.load(std::memory_order_acquire);
     const std::lock_guard lock(m_mutex);
     m_state = State::Idle;
 }
@@ -66,6 +67,7 @@ void AnalyzerProgMng::StartWorker()
         m_letGo = false;
     }
     progress.store(0.0, std::memory_order_relaxed);
+    m_left.store(false, std::memory_order_relaxed);
     start(QThread::InheritPriority);
     if (!isRunning() && !isFinished()) { // the system gives no thread
         const std::lock_guard lock(m_mutex);
@@ -77,6 +79,7 @@ void AnalyzerProgMng::run()
 {
     setTerminationEnabled(true);
     analyzer->DecodeToEnd();
+    m_left.store(true, std::memory_order_release);
 }
 
 void AnalyzerProgMng::WorkerEnded()

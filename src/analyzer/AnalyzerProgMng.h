@@ -58,6 +58,7 @@ private:
     State m_state = State::Idle;
     bool stopPending = false; ///< set by askToStop(), cleared by the worker
     bool m_letGo = false;
+    std::atomic<bool> m_left{true}; ///< the thread has nothing more to do: orders its memory for letGo()
 };
 
 Q_DECLARE_METATYPE(Analyzer *)
