@@ -16,8 +16,8 @@ constexpr int smpFrequAt = 16;
 constexpr int trgPosAt = 24;
 constexpr int chnCountAt = 32;
 constexpr int blockCountAt = 33; ///< the number and 1, so that 0 says nothing
-constexpr int blockChnsAt = 34;
-constexpr int blockChnsSize = 6;
+constexpr std::size_t blockChnsAt = 34;
+constexpr std::size_t blockChnsSize = 6;
 
 constexpr int blockChnAt = 4;
 constexpr int blockLevelAt = 5;
@@ -27,8 +27,8 @@ constexpr int blockEntriesAt = 8;
 void takeBlockCount(std::span<const std::uint8_t, DataFileHead::size> bytes, DataFileHead &head)
 {
     std::uint64_t chns = 0;
-    for (int i = 0; i < blockChnsSize; ++i) {
-        chns |= std::uint64_t(bytes[std::size_t(blockChnsAt + i)]) << (8 * i);
+    for (std::size_t i = 0; i < blockChnsSize; ++i) {
+        chns |= std::uint64_t(bytes[blockChnsAt + i]) << (8 * i);
     }
     const int count = bytes[blockCountAt] - 1;
     const int named = std::popcount(chns);
@@ -51,8 +51,8 @@ std::array<std::uint8_t, DataFileHead::size> encodeFileHead(const DataFileHead &
     bytes[chnCountAt] = std::uint8_t(head.chnCount);
     if (head.blockCount >= 0 && head.blockCount <= DataFileHead::blockCountMax) {
         bytes[blockCountAt] = std::uint8_t(head.blockCount + 1);
-        for (int i = 0; i < blockChnsSize; ++i) {
-            bytes[std::size_t(blockChnsAt + i)] = std::uint8_t(head.blockChns >> (8 * i));
+        for (std::size_t i = 0; i < blockChnsSize; ++i) {
+            bytes[blockChnsAt + i] = std::uint8_t(head.blockChns >> (8 * i));
         }
     }
     return bytes;

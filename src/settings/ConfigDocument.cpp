@@ -113,7 +113,7 @@ QByteArray written(const QDomDocument &tree, int indent)
 
 } // namespace
 
-ConfigDocument::ConfigDocument(QDomDocument tree) : m_tree(std::move(tree)) {}
+ConfigDocument::ConfigDocument(const QDomDocument &tree) : m_tree(tree) {}
 
 std::optional<ConfigDocument> ConfigDocument::parse(const QByteArray &bytes)
 {

@@ -37,7 +37,7 @@ public:
 private:
     friend ConfigDocument configCopy();
 
-    explicit ConfigDocument(QDomDocument tree);
+    explicit ConfigDocument(const QDomDocument &tree);
     /// Makes the declaration tell the encoding that is written, whatever the parsed text had.
     void setDeclaration();
     [[nodiscard]] static std::optional<ConfigDocument> ofParsed(const QDomDocument &tree);
