@@ -3,6 +3,8 @@
 #include "common/BitRateFinder.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <string>
 
 using lux::AsyncCharacter;
@@ -118,9 +120,15 @@ void UartAnalyzer::markBits(const Direction &direction, const AsyncCharacter &ch
         results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);
         return;
     }
+    std::array<Sample, BitGrid::mostBits> looks;
+    std::size_t count = 0;
     for (unsigned bit = 1; bit < stop; ++bit) {
-        const bool wrong = bit + 1 == stop && character.parityWrong;
-        results().mark(direction.channel, line.lookOf(bit), wrong ? MarkerType::ErrorDot : MarkerType::Dot);
+        looks[count++] = line.lookOf(bit);
+    }
+    const std::size_t sound = count - std::size_t(character.parityWrong); // the parity bit is the last
+    results().mark(direction.channel, std::span(looks.data(), sound), MarkerType::Dot);
+    if (character.parityWrong) {
+        results().mark(direction.channel, looks[sound], MarkerType::ErrorDot);
     }
     if (character.stopMissing) {
         results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);

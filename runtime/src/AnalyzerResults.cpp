@@ -2,6 +2,7 @@
 #include "ResultsPrivate.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <exception>
 #include <new>
@@ -34,6 +35,10 @@ void AnalyzerResults::Private::finish()
     publishMarkers();
     if (run == nullptr)
         return;
+    for (const auto &list : markers) {
+        if (const MarkerStore *of = list.load(std::memory_order_relaxed); of != nullptr)
+            disordered += of->disordered();
+    }
     if (outside > 0)
         run->addMessage(std::to_string(outside) + " frames or markers reached out of the capture and were cut.");
     if (disordered > 0)
@@ -76,10 +81,24 @@ void AnalyzerResults::Private::leaveWhenAsked() const
 
 void AnalyzerResults::Private::publishMarkers()
 {
-    for (std::uint32_t channel = 0; markersHeld != 0; ++channel, markersHeld >>= 1) {
-        if ((markersHeld & 1U) != 0)
-            markers[channel].load(std::memory_order_relaxed)->publish();
+    while (markersHeld != 0) {
+        const int channel = std::countr_zero(markersHeld);
+        markersHeld &= markersHeld - 1;
+        if (!markers[std::size_t(channel)].load(std::memory_order_relaxed)->publish())
+            outOfMemory();
     }
+}
+
+MarkerStore &AnalyzerResults::Private::markersFor(std::uint32_t channel)
+{
+    auto &slot = markers[channel];
+    MarkerStore *list = slot.load(std::memory_order_relaxed);
+    if (list == nullptr) [[unlikely]] {
+        list = new MarkerStore(budget);
+        slot.store(list, std::memory_order_release);
+    }
+    markersHeld |= std::uint64_t(1) << channel;
+    return *list;
 }
 
 const MarkerStore *AnalyzerResults::Private::markersOf(const Channel &channel) const
@@ -264,20 +283,20 @@ void AnalyzerResults::DropFrame(std::uint64_t place)
 
 void AnalyzerResults::AddMarker(const Channel &channel, std::int64_t sample, MarkerType type)
 {
+    AddMarkers(channel, &sample, 1, type);
+}
+
+void AnalyzerResults::AddMarkers(const Channel &channel, const std::int64_t *samples, std::size_t count,
+                                 MarkerType type)
+{
     m_private->leaveWhenAsked();
     if (channel.channelIndex >= Private::channels)
         return; // of a line that is not connected
-    auto &slot = m_private->markers[channel.channelIndex];
-    MarkerStore *list = slot.load(std::memory_order_relaxed);
-    if (list == nullptr) {
-        list = new MarkerStore(m_private->budget);
-        slot.store(list, std::memory_order_release);
+    MarkerStore &list = m_private->markersFor(channel.channelIndex);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!list.add(m_private->inside(samples[i]), type))
+            m_private->outOfMemory();
     }
-    bool disorder = false;
-    if (!list->add(m_private->inside(sample), type, disorder))
-        m_private->outOfMemory();
-    m_private->disordered += disorder ? 1 : 0;
-    m_private->markersHeld |= std::uint64_t(1) << channel.channelIndex;
 }
 
 std::uint64_t AnalyzerResults::AddPayload(const std::uint8_t *bytes, std::size_t size)

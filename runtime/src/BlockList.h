@@ -13,7 +13,8 @@ namespace lux::detail {
 
 /// Memory for lists of millions: the system is asked to map it in large pages, since queries jump about in it and spend
 /// their time on the translation of addresses otherwise. Throws std::bad_alloc.
-inline constexpr std::size_t slabBytes = std::size_t(4) << 20;
+inline constexpr std::size_t largePage = std::size_t(2) << 20; ///< bytes
+inline constexpr std::size_t slabBytes = 2 * largePage;
 [[nodiscard]] void *newSlab(std::size_t bytes);
 void freeSlab(void *slab);
 
@@ -21,7 +22,11 @@ void freeSlab(void *slab);
 ///
 /// It publishes nothing itself: the owner stores a count by release, and readers, who load it by acquire, look only at
 /// what lies below it. The directory is written before the entries that it leads to, and never changed.
-template<class T, unsigned BlockBits>
+/// @tparam SlabBytes     size of the slabs in which a long list goes on
+/// @tparam SingleBlocks  blocks of their own before the first slab; so many that a slab is an eighth of the list at
+/// most
+template<class T, unsigned BlockBits, std::size_t SlabBytes = slabBytes,
+         std::uint64_t SingleBlocks = 8 * SlabBytes / (sizeof(T) << BlockBits)>
 class BlockList {
     static_assert(std::is_trivially_copyable_v<T>);
 
@@ -60,6 +65,19 @@ public:
         ++m_size;
         return true;
     }
+    /// Appends `count` entries that are to be written, all of one block: size() modulo blockSize plus `count` must not
+    /// pass blockSize. @return the first of them; null when no block can be had, and nothing changes then
+    [[nodiscard]] T *extend(std::size_t count, bool forced = false)
+    {
+        const std::size_t used = m_size & (blockSize - 1);
+        if (used == 0) {
+            if (m_size >> BlockBits == m_blocks && !grow(forced))
+                return nullptr;
+            m_open = blockAt(m_size >> BlockBits);
+        }
+        m_size += count;
+        return m_open + used;
+    }
     /// Takes the last entry away again; it must not have been published.
     void removeLast()
     {
@@ -72,9 +90,7 @@ private:
     static constexpr std::size_t segmentSize = std::size_t(1) << segmentBits;
     static constexpr std::size_t mostSegments = 8192;
     using Segment = std::unique_ptr<T *[]>;
-    // A long list goes on in slabs: they are an eighth of it at most.
-    static constexpr std::size_t blocksPerSlab = slabBytes / (blockSize * sizeof(T));
-    static constexpr std::uint64_t blocksBeforeSlabs = 8 * blocksPerSlab;
+    static constexpr std::size_t blocksPerSlab = SlabBytes / (blockSize * sizeof(T));
 
     [[nodiscard]] T *blockAt(std::uint64_t block) const
     {
@@ -94,7 +110,7 @@ private:
     [[nodiscard]] bool grow(bool forced)
     {
         const std::size_t segment = std::size_t(m_blocks >> segmentBits);
-        const std::size_t bytes = m_blocks < blocksBeforeSlabs ? blockSize * sizeof(T) : slabBytes;
+        const std::size_t bytes = m_blocks < SingleBlocks ? blockSize * sizeof(T) : SlabBytes;
         const bool fromSlab = m_spare > 0;
         if (segment >= mostSegments || (!fromSlab && !charge(bytes, forced)))
             return false;
@@ -117,14 +133,14 @@ private:
 
     [[nodiscard]] T *newBlock()
     {
-        if (m_blocks < blocksBeforeSlabs) {
+        if (m_blocks < SingleBlocks) {
             T *block = std::allocator<T>().allocate(blockSize);
             ++m_singleBlocks;
             return block;
         }
         if (m_spare == 0) {
             m_slabs.reserve(m_slabs.size() + 1);
-            m_slabs.push_back(static_cast<T *>(newSlab(slabBytes)));
+            m_slabs.push_back(static_cast<T *>(newSlab(SlabBytes)));
             m_spare = blocksPerSlab;
         }
         return m_slabs.back() + (blocksPerSlab - m_spare--) * blockSize;

@@ -1,35 +1,44 @@
 #include "FrameStore.h"
 
 #include <algorithm>
-#include <limits>
+#include <bit>
 #include <new>
 
 namespace lux::detail {
 namespace {
 
-constexpr std::uint64_t none = std::numeric_limits<std::uint64_t>::max();
-
-/// Fetches the entries [from, to) of one group at once: a search in them would wait for one line after the other.
-template<class List>
-void fetch(const List &list, std::uint64_t from, std::uint64_t to)
+/// Fetches `count` neighbours at once: a search in them would wait for one line after the other.
+template<class T>
+void fetch(const T *first, std::uint64_t count)
 {
 #if defined(__GNUC__)
-    if (from >= to)
-        return;
     constexpr std::size_t line = 64;
-    const char *end = reinterpret_cast<const char *>(&list[to - 1] + 1);
-    for (const char *at = reinterpret_cast<const char *>(&list[from]); at < end; at += line)
+    const char *end = reinterpret_cast<const char *>(first + count);
+    for (const char *at = reinterpret_cast<const char *>(first); at < end; at += line)
         __builtin_prefetch(at);
 #endif
+}
+
+/// The number of `count` neighbours, the first of which is known to be, that are at or below `limit`. Without a branch
+/// that depends on them: nothing could foresee it.
+template<class T, class Sample>
+std::uint64_t countUpTo(const T *first, std::uint64_t count, std::int64_t limit, const Sample &sample)
+{
+    std::uint64_t base = 0;
+    while (count > 1) {
+        const std::uint64_t half = count / 2;
+        base = sample(first[base + half]) <= limit ? base + half : base;
+        count -= half;
+    }
+    return base + 1;
 }
 
 } // namespace
 
 FrameStore::FrameStore(const MemoryBudget &budget) : m_frames(budget)
 {
-    for (auto &groups : m_groups)
-        groups = std::make_unique<Groups>(budget);
-    m_greatest.fill(std::numeric_limits<std::int64_t>::min());
+    for (auto &level : m_levels)
+        level = std::make_unique<Level>(budget);
 }
 
 bool FrameStore::add(const FrameData &frame)
@@ -95,47 +104,60 @@ void FrameStore::dropAll()
 void FrameStore::publish()
 {
     const std::uint64_t upTo = m_open.empty() ? m_frames.size() : m_open.front().index;
-    for (std::uint64_t i = m_published; i < upTo; ++i) {
-        m_greatest[0] = std::max(m_greatest[0], m_frames[i].lastSample);
-        if ((i & (fan - 1)) == fan - 1)
-            closeGroups(i);
+    for (; m_published < upTo; ++m_published) {
+        if ((m_published & (fan - 1)) == 0)
+            beginGroups(m_published);
+        const std::int64_t last = m_frames[m_published].lastSample;
+        m_greatest = std::max(m_greatest, last);
+        m_levels[0]->openGreatest = std::max(m_levels[0]->openGreatest, last);
+        if ((m_published & (fan - 1)) == fan - 1)
+            endGroups(m_published);
     }
-    m_published = upTo;
     m_count.store(upTo, std::memory_order_release);
 }
 
-/// Writes the groups whose last frame is `index`.
-void FrameStore::closeGroups(std::uint64_t index)
+/// Writes the groups whose first frame is `index`. The first group of a level comes with the second one: a short list
+/// needs no levels.
+void FrameStore::beginGroups(std::uint64_t index)
 {
     for (unsigned level = 0; level < levels; ++level) {
         const std::uint64_t group = index >> shiftOf(level);
-        const Group closed{m_frames[group << shiftOf(level)].firstSample, m_greatest[level]};
-        if (!m_groups[level]->append(closed, true))
-            throw std::bad_alloc();
-        m_greatest[level] = std::numeric_limits<std::int64_t>::min();
-        if (level + 1 < levels)
-            m_greatest[level + 1] = std::max(m_greatest[level + 1], closed.greatestLast);
-        if ((group & (fan - 1)) != fan - 1)
+        if (group == 0 || (group << shiftOf(level)) != index)
             return;
+        auto &groups = m_levels[level]->groups;
+        const bool isThere = group > 1 || groups.append({m_frames[0].firstSample, least}, true);
+        if (!isThere || !groups.append({m_frames[index].firstSample, m_greatest}, true))
+            throw std::bad_alloc();
     }
 }
 
-/// How many levels have a whole group.
-unsigned FrameStore::levelsFor(std::uint64_t count)
+/// Writes the groups whose last frame is `index`.
+void FrameStore::endGroups(std::uint64_t index)
 {
-    unsigned level = 0;
-    while (level < levels && count >> shiftOf(level) != 0)
-        ++level;
-    return level;
+    for (unsigned level = 0; level < levels; ++level) {
+        Level &own = *m_levels[level];
+        const std::int64_t greatest = own.openGreatest;
+        if (!own.ownGreatest.append(greatest, true))
+            throw std::bad_alloc();
+        own.openGreatest = least;
+        if (level + 1 < levels)
+            m_levels[level + 1]->openGreatest = std::max(m_levels[level + 1]->openGreatest, greatest);
+        if ((index >> shiftOf(level) & (fan - 1)) != fan - 1)
+            return;
+    }
 }
 
 bool FrameStore::range(std::int64_t past, std::int64_t upTo, std::uint64_t &first, std::uint64_t &last) const
 {
     const std::uint64_t all = count();
-    const std::uint64_t to = lastStartingBy(upTo, all);
-    if (to == none)
+    if (all == 0 || m_frames[0].firstSample > upTo)
         return false;
-    const std::uint64_t from = firstEndingPast(past, all);
+    const std::uint64_t lastGroup = groupOf(&Group::first, upTo, all);
+    const std::uint64_t to = lastStartingBy(upTo, lastGroup, all);
+    // Mostly a range is short: no frame before the group reaches into it then.
+    const bool isShort = lastGroup > 0 && m_levels[0]->groups[lastGroup].greatestBefore <= past;
+    const std::uint64_t from =
+        firstEndingPast(past, isShort ? lastGroup : groupOf(&Group::greatestBefore, past, all), all);
     if (from > to) // also when there is none
         return false;
     first = from;
@@ -143,70 +165,46 @@ bool FrameStore::range(std::int64_t past, std::int64_t upTo, std::uint64_t &firs
     return true;
 }
 
-/// The last of the first `count` frames that starts at or before `upTo`.
-std::uint64_t FrameStore::lastStartingBy(std::int64_t upTo, std::uint64_t count) const
+/// The last group of the first `count` frames, at least one, whose `sample` is at or before `upTo`; the
+/// first one when none is.
+std::uint64_t FrameStore::groupOf(std::int64_t Group::*sample, std::int64_t upTo, std::uint64_t count) const
 {
-    if (count == 0 || m_frames[0].firstSample > upTo)
-        return none;
-    std::uint64_t low = 0; // starts by `upTo`
-    std::uint64_t high = count;
-    for (unsigned level = levelsFor(count); level-- > 0;) {
-        const unsigned shift = shiftOf(level);
-        std::uint64_t from = low >> shift;
-        std::uint64_t to = high >> shift;
-        const std::uint64_t rest = to << shift;
-        if (rest < high && m_frames[rest].firstSample <= upTo) {
-            low = rest;
-            continue;
-        }
-        const Groups &groups = *m_groups[level];
-        fetch(groups, from, to);
-        const Group *group = &groups[from]; // side by side up to `to`
-        const std::uint64_t begin = from;
-        while (to - from > 1) {
-            const std::uint64_t middle = from + (to - from) / 2;
-            (group[middle - begin].first <= upTo ? from : to) = middle;
-        }
-        low = from << shift;
-        high = std::min(high, (from + 1) << shift);
+    unsigned level = 0;
+    while (level < levels && (count - 1) >> shiftOf(level) != 0)
+        ++level;
+    std::uint64_t group = 0;
+    while (level-- > 0) {
+        const std::uint64_t first = group << fanBits;
+        const std::uint64_t groups = ((count - 1) >> shiftOf(level)) + 1;
+        const std::uint64_t most = std::min(fan, groups - first);
+        const Group *neighbours = &m_levels[level]->groups[first]; // a block has all of them
+        fetch(neighbours, most);
+        group = first + countUpTo(neighbours, most, upTo, [sample](const Group &of) { return of.*sample; }) - 1;
     }
-    fetch(m_frames, low, high);
-    const FrameData *frame = &m_frames[low]; // side by side up to `high`
-    const std::uint64_t begin = low;
-    while (high - low > 1) {
-        const std::uint64_t middle = low + (high - low) / 2;
-        (frame[middle - begin].firstSample <= upTo ? low : high) = middle;
-    }
-    return low;
+    return group;
 }
 
-/// The first of the first `count` frames that ends past `past`.
-std::uint64_t FrameStore::firstEndingPast(std::int64_t past, std::uint64_t count) const
+/// The last of the first `count` frames that starts at or before `upTo`; it is in this group.
+std::uint64_t FrameStore::lastStartingBy(std::int64_t upTo, std::uint64_t group, std::uint64_t count) const
 {
-    std::uint64_t low = 0;
-    std::uint64_t high = count;
-    for (unsigned level = levelsFor(count); level-- > 0;) {
-        const unsigned shift = shiftOf(level);
-        const Groups &groups = *m_groups[level];
-        std::uint64_t group = low >> shift;
-        const std::uint64_t to = high >> shift;
-        fetch(groups, group, to);
-        if (group < to) {
-            const Group *at = &groups[group]; // side by side up to `to`
-            for (; group < to && at->greatestLast <= past; ++at)
-                ++group;
-        }
-        low = group << shift;
-        if (group < to)
-            high = (group + 1) << shift;
-    }
-    fetch(m_frames, low, high);
-    if (low >= high)
-        return none;
-    const FrameData *frame = &m_frames[low]; // side by side up to `high`
-    for (; low < high && frame->lastSample <= past; ++frame)
-        ++low;
-    return low < high ? low : none;
+    const std::uint64_t first = group << fanBits;
+    const std::uint64_t most = std::min(fan, count - first);
+    const FrameData *frame = &m_frames[first];
+    fetch(frame, most);
+    return first + countUpTo(frame, most, upTo, [](const FrameData &data) { return data.firstSample; }) - 1;
+}
+
+/// The first frame of this group, of the first `count` ones, that ends past `past`.
+std::uint64_t FrameStore::firstEndingPast(std::int64_t past, std::uint64_t group, std::uint64_t count) const
+{
+    const std::uint64_t first = group << fanBits;
+    const std::uint64_t most = std::min(fan, count - first);
+    const FrameData *frame = &m_frames[first];
+    fetch(frame, most);
+    std::uint32_t isPast = 0;
+    for (std::uint64_t i = 0; i < most; ++i)
+        isPast |= std::uint32_t(frame[i].lastSample > past) << i;
+    return isPast == 0 ? none : first + std::uint64_t(std::countr_zero(isPast));
 }
 
 /// The last frame up to `from`, itself included, that ends past `past`.
@@ -220,7 +218,7 @@ std::uint64_t FrameStore::lastEndingPast(std::int64_t past, std::uint64_t from) 
     for (unsigned level = 0; level < levels && end > 0; ++level) {
         end >>= fanBits; // now a number of groups of this level
         for (; end > 0 && (end & (fan - 1)) != 0; --end) {
-            if ((*m_groups[level])[end - 1].greatestLast > past)
+            if (m_levels[level]->ownGreatest[end - 1] > past)
                 return lastEndingPastIn(past, level, end - 1);
         }
     }
@@ -233,7 +231,7 @@ std::uint64_t FrameStore::lastEndingPastIn(std::int64_t past, unsigned level, st
     std::uint64_t index = group;
     for (; level > 0; --level) {
         index = (index << fanBits) + fan - 1;
-        while ((*m_groups[level - 1])[index].greatestLast <= past)
+        while (m_levels[level - 1]->ownGreatest[index] <= past)
             --index;
     }
     index = (index << fanBits) + fan - 1;

@@ -32,6 +32,8 @@ struct LUX_HIDDEN AnalyzerResults::Private {
     [[noreturn]] void outOfMemory();
     void leaveWhenAsked() const;
     void publishMarkers();
+    /// The channel's markers, of which some are now to be published.
+    [[nodiscard]] lux::detail::MarkerStore &markersFor(std::uint32_t channel);
     [[nodiscard]] const lux::detail::MarkerStore *markersOf(const Channel &channel) const;
 
     // ---- export ----------------------------------------------------------------------------------------------------

@@ -7,13 +7,13 @@
 namespace lux::detail {
 namespace {
 
-constexpr std::align_val_t largePage{std::size_t(2) << 20};
+constexpr std::align_val_t alignment{largePage};
 
 } // namespace
 
 void *newSlab(std::size_t bytes)
 {
-    void *slab = ::operator new(bytes, largePage);
+    void *slab = ::operator new(bytes, alignment);
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
     madvise(slab, bytes, MADV_HUGEPAGE); // a wish: without it all works the same
 #endif
@@ -22,7 +22,7 @@ void *newSlab(std::size_t bytes)
 
 void freeSlab(void *slab)
 {
-    ::operator delete(slab, largePage);
+    ::operator delete(slab, alignment);
 }
 
 } // namespace lux::detail
