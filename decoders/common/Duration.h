@@ -13,4 +13,11 @@ namespace lux {
     return nanoseconds / perSecond * sampleRate + nanoseconds % perSecond * sampleRate / perSecond;
 }
 
+/// The same, a part of a sample counted as a whole one.
+[[nodiscard]] constexpr Sample samplesUpTo(std::int64_t nanoseconds, std::int64_t sampleRate)
+{
+    constexpr std::int64_t perSecond = 1000000000;
+    return samplesIn(nanoseconds, sampleRate) + (nanoseconds % perSecond * sampleRate % perSecond != 0 ? 1 : 0);
+}
+
 } // namespace lux

@@ -1,0 +1,14 @@
+#include "OneWireSettings.h"
+
+OneWireSettings::OneWireSettings()
+    : line(*this, "owr", "OWR", "The data line"),
+      speed(*this, "overdrive", "Speed", "How fast the bits are",
+            {{int(OneWireSpeed::Auto), "auto", "Auto",
+              "Follows the overdrive commands, and finds the speed at the start"},
+             {int(OneWireSpeed::Standard), "false", "Standard", "15.4 kbit/s at most"},
+             {int(OneWireSpeed::Overdrive), "true", "Overdrive",
+              "125 kbit/s at most, from the start until a reset at standard speed"}},
+            OneWireSpeed::Auto)
+{
+    addExport(Messages, "Messages", "Text file", "txt");
+}

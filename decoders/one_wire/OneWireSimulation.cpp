@@ -1,0 +1,155 @@
+#include "OneWireAnalyzer.h"
+#include "common/Crc.h"
+
+#include <cstdint>
+#include <initializer_list>
+
+using lux::Simulation;
+using lux::SimulationLine;
+
+namespace {
+
+constexpr std::int64_t perSecond = 1000000000; ///< times are nanoseconds
+constexpr std::int64_t leastOverdriveRate = 2000000;
+
+using CodeCrc = lux::Crc<lux::CrcModel{.width = 8, .polynomial = 0x31, .lsbFirst = true}>;
+
+/// Usual times, in nanoseconds (Maxim application note 126, table 2, recommended).
+struct BusTimes {
+    std::int64_t one;
+    std::int64_t zero;
+    std::int64_t slot;
+    std::int64_t reset;
+    std::int64_t presenceWait;
+    std::int64_t presence;
+    std::int64_t recovery; ///< behind the presence pulse
+};
+constexpr BusTimes standard{6000, 62000, 70000, 485000, 30000, 120000, 340000};
+constexpr BusTimes overdrive{1500, 7500, 10000, 70000, 4000, 12000, 36000};
+
+/// The controller and the devices of a simulated bus.
+class Bus {
+public:
+    Bus(Simulation &simulation, const Channel &line) : m_simulation(simulation), m_line(simulation.line(line, true)) {}
+
+    void setOverdrive(bool on) { m_times = on ? &overdrive : &standard; }
+    void reset(bool isPresent = true)
+    {
+        pulse(m_times->reset);
+        wait(m_times->presenceWait);
+        if (isPresent) {
+            pulse(m_times->presence);
+        } else {
+            wait(m_times->presence);
+        }
+        wait(m_times->recovery);
+    }
+    void bit(bool value)
+    {
+        const std::int64_t low = value ? m_times->one : m_times->zero;
+        pulse(low);
+        wait(m_times->slot - low);
+    }
+    void bytes(std::initializer_list<std::uint32_t> values)
+    {
+        for (const std::uint32_t value : values) {
+            number(value, 8);
+        }
+    }
+    /// The lowest bit first.
+    void number(std::uint64_t value, unsigned bits)
+    {
+        for (unsigned i = 0; i < bits; ++i) {
+            bit((value >> i & 1U) != 0);
+        }
+    }
+    /// Two devices that differ in the lowest bit of the serial number, of which the one with a 1 is not there any more.
+    void search(std::uint64_t code)
+    {
+        constexpr unsigned conflict = 8;
+        for (unsigned i = 0; i < 64; ++i) {
+            const bool one = (code >> i & 1U) != 0;
+            bit(one && i != conflict);
+            bit(!one && i != conflict);
+            bit(one);
+        }
+    }
+    void wait(std::int64_t nanoseconds) { m_simulation.holdTime(nanoseconds, perSecond); }
+
+private:
+    void pulse(std::int64_t nanoseconds)
+    {
+        m_line.set(false);
+        wait(nanoseconds);
+        m_line.set(true);
+    }
+
+    Simulation &m_simulation;
+    SimulationLine &m_line;
+    const BusTimes *m_times = &standard;
+};
+
+std::uint64_t codeOf(std::uint32_t serial)
+{
+    const std::uint64_t code = std::uint64_t(serial) << 8 | 0x28U;
+    CodeCrc crc;
+    for (unsigned i = 0; i + 1 < OneWireResults::codeBytes; ++i) {
+        crc.addByte(std::uint8_t(code >> (8 * i)));
+    }
+    return code | std::uint64_t(crc.value()) << 56;
+}
+
+} // namespace
+
+/// Eight forms of message in turn, with devices and bytes that count up.
+void OneWireAnalyzer::simulate(Simulation &simulation)
+{
+    enum Form : std::uint32_t { Skip, Read, Match, Search, NobodyThere, WrongCheck, CutByte, Fast };
+    if (simulation.sampleRate() < oneWire::leastSampleRate) {
+        simulation.hold(simulation.sampleRate()); // no slot could be told
+        return;
+    }
+    Bus bus(simulation, m_settings.line);
+    const std::uint32_t number = m_sent & 0xffU;
+    const std::uint64_t code = codeOf(m_sent);
+    const std::uint32_t form = m_sent % (Fast + 1);
+    const bool canBeFast = m_settings.speed != OneWireSpeed::Standard && simulation.sampleRate() >= leastOverdriveRate;
+    bus.wait(std::int64_t(500 + simulation.random(2000)) * 1000);
+    bus.reset(form != NobodyThere);
+    switch (form) {
+    case Skip:
+        bus.bytes({oneWire::SkipRom, 0x44});
+        break;
+    case Read:
+        bus.bytes({oneWire::ReadRom});
+        bus.number(code, 64);
+        break;
+    case Match:
+    case WrongCheck:
+        bus.bytes({oneWire::MatchRom});
+        bus.number(form == Match ? code : code ^ 0x100U, 64);
+        bus.bytes({0xbe, number, number ^ 0xffU});
+        break;
+    case Search:
+        bus.bytes({oneWire::SearchRom});
+        bus.search(code & ~std::uint64_t(0x100));
+        break;
+    case NobodyThere:
+        break;
+    case CutByte:
+        bus.number(number, 5);
+        break;
+    default:
+        if (!canBeFast) {
+            bus.bytes({oneWire::AlarmSearch});
+            bus.search(code);
+            break;
+        }
+        bus.bytes({oneWire::OverdriveSkipRom});
+        bus.setOverdrive(true);
+        bus.reset();
+        bus.bytes({oneWire::SkipRom, 0xf0, number});
+        break;
+    }
+    ++m_sent;
+}
