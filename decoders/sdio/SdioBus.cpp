@@ -1,0 +1,285 @@
+#include "SdioBus.h"
+
+#include "common/Crc.h"
+
+#include <algorithm>
+
+using lux::ChannelReader;
+using lux::Sample;
+
+namespace {
+
+// The checks (4.5): x^7 + x^3 + 1 of commands, x^16 + x^12 + x^5 + 1 of each data line.
+constexpr lux::CrcModel crc7 = {.width = 7, .polynomial = 0x09};
+constexpr lux::CrcModel crc16 = {.width = 16, .polynomial = 0x1021};
+constexpr unsigned crc16Bits = 16;
+constexpr unsigned statusBits = 3;
+constexpr std::uint64_t allOnesAndEnd = 0xff;
+
+Sample endOfClock(const ChannelReader &clk)
+{
+    return std::min(clk.peekEdge(), clk.sampleCount()) - 1;
+}
+
+} // namespace
+
+bool goToRise(ChannelReader &clk)
+{
+    if (clk.level()) {
+        if (!clk.hasEdge()) {
+            return false;
+        }
+        clk.nextEdge();
+    }
+    if (!clk.hasEdge()) {
+        return false;
+    }
+    clk.nextEdge();
+    return true;
+}
+
+// ---- CMD ------------------------------------------------------------------------------------------------------------
+
+bool SdioCommandLine::next(SdioToken &token, SdioLength response)
+{
+    while (findStart()) {
+        token = {};
+        token.first = m_clk.position();
+        token.last = endOfClock(m_clk);
+        token.bits = 1;
+        m_bytes = {};
+        if (readBits(token, SdioToken::shortBits)) {
+            token.isLong = isLong(token, response);
+            if (token.isLong) {
+                (void)readBits(token, SdioToken::longBits);
+            }
+        }
+        takeFields(token);
+        m_isHeld = bitsFrom(0, token.bits) == 0 && token.bits <= SdioToken::shortBits;
+        if (!m_isHeld || !token.isWhole()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A start bit is low at a rise of the clock. What was low before the first rise, or for a token's length, is no bit.
+bool SdioCommandLine::findStart()
+{
+    if (m_isHeld && !m_cmd.level()) {
+        if (!m_cmd.hasEdge()) {
+            return false;
+        }
+        m_cmd.nextEdge();
+    }
+    m_isHeld = false;
+    for (;;) {
+        if (m_cmd.level()) {
+            if (!m_cmd.hasEdge()) {
+                return false;
+            }
+            m_clk.advanceTo(m_cmd.nextEdge() - 1); // the clock may rise in the same sample
+        }
+        if (!goToRise(m_clk)) {
+            return false;
+        }
+        if (!m_cmd.levelAt(m_clk.position())) {
+            return true;
+        }
+    }
+}
+
+/// Up to so many bits in all, the start bit included.
+bool SdioCommandLine::readBits(SdioToken &token, unsigned count)
+{
+    while (token.bits < count) {
+        if (!goToRise(m_clk)) {
+            return false;
+        }
+        const auto bit = std::uint8_t(m_cmd.levelAt(m_clk.position()));
+        m_bytes[token.bits / 8] = std::uint8_t(m_bytes[token.bits / 8] << 1 | bit);
+        token.last = endOfClock(m_clk);
+        ++token.bits;
+    }
+    return true;
+}
+
+/// R2 has 136 bits, and six ones for an index, as R3 has with ones in place of its check (4.9).
+bool SdioCommandLine::isLong(const SdioToken &token, SdioLength response) const
+{
+    constexpr unsigned headBits = 8;
+    constexpr std::uint64_t headOfLong = 0x3f;
+    if (bitsFrom(0, headBits) != headOfLong || response == SdioLength::Short) {
+        return false;
+    }
+    return response == SdioLength::Long || bitsFrom(token.bits - headBits, headBits) != allOnesAndEnd;
+}
+
+std::uint64_t SdioCommandLine::bitsFrom(unsigned from, unsigned count) const
+{
+    std::uint64_t value = 0;
+    for (unsigned i = from; i < from + count; ++i) {
+        value = value << 1 | (m_bytes[i / 8] >> (7 - i % 8) & 1U);
+    }
+    return value;
+}
+
+void SdioCommandLine::takeFields(SdioToken &token) const
+{
+    if (token.bits < 8) {
+        return;
+    }
+    token.fromHost = bitsFrom(1, 1) != 0;
+    token.index = std::uint8_t(bitsFrom(2, 6));
+    if (!token.isWhole()) {
+        return;
+    }
+    const std::size_t checked = token.bits / 8 - 1;
+    const std::span<const std::uint8_t> bytes(m_bytes.data(), checked);
+    if (token.isLong) {
+        std::copy_n(m_bytes.begin() + 1, SdioToken::registerBytes, token.content.begin());
+    } else {
+        token.argument = std::uint32_t(bitsFrom(8, 32));
+    }
+    token.crc = std::uint8_t(bitsFrom(token.bits - 8, 7));
+    // The check of a long response is that of the register in it (5.2).
+    token.crcRight = token.crc == lux::Crc<crc7>::of(token.isLong ? bytes.subspan(1) : bytes);
+    token.endRight = bitsFrom(token.bits - 1, 1) != 0;
+}
+
+// ---- DAT ------------------------------------------------------------------------------------------------------------
+
+SdioDataLines::SdioDataLines(const ChannelReader &clk, std::span<ChannelReader *const> lines, unsigned width)
+    : m_clk(clk), m_width(width), m_used(width)
+{
+    for (const ChannelReader *line : lines) {
+        m_lines.push_back(*line);
+    }
+}
+
+bool SdioDataLines::takeRise()
+{
+    if (!goToRise(m_clk)) {
+        return false;
+    }
+    m_rise = m_clk.position();
+    return true;
+}
+
+unsigned SdioDataLines::levels()
+{
+    unsigned mask = 0;
+    for (unsigned i = 0; i < m_used; ++i) {
+        mask |= unsigned(m_lines[i].levelAt(m_rise)) << i;
+    }
+    return mask;
+}
+
+void SdioDataLines::skipTo(Sample sample)
+{
+    sample = std::min(sample, m_clk.sampleCount() - 1);
+    m_clk.advanceTo(sample);
+    m_lines[0].advanceTo(sample);
+}
+
+bool SdioDataLines::findStart(Sample end)
+{
+    ChannelReader &dat0 = m_lines[0];
+    for (;;) {
+        if (dat0.level()) {
+            if (!dat0.hasEdgeBefore(end)) {
+                return false;
+            }
+            // The clock may rise in the same sample.
+            m_clk.advanceTo(dat0.nextEdge() - 1);
+        }
+        ChannelReader clk = m_clk;
+        if (!goToRise(clk) || clk.position() > end) {
+            return false;
+        }
+        m_clk = clk;
+        m_rise = clk.position();
+        if (levels() == 0) {
+            return true;
+        }
+    }
+}
+
+void SdioDataLines::readBlock(SdioBlock &block, std::size_t length, Sample stop)
+{
+    lux::Crc<crc16> crc[4];
+    std::uint32_t sent[4] = {};
+    block = {};
+    block.first = m_rise;
+    block.bytes.reserve(length);
+    const unsigned width = m_used;
+    std::uint32_t byte = 0;
+    for (std::size_t clock = 0; clock < length * 8 / width; ++clock) {
+        if (!takeRise() || m_rise > stop) {
+            return;
+        }
+        const unsigned mask = levels();
+        for (unsigned line = 0; line < width; ++line) {
+            crc[line].addBit((mask >> line & 1U) != 0);
+        }
+        byte = byte << width | mask;
+        if ((clock + 1) * width % 8 == 0) {
+            block.bytes.push_back(std::uint8_t(byte));
+        }
+        block.last = endOfClock(m_clk);
+    }
+    for (unsigned bit = 0; bit < crc16Bits; ++bit) {
+        if (!takeRise() || m_rise > stop) {
+            return;
+        }
+        const unsigned mask = levels();
+        for (unsigned line = 0; line < width; ++line) {
+            sent[line] = sent[line] << 1 | (mask >> line & 1U);
+        }
+    }
+    if (!takeRise() || m_rise > stop) {
+        return;
+    }
+    block.endRight = levels() == (1U << width) - 1U;
+    block.last = endOfClock(m_clk);
+    block.crcRight = true;
+    for (unsigned line = 0; line < width; ++line) {
+        block.crcRight = block.crcRight && sent[line] == crc[line].value();
+    }
+    block.isWhole = true;
+}
+
+bool SdioDataLines::readStatus(std::uint8_t &status, Sample &last)
+{
+    status = 0;
+    for (unsigned bit = 0; bit < statusBits; ++bit) {
+        if (!takeRise()) {
+            return false;
+        }
+        status = std::uint8_t(status << 1 | unsigned(m_lines[0].levelAt(m_rise)));
+    }
+    if (!takeRise()) {
+        return false;
+    }
+    last = endOfClock(m_clk);
+    return true;
+}
+
+bool SdioDataLines::isBusy()
+{
+    return takeRise() && !m_lines[0].levelAt(m_rise);
+}
+
+bool SdioDataLines::release(Sample end, Sample &at)
+{
+    if (m_lines[0].level()) {
+        at = m_lines[0].position();
+        return true;
+    }
+    if (!m_lines[0].hasEdgeBefore(end)) {
+        return false;
+    }
+    at = m_lines[0].nextEdge();
+    m_clk.advanceTo(at);
+    return true;
+}

@@ -1,0 +1,23 @@
+#include "SdioSettings.h"
+
+using lux::Presence;
+
+SdioSettings::SdioSettings()
+    : clk(*this, "clk", "CLK", "The clock line"),
+      cmd(*this, "cmd", "CMD", "The line of commands and responses"),
+      d0(*this, "d0", "DAT0", "The first data line; without it data is not decoded", Presence::Optional),
+      d1(*this, "d1", "DAT1", "", Presence::Optional),
+      d2(*this, "d2", "DAT2", "", Presence::Optional),
+      d3(*this, "d3", "DAT3", "", Presence::Optional),
+      width(*this, "width", "Bus width", "How many data lines are in use",
+            {{1, "1", "1 bit: DAT0"}, {4, "4", "4 bits: DAT0 to DAT3"}}, 4)
+{}
+
+std::string SdioSettings::check() const
+{
+    const bool hasAll = d1.isDefined() && d2.isDefined() && d3.isDefined();
+    if (width.value() == 4 && d0.isDefined() && !hasAll) {
+        return "Choose channels for DAT1 to DAT3, or a bus width of 1 bit";
+    }
+    return {};
+}

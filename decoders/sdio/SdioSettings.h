@@ -1,0 +1,24 @@
+#pragma once
+
+#include <array>
+#include <corvanlux/analyzer/Decoder.h>
+#include <string>
+
+/// The settings of an SD or SDIO bus.
+class SdioSettings final : public lux::Settings {
+public:
+    SdioSettings();
+
+    lux::ChannelSetting clk;
+    lux::ChannelSetting cmd;
+    lux::ChannelSetting d0;
+    lux::ChannelSetting d1;
+    lux::ChannelSetting d2;
+    lux::ChannelSetting d3;
+    lux::NumberListSetting width; ///< data lines in use: 1 or 4
+
+    [[nodiscard]] std::array<Channel, 4> dataLines() const { return {d0, d1, d2, d3}; }
+
+protected:
+    [[nodiscard]] std::string check() const override;
+};

@@ -1,0 +1,217 @@
+#include "SdioAnalyzer.h"
+#include "common/Crc.h"
+
+#include <algorithm>
+#include <vector>
+
+using lux::Simulation;
+using lux::SimulationLine;
+
+namespace {
+
+constexpr std::int64_t usualRate = 400000; ///< clocks/s while a card is identified (4.2.1)
+constexpr std::int64_t samplesPerClock = 8;
+constexpr std::uint32_t wrongCrcEvery = 5; ///< rounds
+constexpr std::size_t blockBytes = 8;
+
+constexpr lux::CrcModel crc7 = {.width = 7, .polynomial = 0x09};
+constexpr lux::CrcModel crc16 = {.width = 16, .polynomial = 0x1021};
+
+/// Host and card of a simulated bus.
+class Bus {
+public:
+    Bus(Simulation &simulation, const SdioSettings &settings)
+        : m_simulation(simulation),
+          m_clk(simulation.line(settings.clk, false)),
+          m_cmd(simulation.line(settings.cmd, true)),
+          m_width(unsigned(settings.width.value())),
+          m_perSecond(2 * std::max<std::int64_t>(1, std::min(usualRate, simulation.sampleRate() / samplesPerClock)))
+    {
+        for (const Channel &channel : settings.dataLines()) {
+            m_dat.push_back(&simulation.line(channel, true));
+        }
+    }
+
+    /// One clock: lines change at its fall, and are taken at its rise.
+    void clock(bool cmd = true, unsigned dat = allHigh)
+    {
+        m_cmd.set(cmd);
+        for (std::size_t i = 0; i < m_dat.size(); ++i) {
+            m_dat[i]->set((dat >> i & 1U) != 0);
+        }
+        m_simulation.holdTime(1, m_perSecond);
+        m_clk.set(true);
+        m_simulation.holdTime(1, m_perSecond);
+        m_clk.set(false);
+    }
+    void idle(unsigned clocks)
+    {
+        for (unsigned i = 0; i < clocks; ++i) {
+            clock();
+        }
+    }
+    void stop(std::int64_t clocks) { m_simulation.holdTime(2 * clocks, m_perSecond); }
+
+    void command(std::uint32_t index, std::uint32_t argument, bool wrongCrc = false)
+    {
+        shortToken(0x40 | index, argument, wrongCrc);
+        idle(gap);
+    }
+    void response(std::uint32_t index, std::uint32_t argument)
+    {
+        shortToken(index, argument, false);
+        idle(gap);
+    }
+    /// R3 has ones in place of index and check.
+    void responseWithoutCheck(std::uint32_t argument)
+    {
+        bits(0x3f, 8);
+        bits(argument, 32);
+        bits(0xff, 8);
+        idle(gap);
+    }
+    void longResponse(std::uint32_t seed)
+    {
+        lux::Crc<crc7> crc;
+        bits(0x3f, 8);
+        for (std::uint32_t i = 0; i < SdioToken::registerBytes; ++i) {
+            const auto byte = std::uint8_t(seed + i);
+            crc.addByte(byte);
+            bits(byte, 8);
+        }
+        bits(crc.value() << 1 | 1U, 8);
+        idle(gap);
+    }
+    /// Bytes that count up.
+    void block(std::uint32_t seed, bool wrongCrc)
+    {
+        lux::Crc<crc16> crc[4];
+        const unsigned high = ~((1U << m_width) - 1U);
+        clock(true, high);
+        for (std::uint32_t i = 0; i < blockBytes; ++i) {
+            const std::uint32_t byte = (seed + i) & 0xffU;
+            for (unsigned left = 8; left > 0;) {
+                left -= m_width;
+                const unsigned mask = byte >> left & ((1U << m_width) - 1U);
+                for (unsigned line = 0; line < m_width; ++line) {
+                    crc[line].addBit((mask >> line & 1U) != 0);
+                }
+                clock(true, high | mask);
+            }
+        }
+        for (unsigned bit = crc16.width; bit > 0; --bit) {
+            unsigned mask = 0;
+            for (unsigned line = 0; line < m_width; ++line) {
+                mask |= (crc[line].value() >> (bit - 1) & 1U) << line;
+            }
+            clock(true, high | (mask ^ unsigned(wrongCrc && bit == 1)));
+        }
+        clock();
+        idle(gap);
+    }
+    void blockStatus(std::uint32_t status, unsigned busyClocks)
+    {
+        clock(true, ~1U);
+        for (unsigned bit = 3; bit > 0; --bit) {
+            clock(true, (status >> (bit - 1) & 1U) != 0 ? allHigh : ~1U);
+        }
+        clock();
+        busy(busyClocks);
+    }
+    void busy(unsigned clocks)
+    {
+        for (unsigned i = 0; i < clocks; ++i) {
+            clock(true, ~1U);
+        }
+        idle(gap);
+    }
+
+private:
+    static constexpr unsigned allHigh = ~0U;
+    static constexpr unsigned gap = 8;
+
+    void bits(std::uint32_t value, unsigned count)
+    {
+        while (count > 0) {
+            clock((value >> --count & 1U) != 0);
+        }
+    }
+    void shortToken(std::uint32_t head, std::uint32_t argument, bool wrongCrc)
+    {
+        lux::Crc<crc7> crc;
+        crc.addByte(std::uint8_t(head));
+        for (unsigned shift = 32; shift > 0; shift -= 8) {
+            crc.addByte(std::uint8_t(argument >> (shift - 8)));
+        }
+        bits(head, 8);
+        bits(argument, 32);
+        bits((crc.value() ^ std::uint32_t(wrongCrc)) << 1 | 1U, 8);
+    }
+
+    Simulation &m_simulation;
+    SimulationLine &m_clk;
+    SimulationLine &m_cmd;
+    std::vector<SimulationLine *> m_dat;
+    unsigned m_width;
+    std::int64_t m_perSecond; ///< half clocks
+};
+
+constexpr std::uint32_t readyInTransfer = 0x900; ///< state tran, READY_FOR_DATA
+
+void identify(Bus &bus, std::uint32_t round)
+{
+    bus.command(0, 0);
+    bus.command(8, 0x1aa);
+    bus.response(8, 0x1aa);
+    bus.command(sdio::applicationCommand, 0);
+    bus.response(sdio::applicationCommand, 0x120);
+    bus.command(sdio::sendOpCond, 0x40300000);
+    bus.responseWithoutCheck(0xc0ff8000);
+    bus.command(sdio::allSendCid, 0);
+    bus.longResponse(round);
+    bus.command(3, 0);
+    bus.response(3, 0x12340500);
+    bus.command(7, 0x12340000);
+    bus.response(7, 0x700);
+    bus.busy(20);
+}
+
+void transfer(Bus &bus, std::uint32_t round)
+{
+    const bool isWrong = round % wrongCrcEvery == wrongCrcEvery - 1;
+    bus.command(sdio::setBlockLength, blockBytes);
+    bus.response(sdio::setBlockLength, readyInTransfer);
+    bus.command(sdio::readSingleBlock, round);
+    bus.response(sdio::readSingleBlock, readyInTransfer);
+    bus.block(round, isWrong);
+    bus.command(sdio::readMultipleBlock, round);
+    bus.response(sdio::readMultipleBlock, readyInTransfer);
+    bus.block(round + 1, false);
+    bus.block(round + 2, false);
+    bus.command(sdio::stopTransmission, 0);
+    bus.response(sdio::stopTransmission, 0xb00);
+    bus.command(sdio::writeBlock, round);
+    bus.response(sdio::writeBlock, readyInTransfer);
+    bus.block(round + 3, isWrong);
+    bus.blockStatus(isWrong ? 5 : 2, isWrong ? 0 : 30);
+    bus.command(13, 0x12340000, isWrong);
+    if (!isWrong) {
+        bus.response(13, readyInTransfer);
+    }
+}
+
+} // namespace
+
+/// A card is identified once, and then read and written; now and then a check is wrong.
+void SdioAnalyzer::simulate(Simulation &simulation)
+{
+    Bus bus(simulation, m_settings);
+    bus.stop(16 + simulation.random(64));
+    bus.idle(8);
+    if (m_sent == 0) {
+        identify(bus, m_sent);
+    } else {
+        transfer(bus, m_sent);
+    }
+    ++m_sent;
+}
