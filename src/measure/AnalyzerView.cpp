@@ -27,7 +27,6 @@ AnalyzerView::AnalyzerView(QWidget *parent) : QWidget(parent)
     column->setSpacing(dp(4));
     buildSections();
     connectSections();
-    showSections();
 }
 
 void AnalyzerView::buildSections()
@@ -35,28 +34,28 @@ void AnalyzerView::buildSections()
     measureView = new MeasureView(this);
     pulseMeasure = new PulseMeasure(this);
     annotations = new Annotations(this);
+    for (int place = 0; place + 1 < PlaceCount; ++place) {
+        separators.append(new ColorLump(dp(separatorHeight), gGreys[5], 0, 0, this));
+        column->addWidget(separators.constLast());
+    }
+    m_spare = new QWidget(this);
+    column->addWidget(m_spare, 1);
     addSection(Measures, measureView);
     addSection(Pulses, pulseMeasure);
     addSection(MarkerPairs, annotations);
-
-    for (int place = 0; place < PlaceCount; ++place) {
-        if (m_sections[std::size_t(place)] != nullptr) {
-            column->addWidget(m_sections[std::size_t(place)]);
-        }
-        if (place + 1 < PlaceCount) {
-            separators.append(new ColorLump(dp(separatorHeight), gGreys[5], 0, 0, this));
-            column->addWidget(separators.constLast());
-        }
-    }
-    if (m_sections[Results] == nullptr) {
-        column->addWidget(new QWidget(this)); // the spare height, until the results take it
-    }
-    column->setStretch(column->count() - 1, 1);
 }
 
 void AnalyzerView::addSection(Place place, QWidget *section)
 {
     m_sections[place] = section;
+    if (place == Results) {
+        delete m_spare;
+        m_spare = nullptr;
+        column->addWidget(section, 1);
+    } else {
+        column->insertWidget(column->indexOf(separators.at(place)), section);
+    }
+    showSections();
 }
 
 void AnalyzerView::connectSections()

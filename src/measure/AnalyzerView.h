@@ -18,12 +18,19 @@ class QVBoxLayout;
 /// name begins with "slot" is a pure relay. Main thread; one instance.
 ///
 /// Every section has its place in the column, whether it is built or not, and a separator below it but for the last. To
-/// add one: make it in buildSections() with addSection(), connect it in connectSections(), and have reload() tell it of
-/// another device. Its separator comes and goes with it. The last place, that of the results, takes the spare height.
+/// add one of this folder: make it in buildSections() with addSection(), connect it in connectSections(), and have
+/// reload() tell it of another device; those of the analyzers are made by who knows them and handed in. Its separator
+/// comes and goes with it. The last place, that of the results, takes the spare height.
 class AnalyzerView : public QWidget {
     Q_OBJECT
 public:
+    /// The places of the column, from the top.
+    enum Place { AnalogMeasures, Measures, Pulses, MarkerPairs, VoltageMarkers, Analyzers, Results, PlaceCount };
+
     explicit AnalyzerView(QWidget *parent = nullptr);
+
+    /// Puts a section at a place that is still free. Takes the widget over.
+    void addSection(Place place, QWidget *section);
 
     /// Brings the panel in line with the device of the moment.
     void reload();
@@ -55,11 +62,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    /// The places of the column, from the top.
-    enum Place { AnalogMeasures, Measures, Pulses, MarkerPairs, VoltageMarkers, Analyzers, Results, PlaceCount };
-
     void buildSections();
-    void addSection(Place place, QWidget *section);
     void connectSections();
     /// Shows the sections that the device has, and a separator between each two of them.
     void showSections();
@@ -67,4 +70,5 @@ private:
     std::array<QWidget *, PlaceCount> m_sections{}; ///< by place; null for one that is not built
     QVector<ColorLump *> separators;                ///< number i stands below place i
     QVBoxLayout *column = nullptr;
+    QWidget *m_spare = nullptr; ///< at the place of the results while that is free
 };

@@ -1,0 +1,68 @@
+#include "controls/Look.h"
+#include "protocol/SearchEdit.h"
+#include "support/GuiTestMain.h"
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QtTest>
+
+/// The line in which something is searched for.
+class TstSearchEdit : public QObject {
+    Q_OBJECT
+private slots:
+    void aCountIsShownAtTheRightEndAndTheTextKeepsClearOfIt();
+    void noCountIsShownForNothing();
+    void escapeEmptiesTheLineAndOnlyAnEmptyOneLetsItThrough();
+    void theTextBeginsRightOfTheGlass();
+};
+
+void TstSearchEdit::aCountIsShownAtTheRightEndAndTheTextKeepsClearOfIt()
+{
+    SearchEdit line({});
+    line.resize(200, line.height());
+    line.show();
+    line.setCount(10'000'000);
+    QCOMPARE(line.countText(), QStringLiteral("10000000"));
+    const QLabel *count = line.findChildren<QLabel *>().constLast();
+    QVERIFY(count->geometry().right() < line.width());
+    QVERIFY(count->width() >= count->sizeHint().width());
+    QVERIFY(line.textMargins().right() >= count->width());
+}
+
+void TstSearchEdit::noCountIsShownForNothing()
+{
+    SearchEdit line({});
+    line.setCount(5);
+    line.setCount(0);
+    QCOMPARE(line.countText(), QString());
+    QCOMPARE(line.textMargins().right(), 0);
+    line.setCount(-1);
+    QCOMPARE(line.countText(), QString());
+}
+
+void TstSearchEdit::escapeEmptiesTheLineAndOnlyAnEmptyOneLetsItThrough()
+{
+    QWidget window;
+    SearchEdit line({}, &window);
+    window.show();
+    QTest::keyClicks(&line, QStringLiteral("ack"));
+    const QSignalSpy changes(&line, &QLineEdit::textChanged);
+    QKeyEvent first(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(&line, &first);
+    QVERIFY(first.isAccepted());
+    QCOMPARE(line.text(), QString());
+    QCOMPARE(changes.size(), 1);
+    QKeyEvent second(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::sendEvent(&line, &second);
+    QVERIFY(!second.isAccepted());
+}
+
+void TstSearchEdit::theTextBeginsRightOfTheGlass()
+{
+    const SearchEdit line({});
+    const QLabel *glass = line.findChildren<QLabel *>().constFirst();
+    QVERIFY(line.textMargins().left() > glass->geometry().right());
+}
+
+LUX_GUI_TEST(TstSearchEdit)
+#include "tst_SearchEdit.moc"
