@@ -190,6 +190,7 @@ bool AnalyzerManager::endWorker(AnalyzerItem &item)
 
 void AnalyzerManager::takeOut(AnalyzerItem &item)
 {
+    const ResultsChange change = prepareModify(); // its results go some time after the item has others
     const QByteArray settings = settingsText(item).toLatin1();
     const QString name = nameOf(item);
     const AnalyzerLib lib = item;

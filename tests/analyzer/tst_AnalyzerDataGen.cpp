@@ -1,0 +1,430 @@
+#include "analyzer/AnalyzerDataGen.h"
+#include "analyzer/MadeResults.h"
+#include "analyzer/ResultsGate.h"
+
+#include <QtTest>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+namespace {
+
+constexpr double wholeCapture = 1e12;
+constexpr int patience = 20000; // ms
+
+QString text(const char *ascii)
+{
+    return QString::fromLatin1(ascii);
+}
+
+/// The thread over made-up results, and what it told last.
+class ThreadDesk {
+public:
+    ThreadDesk()
+    {
+        QObject::connect(list.get(), &AnalyzerDataGen::listChanged, list.get(),
+                         [this](const QStringList &rows, bool isSelected, int selectedRow) {
+                             page = rows.join(QLatin1Char(' '));
+                             marked = isSelected;
+                             selected = selectedRow;
+                             ++pages;
+                         });
+        QObject::connect(list.get(), &AnalyzerDataGen::listTotalChanged, list.get(),
+                         [this](qlonglong index, qlonglong max, int pageNum) {
+                             top = index;
+                             total = max;
+                             rowNum = pageNum;
+                             ++totals;
+                         });
+        QObject::connect(list.get(), &AnalyzerDataGen::resetWanted, list.get(), [this] { ++wanted; });
+        list->slotRowNumChanged(3);
+    }
+    MadeResults &add(char letter)
+    {
+        made.push_back(std::make_unique<MadeResults>(letter));
+        return *made.back();
+    }
+    void reset(const QString &searched = {}, double from = 0, double to = wholeCapture,
+               AnalyzerDataGen::Clicked clicked = AnalyzerDataGen::Clicked::Forget)
+    {
+        page = text("(none yet)");
+        list->reset({searched, from, to}, clicked);
+    }
+    [[nodiscard]] bool shows(const char *rows) const
+    {
+        return QTest::qWaitFor([this, rows] { return page == text(rows); }, patience);
+    }
+
+    ResultsGate gate;
+    std::vector<std::unique_ptr<MadeResults>> made;
+    QString page;
+    bool marked = false;
+    int selected = 0;
+    qlonglong top = 0;
+    qlonglong total = 0;
+    int rowNum = 0;
+    int pages = 0;
+    int totals = 0;
+    int wanted = 0;
+    std::unique_ptr<AnalyzerDataGen> list = std::make_unique<AnalyzerDataGen>(gate, [this] {
+        std::vector<ResultSource> sources;
+        for (const auto &results : made) {
+            const auto *id = reinterpret_cast<const Analyzer *>(results.get());
+            sources.push_back({results.get(), id, DisplayBase::Decimal});
+        }
+        return sources;
+    });
+};
+
+/// Results whose texts can be held up.
+class SlowResults : public MadeResults {
+public:
+    using MadeResults::MadeResults;
+    void describe(const FrameData &frame, lux::FrameText &out) const override
+    {
+        reached.store(true);
+        while (held.load()) {
+            std::this_thread::yield();
+        }
+        MadeResults::describe(frame, out);
+    }
+    mutable std::atomic<bool> reached{false};
+    std::atomic<bool> held{false};
+};
+
+} // namespace
+
+/// The thread of the results list.
+class TstAnalyzerDataGen : public QObject {
+    Q_OBJECT
+private slots:
+    void aResetTellsThePageAndItsPlace();
+    void nothingToShowTellsAnEmptyList();
+    void aScrollMovesThePage();
+    void aScrollBehindTheListIsPassedOver();
+    void theNewestOfManyRequestsIsWhatIsShown();
+    void aSearchTellsItsCount();
+    void aNewSearchEndsTheOneUnderWay();
+    void noRowIsSelectedUntilOneIsClicked();
+    void theClickedRowMovesWithThePage();
+    void aResetForgetsTheClickedRow();
+    void aResetThatKeepsTheClickedRowFindsItsFrame();
+    void rowsOfThePageKnowTheirFrames();
+    void anotherHeightFillsThePage();
+    void aChangeOfResultsIsNotHeldUpByAScan();
+    void aChangeOfResultsIsNotHeldUpByALongScroll();
+    void resultsThatWereReplacedAreAskedForAgain();
+    void aRequestDuringAChangeIsServedBehindIt();
+    void itEndsInTheMiddleOfAScan();
+    void anythingAtOnceLeavesItSound();
+};
+
+void TstAnalyzerDataGen::aResetTellsThePageAndItsPlace()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10, 0, 10);
+    desk.reset({}, 50);
+    QVERIFY(desk.shows("A5 A6 A7"));
+    QCOMPARE(desk.top, 5);
+    QCOMPARE(desk.total, 10);
+    QCOMPARE(desk.rowNum, 3);
+}
+
+void TstAnalyzerDataGen::nothingToShowTellsAnEmptyList()
+{
+    ThreadDesk desk;
+    desk.reset();
+    QVERIFY(desk.shows(""));
+    desk.add('A').row(10, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.reset({}, 0, 0);
+    QVERIFY(desk.shows(""));
+    QCOMPARE(desk.total, 0);
+}
+
+void TstAnalyzerDataGen::aScrollMovesThePage()
+{
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->begFrameChanged(50);
+    QVERIFY(desk.shows("A50 A51 A52"));
+    desk.list->begFrameChanged(49);
+    QVERIFY(desk.shows("A49 A50 A51"));
+    desk.list->begFrameChanged(100);
+    QVERIFY(desk.shows("A97 A98 A99"));
+    QCOMPARE(desk.list->topRow(), 97);
+}
+
+void TstAnalyzerDataGen::aScrollBehindTheListIsPassedOver()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->begFrameChanged(4);
+    desk.list->begFrameChanged(11);
+    QVERIFY(desk.shows("A4 A5 A6"));
+}
+
+void TstAnalyzerDataGen::theNewestOfManyRequestsIsWhatIsShown()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10000, 0, 10);
+    for (int i = 0; i < 500; ++i) {
+        desk.reset({}, i * 10);
+    }
+    QVERIFY(desk.shows("A499 A500 A501"));
+    for (int i = 0; i < 500; ++i) {
+        desk.list->begFrameChanged(i);
+    }
+    desk.list->begFrameChanged(777);
+    QVERIFY(desk.shows("A777 A778 A779"));
+}
+
+void TstAnalyzerDataGen::aSearchTellsItsCount()
+{
+    ThreadDesk desk;
+    desk.add('A').row(5000, 0, 10, 5);
+    desk.reset(text("hit"));
+    QVERIFY(desk.shows("Hit A0 Hit A5 Hit A10"));
+    QTRY_COMPARE(desk.total, 1000);
+    desk.reset(text("nowhere"));
+    QVERIFY(desk.shows(""));
+    QCOMPARE(desk.total, 0);
+}
+
+void TstAnalyzerDataGen::aNewSearchEndsTheOneUnderWay()
+{
+    ThreadDesk desk;
+    auto slow = std::make_unique<SlowResults>('A');
+    slow->row(100, 0, 10, 10);
+    SlowResults &results = *slow;
+    desk.made.push_back(std::move(slow));
+    results.held = true;
+    desk.reset(text("nowhere"));
+    QTRY_VERIFY(results.reached.load());
+    desk.reset(text("hit"));
+    results.held = false;
+    QVERIFY(desk.shows("Hit A0 Hit A10 Hit A20"));
+    QVERIFY(results.texts < 210); // one of the first search, then one scan and the page
+}
+
+void TstAnalyzerDataGen::noRowIsSelectedUntilOneIsClicked()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    QVERIFY(!desk.marked);
+    QCOMPARE(desk.selected, -1);
+}
+
+void TstAnalyzerDataGen::theClickedRowMovesWithThePage()
+{
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset({}, 500);
+    QVERIFY(desk.shows("A50 A51 A52"));
+    desk.list->markRow(51);
+    QCOMPARE(desk.list->selectedRow(), 1);
+    desk.list->begFrameChanged(49);
+    QVERIFY(desk.shows("A49 A50 A51"));
+    QVERIFY(desk.marked);
+    QCOMPARE(desk.selected, 2);
+    desk.list->begFrameChanged(60);
+    QVERIFY(desk.shows("A60 A61 A62"));
+    QCOMPARE(desk.selected, -9);
+    desk.list->begFrameChanged(100); // the last page begins before the row that was asked for
+    QVERIFY(desk.shows("A97 A98 A99"));
+    QCOMPARE(desk.selected, 51 - 97);
+}
+
+void TstAnalyzerDataGen::aResetForgetsTheClickedRow()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->markRow(1);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    QVERIFY(!desk.marked);
+    QCOMPARE(desk.selected, -1);
+}
+
+void TstAnalyzerDataGen::aResetThatKeepsTheClickedRowFindsItsFrame()
+{
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->markRow(2);
+    desk.reset({}, 10, wholeCapture, AnalyzerDataGen::Clicked::Keep);
+    QVERIFY(desk.shows("A1 A2 A3"));
+    QVERIFY(desk.marked);
+    QCOMPARE(desk.selected, 1);
+    desk.reset({}, 500, wholeCapture, AnalyzerDataGen::Clicked::Keep);
+    QVERIFY(desk.shows("A50 A51 A52"));
+    QCOMPARE(desk.selected, -1); // nobody knows its row in this list
+    desk.reset({}, 0, wholeCapture, AnalyzerDataGen::Clicked::Keep);
+    QVERIFY(desk.shows("A0 A1 A2"));
+    QCOMPARE(desk.selected, 2);
+}
+
+void TstAnalyzerDataGen::rowsOfThePageKnowTheirFrames()
+{
+    ThreadDesk desk;
+    desk.add('A').row(10, 0, 10);
+    QVERIFY(desk.list->frameAt(0) == nullptr);
+    desk.reset({}, 50);
+    QVERIFY(desk.shows("A5 A6 A7"));
+    QCOMPARE(desk.list->frameAt(1)->first, 60);
+    QCOMPARE(desk.list->frameAt(1)->last, 65);
+    QVERIFY(desk.list->frameAt(3) == nullptr);
+    QVERIFY(desk.list->frameAt(-1) == nullptr);
+}
+
+void TstAnalyzerDataGen::anotherHeightFillsThePage()
+{
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset({}, 100);
+    QVERIFY(desk.shows("A10 A11 A12"));
+    desk.list->markRow(11);
+    desk.list->slotRowNumChanged(5);
+    QVERIFY(desk.shows("A10 A11 A12 A13 A14"));
+    QVERIFY(!desk.marked);
+    desk.list->slotRowNumChanged(-1);
+    QVERIFY(desk.shows(""));
+}
+
+void TstAnalyzerDataGen::aChangeOfResultsIsNotHeldUpByAScan()
+{
+    ThreadDesk desk;
+    desk.add('A').row(400'000, 0, 10, 1);
+    desk.reset(text("hit"));
+    QVERIFY(desk.shows("Hit A0 Hit A1 Hit A2"));
+    QTRY_VERIFY(desk.totals > 1);
+    desk.list->slotModifyPrepare();
+    const ResultsChange change(desk.gate); // waits for the thread to let go
+    desk.made.clear();
+    QVERIFY(!ResultsPass(desk.gate));
+    QCOMPARE(desk.list->totalRows(), desk.total); // page and numbers survive
+    QVERIFY(desk.total > 0);
+}
+
+void TstAnalyzerDataGen::aChangeOfResultsIsNotHeldUpByALongScroll()
+{
+    ThreadDesk desk;
+    auto slow = std::make_unique<SlowResults>('A');
+    slow->row(1000, 0, 10, 1);
+    SlowResults &results = *slow;
+    desk.made.push_back(std::move(slow));
+    desk.reset(text("hit"));
+    QTRY_COMPARE(desk.total, 1000);
+    results.reached = false;
+    results.held = true;
+    results.texts = 0;
+    desk.list->begFrameChanged(900);
+    QTRY_VERIFY(results.reached.load()); // in the first frame of the way
+    desk.list->slotModifyPrepare();
+    results.held = false;
+    const ResultsChange change(desk.gate);
+    QVERIFY(results.texts < 900);
+}
+
+void TstAnalyzerDataGen::resultsThatWereReplacedAreAskedForAgain()
+{
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->slotModifyPrepare();
+    {
+        const ResultsChange change(desk.gate);
+        desk.made.clear();
+        desk.add('B').row(100, 0, 10);
+    }
+    QCOMPARE(desk.wanted, 0); // the list has what it shows
+    desk.list->begFrameChanged(50);
+    QTRY_COMPARE(desk.wanted, 1);
+    QCOMPARE(desk.page, text("A0 A1 A2"));
+    desk.reset();
+    QVERIFY(desk.shows("B0 B1 B2"));
+}
+
+void TstAnalyzerDataGen::aRequestDuringAChangeIsServedBehindIt()
+{
+    ThreadDesk desk;
+    desk.list->slotModifyPrepare();
+    {
+        const ResultsChange change(desk.gate);
+        desk.add('A').row(100, 0, 10);
+        desk.reset({}, 100);
+        QCoreApplication::processEvents();
+        QCOMPARE(desk.page, text("(none yet)"));
+    }
+    QVERIFY(desk.shows("A10 A11 A12"));
+    desk.reset({}, 200);
+    desk.list->slotModifyPrepare(); // what the request names is perhaps gone when it is served
+    QTRY_VERIFY(desk.wanted > 0 || desk.page == text("A20 A21 A22"));
+}
+
+void TstAnalyzerDataGen::itEndsInTheMiddleOfAScan()
+{
+    ThreadDesk desk;
+    desk.add('A').row(300'000, 0, 10, 1);
+    desk.reset(text("hit"));
+    QVERIFY(desk.shows("Hit A0 Hit A1 Hit A2"));
+    desk.list.reset();
+    QVERIFY(desk.made[0]->texts < 300'000);
+}
+
+void TstAnalyzerDataGen::anythingAtOnceLeavesItSound()
+{
+    ThreadDesk desk;
+    std::mt19937 random(11);
+    QObject::connect(desk.list.get(), &AnalyzerDataGen::resetWanted, desk.list.get(), [&desk] { desk.reset(); });
+    for (int i = 0; i < 400; ++i) {
+        switch (random() % 6) {
+        case 0:
+            desk.reset(random() % 2 == 0 ? QString() : text("hit"), double(random() % 9000));
+            break;
+        case 1:
+            desk.list->slotRowNumChanged(int(random() % 9));
+            break;
+        case 2: {
+            desk.list->slotModifyPrepare();
+            const ResultsChange change(desk.gate);
+            desk.made.clear();
+            desk.add('A').row(random() % 3000, 0, 3, 5);
+            desk.add('B').row(random() % 3000, 1, 4, 7);
+            break;
+        }
+        case 3:
+            desk.list->markRow(qint64(random() % 20));
+            break;
+        case 4:
+            desk.list->begFrameChanged(qlonglong(random() % 5000));
+            break;
+        default:
+            QCoreApplication::processEvents();
+        }
+    }
+    desk.list->slotRowNumChanged(2);
+    desk.list->slotModifyPrepare();
+    {
+        const ResultsChange change(desk.gate);
+        desk.made.clear();
+        desk.add('Z').row(5, 0, 10);
+    }
+    desk.reset();
+    QVERIFY(desk.shows("Z0 Z1"));
+}
+
+QTEST_GUILESS_MAIN(TstAnalyzerDataGen)
+#include "tst_AnalyzerDataGen.moc"
