@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "settings/Globals.h"
+#include "wave/DecodedPainter.h"
 #include "wave/DecodedSource.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveStrokes.h"
@@ -22,7 +23,10 @@ constexpr std::size_t columnsOfARect = 6; ///< more rectangles than one in so ma
 } // namespace
 
 ItemWaveLine::ItemWaveLine(int channel, const WaveDataGen *generator)
-    : chnIndex(channel), waveGen(generator), lineColor(gChnColors[channel % 8].lighter(lighterPercent))
+    : chnIndex(channel),
+      waveGen(generator),
+      lineColor(gChnColors[channel % 8].lighter(lighterPercent)),
+      m_decoded(DecodedPainter::shared())
 {
     setZValue(1);
     setFlag(ItemUsesExtendedStyleOption); // for the exposed rectangle
@@ -36,9 +40,14 @@ void ItemWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *opti
     }
     painter->setRenderHint(QPainter::Antialiasing, false);
     paintTrace(*painter, option->exposedRect);
-    if (gDecodedSource != nullptr) {
-        gDecodedSource->paintRow(*painter, {chnIndex, width, height, waveGen->viewStart(), waveGen->ratioSasPix()});
-    }
+    paintDecoded(*painter, option->exposedRect);
+}
+
+void ItemWaveLine::paintDecoded(QPainter &painter, const QRectF &exposed)
+{
+    const DecodedView view{waveGen->viewStart(), waveGen->ratioSasPix(), width, waveGen->sampleCount(), screenScale()};
+    const QRect seen = exposed.toAlignedRect();
+    m_decoded->paint(painter, chnIndex, view, height, lineColor, seen.left(), seen.right());
 }
 
 void ItemWaveLine::paintTrace(QPainter &painter, const QRectF &exposed)

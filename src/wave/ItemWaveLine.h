@@ -6,8 +6,10 @@
 #include <QColor>
 #include <QRect>
 
+#include <memory>
 #include <vector>
 
+class DecodedPainter;
 class WaveDataGen;
 
 /// The logic trace of a digital channel, and above it what is decoded there.
@@ -20,13 +22,15 @@ public:
 
 private:
     void paintTrace(QPainter &painter, const QRectF &exposed);
+    void paintDecoded(QPainter &painter, const QRectF &exposed);
 
     /// The same picture in one pass, for a trace of many strokes; paints the ground between them as well.
     void paintRows(QPainter &painter, const QRect &seen, QColor color);
 
     const int chnIndex;
     const WaveDataGen *const waveGen;
-    const QColor lineColor;     ///< the trace's colour when waves are drawn in their channels' colours
+    const QColor lineColor; ///< the trace's colour when waves are drawn in their channels' colours
+    const std::shared_ptr<DecodedPainter> m_decoded;
     std::vector<QRect> m_rects; ///< scratch of one paint, kept for its memory, as the one below
     TraceRows m_traceRows;
 };

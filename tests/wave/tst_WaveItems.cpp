@@ -1,7 +1,7 @@
 #include "controls/Look.h"
 #include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
-#include "wave/DecodedSource.h"
+#include "wave/DecodedFake.h"
 #include "wave/MainViewDesk.h"
 #include "wave/WaveStrokes.h"
 
@@ -60,21 +60,6 @@ WaveCapture onePulse()
 {
     return capture().channels(16).samples(logicalWidth).pulses(0, {30, 30});
 }
-
-/// Notes what it is asked for, and fills the row's left half.
-class NotingSource : public DecodedSource {
-public:
-    NotingSource() { gDecodedSource = this; }
-    ~NotingSource() override { gDecodedSource = nullptr; }
-    void paintRow(QPainter &painter, const DecodedRow &row) const override
-    {
-        asked.push_back(row);
-        painter.fillRect(0, 0, row.width / 2, row.height, Qt::cyan);
-    }
-    QString chnLabel(int chn) const override { return chn == 1 ? QStringLiteral("I2C - SCL") : QString(); }
-
-    mutable std::vector<DecodedRow> asked;
-};
 
 } // namespace
 
@@ -306,24 +291,25 @@ void TstWaveItems::theArrowPaintsNothingForShortSpans()
 
 void TstWaveItems::whatIsDecodedIsPaintedOverTheTrace()
 {
-    Waves waves(capture().channels(16).samples(logicalWidth));
-    const NotingSource source;
+    Waves waves(capture().channels(16).samples(logicalWidth).pulses(4, {1}));
+    DecodedFake decoded;
+    decoded.add(20, 60, {}).add(70, 80, {""}).mark(40, 9);
+    DecodedFakes source;
+    source.decoders.emplace_back(4, &decoded);
     ItemWaveLine line(4, &waves.gen);
     const QImage image = painted(line, {logicalWidth, 51});
-    QCOMPARE(image.pixelColor(20, 44), QColor(Qt::cyan));
-    QCOMPARE(image.pixelColor(70, 44), gGreys[0]);
-    QCOMPARE(source.asked.size(), std::size_t(1));
-    QCOMPARE(source.asked[0].chn, 4);
-    QCOMPARE(source.asked[0].width, logicalWidth);
-    QCOMPARE(source.asked[0].height, 51);
-    QCOMPARE(source.asked[0].viewStart, 0.0);
-    QCOMPARE(source.asked[0].ratio, 1.0);
+    QCOMPARE(source.asked, std::vector<int>{4});
+    QCOMPARE(image.pixelColor(70, 7), gChnColors[4]);
+    QCOMPARE(image.pixelColor(80, 7), gChnColors[4]);
+    QVERIFY(image.pixelColor(75, 9) != gGreys[0]); // darkened
+    QCOMPARE(image.pixelColor(20, 3), untouched);
+    QCOMPARE(image.pixelColor(40, 2 + 51 / 2), QColor(Qt::red));
 }
 
 void TstWaveItems::decodersAreNotAskedForARowThatIsNotShown()
 {
     Waves waves(onePulse());
-    const NotingSource source;
+    const DecodedFakes source;
     ItemWaveLine line(0, &waves.gen);
     (void)painted(line, {logicalWidth, 0});
     waves.device->smpData->clear();
@@ -333,7 +319,7 @@ void TstWaveItems::decodersAreNotAskedForARowThatIsNotShown()
 
 void TstWaveItems::theNamesOfDecodersStandInTheSidebars()
 {
-    const NotingSource source;
+    const DecodedFakes source;
     const MainViewDesk desk;
     const auto *field = desk.sidebar(1).findChild<QLineEdit *>(QStringLiteral("analyzer"));
     QVERIFY(field != nullptr);
