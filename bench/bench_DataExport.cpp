@@ -9,6 +9,7 @@
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -52,9 +53,9 @@ void fill(SmpData &data, std::int64_t samples, std::uint32_t mean)
         std::int64_t pos = 0;
         require(data.addPulses(widths, chn, pos), "make the capture");
     }
-    data.smpCount = samples;
+    SmpWriter(data).setSmpCount(samples);
     data.finish(samples);
-    data.trgPos = samples / 20;
+    SmpWriter(data).setTrgPos(samples / 20);
 }
 
 /// A folder on the file system under test, and the names in it.
@@ -79,7 +80,7 @@ std::int64_t exported(SmpData &data, DataFile::Mode job, const QString &path)
     const bool text = job == DataFile::Mode::ExportText;
     DataFile file(&data);
     file.chnSelect = select.data();
-    file.setRange(0, double(data.smpCount));
+    file.setRange(0, double(data.smpCount()));
     require(file.edgeTotal() > 0, "count the entries");
     file.file.setFileName(path);
     const auto mode = QIODevice::WriteOnly | QIODevice::Truncate;
@@ -92,7 +93,7 @@ std::int64_t exported(SmpData &data, DataFile::Mode job, const QString &path)
 SmpData &busyCapture()
 {
     static SmpData data(channels, 0);
-    if (data.smpCount == 0) {
+    if (data.smpCount() == 0) {
         fill(data, 12'500'000, 32);
     }
     return data;
@@ -102,7 +103,7 @@ SmpData &busyCapture()
 SmpData &quietCapture()
 {
     static SmpData data(channels, 0);
-    if (data.smpCount == 0) {
+    if (data.smpCount() == 0) {
         fill(data, 200'000'000, 1000);
     }
     return data;

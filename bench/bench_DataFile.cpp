@@ -122,7 +122,7 @@ void saveFile(benchmark::State &state)
     for ([[maybe_unused]] auto _ : state) {
         DataFile file(&data);
         file.chnSelect = select.data();
-        file.setRange(0, double(data.smpCount));
+        file.setRange(0, double(data.smpCount()));
         require(file.edgeTotal() == channels * entriesPerChannel, "count the entries");
         file.file.setFileName(big.outPath());
         require(file.file.open(QIODevice::WriteOnly | QIODevice::Truncate), "open for the save");

@@ -3,6 +3,7 @@
 
 #include "analysis/PulseCount.h"
 #include "store/MemBudget.h"
+#include "store/SmpWriter.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
@@ -32,8 +33,8 @@ std::unique_ptr<SmpData> captureOf(std::int64_t edges)
             return nullptr;
         }
     }
-    data->smpCount = pos + longestPulse;
-    data->finish(data->smpCount);
+    SmpWriter(*data).setSmpCount(pos + longestPulse);
+    data->finish(data->smpCount());
     return data;
 }
 
@@ -47,8 +48,8 @@ void row(benchmark::State &state)
     }
     std::mt19937_64 random(1);
     for (auto _ : state) {
-        const auto a = std::int64_t(random() % std::uint64_t(data->smpCount));
-        const auto b = std::int64_t(random() % std::uint64_t(data->smpCount));
+        const auto a = std::int64_t(random() % std::uint64_t(data->smpCount()));
+        const auto b = std::int64_t(random() % std::uint64_t(data->smpCount()));
         PulseCounts counts;
         bool counted = countPulses(*data, 0, std::min(a, b), std::max(a, b), counts);
         benchmark::DoNotOptimize(counted);
@@ -65,7 +66,7 @@ void rowAsText(benchmark::State &state)
         return;
     }
     for (auto _ : state) {
-        QString fields = pulseCountFields(*data, 0, 0, data->smpCount);
+        QString fields = pulseCountFields(*data, 0, 0, data->smpCount());
         benchmark::DoNotOptimize(fields);
     }
 }

@@ -5,6 +5,7 @@
 #include "store/SmpData.h"
 #include "store/SmpEdgeReader.h"
 #include "store/SmpStreams.h"
+#include "store/SmpWriter.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -137,7 +138,7 @@ void quiet(benchmark::State &state, Decode decode)
         data.begin(0, 100000000, smpStreams::enabled(data.chnCount));
         bool stored = false;
         const double took = seconds([&] { stored = decode(data, bytes); });
-        if (!stored || data.smpCount == 0) {
+        if (!stored || data.smpCount() == 0) {
             state.SkipWithError("not decoded");
             return;
         }
@@ -163,7 +164,7 @@ void busy(benchmark::State &state, Decode decode)
         state.SkipWithError("not decoded");
         return;
     }
-    data.finish(data.smpCount);
+    data.finish(data.smpCount());
     // The yardstick appends the same positions in the same order to 16 vectors.
     std::vector<std::pair<std::uint32_t, std::int64_t>> order;
     for (int chn = 0; chn < data.chnCount; ++chn) {
@@ -228,8 +229,8 @@ struct LongChannel {
                 std::abort();
             }
         }
-        data.smpCount = pos + 10;
-        data.finish(data.smpCount);
+        SmpWriter(data).setSmpCount(pos + 10);
+        data.finish(data.smpCount());
     }
 };
 
@@ -238,7 +239,7 @@ constexpr int lineWidth = 1920;
 void line(benchmark::State &state)
 {
     const LongChannel channel(state.range(0), true);
-    const double step = double(channel.data.smpCount) / lineWidth;
+    const double step = double(channel.data.smpCount()) / lineWidth;
     std::vector<SmpWaveRun> runs(lineWidth);
     Least spent;
     Least yardstick;
@@ -322,7 +323,7 @@ void sequential(benchmark::State &state, Way way)
 void queryAtEnd(benchmark::State &state)
 {
     static const LongChannel channel(100000000, false);
-    const std::int64_t pos = channel.data.smpCount - 5000;
+    const std::int64_t pos = channel.data.smpCount() - 5000;
     SmpEdgeInfo info{};
     for (auto _ : state) {
         switch (state.range(0)) {
@@ -362,7 +363,7 @@ void capturesInTurn(benchmark::State &state)
                 std::abort();
             }
         }
-        data.smpCount = pos;
+        SmpWriter(data).setSmpCount(pos);
         data.finish(pos);
     };
     Least first;
@@ -384,7 +385,7 @@ void finishing(benchmark::State &state)
 {
     for (auto _ : state) {
         LongChannel channel(state.range(0), false);
-        const std::int64_t end = state.range(1) == 0 ? channel.data.smpCount : 1000;
+        const std::int64_t end = state.range(1) == 0 ? channel.data.smpCount() : 1000;
         channel.data.open();
         state.SetIterationTime(seconds([&] { channel.data.finish(end); }));
     }

@@ -136,7 +136,7 @@ void streaming(benchmark::State &state, bool bytes8)
             control.join();
             converter.join();
         });
-        if (host.smpData->smpCount != settings.depth || host.smpSta != 5) {
+        if (host.smpData->smpCount() != settings.depth || host.smpSta != 5) {
             state.SkipWithError("not captured");
             return;
         }

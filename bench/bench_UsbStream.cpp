@@ -123,7 +123,7 @@ bool capture(std::int64_t bytes, double &took)
         control.join();
         converter.join();
     });
-    return host.smpSta == 5 && host.smpData->smpCount == settings.depth;
+    return host.smpSta == 5 && host.smpData->smpCount() == settings.depth;
 }
 
 /// The bare loop: two transfers of the size that the capture chooses, sent again as soon as they come.

@@ -27,18 +27,18 @@ void require(bool holds, const char *what)
 void checkTree(const SmpData &data)
 {
     for (int chn = 0; chn < data.chnCount; ++chn) {
-        if (data.chnRoots[std::size_t(chn)] == nullptr) {
+        if (data.chnRoots()[std::size_t(chn)] == nullptr) {
             continue;
         }
-        require(data.lastPosition(chn) == data.smpCount, "the end mark stands at the end");
+        require(data.lastPosition(chn) == data.smpCount(), "the end mark stands at the end");
         std::int64_t previous = -1;
         const std::int64_t count = std::min<std::int64_t>(data.entryCount(chn), 1000);
         for (std::int64_t i = 0; i < count; ++i) {
             const std::int64_t entry = data.entryAt(chn, {}, i);
-            require(entry > previous && entry <= data.smpCount, "entries increase up to the end");
+            require(entry > previous && entry <= data.smpCount(), "entries increase up to the end");
             previous = entry;
         }
-        for (const std::int64_t pos : {std::int64_t(0), data.smpCount / 2, data.smpCount}) {
+        for (const std::int64_t pos : {std::int64_t(0), data.smpCount() / 2, data.smpCount()}) {
             SmpEdgeCursor cursor;
             const int level = data.locate(chn, pos, cursor);
             require(level == 0 || level == 1, "each sample has a level");
@@ -65,9 +65,9 @@ void checkRoundTrip(const SmpData &data, std::int64_t start, std::int64_t end)
     in.open(QIODevice::ReadOnly);
     SmpData back(data.chnCount, 0);
     require(readDataBlocks(in, back) == DataBlocksResult::Done, "what was saved loads");
-    back.finish(back.smpCount);
+    back.finish(back.smpCount());
     checkTree(back);
-    require(write(back, 0, back.smpCount - 1) == bytes, "and saves to the same bytes");
+    require(write(back, 0, back.smpCount() - 1) == bytes, "and saves to the same bytes");
 }
 
 } // namespace
@@ -86,12 +86,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
 
     SmpData data(1 + bytes[0] % 32, 0);
     const auto result = readDataBlocks(device, data);
-    require(!data.complete, "a load does not close the capture by itself");
+    require(!data.complete(), "a load does not close the capture by itself");
     memBudget += plenty - before;
     if (result == DataBlocksResult::Done) {
-        data.finish(data.smpCount);
+        data.finish(data.smpCount());
         checkTree(data);
-        const std::int64_t end = data.smpCount;
+        const std::int64_t end = data.smpCount();
         checkRoundTrip(data, 0, std::max<std::int64_t>(end - 1, 0));
         checkRoundTrip(data, end / 3, end / 2);
         checkRoundTrip(data, end, end);

@@ -45,16 +45,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     const std::size_t split = std::min<std::size_t>(bytes[1], stream.size());
     decode(data, format, stream.first(split), bytes[2] % 8);
     decode(data, format, stream.subspan(split), -1);
-    const std::int64_t end = bytes[3] < 128 ? data.smpCount : bytes[3] - 128;
+    const std::int64_t end = bytes[3] < 128 ? data.smpCount() : bytes[3] - 128;
     data.finish(end);
 
     std::array<SmpWaveRun, 100> runs{};
     for (int chn = 0; chn < data.chnCount; ++chn) {
         SmpEdgeInfo info{};
         const bool present = enable[std::size_t(chn)] != 0;
-        if (present != (data.edgeNeighbours(chn, data.smpCount / 2, info) == 0) ||
-            data.lastPosition(chn) != (present ? data.smpCount : -1) ||
-            data.waveRuns(chn, -1.5, double(data.smpCount + 1) / 90, int(runs.size()), runs.data()) >
+        if (present != (data.edgeNeighbours(chn, data.smpCount() / 2, info) == 0) ||
+            data.lastPosition(chn) != (present ? data.smpCount() : -1) ||
+            data.waveRuns(chn, -1.5, double(data.smpCount() + 1) / 90, int(runs.size()), runs.data()) >
                 int(runs.size())) {
             std::abort();
         }

@@ -83,14 +83,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     const std::vector<std::uint32_t> samples = samplesOf(bulk.stream, chns, settings.bytes8);
     const std::int64_t trigger = naiveTrigger::find(samples, naiveTrigger::firstChns(chns), settings.trig);
     SmpData &data = *host.smpData;
-    require(data.complete == (data.smpCount > 0));
-    if (trigger >= 0 && data.complete) {
+    require(data.complete() == (data.smpCount() > 0));
+    if (trigger >= 0 && data.complete()) {
         const std::int64_t start = trigger > settings.preTrig ? (trigger - settings.preTrig) / group * group : 0;
-        require(data.trgPos == trigger - start);
-        require(data.smpCount <= settings.depth);
+        require(data.trgPos() == trigger - start);
+        require(data.smpCount() <= settings.depth);
         for (int chn = 0; chn < chns; ++chn) {
             SmpEdgeCursor cursor;
-            for (std::int64_t pos = 0; pos < data.smpCount; ++pos) {
+            for (std::int64_t pos = 0; pos < data.smpCount(); ++pos) {
                 require(data.locate(chn, pos, cursor) == int(samples[std::size_t(start + pos)] >> chn & 1));
             }
         }

@@ -105,7 +105,7 @@ void SmpCnvtStorage::publish(bool stored)
     const bool isWanted = holdsData && !m_host.smpAbort.load(std::memory_order_acquire);
     const int error = stored ? int(m_host.endErr.load(std::memory_order_acquire)) : smpError::noMemory;
     const int staBefore = m_host.smpSta.load(std::memory_order_acquire);
-    const int malformed = error == 0 ? data.zeroSmpCnt : -1;
+    const int malformed = error == 0 ? data.zeroSmpCnt() : -1;
     if (error == 0) {
         m_host.smpSta.store(smpState::done, std::memory_order_release);
     }

@@ -45,7 +45,7 @@ void SmpCnvtTransfer::work()
         }
         bytes.reset();
         if (m_host.smpSta.load(std::memory_order_acquire) == smpState::reading) {
-            m_host.report(smpState::reading, 0, int(m_host.smpData->smpCount * 100 / m_depth));
+            m_host.report(smpState::reading, 0, int(m_host.smpData->smpCount() * 100 / m_depth));
         }
     }
     publish(stored);
@@ -61,7 +61,7 @@ bool SmpCnvtTransfer::decode(std::span<const std::uint8_t> bytes, std::int32_t s
 /// Closes the store, and tells how the capture ended.
 void SmpCnvtTransfer::publish(bool stored)
 {
-    const bool holdsData = m_host.smpData->smpCount > 0;
+    const bool holdsData = m_host.smpData->smpCount() > 0;
     if (holdsData) {
         m_host.smpData->finish(m_depth);
     } else {

@@ -5,6 +5,7 @@
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpState.h"
 #include "acquisition/SmpTransport.h"
+#include "store/SmpWriter.h"
 
 #include <algorithm>
 
@@ -137,7 +138,7 @@ void SmpCtrlTransfer::dropOldest()
 
 void SmpCtrlTransfer::startSampling(std::int64_t trigger)
 {
-    m_host.smpData->trgPos = m_window.trigger(trigger);
+    SmpWriter(*m_host.smpData).setTrgPos(m_window.trigger(trigger));
     m_host.report(smpState::sampling, 0, percent());
     handOver(-1); // the newest one follows as any other
     m_mostQueued = std::max(m_host.smpBufs.count(), leastRoom);

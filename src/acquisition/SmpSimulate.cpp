@@ -3,6 +3,7 @@
 #include "acquisition/SmpHost.h"
 #include "acquisition/SmpState.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
@@ -173,8 +174,8 @@ void SmpSimulate::work()
     if (m_source != nullptr) {
         m_source->release();
     }
-    block.data.smpCount = std::min(m_settings.depth, block.done);
-    block.data.finish(block.data.smpCount);
+    SmpWriter(block.data).setSmpCount(std::min(m_settings.depth, block.done));
+    block.data.finish(block.data.smpCount());
     if (ok) {
         publish(smpState::done, 0);
     } else {
@@ -205,7 +206,7 @@ void SmpSimulate::beginRun(Block &block, QRandomGenerator &random)
     block.runs.resize(count);
     block.lastLevel.assign(count, 0);
     block.data.begin(0, m_settings.frequency, m_settings.enable);
-    block.data.startLevels = 0;
+    SmpWriter(block.data).setStartLevels(0);
     if (m_settings.frequency < 1 || m_settings.depth < 1) {
         m_settings.depth = 0; // nothing to capture
         return;
@@ -216,7 +217,7 @@ void SmpSimulate::beginRun(Block &block, QRandomGenerator &random)
     for (std::size_t chn = 0; chn < count; ++chn) {
         if (m_settings.enable[chn] != 0) {
             block.runs[chn] = genRuns(block.samples, stepPeriod(period, takePeriodStep()), random);
-            block.data.startLevels |= std::uint64_t(chn & 1) << chn;
+            SmpWriter(block.data).setStartLevel(int(chn), (chn & 1) != 0);
         }
     }
 }
@@ -268,9 +269,8 @@ void SmpSimulate::takeFromSource(Block &block)
         if (channel.chn < 0 || std::size_t(channel.chn) >= m_settings.enable.size()) {
             continue;
         }
-        const std::uint64_t bit = std::uint64_t(1) << channel.chn;
         const bool high = channel.initialLevel != 0;
-        block.data.startLevels = high ? block.data.startLevels | bit : block.data.startLevels & ~bit;
+        SmpWriter(block.data).setStartLevel(channel.chn, high);
         block.lastLevel[std::size_t(channel.chn)] = high ? 0 : 1;
     }
 }

@@ -15,8 +15,8 @@ struct SmpEdgeRoot;
 /// A capture as decoders see it. Never changed once a worker has it: another capture gets a record of its own, since a
 /// worker that does not leave may go on with this one.
 struct CaptureView {
-    std::vector<SmpEdgeRoot *> roots; ///< null for a channel that the capture does not have
-    DeviceCollection device;          ///< points at `roots`
+    std::vector<const SmpEdgeRoot *> roots; ///< null for a channel that the capture does not have
+    DeviceCollection device;                ///< points at `roots`
 };
 
 /// One analyzer of the user's list. Its index in the manager's list is its identity.

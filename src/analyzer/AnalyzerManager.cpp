@@ -81,11 +81,12 @@ void AnalyzerManager::setCapture(SmpData *capture, std::uint32_t deviceCode)
     device.deviceCode = deviceCode;
     const SmpReadLock lock(capture);
     if (lock) {
-        deviceView->roots.assign(capture->chnRoots.begin(), capture->chnRoots.end());
+        const std::span<const SmpEdgeRoot *const> roots = capture->chnRoots();
+        deviceView->roots.assign(roots.begin(), roots.end());
         device.chnRoots = deviceView->roots.data();
-        device.smpCount = capture->smpCount;
-        device.smpFrequ = capture->smpFrequ;
-        device.trgPos = capture->trgPos;
+        device.smpCount = capture->smpCount();
+        device.smpFrequ = capture->smpFrequ();
+        device.trgPos = capture->trgPos();
         device.chnCount = capture->chnCount;
     }
 }

@@ -52,6 +52,6 @@ CaptureSource CaptureSource::open(const QString &path)
         source.data.reset();
         return source;
     }
-    source.data->finish(source.data->smpCount);
+    source.data->finish(source.data->smpCount());
     return source;
 }

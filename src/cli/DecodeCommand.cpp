@@ -188,7 +188,8 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
     }
     const bool good = tellOfRuns(manager);
 
-    FrameWriter::Capture capture{QFileInfo(path).completeBaseName(), source.data->smpFrequ, source.data->smpCount, {}};
+    FrameWriter::Capture capture{
+        QFileInfo(path).completeBaseName(), source.data->smpFrequ(), source.data->smpCount(), {}};
     for (int i = 0; i < manager.count(); ++i) {
         capture.analyzers.push_back(manager.analyzerAt(i));
     }

@@ -46,10 +46,10 @@ int tell(Output &out, const QString &path)
     const SmpData &data = *source.data;
     out << "file: " << path.toStdString() << '\n';
     out << "model: " << createDevice(source.model)->name.toStdString() << '\n';
-    out << "rate: " << data.smpFrequ << " Hz\n";
-    out << "samples: " << data.smpCount << '\n';
-    out << "length: " << secondsText(data.smpCount, data.smpFrequ).toStdString() << " s\n";
-    out << "trigger: " << data.trgPos << '\n';
+    out << "rate: " << data.smpFrequ() << " Hz\n";
+    out << "samples: " << data.smpCount() << '\n';
+    out << "length: " << secondsText(data.smpCount(), data.smpFrequ()).toStdString() << " s\n";
+    out << "trigger: " << data.trgPos() << '\n';
     writeChannels(out, data);
     writeStoredAnalyzers(out);
     return Terminal::good;

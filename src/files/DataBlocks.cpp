@@ -4,6 +4,7 @@
 
 #include "files/DataBytes.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QIODevice>
 
@@ -173,8 +174,7 @@ DataBlocksResult readFileHead(QIODevice &device, int chnCount, DataFileHead &hea
 /// Gives a channel its tree.
 SmpEdgeRoot *startChannel(SmpData &data, const DataBlockHead &head)
 {
-    const std::uint64_t bit = head.chn < 64 ? std::uint64_t(1) << head.chn : 0;
-    data.startLevels = head.level != 0 ? data.startLevels | bit : data.startLevels & ~bit;
+    SmpWriter(data).setStartLevel(head.chn, head.level != 0);
     return data.createChn(head.chn);
 }
 
@@ -197,9 +197,10 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
         }
     }
     data.clear();
-    data.smpCount = head.smpCount;
-    data.smpFrequ = head.smpFrequ;
-    data.trgPos = head.trgPos;
+    SmpWriter writer(data);
+    writer.setSmpCount(head.smpCount);
+    writer.setSmpFrequ(head.smpFrequ);
+    writer.setTrgPos(head.trgPos);
 
     const auto buffer = pieceBuffer(dataReadPiece);
     if (!buffer) {

@@ -82,7 +82,7 @@ std::vector<int> chosenChannels(const SmpData &data, const DataSelection &select
 {
     std::vector<int> chosen;
     for (int chn = 0; chn < data.chnCount && selection.chnSelect != nullptr; ++chn) {
-        if (selection.chnSelect[chn] != 0 && data.chnRoots[std::size_t(chn)] != nullptr &&
+        if (selection.chnSelect[chn] != 0 && data.chnRoots()[std::size_t(chn)] != nullptr &&
             data.edgeCount(chn, selection.posStart, selection.posEnd) >= 0) {
             chosen.push_back(chn);
         }
@@ -93,8 +93,8 @@ std::vector<int> chosenChannels(const SmpData &data, const DataSelection &select
 /// The head of a file with the blocks of these channels.
 DataFileHead headOf(const SmpData &data, const DataSelection &selection, const std::vector<int> &chosen)
 {
-    DataFileHead head{selection.posEnd - selection.posStart + 1, data.smpFrequ,
-                      std::max<std::int64_t>(data.trgPos - selection.posStart, 0), data.chnCount};
+    DataFileHead head{selection.posEnd - selection.posStart + 1, data.smpFrequ(),
+                      std::max<std::int64_t>(data.trgPos() - selection.posStart, 0), data.chnCount};
     head.blockCount = int(chosen.size());
     for (const int chn : chosen) {
         head.blockChns |= chn < DataFileHead::namedChannels ? std::uint64_t(1) << chn : 0;

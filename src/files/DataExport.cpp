@@ -247,16 +247,16 @@ DataBlocksResult writeTextExport(QIODevice &device, const SmpData &data, const D
     }
     columns.close();
 
-    const double secondsPerSample = data.smpFrequ > 0 ? 1.0 / double(data.smpFrequ) : 0.0;
+    const double secondsPerSample = data.smpFrequ() > 0 ? 1.0 / double(data.smpFrequ()) : 0.0;
     PieceWriter pieces(device, textExportPiece, exportTimeMax + columns.size(), afterPiece);
     std::int64_t entries = 0;
     std::int64_t pos = selection.posStart;
     while (pos <= selection.posEnd) {
-        pieces.added(putExportTime(double(pos - data.trgPos) * secondsPerSample, pieces.end()));
+        pieces.added(putExportTime(double(pos - data.trgPos()) * secondsPerSample, pieces.end()));
         pieces.added(columns.put(pieces.end()));
         // From the end mark on there is nothing, in whatever range; without channels not even that.
         const std::int64_t change = walk.nearest();
-        const bool inside = change < data.smpCount;
+        const bool inside = change < data.smpCount();
         if (inside) {
             walk.pass([&](int column) {
                 columns.flip(column);
@@ -293,7 +293,7 @@ DataBlocksResult writeBinaryExport(QIODevice &device, const SmpData &data, const
     std::int64_t pos = selection.posStart;
     while (pos < stop) {
         const std::int64_t change = walk.nearest();
-        const std::int64_t runEnd = change < data.smpCount ? std::min(change, stop) : stop;
+        const std::int64_t runEnd = change < data.smpCount() ? std::min(change, stop) : stop;
         const auto result = writer.rows(runEnd - pos, runEnd == stop);
         if (result != DataBlocksResult::Done) {
             return result;

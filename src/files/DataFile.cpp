@@ -98,8 +98,8 @@ bool DataFile::loadData(const QString &path, std::int64_t headSize)
     file.close();
 
     if (loaded && !checksOnly) {
-        smpData->finish(smpData->smpCount);
-    } else if (m_storeTouched || !smpData->complete.load(std::memory_order_acquire)) {
+        smpData->finish(smpData->smpCount());
+    } else if (m_storeTouched || !smpData->complete()) {
         smpData->clear();
     }
     smpData->readmit();

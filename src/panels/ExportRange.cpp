@@ -20,7 +20,7 @@ QString numberText(double value)
 ExportCapture ExportCapture::of(const SmpData &data)
 {
     const SmpReadLock lock(&data);
-    return lock ? ExportCapture{data.smpCount, data.smpFrequ, data.trgPos} : ExportCapture{};
+    return lock ? ExportCapture{data.smpCount(), data.smpFrequ(), data.trgPos()} : ExportCapture{};
 }
 
 ExportMarkers ExportMarkers::of(const QVector<ShownPair> &pairs)

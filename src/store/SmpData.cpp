@@ -13,14 +13,14 @@
 using namespace smpBlocks;
 
 SmpData::SmpData(int chns, int aChns)
-    : chnRoots(std::size_t(std::max(chns, 0)), nullptr),
-      aChnBufs(std::size_t(std::max(aChns, 0)), nullptr),
-      chnCount(std::max(chns, 0)),
+    : chnCount(std::max(chns, 0)),
       aChnCount(std::max(aChns, 0)),
-      slicedChn(std::size_t(chnCount), 0),
-      slicedLevel(std::size_t(chnCount), 0),
       m_leases(std::make_unique<SmpLeaseList>()),
       m_slabs(std::make_unique<SmpSlabs>()),
+      m_chnRoots(std::size_t(chnCount), nullptr),
+      m_aChnBufs(std::size_t(aChnCount), nullptr),
+      m_slicedChn(std::size_t(chnCount), 0),
+      m_slicedLevel(std::size_t(chnCount), 0),
       m_enabled(std::size_t(chnCount), 0)
 {}
 
@@ -32,7 +32,7 @@ SmpData::~SmpData()
 std::int64_t SmpData::sampleCount() const
 {
     const SmpReadLock lock(this);
-    return lock ? smpCount : 0;
+    return lock ? m_smpCount : 0;
 }
 
 // ---- admission of readers ----------------------------------------------------------------------------------------
@@ -45,7 +45,7 @@ SmpReadLock::SmpReadLock(const SmpData *data) : m_data(data)
     // Announce first, look second: open() does the opposite, so one of the two always sees the other. That needs one
     // total order over both atomics, hence sequential consistency on all four steps.
     m_data->m_readers.fetch_add(1, std::memory_order_seq_cst);
-    if (m_data->complete.load(std::memory_order_seq_cst)) {
+    if (m_data->m_complete.load(std::memory_order_seq_cst)) {
         return;
     }
     m_data->m_readers.fetch_sub(1, std::memory_order_seq_cst);
@@ -61,7 +61,7 @@ SmpReadLock::~SmpReadLock()
 
 void SmpData::closeToReaders()
 {
-    complete.store(false, std::memory_order_seq_cst);
+    m_complete.store(false, std::memory_order_seq_cst);
     m_leases->tell();
 }
 
@@ -95,7 +95,7 @@ void SmpData::readmit()
 {
     trim();
     m_leases->forget();
-    complete.store(true, std::memory_order_seq_cst);
+    m_complete.store(true, std::memory_order_seq_cst);
 }
 
 void SmpData::retire(std::unique_ptr<SmpData> data)
@@ -115,7 +115,7 @@ int SmpData::leaseCount() const
 
 void SmpData::freeChannel(int chn)
 {
-    SmpEdgeRoot *&root = chnRoots[std::size_t(chn)];
+    SmpEdgeRoot *&root = m_chnRoots[std::size_t(chn)];
     if (root == nullptr) {
         return;
     }
@@ -133,10 +133,10 @@ void SmpData::freeChannel(int chn)
 void SmpData::clear()
 {
     open();
-    smpCount = 0;
-    trgPos = 0;
-    std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
-    std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
+    m_smpCount = 0;
+    m_trgPos = 0;
+    std::fill(m_chnRoots.begin(), m_chnRoots.end(), nullptr);
+    std::fill(m_aChnBufs.begin(), m_aChnBufs.end(), nullptr);
     m_slabs->clear();
 }
 
@@ -148,12 +148,12 @@ void SmpData::trim()
 void SmpData::leaveBehind()
 {
     closeToReaders();
-    std::fill(chnRoots.begin(), chnRoots.end(), nullptr);
-    std::fill(aChnBufs.begin(), aChnBufs.end(), nullptr);
+    std::fill(m_chnRoots.begin(), m_chnRoots.end(), nullptr);
+    std::fill(m_aChnBufs.begin(), m_aChnBufs.end(), nullptr);
     static auto &kept = *new std::vector<std::unique_ptr<SmpSlabs>>; // until the process ends
     kept.push_back(std::exchange(m_slabs, std::make_unique<SmpSlabs>()));
-    smpCount = 0;
-    trgPos = 0;
+    m_smpCount = 0;
+    m_trgPos = 0;
 }
 
 bool SmpData::adopt(SmpData &other)
@@ -164,12 +164,12 @@ bool SmpData::adopt(SmpData &other)
     clear();
     other.open();
     m_slabs.swap(other.m_slabs); // the memory behind the roots
-    chnRoots.swap(other.chnRoots);
-    smpCount = std::exchange(other.smpCount, 0);
-    trgPos = std::exchange(other.trgPos, 0);
-    smpFrequ = other.smpFrequ;
-    startLevels = other.startLevels;
-    zeroSmpCnt = other.zeroSmpCnt;
+    m_chnRoots.swap(other.m_chnRoots);
+    m_smpCount = std::exchange(other.m_smpCount, 0);
+    m_trgPos = std::exchange(other.m_trgPos, 0);
+    m_smpFrequ = other.m_smpFrequ;
+    m_startLevels = other.m_startLevels;
+    m_zeroSmpCnt = other.m_zeroSmpCnt;
     readmit();
     return true;
 }
@@ -178,21 +178,21 @@ void SmpData::begin(std::uint32_t triggerRecord, std::int64_t frequency, std::sp
 {
     constexpr int firstVoltDiv = 1000; // millivolts; the caller sets the real one before drawing
     clear();
-    smpFrequ = frequency;
-    zeroSmpCnt = -1;
-    trgRecord = triggerRecord;
-    for (std::size_t chn = 0; chn < chnRoots.size(); ++chn) {
+    m_smpFrequ = frequency;
+    m_zeroSmpCnt = -1;
+    m_trgRecord = triggerRecord;
+    for (std::size_t chn = 0; chn < m_chnRoots.size(); ++chn) {
         m_enabled[chn] = chn < enable.size() && enable[chn] != 0;
         if (m_enabled[chn] == 0) {
             continue;
         }
-        chnRoots[chn] = take<SmpEdgeRoot>(*m_slabs);
-        if (chnRoots[chn] != nullptr) {
-            chnRoots[chn]->midCount = 0;
-            chnRoots[chn]->startLevel = 0;
+        m_chnRoots[chn] = take<SmpEdgeRoot>(*m_slabs);
+        if (m_chnRoots[chn] != nullptr) {
+            m_chnRoots[chn]->midCount = 0;
+            m_chnRoots[chn]->startLevel = 0;
         }
     }
-    for (SmpAChnBuffer *&buffer : aChnBufs) {
+    for (SmpAChnBuffer *&buffer : m_aChnBufs) {
         buffer = take<SmpAChnBuffer>(*m_slabs);
         if (buffer != nullptr) {
             buffer->count = 0;
@@ -236,7 +236,7 @@ SmpEdgeRoot *SmpData::createChn(int chn)
     }
     root->midCount = 0;
     root->startLevel = 0;
-    chnRoots[std::size_t(chn)] = root;
+    m_chnRoots[std::size_t(chn)] = root;
     if (!growChn(*root, true)) {
         freeChannel(chn);
         return nullptr;
@@ -341,14 +341,14 @@ void dropLastLeaf(SmpSlabs &slabs, SmpEdgeRoot &root)
 void SmpData::closeChannel(SmpEdgeRoot &root, int level)
 {
     root.startLevel = level;
-    appendEndMark(*this, *m_slabs, root, smpCount);
+    appendEndMark(*this, *m_slabs, root, m_smpCount);
     indexChannel(root);
     if (root.midCount < 1) {
         return;
     }
-    while (cutLeaf(root, *lastLeaf(root), smpCount) == 0) {
+    while (cutLeaf(root, *lastLeaf(root), m_smpCount) == 0) {
         const SmpEdgeLeaf *before = leafBeforeLast(root);
-        if (before == nullptr || before->count < 1 || before->position(before->count - 1) < smpCount) {
+        if (before == nullptr || before->count < 1 || before->position(before->count - 1) < m_smpCount) {
             break;
         }
         dropLastLeaf(*m_slabs, root);
@@ -357,12 +357,12 @@ void SmpData::closeChannel(SmpEdgeRoot &root, int level)
 
 void SmpData::finish(std::int64_t endPos)
 {
-    smpCount = std::clamp(std::min(smpCount, endPos), std::int64_t(0), maxPosition);
-    for (std::size_t chn = 0; chn < chnRoots.size(); ++chn) {
-        if (chnRoots[chn] != nullptr) {
-            closeChannel(*chnRoots[chn], chn < 64 ? int(startLevels >> chn & 1) : 0);
+    m_smpCount = std::clamp(std::min(m_smpCount, endPos), std::int64_t(0), maxPosition);
+    for (std::size_t chn = 0; chn < m_chnRoots.size(); ++chn) {
+        if (m_chnRoots[chn] != nullptr) {
+            closeChannel(*m_chnRoots[chn], chn < 64 ? int(m_startLevels >> chn & 1) : 0);
         }
     }
     trim();
-    complete.store(true, std::memory_order_seq_cst);
+    m_complete.store(true, std::memory_order_seq_cst);
 }

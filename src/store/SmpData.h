@@ -71,21 +71,35 @@ public:
     SmpData(const SmpData &) = delete;
     SmpData &operator=(const SmpData &) = delete;
 
-    std::vector<SmpEdgeRoot *> chnRoots;   ///< `chnCount` roots; null for a channel that the capture does not have
-    std::vector<SmpAChnBuffer *> aChnBufs; ///< `aChnCount` buffers
-    std::int64_t smpCount = 0;             ///< samples stored so far; the capture's length once closed
-    std::int64_t smpFrequ = 0;             ///< sample rate of this capture, Hz
-    std::int64_t trgPos = 0;               ///< position of the trigger, 0 when there was none
-    std::int32_t zeroSmpCnt = -1;          ///< -1, or the offset of the last malformed record in its chunk
-    const std::int32_t chnCount;
-    const std::int32_t aChnCount;
-    /// True when the capture is closed and may be read. SmpReadLock and open() order it sequentially with the count of
-    /// readers; for a test alone, which admits nobody, acquire suffices.
-    std::atomic<bool> complete{false};
-    std::uint32_t trgRecord = 0;           ///< number of the record that holds the trigger, from 1; 0 for none
-    std::uint64_t startLevels = 0;         ///< bit i is the level of channel i at position 0
-    std::vector<std::int32_t> slicedChn;   ///< enabled channels in ascending order, for addSliced()
-    std::vector<std::int32_t> slicedLevel; ///< last level of each channel, for addSliced()
+    const std::int32_t chnCount;  ///< digital channels
+    const std::int32_t aChnCount; ///< analog channels
+
+    // ---- what the capture is -------------------------------------------------------------------------------------
+    // Under a SmpReadLock or a lease; while the store is open, by the writer alone, who changes it through SmpWriter
+    // and the operations below. Each is a plain read.
+
+    /// `chnCount` roots; null for a channel that the capture does not have.
+    [[nodiscard]] std::span<const SmpEdgeRoot *const> chnRoots() const { return m_chnRoots; }
+    /// `aChnCount` buffers; null where the heap refused one.
+    [[nodiscard]] std::span<const SmpAChnBuffer *const> aChnBufs() const { return m_aChnBufs; }
+    /// Samples stored so far; the capture's length once closed.
+    [[nodiscard]] std::int64_t smpCount() const { return m_smpCount; }
+    /// Sample rate of this capture, Hz.
+    [[nodiscard]] std::int64_t smpFrequ() const { return m_smpFrequ; }
+    /// Position of the trigger, 0 when there was none.
+    [[nodiscard]] std::int64_t trgPos() const { return m_trgPos; }
+    /// -1, or the offset of the last malformed record in its chunk, bytes.
+    [[nodiscard]] std::int32_t zeroSmpCnt() const { return m_zeroSmpCnt; }
+    /// Number of the record that holds the trigger, from 1; 0 for none.
+    [[nodiscard]] std::uint32_t trgRecord() const { return m_trgRecord; }
+    /// Bit i is the level of channel i at position 0.
+    [[nodiscard]] std::uint64_t startLevels() const { return m_startLevels; }
+    /// Enabled channels in ascending order, then zeros, `chnCount` in all, for addSliced().
+    [[nodiscard]] std::span<const std::int32_t> slicedChn() const { return m_slicedChn; }
+    /// Last level of each channel, for addSliced().
+    [[nodiscard]] std::span<const std::int32_t> slicedLevel() const { return m_slicedLevel; }
+    /// True when the capture is closed and may be read. A test that admits nobody; any thread, at any time.
+    [[nodiscard]] bool complete() const { return m_complete.load(std::memory_order_acquire); }
 
     /// `smpCount` if the capture is closed, else 0. Any thread; takes and releases the read lock.
     [[nodiscard]] std::int64_t sampleCount() const;
@@ -198,6 +212,7 @@ public:
 private:
     friend class SmpReadLock;
     friend class SmpLease;
+    friend class SmpWriter;
     class Tails; ///< the leaves that a decoder appends to
 
     /// What a decoder of the device's records keeps between two calls.
@@ -231,10 +246,22 @@ private:
     void startSlices();
     void learnStartLevels(std::span<const std::uint8_t> bytes);
 
-    mutable std::atomic<int> m_readers{0}; ///< admitted readers of a frame; open() waits for 0
     std::unique_ptr<SmpLeaseList> m_leases;
-    std::unique_ptr<SmpSlabs> m_slabs;   ///< the memory of all blocks
-    std::vector<std::uint8_t> m_enabled; ///< flags of begin(): also channels whose root the heap refused
+    std::unique_ptr<SmpSlabs> m_slabs; ///< the memory of all blocks
+    std::vector<SmpEdgeRoot *> m_chnRoots;
+    std::vector<SmpAChnBuffer *> m_aChnBufs;
+    std::int64_t m_smpCount = 0;
+    std::int64_t m_smpFrequ = 0;
+    std::int64_t m_trgPos = 0;
+    std::int32_t m_zeroSmpCnt = -1;
+    std::uint32_t m_trgRecord = 0;
+    std::uint64_t m_startLevels = 0;
+    std::vector<std::int32_t> m_slicedChn;
+    std::vector<std::int32_t> m_slicedLevel;
+    /// SmpReadLock and open() order it sequentially with the count of readers.
+    std::atomic<bool> m_complete{false};
+    mutable std::atomic<int> m_readers{0}; ///< admitted readers of a frame; open() waits for 0
+    std::vector<std::uint8_t> m_enabled;   ///< flags of begin(): also channels whose root the heap refused
     RecordState m_mixed16;
     RecordState m_rle16;
     RecordState m_rle32;

@@ -10,7 +10,7 @@ const SmpEdgeRoot *SmpData::tree(int chn) const
     if (chn < 0 || chn >= chnCount) {
         return nullptr;
     }
-    const SmpEdgeRoot *root = chnRoots[std::size_t(chn)];
+    const SmpEdgeRoot *root = m_chnRoots[std::size_t(chn)];
     return root == nullptr || lastLeaf(*root) == nullptr ? nullptr : root;
 }
 

@@ -111,8 +111,8 @@ private:
 
 void SmpData::startRecords(RecordState &state, std::uint32_t firstWord)
 {
-    if (smpCount == 0) {
-        startLevels = firstWord;
+    if (m_smpCount == 0) {
+        m_startLevels = firstWord;
         state = {firstWord, 0};
     }
 }
@@ -121,14 +121,14 @@ void SmpData::startRecords(RecordState &state, std::uint32_t firstWord)
 /// not counted.
 bool SmpData::addRecord(Tails &tails, RecordState &state, std::uint32_t word, std::int64_t samples)
 {
-    if (!tails.addChanged(word ^ state.word, smpCount)) {
+    if (!tails.addChanged(word ^ state.word, m_smpCount)) {
         return false;
     }
     state.word = word;
-    smpCount += samples;
+    m_smpCount += samples;
     ++state.records;
-    if (state.records == trgRecord) {
-        trgPos = smpCount;
+    if (state.records == m_trgRecord) {
+        m_trgPos = m_smpCount;
     }
     return true;
 }
@@ -205,19 +205,19 @@ bool SmpData::addOddGroup(Tails &tails, RleRun &run, std::size_t groupAt)
         const std::uint32_t word = Format::word(run.group + offset);
         const std::uint8_t count = run.group[offset + Format::countAt];
         if (count == 0) {
-            zeroSmpCnt = std::int32_t(groupAt + offset);
+            m_zeroSmpCnt = std::int32_t(groupAt + offset);
         }
         if (!tails.addChanged(word ^ run.word, run.samples)) {
             return false;
         }
         run.word = word;
         run.samples += count;
-        if (++records == trgRecord) {
-            trgPos = run.samples;
+        if (++records == m_trgRecord) {
+            m_trgPos = run.samples;
         }
     }
     if (const std::size_t unsoundAt = Format::unsoundAt(run.group); unsoundAt != 0) {
-        zeroSmpCnt = std::int32_t(groupAt + unsoundAt);
+        m_zeroSmpCnt = std::int32_t(groupAt + unsoundAt);
     }
     run.group += Format::groupSize;
     run.offset = 0;
@@ -233,15 +233,15 @@ bool SmpData::addRle(std::span<const std::uint8_t> bytes, RecordState &state, st
     if (groups > 0) {
         startRecords(state, Format::word(bytes.data()));
     }
-    Tails tails(*this, smpCount);
-    RleRun run{bytes.data(), 0, state.word, smpCount, state.records};
+    Tails tails(*this, m_smpCount);
+    RleRun run{bytes.data(), 0, state.word, m_smpCount, state.records};
     const std::uint8_t *end = bytes.data() + groups * Format::groupSize;
     bool stored = true;
     while (run.group != end && stored) {
         // Up to the group with the trigger, and up to where positions could reach the limit, groups are plain.
         tails.reach(run.samples);
         auto plain = std::uint64_t(end - run.group) / Format::groupSize;
-        plain = run.records < trgRecord ? std::min(plain, (trgRecord - run.records - 1) / Format::records) : plain;
+        plain = run.records < m_trgRecord ? std::min(plain, (m_trgRecord - run.records - 1) / Format::records) : plain;
         const std::int64_t room = std::max<std::int64_t>(0, tails.limit() - run.samples);
         plain = std::min(plain, std::uint64_t(room / maxGroupSamples));
         addPlainGroups<Format>(tails, run, run.group + plain * Format::groupSize);
@@ -250,7 +250,7 @@ bool SmpData::addRle(std::span<const std::uint8_t> bytes, RecordState &state, st
         }
     }
     state = {run.word, run.records};
-    smpCount = run.samples;
+    m_smpCount = run.samples;
     consumed += stored ? std::uint32_t(bytes.size())
                        : std::uint32_t(std::size_t(run.group - bytes.data()) / Format::groupSize) * groupStep;
     return stored;
@@ -275,8 +275,8 @@ bool SmpData::addMixed16(std::span<const std::uint8_t> bytes, std::uint32_t &con
     if (records > 0) {
         startRecords(m_mixed16, load16(record + digitalAt));
     }
-    Tails tails(*this, smpCount);
-    SmpAChnBuffer *analog[2] = {aChnCount > 0 ? aChnBufs[0] : nullptr, aChnCount > 1 ? aChnBufs[1] : nullptr};
+    Tails tails(*this, m_smpCount);
+    SmpAChnBuffer *analog[2] = {aChnCount > 0 ? m_aChnBufs[0] : nullptr, aChnCount > 1 ? m_aChnBufs[1] : nullptr};
     for (std::size_t r = 0; r < records; ++r, record += group) {
         for (std::size_t a = 0; a < 2; ++a) {
             if (analog[a] != nullptr && r < SmpAChnBuffer::capacity) {

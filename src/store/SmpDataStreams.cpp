@@ -12,14 +12,14 @@ using namespace smpBytes;
 bool SmpData::addBytes8(std::span<const std::uint8_t> bytes, std::int32_t start, std::int64_t &smpCountOut)
 {
     if (start >= 0 && !bytes.empty()) {
-        startLevels = bytes[0];
+        m_startLevels = bytes[0];
         m_lastByte = bytes[0];
     }
     bytes = bytes.subspan(std::min(std::size_t(std::max(start, 0)), bytes.size()));
-    Tails tails(*this, smpCount);
+    Tails tails(*this, m_smpCount);
     const std::uint64_t present = (tails.present() & 0xFF) * 0x0101010101010101;
     std::uint64_t last = m_lastByte;
-    std::int64_t samples = smpCount;
+    std::int64_t samples = m_smpCount;
     const std::uint8_t *at = bytes.data();
     const std::uint8_t *end = at + bytes.size();
     bool stored = true;
@@ -49,7 +49,7 @@ bool SmpData::addBytes8(std::span<const std::uint8_t> bytes, std::int32_t start,
         at += count;
     }
     m_lastByte = std::uint8_t(last);
-    smpCount = samples;
+    m_smpCount = samples;
     smpCountOut = samples;
     return stored;
 }
@@ -149,15 +149,15 @@ bool SmpData::addBusyGroups(Tails &tails, const Turns &turns, const std::uint8_t
 /// Lists the channels that take turns, of none of which the level is known yet.
 void SmpData::startSlices()
 {
-    startLevels = 0;
+    m_startLevels = 0;
     m_slot = 0;
     m_slotCount = 0;
     m_slotsKnown = 0;
-    for (std::size_t chn = 0; chn < std::min(chnRoots.size(), Tails::capacity); ++chn) {
+    for (std::size_t chn = 0; chn < std::min(m_chnRoots.size(), Tails::capacity); ++chn) {
         // A channel whose root the heap refused still sends its words.
-        if (chnRoots[chn] != nullptr || m_enabled[chn] != 0) {
-            slicedChn[std::size_t(m_slotCount++)] = std::int32_t(chn);
-            slicedLevel[chn] = 0;
+        if (m_chnRoots[chn] != nullptr || m_enabled[chn] != 0) {
+            m_slicedChn[std::size_t(m_slotCount++)] = std::int32_t(chn);
+            m_slicedLevel[chn] = 0;
         }
     }
 }
@@ -167,9 +167,9 @@ void SmpData::startSlices()
 void SmpData::learnStartLevels(std::span<const std::uint8_t> bytes)
 {
     for (std::size_t at = 0; m_slotsKnown < m_slotCount && at < bytes.size(); at += slicedWord) {
-        const auto chn = std::size_t(slicedChn[std::size_t(m_slotsKnown++)]);
-        slicedLevel[chn] = bytes[at] & 1;
-        startLevels |= std::uint64_t(bytes[at] & 1) << chn;
+        const auto chn = std::size_t(m_slicedChn[std::size_t(m_slotsKnown++)]);
+        m_slicedLevel[chn] = bytes[at] & 1;
+        m_startLevels |= std::uint64_t(bytes[at] & 1) << chn;
     }
 }
 
@@ -262,13 +262,13 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
         startSlices();
     }
     learnStartLevels(bytes);
-    smpCountOut = smpCount;
+    smpCountOut = m_smpCount;
     if (m_slotCount < 1) {
         return true;
     }
-    Tails tails(*this, smpCount);
+    Tails tails(*this, m_smpCount);
     const std::uint8_t *end = bytes.data() + bytes.size() / slicedWord * slicedWord;
-    SliceRun run{{slicedChn.data(), slicedLevel.data(), m_slotCount}, bytes.data(), end, smpCount, m_slot};
+    SliceRun run{{m_slicedChn.data(), m_slicedLevel.data(), m_slotCount}, bytes.data(), end, m_smpCount, m_slot};
     bool stored = true;
     while (run.at != end && stored) {
         if (run.slot == 0) {
@@ -280,7 +280,7 @@ bool SmpData::addSliced(std::span<const std::uint8_t> bytes, std::int32_t start,
         stored = addWord(tails, run);
     }
     m_slot = run.slot;
-    smpCount = run.samples;
+    m_smpCount = run.samples;
     smpCountOut = run.samples;
     return stored;
 }
@@ -292,7 +292,7 @@ bool SmpData::addPulses(std::span<const std::int32_t> widths, int chn, std::int6
     if (chn < 0 || chn >= chnCount || widths.empty()) {
         return true;
     }
-    SmpEdgeRoot *root = chnRoots[std::size_t(chn)];
+    SmpEdgeRoot *root = m_chnRoots[std::size_t(chn)];
     SmpEdgeLeaf *leaf = nullptr;
     for (const std::int32_t width : widths) {
         pos += width;
@@ -316,7 +316,7 @@ bool SmpData::addPulsesJoin(std::span<const std::int32_t> widths, int chn, std::
         return addPulses(widths, chn, pos);
     }
     pos += widths[0];
-    const SmpEdgeRoot *root = chnRoots[std::size_t(chn)];
+    const SmpEdgeRoot *root = m_chnRoots[std::size_t(chn)];
     SmpEdgeLeaf *leaf = root == nullptr ? nullptr : smpBlocks::lastLeaf(*root);
     if (leaf != nullptr && leaf->count > 0) {
         // Beyond 40 bits the largest position stands for it: finish() makes that the end mark.

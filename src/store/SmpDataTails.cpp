@@ -2,10 +2,11 @@
 
 #include <cstring>
 
-SmpData::Tails::Tails(SmpData &data, std::int64_t pos) : m_data(data), m_chns(std::min(data.chnRoots.size(), capacity))
+SmpData::Tails::Tails(SmpData &data, std::int64_t pos)
+    : m_data(data), m_chns(std::min(data.m_chnRoots.size(), capacity))
 {
     for (std::size_t chn = 0; chn < m_chns; ++chn) {
-        SmpEdgeRoot *root = data.chnRoots[chn];
+        SmpEdgeRoot *root = data.m_chnRoots[chn];
         m_present |= std::uint64_t(root != nullptr) << chn;
         set(m_tails[chn], root == nullptr ? nullptr : smpBlocks::lastLeaf(*root));
     }
@@ -21,7 +22,7 @@ bool SmpData::Tails::addWithCare(std::size_t chn, std::int64_t pos)
     Tail &tail = m_tails[chn];
     if (tail.next == tail.end) {
         store(tail);
-        SmpEdgeLeaf *leaf = m_data.writableLeaf(*m_data.chnRoots[chn]);
+        SmpEdgeLeaf *leaf = m_data.writableLeaf(*m_data.m_chnRoots[chn]);
         set(tail, leaf);
         if (leaf == nullptr) {
             return false;

@@ -86,7 +86,7 @@ int SmpData::waveRuns(int chn, double start, double step, int width, SmpWaveRun 
 
 int SmpData::aChnPoints(int aChn, double start, double step, int width, SmpAChnPoint *out) const
 {
-    const SmpAChnBuffer *buffer = aChn < 0 || aChn >= aChnCount ? nullptr : aChnBufs[std::size_t(aChn)];
+    const SmpAChnBuffer *buffer = aChn < 0 || aChn >= aChnCount ? nullptr : m_aChnBufs[std::size_t(aChn)];
     if (buffer == nullptr || buffer->count < 1 || !(step > 0.0) || !std::isfinite(step) || !std::isfinite(start)) {
         return 0;
     }

@@ -5,7 +5,7 @@
 
 SmpEdgeReader::SmpEdgeReader(const SmpData &data, int chn, std::int64_t pos)
 {
-    const SmpEdgeRoot *root = chn < 0 || chn >= data.chnCount ? nullptr : data.chnRoots[std::size_t(chn)];
+    const SmpEdgeRoot *root = chn < 0 || chn >= data.chnCount ? nullptr : data.chnRoots()[std::size_t(chn)];
     if (root == nullptr || smpBlocks::lastLeaf(*root) == nullptr) {
         return;
     }

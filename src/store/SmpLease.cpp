@@ -13,7 +13,7 @@ SmpLease::SmpLease(const SmpData *data, std::function<void()> writerCame)
     }
     m_holder = std::make_shared<Holder>();
     m_holder->writerCame = std::move(writerCame);
-    if (data->m_leases->add(m_holder, [data] { return data->complete.load(std::memory_order_acquire); })) {
+    if (data->m_leases->add(m_holder, [data] { return data->complete(); })) {
         m_data = data;
     }
 }
@@ -25,7 +25,7 @@ SmpLease::~SmpLease()
 
 bool SmpLease::writerWaits() const
 {
-    return m_data != nullptr && !m_data->complete.load(std::memory_order_acquire);
+    return m_data != nullptr && !m_data->complete();
 }
 
 void SmpLease::release()

@@ -316,7 +316,7 @@ bool MainView::hasTransitions() const
     const QVector<int> channels = m_rows->enabledChannels();
     return lock && std::any_of(channels.begin(), channels.end(), [capture](int chn) {
                const std::int64_t edge = capture->nextEdge(chn, 0);
-               return edge > 0 && edge < capture->smpCount;
+               return edge > 0 && edge < capture->smpCount();
            });
 }
 

@@ -296,9 +296,9 @@ void MarkerBoard::tellTexts(int index)
     {
         const SmpData *capture = m_waveGen.source();
         const SmpReadLock lock(capture);
-        if (lock && marker->isShown() && capture->smpFrequ > 0) {
-            const std::int64_t rate = capture->smpFrequ;
-            value = MarkerTimes::timeText(MarkerTimes::timeOf(marker->samplePos, capture->trgPos, rate), m_timeUnits);
+        if (lock && marker->isShown() && capture->smpFrequ() > 0) {
+            const std::int64_t rate = capture->smpFrequ();
+            value = MarkerTimes::timeText(MarkerTimes::timeOf(marker->samplePos, capture->trgPos(), rate), m_timeUnits);
             if (other->isShown()) {
                 const double distance = MarkerTimes::distanceOf(marker->samplePos, other->samplePos, rate);
                 total = MarkerTimes::timeText(distance, m_timeUnits);
@@ -343,7 +343,7 @@ void MarkerBoard::moveToEdge(int step, const QVector<int> &channels)
             const std::int64_t edge =
                 step < 0 ? capture->prevEdge(rows[i], from - 1) : capture->nextEdge(rows[i], from);
             const bool isNearer = best < 0 || (step < 0 ? edge > best : edge < best);
-            if (edge >= 0 && edge < capture->smpCount && isNearer) {
+            if (edge >= 0 && edge < capture->smpCount() && isNearer) {
                 best = edge;
             }
         }

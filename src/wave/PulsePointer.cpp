@@ -40,13 +40,13 @@ bool PulsePointer::pulseUnder(int chn, int x, SmpEdgeInfo &info, std::int64_t &r
 {
     const SmpData *capture = m_waveGen.source();
     const SmpReadLock lock(capture);
-    if (!lock || chn < 0 || capture->smpFrequ < 1) {
+    if (!lock || chn < 0 || capture->smpFrequ() < 1) {
         return false;
     }
     const WaveWindow window{m_waveGen.viewStart(), m_waveGen.ratioSasPix(), m_waveGen.viewWidth()};
     const std::int64_t sample = sampleUnder(x / uiScale(), window);
-    rate = capture->smpFrequ;
-    return window.ratio > 0.0 && sample >= 0 && sample < capture->smpCount &&
+    rate = capture->smpFrequ();
+    return window.ratio > 0.0 && sample >= 0 && sample < capture->smpCount() &&
            capture->edgeNeighbours(chn, sample, info) == 0;
 }
 

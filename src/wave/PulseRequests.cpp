@@ -37,7 +37,7 @@ bool rangeOf(int time, std::int64_t samples, const QVector<ShownPair> &pairs, Sa
 QStringList countedRequests(const QStringList &requests, const QVector<ShownPair> &pairs, const SmpData *capture)
 {
     const SmpReadLock lock(capture);
-    if (!lock || capture->smpCount < 1) {
+    if (!lock || capture->smpCount() < 1) {
         return {};
     }
     QStringList results;
@@ -45,7 +45,7 @@ QStringList countedRequests(const QStringList &requests, const QVector<ShownPair
         const int chn = request.section(QLatin1Char(','), 0, 0).toInt();
         const int time = request.section(QLatin1Char(','), 1, 1).toInt();
         SampleRange range;
-        if (rangeOf(time, capture->smpCount, pairs, range)) {
+        if (rangeOf(time, capture->smpCount(), pairs, range)) {
             results.append(request + QLatin1Char(',') + pulseCountFields(*capture, chn, range.from, range.to));
         }
     }

@@ -179,7 +179,7 @@ std::int64_t WaveDataGen::sampleCount() const
 
 bool WaveDataGen::isComplete() const
 {
-    return m_input.source && m_input.source->complete.load(std::memory_order_acquire);
+    return m_input.source && m_input.source->complete();
 }
 
 /// Computes the frame of `window` at once.
@@ -232,8 +232,8 @@ void WaveDataGen::placeCapture()
         placement.lastTrgPos = m_lastTriggerPos;
         {
             const SmpReadLock reading(m_input.source);
-            count = reading ? m_input.source->smpCount : 0;
-            placement.trgPos = reading ? m_input.source->trgPos : 0;
+            count = reading ? m_input.source->smpCount() : 0;
+            placement.trgPos = reading ? m_input.source->trgPos() : 0;
         }
         {
             const Lock lock(m_mutex);
@@ -266,7 +266,7 @@ void WaveDataGen::zoomToTrigger()
     {
         const SmpReadLock reading(m_input.source);
         if (reading) {
-            trigger = m_input.source->trgPos;
+            trigger = m_input.source->trgPos();
         }
     }
     refresh(TimeAxis::centredOn({0.0, 1.0}, double(trigger), m_width));
@@ -379,7 +379,7 @@ void WaveDataGen::jumpNextEdge(int chn)
         if (reading) {
             edge = m_input.source->nextEdge(chn, TimeAxis::rightEnd(window(), m_width));
             if (edge < 0) {
-                edge = m_input.source->smpCount;
+                edge = m_input.source->smpCount();
             }
         }
     }

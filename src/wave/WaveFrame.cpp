@@ -44,8 +44,8 @@ void WaveFrame::render(const WaveInput &input)
     m_window = input.window;
     clearLines();
     const SmpReadLock lock(input.source);
-    const bool closed = bool(lock) && input.source->smpCount > 0;
-    if (closed && isDrawable(m_window, m_width, input.source->smpCount)) {
+    const bool closed = bool(lock) && input.source->smpCount() > 0;
+    if (closed && isDrawable(m_window, m_width, input.source->smpCount())) {
         renderLines(*input.source);
     }
     renderTicks(input, closed);
@@ -79,12 +79,12 @@ void WaveFrame::renderTicks(const WaveInput &input, bool closed)
     if (!source || (!closed && source->aChnCount < 1)) {
         return;
     }
-    const std::int64_t rate = closed ? source->smpFrequ : input.sampleRateHz;
+    const std::int64_t rate = closed ? source->smpFrequ() : input.sampleRateHz;
     if (rate < 1) {
         return;
     }
     const double psPerSample = psPerSecond / double(rate);
-    const double zero = closed ? double(source->trgPos) : 0.0;
+    const double zero = closed ? double(source->trgPos()) : 0.0;
     const TimeTicks::Scale scale{(m_window.start - zero) * psPerSample, psPerSample * m_window.ratio, m_width};
     m_tickCount = TimeTicks::fill(scale, input.metrics, m_ticks);
 }

@@ -163,10 +163,10 @@ void WaveGestures::tellPointer(QPoint point)
     if (m_parts.view.viewport()->rect().contains(point)) {
         const SmpData *capture = m_parts.waveGen.source();
         const SmpReadLock lock(capture);
-        if (lock && capture->smpCount > 0 && capture->smpFrequ > 0) {
+        if (lock && capture->smpCount() > 0 && capture->smpFrequ() > 0) {
             const double sample = MarkerTimes::sampleAt(point.x() / uiScale(), m_parts.waveGen.viewStart(),
                                                         m_parts.waveGen.ratioSasPix());
-            text = MarkerTimes::positionText(sample, capture->trgPos, capture->smpFrequ, units);
+            text = MarkerTimes::positionText(sample, capture->trgPos(), capture->smpFrequ(), units);
         }
     }
     emit pointerMoved(point.x(), text);

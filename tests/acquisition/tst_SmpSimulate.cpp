@@ -46,7 +46,7 @@ public:
         published = 0;
         simulate.startRun(settings, source);
         const bool ended = QTest::qWaitFor([this] { return published > 0; }, 60000);
-        (void)smpData->complete.load(std::memory_order_acquire); // what admits a reader to the data
+        (void)smpData->complete(); // what admits a reader to the data
         return ended;
     }
 
@@ -287,7 +287,7 @@ void TstSmpSimulate::aDisabledChannelHasNoDataAndTakesNoPeriodClass()
         QCOMPARE(bench.period(chn), classes.at(next++));
     }
     QCOMPARE(bench.smpData->entryCount(1), std::int64_t(0));
-    QVERIFY(bench.smpData->chnRoots[11] == nullptr);
+    QVERIFY(bench.smpData->chnRoots()[11] == nullptr);
 }
 
 void TstSmpSimulate::periodClassesGoOnFromRunToRun()
@@ -330,8 +330,8 @@ void TstSmpSimulate::everyChannelEndsAtTheDepth()
     Bench bench;
     QVERIFY(bench.run());
     QCOMPARE(bench.smpData->sampleCount(), std::int64_t(20000));
-    QCOMPARE(bench.smpData->smpFrequ, std::int64_t(500000000));
-    QCOMPARE(bench.smpData->trgPos, std::int64_t(0));
+    QCOMPARE(bench.smpData->smpFrequ(), std::int64_t(500000000));
+    QCOMPARE(bench.smpData->trgPos(), std::int64_t(0));
     for (int chn = 0; chn < 16; ++chn) {
         QCOMPARE(bench.smpData->lastPosition(chn), std::int64_t(20000));
         const std::vector<std::int64_t> entries = entriesOf(*bench.smpData, chn);
@@ -391,7 +391,7 @@ void TstSmpSimulate::aStopBeforeTheFirstBlockGivesAnEmptyCapture()
     bench.smpStop = true;
     QVERIFY(bench.run());
     QVERIFY((bench.states == QVector<State>{{0, 0, 0}, {5, 0, 0}}));
-    QVERIFY(bench.smpData->complete);
+    QVERIFY(bench.smpData->complete());
     QCOMPARE(bench.smpData->sampleCount(), std::int64_t(0));
     QCOMPARE(bench.smpData->entryCount(0), std::int64_t(1));
 }
@@ -404,7 +404,7 @@ void TstSmpSimulate::aStopTakesEffectWithinABlockAndKeepsIt()
     bench.simulate.startRun(bench.settings, nullptr);
     QTRY_COMPARE(bench.states.size(), 2);
     QVERIFY((bench.states.last() == State{3, 0, 0}));
-    QVERIFY(!bench.smpData->complete);
+    QVERIFY(!bench.smpData->complete());
     bench.smpStop = true;
     bench.wake();
     QTRY_COMPARE_WITH_TIMEOUT(bench.published, 1, 1500);
@@ -509,7 +509,7 @@ void TstSmpSimulate::aSpentMemoryBudgetEndsTheRunWithAClosedPart()
     QVERIFY(bench.run());
     QVERIFY((bench.states == QVector<State>{{0, 0, 0}, {4, 4, 0}}));
     QCOMPARE(bench.published, 1);
-    QVERIFY(bench.smpData->complete);
+    QVERIFY(bench.smpData->complete());
     QCOMPARE(bench.smpData->sampleCount(), std::int64_t(0));
     QCOMPARE(bench.smpData->lastPosition(0), std::int64_t(0));
 }

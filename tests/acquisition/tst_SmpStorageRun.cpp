@@ -83,7 +83,7 @@ public:
                 return false;
             }
         }
-        return smpData->complete;
+        return smpData->complete();
     }
     [[nodiscard]] bool run()
     {
@@ -166,7 +166,7 @@ void TstSmpStorageRun::theRingComesBackEdgeForEdge()
     QVERIFY(desk.holdsAll());
     QCOMPARE(desk.last(), (State{5, 0, 0}));
     QCOMPARE(desk.published, 1);
-    QCOMPARE(desk.smpData->smpCount, samplesOf(desk.records, desk.records.size()));
+    QCOMPARE(desk.smpData->smpCount(), samplesOf(desk.records, desk.records.size()));
     QCOMPARE(desk.device.size, std::uint32_t(desk.bulk.stream.size()));
     QCOMPARE(desk.device.address, 64U);
     QCOMPARE(desk.bulk.limit, std::int32_t(desk.bulk.stream.size()));
@@ -218,7 +218,7 @@ void TstSmpStorageRun::theTriggerStandsAtTheEndOfItsRecord()
     RingDesk desk(3000);
     desk.device.info.trgRecord = 1001;
     QVERIFY(desk.run());
-    QCOMPARE(desk.smpData->trgPos, samplesOf(desk.records, 1001));
+    QCOMPARE(desk.smpData->trgPos(), samplesOf(desk.records, 1001));
 }
 
 void TstSmpStorageRun::channelsThatAreOffHaveNoData()
@@ -236,7 +236,7 @@ void TstSmpStorageRun::aStreamLongerThanTheDepthIsCut()
     RingDesk desk(3000);
     desk.settings.depth = 20000;
     QVERIFY(desk.run());
-    QCOMPARE(desk.smpData->smpCount, std::int64_t(20000));
+    QCOMPARE(desk.smpData->smpCount(), std::int64_t(20000));
     QVERIFY(desk.holdsAll());
 }
 
@@ -260,7 +260,7 @@ void TstSmpStorageRun::buffersMayCutAGroup()
         QVERIFY(desk.run());
         QVERIFY(desk.holdsAll());
         QCOMPARE(desk.last(), (State{5, 0, 0}));
-        QCOMPARE(desk.smpData->trgPos, samplesOf(desk.records, 1000));
+        QCOMPARE(desk.smpData->trgPos(), samplesOf(desk.records, 1000));
     }
 }
 
@@ -290,13 +290,13 @@ void TstSmpStorageRun::mixedSignalsComeBackWhateverTheBuffers()
     QCOMPARE(desk.last(), (State{5, 0, 0}));
     QCOMPARE(desk.device.size, 32768U);
     QCOMPARE(desk.device.address, 400U);
-    QCOMPARE(desk.smpData->smpCount, std::int64_t(8000));
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(0));
+    QCOMPARE(desk.smpData->smpCount(), std::int64_t(8000));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
     QCOMPARE(desk.smpData->nextEdge(0, 0), std::int64_t(100));
     QCOMPARE(desk.smpData->edgeCount(0, 0, 7999), std::int64_t(79));
     for (int i = 0; i < 8192; ++i) {
-        QCOMPARE(desk.smpData->aChnBufs[0]->samples[i], std::int8_t(i));
-        QCOMPARE(desk.smpData->aChnBufs[1]->samples[i], std::int8_t(i * 3));
+        QCOMPARE(desk.smpData->aChnBufs()[0]->samples[i], std::int8_t(i));
+        QCOMPARE(desk.smpData->aChnBufs()[1]->samples[i], std::int8_t(i * 3));
     }
 }
 
@@ -471,7 +471,7 @@ void TstSmpStorageRun::aStopBeforeTheTriggerLeavesNone()
     desk.bulk.device = nullptr;
     desk.device.onCall = [&](const QString &call) { desk.smpStop = call == QStringLiteral("readStatus"); };
     QVERIFY(desk.run());
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(0));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
     QVERIFY(desk.holdsAll());
 }
 
@@ -564,7 +564,7 @@ void TstSmpStorageRun::anUnplugAtEachBufferKeepsWhatHasCome()
     QVERIFY(desk.run());
     QCOMPARE(desk.last(), (State{4, 3, 0}));
     QCOMPARE(desk.published, buffer > 0 ? 1 : 0);
-    QCOMPARE(desk.smpData->smpCount, samplesOf(all, std::size_t(buffer) * 200));
+    QCOMPARE(desk.smpData->smpCount(), samplesOf(all, std::size_t(buffer) * 200));
     QCOMPARE(desk.leak(), std::int64_t(0));
     desk.bulk.maxBuffers = -1;
     QVERIFY(desk.run());
@@ -580,7 +580,7 @@ void TstSmpStorageRun::aReadBackThatEndsEarlyIsReported()
         QVERIFY(desk.run());
         QCOMPARE(desk.last(), (State{4, 14, 0}));
         QCOMPARE(desk.published, 1);
-        QCOMPARE(desk.smpData->smpCount, samplesOf(desk.records, desk.bulk.stream.size() / 16 * 5));
+        QCOMPARE(desk.smpData->smpCount(), samplesOf(desk.records, desk.bulk.stream.size() / 16 * 5));
         QCOMPARE(desk.leak(), std::int64_t(0));
     }
 }
@@ -610,8 +610,8 @@ void TstSmpStorageRun::aSpentBudgetIsReportedAndStopsTheDevice()
     QCOMPARE(desk.last(), (State{4, 4, 0}));
     QCOMPARE(desk.device.calls().count(QStringLiteral("stopDevice")), 1);
     QCOMPARE(desk.published, 1);
-    QVERIFY(desk.smpData->smpCount > 0 && desk.smpData->smpCount < 400000);
-    QCOMPARE(captures::entries(*desk.smpData, 15).back(), desk.smpData->smpCount);
+    QVERIFY(desk.smpData->smpCount() > 0 && desk.smpData->smpCount() < 400000);
+    QCOMPARE(captures::entries(*desk.smpData, 15).back(), desk.smpData->smpCount());
     desk.smpData->clear();
     QCOMPARE(memBudget.load(), budget);
 }
@@ -648,7 +648,7 @@ void TstSmpStorageRun::malformedRecordsAreToldAndKept()
     desk.bulk.stream[std::size_t(at)] = std::uint8_t(value);
     QVERIFY(desk.run());
     QCOMPARE(desk.states.mid(desk.states.size() - 2), (QVector<State>{{4, 32, told}, {5, 0, 0}}));
-    QCOMPARE(desk.smpData->zeroSmpCnt, told);
+    QCOMPARE(desk.smpData->zeroSmpCnt(), told);
     QCOMPARE(desk.published, 1);
 }
 

@@ -45,7 +45,7 @@ std::vector<int> levels(const SmpData &data, int chn)
 {
     std::vector<int> all;
     SmpEdgeCursor cursor;
-    for (std::int64_t pos = 0; pos < data.smpCount; ++pos) {
+    for (std::int64_t pos = 0; pos < data.smpCount(); ++pos) {
         all.push_back(data.locate(chn, pos, cursor));
     }
     return all;
@@ -56,7 +56,7 @@ std::vector<int> levels(const SmpData &data, int chn)
 bool holds(const SmpData &data, const Samples &samples, std::int64_t start, std::int64_t smpCount,
            const std::vector<int> &chns, bool edgeAtBegin = false)
 {
-    if (!data.complete || data.smpCount != smpCount) {
+    if (!data.complete() || data.smpCount() != smpCount) {
         return false;
     }
     for (const int chn : chns) {
@@ -198,11 +198,11 @@ void TstSmpTransferRun::theCaptureIsThePartOfTheStreamAroundTheTrigger()
         QVERIFY(desk.runToEnd());
         const Expected want = expect(samples, desk.settings, used);
         if (!want.triggered) {
-            QCOMPARE(desk.smpData->trgPos, std::int64_t(0));
+            QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
             continue;
         }
         triggered += want.trgPos > 0 ? 1 : 0;
-        QCOMPARE(desk.smpData->trgPos, want.trgPos);
+        QCOMPARE(desk.smpData->trgPos(), want.trgPos);
         const bool isFull = want.smpCount == desk.settings.depth;
         QCOMPARE(desk.last(), isFull ? (State{5, 0, 0}) : (State{3, 14, 0}));
         QVERIFY(holds(*desk.smpData, samples, want.start, want.smpCount, used));
@@ -236,7 +236,7 @@ void TstSmpTransferRun::bytesAreCapturedAroundTheTriggerToo()
             continue;
         }
         triggered += want.trgPos > 0 ? 1 : 0;
-        QCOMPARE(desk.smpData->trgPos, want.trgPos);
+        QCOMPARE(desk.smpData->trgPos(), want.trgPos);
         QVERIFY(holds(*desk.smpData, samples, want.start, want.smpCount, used, true));
         QCOMPARE(desk.leak(), std::int64_t(0));
     }
@@ -275,7 +275,7 @@ void TstSmpTransferRun::withoutATriggerTheCaptureBeginsAtOnce()
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QVERIFY(holds(*desk.smpData, samples, 0, desk.settings.depth, naiveTrigger::firstChns(16)));
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(0));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
     QVERIFY(!desk.course().contains(2));
     QCOMPARE(desk.course().first(), 0);
     QCOMPARE(desk.last(), (State{5, 0, 0}));
@@ -318,7 +318,7 @@ void TstSmpTransferRun::aTriggerInTheFirstGroupHasFewerSamplesBeforeIt()
     desk.settings.preTrig = 700;
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(9));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(9));
     QVERIFY(holds(*desk.smpData, desk.samples, 0, desk.settings.depth, desk.used));
 }
 
@@ -331,7 +331,7 @@ void TstSmpTransferRun::theWindowReachesBackIntoAnEarlierBuffer()
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.cnvtTransfer.firstOffset, (5003 - 4000) / 16 * 8);
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(4000 + (5003 - 4000) % 16));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(4000 + (5003 - 4000) % 16));
     QVERIFY(holds(*desk.smpData, desk.samples, 992, 8000, desk.used));
 }
 
@@ -359,15 +359,15 @@ void TstSmpTransferRun::aLongWaitHoldsNoMoreThanTheWindow()
     desk.bulk.beforeBuffer = [&](int) { lowest = std::min(lowest, desk.bulk.lowestBudget); };
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
-    QVERIFY(desk.smpData->trgPos >= desk.settings.preTrig);
+    QVERIFY(desk.smpData->trgPos() >= desk.settings.preTrig);
     const std::int64_t roots = std::int64_t(sizeof(SmpEdgeRoot)) * chns; // all that the store takes before the trigger
     const std::int64_t window = desk.settings.preTrig / group * 2 * chns;
     const std::int64_t most = CaptureDesk::ampleMemory - desk.bulk.lowestBudget - roots;
     // The trigger comes in the last buffers, so that the converter adds to the store only behind them.
     QVERIFY2(most <= window + 8 * 1024 + std::int64_t(sizeof(SmpEdgeMid) + sizeof(SmpEdgeLeaf)) * chns,
              qPrintable(QString::number(most)));
-    QVERIFY(holds(*desk.smpData, desk.samples, std::int64_t(count) - 3 * group - desk.smpData->trgPos,
-                  desk.smpData->trgPos + 3 * group, desk.used));
+    QVERIFY(holds(*desk.smpData, desk.samples, std::int64_t(count) - 3 * group - desk.smpData->trgPos(),
+                  desk.smpData->trgPos() + 3 * group, desk.used));
 }
 
 void TstSmpTransferRun::afterTheTriggerNoMoreThanTheWindowIsHeldEither_data()
@@ -404,8 +404,8 @@ void TstSmpTransferRun::afterTheTriggerNoMoreThanTheWindowIsHeldEither()
     const std::int64_t most = CaptureDesk::ampleMemory - desk.bulk.lowestBudget;
     QVERIFY2(most <= window + 8 * 1024 + store, qPrintable(QStringLiteral("%1, %2").arg(most - store).arg(window)));
     QVERIFY(most >= window);
-    QVERIFY(
-        holds(*desk.smpData, desk.samples, std::int64_t(pulse) - desk.smpData->trgPos, desk.settings.depth, desk.used));
+    QVERIFY(holds(*desk.smpData, desk.samples, std::int64_t(pulse) - desk.smpData->trgPos(), desk.settings.depth,
+                  desk.used));
 }
 
 void TstSmpTransferRun::aSlowConverterIsWaitedForWithoutLoss()
@@ -424,7 +424,7 @@ void TstSmpTransferRun::aSlowConverterIsWaitedForWithoutLoss()
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{5, 0, 0}));
-    QCOMPARE(desk.smpData->smpCount, std::int64_t(count));
+    QCOMPARE(desk.smpData->smpCount(), std::int64_t(count));
     QCOMPARE(desk.smpData->entryCount(15), std::int64_t(count)); // one less between them, and the end mark
 }
 
@@ -467,7 +467,7 @@ void TstSmpTransferRun::aStopWhileWaitingKeepsWhatIsHeld()
     };
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(0));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
     QCOMPARE(desk.last(), (State{5, 0, 0}));
     QVERIFY(holds(*desk.smpData, desk.samples, 0, 1600, desk.used)); // one buffer is the whole window
     QCOMPARE(desk.published, 1);
@@ -512,7 +512,7 @@ void TstSmpTransferRun::aStopWhileSamplingKeepsWhatIsThere()
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{5, 0, 0}));
-    QCOMPARE(desk.smpData->trgPos, std::int64_t(900 % 16));
+    QCOMPARE(desk.smpData->trgPos(), std::int64_t(900 % 16));
     QVERIFY(holds(*desk.smpData, desk.samples, 896, 6 * 2048 - 896, desk.used));
 }
 
@@ -574,8 +574,8 @@ void TstSmpTransferRun::aStreamThatEndsEarlyIsReported()
         QCOMPARE(desk.last().err, error);
         QCOMPARE(desk.last().sta, pulse < 3200 ? 3 : 2);
         QCOMPARE(desk.published, 1);
-        QVERIFY(desk.smpData->complete);
-        QVERIFY(desk.smpData->smpCount > 0);
+        QVERIFY(desk.smpData->complete());
+        QVERIFY(desk.smpData->smpCount() > 0);
         QCOMPARE(desk.device.calls().last(), QStringLiteral("stopDevice"));
         QCOMPARE(desk.leak(), std::int64_t(0));
     }
@@ -665,9 +665,9 @@ void TstSmpTransferRun::aSpentBudgetInTheConverterIsReportedAndStopsTheDevice()
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last().err, 4);
     QCOMPARE(desk.published, 1);
-    QVERIFY(desk.smpData->complete);
-    QVERIFY(desk.smpData->smpCount > 0);
-    QVERIFY(desk.smpData->smpCount < desk.settings.depth);
+    QVERIFY(desk.smpData->complete());
+    QVERIFY(desk.smpData->smpCount() > 0);
+    QVERIFY(desk.smpData->smpCount() < desk.settings.depth);
     QVERIFY(desk.bulk.delivered < desk.bulk.stream.size()); // the device was stopped, long before the depth
     desk.smpData->clear();
     QCOMPARE(memBudget.load(), budget);
@@ -701,7 +701,7 @@ void TstSmpTransferRun::aSpentBudgetInTheTransportIsReported()
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{1, 4, 0}));
     QCOMPARE(desk.published, 1);
-    QVERIFY(desk.smpData->smpCount > 0);
+    QVERIFY(desk.smpData->smpCount() > 0);
     desk.smpData->clear();
     QCOMPARE(memBudget.load(), budget);
 }
@@ -777,7 +777,7 @@ void TstSmpTransferRun::aStreamOfNothingIsLeftUnpublished()
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{1, 14, 0}));
     QCOMPARE(desk.published, 0);
-    QVERIFY(!desk.smpData->complete);
+    QVERIFY(!desk.smpData->complete());
 }
 
 QTEST_GUILESS_MAIN(TstSmpTransferRun)

@@ -1,4 +1,5 @@
 #include "analysis/PulseCount.h"
+#include "store/SmpWriter.h"
 #include "wave/WaveCapture.h"
 
 #include <QtTest>
@@ -103,7 +104,7 @@ void TstPulseCount::countsAgreeWithLookingAtEverySample()
         const auto data = capture().samples(samples).pulses(0, widths).build();
         const bool startsHigh = below(2) == 1;
         if (startsHigh) {
-            data->chnRoots[0]->startLevel = 1;
+            SmpWriter(*data).chnRoot(0)->startLevel = 1;
             for (int &each : levels) {
                 each = 1 - each;
             }

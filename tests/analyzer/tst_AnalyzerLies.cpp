@@ -96,8 +96,8 @@ void TstAnalyzerLies::framesOutOfOrderOrPlaceArePutIntoTheCapture()
     std::int64_t last = 0;
     for (std::uint64_t i = 0; i < desk.frames(); ++i) {
         const Frame frame = desk.results()->GetFrame(i);
-        QVERIFY(frame.firstSample >= last && frame.firstSample < desk.capture.smpCount);
-        QVERIFY(frame.lastSample >= frame.firstSample && frame.lastSample < desk.capture.smpCount);
+        QVERIFY(frame.firstSample >= last && frame.firstSample < desk.capture.smpCount());
+        QVERIFY(frame.lastSample >= frame.firstSample && frame.lastSample < desk.capture.smpCount());
         last = frame.firstSample;
     }
 }
@@ -111,7 +111,7 @@ void TstAnalyzerLies::millionsOfMarkersAreStillSearchable()
     QVERIFY(desk.results()->GetNumMarkers(line) > 100000);
     std::uint64_t first = 0;
     std::uint64_t last = 0;
-    QVERIFY(desk.results()->GetMarkersInRange(line, 0, desk.capture.smpCount, &first, &last));
+    QVERIFY(desk.results()->GetMarkersInRange(line, 0, desk.capture.smpCount(), &first, &last));
     for (std::uint64_t i = first; i < last; ++i) {
         QVERIFY(desk.results()->GetMarker(line, i).sample <= desk.results()->GetMarker(line, i + 1).sample);
     }

@@ -1,6 +1,7 @@
 #include "app/MenuDesk.h"
 #include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
+#include "store/SmpWriter.h"
 #include "wave/MainView.h"
 
 #include <QCheckBox>
@@ -76,7 +77,6 @@ void TstMainMenuFiles::aCaptureWithoutSamplesIsNoData()
 {
     gDev->smpData->begin(0, 1000000, std::vector<std::uint8_t>(std::size_t(gDev->smpData->chnCount), 1));
     gDev->smpData->finish(0);
-    gDev->smpData->complete = true;
     m_menu->actSaveData();
     exportAs(4);
     QCOMPARE(m_boxes->seen.count, 2);
@@ -86,7 +86,7 @@ void TstMainMenuFiles::aCaptureWithoutSamplesIsNoData()
 void TstMainMenuFiles::aSavedCaptureOpensAgainAsItWas()
 {
     capture(50000);
-    gDev->smpData->trgPos = 4711;
+    SmpWriter(*gDev->smpData).setTrgPos(4711);
     m_path = path("saved.cxdat");
     m_menu->actSaveData();
     QCOMPARE(m_selections->count, 1);
@@ -97,7 +97,7 @@ void TstMainMenuFiles::aSavedCaptureOpensAgainAsItWas()
     QCOMPARE(m_boxes->seen.count, 0);
     QCOMPARE(gDev->model, 0);
     QCOMPARE(gDev->smpData->sampleCount(), 50000);
-    QCOMPARE(gDev->smpData->trgPos, 4711);
+    QCOMPARE(gDev->smpData->trgPos(), 4711);
     QCOMPARE(gDev->smpData->edgeCount(3, 0, 49999), 124);
     QCOMPARE(gOpenFile, m_path);
     QCOMPARE(m_window->windowTitle(), m_path + QStringLiteral(" - CorvanLUX"));
@@ -170,7 +170,7 @@ void TstMainMenuFiles::theRangeBetweenTwoMarkersIsSaved()
     m_menu->actSaveData();
     m_menu->actOpenFile();
     QCOMPARE(gDev->smpData->sampleCount(), 500);
-    QCOMPARE(gDev->smpData->trgPos, 0); // it lay before the range
+    QCOMPARE(gDev->smpData->trgPos(), 0); // it lay before the range
 }
 
 void TstMainMenuFiles::theMarkersComeFromTheWindow()

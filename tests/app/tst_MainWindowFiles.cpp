@@ -95,7 +95,7 @@ void TstMainWindowFiles::aDataFileOpensWithItsSettings()
     QCOMPARE(closer.seen.count, 0);
     QCOMPARE(gDev->model, 9);
     QCOMPARE(gDev->smpData->sampleCount(), 50000);
-    QCOMPARE(gDev->smpData->smpFrequ, 20000000);
+    QCOMPARE(gDev->smpData->smpFrequ(), 20000000);
     QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
     QVERIFY(!m_gen->digLine(31).empty());
 }

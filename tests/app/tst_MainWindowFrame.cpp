@@ -196,7 +196,7 @@ void TstMainWindowFrame::theSameModelIsNotReplaced()
     const DevBase *before = gDev;
     m_window->slotDevPreConnect(0);
     QCOMPARE(gDev, before);
-    QVERIFY(gDev->smpData->complete);
+    QVERIFY(gDev->smpData->complete());
 }
 
 void TstMainWindowFrame::closingSavesGeometryAndRatio()

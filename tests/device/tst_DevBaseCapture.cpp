@@ -151,7 +151,7 @@ void TstDevBaseCapture::everyStorageModelReadsItsMemoryBack()
     QCOMPARE(desk.starts, 1);
     QCOMPARE(desk.device->readSize.load(), std::int32_t(desk.bulk.stream.size()));
     QVERIFY(desk.device->smpData->sampleCount() > 0);
-    QCOMPARE(desk.device->smpData->smpFrequ, desk.device->smpFrequ());
+    QCOMPARE(desk.device->smpData->smpFrequ(), desk.device->smpFrequ());
     desk.device->smpData->clear();
     QCOMPARE(memBudget.load(), ampleMemory);
 }
@@ -181,8 +181,8 @@ void TstDevBaseCapture::everyStreamingModelCapturesItsStream()
     QTRY_COMPARE(desk.published, 1);
     QCOMPARE(desk.last(), qMakePair(5, 0));
     QCOMPARE(desk.device->smpData->sampleCount(), desk.device->smpDepth());
-    QCOMPARE(desk.device->smpData->trgPos, desk.device->preTrigSamples()); // a group's first sample in both
-    QVERIFY(desk.device->smpData->isEdge(0, desk.device->smpData->trgPos));
+    QCOMPARE(desk.device->smpData->trgPos(), desk.device->preTrigSamples()); // a group's first sample in both
+    QVERIFY(desk.device->smpData->isEdge(0, desk.device->smpData->trgPos()));
     QVERIFY(desk.control.device.stopped);
     QVERIFY(desk.control.calls.contains(QStringLiteral("sendSmpConfig")));
     desk.device->smpData->clear();
@@ -204,7 +204,7 @@ void TstDevBaseCapture::aCaptureTakesTheSettingsThatItBeganWith()
     desk.device->stopCapture();
     QTRY_COMPARE(desk.published, 1);
     QVERIFY(!desk.device->isCapturing());
-    QCOMPARE(desk.device->smpData->smpFrequ, rate);
+    QCOMPARE(desk.device->smpData->smpFrequ(), rate);
     QVERIFY(desk.device->smpData->entryCount(0) > 1);
 }
 

@@ -137,7 +137,7 @@ void TstDevBaseRun::withoutAnInstrumentEveryModelSimulates()
     QCOMPARE(listener.starts, 1);
     QCOMPARE(listener.states, (QVector<QPair<int, int>>{{0, 0}, {5, 0}}));
     QCOMPARE(device->smpData->sampleCount(), device->smpDepth());
-    QCOMPARE(device->smpData->smpFrequ, device->smpFrequ());
+    QCOMPARE(device->smpData->smpFrequ(), device->smpFrequ());
     for (int chn = 0; chn < device->chnEnable.size(); ++chn) {
         QCOMPARE(device->smpData->entryCount(chn) > 0, device->chnEnable.at(chn));
     }
@@ -186,7 +186,7 @@ void TstDevBaseRun::aCaptureKeepsTheSettingsThatItBeganWith()
     QTRY_COMPARE(listener.states.size(), 2);
     device->stopCapture();
     QTRY_COMPARE(listener.published, 1);
-    QCOMPARE(device->smpData->smpFrequ, std::int64_t(20000));
+    QCOMPARE(device->smpData->smpFrequ(), std::int64_t(20000));
     QCOMPARE(device->smpData->sampleCount(), std::int64_t(40000));
     QVERIFY(device->smpData->entryCount(15) > 1);
 }
@@ -288,7 +288,7 @@ void TstDevBaseRun::aSpentMemoryBudgetIsReported()
     device->startCapture();
     QTRY_COMPARE(listener.published, 1);
     QCOMPARE(listener.states, (QVector<QPair<int, int>>{{0, 0}, {4, 4}}));
-    QVERIFY(device->smpData->complete);
+    QVERIFY(device->smpData->complete());
 }
 
 void TstDevBaseRun::theSourceOfTheDayDrivesTheCapture()

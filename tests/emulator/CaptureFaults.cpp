@@ -99,7 +99,7 @@ bool CaptureFaultDesk::keepsWhatCameBefore(std::uint64_t offset)
     if (offset < std::uint64_t(readSize)) {
         return desk->published == 0;
     }
-    return QTest::qWaitFor([this] { return desk->published == 1; }) && gDev->smpData->smpCount > 0;
+    return QTest::qWaitFor([this] { return desk->published == 1; }) && gDev->smpData->smpCount() > 0;
 }
 
 bool CaptureFaultDesk::leavesNothing(std::int64_t budget)
@@ -124,8 +124,8 @@ QString CaptureFaultDesk::soundCapture()
     if (!QTest::qWaitFor([this] { return desk->published == 1; })) {
         return QStringLiteral("no data");
     }
-    if (gDev->smpData->smpCount != gDev->smpDepth()) {
-        return QStringLiteral("%1 samples").arg(gDev->smpData->smpCount);
+    if (gDev->smpData->smpCount() != gDev->smpDepth()) {
+        return QStringLiteral("%1 samples").arg(gDev->smpData->smpCount());
     }
     return differenceOf(*gDev->smpData, *signal, 0);
 }

@@ -97,8 +97,8 @@ void InstrumentCaptures::everyModelCapturesWithoutATrigger()
     gDev->setSmpDepthIndex(0);
     QVERIFY(desk->capture());
     QCOMPARE(desk->lastError(), 0);
-    QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
-    QCOMPARE(gDev->smpData->trgPos, std::int64_t(0));
+    QCOMPARE(gDev->smpData->smpCount(), gDev->smpDepth());
+    QCOMPARE(gDev->smpData->trgPos(), std::int64_t(0));
     QCOMPARE(differenceOf(*gDev->smpData, *makeSignal(), 0), QString());
 }
 
@@ -116,12 +116,12 @@ void InstrumentCaptures::everyModelCapturesAboutItsTrigger()
     QVERIFY(desk->capture());
     QCOMPARE(desk->lastError(), 0);
     const SmpData &data = *gDev->smpData;
-    QCOMPARE(data.smpCount, gDev->smpDepth());
+    QCOMPARE(data.smpCount(), gDev->smpDepth());
     const std::int64_t wanted = gDev->smpDepth() / 5;
     // The model with analog channels does not tell where its trigger is.
-    const std::int64_t before = model == 97 ? wanted : data.trgPos;
+    const std::int64_t before = model == 97 ? wanted : data.trgPos();
     QVERIFY(streams(model) ? before >= wanted && before < wanted + 16 : before == wanted);
-    QVERIFY(model == 97 || data.isEdge(triggerChn, data.trgPos));
+    QVERIFY(model == 97 || data.isEdge(triggerChn, data.trgPos()));
     QCOMPARE(differenceOf(data, *makeSignal(), triggerAt - before), QString());
 }
 
@@ -142,8 +142,8 @@ void InstrumentCaptures::everyModelIsStoppedWhileItWaits()
     QVERIFY(desk->awaitEnd());
     QCOMPARE(desk->lastError(), 0);
     QTRY_COMPARE(desk->published, 1);
-    QVERIFY(gDev->smpData->smpCount > 0);
-    QCOMPARE(gDev->smpData->trgPos, std::int64_t(0));
+    QVERIFY(gDev->smpData->smpCount() > 0);
+    QCOMPARE(gDev->smpData->trgPos(), std::int64_t(0));
     // The next one is as good as the first.
     gDev->setChnTrig(lowChn, 0);
     QVERIFY(desk->capture());
@@ -198,7 +198,7 @@ void InstrumentCaptures::everyModelIsUnpluggedWhileItSends()
     QVERIFY(desk->plug());
     QVERIFY(desk->capture());
     QCOMPARE(desk->lastError(), 0);
-    QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
+    QCOMPARE(gDev->smpData->smpCount(), gDev->smpDepth());
 }
 
 void InstrumentCaptures::aStreamNeverLacksAPendingRead()
@@ -215,7 +215,7 @@ void InstrumentCaptures::aStreamNeverLacksAPendingRead()
         gDev->setSmpDepthIndex(depthIndex);
         QVERIFY(desk->capture());
         QCOMPARE(desk->lastError(), 0);
-        QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
+        QCOMPARE(gDev->smpData->smpCount(), gDev->smpDepth());
         QCOMPARE(differenceOf(*gDev->smpData, *makeSignal(), 0), QString());
         QVERIFY(desk->road->bus().with([](Instrument &i) { return i.inBytes(); }) > 9'000'000);
         fewest = desk->road->bus().fewestReadsLeft();
@@ -234,15 +234,15 @@ void InstrumentCaptures::aStreamOfFewChannelsIsAsWhole()
         setUp(count > triggerChn, 30);
         QVERIFY(desk->capture());
         const SmpData &data = *gDev->smpData;
-        QCOMPARE(data.smpCount, gDev->smpDepth());
+        QCOMPARE(data.smpCount(), gDev->smpDepth());
         auto signal = makeSignal();
         for (int chn = 0; chn < 16; ++chn) {
-            QCOMPARE(data.chnRoots[std::size_t(chn)] != nullptr, chn < count);
+            QCOMPARE(data.chnRoots()[std::size_t(chn)] != nullptr, chn < count);
         }
         // Only the enabled channels hold anything to compare.
         for (int chn = 0; chn < count; ++chn) {
-            const std::int64_t from = count > triggerChn ? triggerAt - data.trgPos : 0;
-            for (std::int64_t pos = 0; pos < data.smpCount; pos += 501) {
+            const std::int64_t from = count > triggerChn ? triggerAt - data.trgPos() : 0;
+            for (std::int64_t pos = 0; pos < data.smpCount(); pos += 501) {
                 SmpEdgeCursor cursor;
                 QCOMPARE(data.locate(chn, pos, cursor), int(signal->at(from + pos, 1U << chn).levels >> chn));
             }
@@ -259,6 +259,6 @@ void InstrumentCaptures::aMemoryThatWrapsIsReadInOrder()
     gDev->setSmpDepthIndex(0);
     QVERIFY(desk->capture());
     QVERIFY(desk->road->bus().with([](Instrument &i) { return i.capture().info().endAddress; }) < 0x10000);
-    QCOMPARE(gDev->smpData->smpCount, gDev->smpDepth());
+    QCOMPARE(gDev->smpData->smpCount(), gDev->smpDepth());
     QCOMPARE(differenceOf(*gDev->smpData, *makeSignal(), 0), QString());
 }

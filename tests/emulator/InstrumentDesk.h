@@ -108,16 +108,17 @@ inline QString differenceOf(const SmpData &data, emulator::LogicSignal &signal, 
 {
     for (int chn = 0; chn < data.chnCount; ++chn) {
         const std::uint32_t bit = 1U << chn;
-        for (std::int64_t pos = 0; pos < data.smpCount;) {
+        for (std::int64_t pos = 0; pos < data.smpCount();) {
             const emulator::SignalRun run = signal.at(from + pos, bit);
             SmpEdgeCursor cursor;
             const int level = data.locate(chn, pos, cursor);
             const std::int64_t next = data.nextEdge(chn, pos);
             // A run of the signal may end without a change of level.
-            std::int64_t wanted = std::min(run.end == emulator::never ? data.smpCount : run.end - from, data.smpCount);
-            while (wanted < data.smpCount && signal.at(from + wanted, bit).levels == run.levels) {
+            std::int64_t wanted =
+                std::min(run.end == emulator::never ? data.smpCount() : run.end - from, data.smpCount());
+            while (wanted < data.smpCount() && signal.at(from + wanted, bit).levels == run.levels) {
                 const std::int64_t end = signal.at(from + wanted, bit).end;
-                wanted = std::min(end == emulator::never ? data.smpCount : end - from, data.smpCount);
+                wanted = std::min(end == emulator::never ? data.smpCount() : end - from, data.smpCount());
             }
             if (level != int(run.levels >> chn) || next != wanted) {
                 return QStringLiteral("channel %1 at %2: level %3 to %4 instead of %5 to %6")

@@ -211,7 +211,7 @@ void TstCaptureReadFaults::malformedRecordsAreToldAndTheCaptureIsKept()
     constexpr int malformed = 32;
     QVERIFY(faults.desk->states.contains({4, malformed}));
     QTRY_COMPARE(faults.desk->published, 1);
-    QVERIFY(gDev->smpData->smpCount > gDev->smpDepth() / 2);
+    QVERIFY(gDev->smpData->smpCount() > gDev->smpDepth() / 2);
     QVERIFY(faults.leavesNothing());
     QCOMPARE(faults.soundCapture(), QString());
     QVERIFY(!faults.desk->states.contains({4, malformed}));

@@ -340,7 +340,7 @@ void TstCaptureRequestFaults::aStopWhileTheMemoryIsReadKeepsWhatHasComeAndIsNoEr
     QVERIFY(faults.desk->awaitEnd());
     QCOMPARE(faults.desk->lastError(), 0);
     QTRY_COMPARE(faults.desk->published, 1);
-    QVERIFY(gDev->smpData->smpCount > 0 && gDev->smpData->smpCount < gDev->smpDepth());
+    QVERIFY(gDev->smpData->smpCount() > 0 && gDev->smpData->smpCount() < gDev->smpDepth());
     QVERIFY(faults.leavesNothing());
     QCOMPARE(faults.soundCapture(), QString());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -126,9 +127,9 @@ public:
                 return nullptr;
             }
         }
-        m_data->startLevels = m_levels;
-        m_data->smpCount = m_samples;
-        m_data->trgPos = m_trigger;
+        SmpWriter(*m_data).setStartLevels(m_levels);
+        SmpWriter(*m_data).setSmpCount(m_samples);
+        SmpWriter(*m_data).setTrgPos(m_trigger);
         m_data->finish(m_samples);
         return std::move(m_data);
     }

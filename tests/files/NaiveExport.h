@@ -41,8 +41,8 @@ public:
         out << Qt::endl;
         std::int64_t pos = m_selection.posStart;
         while (pos <= m_selection.posEnd) {
-            out << time(double(pos - m_data.trgPos) * (1.0 / double(m_data.smpFrequ)));
-            std::int64_t step = m_data.smpCount;
+            out << time(double(pos - m_data.trgPos()) * (1.0 / double(m_data.smpFrequ())));
+            std::int64_t step = m_data.smpCount();
             bool any = false;
             for (int chn = 0; chn < m_data.chnCount; ++chn) {
                 if (isChosen(chn)) {
@@ -102,7 +102,7 @@ private:
     void passTo(int chn, std::int64_t pos)
     {
         Channel &channel = m_channels[std::size_t(chn)];
-        if (channel.hasData && pos >= channel.next && pos < m_data.smpCount) {
+        if (channel.hasData && pos >= channel.next && pos < m_data.smpCount()) {
             const std::int64_t passed = channel.next;
             channel.level = m_data.locate(chn, passed, channel.cursor);
             channel.next = m_data.entryAt(chn, channel.cursor);

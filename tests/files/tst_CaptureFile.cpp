@@ -35,7 +35,7 @@ QByteArray settingsBlock(const QByteArray &global = "<devModel>1</devModel>")
 
 CapturePart wholeOf(const SmpData &data)
 {
-    return {std::vector<std::uint8_t>(std::size_t(data.chnCount), 1), 0, double(data.smpCount)};
+    return {std::vector<std::uint8_t>(std::size_t(data.chnCount), 1), 0, double(data.smpCount())};
 }
 
 std::unique_ptr<SmpData> smallCapture()
@@ -95,10 +95,10 @@ void TstCaptureFile::whatIsSavedOpensWithItsSettings()
     QVERIFY(opened.outcome.isDone());
     QVERIFY(opened.isData && !opened.outcome.cut && !opened.outcome.noChannels);
     QCOMPARE(opened.settings->global(QStringLiteral("chnShowName2")), QStringLiteral("SCL"));
-    QVERIFY(opened.capture->complete);
-    QCOMPARE(opened.capture->trgPos, 7);
+    QVERIFY(opened.capture->complete());
+    QCOMPARE(opened.capture->trgPos(), 7);
     QCOMPARE(entriesOf(*opened.capture, 2), (std::vector<std::int64_t>{10, 20, 1000}));
-    QCOMPARE(opened.capture->startLevels >> 2 & 1, std::uint64_t(1));
+    QCOMPARE(opened.capture->startLevels() >> 2 & 1, std::uint64_t(1));
     QVERIFY(m_folder.read(QStringLiteral("saved.cxdat")).startsWith("<?xml"));
     QCOMPARE(globalGet(QStringLiteral("chnShowName2")), QString()); // nothing of the program's has changed
 }
@@ -110,14 +110,14 @@ void TstCaptureFile::anOpenedCaptureIsTakenOverByAStore()
     SmpData store(8, 2);
     store.begin(0, 5, std::vector<std::uint8_t>(8, 1));
     QVERIFY(store.adopt(*opened));
-    QVERIFY(store.complete && store.aChnBufs[0] == nullptr);
-    QCOMPARE(store.smpCount, 1000);
-    QCOMPARE(store.smpFrequ, data->smpFrequ);
-    QCOMPARE(store.trgPos, 7);
+    QVERIFY(store.complete() && store.aChnBufs()[0] == nullptr);
+    QCOMPARE(store.smpCount(), 1000);
+    QCOMPARE(store.smpFrequ(), data->smpFrequ());
+    QCOMPARE(store.trgPos(), 7);
     for (int chn = 0; chn < 8; ++chn) {
         QCOMPARE(entriesOf(store, chn), entriesOf(*data, chn));
     }
-    QVERIFY(!opened->complete && opened->chnRoots[2] == nullptr);
+    QVERIFY(!opened->complete() && opened->chnRoots()[2] == nullptr);
     SmpData other(16, 0);
     QVERIFY(!store.adopt(other));
     QCOMPARE(store.sampleCount(), 1000);
@@ -217,7 +217,7 @@ void TstCaptureFile::aFileWithoutChannelsIsTold()
     for (const QByteArray &data : {DataFileBytes(8).bytes(), DataFileBytes(8).told().bytes()}) {
         const OpenedCapture opened = captureFile().open(m_folder.write(settingsBlock() + data));
         QVERIFY(opened.outcome.isDone() && opened.outcome.noChannels);
-        QCOMPARE(opened.capture->smpCount, 1000);
+        QCOMPARE(opened.capture->smpCount(), 1000);
         QCOMPARE(fileWarning(opened.outcome, {}), QStringLiteral("The file holds no channels."));
     }
 }

@@ -117,7 +117,7 @@ FileOutcome TstCaptureFileWhole::run(int job, const std::function<bool()> &mayGo
     CaptureFile file([](const ConfigDocument &) { return 8; });
     file.mayGoOn = mayGoOn;
     const QString path = m_folder.path(QStringLiteral("target"));
-    CapturePart part{std::vector<std::uint8_t>(8, 1), 0, double(m_data->smpCount)};
+    CapturePart part{std::vector<std::uint8_t>(8, 1), 0, double(m_data->smpCount())};
     switch (job) {
     case Save:
         return file.save(path, *m_data, part, someSettings());

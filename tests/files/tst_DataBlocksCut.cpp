@@ -133,7 +133,7 @@ void TstDataBlocksCut::aFileCutAnywhereOpensAsFarAsItsBlocksAreWhole()
         for (const int i : {0, 1, 2}) {
             const int chn = std::array{1, 4, 6}[std::size_t(i)];
             const bool there = size >= ends[i];
-            QCOMPARE(data.chnRoots[std::size_t(chn)] != nullptr, there);
+            QCOMPARE(data.chnRoots()[std::size_t(chn)] != nullptr, there);
             if (!there) {
                 missing.push_back(chn);
             }
@@ -256,7 +256,7 @@ void TstDataBlocksCut::theMemoryOfATreeIsKnownBefore()
     SmpData data(8, 0);
     const auto bytes = DataFileBytes(8).samples(100'000).block(3, 0, stairs(1, 1, entries)).bytes();
     QCOMPARE(readInto(data, bytes).result, DataBlocksResult::Done);
-    data.finish(data.smpCount);
+    data.finish(data.smpCount());
     const std::int64_t taken = before - memBudget;
     QVERIFY(taken <= treeBytes(entries));
     QVERIFY(treeBytes(entries) - taken <= std::int64_t(sizeof(SmpEdgeLeaf)));

@@ -2,6 +2,7 @@
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QTest>
 
@@ -190,7 +191,7 @@ void TstDataExport::aRangeAtTheEndOfTheCaptureHasOneLine()
 void TstDataExport::aCaptureWithoutARateHasTimesOfZero()
 {
     const auto data = CaptureBuilder(8).channel(0, 0, {10}).build();
-    data->smpFrequ = 0;
+    SmpWriter(*data).setSmpFrequ(0);
     QCOMPARE(linesOf(textOf(*data, {1}, 0, 1000)), QByteArray("0.000000000, 0\n0.000000000, 1\n"));
 }
 
@@ -271,7 +272,7 @@ void TstDataExport::aRowHasABitForEachChannelOfTheModel()
     values.push_back(values.back());
     values.push_back(values.back());
     const auto data = builder.build();
-    QCOMPARE(binaryOf(*data, allOf(*data), 0, double(data->smpCount)).toHex(), rows(width, values).toHex());
+    QCOMPARE(binaryOf(*data, allOf(*data), 0, double(data->smpCount())).toHex(), rows(width, values).toHex());
 }
 
 void TstDataExport::aChannelThatIsNotChosenKeepsItsBitWithZero()
@@ -311,8 +312,8 @@ void TstDataExport::aDumpWithoutAChosenChannelIsAllZero()
 void TstDataExport::analogChannelsAreInNoExport()
 {
     const auto data = CaptureBuilder(16, 2).samples(2).channel(0, 1).build();
-    data->aChnBufs[0]->count = 2;
-    data->aChnBufs[0]->samples[1] = 100;
+    SmpWriter(*data).aChnBuf(0)->count = 2;
+    SmpWriter(*data).aChnBuf(0)->samples[1] = 100;
     QCOMPARE(linesOf(textOf(*data, allOf(*data), 0, 2)), "0.000000000, 1" + QByteArray(", 0").repeated(15) + "\n");
     QCOMPARE(binaryOf(*data, allOf(*data), 0, 2).toHex(), QByteArray("01000100"));
 }

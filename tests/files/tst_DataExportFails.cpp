@@ -23,7 +23,7 @@ bool exportsTo(SmpData &data, Mode job, const QString &path, int room = -1)
     const auto select = allOf(data);
     DataFile file(&data);
     file.chnSelect = select.data();
-    file.setRange(0, double(data.smpCount));
+    file.setRange(0, double(data.smpCount()));
     file.file.setFileName(path);
     const bool text = job == Mode::ExportText;
     const auto mode = QIODevice::WriteOnly | QIODevice::Truncate;

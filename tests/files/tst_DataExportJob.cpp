@@ -83,7 +83,7 @@ void TstDataExportJob::initTestCase()
     memBudget = std::int64_t(4) << 30;
     configLoad();
     m_data = captureOf(10'000'000);
-    QCOMPARE(m_data->smpCount, 20'000'000);
+    QCOMPARE(m_data->smpCount(), 20'000'000);
 }
 
 void TstDataExportJob::aBackgroundExportWritesWhatADirectOneWrites()
@@ -170,7 +170,7 @@ void TstDataExportJob::aRejectedDialogCancelsTheRunningExport()
     const bool text = Mode(job) == Mode::ExportText;
     const qint64 first = text ? 100'000 * 36 : 2'000'000; // bytes until the first whole percent, or unit
     QVERIFY(file.written() >= first && file.written() < first + 2 * dataWritePiece);
-    QVERIFY(m_data->complete);
+    QVERIFY(m_data->complete());
 }
 
 void TstDataExportJob::aDumpOfALongQuietCaptureIsCancelledAtOnce()

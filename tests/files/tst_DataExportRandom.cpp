@@ -165,8 +165,8 @@ void TstDataExportRandom::piecesAndLeavesLeaveNoSeamInTheText()
     const auto data = builder.build();
     std::vector<std::uint8_t> select(16, 0);
     std::fill_n(select.begin(), chosen, std::uint8_t(1));
-    QVERIFY(textOf(*data, select, 0, double(data->smpCount)) ==
-            NaiveExport(*data, selectionOf(*data, select, 0, double(data->smpCount))).text());
+    QVERIFY(textOf(*data, select, 0, double(data->smpCount())) ==
+            NaiveExport(*data, selectionOf(*data, select, 0, double(data->smpCount()))).text());
 }
 
 QTEST_GUILESS_MAIN(TstDataExportRandom)

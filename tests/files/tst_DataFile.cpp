@@ -3,6 +3,7 @@
 #include "files/DataFileBytes.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QTest>
 
@@ -53,10 +54,10 @@ void TstDataFile::aLoadBringsBackLengthRateTriggerLevelsAndEdges()
     SmpData data(16, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    QVERIFY(data.complete);
-    QCOMPARE(data.smpCount, 1000);
-    QCOMPARE(data.smpFrequ, 250'000'000);
-    QCOMPARE(data.trgPos, 77);
+    QVERIFY(data.complete());
+    QCOMPARE(data.smpCount(), 1000);
+    QCOMPARE(data.smpFrequ(), 250'000'000);
+    QCOMPARE(data.trgPos(), 77);
     QCOMPARE(entriesOf(data, 0), (Entries{10, 20, 1000}));
     QCOMPARE(entriesOf(data, 5), (Entries{999, 1000}));
     SmpEdgeCursor cursor;
@@ -98,7 +99,7 @@ void TstDataFile::aChannelWithoutABlockHasNoData()
     SmpData data(8, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    QVERIFY(data.chnRoots[0] == nullptr);
+    QVERIFY(data.chnRoots()[0] == nullptr);
     QCOMPARE(data.nextEdge(0, 0), -1);
 }
 
@@ -110,7 +111,7 @@ void TstDataFile::aFileWithoutAnyBlockIsACaptureWithoutChannels()
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
     QCOMPARE(data.sampleCount(), 500);
-    for (const SmpEdgeRoot *root : data.chnRoots) {
+    for (const SmpEdgeRoot *root : data.chnRoots()) {
         QVERIFY(root == nullptr);
     }
 }
@@ -130,12 +131,12 @@ void TstDataFile::aLoadSetsAndClearsOnlyTheLevelsOfItsChannels()
     const FileFolder folder;
     const QString path = folder.write(DataFileBytes(8).block(0, 0, {1000}).block(1, 0x40, {1000}).bytes());
     SmpData data(8, 0);
-    data.startLevels = 0x81;
+    SmpWriter(data).setStartLevels(0x81);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    QCOMPARE(data.startLevels, std::uint64_t(0x82));
-    QCOMPARE(data.chnRoots[0]->startLevel, 0);
-    QCOMPARE(data.chnRoots[1]->startLevel, 1);
+    QCOMPARE(data.startLevels(), std::uint64_t(0x82));
+    QCOMPARE(data.chnRoots()[0]->startLevel, 0);
+    QCOMPARE(data.chnRoots()[1]->startLevel, 1);
 }
 
 void TstDataFile::aBlockWithoutEntriesIsAQuietChannel()
@@ -191,7 +192,7 @@ void TstDataFile::aTriggerBehindTheEndIsKept()
     SmpData data(8, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    QCOMPARE(data.trgPos, dataFileMax);
+    QCOMPARE(data.trgPos(), dataFileMax);
 }
 
 void TstDataFile::analogBuffersStayEmpty()
@@ -200,7 +201,7 @@ void TstDataFile::analogBuffersStayEmpty()
     const QString path = folder.write(DataFileBytes(16).block(0, 0, {3, 1000}).bytes());
     SmpData data(16, 2);
     data.begin(0, 1, std::vector<std::uint8_t>(16, 1));
-    QVERIFY(data.aChnBufs[0] != nullptr);
+    QVERIFY(data.aChnBufs()[0] != nullptr);
     data.finish(0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
@@ -218,9 +219,9 @@ void TstDataFile::aLoadReplacesTheFormerCapture()
     auto data = CaptureBuilder(8).samples(1000).trigger(500).channel(0, 1, {1, 2, 3}).build();
     DataFile file(data.get());
     QVERIFY(file.loadData(path, 0));
-    QCOMPARE(data->smpCount, 70);
-    QCOMPARE(data->trgPos, 0);
-    QVERIFY(data->chnRoots[0] == nullptr);
+    QCOMPARE(data->smpCount(), 70);
+    QCOMPARE(data->trgPos(), 0);
+    QVERIFY(data->chnRoots()[0] == nullptr);
     QCOMPARE(entriesOf(*data, 1), (Entries{70}));
 }
 
@@ -270,8 +271,8 @@ void TstDataFile::positionsUpToFortyBitsLoad()
     SmpData data(8, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(path, 0));
-    QCOMPARE(data.smpCount, dataFileMax);
-    QCOMPARE(data.smpFrequ, dataFileMax);
+    QCOMPARE(data.smpCount(), dataFileMax);
+    QCOMPARE(data.smpFrequ(), dataFileMax);
     QCOMPARE(entriesOf(data, 0), entries);
 }
 
@@ -285,7 +286,7 @@ void TstDataFile::thirtyTwoChannelsLoad()
     SmpData data(32, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(folder.write(bytes.bytes()), 0));
-    QCOMPARE(data.startLevels, std::uint64_t(0xAAAAAAAA));
+    QCOMPARE(data.startLevels(), std::uint64_t(0xAAAAAAAA));
     for (int chn = 0; chn < 32; ++chn) {
         QCOMPARE(entriesOf(data, chn), (Entries{chn + 1, 1000}));
     }

@@ -4,6 +4,7 @@
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QBuffer>
 #include <QTest>
@@ -30,17 +31,18 @@ std::unique_ptr<SmpData> formerCapture()
 
 bool isFormerCapture(const SmpData &data)
 {
-    return data.complete && data.smpCount == 300 && data.trgPos == 30 && entriesOf(data, 2) == Entries{10, 20, 300};
+    return data.complete() && data.smpCount() == 300 && data.trgPos() == 30 &&
+           entriesOf(data, 2) == Entries{10, 20, 300};
 }
 
 bool isClosedAndEmpty(const SmpData &data)
 {
-    for (const SmpEdgeRoot *root : data.chnRoots) {
+    for (const SmpEdgeRoot *root : data.chnRoots()) {
         if (root != nullptr) {
             return false;
         }
     }
-    return data.complete && data.smpCount == 0 && data.trgPos == 0;
+    return data.complete() && data.smpCount() == 0 && data.trgPos() == 0;
 }
 
 QByteArray oneBlock()
@@ -173,7 +175,7 @@ void TstDataFileBadInput::aRefusedHeadClosesAStoreWithoutACapture()
 
     SmpData filling(8, 0); // a capture that ended before it brought anything
     filling.begin(0, 1, std::vector<std::uint8_t>(8, 1));
-    filling.smpCount = 9;
+    SmpWriter(filling).setSmpCount(9);
     DataFile other(&filling);
     QVERIFY(!other.loadData(folder.path(QStringLiteral("missing.cxdat")), 0));
     QVERIFY(isClosedAndEmpty(filling));

@@ -58,7 +58,7 @@ void TstDataFileCancel::aCancelledLoadStopsWithinOnePieceWithoutAReport()
     QCOMPARE(reports, (std::vector<int>{10, 20}));
     QVERIFY(cancelledAt >= 10'000'000 && cancelledAt < 10'000'000 + dataReadPiece);
     QCOMPARE(file.file.pos(), cancelledAt);
-    QVERIFY(!data.complete);
+    QVERIFY(!data.complete());
 }
 
 void TstDataFileCancel::aCancelledSaveStopsWithinOnePieceAndLeavesAPartialFile()
@@ -69,7 +69,7 @@ void TstDataFileCancel::aCancelledSaveStopsWithinOnePieceAndLeavesAPartialFile()
     DataFile file(data.get());
     collect(file, reports, [&file](int percent) { file.cancelled = percent == 33; });
     file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
+    file.setRange(0, double(data->smpCount()));
     QCOMPARE(file.edgeTotal(), 3'000'000);
     const QString path = m_big.folder.path(QStringLiteral("saved.cxdat"));
     file.file.setFileName(path);
@@ -78,7 +78,7 @@ void TstDataFileCancel::aCancelledSaveStopsWithinOnePieceAndLeavesAPartialFile()
     QCOMPARE(reports, (std::vector<int>{33}));
     const qint64 written = QFileInfo(path).size();
     QVERIFY(written >= 5'000'000 && written < 5'000'000 + dataReadPiece);
-    QVERIFY(data->complete);
+    QVERIFY(data->complete());
 }
 
 void TstDataFileCancel::aRejectedDialogCancelsTheRunningLoadAndEmptiesTheStore()
@@ -93,9 +93,9 @@ void TstDataFileCancel::aRejectedDialogCancelsTheRunningLoadAndEmptiesTheStore()
     QCOMPARE(reports, (std::vector<int>{10}));
     QCOMPARE(log.reports, std::vector<int>());
     QCOMPARE(log.open, 0);
-    QVERIFY(data->complete);
-    QCOMPARE(data->smpCount, 0);
-    QVERIFY(data->chnRoots[0] == nullptr);
+    QVERIFY(data->complete());
+    QCOMPARE(data->smpCount(), 0);
+    QVERIFY(data->chnRoots()[0] == nullptr);
 }
 
 void TstDataFileCancel::aRejectedDialogCancelsTheRunningSave()
@@ -108,13 +108,13 @@ void TstDataFileCancel::aRejectedDialogCancelsTheRunningSave()
     DataFile file(data.get(), scripted(log, crossing.script()));
     collect(file, reports, [&](int) { crossing.holdUntilCancelled(file); });
     file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
+    file.setRange(0, double(data->smpCount()));
     QCOMPARE(file.edgeTotal(), 3'000'000);
     file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
     QVERIFY(!file.runWithDialog(DataFile::Mode::SaveData));
     QCOMPARE(reports, (std::vector<int>{33}));
-    QVERIFY(data->complete);
+    QVERIFY(data->complete());
     QCOMPARE(data->entryCount(0), 3'000'000);
 }
 
@@ -186,7 +186,7 @@ void TstDataFileCancel::aLoadWaitsForTheReadersOfTheFormerCapture()
     std::thread reader([&] {
         const SmpReadLock lock(data.get());
         reading = bool(lock);
-        while (data->complete) {
+        while (data->complete()) {
             std::this_thread::yield();
         }
         seen = entriesOf(*data, 0); // the load waits by now
@@ -211,7 +211,7 @@ void TstDataFileCancel::aSaveKeepsItsCaptureReadable()
     int admitted = 0;
     collect(file, reports, [&](int) { admitted += bool(SmpReadLock(data.get())); });
     file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
+    file.setRange(0, double(data->smpCount()));
     file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
     QVERIFY(file.runWithDialog(DataFile::Mode::SaveData));

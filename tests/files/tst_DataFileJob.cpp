@@ -164,7 +164,7 @@ void TstDataFileJob::reportsRiseToOneHundredOnTheMainThread()
     QVERIFY(file.loadData(m_big.path, 0));
     QVERIFY(!log.wrongThread);
     QCOMPARE(log.reports, (std::vector<int>{10, 20, 30, 40, 50, 60, 70, 80, 90, 99, 100}));
-    QVERIFY(data.complete);
+    QVERIFY(data.complete());
     QCOMPARE(data.entryCount(0), BigFile::entries + 1);
     QVERIFY(!file.file.isOpen());
 }
@@ -176,7 +176,7 @@ void TstDataFileJob::aSaveInTheBackgroundReportsByEntries()
     const std::vector<std::uint8_t> select(8, 1);
     DataFile file(data.get(), scripted(log, acceptAtTheEnd));
     file.chnSelect = select.data();
-    file.setRange(0, double(data->smpCount));
+    file.setRange(0, double(data->smpCount()));
     QCOMPARE(file.edgeTotal(), 3'000'000);
     file.file.setFileName(m_big.folder.path(QStringLiteral("saved.cxdat")));
     QVERIFY(file.file.open(QIODevice::WriteOnly));
@@ -235,7 +235,7 @@ void TstDataFileJob::aRefusedHeadClosesTheDialogAndKeepsTheCapture()
     DataFile file(data.get(), scripted(log, acceptAtTheEnd));
     QVERIFY(!file.loadData(m_big.path, 0));
     QCOMPARE(log.reports, (std::vector<int>{100}));
-    QVERIFY(data->complete);
+    QVERIFY(data->complete());
     QCOMPARE(entriesOf(*data, 0), (Entries{7, 1000}));
 }
 

@@ -4,6 +4,7 @@
 #include "files/DataFileSaved.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QTest>
 
@@ -70,7 +71,7 @@ void TstDataFileRange::theRangeIsSwappedLimitedAndNeverEmpty()
 void TstDataFileRange::aRangeWithoutACaptureIsTheFirstSample()
 {
     SmpData data(8, 0);
-    data.smpCount = 500; // a capture that fills
+    SmpWriter(data).setSmpCount(500); // a capture that fills
     DataFile file(&data);
     file.setRange(0, 500);
     QCOMPARE(file.posStart, 0);

@@ -111,7 +111,7 @@ void TstDataFileSave::aWholeFileOfSettingsAndDataLoadsAgain()
     SmpData back(16, 0);
     DataFile file(&back);
     QVERIFY(file.loadData(path, head.size()));
-    QCOMPARE(back.trgPos, 3);
+    QCOMPARE(back.trgPos(), 3);
     QCOMPARE(entriesOf(back, 4), (Entries{10, 500, 1000}));
 }
 
@@ -238,15 +238,15 @@ void TstDataFileSave::saveLoadSaveGivesTheSameBytes()
     SmpData data(chnCount, 0);
     DataFile file(&data);
     QVERIFY(file.loadData(folder.write(bytes), 0));
-    QVERIFY(saved(data, all(chnCount), 0, double(data.smpCount)) == bytes);
+    QVERIFY(saved(data, all(chnCount), 0, double(data.smpCount())) == bytes);
 
     // A part of it, loaded and saved again.
-    const double third = std::floor(double(data.smpCount) / 3);
+    const double third = std::floor(double(data.smpCount()) / 3);
     const QByteArray part = saved(data, all(chnCount), third, 2 * third);
     SmpData partData(chnCount, 0);
     DataFile partFile(&partData);
     QVERIFY(partFile.loadData(folder.write(part), 0));
-    QVERIFY(saved(partData, all(chnCount), 0, double(partData.smpCount)) == part);
+    QVERIFY(saved(partData, all(chnCount), 0, double(partData.smpCount())) == part);
 }
 
 QTEST_GUILESS_MAIN(TstDataFileSave)

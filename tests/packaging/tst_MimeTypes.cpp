@@ -70,7 +70,7 @@ void TstMimeTypes::init()
     const std::vector<std::uint8_t> select(16, 1);
     DataFile file(&data);
     file.chnSelect = select.data();
-    file.setRange(0, double(data.smpCount));
+    file.setRange(0, double(data.smpCount()));
     file.file.setFileName(path);
     QVERIFY(file.file.open(QIODevice::Append) && file.saveData());
     file.file.close();

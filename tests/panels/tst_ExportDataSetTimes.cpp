@@ -41,14 +41,14 @@ void TstExportDataSetTimes::allTimeIsNothingWhileTheCaptureIsNotComplete()
 {
     const PanelDevice device(storage16Model);
     CaptureBuilder{12345}.fill(*gDev->smpData);
-    gDev->smpData->complete = false;
+    gDev->smpData->closeToReaders();
     const Desk desk;
     QCOMPARE(desk.start()->text(), QStringLiteral("0"));
     QCOMPARE(desk.end()->text(), QStringLiteral("0"));
     const Selection selection(desk.dialog);
     QCOMPARE(selection.start, 0.0);
     QCOMPARE(selection.end, 0.0);
-    gDev->smpData->complete = true;
+    gDev->smpData->readmit();
 }
 
 void TstExportDataSetTimes::markersCanOnlyBeChosenWhenThereIsAPair()

@@ -1,6 +1,7 @@
 #include "panels/ExportRange.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 #include "support/CaptureBuilder.h"
 #include "wave/MainView.h"
 
@@ -44,8 +45,8 @@ void TstExportRange::aCaptureThatIsNotCompleteHasNoNumbers()
     SmpData data(8, 0);
     const std::vector<std::uint8_t> enable(8, 1);
     data.begin(0, 5000, enable);
-    data.smpCount = 1000;
-    data.trgPos = 50;
+    SmpWriter(data).setSmpCount(1000);
+    SmpWriter(data).setTrgPos(50);
     const ExportCapture capture = ExportCapture::of(data);
     QCOMPARE(capture.smpCount, 0);
     QCOMPARE(capture.smpFrequ, 0);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <cstdint>
 #include <memory>
@@ -28,11 +29,11 @@ inline void close(SmpData &data, const std::vector<Positions> &chns, std::int64_
 {
     const std::vector<std::uint8_t> enable(std::size_t(data.chnCount), 1);
     data.begin(0, 100000000, enable);
-    data.startLevels = 0;
+    SmpWriter(data).setStartLevels(0);
     for (std::size_t chn = 0; chn < chns.size(); ++chn) {
         append(data, int(chn), chns[chn]);
     }
-    data.smpCount = length;
+    SmpWriter(data).setSmpCount(length);
     data.finish(length);
 }
 
@@ -54,7 +55,7 @@ inline std::unique_ptr<SmpData> channelOf(const std::vector<std::int32_t> &width
     data->begin(0, 1000, enable);
     std::int64_t pos = 0;
     (void)data->addPulses(widths, 0, pos);
-    data->smpCount = pos;
+    SmpWriter(*data).setSmpCount(pos);
     data->finish(pos);
     return data;
 }

@@ -2,6 +2,7 @@
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
 #include "store/SmpStreams.h"
+#include "store/SmpWriter.h"
 
 #include <QtTest>
 
@@ -67,11 +68,11 @@ Expected walkSamples(const std::vector<std::uint32_t> &samples, int chns, std::u
 /// Closes `data` and compares. A transition at the capture's very end becomes the end mark.
 bool holds(SmpData &data, const Expected &expected)
 {
-    if (data.startLevels != expected.startLevels || data.smpCount != expected.samples ||
-        data.trgPos != expected.trgPos) {
+    if (data.startLevels() != expected.startLevels || data.smpCount() != expected.samples ||
+        data.trgPos() != expected.trgPos) {
         return false;
     }
-    data.finish(data.smpCount);
+    data.finish(data.smpCount());
     for (std::size_t chn = 0; chn < expected.chns.size(); ++chn) {
         Positions want = expected.chns[chn];
         while (!want.empty() && want.back() >= expected.samples) {
@@ -254,7 +255,7 @@ void TstSmpDataDecode::theTriggerStandsAtTheEndOfItsRecord()
             SmpData narrow(16, 0);
             narrow.begin(trigger, 1, smpStreams::enabled(16));
             QVERIFY(narrow.addRle16(smpStreams::rle16(records), consumed));
-            QVERIFY(narrow.trgPos > 0);
+            QVERIFY(narrow.trgPos() > 0);
             QVERIFY(holds(narrow, walk(records, 16, trigger)));
             SmpData wide(32, 0);
             wide.begin(trigger, 1, smpStreams::enabled(32));
@@ -274,12 +275,12 @@ void TstSmpDataDecode::aCountOfZeroLeavesTheOffsetOfTheLastSuchRecord()
         SmpData narrow(16, 0);
         narrow.begin(0, 1, smpStreams::enabled(16));
         QVERIFY(narrow.addRle16(smpStreams::rle16(records), consumed));
-        QCOMPARE(narrow.zeroSmpCnt, std::int32_t(bad / 5 * 16 + bad % 5 * 3));
+        QCOMPARE(narrow.zeroSmpCnt(), std::int32_t(bad / 5 * 16 + bad % 5 * 3));
         SmpData wide(32, 0);
         wide.begin(0, 1, smpStreams::enabled(32));
         QVERIFY(wide.addRle32(smpStreams::rle32(records), consumed));
-        QCOMPARE(wide.zeroSmpCnt, std::int32_t(bad / 6 * 32 + bad % 6 * 5));
-        QCOMPARE(wide.smpCount, std::int64_t(bad == 0 ? 29 : 28) * 9);
+        QCOMPARE(wide.zeroSmpCnt(), std::int32_t(bad / 6 * 32 + bad % 6 * 5));
+        QCOMPARE(wide.smpCount(), std::int64_t(bad == 0 ? 29 : 28) * 9);
     }
 }
 
@@ -290,12 +291,12 @@ void TstSmpDataDecode::wrongCheckBytesLeaveTheOffsetOfTheGroupPlusThirty()
     std::uint32_t consumed = 0;
     data.begin(0, 1, smpStreams::enabled(32));
     QVERIFY(data.addRle32(bytes, consumed));
-    QCOMPARE(data.zeroSmpCnt, -1);
+    QCOMPARE(data.zeroSmpCnt(), -1);
     bytes[32 + 31] ^= 0x10;
     data.begin(0, 1, smpStreams::enabled(32));
     QVERIFY(data.addRle32(bytes, consumed));
-    QCOMPARE(data.zeroSmpCnt, 32 + 30);
-    QCOMPARE(data.smpCount, std::int64_t(18 * 9)); // still processed
+    QCOMPARE(data.zeroSmpCnt(), 32 + 30);
+    QCOMPARE(data.smpCount(), std::int64_t(18 * 9)); // still processed
 }
 
 void TstSmpDataDecode::malformedRecordsAreToldAmongTransitionsToo()
@@ -311,12 +312,12 @@ void TstSmpDataDecode::malformedRecordsAreToldAmongTransitionsToo()
         SmpData narrow(16, 0);
         narrow.begin(0, 1, smpStreams::enabled(16));
         QVERIFY(narrow.addRle16(smpStreams::rle16(withZero), consumed));
-        QCOMPARE(narrow.zeroSmpCnt, std::int32_t(bad / 5 * 16 + bad % 5 * 3));
+        QCOMPARE(narrow.zeroSmpCnt(), std::int32_t(bad / 5 * 16 + bad % 5 * 3));
         QVERIFY(holds(narrow, walk(withZero, 16, 0)));
         SmpData wide(32, 0);
         wide.begin(0, 1, smpStreams::enabled(32));
         QVERIFY(wide.addRle32(smpStreams::rle32(withZero), consumed));
-        QCOMPARE(wide.zeroSmpCnt, std::int32_t(bad / 6 * 32 + bad % 6 * 5));
+        QCOMPARE(wide.zeroSmpCnt(), std::int32_t(bad / 6 * 32 + bad % 6 * 5));
         QVERIFY(holds(wide, walk(withZero, 32, 0)));
     }
     for (std::size_t group = 0; group < 5; ++group) {
@@ -326,7 +327,7 @@ void TstSmpDataDecode::malformedRecordsAreToldAmongTransitionsToo()
         SmpData wide(32, 0);
         wide.begin(0, 1, smpStreams::enabled(32));
         QVERIFY(wide.addRle32(bytes, consumed));
-        QCOMPARE(wide.zeroSmpCnt, std::int32_t(group * 32 + 30));
+        QCOMPARE(wide.zeroSmpCnt(), std::int32_t(group * 32 + 30));
         QVERIFY(holds(wide, walk(records, 32, 0)));
     }
 }
@@ -339,7 +340,7 @@ void TstSmpDataDecode::aTailShorterThanAGroupIsSkippedAndConsumed()
         std::uint32_t consumed = 100;
         data.begin(0, 1, smpStreams::enabled(16));
         QVERIFY(data.addRle16(part(bytes, 0, size), consumed));
-        QCOMPARE(data.smpCount, std::int64_t(size / 16 * 20));
+        QCOMPARE(data.smpCount(), std::int64_t(size / 16 * 20));
         QCOMPARE(consumed, std::uint32_t(100 + size));
     }
     const Bytes wide = smpStreams::rle32(std::vector<Record>(12, {1, 4}));
@@ -348,7 +349,7 @@ void TstSmpDataDecode::aTailShorterThanAGroupIsSkippedAndConsumed()
         std::uint32_t consumed = 0;
         data.begin(0, 1, smpStreams::enabled(32));
         QVERIFY(data.addRle32(part(wide, 0, size), consumed));
-        QCOMPARE(data.smpCount, std::int64_t(size / 32 * 24));
+        QCOMPARE(data.smpCount(), std::int64_t(size / 32 * 24));
         QCOMPARE(consumed, std::uint32_t(size));
     }
 }
@@ -382,7 +383,7 @@ void TstSmpDataDecode::recordsStopAtAFullLeafWhenTheBudgetIsSpent()
     QVERIFY(!narrow.addRle16(smpStreams::rle16(records), consumed));
     // Record 0 changes nothing, records 1 to 20480 fill the leaf, record 20481 finds no room: in group 4096.
     QCOMPARE(consumed, std::uint32_t(4096 * 16));
-    QCOMPARE(narrow.smpCount, std::int64_t(20481 * 2));
+    QCOMPARE(narrow.smpCount(), std::int64_t(20481 * 2));
     narrow.finish(1000000);
     QCOMPARE(narrow.entryCount(0), std::int64_t(20481));
     QCOMPARE(narrow.lastPosition(0), std::int64_t(20481 * 2));
@@ -394,7 +395,7 @@ void TstSmpDataDecode::recordsStopAtAFullLeafWhenTheBudgetIsSpent()
     memBudget = 0;
     QVERIFY(!wide.addRle32(smpStreams::rle32(records), consumed));
     QCOMPARE(consumed, std::uint32_t(20481 / 6 * 16)); // sixteen a group in this format too
-    QCOMPARE(wide.smpCount, std::int64_t(20481 * 2));
+    QCOMPARE(wide.smpCount(), std::int64_t(20481 * 2));
 }
 
 void TstSmpDataDecode::mixedRecordsSplitIntoAnalogAndDigitalSamples()
@@ -410,10 +411,10 @@ void TstSmpDataDecode::mixedRecordsSplitIntoAnalogAndDigitalSamples()
     data.begin(20, 1, smpStreams::enabled(16));
     QVERIFY(data.addMixed16(bytes, consumed));
     QCOMPARE(consumed, std::uint32_t(2000));
-    QCOMPARE(data.aChnBufs[0]->count, 500);
-    QCOMPARE(data.aChnBufs[1]->count, 500);
-    QCOMPARE(int(data.aChnBufs[0]->samples[200]), 200 - 256);
-    QCOMPARE(int(data.aChnBufs[1]->samples[3]), -4);
+    QCOMPARE(data.aChnBufs()[0]->count, 500);
+    QCOMPARE(data.aChnBufs()[1]->count, 500);
+    QCOMPARE(int(data.aChnBufs()[0]->samples[200]), 200 - 256);
+    QCOMPARE(int(data.aChnBufs()[1]->samples[3]), -4);
     Expected expected = walkSamples(samples, 16, samples[0]);
     expected.trgPos = 20;
     QVERIFY(holds(data, expected));
@@ -428,10 +429,10 @@ void TstSmpDataDecode::mixedRecordsStartAtAnalogIndexZeroInEveryCall()
     data.begin(0, 1, smpStreams::enabled(16));
     QVERIFY(data.addMixed16(first, consumed));
     QVERIFY(data.addMixed16(second, consumed));
-    QCOMPARE(data.aChnBufs[0]->count, 4);
-    QCOMPARE(int(data.aChnBufs[0]->samples[0]), 9);
-    QCOMPARE(int(data.aChnBufs[1]->samples[0]), 8);
-    QCOMPARE(int(data.aChnBufs[0]->samples[1]), 3);
+    QCOMPARE(data.aChnBufs()[0]->count, 4);
+    QCOMPARE(int(data.aChnBufs()[0]->samples[0]), 9);
+    QCOMPARE(int(data.aChnBufs()[1]->samples[0]), 8);
+    QCOMPARE(int(data.aChnBufs()[0]->samples[1]), 3);
 }
 
 void TstSmpDataDecode::mixedRecordsBeyondTheAnalogBufferAreCut()
@@ -442,9 +443,9 @@ void TstSmpDataDecode::mixedRecordsBeyondTheAnalogBufferAreCut()
     data.begin(0, 1, smpStreams::enabled(16));
     QVERIFY(data.addMixed16(Bytes(records * 4, 0x11), consumed));
     QVERIFY(data.addMixed16(Bytes(400, 0x11), consumed));
-    QCOMPARE(data.aChnBufs[0]->count, int(SmpAChnBuffer::capacity));
-    QCOMPARE(data.aChnBufs[1]->count, int(SmpAChnBuffer::capacity));
-    QCOMPARE(data.smpCount, std::int64_t(records + 100));
+    QCOMPARE(data.aChnBufs()[0]->count, int(SmpAChnBuffer::capacity));
+    QCOMPARE(data.aChnBufs()[1]->count, int(SmpAChnBuffer::capacity));
+    QCOMPARE(data.smpCount(), std::int64_t(records + 100));
 }
 
 void TstSmpDataDecode::mixedRecordsPassOverAnalogBuffersThatTheHeapRefused()
@@ -452,10 +453,10 @@ void TstSmpDataDecode::mixedRecordsPassOverAnalogBuffersThatTheHeapRefused()
     SmpData data(16, 2);
     blockRefusal = [](std::size_t size) { return size == sizeof(SmpAChnBuffer); };
     data.begin(0, 1, smpStreams::enabled(16));
-    QVERIFY(data.aChnBufs[0] == nullptr);
+    QVERIFY(data.aChnBufs()[0] == nullptr);
     std::uint32_t consumed = 0;
     QVERIFY(data.addMixed16({{1, 2, 3, 4, 5, 6, 7, 8}}, consumed));
-    QCOMPARE(data.smpCount, std::int64_t(2));
+    QCOMPARE(data.smpCount(), std::int64_t(2));
 }
 
 void TstSmpDataDecode::mixedRecordsStopAfterWholeRecordsWhenTheBudgetIsSpent()
@@ -522,7 +523,7 @@ void TstSmpDataDecode::aFirstChunkOfBytesTakesItsLevelsFromItsFirstByte()
     QVERIFY(data.addBytes8({{0x01, 0xFF, 0x00, 0x00}}, 2, done));
     QCOMPARE(done, std::int64_t(2));
     data.finish(2);
-    QCOMPARE(data.startLevels, std::uint64_t(1));
+    QCOMPARE(data.startLevels(), std::uint64_t(1));
     QCOMPARE(captures::entries(data, 0), (Positions{0, 2})); // a transition at position 0
     QCOMPARE(captures::entries(data, 1), (Positions{2}));
     SmpEdgeCursor cursor;
@@ -562,7 +563,7 @@ void TstSmpDataDecode::bytesStopAtTheSampleThatFindsNoRoom()
     memBudget = 0;
     QVERIFY(!data.addBytes8(bytes, 0, done));
     QCOMPARE(done, std::int64_t(20481));
-    QCOMPARE(data.smpCount, done);
+    QCOMPARE(data.smpCount(), done);
 }
 
 void TstSmpDataDecode::slicesGiveTheTransitionsOfAPlainWalk_data()
@@ -636,11 +637,11 @@ void TstSmpDataDecode::slicesOfSomeChannelsTakeTurnsInAscendingOrder()
     Bytes bytes = smpStreams::sliced(samples, {2, 3, 11});
     bytes.insert(bytes.begin(), {0xAA, 0x55, 0xAA, 0x55}); // before the first sample that counts
     QVERIFY(data.addSliced(bytes, 4, done));
-    QCOMPARE(data.slicedChn[0], 2);
-    QCOMPARE(data.slicedChn[1], 3);
-    QCOMPARE(data.slicedChn[2], 11);
-    QCOMPARE(data.slicedLevel[11], std::int32_t(samples.back() >> 11 & 1));
-    QCOMPARE(data.startLevels, std::uint64_t(samples[0] & 0x080C));
+    QCOMPARE(data.slicedChn()[0], 2);
+    QCOMPARE(data.slicedChn()[1], 3);
+    QCOMPARE(data.slicedChn()[2], 11);
+    QCOMPARE(data.slicedLevel()[11], std::int32_t(samples.back() >> 11 & 1));
+    QCOMPARE(data.startLevels(), std::uint64_t(samples[0] & 0x080C));
     data.finish(done);
     const Expected expected = walkSamples(samples, 16, samples[0]);
     for (const int chn : {2, 3, 11}) {
@@ -662,7 +663,7 @@ void TstSmpDataDecode::aFirstGroupThatAChunkCutsTellsItsLevelsInTheNext()
         QVERIFY(data.addSliced(part(bytes, 0, split), 0, done));
         QVERIFY(data.addSliced(part(bytes, split, split), -1, done));
         QVERIFY(data.addSliced(part(bytes, split, bytes.size()), -1, done));
-        QCOMPARE(data.startLevels, std::uint64_t(0x1F));
+        QCOMPARE(data.startLevels(), std::uint64_t(0x1F));
         QVERIFY(holds(data, walkSamples(samples, 5, samples[0])));
     }
 }
@@ -697,7 +698,7 @@ void TstSmpDataDecode::slicesOfAChannelWithoutARootKeepTheirTurn()
     SmpData data(3, 0);
     data.begin(0, 1, smpStreams::enabled(3));
     blockRefusal = nullptr;
-    QVERIFY(data.chnRoots[1] == nullptr);
+    QVERIFY(data.chnRoots()[1] == nullptr);
     const auto samples = randomSamples(44, 16 * 20, 20, 0x7);
     std::int64_t done = 0;
     QVERIFY(data.addSliced(smpStreams::sliced(samples, {0, 1, 2}), 0, done));
@@ -734,7 +735,7 @@ void TstSmpDataDecode::aShortFirstChunkOfSlicesDoesNotReadBeyondItsEnd()
         data.begin(0, 1, smpStreams::enabled(4));
         QVERIFY(data.addSliced(bytes, 0, done));
         QCOMPARE(done, std::int64_t(0));
-        QCOMPARE(data.startLevels, (std::uint64_t(1) << (size + 1) / 2) - 1);
+        QCOMPARE(data.startLevels(), (std::uint64_t(1) << (size + 1) / 2) - 1);
     }
 }
 
@@ -757,13 +758,13 @@ void TstSmpDataDecode::positionsKeepTheirHighByteAcrossTheSeamsOf32Bits()
     std::int64_t done = 0;
     SmpData data(8, 0);
     data.begin(0, 1, smpStreams::enabled(8));
-    data.smpCount = from;
+    SmpWriter(data).setSmpCount(from);
     QVERIFY(data.addBytes8(asBytes8(samples), 0, done));
     QVERIFY(holds(data, walkSamples(samples, 8, samples[0], from)));
 
     SmpData sliced(8, 0);
     sliced.begin(0, 1, smpStreams::enabled(8));
-    sliced.smpCount = from;
+    SmpWriter(sliced).setSmpCount(from);
     QVERIFY(sliced.addSliced(smpStreams::sliced(samples, firstChns(8)), 0, done));
     QVERIFY(holds(sliced, walkSamples(samples, 8, samples[0], from)));
 
@@ -775,8 +776,8 @@ void TstSmpDataDecode::positionsKeepTheirHighByteAcrossTheSeamsOf32Bits()
         ones.push_back({word, 1});
     }
     records.begin(0, 1, smpStreams::enabled(8));
-    records.startLevels = 0;
-    records.smpCount = from;
+    SmpWriter(records).setStartLevels(0);
+    SmpWriter(records).setSmpCount(from);
     QVERIFY(records.addRle16(smpStreams::rle16(ones), consumed));
     QVERIFY(holds(records, walkSamples(samples, 8, 0, from)));
 }
@@ -798,12 +799,12 @@ void TstSmpDataDecode::longRecordsKeepTheirHighByteAcrossASeamOf32Bits()
     std::uint32_t consumed = 0;
     SmpData narrow(8, 0);
     narrow.begin(0, 1, smpStreams::enabled(8));
-    narrow.smpCount = from;
+    SmpWriter(narrow).setSmpCount(from);
     QVERIFY(narrow.addRle16(smpStreams::rle16(records), consumed));
     QVERIFY(holds(narrow, expected));
     SmpData wide(8, 0);
     wide.begin(0, 1, smpStreams::enabled(8));
-    wide.smpCount = from;
+    SmpWriter(wide).setSmpCount(from);
     QVERIFY(wide.addRle32(smpStreams::rle32(records), consumed));
     QVERIFY(holds(wide, expected));
 }
@@ -825,24 +826,24 @@ void TstSmpDataDecode::positionsBeyond40BitsAreNeverStored()
     // The first sample changes nothing, so the transitions start one sample later.
     SmpData bytes(8, 0);
     bytes.begin(0, 1, smpStreams::enabled(8));
-    bytes.smpCount = maxPosition - 101;
+    SmpWriter(bytes).setSmpCount(maxPosition - 101);
     QVERIFY(bytes.addBytes8(asBytes8(samples), 0, done));
     bytes.finish(done);
-    QCOMPARE(bytes.smpCount, maxPosition);
+    QCOMPARE(bytes.smpCount(), maxPosition);
     QCOMPARE(captures::entries(bytes, 0), want);
 
     SmpData sliced(1, 0);
     sliced.begin(0, 1, smpStreams::enabled(1));
-    sliced.smpCount = maxPosition - 101;
+    SmpWriter(sliced).setSmpCount(maxPosition - 101);
     QVERIFY(sliced.addSliced(smpStreams::sliced(samples, {0}), 0, done));
     sliced.finish(done);
     QCOMPARE(captures::entries(sliced, 0), want);
 
     SmpData run(16, 0);
     run.begin(0, 1, smpStreams::enabled(16));
-    run.smpCount = maxPosition - 101;
+    SmpWriter(run).setSmpCount(maxPosition - 101);
     QVERIFY(run.addRle16(smpStreams::rle16(records), consumed));
-    run.finish(run.smpCount);
+    run.finish(run.smpCount());
     QCOMPARE(captures::entries(run, 0), want);
 }
 
@@ -853,8 +854,8 @@ void TstSmpDataDecode::pulsesAddUpToPositions()
     std::int64_t pos = 100;
     QVERIFY(data.addPulses({{5, 1, 2147483647}}, 1, pos));
     QCOMPARE(pos, std::int64_t(106) + 2147483647);
-    data.smpCount = pos + 10;
-    data.finish(data.smpCount);
+    SmpWriter(data).setSmpCount(pos + 10);
+    data.finish(data.smpCount());
     QCOMPARE(captures::entries(data, 1), (Positions{105, 106, pos, pos + 10}));
     QCOMPARE(data.entryCount(0), std::int64_t(1));
 }
@@ -873,7 +874,7 @@ void TstSmpDataDecode::pulsesOfAForeignChannelOrOfNoWidthsAreDone()
     QVERIFY(data.addPulsesJoin({{5, 1}}, 1, pos, true)); // a channel that is not captured has no entries
     QCOMPARE(pos, std::int64_t(14));
     QVERIFY(data.addPulsesJoin({{5}}, 0, pos, true)); // nothing to lengthen yet
-    data.smpCount = 100;
+    SmpWriter(data).setSmpCount(100);
     data.finish(100);
     QCOMPARE(captures::entries(data, 0), (Positions{100}));
 }
@@ -885,7 +886,7 @@ void TstSmpDataDecode::pulsesBeyond40BitsAreNeverStored()
     std::int64_t pos = maxPosition - 3;
     QVERIFY(data.addPulses({{2, 1, 1, 500}}, 0, pos));
     QVERIFY(data.addPulsesJoin({{3, 3}}, 0, pos, true));
-    data.smpCount = pos;
+    SmpWriter(data).setSmpCount(pos);
     data.finish(pos);
     QCOMPARE(captures::entries(data, 0), (Positions{maxPosition - 1, maxPosition}));
 }
@@ -899,7 +900,7 @@ void TstSmpDataDecode::joinedPulsesLengthenTheLastRun()
     QVERIFY(data.addPulsesJoin({{5, 7}}, 0, pos, true));
     QCOMPARE(pos, std::int64_t(32));
     QVERIFY(data.addPulsesJoin({{3}}, 0, pos, false));
-    data.smpCount = 100;
+    SmpWriter(data).setSmpCount(100);
     data.finish(100);
     QCOMPARE(captures::entries(data, 0), (Positions{10, 25, 32, 35, 100}));
 }
@@ -910,7 +911,7 @@ void TstSmpDataDecode::joinedPulsesAtTheStartAreNotJoined()
     data.begin(0, 1, smpStreams::enabled(1));
     std::int64_t pos = 0;
     QVERIFY(data.addPulsesJoin({{5, 7}}, 0, pos, true));
-    data.smpCount = 100;
+    SmpWriter(data).setSmpCount(100);
     data.finish(100);
     QCOMPARE(captures::entries(data, 0), (Positions{5, 12, 100}));
 }

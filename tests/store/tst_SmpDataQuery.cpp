@@ -1,6 +1,7 @@
 #include "store/Captures.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QtTest>
 
@@ -318,10 +319,10 @@ void TstSmpDataQuery::levelsFollowTheStartLevel()
 {
     SmpData data(2, 0);
     data.begin(0, 1, {{1, 1}});
-    data.startLevels = 2;
+    SmpWriter(data).setStartLevels(2);
     captures::append(data, 0, {10});
     captures::append(data, 1, {10});
-    data.smpCount = 20;
+    SmpWriter(data).setSmpCount(20);
     data.finish(20);
     SmpEdgeCursor cursor;
     QCOMPARE(data.locate(0, 9, cursor), 0);

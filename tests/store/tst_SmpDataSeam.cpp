@@ -1,5 +1,6 @@
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QtTest>
 
@@ -26,11 +27,11 @@ void TstSmpDataSeam::anEntryAtTheSeamOfTwoMidsIsFoundFromBothSides()
         QVERIFY(data.addPulses({ones.data(), count}, 0, pos));
         left -= std::int64_t(count);
     }
-    data.smpCount = seam + 100;
+    SmpWriter(data).setSmpCount(seam + 100);
     data.finish(seam + 100);
-    QCOMPARE(data.chnRoots[0]->midCount, 2);
+    QCOMPARE(data.chnRoots()[0]->midCount, 2);
     QCOMPARE(data.entryCount(0), seam + 11);
-    QCOMPARE(data.chnRoots[0]->midLast[0], seam);
+    QCOMPARE(data.chnRoots()[0]->midLast[0], seam);
 
     SmpEdgeCursor cursor;
     QCOMPARE(data.locate(0, seam - 1, cursor), 1);
@@ -63,7 +64,7 @@ void TstSmpDataSeam::anEntryAtTheSeamOfTwoMidsIsFoundFromBothSides()
     // A cut just before the seam gives the second mid back.
     data.open();
     data.finish(seam - 5);
-    QCOMPARE(data.chnRoots[0]->midCount, 1);
+    QCOMPARE(data.chnRoots()[0]->midCount, 1);
     QCOMPARE(data.entryCount(0), seam - 5);
     QCOMPARE(data.lastPosition(0), seam - 5); // the first mid ends there now
     QCOMPARE(data.nextEdge(0, seam - 6), seam - 5);

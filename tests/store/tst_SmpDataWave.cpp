@@ -1,6 +1,7 @@
 #include "store/Captures.h"
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <QtTest>
 
@@ -292,10 +293,10 @@ void closeAnalog(SmpData &data, int count)
 {
     data.begin(0, 1, {});
     for (int i = 0; i < count; ++i) {
-        data.aChnBufs[0]->samples[i] = std::int8_t(i % 128);
+        SmpWriter(data).aChnBuf(0)->samples[i] = std::int8_t(i % 128);
     }
-    data.aChnBufs[0]->count = count;
-    data.smpCount = count;
+    SmpWriter(data).aChnBuf(0)->count = count;
+    SmpWriter(data).setSmpCount(count);
     data.finish(count);
 }
 
@@ -310,12 +311,12 @@ void TstSmpDataWave::anAnalogSampleStandsForItsMillivolts()
 {
     SmpData data(0, 1);
     closeAnalog(data, 1);
-    data.aChnBufs[0]->voltDiv = 200;
+    SmpWriter(data).aChnBuf(0)->voltDiv = 200;
     SmpAChnPoint out[1];
-    data.aChnBufs[0]->samples[0] = -128;
+    SmpWriter(data).aChnBuf(0)->samples[0] = -128;
     QCOMPARE(data.aChnPoints(0, 0, 1, 1, out), 1);
     QCOMPARE(out[0].value, -1000.0);
-    data.aChnBufs[0]->samples[0] = 127;
+    SmpWriter(data).aChnBuf(0)->samples[0] = 127;
     QCOMPARE(data.aChnPoints(0, 0, 1, 1, out), 1);
     QCOMPARE(out[0].value, 1000.0);
 }
@@ -325,9 +326,9 @@ void TstSmpDataWave::aScaleOfAnySizeDoesNotWrap()
     SmpData data(0, 1);
     closeAnalog(data, 1);
     SmpAChnPoint out[1];
-    data.aChnBufs[0]->samples[0] = -128;
+    SmpWriter(data).aChnBuf(0)->samples[0] = -128;
     for (const std::int32_t voltDiv : {500000000, std::numeric_limits<std::int32_t>::max()}) {
-        data.aChnBufs[0]->voltDiv = voltDiv;
+        SmpWriter(data).aChnBuf(0)->voltDiv = voltDiv;
         QCOMPARE(data.aChnPoints(0, 0, 1, 1, out), 1);
         QCOMPARE(out[0].value, voltDiv * -5.0);
     }

@@ -1,6 +1,7 @@
 #include "store/Captures.h"
 #include "store/MemBudget.h"
 #include "store/SmpEdgeReader.h"
+#include "store/SmpWriter.h"
 
 #include <QtTest>
 
@@ -184,9 +185,9 @@ void TstSmpEdgeReader::aChannelThatStartsHighIsHighBeforeItsFirstEntry()
 {
     SmpData data(2, 0);
     data.begin(0, 1000, std::vector<std::uint8_t>{1, 1});
-    data.startLevels = 2;
+    SmpWriter(data).setStartLevels(2);
     append(data, 1, {7});
-    data.smpCount = 50;
+    SmpWriter(data).setSmpCount(50);
     data.finish(50);
     SmpEdgeReader reader(data, 1);
     QCOMPARE(reader.level(), 1);

@@ -249,7 +249,7 @@ void TstSmpLease::readersNeverSeeACaptureThatAWriterTouches()
             ++admitted;
             while (!lease.writerWaits() && !done) {
                 // Each capture holds transitions at n and 2 n and is 3 n long.
-                const std::int64_t n = data.smpCount / 3;
+                const std::int64_t n = data.smpCount() / 3;
                 torn += data.nextEdge(0, 0) == n && data.lastPosition(1) == 3 * n ? 0 : 1;
             }
         }

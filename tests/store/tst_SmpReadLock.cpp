@@ -68,7 +68,7 @@ void TstSmpReadLock::aWaitingWriterRefusesFurtherReaders()
         data.open();
         opened = true;
     });
-    while (data.complete) {
+    while (data.complete()) {
         std::this_thread::yield();
     }
     QVERIFY(!SmpReadLock(&data));
@@ -95,7 +95,7 @@ void TstSmpReadLock::aReaderNeverSeesACaptureThatAWriterTouches()
             }
             ++admitted;
             // Each capture holds transitions at n and 2 n and is 3 n long.
-            const std::int64_t n = data.smpCount / 3;
+            const std::int64_t n = data.smpCount() / 3;
             const bool whole =
                 data.nextEdge(0, 0) == n && data.nextEdge(1, n) == 2 * n && data.lastPosition(0) == 3 * n;
             torn += whole ? 0 : 1;

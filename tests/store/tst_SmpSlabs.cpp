@@ -1,6 +1,7 @@
 #include "store/Captures.h"
 #include "store/MemBudget.h"
 #include "store/SmpSlabs.h"
+#include "store/SmpWriter.h"
 
 #include <QFile>
 #include <QtTest>
@@ -130,7 +131,7 @@ void TstSmpSlabs::fill(SmpData &data, std::int64_t entries, std::int64_t length)
     while (pos < entries) {
         (void)data.addPulses(widths, 0, pos);
     }
-    data.smpCount = length;
+    SmpWriter(data).setSmpCount(length);
     data.finish(length);
 }
 

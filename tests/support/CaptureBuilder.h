@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <cstdint>
 #include <vector>
@@ -19,15 +20,15 @@ struct CaptureBuilder {
         data.begin(0, rate, enable);
         for (int chn = 0; chn < data.chnCount; ++chn) {
             if (chn % 2 != 0) {
-                data.startLevels |= std::uint64_t(1) << chn;
+                SmpWriter(data).setStartLevel(chn, true);
             }
             const std::int64_t width = period * (chn + 1);
             const std::vector<std::int32_t> widths(std::size_t((samples - 1) / width), std::int32_t(width));
             std::int64_t pos = 0;
             (void)data.addPulses(widths, chn, pos);
         }
-        data.smpCount = samples;
+        SmpWriter(data).setSmpCount(samples);
         data.finish(samples);
-        data.trgPos = trigger;
+        SmpWriter(data).setTrgPos(trigger);
     }
 };

@@ -2,6 +2,7 @@
 
 #include "store/MemBudget.h"
 #include "store/SmpData.h"
+#include "store/SmpWriter.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -58,14 +59,15 @@ public:
             std::int64_t pos = 0;
             (void)data.addPulses(channel.widths, channel.chn, pos);
         }
-        for (SmpAChnBuffer *buffer : data.aChnBufs) {
+        for (int i = 0; i < data.aChnCount; ++i) {
+            SmpAChnBuffer *buffer = SmpWriter(data).aChnBuf(i);
             buffer->count = std::int32_t(std::min<std::int64_t>(m_samples, SmpAChnBuffer::capacity));
-            for (int i = 0; i < buffer->count; ++i) {
-                buffer->samples[i] = std::int8_t(i % 256 - 128);
+            for (int s = 0; s < buffer->count; ++s) {
+                buffer->samples[s] = std::int8_t(s % 256 - 128);
             }
         }
-        data.smpCount = m_samples;
-        data.trgPos = m_trigger;
+        SmpWriter(data).setSmpCount(m_samples);
+        SmpWriter(data).setTrgPos(m_trigger);
         data.finish(m_samples);
     }
 

@@ -1,6 +1,7 @@
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
 #include "device/DeviceGlobals.h"
+#include "store/SmpWriter.h"
 #include "wave/DecodedSource.h"
 #include "wave/MainViewDesk.h"
 
@@ -624,7 +625,7 @@ void TstMainView::aChannelThatTheCaptureDoesNotHaveTellsNothing()
     desk.load(squareWave());
     const std::vector<std::uint8_t> onlyFirst{1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     gDev->smpData->begin(0, 1000000, onlyFirst);
-    gDev->smpData->smpCount = 1000;
+    SmpWriter(*gDev->smpData).setSmpCount(1000);
     gDev->smpData->finish(1000);
     desk.gen.dataReady();
     desk.move(150, 60);

@@ -1,4 +1,5 @@
 #include "settings/Globals.h"
+#include "store/SmpWriter.h"
 #include "wave/AllocationCount.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"
@@ -180,7 +181,7 @@ void TstWaveDataGen::aChannelThatWasNotCapturedHasNoLine()
     SmpData data(3, 0);
     const std::uint8_t enable[] = {1, 0, 1};
     data.begin(0, 1000, enable);
-    data.smpCount = 500;
+    SmpWriter(data).setSmpCount(500);
     data.finish(500);
     WaveViewer view(&data);
     view.gen.zoomFit();

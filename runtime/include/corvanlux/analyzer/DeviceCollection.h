@@ -8,13 +8,13 @@
 /// How the runtime sees a capture: owned and written by the program while no decoder runs, read here in place. The
 /// layout is binding; multi-byte fields are little-endian.
 struct DeviceCollection {
-    SmpEdgeRoot *const *chnRoots = nullptr; ///< `chnCount` roots; null for a channel that the capture does not have
-    std::int64_t smpCount = 0;              ///< samples of the capture
-    std::int64_t smpFrequ = 0;              ///< sample rate, Hz
-    std::int64_t trgPos = 0;                ///< sample of the trigger, 0 for none
-    std::int32_t chnCount = 0;              ///< digital channels
-    std::uint8_t reserved[36] = {};         ///< never written by the program
-    std::uint32_t deviceCode = 0;           ///< code word of the current model
+    const SmpEdgeRoot *const *chnRoots = nullptr; ///< `chnCount` roots; null for a channel that the capture lacks
+    std::int64_t smpCount = 0;                    ///< samples of the capture
+    std::int64_t smpFrequ = 0;                    ///< sample rate, Hz
+    std::int64_t trgPos = 0;                      ///< sample of the trigger, 0 for none
+    std::int32_t chnCount = 0;                    ///< digital channels
+    std::uint8_t reserved[36] = {};               ///< never written by the program
+    std::uint32_t deviceCode = 0;                 ///< code word of the current model
 };
 
 static_assert(offsetof(DeviceCollection, chnRoots) == 0);
