@@ -44,11 +44,5 @@ endfunction()
 
 # The warnings of our own code without the include folder of src/, which decoders must not see.
 add_library(lux_plugin_flags INTERFACE)
-get_target_property(_options lux_flags INTERFACE_COMPILE_OPTIONS)
-get_target_property(_link_options lux_flags INTERFACE_LINK_OPTIONS)
-target_compile_options(lux_plugin_flags INTERFACE ${_options})
-if(_link_options)
-  target_link_options(lux_plugin_flags INTERFACE ${_link_options})
-endif()
-unset(_options)
-unset(_link_options)
+target_compile_options(lux_plugin_flags INTERFACE $<TARGET_PROPERTY:lux_flags,INTERFACE_COMPILE_OPTIONS>)
+target_link_options(lux_plugin_flags INTERFACE $<TARGET_PROPERTY:lux_flags,INTERFACE_LINK_OPTIONS>)

@@ -1,43 +1,47 @@
 # How a folder becomes a target. The rank of a target decides what it may link: only what stands below it.
 
+# lux_build is what all that is linked together must agree in, lux_flags that and the warnings: each target takes
+# lux_flags for itself and passes lux_build on.
+add_library(lux_build INTERFACE)
 add_library(lux_flags INTERFACE)
-target_include_directories(lux_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
-target_compile_definitions(lux_flags INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_FOREACH QT_DEPRECATED_WARNINGS)
+target_link_libraries(lux_flags INTERFACE lux_build)
+target_include_directories(lux_build INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_definitions(lux_build INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_FOREACH QT_DEPRECATED_WARNINGS)
 target_compile_options(lux_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual)
 if(LUX_WERROR)
   target_compile_options(lux_flags INTERFACE -Werror)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")
-  target_compile_options(lux_flags INTERFACE -O1)
+  target_compile_options(lux_build INTERFACE -O1)
 endif()
 if(LUX_SANITIZE OR LUX_LINE_TABLES)
   # Lines for stacks, and no more: compiles and links in three quarters of the time.
-  target_compile_options(lux_flags INTERFACE -g1)
+  target_compile_options(lux_build INTERFACE -g1)
 endif()
 find_program(LUX_LLD ld.lld)
 if(LUX_LLD AND NOT CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT CMAKE_CROSSCOMPILING)
   # Each test is a program of its own, and linking them all is a matter of minutes for the standard linker.
-  target_link_options(lux_flags INTERFACE -fuse-ld=lld)
+  target_link_options(lux_build INTERFACE -fuse-ld=lld)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
   # What is shipped reads files and devices of strangers: as Debian builds its own packages.
-  target_compile_options(lux_flags INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
-  target_link_options(lux_flags INTERFACE -Wl,-z,relro -Wl,-z,now)
+  target_compile_options(lux_build INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+  target_link_options(lux_build INTERFACE -Wl,-z,relro -Wl,-z,now)
 endif()
 if(LUX_SANITIZE)
   list(JOIN LUX_SANITIZE "," _sanitizers)
-  target_compile_options(lux_flags INTERFACE -fsanitize=${_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
-  target_link_options(lux_flags INTERFACE -fsanitize=${_sanitizers})
+  target_compile_options(lux_build INTERFACE -fsanitize=${_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(lux_build INTERFACE -fsanitize=${_sanitizers})
 endif()
 if(LUX_FUZZ)
   # Coverage in every folder, the driver's main only in the fuzz targets.
-  target_compile_options(lux_flags INTERFACE -fsanitize=fuzzer-no-link)
+  target_compile_options(lux_build INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 set(CMAKE_AUTOMOC_MOC_OPTIONS --include ${CMAKE_SOURCE_DIR}/cmake/MocFirst.h)
 if(LUX_PCH AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(lux_flags INTERFACE -fpch-preprocess) # ccache asks for it
+  target_compile_options(lux_build INTERFACE -fpch-preprocess) # ccache asks for it
 endif()
 include(LuxPch)
 
@@ -45,12 +49,13 @@ include(LuxPch)
 set(LUX_FOLDER_TABLE ${CMAKE_BINARY_DIR}/folders.txt)
 file(WRITE ${LUX_FOLDER_TABLE} "")
 
-# lux_library(<folder> RANK <n> SOURCES <files> [LINK <folders below>] [QT <Qt5 components>] [SYSTEM <libraries>])
+# lux_library(<folder> RANK <n> [CORE] SOURCES <files> [LINK <folders below>] [QT <Qt5 components>] [SYSTEM <libraries>])
+# CORE: neither the folder nor what it links may have Qt's Gui or Widgets.
 function(lux_library name)
-  cmake_parse_arguments(ARG "" "RANK" "SOURCES;LINK;QT;SYSTEM" ${ARGN})
+  cmake_parse_arguments(ARG "CORE" "RANK" "SOURCES;LINK;QT;SYSTEM" ${ARGN})
   add_library(lux_${name} STATIC ${ARG_SOURCES})
   set_target_properties(lux_${name} PROPERTIES LUX_RANK ${ARG_RANK} AUTOMOC ON)
-  target_link_libraries(lux_${name} PUBLIC lux_flags Threads::Threads)
+  target_link_libraries(lux_${name} PUBLIC lux_build Threads::Threads PRIVATE lux_flags)
   foreach(component IN LISTS ARG_QT)
     target_link_libraries(lux_${name} PUBLIC Qt5::${component})
   endforeach()
@@ -79,7 +84,21 @@ function(lux_library name)
   get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
   list(JOIN reach " " words)
   file(APPEND ${LUX_FOLDER_TABLE} "${folder} ${ARG_RANK}: ${words}\n")
+  if(ARG_CORE)
+    lux_reaches(gui lux_${name} Qt5::Gui Qt5::Widgets)
+    if(gui)
+      message(FATAL_ERROR "${name} is of the core: neither it nor what it links may have Qt's Gui or Widgets")
+    endif()
+  endif()
   lux_precompile(lux_${name})
+endfunction()
+
+# lux_no_gui_test(<program>): a test that the built program is not linked to Qt's Gui or Widgets.
+function(lux_no_gui_test program)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CROSSCOMPILING)
+    add_test(NAME no_gui_${program}
+      COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:${program}> -P ${CMAKE_SOURCE_DIR}/cmake/NoGui.cmake)
+  endif()
 endfunction()
 
 function(lux_test_options target)

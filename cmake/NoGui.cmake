@@ -1,0 +1,11 @@
+# Fails if PROGRAM (a variable) is linked to Qt's Gui or Widgets, by itself or by one of its libraries.
+file(GET_RUNTIME_DEPENDENCIES EXECUTABLES ${PROGRAM} RESOLVED_DEPENDENCIES_VAR found UNRESOLVED_DEPENDENCIES_VAR missing)
+if(NOT found)
+  message(FATAL_ERROR "${PROGRAM}: no library was found, so nothing was looked at")
+endif()
+foreach(library IN LISTS found missing)
+  get_filename_component(name ${library} NAME)
+  if(name MATCHES "^(lib)?Qt5(Gui|Widgets)")
+    message(FATAL_ERROR "${PROGRAM} is linked to ${name}")
+  endif()
+endforeach()
