@@ -22,12 +22,13 @@ function(lux_uses_runtime target)
 endfunction()
 
 # lux_plugin(<name> FILE <stored base name> SOURCES <files> [LINK <static libraries of decoders/>])
-# One decoder, as target plugin_<name>: <build>/bin/Analyzer/<FILE>.so or .dll. It links the runtime and nothing of src/.
+# One decoder, as target plugin_<name>, which is in the global list LUX_PLUGINS: <build>/bin/Analyzer/<FILE>.so or .dll. It links the runtime and nothing of src/.
 function(lux_plugin name)
   cmake_parse_arguments(ARG "" "FILE" "SOURCES;LINK" ${ARGN})
   set(target plugin_${name})
   add_library(${target} MODULE ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE lux_plugin_flags lux_runtime ${ARG_LINK})
+  set_property(GLOBAL APPEND PROPERTY LUX_PLUGINS ${target})
   set_target_properties(${target} PROPERTIES
     PREFIX ""
     OUTPUT_NAME ${ARG_FILE}
