@@ -32,6 +32,7 @@ function(lux_plugin name)
   set_target_properties(${target} PROPERTIES
     PREFIX ""
     OUTPUT_NAME ${ARG_FILE}
+    UNITY_BUILD OFF # its files name the same quantities of the protocol, each for itself
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/Analyzer
