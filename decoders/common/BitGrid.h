@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <corvanlux/analyzer/ChannelReader.h>
 #include <cstddef>
@@ -23,8 +24,8 @@ public:
     BitGrid(std::int64_t sampleRate, std::int64_t bitRate)
         : m_sampleRate(sampleRate),
           m_bitRate(bitRate),
-          m_bitsPerSample(
-              std::uint64_t(double(bitRate) / double(sampleRate) * double(std::uint64_t(1) << fractionBits)))
+          m_bitsPerSample(std::uint64_t(std::min(double(bitRate) / double(sampleRate), mostBitsPerSample) *
+                                        double(std::uint64_t(1) << fractionBits)))
     {
         const std::int64_t divisor = bitRate * quarters;
         for (std::size_t i = 0; i < m_at.size(); ++i) {
@@ -63,6 +64,7 @@ public:
 
 private:
     static constexpr unsigned fractionBits = 48;
+    static constexpr double mostBitsPerSample = 65535; ///< nobody can read them; it only has to fit above the fraction
 
     std::int64_t m_sampleRate;
     std::int64_t m_bitRate;
