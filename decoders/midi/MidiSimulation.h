@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+/// One element of the simulation: each kind of message in turn, now and then a real-time byte within, or an error.
+struct MidiSimulated {
+    std::vector<std::uint8_t> bytes; ///< as they are sent; of the error, what there is of a message
+    std::uint8_t realTime = 0;       ///< is sent before the last of the bytes; 0 for none
+    bool isError = false;
+
+    /// @param number  from 0 in the order of time
+    [[nodiscard]] static MidiSimulated of(std::uint32_t number);
+};
