@@ -306,7 +306,7 @@ void TstSmpStorageRun::thePollShowsHowFarTheDeviceIs()
     desk.settings.depth = 10000000;
     desk.settings.frequency = 20000000; // 500 ms
     desk.settings.trgPosition = 33;
-    desk.device.statuses = {starts, starts, waits, waits, fills, fills, ended};
+    desk.device.answerStatuses({starts, starts, waits, waits, fills, fills, ended});
     QVERIFY(desk.run());
     QCOMPARE(
         desk.states.mid(0, 8),
@@ -319,7 +319,7 @@ void TstSmpStorageRun::aVeryShortCaptureDividesByFiftyMilliseconds()
     RingDesk desk(300);
     desk.settings.depth = 20000;
     desk.settings.frequency = 500000000;
-    desk.device.statuses = {starts, starts, fills, ended};
+    desk.device.answerStatuses({starts, starts, fills, ended});
     QVERIFY(desk.run());
     QCOMPARE(desk.states.mid(0, 4), (QVector<State>{{0, 0, 0}, {1, 0, 0}, {1, 0, 100}, {3, 0, 200}}));
 }
@@ -327,7 +327,7 @@ void TstSmpStorageRun::aVeryShortCaptureDividesByFiftyMilliseconds()
 void TstSmpStorageRun::theWaitForATriggerShowsNoProgress()
 {
     RingDesk desk(300);
-    desk.device.statuses = {waits, waits, waits, waits, fills, ended};
+    desk.device.answerStatuses({waits, waits, waits, waits, fills, ended});
     QVERIFY(desk.run());
     QCOMPARE(desk.states.at(5), (State{3, 0, 0}));
 }
@@ -437,7 +437,7 @@ void TstSmpStorageRun::aStopEndsThePollAtOnce()
     QFETCH(int, status);
     QFETCH(int, sta);
     RingDesk desk(300);
-    desk.device.statuses = {std::uint16_t(status)};
+    desk.device.answerStatuses({std::uint16_t(status)});
     desk.bulk.device = nullptr; // which reads its memory back although it is stopped
     desk.startStorage();
     QTRY_VERIFY(!desk.states.isEmpty() && desk.last().sta == sta);
@@ -467,7 +467,7 @@ void TstSmpStorageRun::aStopBeforeTheTriggerLeavesNone()
 {
     RingDesk desk(300);
     desk.device.info.trgRecord = 0;
-    desk.device.statuses = {waits};
+    desk.device.answerStatuses({waits});
     desk.bulk.device = nullptr;
     desk.device.onCall = [&](const QString &call) { desk.smpStop = call == QStringLiteral("readStatus"); };
     QVERIFY(desk.run());
@@ -499,7 +499,7 @@ void TstSmpStorageRun::aFailedRequestEndsInItsCode()
     QFETCH(int, call);
     QFETCH(int, answer);
     RingDesk desk(300);
-    desk.device.statuses = {starts, waits, fills, ended};
+    desk.device.answerStatuses({starts, waits, fills, ended});
     desk.device.failing = failing;
     desk.device.failingCall = call;
     desk.device.answer = answer;
@@ -530,7 +530,7 @@ void TstSmpStorageRun::aBadStatusEndsThePollWithTheWord()
     QFETCH(int, status);
     QFETCH(int, error);
     RingDesk desk(300);
-    desk.device.statuses = {waits, std::uint16_t(status)};
+    desk.device.answerStatuses({waits, std::uint16_t(status)});
     QVERIFY(desk.run());
     QCOMPARE(desk.last(), (State{2, error, status}));
     QCOMPARE(desk.published, 0);
@@ -539,7 +539,7 @@ void TstSmpStorageRun::aBadStatusEndsThePollWithTheWord()
 void TstSmpStorageRun::aDeviceThatGoesDuringThePollIsNotReadBack()
 {
     RingDesk desk(300);
-    desk.device.statuses = {waits, ended};
+    desk.device.answerStatuses({waits, ended});
     desk.bulk.open = false;
     QVERIFY(desk.run());
     QCOMPARE(desk.last(), (State{4, 1, 0}));

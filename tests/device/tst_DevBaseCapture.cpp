@@ -193,7 +193,7 @@ void TstDevBaseCapture::aCaptureTakesTheSettingsThatItBeganWith()
 {
     PluggedIn desk(2);
     fillRing(desk, 6000);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     QVERIFY(desk.device->setSmpFrequIndex(3));
     const std::int64_t rate = desk.device->smpFrequ();
@@ -212,7 +212,7 @@ void TstDevBaseCapture::aSecondStartWhileACaptureRunsIsIgnored()
 {
     PluggedIn desk(2);
     fillRing(desk, 600);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     desk.device->startCapture();
     desk.device->startCapture();
@@ -266,7 +266,7 @@ void TstDevBaseCapture::aStorageModelIsStoppedBeforeItsMemoryIsRead()
 {
     PluggedIn desk(2);
     fillRing(desk, 600);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     desk.device->startCapture();
     QTRY_COMPARE(desk.last(), qMakePair(2, 0));
@@ -282,7 +282,7 @@ void TstDevBaseCapture::aStopRightAfterTheStartCutsNoReadBack()
 {
     PluggedIn desk(2);
     fillRing(desk, 600);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     desk.device->smpSta = 4; // where the capture before this one has failed
     desk.device->startCapture();
@@ -324,7 +324,7 @@ void TstDevBaseCapture::aStopEndsTheWaitForTheTriggerAtOnce()
 {
     PluggedIn desk(2);
     fillRing(desk, 600);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     desk.device->startCapture();
     QTRY_COMPARE(desk.last(), qMakePair(2, 0));
@@ -350,7 +350,7 @@ void TstDevBaseCapture::endingACapturePublishesNothing()
     if (code == 5) {
         desk.control.bulk = &silent;
     }
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.device->startCapture();
     QTRY_VERIFY(desk.control.device.running);
     desk.device->endCapture();
@@ -360,7 +360,7 @@ void TstDevBaseCapture::endingACapturePublishesNothing()
     QCOMPARE(desk.last(), qMakePair(5, 0)); // so that the dialog goes
     // And the next one runs.
     desk.control.bulk = &desk.bulk;
-    desk.control.device.statuses = {0x00C5};
+    desk.control.device.answerStatuses({0x00C5});
     if (code == 5) {
         fillStream(desk);
     } else {
@@ -383,7 +383,7 @@ void TstDevBaseCapture::aDeviceDeletedDuringACaptureJoinsItsThreads()
     if (code == 5) {
         desk.control.bulk = &silent;
     }
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.device->startCapture();
     QTRY_VERIFY(desk.control.device.running);
     desk.device.reset();
@@ -396,7 +396,7 @@ void TstDevBaseCapture::aDeviceDeletedDuringACaptureJoinsItsThreads()
 void TstDevBaseCapture::anInstrumentThatGoesDuringTheCaptureEndsIt()
 {
     PluggedIn desk(2);
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.device->startCapture();
     QTRY_COMPARE(desk.last(), qMakePair(2, 0));
     desk.device->connected = false;
@@ -429,7 +429,7 @@ void TstDevBaseCapture::theLastCaptureStaysInViewUntilDataComes()
     desk.device->startCapture();
     QTRY_COMPARE(desk.published, 1);
     QTRY_VERIFY(!desk.device->hasThreads()); // they answered from what is changed now
-    desk.control.device.statuses = {waitsForTrigger};
+    desk.control.device.answerStatuses({waitsForTrigger});
     desk.bulk.device = nullptr;
     desk.device->startCapture();
     QTRY_COMPARE(desk.last(), qMakePair(2, 0));

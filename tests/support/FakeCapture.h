@@ -13,13 +13,13 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 /// The requests of an instrument, answered as a test wants and written down. Used by the threads of a capture; the
 /// members without a lock are set before a run and read after it.
 class FakeDevice final : public SmpDevice {
 public:
-    std::vector<std::uint16_t> statuses{0x00C5}; ///< of one poll after the other, the last one again and again
     SmpCaptureInfo info;
     QString failing;     ///< the operation that fails, empty for none
     int failingCall = 0; ///< the first call of it that fails
@@ -29,6 +29,13 @@ public:
     std::atomic<bool> stopped{false}; ///< by stopDevice(), since the last start
     std::uint32_t address = 0;        ///< of the last read window
     std::uint32_t size = 0;
+
+    /// Answers of one poll after the other, the last one again and again; also while a thread polls.
+    void answerStatuses(std::vector<std::uint16_t> statuses)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_statuses = std::move(statuses);
+    }
 
     int startDevice() override
     {
@@ -49,7 +56,8 @@ public:
     int readStatus(std::uint16_t &status) override
     {
         const int result = told(QStringLiteral("readStatus"));
-        status = result == 0 ? statuses[std::min(m_polls++, statuses.size() - 1)] : std::uint16_t(0);
+        const std::lock_guard lock(m_mutex);
+        status = result == 0 ? m_statuses[std::min(m_polls++, m_statuses.size() - 1)] : std::uint16_t(0);
         return result;
     }
     int readCaptureInfo(SmpCaptureInfo &out) override
@@ -90,6 +98,7 @@ private:
 
     mutable std::mutex m_mutex;
     QStringList m_calls;
+    std::vector<std::uint16_t> m_statuses{0x00C5};
     std::size_t m_polls = 0;
 };
 
