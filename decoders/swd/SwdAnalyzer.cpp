@@ -1,0 +1,265 @@
+#include "SwdAnalyzer.h"
+
+#include <bit>
+
+using lux::Sample;
+
+LUX_PLUGIN(SwdAnalyzer)
+
+namespace {
+
+// ARM IHI 0031 (ADIv5.2), B4.
+constexpr unsigned bitsOfRequest = 8;
+constexpr unsigned bitsOfAck = 3;
+constexpr unsigned bitsOfData = 32;
+constexpr std::int64_t onesOfReset = 50;
+constexpr std::int64_t idleBits = 2;   ///< before a request that ends a stretch that nobody understands
+constexpr std::uint64_t runDetect = 1; ///< ORUNDETECT of CTRL/STAT
+
+SwdAck ackOf(std::uint64_t bits)
+{
+    switch (bits) {
+    case 1:
+        return SwdAck::Ok;
+    case 2:
+        return SwdAck::Wait;
+    case 4:
+        return SwdAck::Fault;
+    case 7:
+        return SwdAck::NoReply;
+    default:
+        return SwdAck::Error;
+    }
+}
+
+} // namespace
+
+void SwdAnalyzer::decode()
+{
+    m_select = {};
+    m_turn = 1;
+    m_alwaysHasData = false;
+    m_isLost = false;
+    m_isAway = false;
+    m_onesBefore = 0;
+    m_zeros = idleBits;
+    SwdBits bits(reader(m_settings.swclk), reader(m_settings.swdio));
+    while (bits.left() > 0) {
+        SwdBits ahead(bits);
+        if (!ahead.next().value) {
+            bits = ahead;
+            ++m_zeros;
+            m_onesBefore = 0;
+            continue;
+        }
+        Request request;
+        ahead = bits;
+        const bool isSure = !m_isLost || m_zeros >= idleBits;
+        if (!m_isAway && isSure && m_onesBefore == 0 && readRequest(ahead, request)) {
+            m_zeros = 0;
+            bits = ahead;
+            readTransfer(bits, request);
+        } else {
+            readOnes(bits);
+        }
+    }
+}
+
+/// B4.2.1: start, APnDP, RnW, A[2:3], parity, stop, park.
+bool SwdAnalyzer::readRequest(SwdBits &bits, Request &request)
+{
+    if (bits.left() < bitsOfRequest) {
+        return false;
+    }
+    SwdBits first(bits);
+    request.first = first.next().at;
+    const auto word = unsigned(bits.number(bitsOfRequest, request.last));
+    constexpr unsigned frameBits = 0xc1; // start, stop and park
+    constexpr unsigned frameLevels = 0x81;
+    if ((word & frameBits) != frameLevels) {
+        return false;
+    }
+    request.isAp = (word & 0x02U) != 0;
+    request.isRead = (word & 0x04U) != 0;
+    request.address = word >> 1 & 0x0cU;
+    request.hasParity = std::popcount(word & 0x3eU) % 2 == 0;
+    return true;
+}
+
+/// Ones that begin no request: a line reset, or a stretch that nobody understands. A sequence may follow.
+void SwdAnalyzer::readOnes(SwdBits &bits)
+{
+    const std::int64_t before = m_onesBefore;
+    std::int64_t count = 0;
+    Sample first = 0;
+    Sample last = 0;
+    while (bits.left() > 0) {
+        SwdBits ahead(bits);
+        const SwdBits::Bit bit = ahead.next();
+        if (!bit.value) {
+            break;
+        }
+        bits = ahead;
+        first = count == 0 ? bit.at : first;
+        last = bit.at;
+        ++count;
+    }
+    m_zeros = 0;
+    m_onesBefore = 0;
+    m_isLost = true;
+    if (before + count >= onesOfReset) {
+        results().add({.firstSample = first, .lastSample = last, .kind = SwdResults::Reset});
+        m_isLost = false;
+        m_select.dpBank = 0;
+        m_turn = 1;
+    }
+    const SwdSequence sequence = sequenceAt(bits, before + count);
+    if (sequence.target == SwdTarget::None) {
+        return;
+    }
+    SwdBits begin(bits);
+    first = begin.next().at;
+    bits.skip(sequence.bits - 1);
+    last = bits.next().at;
+    m_isAway = sequence.target != SwdTarget::Swd;
+    results().add({.firstSample = first,
+                   .lastSample = last,
+                   .kind = m_isAway ? SwdResults::Leave : SwdResults::Switch,
+                   .extra = unsigned(sequence.target)});
+    m_onesBefore = sequence.onesAtEnd;
+}
+
+/// B4.2.2 to B4.2.6: after the turn-around the answer, after OK the data.
+void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
+{
+    if (!request.hasParity) {
+        if (!m_isLost) {
+            results().mark(m_settings.swdio, request.last, MarkerType::ErrorX);
+            results().add(frameOf(request, SwdResults::Request));
+        }
+        passOver(bits);
+        return;
+    }
+    if (bits.left() < m_turn + bitsOfAck) {
+        bits.skip(bits.left());
+        return;
+    }
+    bits.skip(m_turn);
+    FrameData frame = frameOf(request, SwdResults::Transfer);
+    const SwdAck ack = ackOf(bits.number(bitsOfAck, frame.lastSample));
+    frame.line = std::uint8_t(ack);
+    // Behind a line reset TARGETSEL selects one of several targets; none of them answers (B4.3.4).
+    const bool isSelection = !request.isAp && !request.isRead && request.address == 0xc && ack == SwdAck::NoReply;
+    if (ack != SwdAck::Ok && !isSelection) {
+        if (m_isLost && (ack == SwdAck::NoReply || ack == SwdAck::Error)) {
+            passOver(bits);
+            return;
+        }
+        results().mark(m_settings.swdio, frame.lastSample, MarkerType::ErrorX);
+        results().add(frame);
+        passOver(bits);
+        return;
+    }
+    if (!request.isRead) {
+        bits.skip(m_turn);
+    }
+    if (!readData(bits, frame)) {
+        return;
+    }
+    results().mark(m_settings.swdio, request.first, MarkerType::Start);
+    results().add(frame);
+    m_isLost = false;
+    if (request.isRead) {
+        bits.skip(m_turn);
+    } else {
+        takeWrite(request, std::uint32_t(frame.data));
+    }
+}
+
+/// B4.2.6: 32 bits, the lowest first, and their even parity. @return false when the capture's end cuts them
+bool SwdAnalyzer::readData(SwdBits &bits, FrameData &frame)
+{
+    if (bits.left() < bitsOfData + 1) {
+        bits.skip(bits.left());
+        return false;
+    }
+    frame.data = bits.number(bitsOfData, frame.lastSample);
+    const SwdBits::Bit parity = bits.next();
+    frame.lastSample = parity.at;
+    frame.flags |= SwdResults::HasData;
+    if ((std::popcount(frame.data) % 2 != 0) != parity.value) {
+        frame.flags |= SwdResults::WrongParity;
+        results().mark(m_settings.swdio, parity.at, MarkerType::ErrorX);
+    }
+    return true;
+}
+
+/// What a write changes in how the rest is read.
+void SwdAnalyzer::takeWrite(const Request &request, std::uint32_t value)
+{
+    if (request.isAp) {
+        return;
+    }
+    if (request.address == 0x8) {
+        m_select = {.dpBank = std::uint8_t(value & 0xfU),
+                    .apBank = std::uint8_t(value >> 4 & 0xfU),
+                    .ap = std::uint8_t(value >> 24),
+                    .isKnown = true};
+    } else if (request.address == 0x4 && m_select.dpBank == 0) {
+        m_alwaysHasData = (value & runDetect) != 0;
+    } else if (request.address == 0x4 && m_select.dpBank == 1) {
+        m_turn = (value >> 8 & 3U) + 1; // DLCR, TURNROUND
+    }
+}
+
+/// Behind an answer other than OK comes a turn-around, or all of the data's clocks: always when overruns are detected
+/// (B4.2.5), and at a host that sends whole transfers ahead. What follows tells which.
+void SwdAnalyzer::passOver(SwdBits &bits)
+{
+    const std::int64_t brief = m_turn;
+    const std::int64_t whole = m_turn + bitsOfData + 1;
+    const std::int64_t usual = m_alwaysHasData ? whole : brief;
+    const std::int64_t other = m_alwaysHasData ? brief : whole;
+    if (leadsOn(bits, usual)) {
+        bits.skip(usual);
+    } else if (leadsOn(bits, other)) {
+        bits.skip(other);
+    } else {
+        bits.skip(brief);
+        m_isLost = true;
+    }
+}
+
+/// Whether behind so many bits there is the line at rest, then a request or a line reset, or the capture's end.
+bool SwdAnalyzer::leadsOn(SwdBits bits, std::int64_t skipped) const
+{
+    bits.skip(skipped);
+    while (bits.left() > 0) {
+        SwdBits ahead(bits);
+        if (ahead.next().value) {
+            break;
+        }
+        bits = ahead;
+    }
+    Request request;
+    SwdBits ahead(bits);
+    if (bits.left() < bitsOfRequest || (readRequest(ahead, request) && request.hasParity)) {
+        return true;
+    }
+    std::int64_t ones = 0;
+    while (bits.left() > 0 && ones < onesOfReset && bits.next().value) {
+        ++ones;
+    }
+    return ones >= onesOfReset;
+}
+
+FrameData SwdAnalyzer::frameOf(const Request &request, SwdResults::Kind kind) const
+{
+    const unsigned flags = unsigned(request.isAp) * SwdResults::Ap | unsigned(request.isRead) * SwdResults::Read |
+                           unsigned(m_select.isKnown) * SwdResults::SelectKnown;
+    return {.firstSample = request.first,
+            .lastSample = request.last,
+            .kind = kind,
+            .flags = std::uint16_t(flags),
+            .extra = SwdResults::packed(request.address, m_select)};
+}

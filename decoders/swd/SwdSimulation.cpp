@@ -1,0 +1,73 @@
+#include "SwdAnalyzer.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+using lux::Simulation;
+
+namespace {
+
+constexpr std::int64_t usualRate = 1000000; ///< Hz of SWCLK
+constexpr std::int64_t samplesPerClock = 8;
+constexpr std::int64_t partsOfClock = 2;
+constexpr std::uint64_t allOnes = ~std::uint64_t(0);
+constexpr unsigned onesOfReset = 52;
+constexpr unsigned bitsOfData = 32;
+constexpr std::uint32_t resetEvery = 32; ///< transfers
+constexpr std::uint32_t waitEvery = 5;
+constexpr std::uint32_t faultEvery = 11;
+
+} // namespace
+
+/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with WAIT and FAULT in between.
+void SwdAnalyzer::simulate(Simulation &simulation)
+{
+    const std::uint32_t number = m_sent++;
+    if (number % resetEvery == 0) {
+        sendBits(simulation, allOnes, onesOfReset);
+        sendBits(simulation, 0xe79e, 16);
+        sendBits(simulation, allOnes, onesOfReset);
+        sendBits(simulation, 0, 4);
+        sendTransfer(simulation, 0x2, SwdAck::Ok, 0x2ba01477); // read of DPIDR
+    }
+    const SwdAck ack = number % faultEvery == 3 ? SwdAck::Fault : number % waitEvery == 2 ? SwdAck::Wait : SwdAck::Ok;
+    // APnDP, RnW, A[2:3]; writes go to an access port, so that they change nothing of the port itself.
+    const unsigned request = (number % 3 == 0 ? 0x2U : 0x1U) | (number >> 2 & 3U) << 2;
+    sendTransfer(simulation, request, ack, number);
+    sendBits(simulation, 0, 2 + simulation.random(8));
+}
+
+/// @param request  APnDP, RnW, A[2], A[3] from the lowest bit on
+void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value)
+{
+    const bool isRead = (request & 2U) != 0;
+    const auto parity = unsigned(std::popcount(request)) % 2;
+    sendBits(simulation, 0x81U | request << 1 | parity << 5, 8);
+    sendBits(simulation, 1, 1);
+    sendBits(simulation, ack == SwdAck::Ok ? 1 : ack == SwdAck::Wait ? 2 : 4, 3);
+    if (!isRead || ack != SwdAck::Ok) {
+        sendBits(simulation, 1, 1);
+    }
+    if (ack == SwdAck::Ok) {
+        sendBits(simulation, value, bitsOfData);
+        sendBits(simulation, std::uint64_t(std::popcount(value)) % 2, 1);
+        if (isRead) {
+            sendBits(simulation, 1, 1);
+        }
+    }
+}
+
+/// The lowest bit first; SWDIO changes while SWCLK is low.
+void SwdAnalyzer::sendBits(Simulation &simulation, std::uint64_t bits, unsigned count)
+{
+    const std::int64_t rate =
+        std::max<std::int64_t>(1, std::min(usualRate, simulation.sampleRate() / samplesPerClock)) * partsOfClock;
+    for (unsigned i = 0; i < count; ++i) {
+        simulation.line(m_settings.swclk, true).set(false);
+        simulation.line(m_settings.swdio, true).set((bits >> i & 1U) != 0);
+        simulation.holdTime(1, rate);
+        simulation.line(m_settings.swclk, true).set(true);
+        simulation.holdTime(1, rate);
+    }
+}
