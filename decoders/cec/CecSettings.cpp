@@ -1,0 +1,6 @@
+#include "CecSettings.h"
+
+CecSettings::CecSettings() : line(*this, "cec", "CEC", "The CEC line")
+{
+    addExport(Messages, "Messages", "Text file", "txt");
+}
