@@ -1,0 +1,37 @@
+#pragma once
+
+#include "UsbPacket.h"
+
+#include <corvanlux/analyzer/Simulation.h>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+/// What goes wrong with a packet of the simulation.
+enum class UsbMishap : std::uint8_t { None, WrongCrc, StuffError };
+
+/// Host and device of a simulated bus: packets as bits on D+ and D-.
+class UsbDriver {
+public:
+    UsbDriver(lux::Simulation &simulation, const Channel &dp, const Channel &dm, bool fullSpeed);
+
+    void token(std::uint8_t pid, std::uint32_t address, std::uint32_t endpoint, UsbMishap mishap = UsbMishap::None);
+    void startOfFrame(std::uint32_t number);
+    void data(std::uint8_t pid, std::span<const std::uint8_t> bytes, UsbMishap mishap = UsbMishap::None);
+    void handshake(std::uint8_t pid);
+    void keepAlive();
+    void reset();
+    /// J for so many bits.
+    void wait(std::int64_t bits);
+
+private:
+    void send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap = UsbMishap::None);
+    void sendToken(std::uint8_t pid, std::uint32_t bits, UsbMishap mishap);
+    void drive(bool j);
+    void singleEndedZero();
+
+    lux::Simulation &m_simulation;
+    lux::SimulationLine &m_j; ///< the line that is high in J
+    lux::SimulationLine &m_k;
+    std::int64_t m_rate; ///< bits/s
+};

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "UsbResults.h"
+
+#include <array>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+/// Puts packets together: transactions (Universal Serial Bus Specification 2.0, 8.5) and the stages of control
+/// transfers (8.5.3). A transaction's frame stands before those of its packets, which wait here until it is over.
+class UsbTransactions {
+public:
+    /// @param timeout  samples; no answer comes later (8.7.2)
+    UsbTransactions(UsbResults &results, lux::Sample timeout) : m_results(results), m_timeout(timeout) {}
+
+    void add(const UsbPacket &packet);
+    /// Something that is no packet.
+    void add(const FrameData &frame);
+    /// A bus reset ends all transfers.
+    void reset() { m_transfers.clear(); }
+    /// No packet begins before `sample`: tells whether an open transaction could still go on.
+    void timePasses(lux::Sample sample);
+    /// The capture ends: a transaction that may go on is none.
+    void finish() { flush(); }
+
+private:
+    struct Transfer {
+        std::array<std::uint8_t, 8> setup{};
+        std::vector<std::uint8_t> data;
+    };
+    static constexpr std::size_t mostData = 65536;
+
+    void open(const UsbPacket &packet, const FrameData &frame);
+    void close();
+    void flush();
+    void control();
+
+    UsbResults &m_results;
+    lux::Sample m_timeout;
+    std::vector<FrameData> m_packets; ///< of the open transaction
+    UsbResults::Parts m_parts;
+    std::vector<std::uint8_t> m_data;
+    std::unordered_map<std::uint8_t, Transfer> m_transfers; ///< of the endpoint 0 of each address
+};
