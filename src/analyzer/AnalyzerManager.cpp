@@ -39,6 +39,10 @@ AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, 
 
 AnalyzerManager::~AnalyzerManager()
 {
+    if (exportThread) {
+        exportThread->cancel();
+        exportThread.reset();
+    }
     for (AnalyzerItem &item : items) {
         item.progMng->askToStop(); // all at once
     }

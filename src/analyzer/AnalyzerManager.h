@@ -3,6 +3,7 @@
 #include "analyzer/AnalyzerHost.h"
 #include "analyzer/AnalyzerItem.h"
 #include "analyzer/AnalyzerSimulation.h"
+#include "analyzer/ExportDataProMng.h"
 #include "analyzer/PluginFolder.h"
 #include "analyzer/PluginGuard.h"
 #include "analyzer/ResultsGate.h"
@@ -117,6 +118,19 @@ public:
     [[nodiscard]] SimulationSource &simulation() { return m_simulation; }
     [[nodiscard]] ResultsGate &gate() { return m_gate; }
 
+    // ---- export ----------------------------------------------------------------------------------------------------
+
+    /// Has a decoder write its results on a thread of its own. One export runs at a time: another one is passed over.
+    /// When results are replaced meanwhile it is cancelled.
+    /// @param option  id of an export option of the analyzer's settings
+    void startExport(AnalyzerResults *results, const QString &path, int displayBase, std::uint32_t option);
+    [[nodiscard]] bool isExporting() const { return exportThread != nullptr; }
+    /// Share that is written, 0 to 1; 1 when no export runs.
+    [[nodiscard]] double exportProgress() const;
+    void cancelExport();
+    /// Of the export that ended last.
+    [[nodiscard]] const ExportOutcome &exportOutcome() const { return m_exportOutcome; }
+
     int addLibIndex = -1; ///< library of the analyzer that is being added
 
 signals:
@@ -132,6 +146,8 @@ signals:
 public slots:
     /// A worker ended by itself; nothing when it was stopped or replaced meanwhile.
     void slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anly);
+    /// The export has ended.
+    void slotDeleteExportDataProMng();
 
 private slots:
     /// Ends the workers whose capture a writer waits for.
@@ -173,5 +189,7 @@ private:
     std::vector<std::unique_ptr<LingeringWorker>> m_lingering;
     std::vector<std::unique_ptr<SmpLease>> m_heldForEver; ///< of workers that were left behind in `m_capture`
     QTimer m_lingerTimer;
-    QSet<QString> m_told; ///< name and words
+    QSet<QString> m_told;                           ///< name and words
+    std::unique_ptr<ExportDataProMng> exportThread; ///< null when idle
+    ExportOutcome m_exportOutcome;
 };

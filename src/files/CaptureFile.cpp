@@ -17,25 +17,6 @@ namespace {
 /// A capture of this size, in bytes of memory, is tried whatever the budget: its first blocks never ask for it.
 constexpr std::int64_t smallCapture = std::int64_t(8) << 20;
 
-FileResult resultOf(WriteFault fault)
-{
-    switch (fault) {
-    case WriteFault::None:
-        return FileResult::Done;
-    case WriteFault::NoFolder:
-        return FileResult::NoFolder;
-    case WriteFault::NotPlain:
-        return FileResult::NotPlain;
-    case WriteFault::NoRights:
-        return FileResult::NoRights;
-    case WriteFault::DiskFull:
-        return FileResult::DiskFull;
-    case WriteFault::Other:
-        break;
-    }
-    return FileResult::Failed;
-}
-
 FileResult resultOf(DataBlocksResult result)
 {
     switch (result) {
@@ -87,6 +68,25 @@ FileOutcome tooLong(const ConfigDocument &settings)
 }
 
 } // namespace
+
+FileResult fileResultOf(WriteFault fault)
+{
+    switch (fault) {
+    case WriteFault::None:
+        return FileResult::Done;
+    case WriteFault::NoFolder:
+        return FileResult::NoFolder;
+    case WriteFault::NotPlain:
+        return FileResult::NotPlain;
+    case WriteFault::NoRights:
+        return FileResult::NoRights;
+    case WriteFault::DiskFull:
+        return FileResult::DiskFull;
+    case WriteFault::Other:
+        break;
+    }
+    return FileResult::Failed;
+}
 
 CaptureFile::CaptureFile(ChannelCount channelCount, JobDialogFactory dialogs)
     : m_channelCount(std::move(channelCount)), m_dialogs(std::move(dialogs))
@@ -192,12 +192,12 @@ FileOutcome CaptureFile::write(DataFile &job, const QString &path, const Capture
     FileReplacement target(path);
     const WriteFault begun = target.begin();
     if (begun != WriteFault::None) {
-        return {resultOf(begun)};
+        return {fileResultOf(begun)};
     }
     const auto kind = DataFile::Mode(mode);
     job.file.setFileName(target.partPath());
     if (!job.file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
-        return {resultOf(writeFaultOf(job.file))};
+        return {fileResultOf(writeFaultOf(job.file))};
     }
     const bool headWritten = job.file.write(head) == head.size() && job.file.flush();
     job.file.setTextModeEnabled(kind == DataFile::Mode::ExportText);
@@ -207,10 +207,10 @@ FileOutcome CaptureFile::write(DataFile &job, const QString &path, const Capture
     job.mayGoOn = mayGoOn;
     if (headWritten && job.runJob(kind)) {
         job.file.close();
-        return {resultOf(target.finish())};
+        return {fileResultOf(target.finish())};
     }
     const WriteFault fault = headWritten ? job.fault() : writeFaultOf(job.file);
-    const FileResult result = fault != WriteFault::None ? resultOf(fault) : resultOf(job.outcome());
+    const FileResult result = fault != WriteFault::None ? fileResultOf(fault) : resultOf(job.outcome());
     job.file.close();
     target.keepPart();
     return {result};
@@ -230,7 +230,7 @@ FileOutcome CaptureFile::save(const QString &path, SmpData &data, const CaptureP
 FileOutcome CaptureFile::saveSettings(const QString &path, const ConfigDocument &settings)
 {
     const std::optional<QByteArray> block = settings.block();
-    return block ? FileOutcome{resultOf(replaceTextFile(path, *block))} : tooLong(settings);
+    return block ? FileOutcome{fileResultOf(replaceTextFile(path, *block))} : tooLong(settings);
 }
 
 FileOutcome CaptureFile::exportTo(const QString &path, SmpData &data, const CapturePart &part, ExportKind kind) const

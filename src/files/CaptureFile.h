@@ -13,6 +13,7 @@
 #include <vector>
 
 class DataFile;
+enum class WriteFault;
 class QFile;
 class SmpData;
 
@@ -44,6 +45,8 @@ struct FileOutcome {
     [[nodiscard]] bool isDone() const { return result == FileResult::Done; }
 };
 
+/// Done for none.
+[[nodiscard]] FileResult fileResultOf(WriteFault fault);
 /// The reason of a failure as a translated sentence; empty for Done. Main thread.
 [[nodiscard]] QString fileReason(const FileOutcome &outcome);
 /// What an opened file lacks, as a translated text; empty for nothing. `nameOf` gives a channel's name. Main thread.

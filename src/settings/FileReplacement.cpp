@@ -138,7 +138,9 @@ WriteFault syncToDisk(QFileDevice &file)
     return faultOfErrno(errno);
 }
 
-FileReplacement::FileReplacement(const QString &path) : m_target(path.isEmpty() ? path : behindLinks(path)) {}
+FileReplacement::FileReplacement(const QString &path, const QString &partEnding)
+    : m_target(path.isEmpty() ? path : behindLinks(path)), m_partEnding(partEnding)
+{}
 
 FileReplacement::~FileReplacement()
 {
@@ -170,9 +172,9 @@ WriteFault FileReplacement::makePart(const QString &folder, const QString &fileN
         name.chop(name.size() > 1 && name.at(name.size() - 1).isLowSurrogate() ? 2 : 1);
     }
     for (int number = 0; number < leftPartsLimit; ++number) {
-        const QString path =
-            QStringLiteral("%1/%2.%3-%4.part")
-                .arg(folder, name, QString::number(QCoreApplication::applicationPid()), QString::number(number));
+        const QString path = QStringLiteral("%1/%2.%3-%4%5")
+                                 .arg(folder, name, QString::number(QCoreApplication::applicationPid()),
+                                      QString::number(number), m_partEnding);
         QFile part(path);
         if (part.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
             m_part = path;

@@ -28,7 +28,8 @@ enum class WriteFault {
 /// whoever writes; any thread, one at a time.
 class FileReplacement {
 public:
-    explicit FileReplacement(const QString &path);
+    /// @param partEnding  of the part's name, for who tells the kind of a file by it
+    explicit FileReplacement(const QString &path, const QString &partEnding = QStringLiteral(".part"));
     /// Drops what has been written, unless finish() or keepPart() came before.
     ~FileReplacement();
     FileReplacement(const FileReplacement &) = delete;
@@ -36,7 +37,7 @@ public:
 
     /// Makes the empty file that is to be written.
     [[nodiscard]] WriteFault begin();
-    /// The file that is to be written between begin() and finish(): the target's name, a number and ".part". Empty
+    /// The file that is to be written between begin() and finish(): the target's name, a number and the ending. Empty
     /// before.
     [[nodiscard]] QString partPath() const { return m_part; }
     /// Brings the part, which nobody has open any more, to the disk and gives it the target's name. On failure the part
@@ -51,6 +52,7 @@ private:
     [[nodiscard]] WriteFault makePart(const QString &folder, const QString &name);
 
     const QString m_target; ///< behind all links
+    const QString m_partEnding;
     QString m_part;
 };
 
