@@ -114,6 +114,14 @@ void AnalyzerDataGen::slotModifyPrepare()
     m_called.store(true, std::memory_order_release);
 }
 
+void AnalyzerDataGen::dropPages()
+{
+    m_droppedReset = m_lastReset;
+    m_shown = {};
+    m_mark.reset();
+    isSelected = false;
+}
+
 void AnalyzerDataGen::markRow(qint64 listRow)
 {
     const ResultList::Row *frame = frameAt(listRow - m_shown.topRow);
@@ -126,8 +134,7 @@ void AnalyzerDataGen::markRow(qint64 listRow)
 
 qint64 AnalyzerDataGen::selectedRow() const
 {
-    const bool counts = m_mark && m_mark->resetNumber == m_shown.resetNumber;
-    return counts ? m_mark->listRow - m_shown.topRow : -1;
+    return isRowMarked() ? m_mark->listRow - m_shown.topRow : -1;
 }
 
 const ResultList::Row *AnalyzerDataGen::frameAt(qint64 pageRow) const
@@ -163,8 +170,11 @@ void AnalyzerDataGen::takePage()
     const std::uint64_t before = m_shown.version;
     {
         const std::lock_guard lock(m_mutex);
-        m_shown = m_ready;
         m_pageDue = false;
+        if (m_ready.resetNumber <= m_droppedReset && m_droppedReset > 0) {
+            return;
+        }
+        m_shown = m_ready;
     }
     findMark();
     emit listTotalChanged(m_shown.topRow, m_shown.totalRows, m_shown.rowNum);

@@ -45,10 +45,14 @@ public:
     };
     /// Starts the list anew. A request to scroll that is still waiting is dropped.
     void reset(const ResultList::Query &query, Clicked clicked = Clicked::Forget);
+    /// Nothing that was made before the next reset is told any more.
+    void dropPages();
     /// Marks a row of the list; it need not be on the page.
     void markRow(qint64 listRow);
     /// The marked row, counted from the page's first one and so perhaps outside of it; -1 until one was clicked.
     [[nodiscard]] qint64 selectedRow() const;
+    /// A row of the list that is shown is marked.
+    [[nodiscard]] bool isRowMarked() const { return m_mark && m_mark->resetNumber == m_shown.resetNumber; }
 
     [[nodiscard]] const QStringList &rows() const { return m_shown.rows; } ///< of the page that was told last
     [[nodiscard]] qint64 topRow() const { return m_shown.topRow; }
@@ -145,6 +149,7 @@ private:
     bool isSelected = false; ///< a row was clicked
     int m_rowNum = 0;
     std::uint64_t m_lastReset = 0;
+    std::uint64_t m_droppedReset = 0; ///< pages of this one and those before are not told
 
     std::atomic<bool> m_called{false}; ///< there are requests, or the results' generation is another one
     std::mutex m_mutex;                ///< of what follows; never held while working, emitting or calling out

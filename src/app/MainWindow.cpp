@@ -9,6 +9,7 @@
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
+#include "protocol/ProtocolResult.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
@@ -85,6 +86,7 @@ MainWindow::~MainWindow()
     waveGen->setDataSource(nullptr);
     gDev->endCapture(); // the analyzers drive a simulated one
     gSimulationSource = nullptr;
+    delete protocolResult; // its thread reads what the analyzers own
     letGoOfAnalyzers();
 }
 
@@ -123,6 +125,7 @@ void MainWindow::buildPanels()
     timeView = new TimeView(waveGen, this);
     posiView = new PosiView(this);
     analyzerView = new AnalyzerView(this);
+    buildResults();
     mainView = new MainView(waveGen, this);
     statusLabel = new QLabel(::tr("Device unconnected"), this);
     statusLabel->setFixedHeight(dp(20));

@@ -11,6 +11,7 @@ class MainMenu;
 class MainView;
 class MyProgressDlg;
 class PosiView;
+class ProtocolResult;
 class QGridLayout;
 class QLabel;
 class QScrollArea;
@@ -71,6 +72,8 @@ private:
     void buildDialogs();
     void buildPanels();
     void buildAnalyzers();
+    /// The list of decoded results, in the right-hand panel.
+    void buildResults();
     /// Asks whether a decoder with which the program ended is to be tried again.
     void offerRetry(const QString &fileName);
     /// The analyzers look at the present device and its capture, or at none.
@@ -114,6 +117,7 @@ private:
     PosiView *posiView = nullptr;
     QLabel *statusLabel = nullptr;
     AnalyzerView *analyzerView = nullptr;
+    ProtocolResult *protocolResult = nullptr;
     MyProgressDlg *smpDialog = nullptr;
     MyProgressDlg *connectDialog = nullptr;
 

@@ -5,6 +5,8 @@
 #include "controls/NoticeBox.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
+#include "measure/AnalyzerView.h"
+#include "protocol/ProtocolResult.h"
 #include "settings/Language.h"
 
 #include <QMessageBox>
@@ -28,6 +30,12 @@ void MainWindow::buildAnalyzers()
     }
 }
 
+void MainWindow::buildResults()
+{
+    protocolResult = new ProtocolResult(*analyzerMgr, *waveGen, analyzerView);
+    analyzerView->addSection(AnalyzerView::Results, protocolResult);
+}
+
 void MainWindow::offerRetry(const QString &fileName)
 {
     auto *box = new QMessageBox(QMessageBox::Warning, ::tr("An error occurred"),
@@ -44,6 +52,7 @@ void MainWindow::offerRetry(const QString &fileName)
 
 void MainWindow::rebindAnalyzers()
 {
+    protocolResult->clear();
     analyzerMgr->setCapture(gDev->smpData.get(), std::uint32_t(gDev->model));
     analyzerMgr->loadFromConfig();
     // Direct: the decoders have left the last capture when the next one begins.

@@ -10,6 +10,7 @@
 #include "device/DeviceGlobals.h"
 #include "panels/SmpCtrl.h"
 #include "panels/Toolbar.h"
+#include "protocol/ProtocolResult.h"
 #include "session/RunStatus.h"
 #include "session/Session.h"
 #include "settings/Config.h"
@@ -63,6 +64,9 @@ void MainWindow::showRunState(int sta, int n)
         gOpenFile.clear();
         showTitleAndState();
     }
+    if (sta == smpState::starting) {
+        protocolResult->clear();
+    }
     const int shown = RunStatus::shownProgress(n);
     if (gDev->isAnalogModel()) {
         if (sta == smpState::done) {
@@ -103,6 +107,7 @@ void MainWindow::slotSmpDataReady()
         mainView->showAllIfFlat();
     }
     analyzerMgr->captureReady();
+    protocolResult->followWorkers();
 }
 
 bool MainWindow::hasView() const
@@ -110,7 +115,7 @@ bool MainWindow::hasView() const
     return gDev->isAnalogModel() || gDev->smpData->sampleCount() > 0;
 }
 
-void MainWindow::slotWaveViewRefresh(bool)
+void MainWindow::slotWaveViewRefresh(bool decRefresh)
 {
     if (!hasView()) {
         return;
@@ -121,6 +126,9 @@ void MainWindow::slotWaveViewRefresh(bool)
     toolbar->showRatio(waveGen->ratioSasPix());
     if (gDev->smpData->sampleCount() > 0) {
         waveGen->setFrameAck();
+    }
+    if (decRefresh) {
+        protocolResult->slotWaveMoved();
     }
 }
 

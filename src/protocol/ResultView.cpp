@@ -1,0 +1,185 @@
+#include "protocol/ResultView.h"
+
+#include "controls/Look.h"
+#include "controls/MyScrollbar.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStyle>
+#include <QToolTip>
+#include <QWheelEvent>
+
+namespace {
+
+constexpr int gridWidth = 10; // pixels
+constexpr int rowHeight = 18; // units, as the two below
+constexpr int barWidth = 8;
+constexpr int fewestRows = 4;
+constexpr int wheelNotch = 120; // eighths of a degree
+
+QString viewStyle()
+{
+    return QStringLiteral("QListView{background-color:#1f1f23;border:0px solid #7f7f7f;color:#dfdfdf;outline:0;}"
+                          "QListView::item{min-height:0;border:0;}"
+                          "QListView::item:hover{background-color:%1;}"
+                          "QListView::item:selected{background-color:%2;color:%3;}")
+        .arg(gGreys[7].name(), gGreys[5].name(), gGreys[0].name());
+}
+
+bool isMove(int key)
+{
+    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown ||
+           key == Qt::Key_Home || key == Qt::Key_End;
+}
+
+bool isEnter(int key)
+{
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+}
+
+/// Ctrl+C, or Ctrl+Shift+C.
+bool isCopy(const QKeyEvent &event)
+{
+    const Qt::KeyboardModifiers held = event.modifiers();
+    return event.key() == Qt::Key_C && held.testFlag(Qt::ControlModifier) && !held.testFlag(Qt::AltModifier);
+}
+
+} // namespace
+
+ResultView::ResultView(QWidget *parent) : QListView(parent)
+{
+    setStyleSheet(viewStyle());
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAutoScroll(false);
+    setUniformItemSizes(true);
+    setTextElideMode(Qt::ElideRight);
+    setFont(gFontMain);
+    setGridSize({gridWidth, gridHeight()});
+    setViewportMargins(0, 0, dp(barWidth), 0);
+    setMouseTracking(true);
+    setTabKeyNavigation(false);
+    setMinimumHeight(fewestRows * gridHeight());
+    bar = new MyScrollbar(this);
+    connect(this, &QAbstractItemView::clicked, this, &ResultView::rowChosen);
+}
+
+int ResultView::gridHeight()
+{
+    return dp(rowHeight);
+}
+
+int ResultView::currentRow() const
+{
+    return selectionModel() != nullptr && selectionModel()->isSelected(currentIndex()) ? currentIndex().row() : -1;
+}
+
+void ResultView::markRow(int row)
+{
+    const QModelIndex index = row >= 0 && row < model()->rowCount() ? model()->index(row, 0) : QModelIndex();
+    if (index.isValid()) {
+        setCurrentIndex(index);
+    } else {
+        selectionModel()->clear();
+    }
+}
+
+bool ResultView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride) {
+        // Up, Down, Home and End move the time axis by shortcuts of the window, but not while the list has the focus.
+        const auto &key = static_cast<const QKeyEvent &>(*event);
+        if (isMove(key.key()) || isEnter(key.key()) || isCopy(key)) {
+            event->accept();
+            return true;
+        }
+    }
+    return QListView::event(event);
+}
+
+void ResultView::resizeEvent(QResizeEvent *event)
+{
+    QListView::resizeEvent(event);
+    const int rows = height() / gridHeight();
+    if (height() != rows * gridHeight()) {
+        resize(width(), rows * gridHeight()); // comes back here
+        return;
+    }
+    bar->setGeometry(width() - dp(barWidth), 0, dp(barWidth), height());
+    bar->setPageStep(height());
+    if (rows != m_rows) {
+        m_rows = rows;
+        emit listRowChanged(rows);
+    }
+}
+
+void ResultView::wheelEvent(QWheelEvent *event)
+{
+    if (bar->maxV <= bar->minV) {
+        event->ignore(); // the panel around it scrolls
+        return;
+    }
+    m_turned += event->angleDelta().y();
+    const int notches = m_turned / wheelNotch;
+    m_turned -= notches * wheelNotch;
+    bar->setValue(bar->value - qlonglong(notches) * gridHeight());
+    event->accept();
+}
+
+void ResultView::mouseMoveEvent(QMouseEvent *event)
+{
+    QListView::mouseMoveEvent(event);
+    if (event->y() != m_tipY) {
+        showTip(event->pos());
+    }
+}
+
+void ResultView::showTip(const QPoint &place)
+{
+    const QModelIndex index = indexAt(place);
+    if (!index.isValid()) {
+        m_tipY = -1;
+        QToolTip::hideText();
+        return;
+    }
+    m_tipY = place.y();
+    const QString text = index.data().toString();
+    const int room = viewport()->width() - 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+    if (fontMetrics().horizontalAdvance(text) > room) {
+        QToolTip::showText(viewport()->mapToGlobal(place), text.toHtmlEscaped(), viewport());
+    } else {
+        QToolTip::hideText();
+    }
+}
+
+void ResultView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    event->accept(); // not to the base, for which it would begin another click
+    if (event->button() == Qt::LeftButton) {
+        emit rowDoubleClicked();
+    }
+}
+
+void ResultView::leaveEvent(QEvent *event)
+{
+    QListView::leaveEvent(event);
+    m_tipY = -1;
+}
+
+void ResultView::keyPressEvent(QKeyEvent *event)
+{
+    if (isMove(event->key())) {
+        emit keyMoved(event->key());
+    } else if (isEnter(event->key())) {
+        if (currentRow() >= 0) {
+            emit rowChosen(currentIndex());
+        }
+    } else if (isCopy(*event)) {
+        emit copyWanted(event->modifiers().testFlag(Qt::ShiftModifier));
+    } else {
+        event->ignore();
+    }
+}
