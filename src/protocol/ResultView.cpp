@@ -104,12 +104,12 @@ void ResultView::resizeEvent(QResizeEvent *event)
 {
     QListView::resizeEvent(event);
     const int rows = height() / gridHeight();
-    if (height() != rows * gridHeight()) {
-        resize(width(), rows * gridHeight()); // comes back here
-        return;
+    const int whole = rows * gridHeight();
+    if (height() != whole) {
+        resize(width(), whole);
     }
-    bar->setGeometry(width() - dp(barWidth), 0, dp(barWidth), height());
-    bar->setPageStep(height());
+    bar->setGeometry(width() - dp(barWidth), 0, dp(barWidth), whole);
+    bar->setPageStep(whole);
     if (rows != m_rows) {
         m_rows = rows;
         emit listRowChanged(rows);

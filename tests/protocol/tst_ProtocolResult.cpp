@@ -1,0 +1,390 @@
+#include "controls/MyButton.h"
+#include "protocol/ResultDesk.h"
+#include "support/GuiTestMain.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QToolTip>
+
+namespace {
+
+QString text(const char *ascii)
+{
+    return QString::fromLatin1(ascii);
+}
+
+} // namespace
+
+/// The section with the list of decoded results.
+class TstProtocolResult : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        QFile::remove(configPath());
+        configLoad();
+        disAnimateZoom = true;
+    }
+
+    void anAnalyzersFramesAreListedWhenItsWorkerEnds();
+    void theListFollowsTheWave();
+    void aSearchDoesNotFollowTheWave();
+    void aSearchShowsItsMatchesAndTheirCount();
+    void aSearchWithoutMatchEmptiesTheList();
+    void aClickMovesTheWaveAndTheRowStaysMarked();
+    void aClickInASearchMovesTheWaveAlone();
+    void theBarMovesTheList();
+    void theWheelMovesByOneRowANotch();
+    void keysMoveThroughTheWholeList();
+    void enterBringsTheMarkedFrameIntoView();
+    void copyTakesTheMarkedRowOrThePage();
+    void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
+    void theMenuHidesAnAnalyzer();
+    void theMenuSaysSoWhenThereIsNone();
+    void aFoldedSectionHidesAllButItsTitle();
+    void aClearedSectionIsEmptyUntilTheNextReset();
+    void aRowTooLongForItsPlaceHasATip();
+    void theViewIsAWholeNumberOfRowsHigh();
+    void framesComeWhileTheWorkerRuns();
+    void aRowIsClickedWhileItsFrameIsGoing();
+    void everyPartHasANameForAScreenReader();
+};
+
+void TstProtocolResult::anAnalyzersFramesAreListedWhenItsWorkerEnds()
+{
+    ResultDesk desk;
+    QVERIFY(desk.rows().isEmpty());
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    QTRY_COMPARE(desk.section->search->countText(), text("999"));
+    QVERIFY(desk.add(1)); // its first edge is at 200 as the other's second
+    QTRY_COMPARE(desk.rows().mid(0, 3), (QStringList{text("edge 100"), text("edge 200"), text("edge 200")}));
+}
+
+void TstProtocolResult::theListFollowsTheWave()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.wave.setViewStart(5050.0);
+    QVERIFY(desk.begins("edge 5100"));
+    desk.wave.setViewStart(99000.0);
+    QVERIFY(desk.begins("edge 99100"));
+    desk.wave.zoomSetRatio(0.5);
+    desk.wave.setViewStart(99500.0); // fewer frames behind it than rows
+    QVERIFY(desk.begins("edge 99200"));
+}
+
+void TstProtocolResult::aSearchDoesNotFollowTheWave()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QTest::keyClicks(desk.section->search, text("EDGE 1"));
+    QVERIFY(desk.begins("edge 100"));
+    desk.wave.setViewStart(50000.0);
+    QCoreApplication::processEvents();
+    QVERIFY(desk.begins("edge 100"));
+    QTest::keyClick(desk.section->search, Qt::Key_Escape);
+    QTRY_VERIFY(desk.firstRow().startsWith(text("edge 50")));
+}
+
+void TstProtocolResult::aSearchShowsItsMatchesAndTheirCount()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QTest::keyClicks(desk.section->search, text("77"));
+    QTRY_COMPARE(desk.firstRow(), text("edge 7700"));
+    QTRY_COMPARE(desk.section->search->countText(), text("19"));
+    QVERIFY(desk.section->view->bar->isVisible());
+}
+
+void TstProtocolResult::aSearchWithoutMatchEmptiesTheList()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    QTest::keyClicks(desk.section->search, text("nowhere"));
+    QTRY_VERIFY(desk.rows().isEmpty());
+    QCOMPARE(desk.section->search->countText(), QString());
+    QVERIFY(!desk.section->view->bar->isVisible());
+}
+
+void TstProtocolResult::aClickMovesTheWaveAndTheRowStaysMarked()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.wave.setViewStart(5050.0);
+    QTRY_COMPARE(desk.firstRow(), text("edge 5100"));
+    desk.click(3);
+    // The frame, a single sample, is in the middle of the view; the list stays, so that the next row can be clicked.
+    const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
+    QVERIFY(qAbs(middle - 5400.0) < 2.0);
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.firstRow(), text("edge 5100"));
+    QCOMPARE(desk.section->view->currentRow(), 3);
+    desk.section->slotWaveMoved(); // the wave settles: now the list begins at its left edge
+    QTRY_COMPARE(desk.firstRow(), text("edge 5400"));
+    QCOMPARE(desk.section->view->currentRow(), 0);
+}
+
+void TstProtocolResult::aClickInASearchMovesTheWaveAlone()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QTest::keyClicks(desk.section->search, text("77"));
+    QTRY_COMPARE(desk.section->search->countText(), text("19"));
+    const QStringList before = desk.rows();
+    desk.click(4);
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.rows(), before);
+    QCOMPARE(desk.section->view->currentRow(), 4);
+    const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
+    QVERIFY(qAbs(middle - before.at(4).section(QLatin1Char(' '), 1).toDouble()) < 2.0);
+}
+
+void TstProtocolResult::theBarMovesTheList()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    MyScrollbar &bar = *desk.section->view->bar;
+    QCOMPARE(bar.maxV, qlonglong(999 - ResultDesk::rowsOnShow) * ResultView::gridHeight());
+    bar.setValue(bar.maxV);
+    QTRY_COMPARE(desk.rows().constLast(), text("edge 99900"));
+    bar.setValue(ResultView::gridHeight() * 10 + 3); // a little below a row's edge, as a drag leaves it
+    QVERIFY(desk.begins("edge 1100"));
+    QCOMPARE(bar.value, qlonglong(ResultView::gridHeight()) * 10 + 3);
+}
+
+void TstProtocolResult::theWheelMovesByOneRowANotch()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    const auto turn = [&desk](int delta) {
+        QWidget *target = desk.section->view->viewport();
+        QWheelEvent wheel(QPointF(20, 20), target->mapToGlobal(QPoint(20, 20)), {}, QPoint(0, delta), Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(target, &wheel);
+    };
+    turn(-120);
+    QVERIFY(desk.begins("edge 200"));
+    turn(-60);
+    turn(-60);
+    QVERIFY(desk.begins("edge 300"));
+    turn(240);
+    QVERIFY(desk.begins("edge 100"));
+}
+
+void TstProtocolResult::keysMoveThroughTheWholeList()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.section->view->currentRow(), 0);
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.section->view->currentRow(), 1);
+    desk.press(Qt::Key_PageDown);
+    QVERIFY(desk.begins("edge 300"));
+    QCOMPARE(desk.section->view->currentRow(), 7);
+    desk.press(Qt::Key_End);
+    QTRY_COMPARE(desk.rows().constLast(), text("edge 99900"));
+    QCOMPARE(desk.section->view->currentRow(), 7);
+    desk.press(Qt::Key_Up);
+    QCOMPARE(desk.section->view->currentRow(), 6);
+    desk.press(Qt::Key_Home);
+    QVERIFY(desk.begins("edge 100"));
+    QCOMPARE(desk.section->view->currentRow(), 0);
+}
+
+void TstProtocolResult::enterBringsTheMarkedFrameIntoView()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    const double before = desk.wave.viewStart();
+    desk.press(Qt::Key_Return); // no row is marked
+    QCOMPARE(desk.wave.viewStart(), before);
+    desk.press(Qt::Key_End);
+    QTRY_COMPARE(desk.section->view->currentRow(), 7);
+    desk.press(Qt::Key_Return);
+    const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
+    QVERIFY(qAbs(middle - 99900.0) < 100.0);
+}
+
+void TstProtocolResult::copyTakesTheMarkedRowOrThePage()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    QApplication::clipboard()->setText(text("before"));
+    desk.press(Qt::Key_C, Qt::ControlModifier); // no row is marked
+    QCOMPARE(QApplication::clipboard()->text(), text("before"));
+    desk.press(Qt::Key_Down);
+    desk.press(Qt::Key_Down);
+    desk.press(Qt::Key_C, Qt::ControlModifier);
+    QCOMPARE(QApplication::clipboard()->text(), text("edge 200"));
+    desk.press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(QApplication::clipboard()->text(), desk.rows().join(QLatin1Char('\n')));
+}
+
+void TstProtocolResult::aDoubleClickAsksForTheSettingsOfTheFirstClicksRow()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(7)); // an edge each 800 samples
+    QVERIFY(desk.add(0));
+    QTRY_COMPARE(desk.section->search->countText(), text("1123"));
+    desk.wave.setViewStart(750.0);
+    QTRY_COMPARE(desk.rows().mid(0, 3), (QStringList{text("edge 800"), text("edge 800"), text("edge 900")}));
+    const QSignalSpy asked(desk.section.get(), &ProtocolResult::settingsWanted);
+    desk.click(2);
+    QTest::mouseDClick(desk.section->view->viewport(), Qt::LeftButton, Qt::NoModifier, desk.placeOf(2));
+    QCOMPARE(asked.size(), 1);
+    QCOMPARE(asked.at(0).at(0).toInt(), 1);
+}
+
+void TstProtocolResult::theMenuHidesAnAnalyzer()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.add(1));
+    QTRY_COMPARE(desk.section->search->countText(), text("1498"));
+    QTest::mouseClick(desk.section->btnSetting, Qt::LeftButton);
+    QCOMPARE(desk.section->menu->actions().size(), 2);
+    QVERIFY(desk.section->menu->actions().constFirst()->isChecked());
+    desk.section->menu->actions().constFirst()->trigger();
+    QTRY_COMPARE(desk.section->search->countText(), text("499"));
+    desk.section->openMenuDig();
+    QVERIFY(!desk.section->menu->actions().constFirst()->isChecked());
+    desk.section->menu->actions().constLast()->trigger();
+    QTRY_VERIFY(desk.rows().isEmpty());
+    QCOMPARE(desk.section->search->countText(), QString());
+    desk.section->openMenuDig();
+    QCOMPARE(desk.section->menu->actions().size(), 2);
+    desk.desk.manager->removeAnalyzer(1); // while the menu is open
+    desk.section->menu->actions().constLast()->trigger();
+    QCOMPARE(desk.desk.manager->count(), 1);
+    desk.section->menu->close();
+}
+
+void TstProtocolResult::theMenuSaysSoWhenThereIsNone()
+{
+    ResultDesk desk;
+    desk.section->openMenuDig();
+    QCOMPARE(desk.section->menu->actions().size(), 1);
+    QCOMPARE(desk.section->menu->actions().constFirst()->text(), text("None"));
+    QVERIFY(!desk.section->menu->actions().constFirst()->isEnabled());
+    desk.section->menu->close();
+}
+
+void TstProtocolResult::aFoldedSectionHidesAllButItsTitle()
+{
+    ResultDesk desk;
+    QTest::mouseClick(desk.section->btnExpand, Qt::LeftButton);
+    QVERIFY(!desk.section->expanded);
+    QVERIFY(desk.section->btnSetting->isHidden());
+    QVERIFY(desk.section->search->isHidden());
+    QVERIFY(desk.section->view->isHidden());
+    QTest::mouseClick(desk.section->btnExpand, Qt::LeftButton);
+    QVERIFY(desk.section->view->isVisible());
+}
+
+void TstProtocolResult::aClearedSectionIsEmptyUntilTheNextReset()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QTest::keyClicks(desk.section->search, text("77"));
+    QTRY_COMPARE(desk.section->search->countText(), text("19"));
+    desk.section->clear();
+    QVERIFY(desk.rows().isEmpty());
+    QCOMPARE(desk.section->search->text(), QString());
+    QCOMPARE(desk.section->search->countText(), QString());
+    QVERIFY(!desk.section->view->bar->isVisible());
+    QCoreApplication::processEvents();
+    QVERIFY(desk.rows().isEmpty());
+    desk.wave.setViewStart(0.0);
+    desk.section->slotWaveMoved();
+    QVERIFY(desk.begins("edge 100"));
+}
+
+void TstProtocolResult::aRowTooLongForItsPlaceHasATip()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    QToolTip::hideText();
+    const auto moveTo = [&desk](int row) {
+        QWidget *target = desk.section->view->viewport();
+        QMouseEvent move(QEvent::MouseMove, desk.placeOf(row), target->mapToGlobal(desk.placeOf(row)), Qt::NoButton,
+                         Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &move);
+    };
+    moveTo(1);
+    QVERIFY(!QToolTip::isVisible());
+    desk.section->setFixedWidth(40);
+    QTRY_VERIFY(desk.section->view->viewport()->width() < 40);
+    QVERIFY(desk.section->view->fontMetrics().horizontalAdvance(text("edge 300")) > 34);
+    moveTo(2);
+    QTRY_VERIFY(QToolTip::isVisible());
+    QCOMPARE(QToolTip::text(), text("edge 300"));
+    QToolTip::hideText();
+}
+
+void TstProtocolResult::theViewIsAWholeNumberOfRowsHigh()
+{
+    ResultView view;
+    const QSignalSpy rows(&view, &ResultView::listRowChanged);
+    view.resize(200, 5 * ResultView::gridHeight() + 7);
+    view.show();
+    QTRY_COMPARE(view.height(), 5 * ResultView::gridHeight());
+    QCOMPARE(view.rowsThatFit(), 5);
+    QCOMPARE(rows.constLast().at(0).toInt(), 5);
+    QCOMPARE(view.bar->pageStep, qlonglong(view.height()));
+    QCOMPARE(view.bar->geometry().right() + 1, view.width());
+}
+
+void TstProtocolResult::framesComeWhileTheWorkerRuns()
+{
+    ResultDesk desk;
+    SmpData long1(8, 0);
+    CaptureBuilder{20'000'000, 100000000, 20}.fill(long1);
+    desk.desk.manager->setCapture(&long1, 0);
+    desk.wave.setDataSource(&long1);
+    desk.wave.setViewWidth(1000);
+    desk.desk.add(0);
+    QTRY_COMPARE(desk.rows().size(), ResultDesk::rowsOnShow); // of a million
+    QVERIFY(desk.desk.waitForWorkers());
+    QTRY_COMPARE(desk.section->search->countText(), text("999999"));
+    desk.wave.setDataSource(nullptr);
+    desk.desk.manager->setCapture(nullptr, 0);
+}
+
+void TstProtocolResult::aRowIsClickedWhileItsFrameIsGoing()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    desk.desk.manager->captureStarts(); // results are gone, the rows are still on show
+    desk.click(2);
+    QTest::mouseDClick(desk.section->view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(10, 10));
+    desk.press(Qt::Key_End);
+    QTRY_VERIFY(desk.rows().isEmpty());
+    desk.click(0);
+    desk.press(Qt::Key_Down);
+    desk.press(Qt::Key_Return);
+    QVERIFY(desk.rows().isEmpty());
+}
+
+void TstProtocolResult::everyPartHasANameForAScreenReader()
+{
+    const ResultDesk desk;
+    QCOMPARE(desk.section->view->accessibleName(), text("Decoded Results"));
+    QCOMPARE(desk.section->search->accessibleName(), text("Search"));
+    QVERIFY(!desk.section->btnSetting->accessibleName().isEmpty());
+    QCOMPARE(desk.section->btnExpand->accessibleName(), text("Collapse Decoded Results"));
+}
+
+LUX_GUI_TEST(TstProtocolResult)
+#include "tst_ProtocolResult.moc"
