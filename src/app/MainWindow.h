@@ -4,6 +4,7 @@
 #include <QVector>
 #include <QWidget>
 
+class AnalyzerExport;
 class AnalyzerManager;
 class AnalyzerView;
 class DevSetting;
@@ -118,6 +119,7 @@ private:
     QLabel *statusLabel = nullptr;
     AnalyzerView *analyzerView = nullptr;
     ProtocolResult *protocolResult = nullptr;
+    AnalyzerExport *analyzerExport = nullptr;
     MyProgressDlg *smpDialog = nullptr;
     MyProgressDlg *connectDialog = nullptr;
 

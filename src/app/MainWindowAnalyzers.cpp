@@ -1,14 +1,17 @@
 // The analyzers behind the main window: they follow its captures and its devices, and what they tell is shown.
 
 #include "analyzer/AnalyzerManager.h"
+#include "app/FileDialogs.h"
 #include "app/MainWindow.h"
 #include "controls/NoticeBox.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "measure/AnalyzerView.h"
+#include "protocol/AnalyzerExport.h"
 #include "protocol/ProtocolResult.h"
 #include "settings/Language.h"
 
+#include <QDateTime>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
@@ -34,6 +37,11 @@ void MainWindow::buildResults()
 {
     protocolResult = new ProtocolResult(*analyzerMgr, *waveGen, analyzerView);
     analyzerView->addSection(AnalyzerView::Results, protocolResult);
+    const auto askPath = [](QWidget *parent, int kind) {
+        return FileDialogs::askSavePath(parent, kind, QDateTime::currentDateTime());
+    };
+    analyzerExport = new AnalyzerExport(*analyzerMgr, askPath, this);
+    connect(analyzerExport, &AnalyzerExport::fileTold, this, &MainWindow::showInStatus);
 }
 
 void MainWindow::offerRetry(const QString &fileName)

@@ -23,6 +23,15 @@ public:
         line.SetKey("line");
         line.SetTitleAndToolTip("Line", "");
         AddInterface(&line);
+        if (lie == "sound" || lie == "exports") {
+            AddExportOption(3, "Edges & more");
+            AddExportExtension(3, "Text file", "txt");
+            AddExportExtension(3, "CSV file", "csv");
+        }
+        if (lie == "exports") {
+            AddExportOption(7, "Levels");
+            AddExportExtension(7, "Log file", "log");
+        }
     }
     bool ApplyInterfaces() override
     {

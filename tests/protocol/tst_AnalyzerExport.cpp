@@ -1,0 +1,295 @@
+#include "analyzer/AnalyzerDesk.h"
+#include "controls/MyProgressDlg.h"
+#include "files/FileSizeLimit.h"
+#include "protocol/AnalyzerExport.h"
+#include "protocol/ExportDialog.h"
+#include "support/BoxCloser.h"
+#include "support/GuiTestMain.h"
+
+#include <QDir>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+namespace {
+
+QString text(const char *ascii)
+{
+    return QString::fromLatin1(ascii);
+}
+
+/// An analyzer of one of the tests' plug-ins, its menu, and a folder for its files.
+class ExportDesk {
+public:
+    explicit ExportDesk(const char *plugin = "sound", std::int64_t samples = 100000) : desk({text(plugin)})
+    {
+        CaptureBuilder{samples}.fill(desk.capture);
+        desk.manager->setCapture(&desk.capture, 0);
+        ready = desk.add(0) && desk.waitForWorkers();
+        answer = path("frames.txt");
+    }
+    [[nodiscard]] QString path(const char *name) const { return folder.filePath(text(name)); }
+    /// Opens the menu and takes its only ending, or the given one.
+    void take(int ending = 0)
+    {
+        menu.clear();
+        exporter.extendMenu(menu, 0);
+        const QMenu *endings = menu.actions().constFirst()->menu();
+        QVERIFY(endings != nullptr && endings->actions().size() > ending);
+        endings->actions().at(ending)->trigger();
+    }
+    [[nodiscard]] MyProgressDlg *progress() const { return window.findChild<MyProgressDlg *>(); }
+    [[nodiscard]] QByteArray read(const char *name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+    }
+    void put(const char *name, const QByteArray &bytes) const
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
+    [[nodiscard]] QStringList files() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
+
+    AnalyzerDesk desk;
+    QWidget window;
+    QMenu menu;
+    QTemporaryDir folder;
+    QString answer; ///< of the file dialog
+    int asked = -1; ///< the kind that it was asked for; -1 for not asked
+    bool ready = false;
+    AnalyzerExport exporter{*desk.manager,
+                            [this](QWidget *, int kind) {
+                                asked = kind;
+                                return answer;
+                            },
+                            &window};
+};
+
+} // namespace
+
+/// The export of decoded results as the user sees it.
+class TstAnalyzerExport : public QObject {
+    Q_OBJECT
+private slots:
+    void cleanup() { gOpenFile.clear(); }
+
+    void anAnalyzerWithoutOptionsHasADisabledEntry();
+    void oneOptionIsAListOfEndings();
+    void severalOptionsAskInADialog();
+    void theDialogsFirstChoiceIsCheckedEachTime();
+    void theDialogIsLeftByEscape();
+    void theChosenFileIsWrittenAndTold();
+    void theKindOfTheEndingIsAskedFor();
+    void aUserWhoGivesNoPathGetsNoProgress();
+    void withoutFramesABoxSaysSo();
+    void anAnalyzerThatIsGoneIsNotExported();
+    void aStoppedExportLeavesNothing();
+    void aFailedExportIsTold();
+    void aFullDiskIsToldAsOne();
+    void theOpenCaptureIsNotOverwritten();
+    void resultsThatAreReplacedMeanwhileEndIt();
+};
+
+void TstAnalyzerExport::anAnalyzerWithoutOptionsHasADisabledEntry()
+{
+    ExportDesk desk("marks");
+    desk.exporter.extendMenu(desk.menu, 0);
+    QCOMPARE(desk.menu.actions().size(), 1);
+    QCOMPARE(desk.menu.actions().constFirst()->text(), text("Export Data"));
+    QVERIFY(!desk.menu.actions().constFirst()->isEnabled());
+}
+
+void TstAnalyzerExport::oneOptionIsAListOfEndings()
+{
+    ExportDesk desk;
+    QVERIFY(desk.ready);
+    desk.exporter.extendMenu(desk.menu, 0);
+    const QMenu *endings = desk.menu.actions().constFirst()->menu();
+    QVERIFY(endings != nullptr);
+    QCOMPARE(endings->title(), text("Export Data"));
+    QCOMPARE(endings->actions().at(0)->text(), text("Text file (*.txt)"));
+    QCOMPARE(endings->actions().at(1)->text(), text("CSV file (*.csv)"));
+}
+
+void TstAnalyzerExport::severalOptionsAskInADialog()
+{
+    ExportDesk desk("exports");
+    desk.exporter.extendMenu(desk.menu, 0);
+    QCOMPARE(desk.menu.actions().constFirst()->text(), text("Export Data..."));
+    desk.menu.actions().constFirst()->trigger();
+    QTRY_VERIFY(desk.window.findChild<ExportDialog *>() != nullptr);
+    auto *dialog = desk.window.findChild<ExportDialog *>();
+    QVERIFY(dialog->isVisible());
+    QCOMPARE(dialog->windowTitle(), text("Export File Select"));
+    QVERIFY(dialog->minimumWidth() >= dp(405));
+    QCOMPARE(dialog->exportButtons.size(), 3);
+    QCOMPARE(dialog->exportButtons.at(2)->text(), text("Log file (*.log)"));
+    QTest::mouseClick(dialog->exportButtons.at(2), Qt::LeftButton);
+    QVERIFY(!dialog->exportButtons.at(0)->isChecked()); // one of all groups
+    desk.answer = desk.path("frames.log");
+    dialog->exportSavedClicked();
+    QTRY_VERIFY(desk.files().contains(text("frames.log")));
+    QCOMPARE(desk.asked, 2); // a text, whatever its ending
+    QTRY_VERIFY(!desk.progress()->isVisible());
+}
+
+void TstAnalyzerExport::theDialogsFirstChoiceIsCheckedEachTime()
+{
+    ExportDesk desk("exports");
+    for (int i = 0; i < 2; ++i) {
+        desk.menu.clear();
+        desk.exporter.extendMenu(desk.menu, 0);
+        desk.menu.actions().constFirst()->trigger();
+        QTRY_VERIFY(desk.window.findChild<ExportDialog *>() != nullptr);
+        auto *dialog = desk.window.findChild<ExportDialog *>();
+        QVERIFY(dialog->exportButtons.at(0)->isChecked());
+        dialog->exportButtons.at(1)->setChecked(true);
+        dialog->exportCancelClicked();
+        QTRY_VERIFY(desk.window.findChild<ExportDialog *>() == nullptr);
+    }
+    QCOMPARE(desk.asked, -1);
+}
+
+void TstAnalyzerExport::theDialogIsLeftByEscape()
+{
+    ExportDesk desk("exports");
+    ExportDialog dialog(exportOptionsOf(*desk.desk.manager->analyzerAt(0)));
+    const QSignalSpy chosen(&dialog, &ExportDialog::chosen);
+    dialog.show();
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QVERIFY(!dialog.isVisible());
+    dialog.show();
+    QTest::keyClick(&dialog, Qt::Key_Return); // OK
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.at(0).at(0).value<ExportChoice>().extension, text("txt"));
+}
+
+void TstAnalyzerExport::theChosenFileIsWrittenAndTold()
+{
+    ExportDesk desk;
+    const QSignalSpy told(&desk.exporter, &AnalyzerExport::fileTold);
+    desk.take();
+    QTRY_COMPARE(told.size(), 1);
+    QCOMPARE(told.at(0).at(0).toString(), text("Saved: frames.txt"));
+    QCOMPARE(desk.read("frames.txt").count('\n'), 999);
+    QVERIFY(!desk.progress()->isVisible());
+    QCOMPARE(desk.progress()->windowTitle(), text("Save file"));
+    QCOMPARE(desk.progress()->labelText(), text("Saving file, please wait..."));
+}
+
+void TstAnalyzerExport::theKindOfTheEndingIsAskedFor()
+{
+    ExportDesk desk;
+    desk.answer.clear();
+    desk.take(0);
+    QTRY_COMPARE(desk.asked, 2);
+    desk.take(1);
+    QTRY_COMPARE(desk.asked, 3);
+}
+
+void TstAnalyzerExport::aUserWhoGivesNoPathGetsNoProgress()
+{
+    ExportDesk desk;
+    desk.answer.clear();
+    desk.take();
+    QTRY_COMPARE(desk.asked, 2);
+    QVERIFY(desk.progress() == nullptr);
+    QVERIFY(!desk.desk.manager->isExporting());
+}
+
+void TstAnalyzerExport::withoutFramesABoxSaysSo()
+{
+    ExportDesk desk;
+    BoxCloser boxes;
+    desk.desk.manager->captureStarts();
+    desk.take();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QCOMPARE(boxes.seen.text, text("Sorry, there is no data that can be exported."));
+    QCOMPARE(boxes.seen.button, text("Close"));
+    QCOMPARE(desk.asked, -1);
+}
+
+void TstAnalyzerExport::anAnalyzerThatIsGoneIsNotExported()
+{
+    ExportDesk desk;
+    BoxCloser boxes;
+    desk.take();
+    desk.desk.manager->removeAnalyzer(0); // before the menu's entry is served
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QCOMPARE(desk.asked, -1);
+    QCOMPARE(desk.files(), QStringList());
+}
+
+void TstAnalyzerExport::aStoppedExportLeavesNothing()
+{
+    ExportDesk desk("sound", 40'000'000);
+    BoxCloser boxes;
+    desk.put("frames.txt", "before");
+    desk.take();
+    QTRY_VERIFY(desk.progress() != nullptr && desk.progress()->isVisible());
+    QTest::keyClick(desk.progress(), Qt::Key_Escape);
+    QTRY_VERIFY(!desk.progress()->isVisible());
+    QCOMPARE(desk.read("frames.txt"), QByteArray("before"));
+    QCOMPARE(desk.files().size(), 1);
+    QCOMPARE(boxes.seen.count, 0);
+}
+
+void TstAnalyzerExport::aFailedExportIsTold()
+{
+    ExportDesk desk;
+    BoxCloser boxes;
+    desk.answer = desk.path("nowhere/frames.txt");
+    desk.take();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QVERIFY(boxes.seen.text.startsWith(text("File save failed.")));
+    QVERIFY(boxes.seen.text.contains(desk.answer));
+    QVERIFY(boxes.seen.text.endsWith(text("The folder does not exist.")));
+    QVERIFY(!desk.progress()->isVisible());
+}
+
+void TstAnalyzerExport::aFullDiskIsToldAsOne()
+{
+#ifdef Q_OS_UNIX
+    ExportDesk desk;
+    BoxCloser boxes;
+    const FileSizeLimit full(4096);
+    desk.take();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QVERIFY(boxes.seen.text.endsWith(text("The disk is full.")));
+    QCOMPARE(desk.files(), QStringList());
+#endif
+}
+
+void TstAnalyzerExport::theOpenCaptureIsNotOverwritten()
+{
+    ExportDesk desk;
+    BoxCloser boxes;
+    desk.put("capture.cxdat", "data");
+    gOpenFile = desk.path("capture.cxdat");
+    desk.answer = desk.folder.path() + text("/./capture.cxdat");
+    desk.take();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QVERIFY(boxes.seen.text.endsWith(text("The file is open in this program.")));
+    QCOMPARE(desk.read("capture.cxdat"), QByteArray("data"));
+}
+
+void TstAnalyzerExport::resultsThatAreReplacedMeanwhileEndIt()
+{
+    ExportDesk desk("sound", 40'000'000);
+    BoxCloser boxes;
+    desk.take();
+    QTRY_VERIFY(desk.desk.manager->isExporting());
+    desk.desk.manager->captureStarts();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QVERIFY(boxes.seen.text.endsWith(text("The results have changed meanwhile.")));
+    QCOMPARE(desk.files(), QStringList());
+    QVERIFY(!desk.progress()->isVisible());
+}
+
+LUX_GUI_TEST(TstAnalyzerExport)
+#include "tst_AnalyzerExport.moc"
