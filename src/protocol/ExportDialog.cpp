@@ -78,7 +78,8 @@ QScrollArea *ExportDialog::makeGroups(const QVector<ExportOption> &options)
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidget(groups);
-    scroll->setStyleSheet(QStringLiteral("QScrollArea,QScrollArea>QWidget>QWidget{background:transparent;}"));
+    scroll->viewport()->setAutoFillBackground(false); // the dialog's ground shows through
+    groups->setAutoFillBackground(false);
     groups->ensurePolished();
     scroll->setMinimumHeight(std::min(groups->sizeHint().height(), dp(greatestHeight)));
     scroll->setMinimumWidth(groups->sizeHint().width() + scroll->verticalScrollBar()->sizeHint().width());

@@ -9,6 +9,8 @@
 #include <QToolTip>
 #include <QWheelEvent>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int gridWidth = 10; // pixels
@@ -69,7 +71,7 @@ ResultView::ResultView(QWidget *parent) : QListView(parent)
 
 int ResultView::gridHeight()
 {
-    return dp(rowHeight);
+    return std::max(dp(rowHeight), QFontMetrics(gFontMain).height());
 }
 
 int ResultView::currentRow() const
