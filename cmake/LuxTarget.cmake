@@ -24,10 +24,18 @@ if(LUX_LLD AND NOT CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT CMAKE_CROSSCOMPIL
   # Each test is a program of its own, and linking them all is a matter of minutes for the standard linker.
   target_link_options(lux_build INTERFACE -fuse-ld=lld)
 endif()
-if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
-  # What is shipped reads files and devices of strangers: as Debian builds its own packages.
+# What is shipped reads files and devices of strangers. An index out of range ends the program, in all builds.
+target_compile_options(lux_build INTERFACE -D_GLIBCXX_ASSERTIONS)
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  # As Debian builds its own packages.
   target_compile_options(lux_build INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong)
-  target_link_options(lux_build INTERFACE -Wl,-z,relro -Wl,-z,now)
+  if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    target_link_options(lux_build INTERFACE -Wl,-z,relro -Wl,-z,now)
+  elseif(WIN32)
+    # Without -fstack-protector-strong here the linker does not find what the checks call.
+    target_link_options(lux_build INTERFACE
+      -fstack-protector-strong -Wl,--dynamicbase -Wl,--high-entropy-va -Wl,--nxcompat)
+  endif()
 endif()
 if(LUX_SANITIZE)
   list(JOIN LUX_SANITIZE "," _sanitizers)
@@ -107,6 +115,23 @@ function(lux_test_options target)
   endif()
 endfunction()
 
+# lux_test_environment(<test>): offscreen, with a home of its own below the build folder.
+function(lux_test_environment name)
+  set(home ${CMAKE_BINARY_DIR}/tests/home/${name})
+  file(MAKE_DIRECTORY ${home})
+  set(suppressions ${CMAKE_SOURCE_DIR}/cmake/sanitizers)
+  set_tests_properties(${name} PROPERTIES
+    TIMEOUT 300
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_DATA_HOME=${home}/data;XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp;TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+  if(WIN32)
+    # There the user's folder of data is told by no variable: whoever uses it is alone. It is used by all but these.
+    get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+    if(NOT folder MATCHES "^(store|analysis|acquisition|device|emulator)$")
+      set_tests_properties(${name} PROPERTIES RESOURCE_LOCK user_data)
+    endif()
+  endif()
+endfunction()
+
 # lux_test(<name> SOURCES <files> LINK <targets> [LABELS <labels>])
 # One Qt Test executable. It runs offscreen, with a home of its own below the build folder.
 function(lux_test name)
@@ -121,19 +146,7 @@ function(lux_test name)
   set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp PROPERTIES
     SKIP_PRECOMPILE_HEADERS ON)
   add_test(NAME ${name} COMMAND ${name})
-  set(home ${CMAKE_BINARY_DIR}/tests/home/${name})
-  file(MAKE_DIRECTORY ${home})
-  set(suppressions ${CMAKE_SOURCE_DIR}/cmake/sanitizers)
-  set_tests_properties(${name} PROPERTIES
-    TIMEOUT 300
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_DATA_HOME=${home}/data;XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp;TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
-  if(WIN32)
-    # There the user's folder of data is told by no variable: whoever uses it is alone. It is used by all but these.
-    get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
-    if(NOT folder MATCHES "^(store|analysis|acquisition|device|emulator)$")
-      set_tests_properties(${name} PROPERTIES RESOURCE_LOCK user_data)
-    endif()
-  endif()
+  lux_test_environment(${name})
   if(ARG_LABELS)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
   endif()
