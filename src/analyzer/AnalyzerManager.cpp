@@ -154,7 +154,9 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
     }
     if (item.progMng->isIdle()) {
         letGo(item); // it started no worker
+        return;
     }
+    emit analyzerStarted();
 }
 
 void AnalyzerManager::letGo(AnalyzerItem &item)

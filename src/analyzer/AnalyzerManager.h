@@ -92,6 +92,8 @@ public:
     [[nodiscard]] double progress(int index) const;
     /// What the user should know about the last run: why it failed or ended early; empty for nothing.
     [[nodiscard]] QString message(int index) const;
+    /// The last run did not come to the capture's end, though nobody asked it to stop.
+    [[nodiscard]] bool endedEarly(int index) const;
 
     [[nodiscard]] QStringList libraryDisplayNames() const;
     /// Empty when no library has that file name.
@@ -138,6 +140,8 @@ signals:
     void analyzerItemChanged();
     /// A run has ended by itself.
     void analyzerDecodedChanged();
+    /// A run has begun.
+    void analyzerStarted();
     /// Results are about to be replaced. Emitted directly, before the manager waits for their readers.
     void modifyPrepared();
     /// A plug-in did what it must not: what, in words for the user. Once for each occasion.

@@ -75,6 +75,13 @@ QString AnalyzerManager::message(int index) const
     return QString::fromUtf8(text.data());
 }
 
+bool AnalyzerManager::endedEarly(int index) const
+{
+    const AnalyzerItem &item = items[std::size_t(index)];
+    const DecodeStatus status = item.analyzer->GetDecodeStatus();
+    return !item.fault.isEmpty() || status == DecodeStatus::Failed || status == DecodeStatus::OutOfMemory;
+}
+
 QStringList AnalyzerManager::libraryDisplayNames() const
 {
     QStringList names;

@@ -9,6 +9,7 @@
 #include "measure/AnalyzerView.h"
 #include "panels/DevSetting.h"
 #include "panels/Toolbar.h"
+#include "protocol/DecodedWave.h"
 #include "protocol/ProtocolResult.h"
 #include "session/Session.h"
 #include "settings/Config.h"
@@ -71,6 +72,7 @@ MainWindow::MainWindow(Session &session, QWidget *parent) : QWidget(parent), m_s
     buildPanels();
     connectPanels();
     connectAnalyzerView();
+    buildAnalyzerPanel();
     buildScrollAreas();
     buildGrid();
     buildShortcuts();

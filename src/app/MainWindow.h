@@ -1,18 +1,23 @@
 #pragma once
 
 #include <QPoint>
+#include <QSet>
 #include <QVector>
 #include <QWidget>
+
+#include <memory>
 
 class AnalyzerExport;
 class AnalyzerManager;
 class AnalyzerView;
+class DecodedWave;
 class DevSetting;
 class MainMenu;
 class MainView;
 class MyProgressDlg;
 class PosiView;
 class ProtocolResult;
+class ProtocolSetting;
 class QGridLayout;
 class QLabel;
 class QScrollArea;
@@ -75,6 +80,11 @@ private:
     void buildAnalyzers();
     /// The list of decoded results, in the right-hand panel.
     void buildResults();
+    /// The panel of the analyzers, and what they show on the waves.
+    void buildAnalyzerPanel();
+    /// Tells of stored analyzers whose plug-in is not there any more: once for each.
+    void tellOfVanished();
+    void showChannelLabels();
     /// Asks whether a decoder with which the program ended is to be tried again.
     void offerRetry(const QString &fileName);
     /// The analyzers look at the present device and its capture, or at none.
@@ -120,6 +130,9 @@ private:
     AnalyzerView *analyzerView = nullptr;
     ProtocolResult *protocolResult = nullptr;
     AnalyzerExport *analyzerExport = nullptr;
+    ProtocolSetting *protocolSetting = nullptr;
+    std::unique_ptr<DecodedWave> m_decodedWave;
+    QSet<QString> m_vanished; ///< file names that were told
     MyProgressDlg *smpDialog = nullptr;
     MyProgressDlg *connectDialog = nullptr;
 

@@ -9,7 +9,11 @@
 #include "measure/AnalyzerView.h"
 #include "protocol/AnalyzerExport.h"
 #include "protocol/ProtocolResult.h"
+#include "protocol/DecodedWave.h"
+#include "protocol/ProtocolSetting.h"
+#include "settings/Config.h"
 #include "settings/Language.h"
+#include "wave/MainView.h"
 
 #include <QDateTime>
 #include <QMessageBox>
@@ -44,6 +48,42 @@ void MainWindow::buildResults()
     connect(analyzerExport, &AnalyzerExport::fileTold, this, &MainWindow::showInStatus);
 }
 
+void MainWindow::buildAnalyzerPanel()
+{
+    m_decodedWave = std::make_unique<DecodedWave>(*analyzerMgr);
+    protocolSetting = new ProtocolSetting(analyzerMgr);
+    analyzerView->addSection(AnalyzerView::Analyzers, protocolSetting);
+    connect(analyzerMgr, &AnalyzerManager::analyzerItemChanged, this, &MainWindow::showChannelLabels);
+    connect(analyzerMgr, &AnalyzerManager::analyzerDecodedChanged, mainView, &MainView::slotUpdateAnalyzerDecoded);
+    connect(protocolSetting, &ProtocolSetting::decodeAdvanced, mainView, &MainView::slotUpdateAnalyzerDecoded);
+}
+
+void MainWindow::showChannelLabels()
+{
+    const QStringList usage = analyzerMgr->channelUsage(-1);
+    QVector<QPair<int, QString>> labels;
+    for (int i = 0; i + 1 < usage.size(); i += 2) {
+        labels.append({usage.at(i).toInt(), usage.at(i + 1)});
+    }
+    mainView->slotAnalyzerItemChanged(labels);
+}
+
+void MainWindow::tellOfVanished()
+{
+    const QStringList values = analyzersAll().split(QLatin1Char(';'));
+    QStringList names;
+    for (int i = 0; i + 2 < values.size(); i += 3) {
+        const QString name = values.at(i).trimmed();
+        if (analyzerMgr->libraryDisplayName(name).isEmpty() && !m_vanished.contains(name)) {
+            m_vanished.insert(name);
+            names.append(name);
+        }
+    }
+    if (!names.isEmpty()) {
+        showInStatus(::tr("Decoder not found:") + QLatin1Char(' ') + names.join(QStringLiteral(", ")));
+    }
+}
+
 void MainWindow::offerRetry(const QString &fileName)
 {
     auto *box = new QMessageBox(QMessageBox::Warning, ::tr("An error occurred"),
@@ -62,6 +102,8 @@ void MainWindow::rebindAnalyzers()
 {
     protocolResult->clear();
     analyzerMgr->setCapture(gDev->smpData.get(), std::uint32_t(gDev->model));
+    protocolSetting->reload();
+    tellOfVanished();
     analyzerMgr->loadFromConfig();
     // Direct: the decoders have left the last capture when the next one begins.
     connect(gDev, &DevBase::sigCaptureStarts, analyzerMgr, &AnalyzerManager::captureStarts, Qt::DirectConnection);

@@ -163,7 +163,7 @@ void TstTranslations::everyFileNamesItselfWhole()
     QVERIFY(text("info").size() > 10);
     // The program's own font has Latin signs only.
     QCOMPARE(text("font").isEmpty(), code == QLatin1String("de"));
-    // The analyzers' texts have their place, though there is none yet.
+    // The analyzers' texts have their place.
     QVERIFY(!luxOf(code).nextSiblingElement().isNull());
 }
 

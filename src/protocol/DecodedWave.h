@@ -1,0 +1,23 @@
+#pragma once
+
+#include "wave/DecodedSource.h"
+
+class AnalyzerManager;
+
+/// Shows the waves what the user's analyzers have found so far: it is `gDecodedSource` while it lives.
+///
+/// It keeps nothing; a worker that runs supplies fewer results, and one that is stopped those that it had. Main thread.
+class DecodedWave : public DecodedSource {
+public:
+    /// @param manager  not owned, outlives this
+    explicit DecodedWave(const AnalyzerManager &manager);
+    ~DecodedWave() override;
+    DecodedWave(const DecodedWave &) = delete;
+    DecodedWave &operator=(const DecodedWave &) = delete;
+
+    void visit(int chn, const std::function<void(const DecodedChannel &)> &visit) const override;
+    [[nodiscard]] QString chnLabel(int chn) const override;
+
+private:
+    const AnalyzerManager &m_manager;
+};

@@ -1,0 +1,493 @@
+#include "protocol/FaceDesk.h"
+#include "protocol/ProtocolEdit.h"
+#include "support/BoxCloser.h"
+#include "support/DialogDriver.h"
+#include "support/GuiTestMain.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+
+namespace {
+
+template<class Editor>
+Editor *editor(const ProtocolEdit &dialog, const char *name)
+{
+    for (auto *found : dialog.findChildren<Editor *>()) {
+        if (found->accessibleName() == QLatin1String(name)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+QComboBox *combo(const ProtocolEdit &dialog, const char *name)
+{
+    return editor<QComboBox>(dialog, name);
+}
+
+QLineEdit *field(const ProtocolEdit &dialog, const char *name)
+{
+    return editor<QLineEdit>(dialog, name);
+}
+
+QStringList entriesOf(const QComboBox *box)
+{
+    QStringList texts;
+    for (int i = 0; i < box->count(); ++i) {
+        texts.append(box->itemText(i));
+    }
+    return texts;
+}
+
+QGridLayout *gridOf(const ProtocolEdit &dialog)
+{
+    return dialog.findChild<QGridLayout *>();
+}
+
+/// The row of the grid in which a widget stands.
+int rowOf(const ProtocolEdit &dialog, QWidget *widget)
+{
+    QGridLayout *grid = gridOf(dialog);
+    int row = -1;
+    int column = 0;
+    int rows = 0;
+    int columns = 0;
+    grid->getItemPosition(grid->indexOf(widget), &row, &column, &rows, &columns);
+    return row;
+}
+
+void press(ProtocolEdit &dialog, const char *button)
+{
+    pressButton(dialog, QString::fromLatin1(button));
+}
+
+QString savedText(const FaceDesk &desk, int index = 0)
+{
+    return QString::fromLatin1(desk.manager->analyzerAt(index)->GetAnalyzerSettings()->SaveText());
+}
+
+} // namespace
+
+class TstProtocolEdit : public QObject {
+    Q_OBJECT
+private slots:
+    void init() { globalsSetDpi(96); }
+
+    void eachKindOfSettingHasItsEditor();
+    void theRowsStandAsTold();
+    void withoutChannelsTheSpacerStandsFirst();
+    void withChannelsAloneThereIsOneSpacer();
+    void aChannelEditorTellsTheUsers();
+    void aSecondAnalyzerStartsOnFreeChannels();
+    void anEditorShowsTheStoredChannel();
+    void aDeviceWithoutChannelsOffersNone();
+
+    void okAddsTheAnalyzer();
+    void cancelGivesTheNewInstanceBack();
+    void aNewInstanceWithoutAChangeIsGivenBack();
+    void okRestartsAChangedAnalyzer();
+    void okWithoutAChangeLeavesTheResults();
+    void aStoppedWorkerRunsAgainWhenNothingChanged();
+    void aStoppedWorkerRunsAgainAfterARefusalAndCancel();
+
+    void numbersOutOfTheirRangeAreTold_data();
+    void numbersOutOfTheirRangeAreTold();
+    void twoBadNumbersGiveTwoBoxes();
+    void aRefusalIsToldInTheWordsOfTheDecoder();
+    void oneChannelTwiceIsRefused();
+    void anEmptyChannelIsRefused();
+    void whatWasRefusedIsNotShownAgain();
+
+    void anotherModelClosesTheDialog_data();
+    void anotherModelClosesTheDialog();
+    void fortySettingsScroll_data();
+    void fortySettingsScroll();
+    void theKeyboardReachesAll();
+};
+
+void TstProtocolEdit::eachKindOfSettingHasItsEditor()
+{
+    const FaceDesk desk("kinds");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("Analyzer - Face"));
+    QCOMPARE(entriesOf(combo(dialog, "List")), (QStringList{QStringLiteral("First"), QStringLiteral("Second")}));
+    QCOMPARE(combo(dialog, "List")->currentIndex(), 1);
+    QCOMPARE(field(dialog, "Number")->text(), QStringLiteral("5"));
+    QCOMPARE(field(dialog, "Number")->toolTip(), QStringLiteral("A count"));
+    QCOMPARE(field(dialog, "Text")->text(), QStringLiteral("word"));
+    const auto *box = editor<QCheckBox>(dialog, "Check this & that");
+    QVERIFY(box != nullptr && box->isChecked());
+    QCOMPARE(box->text(), QStringLiteral("Check this && that"));
+    QCOMPARE(combo(dialog, "Line")->maxVisibleItems(), 20);
+}
+
+void TstProtocolEdit::theRowsStandAsTold()
+{
+    const FaceDesk desk("kinds");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(rowOf(dialog, combo(dialog, "Line")), 0);
+    QCOMPARE(rowOf(dialog, combo(dialog, "Other")), 1);
+    QCOMPARE(gridOf(dialog)->itemAtPosition(2, 0)->widget()->height(), 4);
+    QCOMPARE(rowOf(dialog, combo(dialog, "List")), 3);
+    QCOMPARE(rowOf(dialog, field(dialog, "Text")), 6);
+    QCOMPARE(rowOf(dialog, editor<QCheckBox>(dialog, "Check this & that")), 7);
+    QVERIFY(gridOf(dialog)->itemAtPosition(7, 0) == nullptr); // without a title there is no label
+    QCOMPARE(gridOf(dialog)->itemAtPosition(8, 0)->widget()->height(), 2);
+    const auto *label = qobject_cast<QLabel *>(gridOf(dialog)->itemAtPosition(0, 0)->widget());
+    QCOMPARE(label->text(), QStringLiteral("Line"));
+    QCOMPARE(label->buddy(), combo(dialog, "Line"));
+}
+
+void TstProtocolEdit::withoutChannelsTheSpacerStandsFirst()
+{
+    const FaceDesk desk("plain");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(gridOf(dialog)->itemAtPosition(0, 0)->widget()->height(), 4);
+    QCOMPARE(rowOf(dialog, combo(dialog, "List")), 1);
+}
+
+void TstProtocolEdit::withChannelsAloneThereIsOneSpacer()
+{
+    const FaceDesk desk("channels");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(rowOf(dialog, combo(dialog, "Line")), 0);
+    QVERIFY(gridOf(dialog)->itemAtPosition(1, 0) != nullptr);
+    QVERIFY(gridOf(dialog)->itemAtPosition(2, 0) == nullptr);
+}
+
+void TstProtocolEdit::aChannelEditorTellsTheUsers()
+{
+    FaceDesk desk("kinds");
+    desk.disabledChannel = 1;
+    QVERIFY(desk.add(2));
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    const QStringList entries = entriesOf(combo(dialog, "Other"));
+    QCOMPARE(entries.size(), 8); // seven channels and "None"
+    QCOMPARE(entries.at(0), QStringLiteral("0 - 'Channel 0'"));
+    QCOMPARE(entries.at(1), QStringLiteral("2 - 'Channel 2'    (Face - Line)"));
+    QCOMPARE(entries.last(), QStringLiteral("None"));
+    QCOMPARE(combo(dialog, "Line")->count(), 7);
+}
+
+void TstProtocolEdit::aSecondAnalyzerStartsOnFreeChannels()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(0));
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(combo(dialog, "Line")->currentIndex(), 1);
+    QCOMPARE(combo(dialog, "Other")->currentIndex(), 2);
+}
+
+void TstProtocolEdit::anEditorShowsTheStoredChannel()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(4));
+    const ProtocolEdit dialog(true, desk.manager.get(), 0);
+    QCOMPARE(combo(dialog, "Line")->currentIndex(), 4);
+    QVERIFY(!combo(dialog, "Line")->currentText().contains(QLatin1String("Face"))); // itself is left out
+    QCOMPARE(combo(dialog, "Other")->currentText(), QStringLiteral("None"));
+}
+
+void TstProtocolEdit::aDeviceWithoutChannelsOffersNone()
+{
+    const FaceDesk desk("kinds");
+    desk.manager->setCapture(nullptr, 0);
+    // A device that has no channel at all.
+    AnalyzerHost host;
+    AnalyzerManager bare(host, {AnalyzerDesk::folderOf(QStringLiteral("kinds"))}, QString());
+    ProtocolEdit dialog(false, &bare, 0);
+    QCOMPARE(combo(dialog, "Line")->count(), 0);
+    QCOMPARE(entriesOf(combo(dialog, "Other")), QStringList{QStringLiteral("None")});
+    const DialogDriver<QMessageBox> boxes([](QMessageBox &) {});
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 1);
+    QCOMPARE(bare.count(), 0);
+}
+
+void TstProtocolEdit::okAddsTheAnalyzer()
+{
+    const FaceDesk desk("kinds");
+    {
+        ProtocolEdit dialog(false, desk.manager.get(), 0);
+        dialog.show();
+        combo(dialog, "Line")->setCurrentIndex(3);
+        combo(dialog, "Other")->setCurrentIndex(8);
+        combo(dialog, "List")->setCurrentIndex(0);
+        field(dialog, "Number")->setText(QStringLiteral(" 10 "));
+        field(dialog, "Small")->setText(QStringLiteral("-3"));
+        field(dialog, "Text")->setText(QStringLiteral("letters"));
+        editor<QCheckBox>(dialog, "Check this & that")->setChecked(false);
+        press(dialog, "OK");
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    }
+    QCOMPARE(desk.manager->count(), 1);
+    QCOMPARE(savedText(desk), QStringLiteral("line=3,other=none,list=a,number=10,small=-3,text=letters,flag=false"));
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.frames() > 0);
+    QCOMPARE(desk.stored.size(), 1);
+}
+
+void TstProtocolEdit::cancelGivesTheNewInstanceBack()
+{
+    const FaceDesk desk("kinds");
+    const int before = desk.living();
+    {
+        ProtocolEdit dialog(false, desk.manager.get(), 0);
+        QCOMPARE(desk.living(), before + 1);
+        dialog.show();
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        QVERIFY(!dialog.isVisible());
+    }
+    QCOMPARE(desk.living(), before);
+    QCOMPARE(desk.manager->count(), 0);
+}
+
+void TstProtocolEdit::aNewInstanceWithoutAChangeIsGivenBack()
+{
+    const FaceDesk desk("plain");
+    const int before = desk.living();
+    {
+        ProtocolEdit dialog(false, desk.manager.get(), 0);
+        press(dialog, "OK");
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    }
+    QCOMPARE(desk.manager->count(), 0);
+    QCOMPARE(desk.living(), before);
+}
+
+void TstProtocolEdit::okRestartsAChangedAnalyzer()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.waitForWorkers());
+    const std::uint64_t before = desk.frames();
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    combo(dialog, "Line")->setCurrentIndex(1); // half as many edges
+    press(dialog, "OK");
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.frames() > 0 && desk.frames() < before);
+    QCOMPARE(desk.stored.first().at(1), savedText(desk));
+}
+
+void TstProtocolEdit::okWithoutAChangeLeavesTheResults()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.waitForWorkers());
+    const AnalyzerResults *results = desk.results();
+    int changes = 0;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerItemChanged, this, [&changes] { ++changes; });
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    press(dialog, "OK");
+    QCOMPARE(desk.results(), results);
+    QCOMPARE(changes, 0);
+}
+
+void TstProtocolEdit::aStoppedWorkerRunsAgainWhenNothingChanged()
+{
+    FaceDesk desk("slow");
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.manager->isWorkerRunning(0));
+    int starts = 0;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerStarted, this, [&starts] { ++starts; });
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    press(dialog, "OK");
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QVERIFY(desk.manager->isWorkerRunning(0));
+    QCOMPARE(starts, 1);
+}
+
+void TstProtocolEdit::aStoppedWorkerRunsAgainAfterARefusalAndCancel()
+{
+    FaceDesk desk("slow");
+    QVERIFY(desk.add(0));
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    dialog.show();
+    combo(dialog, "Other")->setCurrentIndex(0); // the channel of the other setting
+    const DialogDriver<QMessageBox> boxes([](QMessageBox &) {});
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 1);
+    QVERIFY(dialog.isVisible());
+    QVERIFY(!desk.manager->isWorkerRunning(0));
+    press(dialog, "Cancel");
+    QVERIFY(desk.manager->isWorkerRunning(0));
+}
+
+void TstProtocolEdit::numbersOutOfTheirRangeAreTold_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char *text : {"", "0", "11", "-1", "five", "3.5", "99999999999", "0x5"}) {
+        QTest::newRow(text) << QString::fromLatin1(text);
+    }
+}
+
+void TstProtocolEdit::numbersOutOfTheirRangeAreTold()
+{
+    QFETCH(QString, text);
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    field(dialog, "Number")->setText(text);
+    const DialogDriver<QMessageBox> boxes([](QMessageBox &box) {
+        QCOMPARE(box.windowTitle(), QStringLiteral("A Setting is Invalid"));
+        QCOMPARE(box.text(), QStringLiteral("Please enter an integer in the range [1, 10]"));
+        QCOMPARE(box.icon(), QMessageBox::Warning);
+        pressButton(box, QStringLiteral("Close"));
+    });
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 1);
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(desk.manager->count(), 0);
+    QCOMPARE(dialog.focusWidget(), static_cast<QWidget *>(field(dialog, "Number")));
+}
+
+void TstProtocolEdit::twoBadNumbersGiveTwoBoxes()
+{
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    field(dialog, "Number")->setText(QStringLiteral("11"));
+    field(dialog, "Small")->setText(QStringLiteral("-4"));
+    QStringList texts;
+    const DialogDriver<QMessageBox> boxes([&texts](QMessageBox &box) {
+        texts.append(box.text());
+        box.reject();
+    });
+    press(dialog, "OK");
+    QCOMPARE(texts, (QStringList{QStringLiteral("Please enter an integer in the range [1, 10]"),
+                                 QStringLiteral("Please enter an integer in the range [-3, 3]")}));
+}
+
+void TstProtocolEdit::aRefusalIsToldInTheWordsOfTheDecoder()
+{
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    combo(dialog, "Other")->setCurrentIndex(8);
+    field(dialog, "Text")->setText(QStringLiteral("refuse"));
+    QString told;
+    const DialogDriver<QMessageBox> boxes([&told](QMessageBox &box) { told = box.text(); });
+    press(dialog, "OK");
+    QCOMPARE(told, QStringLiteral("This \"Text\" is refused"));
+    QCOMPARE(desk.manager->count(), 0);
+}
+
+void TstProtocolEdit::oneChannelTwiceIsRefused()
+{
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    combo(dialog, "Line")->setCurrentIndex(2);
+    combo(dialog, "Other")->setCurrentIndex(2);
+    QString told;
+    const DialogDriver<QMessageBox> boxes([&told](QMessageBox &box) { told = box.text(); });
+    press(dialog, "OK");
+    QCOMPARE(told, QStringLiteral("\"Line\" and \"Other\" must be different channels."));
+    QCOMPARE(desk.manager->count(), 0);
+}
+
+void TstProtocolEdit::anEmptyChannelIsRefused()
+{
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    combo(dialog, "Line")->setCurrentIndex(-1);
+    combo(dialog, "Other")->setCurrentIndex(8);
+    QString told;
+    const DialogDriver<QMessageBox> boxes([&told](QMessageBox &box) { told = box.text(); });
+    press(dialog, "OK");
+    QCOMPARE(told, QStringLiteral("Please select a channel for \"Line\"."));
+}
+
+void TstProtocolEdit::whatWasRefusedIsNotShownAgain()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(0));
+    {
+        ProtocolEdit dialog(true, desk.manager.get(), 0);
+        field(dialog, "Text")->setText(QStringLiteral("refuse"));
+        const DialogDriver<QMessageBox> boxes([](QMessageBox &) {});
+        press(dialog, "OK");
+        press(dialog, "Cancel");
+    }
+    const ProtocolEdit dialog(true, desk.manager.get(), 0);
+    QCOMPARE(field(dialog, "Text")->text(), QStringLiteral("word"));
+}
+
+void TstProtocolEdit::anotherModelClosesTheDialog_data()
+{
+    QTest::addColumn<bool>("editMode");
+    QTest::newRow("while adding") << false;
+    QTest::newRow("while editing") << true;
+}
+
+void TstProtocolEdit::anotherModelClosesTheDialog()
+{
+    QFETCH(bool, editMode);
+    FaceDesk desk("slow");
+    QVERIFY(desk.add(0));
+    ProtocolEdit dialog(editMode, desk.manager.get(), 0);
+    dialog.show();
+    desk.manager->setCapture(nullptr, 0);
+    desk.manager->loadFromConfig();
+    QVERIFY(!dialog.isVisible());
+    dialog.savedClicked(); // a click that was under way
+    QCOMPARE(desk.manager->count(), 1);
+}
+
+void TstProtocolEdit::fortySettingsScroll_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96 dpi") << 96;
+    QTest::newRow("192 dpi") << 192;
+}
+
+void TstProtocolEdit::fortySettingsScroll()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    const FaceDesk desk("forty");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(dialog.height() <= QGuiApplication::primaryScreen()->availableSize().height());
+    auto *area = dialog.findChild<QScrollArea *>();
+    QVERIFY(area->verticalScrollBar()->maximum() > 0);
+    QCOMPARE(area->horizontalScrollBar()->maximum(), 0);
+    QCOMPARE(QApplication::focusWidget(), static_cast<QWidget *>(combo(dialog, "Line")));
+    for (int i = 0; i < 39; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QWidget *last = QApplication::focusWidget();
+    QCOMPARE(last->accessibleName(), QStringLiteral("Number 37"));
+    const QRect place(last->mapTo(area->viewport(), QPoint()), last->size());
+    QVERIFY(area->viewport()->rect().contains(place));
+    const QString file = qEnvironmentVariable("LUX_TEST_PICTURES");
+    if (!file.isEmpty()) {
+        dialog.grab().save(file + QStringLiteral("/forty-%1.png").arg(dpi));
+    }
+}
+
+void TstProtocolEdit::theKeyboardReachesAll()
+{
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QStringList seen;
+    for (int i = 0; i < 9; ++i) {
+        seen.append(QApplication::focusWidget()->accessibleName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+    QCOMPARE(seen.mid(0, 7).join(QLatin1Char('|')),
+             QStringLiteral("Line|Other|List|Number|Small|Text|Check this & that"));
+    QTest::keyClick(field(dialog, "Text"), Qt::Key_Return);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(desk.manager->count(), 1);
+}
+
+LUX_GUI_TEST(TstProtocolEdit)
+#include "tst_ProtocolEdit.moc"
