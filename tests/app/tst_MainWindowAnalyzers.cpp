@@ -1,0 +1,258 @@
+#include "app/WindowDesk.h"
+#include "controls/MyButton.h"
+#include "measure/AnalyzerView.h"
+#include "protocol/ProtocolEdit.h"
+#include "protocol/ProtocolItem.h"
+#include "protocol/ProtocolSetting.h"
+#include "support/DialogDriver.h"
+#include "support/MenuDriver.h"
+#include "wave/MainView.h"
+#include "wave/WaveView.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+
+namespace {
+
+constexpr int samplesOfABit = 100;
+
+/// Characters of a serial line that rests high: start bit, eight data bits, stop bit, and a pause.
+std::vector<std::int32_t> serialWidths(const QByteArray &characters)
+{
+    std::vector<std::int32_t> widths;
+    bool level = true;
+    std::int32_t run = 5 * samplesOfABit;
+    const auto hold = [&](bool high, int bits) {
+        if (high != level) {
+            widths.push_back(run);
+            run = 0;
+            level = high;
+        }
+        run += bits * samplesOfABit;
+    };
+    for (const char character : characters) {
+        hold(false, 1);
+        for (int bit = 0; bit < 8; ++bit) {
+            hold((character >> bit & 1) != 0, 1);
+        }
+        hold(true, 6);
+    }
+    widths.push_back(run);
+    return widths;
+}
+
+} // namespace
+
+/// Analyzers in the window, with the decoders that come with the program: from the menu to the boxes on the wave.
+class TstMainWindowAnalyzers : public QObject, private WindowDesk {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init()
+    {
+        setUp();
+        bind();
+    }
+    void cleanup() { tearDown(); }
+
+    void anAnalyzerAddedByMouseShowsItsFramesOnTheWave();
+    void anAnalyzerAddedByKeysAloneShowsItsFramesOnTheWave();
+    void theAnalyzersAreThereAgainAtTheNextStart();
+    void channelsTellWhoDecodesThem();
+    void aDecoderThatHasGoneIsToldOnce();
+    void anotherModelClosesTheOpenDialog();
+
+private:
+    void bind()
+    {
+        m_panel = m_window->findChild<ProtocolSetting *>();
+        QVERIFY(m_panel != nullptr);
+    }
+    /// Adds the serial decoder as the menu does.
+    void addSerial()
+    {
+        const DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) { setUpSerial(shown); });
+        for (QAction *entry : m_panel->findChild<QMenu *>(QStringLiteral("addAnalyzerMenu"))->actions()) {
+            if (entry->text().startsWith(QLatin1String("UART"))) {
+                entry->trigger();
+                QTRY_COMPARE(dialog.count, 1);
+                return;
+            }
+        }
+    }
+    static void serialCapture(const QByteArray &characters)
+    {
+        SmpData &data = *gDev->smpData;
+        const std::vector<std::uint8_t> enable(std::size_t(data.chnCount), 1);
+        data.begin(0, 1'000'000, enable);
+        data.startLevels |= 1;
+        std::int64_t pos = 0;
+        (void)data.addPulses(serialWidths(characters), 0, pos);
+        data.smpCount = pos + 10 * samplesOfABit;
+        data.finish(data.smpCount);
+        emit gDev->sigSmpDataReady();
+    }
+    [[nodiscard]] MyButton *addButton() const { return m_panel->findChild<MyButton *>(QStringLiteral("addAnalyzer")); }
+    [[nodiscard]] QVector<ProtocolItem *> rows() const
+    {
+        QVector<ProtocolItem *> shown;
+        for (ProtocolItem *row : m_panel->findChildren<ProtocolItem *>()) {
+            if (!row->isHidden()) {
+                shown.append(row);
+            }
+        }
+        return shown;
+    }
+    /// Sets the rate of the serial dialog and presses its button.
+    static void setUpSerial(ProtocolEdit &dialog)
+    {
+        const auto fields = dialog.findChildren<QLineEdit *>();
+        QVERIFY(!fields.isEmpty());
+        fields.first()->setText(QStringLiteral("10000"));
+        pressButton(dialog, QStringLiteral("OK"));
+    }
+    /// The pixels of a row's box edges, in the colour of its channel.
+    [[nodiscard]] int edgePixels() const
+    {
+        auto *waves = m_window->findChild<WaveView *>();
+        const QImage image = waves->grab().toImage();
+        int count = 0;
+        for (int y = 0; y < 3; ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                count += image.pixelColor(x, y) == gChnColors[0] ? 1 : 0;
+            }
+        }
+        return count;
+    }
+
+    ProtocolSetting *m_panel = nullptr;
+};
+
+void TstMainWindowAnalyzers::initTestCase()
+{
+    const QString folder = QFileInfo(configPath()).path() + QStringLiteral("/Analyzer/");
+    QVERIFY(QDir().mkpath(folder));
+    for (const char *name : {"CAN.so", "I2C.so", "SPI.so", "UART.so"}) {
+        const QString file = folder + QLatin1String(name);
+        QFile::remove(file);
+        QVERIFY(QFile::copy(QStringLiteral(LUX_PLUGINS "/") + QLatin1String(name), file));
+    }
+}
+
+void TstMainWindowAnalyzers::anAnalyzerAddedByMouseShowsItsFramesOnTheWave()
+{
+    serialCapture("Hello");
+    QCOMPARE(edgePixels(), 0);
+    {
+        MenuDriver<QMenu> menu([](QMenu &shown) {
+            QCOMPARE(shown.actions().constFirst()->text(), QStringLiteral("UART/RS232/485"));
+            QTest::mouseClick(&shown, Qt::LeftButton, {}, shown.actionGeometry(shown.actions().constFirst()).center());
+        });
+        DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) { setUpSerial(shown); });
+        QTest::mouseClick(addButton(), Qt::LeftButton);
+        QTRY_COMPARE(rows().size(), 1);
+        QCOMPARE(dialog.count, 1);
+    }
+    QTRY_VERIFY(edgePixels() > 100);
+    QCOMPARE(rows().first()->objectName(), QStringLiteral("UART.dll"));
+}
+
+void TstMainWindowAnalyzers::anAnalyzerAddedByKeysAloneShowsItsFramesOnTheWave()
+{
+    serialCapture("Hello");
+    addButton()->setFocus(Qt::TabFocusReason);
+    {
+        MenuDriver<QMenu> menu([](QMenu &shown) {
+            while (shown.activeAction() != shown.actions().constFirst()) {
+                QTest::keyClick(&shown, Qt::Key_Down);
+            }
+            QTest::keyClick(&shown, Qt::Key_Return);
+        });
+        DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) {
+            QVERIFY(QTest::qWaitForWindowActive(&shown));
+            QTRY_VERIFY(QApplication::focusWidget() != nullptr);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // behind the two channels
+            auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+            QVERIFY(field != nullptr);
+            field->selectAll();
+            QTest::keyClicks(field, QStringLiteral("10000"));
+            QTest::keyClick(field, Qt::Key_Return);
+            QVERIFY(!shown.isVisible());
+        });
+        QTest::keyClick(addButton(), Qt::Key_Space);
+        QTRY_COMPARE(rows().size(), 1);
+    }
+    QTRY_VERIFY(edgePixels() > 100);
+}
+
+void TstMainWindowAnalyzers::theAnalyzersAreThereAgainAtTheNextStart()
+{
+    addSerial();
+    QCOMPARE(rows().size(), 1);
+    tearDown();
+    m_session = makeSession(0);
+    makeWindow();
+    bind();
+    QCOMPARE(rows().size(), 1);
+    QCOMPARE(edgePixels(), 0); // without a capture there is nothing to show
+    serialCapture("Hello");
+    QTRY_VERIFY(edgePixels() > 100);
+    QCOMPARE(globalGet(QStringLiteral("recentAnalyzers")), QStringLiteral("CAN.dll,I2C.dll,SPI.dll,UART.dll"));
+    rows().first()->findChild<MyButton *>(QStringLiteral("remove"))->click();
+    QCOMPARE(rows().size(), 0);
+    QTRY_COMPARE(edgePixels(), 0);
+    QCOMPARE(analyzersAll(), QString());
+}
+
+void TstMainWindowAnalyzers::channelsTellWhoDecodesThem()
+{
+    addSerial();
+    QStringList labels;
+    for (const auto *label : m_window->findChildren<QLineEdit *>(QStringLiteral("analyzer"))) {
+        labels.append(label->text());
+    }
+    QVERIFY(labels.contains(QStringLiteral("UART/RS232/485 - RX")));
+    QVERIFY(labels.contains(QStringLiteral("UART/RS232/485 - TX")));
+}
+
+void TstMainWindowAnalyzers::aDecoderThatHasGoneIsToldOnce()
+{
+    analyzersClear();
+    analyzerPut(0, QStringLiteral("Gone.dll"), QStringLiteral("line=1"), QStringLiteral("2"));
+    tearDown();
+    m_session = makeSession(0);
+    makeWindow();
+    bind();
+    const QString told = QStringLiteral("Decoder not found: Gone.dll");
+    const auto isTold = [this, &told] {
+        for (const auto *label : m_window->findChildren<QLabel *>()) {
+            if (label->toolTip() == told) {
+                return true;
+            }
+        }
+        return false;
+    };
+    QVERIFY(isTold());
+    QCOMPARE(rows().size(), 0);
+    m_window->slotDevPreConnect(gDev->model == 8 ? 9 : 8);
+    QVERIFY(!isTold());
+}
+
+void TstMainWindowAnalyzers::anotherModelClosesTheOpenDialog()
+{
+    addSerial();
+    const DialogDriver<ProtocolEdit> dialog([this](ProtocolEdit &shown) {
+        m_window->slotDevPreConnect(gDev->model == 8 ? 9 : 8);
+        QVERIFY(!shown.isVisible());
+    });
+    m_panel->slotEditWanted(0);
+    QCOMPARE(dialog.count, 1);
+    QCOMPARE(rows().size(), 1);
+}
+
+LUX_GUI_TEST(TstMainWindowAnalyzers)
+#include "tst_MainWindowAnalyzers.moc"
