@@ -52,7 +52,9 @@ void MainWindow::buildAnalyzerPanel()
 {
     m_decodedWave = std::make_unique<DecodedWave>(*analyzerMgr);
     protocolSetting = new ProtocolSetting(analyzerMgr);
+    protocolSetting->extendMenu = [this](QMenu &menu, int itemIndex) { analyzerExport->extendMenu(menu, itemIndex); };
     analyzerView->addSection(AnalyzerView::Analyzers, protocolSetting);
+    connect(protocolResult, &ProtocolResult::settingsWanted, protocolSetting, &ProtocolSetting::slotEditWanted);
     connect(analyzerMgr, &AnalyzerManager::analyzerItemChanged, this, &MainWindow::showChannelLabels);
     connect(analyzerMgr, &AnalyzerManager::analyzerDecodedChanged, mainView, &MainView::slotUpdateAnalyzerDecoded);
     connect(protocolSetting, &ProtocolSetting::decodeAdvanced, mainView, &MainView::slotUpdateAnalyzerDecoded);
