@@ -23,9 +23,7 @@ constexpr std::size_t startUpWithin = 16;
 class LcdAnalyzer::Bus {
 public:
     Bus(LcdAnalyzer &owner, const LcdSettings &settings)
-        : m_owner(owner),
-          m_channel(settings.e),
-          m_enable(owner.reader(settings.e)),
+        : m_enable(owner.reader(settings.e)),
           m_rs(owner.reader(settings.rs)),
           m_rw(owner.reader(settings.rw)),
           m_cs1(owner.reader(settings.cs1)),
@@ -58,13 +56,10 @@ public:
         access.isData = m_rs.levelAt(taken);
         access.isRead = m_rw.levelAt(taken);
         access.halves = std::uint8_t(unsigned(m_cs1.levelAt(taken)) | unsigned(m_cs2.levelAt(taken)) << 1);
-        m_owner.results().mark(m_channel, access.last, MarkerType::DownArrow);
         return true;
     }
 
 private:
-    LcdAnalyzer &m_owner;
-    Channel m_channel;
     ChannelReader m_enable;
     ChannelReader m_rs;
     ChannelReader m_rw;
@@ -115,6 +110,10 @@ void LcdAnalyzer::readNibbles(Bus &bus)
         }
         if (i == startUp) {
             isStarting = true;
+            if (hasUpper) {
+                addNibble(upper);
+                hasUpper = false;
+            }
         }
         if (startUp != 0 && i == 0 && startUp < begin.size() && startUp % 2 != 0) {
             addNibble(access);
@@ -162,6 +161,10 @@ void LcdAnalyzer::addByte(const Access &first, const Access &last, std::uint8_t 
 {
     const LcdResults::Kind kind = first.isData ? (first.isRead ? LcdResults::Read : LcdResults::Data)
                                                : (first.isRead ? LcdResults::Status : LcdResults::Command);
+    results().mark(m_settings.e, first.last, MarkerType::DownArrow);
+    if (last.last != first.last) {
+        results().mark(m_settings.e, last.last, MarkerType::DownArrow);
+    }
     results().add({.firstSample = first.first,
                    .lastSample = last.last,
                    .data = value,

@@ -155,7 +155,7 @@ void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
             passOver(bits);
             return;
         }
-        results().mark(m_settings.swdio, frame.lastSample, MarkerType::ErrorX);
+        results().mark(m_settings.swdio, frame.lastSample, ack == SwdAck::Wait ? MarkerType::X : MarkerType::ErrorX);
         results().add(frame);
         passOver(bits);
         return;

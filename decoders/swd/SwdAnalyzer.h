@@ -37,7 +37,8 @@ private:
     [[nodiscard]] FrameData frameOf(const Request &request, SwdResults::Kind kind) const;
 
     void sendBits(lux::Simulation &simulation, std::uint64_t bits, unsigned count);
-    void sendTransfer(lux::Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value);
+    void sendTransfer(lux::Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value,
+                      bool wrongParity = false);
 
     SwdSelect m_select;
     unsigned m_turn = 1;          ///< clocks of a turn-around

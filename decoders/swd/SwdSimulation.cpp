@@ -16,11 +16,13 @@ constexpr unsigned onesOfReset = 52;
 constexpr unsigned bitsOfData = 32;
 constexpr std::uint32_t resetEvery = 32; ///< transfers
 constexpr std::uint32_t waitEvery = 5;
-constexpr std::uint32_t faultEvery = 11;
+constexpr std::uint32_t faultEvery = 31;
+constexpr std::uint32_t wrongParityEvery = 67;
 
 } // namespace
 
-/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with WAIT and FAULT in between.
+/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with WAIT, FAULT and wrong
+/// parity in between.
 void SwdAnalyzer::simulate(Simulation &simulation)
 {
     const std::uint32_t number = m_sent++;
@@ -34,12 +36,13 @@ void SwdAnalyzer::simulate(Simulation &simulation)
     const SwdAck ack = number % faultEvery == 3 ? SwdAck::Fault : number % waitEvery == 2 ? SwdAck::Wait : SwdAck::Ok;
     // APnDP, RnW, A[2:3]; writes go to an access port, so that they change nothing of the port itself.
     const unsigned request = (number % 3 == 0 ? 0x2U : 0x1U) | (number >> 2 & 3U) << 2;
-    sendTransfer(simulation, request, ack, number);
+    sendTransfer(simulation, request, ack, number, number % wrongParityEvery == 5);
     sendBits(simulation, 0, 2 + simulation.random(8));
 }
 
 /// @param request  APnDP, RnW, A[2], A[3] from the lowest bit on
-void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value)
+void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value,
+                               bool wrongParity)
 {
     const bool isRead = (request & 2U) != 0;
     const auto parity = unsigned(std::popcount(request)) % 2;
@@ -51,7 +54,7 @@ void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck 
     }
     if (ack == SwdAck::Ok) {
         sendBits(simulation, value, bitsOfData);
-        sendBits(simulation, std::uint64_t(std::popcount(value)) % 2, 1);
+        sendBits(simulation, (unsigned(std::popcount(value)) % 2) ^ unsigned(wrongParity), 1);
         if (isRead) {
             sendBits(simulation, 1, 1);
         }

@@ -82,6 +82,7 @@ private slots:
     void aHalfBeforeTheStartUpStandsAlone();
     void aCaptureMayBeginWithinAByte();
     void aHalfOfAnotherKindStandsAlone();
+    void aHalfRightBeforeTheStartUpStandsAlone();
     void linesMayLieInARow();
     void withoutReadWriteAllAreWrites();
     void instructionsHaveTheirNames_data();
@@ -198,6 +199,15 @@ void TstLcd::aHalfOfAnotherKindStandsAlone()
     QCOMPARE(Texts(got.begin() + 5, got.end()), (Texts{"nibble v=4", "command v=1", "data v=66"}));
     const auto markers = desk.markers(e);
     QVERIFY(std::any_of(markers.begin(), markers.end(), [](const Marker &m) { return m.type == MarkerType::ErrorX; }));
+}
+
+void TstLcd::aHalfRightBeforeTheStartUpStandsAlone()
+{
+    Host host(4);
+    host.wait(20);
+    host.pulse(1).send(0x41, true).pulse(7, true).startUp();
+    const Texts got = Desk(host, fourLines).summaries();
+    QCOMPARE(Texts(got.begin(), got.begin() + 4), (Texts{"nibble v=1", "data v=65", "nibble v=7", "command v=48"}));
 }
 
 void TstLcd::linesMayLieInARow()
