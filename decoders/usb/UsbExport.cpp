@@ -1,5 +1,7 @@
 #include "UsbResults.h"
 
+#include "common/Pcap.h"
+
 using lux::ExportWriter;
 
 void UsbResults::exportFile(ExportWriter &out, std::uint32_t optionId) const
@@ -20,17 +22,8 @@ void UsbResults::exportFile(ExportWriter &out, std::uint32_t optionId) const
 /// A pcap file with times in nanoseconds and LINKTYPE_USB_2_0: packets from their identifier to their check.
 void UsbResults::exportPcap(ExportWriter &out) const
 {
-    constexpr std::uint32_t magicOfNanoseconds = 0xa1b23c4d;
-    constexpr std::uint32_t longestPacket = 65535;
     constexpr std::uint32_t linkType = 288;
-    constexpr std::int64_t nanoseconds = 1000000000;
-    out.little(magicOfNanoseconds, 4);
-    out.little(2, 2); // version 2.4
-    out.little(4, 2);
-    out.little(0, 8); // times are those of the capture, all digits are right
-    out.little(longestPacket, 4);
-    out.little(linkType, 4);
-    const std::int64_t rate = GetSampleRate();
+    lux::writePcapHead(out, linkType);
     const std::uint64_t count = frameCount();
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
@@ -39,13 +32,7 @@ void UsbResults::exportPcap(ExportWriter &out) const
             continue;
         }
         const Bytes content(*this, one);
-        const std::int64_t rest = one.firstSample % rate;
-        // The rate is at most 10^10 Hz and the rest below it: as one product it would not stay within 64 bits.
-        const auto nanos = std::int64_t(static_cast<long double>(rest) * nanoseconds / static_cast<long double>(rate));
-        out.little(std::uint64_t(one.firstSample / rate), 4);
-        out.little(std::uint64_t(nanos), 4);
-        out.little(content.all().size(), 4);
-        out.little(content.all().size(), 4);
+        lux::writePcapPacketHead(out, one.firstSample, GetSampleRate(), content.all().size());
         out.write(content.all());
     }
 }
