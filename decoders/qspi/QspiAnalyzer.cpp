@@ -1,0 +1,329 @@
+#include "QspiAnalyzer.h"
+
+#include "common/FilteredLine.h"
+
+#include <algorithm>
+
+using lux::ChannelReader;
+using lux::Sample;
+
+LUX_PLUGIN(QspiAnalyzer)
+
+namespace {
+
+constexpr unsigned byteBits = 8;
+constexpr unsigned allLines = 4;
+
+/// A frame that encloses those behind it; it is none unless it is filled.
+class Enclosing {
+public:
+    Enclosing(QspiResults &results, Sample first) : m_results(results), m_place(results.open(first)) {}
+    Enclosing(const Enclosing &) = delete;
+    Enclosing &operator=(const Enclosing &) = delete;
+    ~Enclosing()
+    {
+        if (!m_isFilled) {
+            m_results.drop(m_place);
+        }
+    }
+    void fill(const FrameData &frame)
+    {
+        m_isFilled = true;
+        m_results.fill(m_place, frame);
+    }
+
+private:
+    QspiResults &m_results;
+    std::uint64_t m_place;
+    bool m_isFilled = false;
+};
+
+} // namespace
+
+/// A transfer each time that the chip is selected; the data sheets are named where the commands are.
+void QspiAnalyzer::decode()
+{
+    m_chip = {};
+    m_chip.isQpi = m_settings.qpi;
+    const std::array<Channel, 4> channels = m_settings.lines();
+    QspiWire wire(reader(m_settings.clk),
+                  {&reader(channels[0]), &reader(channels[1]), &reader(channels[2]), &reader(channels[3])},
+                  m_settings.clockEdge.value() != 0);
+    lux::FilteredLine select(reader(m_settings.cs), std::max(1, m_settings.glitch.value()));
+    if (!select.level() && select.hasEdge()) {
+        select.nextEdge(); // a transfer that the capture's begin cuts
+    }
+    QspiResults::Content content;
+    while (select.hasEdge()) {
+        const Sample begin = select.nextEdge();
+        const Sample end = select.peekEdge();
+        const bool isWhole = select.hasEdge();
+        Enclosing transfer(results(), begin);
+        wire.select(begin, std::min(end, sampleCount() - 1));
+        content = {};
+        const bool hasCommand = readTransfer(wire, content);
+        if (!isWhole) {
+            return;
+        }
+        if (hasCommand) {
+            transfer.fill(results().transferFrame(content, begin, end - 1));
+        } else if (wire.clocks() > 0) {
+            transfer.fill(
+                {.firstSample = begin, .lastSample = end - 1, .data = wire.clocks(), .kind = QspiResults::Short});
+        }
+        select.nextEdge();
+    }
+}
+
+/// @return false when there is not even a command
+bool QspiAnalyzer::readTransfer(QspiWire &wire, QspiResults::Content &content)
+{
+    if (m_settings.mode == QspiMode::M444) {
+        readRaw(wire, content);
+        return !content.data.empty();
+    }
+    QspiCommand command;
+    if (!readCommand(wire, content, command)) {
+        return false;
+    }
+    const bool isSingle = !m_chip.isQpi && !command.isDouble && command.addressLines == 1 && command.dataLines == 1;
+    if (isSingle && (content.flags & QspiResults::Continued) == 0) {
+        QspiWire copy(wire);
+        readSingle(copy, content);
+    }
+    if (readHead(wire, content, command)) {
+        readData(wire, content, command);
+    }
+    obey(command, content);
+    return true;
+}
+
+/// The code of the command, unless the transfer goes on with that of the one before.
+bool QspiAnalyzer::readCommand(QspiWire &wire, QspiResults::Content &content, QspiCommand &command)
+{
+    const unsigned qpi = m_chip.isQpi ? unsigned(QspiResults::Qpi) : 0U;
+    content.flags = QspiResults::HasCommand | qpi;
+    QspiBits bits;
+    if (m_chip.ongoing != nullptr) {
+        command = *m_chip.ongoing;
+        content.command = command.code;
+        content.flags |= QspiResults::Continued;
+    } else {
+        if (!wire.take(byteBits, m_chip.isQpi ? allLines : 1, false, false, bits)) {
+            return false;
+        }
+        content.command = std::uint8_t(bits.value);
+        const QspiCommand *known = findCommand(m_settings.set, content.command, m_chip.isQpi);
+        command = known != nullptr ? *known : unknownCommand(content.command);
+        addPhase(QspiResults::Command, bits, qpi, content.command);
+    }
+    if (m_chip.isQpi) {
+        command.addressLines = allLines;
+        command.dataLines = allLines;
+    }
+    QspiWire ahead(wire);
+    return m_chip.ongoing == nullptr || ahead.take(byteBits, command.addressLines, false, command.isDouble, bits);
+}
+
+QspiCommand QspiAnalyzer::unknownCommand(std::uint8_t code) const
+{
+    QspiCommand command;
+    command.code = code;
+    command.data = QspiCommand::Data::Read;
+    if (m_settings.mode == QspiMode::Auto || m_chip.isQpi) {
+        return command;
+    }
+    const QspiMode mode = m_settings.mode;
+    command.addressBytes = QspiCommand::addressAsSet;
+    command.addressLines = mode == QspiMode::M122 ? 2 : mode == QspiMode::M144 ? 4 : 1;
+    command.dataLines = mode == QspiMode::M112 || mode == QspiMode::M122 ? 2 : 4;
+    return command;
+}
+
+/// Address, mode and dummy clocks. @return false when the select ends before the data
+bool QspiAnalyzer::readHead(QspiWire &wire, QspiResults::Content &content, const QspiCommand &command)
+{
+    QspiBits bits;
+    if (command.addressBytes != 0) {
+        const bool follows = command.addressBytes == QspiCommand::addressAsSet;
+        const auto set = unsigned(m_settings.address.value());
+        const unsigned count = !follows ? command.addressBytes : set != 0 ? set : m_chip.hasFourBytes ? 4U : 3U;
+        if (!wire.take(byteBits * count, command.addressLines, false, command.isDouble, bits)) {
+            return false;
+        }
+        content.address = bits.value;
+        const unsigned flags = count == 4 ? unsigned(QspiResults::FourBytes) : 0U;
+        content.flags |= QspiResults::HasAddress | flags;
+        addPhase(QspiResults::Address, bits, flags);
+    }
+    if (command.hasMode) {
+        if (!wire.take(byteBits, command.addressLines, false, command.isDouble, bits)) {
+            return false;
+        }
+        content.mode = std::uint8_t(bits.value);
+        content.flags |= QspiResults::HasMode;
+        addPhase(QspiResults::Mode, bits);
+    }
+    wire.finishDouble();
+    return readDummy(wire, dummyClocks(command));
+}
+
+/// Behind the head of a read; in QPI the chip was told how many there are, the mode's two included.
+unsigned QspiAnalyzer::dummyClocks(const QspiCommand &command) const
+{
+    constexpr unsigned clocksOfMode = 2;
+    const unsigned ofBytes = command.dummyBytes * byteBits / command.dataLines;
+    if (!command.isFastRead()) {
+        return ofBytes + command.dummyClocks;
+    }
+    if (m_settings.dummy.value() != QspiSettings::dummyOfCommand) {
+        return unsigned(m_settings.dummy.value());
+    }
+    if (m_chip.isQpi && m_settings.set == QspiSet::Winbond && !command.isDouble &&
+        command.addressBytes == QspiCommand::addressAsSet) {
+        return command.hasMode ? m_chip.qpiClocks - clocksOfMode : m_chip.qpiClocks;
+    }
+    return command.dummyClocks;
+}
+
+bool QspiAnalyzer::readDummy(QspiWire &wire, unsigned clocks)
+{
+    if (clocks == 0) {
+        return true;
+    }
+    QspiBits bits;
+    QspiBits all;
+    for (unsigned i = 0; i < clocks; ++i) {
+        if (!wire.take(1, 1, false, false, bits)) {
+            return false;
+        }
+        all.first = i == 0 ? bits.first : all.first;
+        all.last = bits.last;
+    }
+    all.value = clocks;
+    addPhase(QspiResults::Dummy, all);
+    return true;
+}
+
+void QspiAnalyzer::readData(QspiWire &wire, QspiResults::Content &content, const QspiCommand &command)
+{
+    if (command.data == QspiCommand::Data::None) {
+        return;
+    }
+    const bool isRead = command.data == QspiCommand::Data::Read;
+    const unsigned flags = isRead ? 0U : unsigned(QspiResults::Write);
+    content.flags |= flags;
+    content.lines = command.dataLines;
+    QspiBits bits;
+    while (wire.take(byteBits, command.dataLines, isRead, command.isDouble, bits)) {
+        content.data.push_back(std::uint8_t(bits.value));
+        addPhase(QspiResults::Data, bits, flags);
+    }
+}
+
+/// Words on four lines without a command; their parts come in the order of the settings.
+void QspiAnalyzer::readRaw(QspiWire &wire, QspiResults::Content &content)
+{
+    const auto clocks = unsigned(m_settings.word.value());
+    const bool isLittle = m_settings.wordOrder == QspiOrder::Little;
+    content.flags = QspiResults::Raw;
+    content.lines = allLines;
+    std::vector<std::uint8_t> parts;
+    std::vector<std::uint8_t> all;
+    std::vector<QspiBits> places;
+    QspiBits bits;
+    while (wire.take(allLines, allLines, true, false, bits)) {
+        places.push_back(bits);
+        parts.push_back(std::uint8_t(bits.value));
+        if (parts.size() == clocks) {
+            if (isLittle) {
+                std::reverse(parts.begin(), parts.end());
+            }
+            all.insert(all.end(), parts.begin(), parts.end());
+            parts.clear();
+        }
+    }
+    for (std::size_t i = 0; i + 1 < all.size(); i += 2) {
+        const auto byte = std::uint8_t(all[i] << 4 | all[i + 1]);
+        content.data.push_back(byte);
+        addPhase(QspiResults::Data, {.value = byte, .first = places[i].first, .last = places[i + 1].last},
+                 QspiResults::Raw);
+    }
+}
+
+/// What both single lines had behind the command, from the controller and from the chip.
+void QspiAnalyzer::readSingle(QspiWire &wire, QspiResults::Content &content)
+{
+    unsigned count = 0;
+    std::uint32_t out = 0;
+    std::uint32_t in = 0;
+    QspiBits bit;
+    while (content.out.size() < QspiResults::mostShown && wire.take(1, 1, false, false, bit)) {
+        const unsigned both = wire.singleLines();
+        out = out << 1 | (both & 1U);
+        in = in << 1 | both >> 1;
+        if (++count % byteBits == 0) {
+            content.out.push_back(std::uint8_t(out));
+            content.in.push_back(std::uint8_t(in));
+        }
+    }
+}
+
+/// A mode that keeps the chip reading: M5-4 of 10 (W25Q128JV, 8.2.12), for MX25 halves that are each other's inverse.
+bool QspiAnalyzer::continues(std::uint8_t mode) const
+{
+    if (m_settings.set == QspiSet::Macronix) {
+        return ((mode ^ mode >> 4) & 15U) == 15U;
+    }
+    return (mode & 0x30U) == 0x20U;
+}
+
+void QspiAnalyzer::obey(const QspiCommand &command, const QspiResults::Content &content)
+{
+    using Effect = QspiCommand::Effect;
+    const bool wasContinued = (content.flags & QspiResults::Continued) != 0;
+    const bool hasMode = (content.flags & QspiResults::HasMode) != 0;
+    if (hasMode && continues(content.mode)) {
+        if (!wasContinued) {
+            m_chip.ongoing = findCommand(m_settings.set, command.code, m_chip.isQpi);
+        }
+        return;
+    }
+    m_chip.ongoing = nullptr;
+    switch (command.effect) {
+    case Effect::FourBytes:
+        m_chip.hasFourBytes = true;
+        break;
+    case Effect::ThreeBytes:
+        m_chip.hasFourBytes = false;
+        break;
+    case Effect::EnterQpi:
+        m_chip.isQpi = true;
+        break;
+    case Effect::ExitQpi:
+        m_chip.isQpi = false;
+        break;
+    case Effect::Reset:
+        m_chip = {};
+        break;
+    case Effect::ReadParameters: // P5-4 (W25Q128JV, 8.2.44)
+        if (!content.data.empty()) {
+            m_chip.qpiClocks = 2 + 2 * (content.data[0] >> 4 & 3U);
+        }
+        break;
+    case Effect::None:
+        break;
+    }
+}
+
+void QspiAnalyzer::addPhase(QspiResults::Kind kind, const QspiBits &bits, unsigned flags, std::uint32_t code)
+{
+    results().add({.firstSample = bits.first,
+                   .lastSample = bits.last,
+                   .data = bits.value,
+                   .kind = std::uint8_t(kind),
+                   .flags = std::uint16_t(flags),
+                   .extra = code});
+    const bool atRise = m_settings.clockEdge.value() != 0;
+    results().mark(m_settings.clk, bits.first, atRise ? MarkerType::UpArrow : MarkerType::DownArrow);
+}
