@@ -1,57 +1,42 @@
 #include "cli/CaptureSource.h"
 
-#include "files/DataBlocks.h"
+#include "cli/Terminal.h"
+#include "device/DevModels.h"
+#include "files/CaptureFile.h"
 #include "settings/Config.h"
 
-#include <QFile>
-#include <QFileInfo>
-
-#include <array>
-
-namespace {
-
-/// The number of channels that the head of the binary part tells. @return -1 for what is no head
-int channelCountAt(QFile &file, qint64 headSize)
-{
-    std::array<std::uint8_t, DataFileHead::size> bytes{};
-    DataFileHead head;
-    if (!file.seek(headSize) ||
-        file.read(reinterpret_cast<char *>(bytes.data()), bytes.size()) != qint64(bytes.size()) ||
-        !decodeFileHead(bytes, head)) {
-        return -1;
-    }
-    return head.chnCount;
-}
-
-} // namespace
+#include <utility>
 
 CaptureSource CaptureSource::open(const QString &path)
 {
+    CaptureFile file(digitalChannelsOf);
+    file.mayGoOn = [] { return !Terminal::wasInterrupted(); };
+    OpenedCapture opened = file.open(path);
     CaptureSource source;
-    QFile file(path);
-    QByteArray settings;
-    if (!QFileInfo::exists(path)) {
-        source.error = QStringLiteral("there is no such file");
-    } else if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
-        source.error = QStringLiteral("it cannot be read");
-    } else if (!configHeadOfFile(path, settings) || !configReplace(settings)) {
-        source.error = QStringLiteral("it is no data file");
-    }
-    const int channels = source.error.isEmpty() ? channelCountAt(file, settings.size()) : -1;
-    if (source.error.isEmpty() && channels < 0) {
-        source.error = QStringLiteral("it holds settings and no capture");
+    if (!opened.outcome.isDone()) {
+        source.error = fileReason(opened.outcome);
+    } else if (!opened.isData) {
+        source.error = QStringLiteral("The file holds settings and no capture.");
+    } else if (!opened.capture) {
+        source.error = fileReason({FileResult::NoMemory});
     }
     if (!source.error.isEmpty()) {
         return source;
     }
+    configTake(*opened.settings);
     source.model = globalGet(QStringLiteral("devModel")).toInt();
-    source.data = std::make_unique<SmpData>(channels, 0);
-    file.seek(settings.size());
-    if (readDataBlocks(file, *source.data) != DataBlocksResult::Done) {
-        source.error = QStringLiteral("it is damaged, or there is too little memory for it");
-        source.data.reset();
-        return source;
+    source.warning = fileWarning(opened.outcome, [](int chn) { return chnShowNameGet(chn); }).simplified();
+    source.data = std::move(opened.capture);
+    return source;
+}
+
+CaptureSource CaptureSource::openOrTell(const QString &path)
+{
+    CaptureSource source = open(path);
+    for (const QString &text : {source.error, source.warning}) {
+        if (!text.isEmpty() && !Terminal::wasInterrupted()) {
+            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
+        }
     }
-    source.data->finish(source.data->smpCount());
     return source;
 }

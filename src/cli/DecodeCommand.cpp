@@ -170,10 +170,9 @@ QString addAnalyzers(AnalyzerManager &manager, const Job &job, bool &wrongUsage)
 
 int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const Output &out)
 {
-    const CaptureSource source = CaptureSource::open(path);
+    const CaptureSource source = CaptureSource::openOrTell(path);
     if (!source.data) {
-        Terminal::say(QStringLiteral("%1: %2").arg(path, source.error));
-        return Terminal::badInput;
+        return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
     AnalyzerManager manager(hostOf(source));
     manager.setCapture(source.data.get(), 0);
@@ -198,7 +197,7 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
     if (!writeFrames(manager, writer, out, job.from * rate, job.to * rate)) {
         return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
-    return good ? Terminal::good : Terminal::badInput;
+    return good && source.warning.isEmpty() ? Terminal::good : Terminal::badInput;
 }
 
 /// @return a message for the user; empty when the arguments make sense

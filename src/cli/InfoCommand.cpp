@@ -38,10 +38,9 @@ void writeStoredAnalyzers(Output &out)
 
 int tell(Output &out, const QString &path)
 {
-    const CaptureSource source = CaptureSource::open(path);
+    const CaptureSource source = CaptureSource::openOrTell(path);
     if (!source.data) {
-        Terminal::say(QStringLiteral("%1: %2").arg(path, source.error));
-        return Terminal::badInput;
+        return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
     const SmpData &data = *source.data;
     out << "file: " << path.toStdString() << '\n';
@@ -52,7 +51,7 @@ int tell(Output &out, const QString &path)
     out << "trigger: " << data.trgPos() << '\n';
     writeChannels(out, data);
     writeStoredAnalyzers(out);
-    return Terminal::good;
+    return source.warning.isEmpty() ? Terminal::good : Terminal::badInput;
 }
 
 } // namespace
