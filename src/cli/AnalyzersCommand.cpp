@@ -119,5 +119,5 @@ int Commands::analyzers(const QStringList &arguments)
             writeRefusals(out, manager);
         }
     }
-    return out.finish() ? code : Terminal::badInput;
+    return out.finish(code);
 }

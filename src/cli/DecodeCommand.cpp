@@ -258,9 +258,5 @@ int Commands::decode(const QStringList &arguments)
     if (code == Terminal::interrupted || code == Terminal::wrongUsage) {
         return code;
     }
-    if (!out.isGood() || !out.finish()) {
-        Terminal::say(QStringLiteral("the output could not be written"));
-        return Terminal::badInput;
-    }
-    return code;
+    return out.finish(code);
 }

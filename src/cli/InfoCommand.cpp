@@ -74,5 +74,5 @@ int Commands::info(const QStringList &arguments)
     for (const QString &path : parsed.operands) {
         code = qMax(code, tell(out, path));
     }
-    return out.finish() ? code : Terminal::badInput;
+    return out.finish(code);
 }

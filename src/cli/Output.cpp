@@ -1,5 +1,7 @@
 #include "cli/Output.h"
 
+#include "cli/Terminal.h"
+
 #include <cstdio>
 
 Output::Output(const QString &path)
@@ -21,7 +23,7 @@ void Output::flush()
     m_buffer.clear();
 }
 
-bool Output::finish()
+int Output::finish(int code)
 {
     flush();
     if (m_good && m_file) {
@@ -29,5 +31,9 @@ bool Output::finish()
     } else if (m_good) {
         m_good = std::fflush(stdout) == 0;
     }
-    return m_good;
+    if (!m_good) {
+        Terminal::say(QStringLiteral("the output could not be written"));
+        return Terminal::badInput;
+    }
+    return code;
 }

@@ -39,8 +39,9 @@ public:
         m_buffer.append(digits, std::size_t(end - digits));
         return *this;
     }
-    /// The rest, and the file's name. @return false if not all arrived
-    [[nodiscard]] bool finish();
+    /// Writes the rest, and gives the file its name. @return `code`; the code of bad input, and the user is told, if
+    /// not all arrived
+    [[nodiscard]] int finish(int code);
 
 private:
     static constexpr std::size_t flushSize = 1 << 18; // bytes
