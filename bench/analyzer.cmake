@@ -1,0 +1,1 @@
+lux_bench(bench_ResultList LINK lux_analyzer)
