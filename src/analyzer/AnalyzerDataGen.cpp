@@ -53,6 +53,7 @@ AnalyzerDataGen::~AnalyzerDataGen()
     }
     m_wakeUp.notify_one();
     wait();
+    (void)m_left.load(std::memory_order_acquire);
 }
 
 // ---- main thread
@@ -214,6 +215,7 @@ void AnalyzerDataGen::run()
             waitForGate();
         }
     }
+    m_left.store(true, std::memory_order_release);
 }
 
 bool AnalyzerDataGen::takeRequests(Requests &requests)
@@ -308,7 +310,7 @@ void AnalyzerDataGen::report(Work &work)
     }
     if (Clock::now() - work.told >= reportEvery) {
         publish(work, rowsToo);
-        work.isNew = rowsToo; // the page is not whole yet
+        work.isNew = work.isNew || rowsToo; // the page is not whole yet
     }
 }
 

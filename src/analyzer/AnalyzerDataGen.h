@@ -151,6 +151,7 @@ private:
     std::uint64_t m_lastReset = 0;
     std::uint64_t m_droppedReset = 0; ///< pages of this one and those before are not told
 
+    std::atomic<bool> m_left{false};   ///< the thread has nothing more to do: orders its memory for the destructor
     std::atomic<bool> m_called{false}; ///< there are requests, or the results' generation is another one
     std::mutex m_mutex;                ///< of what follows; never held while working, emitting or calling out
     std::condition_variable m_wakeUp;

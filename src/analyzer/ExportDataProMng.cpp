@@ -53,7 +53,13 @@ ExportDataProMng::ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate)
 
 ExportDataProMng::~ExportDataProMng()
 {
+    join();
+}
+
+void ExportDataProMng::join()
+{
     wait();
+    (void)m_left.load(std::memory_order_acquire);
 }
 
 void ExportDataProMng::cancel()
@@ -64,7 +70,7 @@ void ExportDataProMng::cancel()
 
 void ExportDataProMng::slotQuit()
 {
-    wait();
+    join();
     emit sigDeleteExportDataProMng();
 }
 
@@ -97,4 +103,5 @@ void ExportDataProMng::run()
     m_outcome = write();
     m_pass.reset();
     emit sigQuit();
+    m_left.store(true, std::memory_order_release);
 }

@@ -57,8 +57,10 @@ protected:
 
 private:
     [[nodiscard]] ExportOutcome write();
+    void join();
 
     std::optional<ResultsPass> m_pass; ///< given back on the thread
     std::atomic<bool> m_cancelled{false};
-    ExportOutcome m_outcome; ///< the thread's until it has ended
+    std::atomic<bool> m_left{false}; ///< the thread has nothing more to do: orders its memory for who waited for it
+    ExportOutcome m_outcome;         ///< the thread's until it has ended
 };

@@ -105,6 +105,7 @@ private slots:
     void aScrollBehindTheListIsPassedOver();
     void theNewestOfManyRequestsIsWhatIsShown();
     void aSearchTellsItsCount();
+    void aLongSearchWithoutMatchEmptiesTheList();
     void aNewSearchEndsTheOneUnderWay();
     void noRowIsSelectedUntilOneIsClicked();
     void theClickedRowMovesWithThePage();
@@ -192,6 +193,17 @@ void TstAnalyzerDataGen::aSearchTellsItsCount()
     desk.reset(text("hit"));
     QVERIFY(desk.shows("Hit A0 Hit A5 Hit A10"));
     QTRY_COMPARE(desk.total, 1000);
+    desk.reset(text("nowhere"));
+    QVERIFY(desk.shows(""));
+    QCOMPARE(desk.total, 0);
+}
+
+void TstAnalyzerDataGen::aLongSearchWithoutMatchEmptiesTheList()
+{
+    ThreadDesk desk;
+    desk.add('A').row(600'000, 0, 10, 5); // some reports long
+    desk.reset(text("hit"));
+    QTRY_COMPARE(desk.total, 120'000);
     desk.reset(text("nowhere"));
     QVERIFY(desk.shows(""));
     QCOMPARE(desk.total, 0);
@@ -360,6 +372,7 @@ void TstAnalyzerDataGen::resultsThatWereReplacedAreAskedForAgain()
 void TstAnalyzerDataGen::aRequestDuringAChangeIsServedBehindIt()
 {
     ThreadDesk desk;
+    QTRY_VERIFY(desk.pages > 0); // the empty one of the beginning
     desk.list->slotModifyPrepare();
     {
         const ResultsChange change(desk.gate);
