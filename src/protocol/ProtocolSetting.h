@@ -67,6 +67,6 @@ private:
     RecentAnalyzers recentList;
     AllAnalyzers *moreDialog = nullptr; ///< made at first use, as the next
     SupportTable *supportDialog = nullptr;
-    QTimer m_decodeTimer; ///< runs while a decoder does
+    QTimer m_decodeTimer{this}; ///< runs while a decoder does
     int m_steps = 0;
 };
