@@ -77,7 +77,7 @@ void MainWindow::rebindDevice()
     toolbar->reload();
     timeView->dropHandles();
     timeView->update();
-    mainView->rebuildChannels();
+    mainView->rebuildChannels(*gDev);
     updatePosition();
     analyzerView->reload();
     rebindAnalyzers();

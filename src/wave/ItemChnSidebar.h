@@ -15,8 +15,8 @@ class QMenu;
 /// What stands to the left of a digital channel's row: the channel's number on its colour, its name, the button of the
 /// height menu, four trigger buttons, and the name of the decoder that uses it.
 ///
-/// Name and trigger are stored at once, in the configuration and in `gDev`. Place and height are the main view's: it
-/// owns the widget and moves it. GUI thread.
+/// The name is stored at once, in the configuration; of a trigger it tells, and knows no device. Place and height are
+/// the main view's: it owns the widget and moves it. GUI thread.
 class ItemChnSidebar : public QWidget {
     Q_OBJECT
 public:
@@ -49,7 +49,7 @@ public:
     void setUndoable(bool on) { m_undoable = on; }
     /// The stored name, empty for the default.
     [[nodiscard]] QString storedName() const;
-    /// Name, row, height and trigger as of a fresh installation. Stores name and trigger.
+    /// Name, row, height and trigger as of a fresh installation. Stores the name, tells of the trigger.
     void reset();
 
 public slots:
@@ -61,7 +61,9 @@ public slots:
     void createMenu();
 
 signals:
-    /// An edge has been chosen: the device has cleared all others.
+    /// The channel's trigger is to be this one from now on, see setTrigCode(); 0 for none.
+    void trigChosen(int channel, int code);
+    /// An edge has been chosen, after trigChosen(): the device has cleared all others.
     void trigEdgeChanged();
     /// An entry of the height menu. Its data are 1, 2, 4, 8, or 9 for the reset of all channels.
     void trigerMenu(QAction *action);

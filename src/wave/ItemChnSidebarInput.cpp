@@ -2,8 +2,6 @@
 
 #include "controls/MyButton.h"
 #include "controls/Style.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "store/SmpTrigCode.h"
@@ -135,7 +133,7 @@ void ItemChnSidebar::slotTrigMouseClicked()
     }
     const int code = button->selected ? 0 : button->value;
     setTrigCode(code);
-    gDev->setChnTrig(chnIndex, code);
+    emit trigChosen(chnIndex, code);
     if (smpTrigCode::isEdge(code)) {
         emit trigEdgeChanged();
     }
@@ -160,7 +158,7 @@ void ItemChnSidebar::reset()
     showIndex = chnIndex;
     showMultip = 1;
     setTrigCode(0);
-    gDev->setChnTrig(chnIndex, 0);
+    emit trigChosen(chnIndex, 0);
 }
 
 // ---- height menu

@@ -2,8 +2,6 @@
 
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
-#include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Language.h"
 #include "wave/EdgeJump.h"
 #include "wave/ItemChnSidebar.h"
@@ -162,12 +160,12 @@ void MainView::connectSidebar(ItemChnSidebar *sidebar)
 
 // ---- rows
 
-void MainView::rebuildChannels()
+void MainView::rebuildChannels(DevBase &device)
 {
     m_pulse->hide();
     m_edges->hide();
     m_markers->clear();
-    m_rows->rebuild(*gDev);
+    m_rows->rebuild(device);
     layoutRows();
 }
 

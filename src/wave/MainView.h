@@ -8,6 +8,7 @@
 #include <QVector>
 #include <QWidget>
 
+class DevBase;
 class EdgeJump;
 class ItemChnSidebar;
 class PulsePointer;
@@ -33,8 +34,9 @@ public:
     explicit MainView(WaveDataGen *generator, QWidget *parent = nullptr);
     ~MainView() override;
 
-    /// Replaces all items by those of the present device and the stored configuration.
-    void rebuildChannels();
+    /// Replaces all items by those of `device` and the stored configuration. Not owned; it may go at any time, and then
+    /// shows no row until the next call.
+    void rebuildChannels(DevBase &device);
     /// Shows the generator's newest frame.
     void refreshWave();
     /// Takes off what belongs to the capture that is about to be replaced.

@@ -88,6 +88,11 @@ void RowColumn::addRow(int chn)
         ensureWidgetVisible(sidebar, 0, 0);
         ensureWidgetVisible(control, 0, 0); // of a row that is higher than the column
     });
+    connect(sidebar, &ItemChnSidebar::trigChosen, this, [this](int channel, int code) {
+        if (m_device) {
+            m_device->setChnTrig(channel, code);
+        }
+    });
     m_sidebars.append(sidebar);
     m_backgrounds.append(new ItemWaveBackground(chn));
     m_lines.append(new ItemWaveLine(chn, &m_waveGen));

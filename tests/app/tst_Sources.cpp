@@ -173,6 +173,7 @@ private slots:
     void everyIncludePointsDownwards();
     void theTableOfTheDocumentIsThatOfTheBuild();
     void noFilesIncludeEachOther();
+    void theWavesAskForNoGlobalDevice();
 
     void theTextCheckFindsOtherFunctionsOfThatName_data();
     void theTextCheckFindsOtherFunctionsOfThatName();
@@ -239,6 +240,20 @@ void TstSources::noFilesIncludeEachOther()
     const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
     const QStringList ring = RingSearch(sources).run();
     QVERIFY2(ring.isEmpty(), qPrintable(ring.join(QStringLiteral(" -> "))));
+}
+
+void TstSources::theWavesAskForNoGlobalDevice()
+{
+    static const QRegularExpression global(QStringLiteral("\\bgDev\\b"));
+    const Sources sources = readSources(QStringLiteral(LUX_SOURCE_DIR));
+    int files = 0;
+    for (auto file = sources.cbegin(); file != sources.cend(); ++file) {
+        if (partOf(file.key()) == QStringLiteral("wave")) {
+            ++files;
+            QVERIFY2(!Stripper(file.value(), false).run().contains(global), qPrintable(file.key()));
+        }
+    }
+    QVERIFY(files > 10);
 }
 
 void TstSources::theTextCheckFindsOtherFunctionsOfThatName_data()

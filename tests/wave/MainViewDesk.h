@@ -137,7 +137,7 @@ private:
     {
         gen.setDataSource(gDev->smpData.get());
         gen.setClampToData(!gDev->isAnalogModel());
-        view.rebuildChannels();
+        view.rebuildChannels(*gDev);
     }
     [[nodiscard]] QPoint inWindow(int x, int y) const { return waves->mapTo(&view, QPoint(x, y)); }
 

@@ -48,6 +48,8 @@ struct SidebarWindow : QWidget {
         column->addWidget(sidebar);
         column->addWidget(other);
         sidebar->setFixedHeight(dp(60));
+        connect(sidebar, &ItemChnSidebar::trigChosen, this,
+                [](int channel, int code) { gDev->setChnTrig(channel, code); });
         show();
         activateWindow();
         shown = QTest::qWaitForWindowActive(this);

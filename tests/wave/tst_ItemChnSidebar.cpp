@@ -60,7 +60,7 @@ private slots:
     void theMenuChecksTheTruncatedLogarithmOfTheHeight_data();
     void theMenuChecksTheTruncatedLogarithmOfTheHeight();
     void theMenuOpensBelowTheButtonByKeyAndAtThePointerByMouse();
-    void resetStoresAnEmptyNameAndNoTrigger();
+    void resetStoresAnEmptyNameAndTellsOfNoTrigger();
 
     void theHandTellsPressMoveAndRelease();
     void otherButtonsDoNotDrag();
@@ -340,6 +340,7 @@ void TstItemChnSidebar::settingACodeChecksItsButtonWithoutASignal()
 {
     ItemChnSidebar sidebar(3, 3, 1, nullptr);
     const QSignalSpy told(&sidebar, &ItemChnSidebar::trigEdgeChanged);
+    const QSignalSpy chosen(&sidebar, &ItemChnSidebar::trigChosen);
     const QVector<int> codes{3, 2, 4, 1};
     for (const int code : {3, 1, 0, 4, 2, 5, -1}) {
         sidebar.setTrigCode(code);
@@ -347,8 +348,7 @@ void TstItemChnSidebar::settingACodeChecksItsButtonWithoutASignal()
             QCOMPARE(buttonOf(sidebar, triggerButtons[i])->selected, codes[i] == code);
         }
     }
-    QCOMPARE(told.size(), 0);
-    QCOMPARE(gDev->chnTrig[3], 0);
+    QCOMPARE(told.size() + chosen.size(), 0);
 }
 
 void TstItemChnSidebar::spaceTogglesATrigger()
@@ -438,19 +438,19 @@ void TstItemChnSidebar::theMenuOpensBelowTheButtonByKeyAndAtThePointerByMouse()
     menu->close();
 }
 
-void TstItemChnSidebar::resetStoresAnEmptyNameAndNoTrigger()
+void TstItemChnSidebar::resetStoresAnEmptyNameAndTellsOfNoTrigger()
 {
     ItemChnSidebar sidebar(3, 7, 4, nullptr);
     globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
     sidebar.setChnName(QStringLiteral("Clock"));
-    gDev->setChnTrig(3, 2);
     sidebar.setTrigCode(2);
+    const QSignalSpy told(&sidebar, &ItemChnSidebar::trigChosen);
     sidebar.reset();
     QCOMPARE(storedName(3), QString());
     QCOMPARE(nameOf(sidebar)->text(), QStringLiteral("Channel 3"));
     QCOMPARE(sidebar.row(), 3);
     QCOMPARE(sidebar.multiplier(), 1);
-    QCOMPARE(gDev->chnTrig[3], 0);
+    QCOMPARE(told, (QList<QList<QVariant>>{{3, 0}}));
     QVERIFY(!buttonOf(sidebar, QStringLiteral("btnHighLevel"))->selected);
 }
 

@@ -354,7 +354,7 @@ void TstMainViewRows::rowsThatAreKeptShowWhatIsStored()
     chnShowMultipPut({1, 1, 2, 1, 1, 1, 1, 1});
     globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
     gDev->setChnTrig(2, 3);
-    rows.view.rebuildChannels();
+    rows.view.rebuildChannels(*gDev);
     QCOMPARE(rows.order(), (QVector<int>{0, 1, 2, 3, 4, 5, 6, 7}));
     QCOMPARE(rows.sidebar(2).height(), 2 * rows.sidebar(1).height());
     QCOMPARE(rows.sidebar(3).findChild<QLineEdit *>(QStringLiteral("name"))->text(), QStringLiteral("Clock"));
@@ -367,7 +367,7 @@ void TstMainViewRows::aResetCanBeTakenBackOnce()
     Rows rows;
     globalSet(QStringLiteral("chnShowName3"), QStringLiteral("Clock"));
     gDev->setChnTrig(2, 3);
-    rows.view.rebuildChannels();
+    rows.view.rebuildChannels(*gDev);
     rows.take(0);
     rows.pull(110);
     rows.drop();
