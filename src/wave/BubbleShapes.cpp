@@ -8,8 +8,7 @@
 
 namespace {
 
-constexpr int boxHeight = 14; ///< pixels at 96 dpi
-constexpr int overhang = 10;  ///< how far a cut box reaches out of the row, pixels at 96 dpi
+constexpr int overhang = 10; ///< how far a cut box reaches out of the row, pixels at 96 dpi
 
 /// The columns [from, to) as a rectangle behind the last one, or as more of that.
 void addColumns(std::vector<QRect> &rects, int from, int to, int top, int height)
@@ -47,7 +46,7 @@ std::vector<CornerCut> cornerCuts(PixelScale scale)
     const int s = scale.s();
     const int margin = 2 * s;
     const int width = 8 * s;
-    const int height = scale.dp(boxHeight);
+    const int height = scale.dp(bubbleHeight);
     QImage image(width + 2 * margin, height + 2 * margin, QImage::Format_RGB32);
     image.fill(Qt::black);
     QPainter painter(&image);
@@ -79,7 +78,7 @@ void bubbleShapes(std::span<const DecodedBubble> bubbles, int width, int left, i
         rects->clear();
     }
     const int s = scale.s();
-    const int within = scale.dp(boxHeight) - s; // rows between the two edges
+    const int within = scale.dp(bubbleHeight) - s; // rows between the two edges
     const int reach = scale.dp(overhang);
     int chainFrom = -2 * reach; // columns of boxes that share their walls, none so far
     int chainTo = chainFrom;

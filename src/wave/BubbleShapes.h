@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+constexpr int bubbleHeight = 14; ///< of a box around a decoded frame, pixels at 96 dpi
+
 /// The pixels of boxes that do not overlap: `lids` are their upper and lower edges, a pixel high each, `walls` what
 /// stands between them. Neighbours that touch are one rectangle.
 struct BubbleShapes {

@@ -9,9 +9,8 @@
 
 namespace {
 
-constexpr int boxHeight = 14; ///< pixels at 96 dpi, as the two below
-constexpr int underText = 3;  ///< from a text's baseline to the box's end
-constexpr int signReach = 8;  ///< no sign reaches further
+constexpr int underText = 3; ///< from a text's baseline to the end of the box, pixels at 96 dpi, as the one below
+constexpr int signReach = 8; ///< no sign reaches further
 constexpr int shadowAlpha = 207;
 
 } // namespace
@@ -65,7 +64,7 @@ void DecodedPainter::paintBoxes(QPainter &painter, std::span<const DecodedBubble
     for (const std::vector<QRect> *rects : {&m_shapes.lids, &m_shapes.walls}) {
         painter.drawRects(rects->data(), int(rects->size()));
     }
-    QLinearGradient shade(0, 0, 0, view.scale.dp(boxHeight) / 2 + view.scale.s());
+    QLinearGradient shade(0, 0, 0, view.scale.dp(bubbleHeight) / 2 + view.scale.s());
     shade.setColorAt(0, gGreys[2]);
     shade.setColorAt(1.0, QColor(0, 0, 0, shadowAlpha));
     painter.setBrush(shade);
@@ -76,7 +75,7 @@ void DecodedPainter::paintTexts(QPainter &painter, std::span<const DecodedBubble
                                 int left, int right)
 {
     painter.setPen(gGreys[0]);
-    const int base = view.scale.dp(boxHeight) - view.scale.dp(underText) + view.scale.s() / 2;
+    const int base = view.scale.dp(bubbleHeight) - view.scale.dp(underText) + view.scale.s() / 2;
     const int top = base - QFontMetrics(gFontSmall).ascent();
     for (const DecodedBubble &box : boxes) {
         const std::int64_t x = textColumn(box);
