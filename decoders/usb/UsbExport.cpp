@@ -1,5 +1,4 @@
 #include "UsbResults.h"
-
 #include "common/Pcap.h"
 
 using lux::ExportWriter;
