@@ -1,0 +1,87 @@
+#include "HalfBitFinder.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr std::size_t mostWidths = 8192;
+constexpr std::size_t leastWidths = 6;
+constexpr double mostOff = 0.35;       ///< of half a bit: what a pulse may be off
+constexpr double leastShare = 1.0 / 3; ///< of pulses that a rate must fit
+constexpr double clearlyMore = 0.05;   ///< a shorter bit must fit more pulses by this share
+
+/// 1 or 2 for a pulse of half a bit or of a whole one, 0 for another.
+int halvesOf(double width, double half)
+{
+    for (const int halves : {1, 2}) {
+        if (std::abs(width - halves * half) <= mostOff * half) {
+            return halves;
+        }
+    }
+    return 0;
+}
+
+} // namespace
+
+HalfBitFinder::HalfBitFinder(const lux::ChannelReader &line)
+{
+    m_widths.reserve(mostWidths);
+    lux::ChannelReader ahead(line);
+    if (ahead.hasEdge()) {
+        ahead.nextEdge();
+    }
+    while (m_widths.size() < mostWidths && ahead.hasEdge()) {
+        const lux::Sample from = ahead.position();
+        m_widths.push_back(ahead.nextEdge() - from);
+    }
+    std::sort(m_widths.begin(), m_widths.end());
+}
+
+double HalfBitFinder::find() const
+{
+    if (m_widths.size() < leastWidths) {
+        return 0;
+    }
+    double best = 0;
+    double most = leastShare;
+    for (const std::size_t tenths : {9, 8, 7, 6, 5, 4, 3, 2, 1}) {
+        const double half = refined(double(m_widths[m_widths.size() * tenths / 10]));
+        const double share = shareOf(half);
+        if (half >= 1.0 && share > most + (best == 0 ? 0.0 : clearlyMore)) {
+            best = half;
+            most = share;
+        }
+    }
+    return best;
+}
+
+bool HalfBitFinder::fits(double half) const
+{
+    const auto first = std::upper_bound(m_widths.begin(), m_widths.end(), lux::Sample(0.4 * half));
+    const auto last = std::upper_bound(m_widths.begin(), m_widths.end(), lux::Sample(2.5 * half));
+    return m_widths.size() < leastWidths || double(last - first) >= leastShare * double(m_widths.size());
+}
+
+double HalfBitFinder::shareOf(double half) const
+{
+    const auto fitting = std::count_if(m_widths.begin(), m_widths.end(),
+                                       [half](lux::Sample width) { return halvesOf(double(width), half) != 0; });
+    return double(fitting) / double(m_widths.size());
+}
+
+/// The half bit that fits the pulses best, near this one.
+double HalfBitFinder::refined(double half) const
+{
+    for (int round = 0; round < 4; ++round) {
+        double samples = 0;
+        double halves = 0;
+        for (const lux::Sample width : m_widths) {
+            const int count = halvesOf(double(width), half);
+            samples += count != 0 ? double(width) : 0.0;
+            halves += count;
+        }
+        half = halves > 0 ? samples / halves : half;
+    }
+    return half;
+}

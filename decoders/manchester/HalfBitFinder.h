@@ -1,0 +1,23 @@
+#pragma once
+
+#include <corvanlux/analyzer/ChannelReader.h>
+#include <cstdint>
+#include <vector>
+
+/// Finds the bit time of a line on which edges are half a bit or a whole one apart, from some thousand edges.
+class HalfBitFinder {
+public:
+    explicit HalfBitFinder(const lux::ChannelReader &line);
+
+    /// Samples of half a bit; 0 when there is none to be found. Where all edges are equally far apart, they are taken
+    /// for half bits.
+    [[nodiscard]] double find() const;
+    /// Whether a third of the pulses at least may be half a bit or a whole one of this length.
+    [[nodiscard]] bool fits(double half) const;
+
+private:
+    [[nodiscard]] double shareOf(double half) const;
+    [[nodiscard]] double refined(double half) const;
+
+    std::vector<lux::Sample> m_widths; ///< in rising order
+};

@@ -1,0 +1,80 @@
+#include "ManchesterSimulation.h"
+
+#include "ManchesterAnalyzer.h"
+
+using lux::Simulation;
+using lux::SimulationLine;
+
+namespace {
+
+constexpr std::int64_t simulatedAutoRate = 20000;
+
+} // namespace
+
+ManchesterSimulated ManchesterSimulated::of(std::uint32_t number)
+{
+    constexpr std::uint32_t preamble = 0xaa;
+    ManchesterSimulated made;
+    const auto add = [&made](std::uint32_t byte) {
+        for (unsigned bit = 8; bit > 0; --bit) {
+            made.bits.push_back((byte >> (bit - 1) & 1U) != 0);
+        }
+    };
+    add(preamble);
+    for (std::uint32_t i = 0; i <= number % 12; ++i) {
+        add(number * 29 + i * 83 + 1);
+    }
+    return made;
+}
+
+/// Runs with pauses between them. All codes begin with a bit whose first edge can be seen.
+void ManchesterAnalyzer::simulate(Simulation &simulation)
+{
+    std::int64_t rate = m_settings.bitrate.value() != 0 ? m_settings.bitrate.value() : simulatedAutoRate;
+    while (m_settings.bitrate.value() == 0 && rate > 1 && simulation.sampleRate() < 2 * leastSamplesPerBit * rate) {
+        rate /= 2;
+    }
+    const bool rest = m_settings.polarity == ManchesterPolarity::Low;
+    SimulationLine &line = simulation.line(m_settings.data, rest);
+    if (simulation.sampleRate() < leastSamplesPerBit * rate) {
+        simulation.hold(simulation.sampleRate()); // no bit could be told
+        return;
+    }
+    const auto half = [&] { simulation.holdTime(1, 2 * rate); };
+    const auto bit = [&](bool value) {
+        switch (m_settings.decodeAs.value()) {
+        case BiphaseCode::Manchester: {
+            const bool isAuto = m_settings.convention == ManchesterSense::Auto;
+            const bool rises = value == (isAuto ? rest : m_settings.convention == ManchesterSense::Rising);
+            line.set(!rises);
+            half();
+            line.set(rises);
+            break;
+        }
+        case BiphaseCode::Differential:
+            line.set(line.level() == value);
+            half();
+            line.toggle();
+            break;
+        case BiphaseCode::Mark:
+        case BiphaseCode::Space:
+            line.toggle();
+            half();
+            line.set(line.level() != (value == (m_settings.decodeAs == BiphaseCode::Mark)));
+            break;
+        }
+        half();
+    };
+    line.set(rest);
+    simulation.holdTime(8 + simulation.random(20), 2 * rate);
+    const ManchesterSimulated run = ManchesterSimulated::of(m_sent++);
+    for (const bool value : run.bits) {
+        bit(value);
+    }
+    if (m_settings.decodeAs == BiphaseCode::Mark || m_settings.decodeAs == BiphaseCode::Space) {
+        line.toggle(); // ends the last bit
+        half();
+    }
+    line.set(rest);
+    simulation.holdTime(8, 2 * rate);
+}
