@@ -137,6 +137,7 @@ bool BiphaseLine::next(BiphaseRun &run)
         if (run.bits.size() >= leastBits && (m_hasBegin || m_isTold)) {
             m_isFresh = false;
             run.end = std::min(run.end, m_line.sampleCount());
+            m_lastEnd = run.end;
             return true;
         }
     }
@@ -195,7 +196,7 @@ void BiphaseLine::addAtMiddle(BiphaseRun &run)
         return; // nobody knows how it begins
     }
     const bool hasBegin = m_before == HalfClock::Half;
-    run.bits.push_back({.begin = hasBegin ? m_previous : std::max<Sample>(here - m_clock.half(), 0),
+    run.bits.push_back({.begin = hasBegin ? m_previous : std::max(here - m_clock.half(), m_lastEnd),
                         .at = here,
                         .value = m_code == BiphaseCode::Manchester ? isOne(m_line.level()) : !hasBegin});
     const bool hasEnd = widthHere() == HalfClock::Half;

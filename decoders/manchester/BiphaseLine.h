@@ -94,15 +94,16 @@ private:
     ManchesterSense m_sense;
     bool m_restsHigh;
     bool m_oneIsHigh;
-    int m_firstEdge = -1;     ///< of runs: 0 is an edge that each bit has, 1 is another; -1 is not known
-    bool m_isBegin = true;    ///< nothing was read yet
-    bool m_isRestart = false; ///< the line stands where the next run begins
-    bool m_isLonger = false;  ///< the next run goes on with this one
-    bool m_hasBegin = false;  ///< a silence was seen before the run
-    bool m_isFresh = false;   ///< no run was seen since the line rested
-    int m_kept = -1;          ///< the parity that the run before leaves to the next one; -1 for none
-    bool m_isTold = false;    ///< the run's own edges tell which those are that each bit has
-    unsigned m_parity = 0;    ///< of halves from the run's first edge to those that each bit has
+    int m_firstEdge = -1;      ///< of runs: 0 is an edge that each bit has, 1 is another; -1 is not known
+    bool m_isBegin = true;     ///< nothing was read yet
+    bool m_isRestart = false;  ///< the line stands where the next run begins
+    bool m_isLonger = false;   ///< the next run goes on with this one
+    bool m_hasBegin = false;   ///< a silence was seen before the run
+    bool m_isFresh = false;    ///< no run was seen since the line rested
+    int m_kept = -1;           ///< the parity that the run before leaves to the next one; -1 for none
+    bool m_isTold = false;     ///< the run's own edges tell which those are that each bit has
+    unsigned m_parity = 0;     ///< of halves from the run's first edge to those that each bit has
+    lux::Sample m_lastEnd = 0; ///< of the run before
     // Where the line stands within a run.
     HalfClock::Width m_before = HalfClock::Silence; ///< from the edge before to the one here
     lux::Sample m_previous = 0;                     ///< the edge before

@@ -2,70 +2,51 @@
 
 #include "MidiAnalyzer.h"
 
+#include <array>
+
 using lux::Simulation;
 using lux::SimulationLine;
 
 MidiSimulated MidiSimulated::of(std::uint32_t number)
 {
-    constexpr std::uint32_t kinds = 16;
-    const auto channel = std::uint8_t(number / kinds & 0x0fU);
-    const auto first = std::uint8_t(number * 11 & 0x7fU);
-    const auto second = std::uint8_t(1 + number * 7 % 0x7fU);
-    const auto channelMessage = [&](unsigned kind) { return std::uint8_t(kind | channel); };
+    struct Kind {
+        std::uint8_t status; ///< 0 for the running one
+        std::uint32_t dataBytes;
+    };
+    static constexpr std::array<Kind, 16> kinds = {{{0x90, 2},
+                                                    {0, 2},
+                                                    {0, 2},
+                                                    {0xb0, 2},
+                                                    {0xc0, 1},
+                                                    {0xe0, 2},
+                                                    {0x80, 2},
+                                                    {0xa0, 2},
+                                                    {0xd0, 1},
+                                                    {0xf8, 0},
+                                                    {0xf1, 1},
+                                                    {0xf2, 2},
+                                                    {0xf0, 0},
+                                                    {0xf3, 1},
+                                                    {0xf6, 0},
+                                                    {0x90, 1}}}; // the last byte of the last one is missing
+    const Kind &kind = kinds[number % kinds.size()];
+    const std::uint32_t round = std::uint32_t(number / kinds.size());
     MidiSimulated made;
-    switch (number % kinds) {
-    case 0:
-        made.bytes = {channelMessage(0x90), first, second};
-        break;
-    case 1:
-    case 2:
-        made.bytes = {first, second}; // on the running status
-        break;
-    case 3:
-        made.bytes = {channelMessage(0xb0), first, second};
-        break;
-    case 4:
-        made.bytes = {channelMessage(0xc0), first};
-        break;
-    case 5:
-        made.bytes = {channelMessage(0xe0), first, second};
-        break;
-    case 6:
-        made.bytes = {channelMessage(0x80), first, second};
-        break;
-    case 7:
-        made.bytes = {channelMessage(0xa0), first, second};
-        break;
-    case 8:
-        made.bytes = {channelMessage(0xd0), first};
-        break;
-    case 9:
-        made.bytes = {0xf8};
-        break;
-    case 10:
-        made.bytes = {0xf1, first};
-        break;
-    case 11:
-        made.bytes = {0xf2, first, second};
-        break;
-    case 12:
-        made.bytes = {0xf0, 0x7d};
-        for (std::uint32_t i = 0; i < number / kinds % 40; ++i) {
+    if (kind.status != 0) {
+        const bool isOfChannel = kind.status < MidiParser::systemExclusive;
+        made.bytes.push_back(std::uint8_t(kind.status | (isOfChannel ? round & 0x0fU : 0U)));
+    }
+    for (std::uint32_t i = 0; i < kind.dataBytes; ++i) {
+        made.bytes.push_back(std::uint8_t(i == 0 ? number * 11 & 0x7fU : 1 + number * 7 % 0x7fU));
+    }
+    if (kind.status == MidiParser::systemExclusive) {
+        made.bytes.push_back(0x7d);
+        for (std::uint32_t i = 0; i < round % 40; ++i) {
             made.bytes.push_back(std::uint8_t((number + i * 5) & 0x7fU));
         }
-        made.bytes.push_back(0xf7);
-        break;
-    case 13:
-        made.bytes = {0xf3, first};
-        break;
-    case 14:
-        made.bytes = {0xf6};
-        break;
-    default:
-        made.bytes = {channelMessage(0x90), first}; // its last byte is missing
-        made.isError = true;
-        break;
+        made.bytes.push_back(MidiParser::endOfExclusive);
     }
+    made.isError = number % kinds.size() == kinds.size() - 1;
     if (number % 5 == 4 && made.bytes.size() > 1) {
         made.realTime = number % 2 == 0 ? 0xfe : 0xf8;
     }
