@@ -13,7 +13,11 @@ constexpr unsigned bitsOfRequest = 8;
 constexpr unsigned bitsOfAck = 3;
 constexpr unsigned bitsOfData = 32;
 constexpr std::int64_t onesOfReset = 50;
-constexpr std::int64_t idleBits = 2;   ///< before a request that ends a stretch that nobody understands
+/// Clocks at rest before a request that ends a stretch that nobody understands; more before one that is refused.
+constexpr std::int64_t idleBits = 2;
+constexpr std::int64_t idleBitsOfRefused = 8;
+/// A capture begins at rest where the first clock comes later than so many clocks.
+constexpr std::int64_t clocksOfRest = 8;
 constexpr std::uint64_t runDetect = 1; ///< ORUNDETECT of CTRL/STAT
 
 SwdAck ackOf(std::uint64_t bits)
@@ -39,11 +43,11 @@ void SwdAnalyzer::decode()
     m_select = {};
     m_turn = 1;
     m_alwaysHasData = false;
-    m_isLost = false;
+    m_isLost = true; // a capture may begin anywhere
     m_isAway = false;
     m_onesBefore = 0;
-    m_zeros = idleBits;
     SwdBits bits(reader(m_settings.swclk), reader(m_settings.swdio));
+    m_zeros = beginsAtRest(bits) ? idleBitsOfRefused : 0;
     while (bits.left() > 0) {
         SwdBits ahead(bits);
         if (!ahead.next().value) {
@@ -54,8 +58,8 @@ void SwdAnalyzer::decode()
         }
         Request request;
         ahead = bits;
-        const bool isSure = !m_isLost || m_zeros >= idleBits;
-        if (!m_isAway && isSure && m_onesBefore == 0 && readRequest(ahead, request)) {
+        if (!m_isAway && m_onesBefore == 0 && readRequest(ahead, request) &&
+            (!m_isLost || (m_zeros >= idleBits && isSound(ahead, request)))) {
             m_zeros = 0;
             bits = ahead;
             readTransfer(bits, request);
@@ -63,6 +67,15 @@ void SwdAnalyzer::decode()
             readOnes(bits);
         }
     }
+}
+
+bool SwdAnalyzer::beginsAtRest(SwdBits bits)
+{
+    if (bits.left() < 2) {
+        return false;
+    }
+    const Sample first = bits.next().at;
+    return first > clocksOfRest * (bits.next().at - first);
 }
 
 /// B4.2.1: start, APnDP, RnW, A[2:3], parity, stop, park.
@@ -84,6 +97,28 @@ bool SwdAnalyzer::readRequest(SwdBits &bits, Request &request)
     request.address = word >> 1 & 0x0cU;
     request.hasParity = std::popcount(word & 0x3eU) % 2 == 0;
     return true;
+}
+
+/// Whether what stands behind a request is an answer, with data of right parity behind OK, and then something that
+/// leads on: only then does it end a stretch that nobody understands.
+bool SwdAnalyzer::isSound(SwdBits bits, const Request &request) const
+{
+    if (!request.hasParity || bits.left() < m_turn + bitsOfAck) {
+        return false;
+    }
+    bits.skip(m_turn);
+    Sample last = 0;
+    const SwdAck ack = ackOf(bits.number(bitsOfAck, last));
+    if (ack == SwdAck::Wait || ack == SwdAck::Fault) {
+        return m_zeros >= idleBitsOfRefused && (leadsOn(bits, m_turn) || leadsOn(bits, m_turn + bitsOfData + 1));
+    }
+    if (ack != SwdAck::Ok || bits.left() < m_turn + bitsOfData + 1) {
+        return false;
+    }
+    bits.skip(request.isRead ? 0 : m_turn);
+    const std::uint64_t data = bits.number(bitsOfData, last);
+    const bool parity = bits.next().value;
+    return (std::popcount(data) % 2 != 0) == parity && leadsOn(bits, request.isRead ? m_turn : 0);
 }
 
 /// Ones that begin no request: a line reset, or a stretch that nobody understands. A sequence may follow.
@@ -132,11 +167,10 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
 /// B4.2.2 to B4.2.6: after the turn-around the answer, after OK the data.
 void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
 {
+    m_isLost = false;
     if (!request.hasParity) {
-        if (!m_isLost) {
-            results().mark(m_settings.swdio, request.last, MarkerType::ErrorX);
-            results().add(frameOf(request, SwdResults::Request));
-        }
+        results().mark(m_settings.swdio, request.last, MarkerType::ErrorX);
+        results().add(frameOf(request, SwdResults::Request));
         passOver(bits);
         return;
     }
@@ -151,10 +185,6 @@ void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
     // Behind a line reset TARGETSEL selects one of several targets; none of them answers (B4.3.4).
     const bool isSelection = !request.isAp && !request.isRead && request.address == 0xc && ack == SwdAck::NoReply;
     if (ack != SwdAck::Ok && !isSelection) {
-        if (m_isLost && (ack == SwdAck::NoReply || ack == SwdAck::Error)) {
-            passOver(bits);
-            return;
-        }
         results().mark(m_settings.swdio, frame.lastSample, ack == SwdAck::Wait ? MarkerType::X : MarkerType::ErrorX);
         results().add(frame);
         passOver(bits);
@@ -168,7 +198,6 @@ void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
     }
     results().mark(m_settings.swdio, request.first, MarkerType::Start);
     results().add(frame);
-    m_isLost = false;
     if (request.isRead) {
         bits.skip(m_turn);
     } else {

@@ -27,8 +27,10 @@ private:
         unsigned address = 0;
     };
 
+    [[nodiscard]] static bool beginsAtRest(SwdBits bits);
     [[nodiscard]] static bool readRequest(SwdBits &bits, Request &request);
     [[nodiscard]] bool leadsOn(SwdBits bits, std::int64_t skipped) const;
+    [[nodiscard]] bool isSound(SwdBits bits, const Request &request) const;
     void readOnes(SwdBits &bits);
     void readTransfer(SwdBits &bits, const Request &request);
     void passOver(SwdBits &bits);
@@ -43,7 +45,7 @@ private:
     SwdSelect m_select;
     unsigned m_turn = 1;          ///< clocks of a turn-around
     bool m_alwaysHasData = false; ///< ORUNDETECT: WAIT and FAULT have data too
-    bool m_isLost = false;        ///< what came last was no request
+    bool m_isLost = false;        ///< what came last is not understood
     bool m_isAway = false;        ///< the wires speak another protocol
     std::int64_t m_onesBefore = 0;
     std::int64_t m_zeros = 0;

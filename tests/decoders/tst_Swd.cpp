@@ -128,6 +128,7 @@ private slots:
     void registersHaveTheirNames();
     void banksAreFollowed();
     void cutEndsShowNothingFalse();
+    void aCaptureMayBeginAnywhere();
     void positionsAreWiderThan32Bits();
     void textsGoFromShortToLong();
     void errorsAreMarked();
@@ -172,12 +173,12 @@ void TstSwd::theTargetMayChangeTheLineRightBehindTheEdge()
 void TstSwd::wrongParityOfDataIsTold()
 {
     Wires wires;
-    wires.idle().read(Ap, 0, 3, true).idle().write(Ap, 0, 7, true).idle().write(Ap, 0, 8);
+    wires.reset().read(Ap, 0, 3, true).idle().write(Ap, 0, 7, true).idle().write(Ap, 0, 8);
     const Desk desk(wires, lines);
     QCOMPARE(desk.summaries(),
-             (Texts{transfer(1, true, 0, "OK", value(3, true)), transfer(1, false, 0, "OK", value(7, true)),
+             (Texts{"reset", transfer(1, true, 0, "OK", value(3, true)), transfer(1, false, 0, "OK", value(7, true)),
                     transfer(1, false, 0, "OK", value(8))}));
-    QVERIFY(desk.frame(0).text.find("wrong parity") != std::string::npos);
+    QVERIFY(desk.frame(1).text.find("wrong parity") != std::string::npos);
 }
 
 void TstSwd::otherAnswersHaveNoData_data()
@@ -387,6 +388,27 @@ void TstSwd::cutEndsShowNothingFalse()
         const auto cut = Desk(wires, lines, 1000000, length).frames();
         QCOMPARE(decoderChecks::faultOfCut(cut, whole), std::string());
         QVERIFY(length <= wires.ends[0] || cut.size() > 1);
+    }
+}
+
+void TstSwd::aCaptureMayBeginAnywhere()
+{
+    Wires wires;
+    wires.reset().read(Dp, 0, 0x2ba01477).idle().write(Dp, 8, 0xf0).idle(2).read(Ap, 0, 0xa5a5a5a5).idle();
+    wires.read(Dp, 4, 0xf0000040).idle(8).refused(Ap, true, 0, Wait).idle(3).read(Ap, 0, 0x12345678).idle();
+    const Texts whole = Desk(wires, lines).summaries();
+    for (std::int64_t from = 1; from < wires.now(); ++from) {
+        const Texts got = Desk(wires, lines, 1000000, -1, from).summaries();
+        std::size_t left = 0;
+        while (left < wires.starts.size() && wires.starts[wires.starts.size() - 1 - left] > from) {
+            ++left;
+        }
+        // The reset, cut, may still be one; the first transfer may not have enough clocks at rest before it.
+        QVERIFY2(got.size() + 1 >= left && got.size() <= left + 1, std::to_string(from).c_str());
+        const bool hasReset = !got.empty() && got.front() == "reset";
+        left = std::min(left, got.size() - std::size_t(hasReset));
+        const bool isSame = std::equal(got.end() - std::ptrdiff_t(left), got.end(), whole.end() - std::ptrdiff_t(left));
+        QVERIFY2(isSame && got.size() == left + std::size_t(hasReset), std::to_string(from).c_str());
     }
 }
 
