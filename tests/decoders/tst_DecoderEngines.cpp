@@ -1,10 +1,12 @@
 #include "common/BitGrid.h"
 #include "common/BitOrder.h"
+#include "common/BusLines.h"
 #include "common/Crc.h"
 #include "common/Duration.h"
 #include "common/FilteredLine.h"
 #include "common/Parity.h"
 #include "common/SelectSpans.h"
+#include "common/StrobedBus.h"
 #include "support/DecodeDesk.h"
 
 #include <QtTest>
@@ -49,6 +51,8 @@ private slots:
     void timesBecomeSamplesWithoutOverflow();
     void selectSpansTellWhatTheCaptureCuts();
     void theFilteredLineHasNoShortPulses();
+    void busLinesAreReadAsANumber();
+    void aStrobeTellsWhereItBeginsAndEnds();
 };
 
 void TstDecoderEngines::bitPositionsAreExactFractions()
@@ -174,6 +178,48 @@ void TstDecoderEngines::theFilteredLineHasNoShortPulses()
     QVERIFY(again.levelAt(28));
     QVERIFY(again.hasEdgeBefore(41));
     QVERIFY(!again.hasEdgeBefore(40));
+}
+
+void TstDecoderEngines::busLinesAreReadAsANumber()
+{
+    TestCapture capture(1000000, 100);
+    capture.channel(0, false, {10, 20, 30}).channel(1, true, {15}).channel(2, false, {40});
+    lux::detail::RunControl control;
+    lux::BusLines lines;
+    for (const std::uint32_t channel : {0U, 1U, 5U, 2U}) { // the third one is not there
+        lines.add(ChannelReader(capture.root(channel), control, 100));
+    }
+    const std::array<unsigned, 9> expected = {2, 2, 3, 3, 1, 0, 1, 1, 9};
+    const std::array<std::int64_t, 9> at = {0, 9, 10, 14, 15, 20, 30, 39, 40};
+    for (std::size_t i = 0; i < at.size(); ++i) {
+        QCOMPARE(lines.at(at[i]), std::uint64_t(expected[i]));
+        QCOMPARE(lines.at(at[i]), std::uint64_t(expected[i])); // again at the same place
+    }
+    QCOMPARE(lines.at(99), std::uint64_t(9));
+    QCOMPARE(lines.at(12), std::uint64_t(3)); // behind where it stands
+}
+
+void TstDecoderEngines::aStrobeTellsWhereItBeginsAndEnds()
+{
+    TestCapture capture(1000000, 100);
+    capture.channel(0, false, {10, 20, 30, 40});
+    lux::detail::RunControl control;
+    lux::Strobe low(ChannelReader(capture.root(0), control, 100), lux::ActiveLevel::Low);
+    QVERIFY(low.isActive()); // since the capture's begin
+    QVERIFY(low.advance());
+    QCOMPARE(low.first(), std::int64_t(0));
+    QCOMPARE(low.end(), std::int64_t(10));
+    QVERIFY(!low.advance());
+    QVERIFY(low.advance());
+    QCOMPARE(low.first(), std::int64_t(20));
+    QCOMPARE(low.end(), std::int64_t(30));
+    QVERIFY(!low.advance());
+    QVERIFY(!low.hasEdge());
+    QCOMPARE(low.peekEdge(), INT64_MAX);
+    // A line that is not there is never active.
+    const lux::Strobe none(ChannelReader(control, 100), lux::ActiveLevel::Low);
+    QVERIFY(!none.isActive() && !none.hasEdge());
+    QCOMPARE(none.end(), std::int64_t(-1));
 }
 
 QTEST_GUILESS_MAIN(TstDecoderEngines)
