@@ -1,4 +1,5 @@
 #include "CanResults.h"
+#include "common/Pcap.h"
 
 #include <algorithm>
 #include <array>
@@ -118,15 +119,8 @@ void CanResults::writeCandumpLine(ExportWriter &out, const FrameData &frame) con
 /// The file head of pcap with times in nanoseconds, link type LINKTYPE_CAN_SOCKETCAN.
 void CanResults::exportPcap(ExportWriter &out) const
 {
-    constexpr std::uint32_t magicOfNanoseconds = 0xa1b23c4d;
-    constexpr std::uint32_t longestPacket = 65535;
     constexpr std::uint32_t linkType = 227;
-    out.little(magicOfNanoseconds, 4);
-    out.little(2, 2); // version 2.4
-    out.little(4, 2);
-    out.little(0, 8); // times are those of the capture, all digits are right
-    out.little(longestPacket, 4);
-    out.little(linkType, 4);
+    lux::writePcapHead(out, linkType);
     const std::uint64_t count = frameCount();
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
@@ -140,19 +134,11 @@ void CanResults::exportPcap(ExportWriter &out) const
 /// A packet has always room for the most bytes of its format, as the system's own captures have.
 void CanResults::writePacket(ExportWriter &out, const FrameData &frame) const
 {
-    constexpr std::int64_t nanoseconds = 1000000000;
     constexpr std::size_t headBytes = 8;
     const bool isFd = has(frame, Fd);
     const std::span<const std::uint8_t> data = dataOf(frame);
     const std::size_t room = isFd ? CanFrame::mostBytes : classicBytes;
-    const std::int64_t rate = GetSampleRate();
-    const std::int64_t rest = frame.firstSample % rate;
-    // The rate is at most 10^10 Hz and the rest below it: as one product it would not stay within 64 bits.
-    const auto nanos = std::int64_t(static_cast<long double>(rest) * nanoseconds / static_cast<long double>(rate));
-    out.little(std::uint64_t(frame.firstSample / rate), 4);
-    out.little(std::uint64_t(nanos), 4);
-    out.little(headBytes + room, 4);
-    out.little(headBytes + room, 4);
+    lux::writePcapPacketHead(out, frame.firstSample, GetSampleRate(), headBytes + room);
 
     const std::uint32_t flags = (has(frame, Extended) ? extendedFlag : 0U) | (has(frame, Remote) ? remoteFlag : 0U);
     const unsigned fdFlags =

@@ -73,13 +73,17 @@ void UsbAnalyzer::decode()
 bool UsbAnalyzer::findSpeed()
 {
     UsbSpeed speed = m_settings.speed;
+    const auto found = UsbSpeedFinder::find(reader(m_settings.dp), reader(m_settings.dm));
+    const auto other = speed == UsbSpeed::Low ? UsbSpeedFinder::Found::Full : UsbSpeedFinder::Found::Low;
     if (speed == UsbSpeed::Auto) {
-        const auto found = UsbSpeedFinder::find(reader(m_settings.dp), reader(m_settings.dm));
         if (found == UsbSpeedFinder::Found::Nothing) {
             return false; // neither line is ever high
         }
         speed = found == UsbSpeedFinder::Found::Full ? UsbSpeed::Full : UsbSpeed::Low;
         tell(speed == UsbSpeed::Full ? "Speed found: full speed" : "Speed found: low speed");
+    } else if (found == other) {
+        tell(speed == UsbSpeed::Low ? "The idle level of the bus is that of full speed"
+                                    : "The idle level of the bus is that of low speed");
     }
     m_fullSpeed = speed == UsbSpeed::Full;
     const std::int64_t rate = m_fullSpeed ? UsbReceiver::fullRate : UsbReceiver::lowRate;
@@ -148,6 +152,23 @@ void UsbAnalyzer::singleEndedZero(UsbLine &line, const UsbReceiver &receiver, Us
     }
 }
 
+/// Without a sync pattern there is no packet, unless all that is behind it looks like one: noise is none.
+bool UsbAnalyzer::isPacket(const UsbPacket &packet)
+{
+    constexpr unsigned syncBits = 8;
+    const bool hasSync = packet.bits >= syncBits && packet.sync == usb::sync;
+    return hasSync || (packet.kind() != usb::Kind::Unknown && packet.end == UsbEnd::EndOfPacket);
+}
+
+void UsbAnalyzer::addError(const UsbPacket &packet, const UsbReceiver &receiver, UsbTransactions &transactions)
+{
+    const Sample bits = receiver.samplesOf(packet.end == UsbEnd::StuffError ? 7 : 1);
+    transactions.add(FrameData{.firstSample = std::max(packet.first, packet.last - bits + 1),
+                               .lastSample = packet.last,
+                               .kind = UsbResults::Error,
+                               .extra = std::uint32_t(packet.end)});
+}
+
 /// K: a packet begins, or the bus resumes.
 void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransactions &transactions)
 {
@@ -162,7 +183,7 @@ void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransa
         line.next(); // a glitch
         return;
     }
-    UsbPacket packet;
+    UsbPacket &packet = m_packet;
     receiver.receive(line, packet);
     if (packet.end == UsbEnd::CaptureEnd) {
         transactions.finish();
@@ -171,14 +192,14 @@ void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransa
         }
         return;
     }
-    mark(packet);
-    transactions.add(packet);
+    if (isPacket(packet)) {
+        mark(packet);
+        transactions.add(packet);
+    }
     if (packet.end == UsbEnd::StuffError || packet.end == UsbEnd::Babble) {
-        const Sample bits = receiver.samplesOf(packet.end == UsbEnd::StuffError ? 7 : 1);
-        transactions.add(FrameData{.firstSample = std::max(packet.first, packet.last - bits + 1),
-                                   .lastSample = packet.last,
-                                   .kind = UsbResults::Error,
-                                   .extra = std::uint32_t(packet.end)});
+        if (isPacket(packet)) {
+            addError(packet, receiver, transactions);
+        }
         waitForIdle(line, receiver, false);
     } else if (line.state() == UsbState::K && line.hasChange()) {
         line.next();

@@ -27,10 +27,13 @@ private:
     void idle(UsbLine &line, UsbTransactions &transactions);
     void singleEndedZero(UsbLine &line, const UsbReceiver &receiver, UsbTransactions &transactions) const;
     void activity(UsbLine &line, const UsbReceiver &receiver, UsbTransactions &transactions);
+    [[nodiscard]] static bool isPacket(const UsbPacket &packet);
+    static void addError(const UsbPacket &packet, const UsbReceiver &receiver, UsbTransactions &transactions);
     void mark(const UsbPacket &packet);
     [[nodiscard]] bool isReset(lux::Sample length) const;
     [[nodiscard]] lux::Sample microseconds(std::int64_t count) const;
 
+    UsbPacket m_packet; ///< the one that is being received: a kilobyte that is not made anew for each
     bool m_fullSpeed = false;
     std::uint32_t m_sent = 0; ///< rounds of the simulation
 };

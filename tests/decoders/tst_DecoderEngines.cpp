@@ -4,6 +4,7 @@
 #include "common/Crc.h"
 #include "common/Duration.h"
 #include "common/FilteredLine.h"
+#include "common/LinePair.h"
 #include "common/Parity.h"
 #include "common/SelectSpans.h"
 #include "common/StrobedBus.h"
@@ -49,6 +50,7 @@ private slots:
     void bitsAreCollectedInBothOrders();
     void crcsHaveTheirCheckValues();
     void timesBecomeSamplesWithoutOverflow();
+    void pairsOfLinesGoFromChangeToChange();
     void selectSpansTellWhatTheCaptureCuts();
     void theFilteredLineHasNoShortPulses();
     void busLinesAreReadAsANumber();
@@ -128,6 +130,26 @@ void TstDecoderEngines::timesBecomeSamplesWithoutOverflow()
     QCOMPARE(lux::samplesIn(50, 100000000), std::int64_t(5));
     QCOMPARE(lux::samplesIn(49, 100000000), std::int64_t(4));
     QCOMPARE(lux::samplesIn(2000000000, 10000000000), std::int64_t(20000000000));
+}
+
+void TstDecoderEngines::pairsOfLinesGoFromChangeToChange()
+{
+    TestCapture capture(1000, 100);
+    capture.channel(0, false, {10, 30, 60}).channel(1, true, {20, 30});
+    lux::detail::RunControl control;
+    lux::LinePair pair(ChannelReader(capture.root(0), control, 100), ChannelReader(capture.root(1), control, 100));
+    QCOMPARE(pair.begin(), std::int64_t(0));
+    QCOMPARE(pair.levels(), 2U);
+    const std::pair<std::int64_t, unsigned> changes[] = {{10, 3}, {20, 1}, {30, 2}, {60, 3}};
+    for (const auto &[at, levels] : changes) {
+        QVERIFY(pair.hasChange());
+        QCOMPARE(pair.peekChange(), at);
+        pair.next();
+        QCOMPARE(pair.begin(), at);
+        QCOMPARE(pair.levels(), levels);
+    }
+    QVERIFY(!pair.hasChange());
+    QCOMPARE(pair.peekChange(), pair.sampleCount());
 }
 
 void TstDecoderEngines::selectSpansTellWhatTheCaptureCuts()

@@ -300,6 +300,9 @@ void TstUsb::aWrongSyncPatternIsTold()
     const Decoded desk(wire);
     QCOMPARE(desk.packets(), Texts{"packet pid=ACK err=1"});
     QCOMPARE(desk.frame(0).text, std::string("ACK, wrong sync pattern"));
+    Wire noise;
+    noise.idle(20).raw({0x40, 0xd3}).raw({0x40}).bits(Wire::bitsOf({0x40, 0xd2})).idle(40).handshake(0x5a).idle(40);
+    QCOMPARE(Decoded(noise).packets(), Texts{"packet pid=NAK err=0"});
 }
 
 void TstUsb::sevenOnesBreakAPacket()
@@ -489,6 +492,9 @@ void TstUsb::theSpeedIsFound()
     const Decoded desk(wire, "dp=0,dm=1");
     QCOMPARE(desk.packets(), (Texts{"packet pid=IN addr=5 ep=0 err=0", "packet pid=NAK err=0"}));
     QCOMPARE(desk.message(), std::string(fullSpeed ? "Speed found: full speed" : "Speed found: low speed"));
+    const Decoded wrong(wire, fullSpeed ? lowLines : fullLines);
+    QCOMPARE(wrong.message(), std::string(fullSpeed ? "The idle level of the bus is that of full speed"
+                                                    : "The idle level of the bus is that of low speed"));
     Wire quiet(fullSpeed);
     quiet.idle(1000).state(false, true).samples(1).idle(10);
     QVERIFY(Decoded(quiet, "dp=0,dm=1").packets().empty());
