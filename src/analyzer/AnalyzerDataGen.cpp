@@ -155,8 +155,12 @@ void AnalyzerDataGen::findMark()
         }
         return;
     }
+    if (!m_mark->frame) {
+        m_mark->resetNumber = m_shown.resetNumber; // its row was asked for while this list was on its way
+        return;
+    }
     const auto same = [this](const ResultList::Row &row) {
-        return m_mark->frame && row.analyzer == m_mark->frame->analyzer && row.first == m_mark->frame->first &&
+        return row.analyzer == m_mark->frame->analyzer && row.first == m_mark->frame->first &&
                row.last == m_mark->frame->last && row.frame == m_mark->frame->frame;
     };
     const auto found = std::find_if(m_shown.rowRanges.begin(), m_shown.rowRanges.end(), same);

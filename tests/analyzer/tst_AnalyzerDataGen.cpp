@@ -253,6 +253,12 @@ void TstAnalyzerDataGen::theClickedRowMovesWithThePage()
     desk.list->begFrameChanged(100); // the last page begins before the row that was asked for
     QVERIFY(desk.shows("A97 A98 A99"));
     QCOMPARE(desk.selected, 51 - 97);
+    desk.reset();
+    desk.list->markRow(5); // while the new list is on its way
+    desk.list->begFrameChanged(4);
+    QVERIFY(desk.shows("A4 A5 A6"));
+    QVERIFY(desk.marked);
+    QCOMPARE(desk.selected, 1);
 }
 
 void TstAnalyzerDataGen::aResetForgetsTheClickedRow()

@@ -30,8 +30,18 @@ public:
         section->show();
         section->view->setFixedHeight(rowsOnShow * ResultView::gridHeight());
     }
-    /// Decodes a channel.
-    bool add(int channel = 0) { return desk.add(channel) && desk.waitForWorkers(); }
+    /// Decodes a channel, and waits until all its frames are listed.
+    bool add(int channel = 0)
+    {
+        if (!desk.add(channel) || !desk.waitForWorkers()) {
+            return false;
+        }
+        std::uint64_t all = 0;
+        for (int i = 0; i < desk.manager->count(); ++i) {
+            all += desk.frames(i);
+        }
+        return QTest::qWaitFor([this, all] { return section->search->countText() == QString::number(all); }, 20000);
+    }
     [[nodiscard]] QStringList rows() const
     {
         return qobject_cast<QStringListModel *>(section->view->model())->stringList();
