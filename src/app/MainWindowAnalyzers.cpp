@@ -39,8 +39,7 @@ void MainWindow::buildAnalyzers()
 
 void MainWindow::buildResults()
 {
-    protocolResult = new ProtocolResult(*analyzerMgr, *waveGen, analyzerView);
-    analyzerView->addSection(AnalyzerView::Results, protocolResult);
+    protocolResult = new ProtocolResult(*analyzerMgr, *waveGen);
     const auto askPath = [](QWidget *parent, int kind) {
         return FileDialogs::askSavePath(parent, kind, QDateTime::currentDateTime());
     };
@@ -54,6 +53,7 @@ void MainWindow::buildAnalyzerPanel()
     protocolSetting = new ProtocolSetting(analyzerMgr);
     protocolSetting->extendMenu = [this](QMenu &menu, int itemIndex) { analyzerExport->extendMenu(menu, itemIndex); };
     analyzerView->addSection(AnalyzerView::Analyzers, protocolSetting);
+    analyzerView->addSection(AnalyzerView::Results, protocolResult); // the last: Tab walks in the order of adding
     connect(protocolResult, &ProtocolResult::settingsWanted, protocolSetting, &ProtocolSetting::slotEditWanted);
     connect(analyzerMgr, &AnalyzerManager::analyzerItemChanged, this, &MainWindow::showChannelLabels);
     connect(analyzerMgr, &AnalyzerManager::analyzerDecodedChanged, mainView, &MainView::slotUpdateAnalyzerDecoded);

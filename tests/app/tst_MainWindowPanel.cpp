@@ -6,6 +6,7 @@
 #include "measure/PulseMeasure.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
+#include "protocol/ResultView.h"
 #include "wave/MainView.h"
 #include "wave/WaveView.h"
 
@@ -208,7 +209,7 @@ void TstMainWindowPanel::anotherConfigurationBringsItsRows()
 void TstMainWindowPanel::inTheLeastWindowTheWheelReachesEverything()
 {
     fillPanel();
-    const QWidget *last = m_panel->annotations->pairs.last()->detail;
+    const QWidget *last = m_panel->findChild<ResultView *>();
     QVERIFY(!isInView(last));
     const QPoint place(100, 50);
     for (int i = 0; i < 50; ++i) {
