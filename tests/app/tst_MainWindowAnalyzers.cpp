@@ -173,7 +173,7 @@ void TstMainWindowAnalyzers::anAnalyzerAddedByKeysAloneShowsItsFramesOnTheWave()
         });
         DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) {
             QVERIFY(QTest::qWaitForWindowActive(&shown));
-            QTRY_VERIFY(QApplication::focusWidget() != nullptr);
+            QTRY_VERIFY(shown.isAncestorOf(QApplication::focusWidget()));
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); // behind the two channels
             auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget());

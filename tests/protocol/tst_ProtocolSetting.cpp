@@ -10,7 +10,9 @@
 #include "support/GuiTestMain.h"
 #include "support/MenuDriver.h"
 
+#include <QComboBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QMenu>
 
 namespace {
@@ -186,11 +188,11 @@ void TstProtocolSetting::allAnalyzersAreChosenByName()
     p.desk.manager->loadFromConfig();
     const DialogDriver<AllAnalyzers> list([](AllAnalyzers &shown) {
         QVERIFY(QTest::qWaitForWindowActive(&shown));
-        QTRY_VERIFY(QApplication::focusWidget() != nullptr);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Home);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QTRY_VERIFY(shown.isAncestorOf(QApplication::focusWidget()));
+        while (qobject_cast<QListWidget *>(QApplication::focusWidget()) == nullptr) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space); // the first one, which has the focus
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     });
     const DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) { pressButton(shown, QStringLiteral("OK")); });
