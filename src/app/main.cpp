@@ -10,8 +10,10 @@
 #include <QApplication>
 #include <QTimer>
 
+#include <chrono>
 #include <corvanlux/analyzer/Analyzer.h>
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -38,6 +40,10 @@ int runWindow(const QStringList &missingFiles)
     QTimer::singleShot(0, &window, [&] { CommandLine::tellMissing(&window, missingFiles); });
     const int code = QApplication::exec();
     configSave(configPath());
+    constexpr std::chrono::milliseconds toSwitchOff(300);
+    if (!session.end(toSwitchOff)) {
+        std::_Exit(code); // all is stored; only an instrument that does not answer is still waited for
+    }
     return code;
 }
 

@@ -30,10 +30,28 @@ DevBase::~DevBase()
 {
     // The threads write the store and emit through this object: they go first.
     m_run->end();
-    if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
-        transport->setCallback(nullptr); // a capture of another device object sets its own
-    }
+    receiveNothing();
     SmpData::retire(std::move(smpData)); // somebody may still read it
+}
+
+void DevBase::leave()
+{
+    m_run->leave();
+    receiveNothing();
+}
+
+bool DevBase::waitForThreads(std::chrono::milliseconds most)
+{
+    return m_run->waitForThreads(most);
+}
+
+/// A capture of another device object sets its own receiver, and only this one's is taken away.
+void DevBase::receiveNothing()
+{
+    SmpTransport *transport = devControl().transport();
+    if (transport != nullptr && !std::exchange(m_hasLeft, true)) {
+        transport->setCallback(nullptr);
+    }
 }
 
 void DevBase::receiveBulk()

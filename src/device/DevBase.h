@@ -8,6 +8,7 @@
 #include <QString>
 #include <QVector>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -80,6 +81,11 @@ public:
     void stopCapture();
     /// True until the last thread of a capture has ended, some moments behind isCapturing().
     [[nodiscard]] bool hasThreads() const;
+    /// The object is to go: asks a capture to end without publishing its data, and receives nothing any more. Waits
+    /// for a simulated capture alone. Behind it come waitForThreads() and the destructor, which then waits for nobody.
+    void leave();
+    /// @return false when a thread of a capture still runs after `most`
+    [[nodiscard]] bool waitForThreads(std::chrono::milliseconds most);
     /// Ends a capture without publishing its data, and waits for its threads. For who takes away what the run needs,
     /// such as the source of its data. Harmless without a capture.
     void endCapture();
@@ -154,7 +160,10 @@ private:
     void saveChnTrig();
     void saveAChnTrig();
 
+    void receiveNothing();
+
     std::unique_ptr<DevRun> m_run;
+    bool m_hasLeft = false; ///< what the transport reads is another object's
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

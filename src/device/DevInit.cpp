@@ -24,11 +24,16 @@ DevInit::DevInit(UsbTransport &usb, QObject *parent) : QObject(parent), m_usb(us
 
 DevInit::~DevInit()
 {
+    stop();
+    m_attach.end();
+    m_renumDone.end();
+}
+
+void DevInit::stop()
+{
     if (m_run) {
         m_run->requestStop();
     }
-    m_attach.end();
-    m_renumDone.end();
 }
 
 void DevInit::slotDevChange()

@@ -46,6 +46,8 @@ public:
     /// there. It is connected when this returns; the instrument is asked and told behind that, and one that falls
     /// silent is told as gone and as an error of state 5. Nothing when the last identity does not fit.
     void reconnect();
+    /// Asks the threads to end, whatever they are at; waits for nobody.
+    void stop();
     /// True while one of the threads works on a device.
     [[nodiscard]] bool isWorking() const { return m_attach.isBusy() || m_renumDone.isBusy(); }
 

@@ -5,8 +5,11 @@
 #include "device/DevBase.h"
 #include "device/DevControl.h"
 
+#include <QDeadlineTimer>
 #include <QTimer>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 DevRun::DevRun(DevBase &device)
@@ -174,13 +177,39 @@ void DevRun::breakOffSilentStream(std::uint32_t capture)
 
 void DevRun::end()
 {
-    m_simulate.abort.store(true, std::memory_order_release);
-    m_device.wake();
-    m_simulate.join();
+    endSimulation();
     endHardware();
 }
 
-void DevRun::endHardware()
+void DevRun::endSimulation()
+{
+    m_simulate.abort.store(true, std::memory_order_release);
+    m_device.wake();
+    m_simulate.join();
+}
+
+void DevRun::leave()
+{
+    endSimulation();
+    abortHardware();
+    ++m_captures; // what was asked for the capture is answered to nobody
+    if (m_device.smpBusy.load(std::memory_order_acquire)) {
+        m_device.request([](DevControl &control) { return control.stopDevice(); }, [](int) {});
+        if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
+            transport->breakOffStream();
+        }
+    }
+}
+
+bool DevRun::waitForThreads(std::chrono::milliseconds most)
+{
+    QDeadlineTimer deadline(most);
+    QThread *const threads[] = {&m_simulate, &m_ctrlTransfer, &m_cnvtTransfer, &m_ctrlStorage, &m_cnvtStorage};
+    return std::all_of(std::begin(threads), std::end(threads),
+                       [&deadline](QThread *thread) { return thread->wait(deadline); });
+}
+
+void DevRun::abortHardware()
 {
     if (std::exchange(m_setsUp, false)) {
         m_device.smpBusy.store(false, std::memory_order_release); // nothing runs yet
@@ -189,6 +218,13 @@ void DevRun::endHardware()
         m_device.smpAbort.store(true, std::memory_order_release);
         m_device.smpStop.store(true, std::memory_order_release);
         m_device.wake();
+    }
+}
+
+void DevRun::endHardware()
+{
+    abortHardware();
+    if (m_device.smpBusy.load(std::memory_order_acquire)) {
         devControl().stopDevice();
         if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
             transport->breakOffStream();

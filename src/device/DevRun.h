@@ -7,6 +7,7 @@
 #include "acquisition/SmpRunSettings.h"
 #include "acquisition/SmpSimulate.h"
 
+#include <chrono>
 #include <cstdint>
 
 class DevBase;
@@ -22,6 +23,8 @@ public:
     void start();
     void stop();
     void end();
+    void leave();
+    [[nodiscard]] bool waitForThreads(std::chrono::milliseconds most);
     [[nodiscard]] bool isCapturing() const;
     [[nodiscard]] bool hasThreads() const;
     /// Makes the threads of this model the receiver of what the transport reads, if there is a transport.
@@ -31,6 +34,9 @@ private:
     void startHardware();
     /// The instrument has been set up for the capture of that number, or could not be.
     void beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error);
+    void endSimulation();
+    /// A capture is to end, wherever it is; what it was to become does not matter any more.
+    void abortHardware();
     void endHardware();
     void setStop();
     void cutReadBack();

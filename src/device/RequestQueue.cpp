@@ -59,6 +59,12 @@ void RequestQueue::drop()
     }
 }
 
+bool RequestQueue::isIdle()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_waiting.empty() && !m_works;
+}
+
 void RequestQueue::run()
 {
     std::unique_lock lock(m_mutex);
@@ -69,12 +75,14 @@ void RequestQueue::run()
         }
         const Entry entry = std::exchange(m_waiting.front(), {});
         m_waiting.pop_front();
+        m_works = true;
         lock.unlock();
         const int result = entry.job(m_control);
         if (entry.number != 0) {
             postCall(this, [this, number = entry.number, result] { answer(number, result); });
         }
         lock.lock();
+        m_works = false;
     }
 }
 

@@ -40,6 +40,8 @@ public:
     void postLatest(int key, Job job);
     /// Forgets what waits: the instrument has gone. Their `done` get SmpDevice::notOpen, now.
     void drop();
+    /// No request is made, and none waits.
+    [[nodiscard]] bool isIdle();
 
 private:
     struct Entry {
@@ -59,8 +61,9 @@ private:
     DevControl &m_control;
     std::map<std::uint64_t, Answer> m_answers; ///< main thread
     std::uint64_t m_lastNumber = 0;            ///< main thread
-    std::mutex m_mutex;                        ///< of the next two; not held during a request
+    std::mutex m_mutex;                        ///< of the next three; not held during a request
     std::deque<Entry> m_waiting;
+    bool m_works = false; ///< a request is being made
     bool m_ends = false;
     std::condition_variable m_changed;
     std::thread m_thread; ///< begins with the first request

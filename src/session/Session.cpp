@@ -9,9 +9,11 @@
 #include "device/UsbTransport.h"
 #include "settings/Config.h"
 
+#include <QDeadlineTimer>
 #include <QTimer>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -34,6 +36,9 @@ Session::Session(std::unique_ptr<UsbPlatform> platform, int model)
     gUsb = m_transport.get();
     setDevControl(m_control.get(), m_requests.get());
     makeDevice(model);
+    constexpr int lookMs = 20;
+    m_leavingTimer.setInterval(lookMs);
+    connect(&m_leavingTimer, &QTimer::timeout, this, &Session::dropLeaving);
     m_bringUp = std::make_unique<DevInit>(*m_transport);
     gDevInit = m_bringUp.get();
     // Both are emitted on this thread: the device object has been swapped when the second returns.
@@ -46,14 +51,33 @@ Session::~Session()
     gDevInit = nullptr;
     m_bringUp.reset();
     delete std::exchange(gDev, nullptr);
+    m_leaving.clear();
     setDevControl(nullptr);
     m_requests.reset(); // when the last of them has been made
     gUsb = nullptr;
 }
 
+bool Session::end(std::chrono::milliseconds most)
+{
+    constexpr std::chrono::milliseconds again(2);
+    const QDeadlineTimer deadline(most);
+    m_bringUp->stop();
+    gDev->leave();
+    for (;;) {
+        dropLeaving();
+        if (!m_bringUp->isWorking() && !gDev->hasThreads() && m_leaving.empty() && m_requests->isIdle()) {
+            return true;
+        }
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        std::this_thread::sleep_for(again);
+    }
+}
+
 bool Session::mayStartCapture() const
 {
-    return m_fileJobs == 0 && !gDev->isCapturing();
+    return m_fileJobs == 0 && m_leaving.empty() && !gDev->isCapturing();
 }
 
 bool Session::startCapture()
@@ -92,8 +116,26 @@ void Session::replaceDevice(int model)
 {
     ++m_generation; // no report of the old device may get out any more
     emit sigDeviceLeaves();
-    delete std::exchange(gDev, nullptr);
+    std::unique_ptr<DevBase> old(std::exchange(gDev, nullptr));
+    old->leave();
+    // A thread of its capture may be waiting for an instrument that does not answer.
+    constexpr std::chrono::milliseconds most(30);
+    if (!old->waitForThreads(most)) {
+        m_leaving.push_back(std::move(old));
+        m_leavingTimer.start();
+    }
+    old.reset();
     makeDevice(model);
+}
+
+void Session::dropLeaving()
+{
+    m_leaving.erase(std::remove_if(m_leaving.begin(), m_leaving.end(),
+                                   [](const std::unique_ptr<DevBase> &device) { return !device->hasThreads(); }),
+                    m_leaving.end());
+    if (m_leaving.empty()) {
+        m_leavingTimer.stop();
+    }
 }
 
 bool Session::chooseModel(int model)

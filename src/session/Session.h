@@ -1,10 +1,14 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
+class DevBase;
 class DevControlUsb;
 class DevInit;
 class RequestQueue;
@@ -24,8 +28,15 @@ public:
     explicit Session(std::unique_ptr<UsbPlatform> platform);
     /// Makes the device object of this model.
     Session(std::unique_ptr<UsbPlatform> platform, int model);
-    /// Stops and joins every thread that uses an instrument, and closes it.
+    /// Stops and joins every thread that uses an instrument, and closes it. A thread may be waiting for the answer to a
+    /// request, for seconds: see end().
     ~Session() override;
+
+    /// Asks every thread that uses an instrument to end, and makes the requests that still wait. Nothing may be asked
+    /// of the session afterwards. Blocks, without events, for at most about `most`.
+    /// @return false when a thread still waits for an instrument that does not answer; a process that is to end now
+    ///         then ends without destroying the session
+    [[nodiscard]] bool end(std::chrono::milliseconds most);
 
     [[nodiscard]] UsbTransport &transport() { return *m_transport; }
     [[nodiscard]] DevControlUsb &control() { return *m_control; }
@@ -33,7 +44,7 @@ public:
 
     // ---- may I? Cheap, and true only until the next return to the event loop. ---------------------------------------
 
-    /// No capture runs, and no file is read or written.
+    /// No capture runs, not even that of a device object which has been replaced, and no file is read or written.
     [[nodiscard]] bool mayStartCapture() const;
     /// No file is read or written: a load fills the device object's store, a save reads it.
     [[nodiscard]] bool mayReplaceDevice() const { return m_fileJobs == 0; }
@@ -91,13 +102,17 @@ signals:
 private:
     /// Makes `gDev` and listens to it.
     void makeDevice(int model);
-    /// Puts another device object in the place of `gDev`.
+    /// Puts another device object in the place of `gDev`. The old one goes when its capture has ended.
     void replaceDevice(int model);
+    /// Destroys the device objects whose captures have ended by now.
+    void dropLeaving();
 
     std::unique_ptr<UsbTransport> m_transport;
     std::unique_ptr<DevControlUsb> m_control;
     std::unique_ptr<RequestQueue> m_requests;
     std::unique_ptr<DevInit> m_bringUp;
+    std::vector<std::unique_ptr<DevBase>> m_leaving; ///< replaced, and not waited for
+    QTimer m_leavingTimer;
     int m_fileJobs = 0;
     unsigned m_generation = 0; ///< of device objects: tells a queued signal of an earlier one
 };

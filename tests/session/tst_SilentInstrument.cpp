@@ -142,6 +142,27 @@ public:
         return waits && ends && QTest::qWaitFor([&isThrough] { return isThrough; }, longWait);
     }
 
+    /// Brings the instrument up and starts a capture; then it falls silent, and a thread of the capture waits for it.
+    [[nodiscard]] bool fallSilent()
+    {
+        m_bus.plug();
+        if (!QTest::qWaitFor([this] { return isUp && !m_session->bringUp().isWorking(); }, longWait)) {
+            return false;
+        }
+        constexpr int risingEdge = 3; // which does not come
+        gDev->setChnTrig(5, risingEdge);
+        (void)m_session->startCapture();
+        if (!QTest::qWaitFor([] { return gDev->smpSta.load() == smpState::waiting; }, longWait)) {
+            return false;
+        }
+        platform->silentFrom = 0;
+        for (int ms = 0; ms < longWait && platform->silenced == 0; ++ms) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1)); // no beat: it waits as long as it can
+        }
+        return platform->silenced > 0;
+    }
+    [[nodiscard]] Session &session() const { return *m_session; }
+
     Heart heart;
     SilentPlatform *platform = nullptr;
     bool isUp = false;
@@ -161,6 +182,9 @@ class TstSilentInstrument : public QObject {
 private slots:
     void theMainThreadNeverWaitsForASilentInstrument_data();
     void theMainThreadNeverWaitsForASilentInstrument();
+    void aDeviceIsReplacedWithoutWaitingForItsCapture();
+    void theProgramEndsWithoutWaitingForItsCapture();
+    void aProgramWithoutACaptureEndsAtOnce();
 };
 
 void TstSilentInstrument::theMainThreadNeverWaitsForASilentInstrument_data()
@@ -199,6 +223,38 @@ void TstSilentInstrument::theMainThreadNeverWaitsForASilentInstrument()
         QVERIFY2(life.heart.longestMs < 1000, qPrintable(QStringLiteral("request %1").arg(k)));
     }
     qInfo("model %d: %d requests, longest gap of the event loop %.1f ms", model, requests, longest);
+}
+
+void TstSilentInstrument::aDeviceIsReplacedWithoutWaitingForItsCapture()
+{
+    Life life(8, 1 << 30); // its capture asks for the state again and again
+    QVERIFY(life.fallSilent());
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(life.session().chooseModel(5));
+    QVERIFY(clock.elapsed() < timeOutMs / 2);
+    QCOMPARE(gDev->model, 5);
+    QVERIFY(!life.session().mayStartCapture());
+    QTRY_VERIFY(life.session().mayStartCapture()); // once the request has had its time
+    QVERIFY(life.session().startCapture());
+}
+
+void TstSilentInstrument::theProgramEndsWithoutWaitingForItsCapture()
+{
+    Life life(8, 1 << 30);
+    QVERIFY(life.fallSilent());
+    QElapsedTimer clock;
+    clock.start();
+    constexpr std::chrono::milliseconds most(100);
+    QVERIFY(!life.session().end(most));
+    QVERIFY(clock.elapsed() < timeOutMs / 2);
+}
+
+void TstSilentInstrument::aProgramWithoutACaptureEndsAtOnce()
+{
+    Life life(8, 1 << 30);
+    QVERIFY(life.session().end(std::chrono::milliseconds(longWait)));
+    QCOMPARE(life.platform->silenced.load(), 0);
 }
 
 QTEST_GUILESS_MAIN(TstSilentInstrument)
