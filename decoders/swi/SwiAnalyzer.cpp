@@ -199,7 +199,7 @@ void SwiAnalyzer::takeBlockByte(FrameData &frame)
     frame.flags = m_isAnswer ? SwiResults::FromDevice : 0;
     results().add(frame);
     if (m_block[0] < swi::leastCount) {
-        breakOff(frame.firstSample, Stage::Lost);
+        breakOff(frame.lastSample, Stage::Lost);
     } else if (m_block.size() == m_block[0]) {
         endBlock();
     }
@@ -210,7 +210,7 @@ void SwiAnalyzer::endBlock()
     unsigned flags = m_isAnswer ? unsigned(SwiResults::FromDevice) : 0U;
     if (!swi::isCrcRight(m_block)) {
         flags |= SwiResults::CrcError;
-        results().mark(m_settings.line, m_first, MarkerType::ErrorX);
+        results().mark(m_settings.line, m_last, MarkerType::ErrorX);
     }
     results().fill(m_place, {.firstSample = m_blockFirst,
                              .lastSample = m_last,

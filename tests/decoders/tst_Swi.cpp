@@ -183,6 +183,11 @@ void TstSwi::aWrongCrcIsTold()
     const Decoded desk(wire);
     QCOMPARE(plain(desk), (Texts{"wake", "flag 119", "block 1B000000 0"}));
     QCOMPARE(desk.frame(2).text, std::string("Command Random, CRC wrong: 0x1B 0x00 0x00 0x00"));
+    QCOMPARE(desk.message(), std::string()); // which would tell of markers out of order
+    const auto markers = desk.markers(channel);
+    QVERIFY(std::any_of(markers.begin(), markers.end(), [&](const Marker &marker) {
+        return marker.type == MarkerType::ErrorX && marker.sample == std::uint64_t(desk.frame(2).last);
+    }));
 }
 
 void TstSwi::aWakePulseHasItsShortestTime()
@@ -303,7 +308,9 @@ void TstSwi::aCountThatIsTooSmallIsNoBlock()
     for (const unsigned count : {3U, 4U}) {
         Wire wire;
         wire.wake().byte(0x77).all({count, 0x11, 0x33, 0x43}).wake().wait(500);
-        QCOMPARE(plain(Decoded(wire)).at(2), std::string(count < 4 ? "cut " : "block 11 1"));
+        const Decoded desk(wire);
+        QCOMPARE(plain(desk).at(2), std::string(count < 4 ? "cut " : "block 11 1"));
+        QCOMPARE(desk.message(), std::string());
     }
 }
 
