@@ -250,7 +250,7 @@ void OneWireAnalyzer::takeSearch()
 {
     FrameData frame{.firstSample = m_first, .lastSample = m_last, .kind = OneWireResults::Search};
     bool isNobody = false;
-    for (unsigned i = 0; i < bitsOfSearch / 3; ++i) {
+    for (std::size_t i = 0; i < bitsOfSearch / 3; ++i) {
         const bool bit = m_bits[3 * i] == '1';
         const bool complement = m_bits[3 * i + 1] == '1';
         frame.data |= std::uint64_t(m_bits[3 * i + 2] & 1U) << i;
