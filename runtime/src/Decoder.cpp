@@ -2,6 +2,7 @@
 
 #include "AnalyzerPrivate.h"
 #include "Hidden.h"
+#include "SimulationEnd.h"
 
 #include <exception>
 
@@ -16,9 +17,10 @@ struct LUX_HIDDEN DecoderBase::Private {
     const char *name;
     std::unique_ptr<Simulation> simulation;
     std::int64_t simulatedTo = -1; ///< the newest sample asked for
+    bool isLoop = false;           ///< simulate() does not return: it is not asked again
 };
 
-DecoderBase::DecoderBase(const char *name) : m_private(new Private{name, nullptr, -1}) {}
+DecoderBase::DecoderBase(const char *name) : m_private(new Private{name, nullptr}) {}
 
 DecoderBase::~DecoderBase()
 {
@@ -57,19 +59,25 @@ std::uint32_t DecoderBase::BuildSimulation(std::int64_t newestSample, std::uint3
 {
     std::unique_ptr<Simulation> &simulation = m_private->simulation;
     if (simulation == nullptr || newestSample <= m_private->simulatedTo ||
-        simulation->sampleRate() != std::int64_t(sampleRate))
+        simulation->sampleRate() != std::int64_t(sampleRate)) {
         simulation = std::make_unique<Simulation>(std::int64_t(sampleRate));
+        m_private->isLoop = false;
+    }
     m_private->simulatedTo = newestSample;
     try {
         int idle = 0;
-        while (simulation->position() <= newestSample && idle < mostIdleCalls) {
+        while (simulation->position() <= newestSample && idle < mostIdleCalls && !m_private->isLoop) {
             const std::int64_t before = simulation->position();
+            simulation->beginElement();
             simulate(*simulation);
             idle = simulation->position() == before ? idle + 1 : 0;
         }
     } catch (const std::exception &) {
         // what there is by now is handed out, and the lines then stay as they are
+    } catch (const detail::SimulationEnd &) {
+        m_private->isLoop = true; // the same
     }
+    simulation->beginElement();
     simulation->holdUntil(newestSample + 1);
     return simulation->takeBlock(newestSample, channels);
 }

@@ -2,6 +2,7 @@
 
 #include "DescriptorPrivate.h"
 #include "Hidden.h"
+#include "SimulationEnd.h"
 
 #include <algorithm>
 #include <deque>
@@ -64,6 +65,13 @@ struct Track {
 using detail::Track;
 
 struct LUX_HIDDEN Simulation::Private {
+    /// A decoder that does so much for one element is in a loop without end.
+    void countStep()
+    {
+        if (++steps > detail::mostSimulationSteps) [[unlikely]]
+            throw detail::SimulationEnd();
+    }
+    std::uint32_t steps = 0; ///< since beginElement()
     std::int64_t rate = 1;
     std::int64_t position = 0;
     std::uint64_t fraction = 0; ///< of a sample, in parts of `parts`
@@ -77,6 +85,7 @@ struct LUX_HIDDEN Simulation::Private {
 
 void SimulationLine::set(bool high)
 {
+    m_simulation->m_private->countStep();
     Track &track = m_simulation->m_private->tracks[m_index];
     if (track.level != high)
         track.change(m_simulation->m_private->position);
@@ -129,11 +138,13 @@ std::int64_t Simulation::position() const
 
 void Simulation::hold(std::int64_t samples)
 {
+    m_private->countStep();
     m_private->position += std::max<std::int64_t>(samples, 0);
 }
 
 void Simulation::holdTime(std::int64_t count, std::int64_t perSecond)
 {
+    m_private->countStep();
     constexpr std::int64_t limit = std::int64_t(1) << 40;
     const auto parts = std::uint64_t(std::clamp<std::int64_t>(perSecond, 1, limit));
     const auto whole = std::uint64_t(std::clamp<std::int64_t>(count, 0, limit));
@@ -160,11 +171,13 @@ void Simulation::holdTime(std::int64_t count, std::int64_t perSecond)
 
 void Simulation::holdUntil(std::int64_t sample)
 {
+    m_private->countStep();
     m_private->position = std::max(m_private->position, sample);
 }
 
 std::uint32_t Simulation::random(std::uint32_t below)
 {
+    m_private->countStep();
     // xorshift64*: the same on every system
     std::uint64_t &state = m_private->randomState;
     state ^= state >> 12;
@@ -172,6 +185,11 @@ std::uint32_t Simulation::random(std::uint32_t below)
     state ^= state >> 27;
     const auto high = std::uint32_t(state * 0x2545F4914F6CDD1DU >> 32);
     return below == 0 ? 0 : std::uint32_t(std::uint64_t(high) * below >> 32);
+}
+
+void Simulation::beginElement()
+{
+    m_private->steps = 0;
 }
 
 std::uint32_t Simulation::takeBlock(std::int64_t newestSample, SimulationChannelDescriptor **channels)

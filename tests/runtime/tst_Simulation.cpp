@@ -2,6 +2,7 @@
 
 #include <QtTest>
 
+#include <numeric>
 #include <vector>
 
 using lux::Simulation;
@@ -45,6 +46,8 @@ private slots:
     void theSequenceOfRandomNumbersIsTheSameEachTime();
     void aDecoderIsAskedUntilItsSignalIsLongEnough();
     void aDecoderWithoutSimulationHandsOutNothing();
+    void anElementWithoutEndIsLeftByUnwinding_data();
+    void anElementWithoutEndIsLeftByUnwinding();
 };
 
 void TstSimulation::aBlockEndsAtTheSampleAskedForAndTheNextGoesOn()
@@ -230,6 +233,71 @@ void TstSimulation::aDecoderWithoutSimulationHandsOutNothing()
     SimulationChannelDescriptor *channels = nullptr;
     QCOMPARE(blinker.BuildSimulation(1000, 1000, &channels), 0U);
     QVERIFY(blinker.calls <= 1000);
+}
+
+namespace {
+
+/// Never comes to the end of an element.
+class Babbler final : public lux::Decoder<readerDesk::ScriptSettings, readerDesk::ScriptResults> {
+public:
+    Babbler(std::int64_t pause, bool swallows) : Decoder("Babbler"), m_pause(pause), m_swallows(swallows) {}
+    int calls = 0;
+    int left = 0; ///< destructors that ran
+
+protected:
+    void decode() override {}
+    void simulate(Simulation &simulation) override
+    {
+        struct Leaving {
+            int &left;
+            ~Leaving() { ++left; }
+        } const leaving{left};
+        ++calls;
+        SimulationLine &line = simulation.line(m_settings.a, false);
+        for (int caught = 0;;) {
+            try {
+                line.toggle();
+                simulation.hold(m_pause);
+            } catch (...) {
+                if (!m_swallows || ++caught > 3)
+                    throw;
+            }
+        }
+    }
+
+private:
+    std::int64_t m_pause;
+    bool m_swallows;
+};
+
+} // namespace
+
+void TstSimulation::anElementWithoutEndIsLeftByUnwinding_data()
+{
+    QTest::addColumn<int>("pause");
+    QTest::addColumn<bool>("swallows");
+    QTest::newRow("without time passing") << 0 << false;
+    QTest::newRow("with time passing") << 5 << false;
+    QTest::newRow("that catches everything") << 5 << true;
+}
+
+void TstSimulation::anElementWithoutEndIsLeftByUnwinding()
+{
+    QFETCH(int, pause);
+    QFETCH(bool, swallows);
+    Babbler babbler(pause, swallows);
+    babbler.GetAnalyzerSettings()->LoadText("a=3");
+    std::int64_t rate = 1000;
+    babbler.Init(nullptr, reinterpret_cast<ConditionManager *>(&rate), nullptr);
+    SimulationChannelDescriptor *channels = nullptr;
+    QCOMPARE(babbler.BuildSimulation(1000, 1000, &channels), 1U);
+    QCOMPARE(babbler.calls, 1);
+    QCOMPARE(babbler.left, 1);
+    const SimulationData first = *channels[0].GetData();
+    QVERIFY(std::size_t(first.end - first.begin) >= (pause > 0 ? std::size_t(200) : std::size_t(1)));
+    QCOMPARE(babbler.BuildSimulation(2000, 1000, &channels), 1U);
+    QCOMPARE(babbler.calls, 1);
+    QVERIFY(std::accumulate(channels[0].GetData()->begin, channels[0].GetData()->end, 0U) >= 1000U);
 }
 
 QTEST_APPLESS_MAIN(TstSimulation)

@@ -53,6 +53,9 @@ public:
 
     // ---- for the runtime -------------------------------------------------------------------------------------------
 
+    /// The decoder is asked for an element. One that does not come to its end with 2^24 operations is left by
+    /// unwinding, as a decode is.
+    void beginElement();
     /// Cuts all lines at `newestSample` and hands them out; what lies beyond waits for the next block.
     std::uint32_t takeBlock(std::int64_t newestSample, SimulationChannelDescriptor **channels);
 
