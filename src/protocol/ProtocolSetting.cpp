@@ -23,7 +23,7 @@ QString recentKey()
     return QStringLiteral("recentAnalyzers");
 }
 
-QString plain(QString text)
+QString entryText(QString text)
 {
     return text.replace(QLatin1Char('&'), QStringLiteral("&&")); // a name, without a mnemonic
 }
@@ -137,7 +137,7 @@ void ProtocolSetting::buildMenu()
     addMenu->clear();
     const QStringList &files = recentList.files();
     for (int i = files.size() - 1; i >= 0; --i) {
-        addEntry(plain(manager->libraryDisplayName(files.at(i))), &ProtocolSetting::slotAddProtocolClicked)
+        addEntry(entryText(manager->libraryDisplayName(files.at(i))), &ProtocolSetting::slotAddProtocolClicked)
             ->setData(libraryOf(files.at(i)));
     }
     addMenu->addSeparator();

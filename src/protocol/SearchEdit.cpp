@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int glassSide = 14; // units, as the one below
-constexpr int gap = 4;
+constexpr int glassGap = 4;
 
 QString searchStyle(const SearchEdit::Colors &colors)
 {
@@ -54,10 +54,10 @@ QString SearchEdit::countText() const
 
 void SearchEdit::placeLabels()
 {
-    const int countWidth = m_count->text().isEmpty() ? 0 : m_count->sizeHint().width() + dp(gap);
-    m_glass->setGeometry(dp(gap), (height() - dp(glassSide)) / 2, dp(glassSide), dp(glassSide));
+    const int countWidth = m_count->text().isEmpty() ? 0 : m_count->sizeHint().width() + dp(glassGap);
+    m_glass->setGeometry(dp(glassGap), (height() - dp(glassSide)) / 2, dp(glassSide), dp(glassSide));
     m_count->setGeometry(width() - countWidth, 0, countWidth, height());
-    setTextMargins(dp(glassSide) + dp(gap), 0, countWidth, 0);
+    setTextMargins(dp(glassSide) + dp(glassGap), 0, countWidth, 0);
 }
 
 void SearchEdit::resizeEvent(QResizeEvent *event)
