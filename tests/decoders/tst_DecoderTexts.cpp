@@ -1,0 +1,178 @@
+// The shipped languages hold every text that the dialogs show of a decoder.
+
+#include "support/PluginFiles.h"
+
+#include <QDir>
+#include <QDomDocument>
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+#include <QtTest>
+
+class TstDecoderTexts : public QObject {
+    Q_OBJECT
+private slots:
+    void aTextWithoutWordsNeedsNoTranslation_data();
+    void aTextWithoutWordsNeedsNoTranslation();
+    void refusalsAreFoundInTheSource();
+    void everyTextOfADecoderIsTranslated_data();
+    void everyTextOfADecoderIsTranslated();
+
+private:
+    const std::vector<PluginFile> m_plugins = pluginsIn(QStringLiteral(LUX_PLUGIN_FOLDER));
+};
+
+namespace {
+
+/// What is looked up for a text: a leading number and what follows it up to the words stays as it is.
+QString lookedUp(const char *text)
+{
+    QString key = QString::fromUtf8(text);
+    static const QRegularExpression number(QStringLiteral("^[0-9][0-9.]*\\s*"));
+    return key.remove(number);
+}
+
+/// Names of lines, of modes and of units are the same in all languages.
+bool needsTranslation(const QString &text)
+{
+    static const QRegularExpression word(QStringLiteral("[a-z]{3}"));
+    return text.contains(word);
+}
+
+QString read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+/// The sentences with which the settings of a decoder refuse, from its source.
+QStringList refusals(const QString &source)
+{
+    static const QRegularExpression body(QStringLiteral("::check\\(\\) const\\n\\{(.*?)\\n\\}"),
+                                         QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression literal(QStringLiteral("return \"([^\"]+)\";"));
+    QStringList sentences;
+    for (auto in = literal.globalMatch(body.match(source).captured(1)); in.hasNext();) {
+        sentences.append(in.next().captured(1));
+    }
+    return sentences;
+}
+
+/// The folder of a decoder's source, by the name of its file.
+QString folderOf(const std::string &file)
+{
+    const QDir decoders(QStringLiteral(LUX_DECODERS_DIR));
+    const QString line = QStringLiteral(" FILE %1 SOURCES").arg(QString::fromStdString(file));
+    for (const QString &folder : decoders.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (read(decoders.filePath(folder + QStringLiteral("/CMakeLists.txt"))).contains(line)) {
+            return decoders.filePath(folder);
+        }
+    }
+    return {};
+}
+
+void addSettings(const AnalyzerSettings &settings, QStringList &texts)
+{
+    for (std::uint32_t i = 0; i < settings.GetSettingsInterfacesCount(); ++i) {
+        const AnalyzerSettingInterface *setting = settings.GetSettingsInterface(i);
+        texts << lookedUp(setting->GetTitle()) << lookedUp(setting->GetToolTip());
+        if (setting->GetType() == AnalyzerInterfaceTypeId::NumberList) {
+            const auto *list = static_cast<const AnalyzerSettingInterfaceNumberList *>(setting);
+            for (std::uint32_t entry = 0; entry < list->GetListboxNumbersCount(); ++entry) {
+                texts << lookedUp(list->GetListboxString(entry)) << lookedUp(list->GetListboxToolTip(entry));
+            }
+        }
+    }
+    for (std::uint32_t i = 0; i < settings.GetExportOptionsCount(); ++i) {
+        std::uint32_t id = 0;
+        const char *name = "";
+        settings.GetExportOption(i, &id, &name);
+        texts << lookedUp(name);
+        for (std::uint32_t entry = 0; entry < settings.GetFileExtensionCount(id); ++entry) {
+            const char *description = "";
+            const char *extension = "";
+            settings.GetFileExtension(id, entry, &description, &extension);
+            texts << lookedUp(description);
+        }
+    }
+}
+
+/// Class and text of all entries of a language.
+QSet<QPair<QString, QString>> entriesOf(const QString &path)
+{
+    QDomDocument document;
+    document.setContent(read(path));
+    QSet<QPair<QString, QString>> entries;
+    const QDomElement analyzers = document.documentElement().firstChildElement(QStringLiteral("analyzers"));
+    for (QDomElement entry = analyzers.firstChildElement(); !entry.isNull(); entry = entry.nextSiblingElement()) {
+        if (!entry.text().trimmed().isEmpty()) {
+            entries.insert({entry.attribute(QStringLiteral("class")), entry.attribute(QStringLiteral("src"))});
+        }
+    }
+    return entries;
+}
+
+} // namespace
+
+void TstDecoderTexts::aTextWithoutWordsNeedsNoTranslation_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("needs");
+    QTest::newRow("a line") << QStringLiteral("MOSI") << false;
+    QTest::newRow("nothing") << QString() << false;
+    QTest::newRow("a word") << QStringLiteral("Bit rate") << true;
+}
+
+void TstDecoderTexts::aTextWithoutWordsNeedsNoTranslation()
+{
+    QFETCH(QString, text);
+    QTEST(needsTranslation(text), "needs");
+}
+
+void TstDecoderTexts::refusalsAreFoundInTheSource()
+{
+    const QString source =
+        QStringLiteral("std::string A::check() const\n{\n    if (x) {\n        return \"Too much\";\n"
+                       "    }\n    return {};\n}\nconst char *b()\n{\n    return \"Not this\";\n}\n");
+    QCOMPARE(refusals(source), QStringList{QStringLiteral("Too much")});
+}
+
+void TstDecoderTexts::everyTextOfADecoderIsTranslated_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<int>("index");
+    const QDir languages(QStringLiteral(LUX_LANGUAGE_DIR));
+    for (const QString &file : languages.entryList({QStringLiteral("*.xml")}, QDir::Files)) {
+        for (std::size_t i = 0; i < m_plugins.size(); ++i) {
+            QTest::newRow(qPrintable(file + QLatin1Char(' ') + QString::fromStdString(m_plugins[i].name)))
+                << languages.filePath(file) << int(i);
+        }
+    }
+}
+
+void TstDecoderTexts::everyTextOfADecoderIsTranslated()
+{
+    QFETCH(QString, language);
+    QFETCH(int, index);
+    const PluginFile &plugin = m_plugins[std::size_t(index)];
+    const auto analyzer = plugin.make();
+    QStringList texts;
+    addSettings(*analyzer->GetAnalyzerSettings(), texts);
+    const QDir source(folderOf(plugin.name));
+    for (const QString &file : source.entryList({QStringLiteral("*.cpp")}, QDir::Files)) {
+        texts += refusals(read(source.filePath(file)));
+    }
+    QVERIFY(texts.size() > 3);
+    const QString name = QString::fromUtf8(analyzer->AnalyzerName());
+    const auto entries = entriesOf(language);
+    QStringList missing;
+    for (const QString &text : qAsConst(texts)) {
+        if (needsTranslation(text) && !entries.contains({name, text}) && !missing.contains(text)) {
+            missing.append(text);
+        }
+    }
+    QVERIFY2(missing.isEmpty(), qPrintable(name + QStringLiteral("|") + missing.join(QLatin1Char('|'))));
+}
+
+QTEST_APPLESS_MAIN(TstDecoderTexts)
+#include "tst_DecoderTexts.moc"
