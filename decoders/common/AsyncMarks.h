@@ -2,7 +2,10 @@
 
 #include "AsyncLine.h"
 
+#include <array>
 #include <corvanlux/analyzer/DecoderResults.h>
+#include <cstddef>
+#include <span>
 
 namespace lux {
 
@@ -12,9 +15,17 @@ inline void markCharacter(Results &results, const Channel &channel, const AsyncL
                           const AsyncCharacter &character)
 {
     const unsigned stop = line.stopBit();
-    for (unsigned bit = 1; bit < stop && !character.isBreak; ++bit) {
-        const bool wrong = bit + 1 == stop && character.parityWrong;
-        results.mark(channel, line.lookOf(bit), wrong ? MarkerType::ErrorDot : MarkerType::Dot);
+    if (!character.isBreak) {
+        std::array<Sample, BitGrid::mostBits> looks;
+        std::size_t count = 0;
+        for (unsigned bit = 1; bit < stop; ++bit) {
+            looks[count++] = line.lookOf(bit);
+        }
+        const std::size_t sound = count - std::size_t(character.parityWrong); // the parity bit is the last
+        results.mark(channel, std::span(looks.data(), sound), MarkerType::Dot);
+        if (character.parityWrong) {
+            results.mark(channel, looks[sound], MarkerType::ErrorDot);
+        }
     }
     if (character.isBreak || character.stopMissing) {
         results.mark(channel, line.lookOf(stop), MarkerType::ErrorX);

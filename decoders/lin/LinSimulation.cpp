@@ -38,7 +38,7 @@ LinSimulated LinSimulated::of(std::uint32_t number, const LinSettings &settings)
     }
     const std::size_t size = isDiagnostic ? LinFrame::mostData : 1 + number % LinFrame::mostData;
     for (std::size_t i = 0; i < size; ++i) {
-        made.frame.bytes[i] = std::uint8_t(number * 31 + i * 67 + 1);
+        made.frame.bytes[i] = std::uint8_t(number * std::size_t(31) + i * 67 + 1);
     }
     if (isDiagnostic) {
         made.frame.bytes = {0x7f, 0x06, 0xb2, 0x00, 0xff, 0x7f, 0xff, 0xff}; // read the product's identifier

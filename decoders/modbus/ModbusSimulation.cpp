@@ -25,7 +25,7 @@ void addData(std::vector<std::uint8_t> &bytes, std::uint32_t seed, std::size_t c
 {
     bytes.push_back(std::uint8_t(count));
     for (std::size_t i = 0; i < count; ++i) {
-        bytes.push_back(std::uint8_t(seed * 13 + i * 29));
+        bytes.push_back(std::uint8_t(seed * std::size_t(13) + i * 29));
     }
 }
 
@@ -96,8 +96,8 @@ void ModbusAnalyzer::simulate(Simulation &simulation)
         }
         send(true, format.stopQuarters);
     };
-    send(true, BitGrid::quarters * (50 + simulation.random(60))); // more than 3.5 characters of 11 bits
-    simulation.holdTime(2, 1000);                                 // and more than 1.75 ms
+    send(true, std::int64_t(BitGrid::quarters) * (50 + simulation.random(60))); // more than 3.5 characters of 11 bits
+    simulation.holdTime(2, 1000);                                               // and more than 1.75 ms
     std::vector<std::uint8_t> bytes = next.bytes;
     if (m_settings.mode == ModbusMode::Rtu) {
         const std::uint32_t crc = ModbusCrc::of(bytes) ^ (next.isCheckWrong ? 0x100U : 0U);

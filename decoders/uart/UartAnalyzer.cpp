@@ -1,10 +1,9 @@
 #include "UartAnalyzer.h"
 
+#include "common/AsyncMarks.h"
 #include "common/BitRateFinder.h"
 
 #include <algorithm>
-#include <array>
-#include <span>
 #include <string>
 
 using lux::AsyncCharacter;
@@ -101,7 +100,7 @@ void UartAnalyzer::addCharacter(Direction &direction)
         direction.line.forget(); // it began before the capture, and this was no start bit
         return;
     }
-    markBits(direction, character);
+    lux::markCharacter(results(), direction.channel, direction.line, character);
     results().add({.firstSample = character.first,
                    .lastSample = character.last,
                    .data = character.value,
@@ -109,30 +108,6 @@ void UartAnalyzer::addCharacter(Direction &direction)
                    .line = direction.number,
                    .flags = flagsOf(character)});
     direction.idleFrom = character.last + 1;
-}
-
-/// A dot where each bit was looked at; an error where parity or stop bit are wrong.
-void UartAnalyzer::markBits(const Direction &direction, const AsyncCharacter &character)
-{
-    const lux::AsyncLine &line = direction.line;
-    const unsigned stop = line.stopBit();
-    if (character.isBreak) {
-        results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);
-        return;
-    }
-    std::array<Sample, BitGrid::mostBits> looks;
-    std::size_t count = 0;
-    for (unsigned bit = 1; bit < stop; ++bit) {
-        looks[count++] = line.lookOf(bit);
-    }
-    const std::size_t sound = count - std::size_t(character.parityWrong); // the parity bit is the last
-    results().mark(direction.channel, std::span(looks.data(), sound), MarkerType::Dot);
-    if (character.parityWrong) {
-        results().mark(direction.channel, looks[sound], MarkerType::ErrorDot);
-    }
-    if (character.stopMissing) {
-        results().mark(direction.channel, line.lookOf(stop), MarkerType::ErrorX);
-    }
 }
 
 std::uint16_t UartAnalyzer::flagsOf(const AsyncCharacter &character) const

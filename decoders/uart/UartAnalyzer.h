@@ -38,7 +38,6 @@ private:
     void findNext(Direction &direction, const lux::BitGrid &grid) const;
     void addIdle(Direction &direction);
     void addCharacter(Direction &direction);
-    void markBits(const Direction &direction, const lux::AsyncCharacter &character);
     [[nodiscard]] std::uint16_t flagsOf(const lux::AsyncCharacter &character) const;
 
     [[nodiscard]] std::int64_t simulatedRate(std::int64_t sampleRate) const;
