@@ -71,6 +71,8 @@ public:
     BiphaseLine(const lux::ChannelReader &line, const HalfClock &clock, BiphaseCode code, ManchesterSense sense,
                 bool restsHigh);
 
+    /// The other edge is a 1.
+    void invert() { m_oneIsHigh = !m_oneIsHigh; }
     /// The next run. @return false when there is no further one
     [[nodiscard]] bool next(BiphaseRun &run);
 

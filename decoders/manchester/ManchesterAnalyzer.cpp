@@ -27,6 +27,9 @@ void ManchesterAnalyzer::decode()
 {
     const HalfClock clock(findHalf());
     BiphaseLine line(reader(m_settings.data), clock, m_settings.decodeAs, m_settings.convention, restsHigh());
+    if (m_settings.convention == ManchesterSense::Auto && m_settings.polarity == ManchesterPolarity::Low) {
+        line.invert(); // until a start bit tells
+    }
     BiphaseRun run;
     while (line.next(run)) {
         addRun(run);

@@ -125,6 +125,7 @@ private slots:
     void longRunsLoseNoBit();
     void aCutBitIsNotShown();
     void whatBeganBeforeTheCaptureIsShownWhereItIsKnown();
+    void aStreamWithoutRestIsInvertedByItsPolarity();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void randomEdgesGiveFramesInOrder();
@@ -491,6 +492,20 @@ void TstManchester::whatBeganBeforeTheCaptureIsShownWhereItIsKnown()
     QCOMPARE(after("10011001", 1.2), Texts{"10011001"});
     // Equal bits may be ones or zeros.
     QVERIFY(after("11111111", 1.5).empty());
+}
+
+void TstManchester::aStreamWithoutRestIsInvertedByItsPolarity()
+{
+    Sender sender; // as a tag sends: never a pause
+    sender.falling("1110100110100111010011010");
+    const std::string bits = brief(Decoded(sender, rate + "polarity=high")).front();
+    std::string inverted = brief(Decoded(sender, rate + "polarity=low")).front();
+    QVERIFY(bits.size() > 20);
+    for (char &bit : inverted) {
+        bit = bit == '0' ? '1' : '0';
+    }
+    QCOMPARE(inverted, bits);
+    QVERIFY(bits.find("11101001") != std::string::npos);
 }
 
 void TstManchester::theSimulationIsDecodedAsItWasSent_data()
