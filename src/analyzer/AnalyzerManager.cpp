@@ -26,7 +26,13 @@ constexpr int defaultFormat = 2;       // hexadecimal
 
 AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, const QString &guardFolder,
                                  QObject *parent)
-    : QObject(parent), m_host(std::move(host)), m_guard(guardFolder)
+    : QObject(parent),
+      m_host(std::move(host)),
+      m_guard(guardFolder),
+      m_simulation([this](const QString &name, const QString &what) {
+          QMetaObject::invokeMethod(
+              this, [this, name, what] { tell(name, what); }, Qt::QueuedConnection);
+      })
 {
     PluginFolder::Scan scan = PluginFolder::scan(folders, m_guard);
     libraries = std::move(scan.libraries);

@@ -1,6 +1,7 @@
 #include "analyzer/AnalyzerSimulation.h"
 
 #include "analyzer/PluginCall.h"
+#include "settings/Language.h"
 
 #include <algorithm>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
@@ -31,6 +32,29 @@ int levelOf(BitState state)
 
 } // namespace
 
+void AnalyzerSimulation::State::make()
+{
+    fault = pluginFault([this] {
+        analyzer = lib.createAnalyzer();
+        if (analyzer == nullptr) {
+            return;
+        }
+        if (AnalyzerSettings *values = analyzer->GetAnalyzerSettings()) {
+            values->LoadText(settings.constData());
+        }
+        analyzer->Init(nullptr, reinterpret_cast<ConditionManager *>(&rate), nullptr);
+    });
+}
+
+void AnalyzerSimulation::State::build(std::int64_t newestSample, std::uint32_t sampleRate)
+{
+    lines = nullptr;
+    lineCount = 0;
+    fault = pluginFault([&] { lineCount = analyzer->BuildSimulation(newestSample, sampleRate, &lines); });
+}
+
+AnalyzerSimulation::AnalyzerSimulation(Failed failed) : m_failed(std::move(failed)) {}
+
 AnalyzerSimulation::~AnalyzerSimulation()
 {
     AnalyzerSimulation::release();
@@ -42,29 +66,33 @@ void AnalyzerSimulation::setModels(std::vector<Model> models)
     m_models = std::move(models);
 }
 
+bool AnalyzerSimulation::run(Clone &clone, std::function<void()> job) const
+{
+    const bool returned = clone.thread->run(std::move(job));
+    const QString fault = returned ? clone.state->fault
+                                   : ::tr("The decoder could not be ended. It is left running until the program ends.");
+    if (!fault.isEmpty() && m_failed) {
+        m_failed(clone.state->lib.displayName, fault);
+    }
+    return fault.isEmpty();
+}
+
 void AnalyzerSimulation::begin(std::int64_t frequency)
 {
     release();
-    m_rate = frequency;
     std::vector<Model> models;
     {
         const std::lock_guard lock(m_mutex);
         models = m_models;
     }
     for (const Model &model : models) {
-        Clone clone{model.lib, nullptr};
-        const QString fault = pluginFault([&] {
-            clone.analyzer = clone.lib.createAnalyzer();
-            if (clone.analyzer == nullptr) {
-                return;
-            }
-            if (AnalyzerSettings *settings = clone.analyzer->GetAnalyzerSettings()) {
-                settings->LoadText(model.settings.constData());
-            }
-            clone.analyzer->Init(nullptr, reinterpret_cast<ConditionManager *>(&m_rate), nullptr);
-        });
-        if (fault.isEmpty() && clone.analyzer != nullptr) { // one that failed is left alone: it may be in any state
-            m_clones.push_back(clone);
+        Clone clone{std::make_shared<State>(), std::make_unique<CloneThread>()};
+        clone.state->lib = model.lib;
+        clone.state->settings = model.settings;
+        clone.state->rate = frequency;
+        const bool made = run(clone, [state = clone.state] { state->make(); });
+        if (made && clone.state->analyzer != nullptr) { // one that failed is left alone: it may be in any state
+            m_clones.push_back(std::move(clone));
         }
     }
 }
@@ -73,35 +101,30 @@ void AnalyzerSimulation::build(std::int64_t newestSample, std::int64_t frequency
                                std::vector<SimulationChannel> &channels)
 {
     const auto rate = std::uint32_t(std::min<std::int64_t>(frequency, std::numeric_limits<std::uint32_t>::max()));
-    for (Clone &clone : m_clones) {
-        if (clone.analyzer == nullptr) {
-            continue;
+    std::erase_if(m_clones, [&](Clone &clone) {
+        if (!run(clone, [state = clone.state, newestSample, rate] { state->build(newestSample, rate); })) {
+            return true; // left alone, as it may be in any state
         }
-        const QString fault = pluginFault([&] { build(*clone.analyzer, newestSample, rate, channels); });
-        if (!fault.isEmpty()) {
-            clone.analyzer = nullptr; // left alone, as it may be in any state
-        }
-    }
+        take(*clone.state, channels);
+        return false;
+    });
 }
 
-void AnalyzerSimulation::build(Analyzer &clone, std::int64_t newestSample, std::uint32_t rate,
-                               std::vector<SimulationChannel> &channels)
+void AnalyzerSimulation::take(const State &state, std::vector<SimulationChannel> &channels)
 {
-    SimulationChannelDescriptor *lines = nullptr;
-    const std::uint32_t count = clone.BuildSimulation(newestSample, rate, &lines);
-    if (lines == nullptr) {
+    if (state.lines == nullptr) {
         return;
     }
-    for (std::uint32_t i = 0; i < std::min(count, mostLines); ++i) {
-        const Channel channel = lines[i].GetChannel();
-        SimulationData *data = lines[i].GetData();
+    for (std::uint32_t i = 0; i < std::min(state.lineCount, mostLines); ++i) {
+        const Channel channel = state.lines[i].GetChannel();
+        SimulationData *data = state.lines[i].GetData();
         if (!channel.isDefined() || channel.channelIndex > mostLines || data == nullptr) {
             continue;
         }
         SimulationChannel &entry = entryOf(int(channel.channelIndex), channels);
         if (entry.widths.empty()) { // of two lines on a channel the first counts
-            entry.initialLevel = levelOf(lines[i].GetInitialBitState());
-            entry.currentLevel = levelOf(lines[i].GetCurrentBitState());
+            entry.initialLevel = levelOf(state.lines[i].GetInitialBitState());
+            entry.currentLevel = levelOf(state.lines[i].GetCurrentBitState());
             for (const std::uint32_t *width = data->begin; width < data->end; ++width) {
                 entry.widths.push_back(std::int32_t(std::min(*width, std::uint32_t(0x7FFFFFFF))));
             }
@@ -112,10 +135,10 @@ void AnalyzerSimulation::build(Analyzer &clone, std::int64_t newestSample, std::
 
 void AnalyzerSimulation::release()
 {
-    for (const Clone &clone : m_clones) {
-        if (clone.analyzer != nullptr) {
-            (void)pluginFault([&clone] { clone.lib.destroyAnalyzer(clone.analyzer); });
-        }
+    for (Clone &clone : m_clones) {
+        (void)run(clone, [state = clone.state] {
+            state->fault = pluginFault([&state] { state->lib.destroyAnalyzer(state->analyzer); });
+        });
     }
     m_clones.clear();
 }

@@ -16,6 +16,7 @@ private slots:
     void blocksGoOnWhereTheLastOneEnded();
     void withoutAnalyzersNobodyDrivesAnything();
     void aCloneThatThrowsDrivesNothing();
+    void aCloneThatNeverReturnsIsLeftBehindAndTold();
     void anAnalyzerWithoutAChannelDrivesNothing();
     void aRunThatHasBegunKeepsItsClones();
 };
@@ -86,6 +87,23 @@ void TstAnalyzerSimulation::aCloneThatThrowsDrivesNothing()
     }
     QCOMPARE(driven, 1);
     source.release();
+}
+
+void TstAnalyzerSimulation::aCloneThatNeverReturnsIsLeftBehindAndTold()
+{
+    AnalyzerDesk desk({QStringLiteral("simulation-spins"), QStringLiteral("sound")});
+    QVERIFY(desk.add(0, 0));
+    QVERIFY(desk.add(1, 1));
+    SimulationSource &source = desk.manager->simulation();
+    source.begin(rate);
+    std::vector<SimulationChannel> channels;
+    source.build(1000, rate, channels); // does not return in the first one
+    source.build(2000, rate, channels); // and does not ask it again
+    QCOMPARE(channels.size(), std::size_t(1));
+    QCOMPARE(channels[0].chn, 1);
+    source.release();
+    QTRY_COMPARE(desk.told.size(), 1);
+    QVERIFY2(desk.told[0].contains(QStringLiteral("could not be ended")), qPrintable(desk.told[0]));
 }
 
 void TstAnalyzerSimulation::anAnalyzerWithoutAChannelDrivesNothing()

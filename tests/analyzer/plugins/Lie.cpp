@@ -120,6 +120,9 @@ protected:
         if (lie == "simulation-throws") {
             throwUp();
         }
+        if (lie == "simulation-spins") {
+            spin();
+        }
         lux::SimulationLine &line = simulation.line(m_settings.line.GetChannel(), true);
         simulation.hold(10);
         line.toggle();
