@@ -1,9 +1,12 @@
 #include "app/WindowDesk.h"
 #include "controls/MyButton.h"
 #include "measure/AnalyzerView.h"
+#include "protocol/ExportDialog.h"
 #include "protocol/ProtocolEdit.h"
 #include "protocol/ProtocolItem.h"
 #include "protocol/ProtocolSetting.h"
+#include "protocol/ResultView.h"
+#include "protocol/SearchEdit.h"
 #include "support/DialogDriver.h"
 #include "support/MenuDriver.h"
 #include "wave/MainView.h"
@@ -14,6 +17,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QStringListModel>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -44,6 +49,12 @@ std::vector<std::int32_t> serialWidths(const QByteArray &characters)
     return widths;
 }
 
+/// The frames of such a capture: the characters, and that of the low level at its end.
+int framesOf(const QByteArray &characters)
+{
+    return characters.size() + 1;
+}
+
 } // namespace
 
 /// Analyzers in the window, with the decoders that come with the program: from the menu to the boxes on the wave.
@@ -64,6 +75,10 @@ private slots:
     void channelsTellWhoDecodesThem();
     void aDecoderThatHasGoneIsToldOnce();
     void anotherModelClosesTheOpenDialog();
+    void framesAreListedFoundAndBroughtIntoView();
+    void aDoubleClickOnAFrameOpensItsSettings();
+    void aNewCaptureEmptiesTheListAndFillsItAgain();
+    void framesAreExportedFromTheRowsMenu();
 
 private:
     void bind()
@@ -88,13 +103,20 @@ private:
         SmpData &data = *gDev->smpData;
         const std::vector<std::uint8_t> enable(std::size_t(data.chnCount), 1);
         data.begin(0, 1'000'000, enable);
-        data.startLevels |= 1;
+        SmpWriter(data).setStartLevel(0, true);
         std::int64_t pos = 0;
         (void)data.addPulses(serialWidths(characters), 0, pos);
-        data.smpCount = pos + 10 * samplesOfABit;
-        data.finish(data.smpCount);
+        SmpWriter(data).setSmpCount(pos + 10 * samplesOfABit);
+        data.finish(data.smpCount());
         emit gDev->sigSmpDataReady();
     }
+    [[nodiscard]] ResultView *list() const { return m_window->findChild<ResultView *>(); }
+    [[nodiscard]] QStringList listed() const { return qobject_cast<QStringListModel *>(list()->model())->stringList(); }
+    void clickRow(int row) const
+    {
+        QTest::mouseClick(list()->viewport(), Qt::LeftButton, Qt::NoModifier, placeOf(row));
+    }
+    [[nodiscard]] QPoint placeOf(int row) const { return list()->visualRect(list()->model()->index(row, 0)).center(); }
     [[nodiscard]] MyButton *addButton() const { return m_panel->findChild<MyButton *>(QStringLiteral("addAnalyzer")); }
     [[nodiscard]] QVector<ProtocolItem *> rows() const
     {
@@ -252,6 +274,77 @@ void TstMainWindowAnalyzers::anotherModelClosesTheOpenDialog()
     m_panel->slotEditWanted(0);
     QCOMPARE(dialog.count, 1);
     QCOMPARE(rows().size(), 1);
+}
+
+void TstMainWindowAnalyzers::framesAreListedFoundAndBroughtIntoView()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    clickRow(3);
+    QCOMPARE(list()->currentRow(), 3);
+    // The fourth character begins behind a pause and three characters of fifteen bits.
+    const double middle = m_gen->viewStart() + m_gen->ratioSasPix() * m_gen->viewWidth() / 2;
+    QVERIFY(qAbs(middle - (5 + 3 * 15 + 5) * samplesOfABit) < samplesOfABit);
+
+    auto *search = m_window->findChild<SearchEdit *>();
+    const QString last = listed().constLast();
+    QTest::keyClicks(search, last.toLower());
+    QTRY_COMPARE(listed(), QStringList{last});
+    QCOMPARE(search->countText(), QStringLiteral("1"));
+    QTest::keyClick(search, Qt::Key_Escape);
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+}
+
+void TstMainWindowAnalyzers::aDoubleClickOnAFrameOpensItsSettings()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    const DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) { shown.reject(); });
+    clickRow(1);
+    QTest::mouseDClick(list()->viewport(), Qt::LeftButton, Qt::NoModifier, placeOf(1));
+    QTRY_COMPARE(dialog.count, 1);
+    QCOMPARE(listed().size(), framesOf("Hello"));
+}
+
+void TstMainWindowAnalyzers::aNewCaptureEmptiesTheListAndFillsItAgain()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    emit gDev->sigCaptureStarts();
+    m_window->slotDevSmpStaShow(0, 0, 0);
+    QVERIFY(listed().isEmpty());
+    serialCapture("Hi");
+    QTRY_COMPARE(listed().size(), framesOf("Hi"));
+    m_dialog->hide();
+}
+
+void TstMainWindowAnalyzers::framesAreExportedFromTheRowsMenu()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("frames.txt"));
+    const DialogDriver<ExportDialog> choice([](ExportDialog &dialog) { dialog.exportSavedClicked(); });
+    const DialogDriver<QFileDialog> target([&path](QFileDialog &dialog) { chooseFile(dialog, path); });
+    const MenuDriver<QMenu> menu([](QMenu &shown) {
+        for (QAction *entry : shown.actions()) {
+            if (entry->text().startsWith(QStringLiteral("Export Data"))) {
+                entry->trigger();
+            }
+        }
+    });
+    rows().constFirst()->slotMenuPopup();
+    QTRY_VERIFY(QFile::exists(path));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
+    QCOMPARE(lines.size(), framesOf("Hello"));
+    QVERIFY(QString::fromUtf8(lines.at(4)).endsWith(listed().at(4)));
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
 }
 
 LUX_GUI_TEST(TstMainWindowAnalyzers)
