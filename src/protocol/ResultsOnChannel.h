@@ -1,0 +1,55 @@
+#pragma once
+
+#include "analyzer/PluginCall.h"
+#include "wave/DecodedSource.h"
+
+#include <corvanlux/analyzer/AnalyzerResults.h>
+
+/// The results of one analyzer as the row of one channel shows them. A plain view: whoever makes it knows that the
+/// results live on. Main thread.
+class ResultsOnChannel : public DecodedChannel {
+public:
+    ResultsOnChannel(AnalyzerResults &results, int chn, int format)
+        : m_results(results), m_channel(0, std::uint32_t(chn)), m_base(DisplayBase(format))
+    {}
+
+    bool hasBubbles() const override { return m_results.DoBubblesAppearOnChannel(m_channel); }
+    bool framesInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstFrame,
+                       std::uint64_t &lastFrame) const override
+    {
+        return m_results.GetFramesInRange(first, last, &firstFrame, &lastFrame);
+    }
+    DecodedSpan frame(std::uint64_t index) const override
+    {
+        const Frame frame = m_results.GetFrame(index);
+        return {frame.firstSample, frame.lastSample};
+    }
+    DecodedTexts textsOf(std::uint64_t frame) const override
+    {
+        DecodedTexts out;
+        const QString fault = pluginFault([&] {
+            Channel channel = m_channel;
+            m_results.BuildBubbleText(frame, channel, m_base);
+            m_results.GetResultStrings(&out.texts, &out.count);
+        });
+        return fault.isEmpty() && out.texts != nullptr ? out : DecodedTexts();
+    }
+
+    bool hasMarkers() const override { return m_results.DoMarkersAppearOnChannel(m_channel); }
+    std::uint64_t markerCount() const override { return m_results.GetNumMarkers(m_channel); }
+    bool markersInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstMarker,
+                        std::uint64_t &lastMarker) const override
+    {
+        return m_results.GetMarkersInRange(m_channel, first, last, &firstMarker, &lastMarker);
+    }
+    DecodedMarker marker(std::uint64_t index) const override
+    {
+        const Marker marker = m_results.GetMarker(m_channel, index);
+        return {marker.sample, int(marker.type)};
+    }
+
+private:
+    AnalyzerResults &m_results;
+    const Channel m_channel;
+    const DisplayBase m_base;
+};
