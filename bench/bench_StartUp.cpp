@@ -1,5 +1,6 @@
 // How long a user waits for the window, and what the idle program costs.
 
+#include "LoopGap.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatformNone.h"
@@ -76,6 +77,21 @@ void startUntilPainted(benchmark::State &state)
     }
 }
 BENCHMARK(startUntilPainted)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// The longest gap of the event loop from the painted window to the end of what a start has to do.
+void gapsAfterTheStart(benchmark::State &state)
+{
+    for (auto _ : state) {
+        Program program;
+        program.start();
+        LoopGap gap;
+        QEventLoop loop;
+        QTimer::singleShot(700, &loop, &QEventLoop::quit);
+        loop.exec();
+        gap.report(state);
+    }
+}
+BENCHMARK(gapsAfterTheStart)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 /// Processor time of one idle second, after the start has settled.
 void idleSecond(benchmark::State &state)

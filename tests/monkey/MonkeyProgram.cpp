@@ -18,6 +18,7 @@
 #include "support/CaptureBuilder.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
 #include <QMimeData>
@@ -263,6 +264,8 @@ QString MonkeyProgram::dropFile()
     QMimeData mime;
     const QString path = fileToOpen();
     mime.setUrls({QUrl::fromLocalFile(path)});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(m_window.get(), &enter); // who takes the drag gets the drop
     QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(m_window.get(), &event);
     return QStringLiteral("dropped ") + path.section(QLatin1Char('/'), -1);
