@@ -3,6 +3,8 @@
 #include "common/Duration.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 using lux::BusLines;
@@ -10,6 +12,48 @@ using lux::ChannelReader;
 using lux::Sample;
 
 LUX_PLUGIN(ParallelAnalyzer)
+
+namespace {
+
+/// The changes of several lines in the order of time. Lines change one at a time on noise, and all at once on a bus: so
+/// their next changes lie side by side, apart from the readers.
+class Changes {
+public:
+    void add(const ChannelReader &line)
+    {
+        m_levels |= std::uint64_t(line.level()) << m_lines.size();
+        m_lines.push_back(line);
+        m_next.push_back(line.hasEdge() ? line.peekEdge() : INT64_MAX);
+    }
+    [[nodiscard]] std::uint64_t levels() const { return m_levels; }
+    /// The sample of the next change of any line, INT64_MAX when there is none.
+    [[nodiscard]] Sample peek() const
+    {
+        Sample nearest = INT64_MAX;
+        for (const Sample next : m_next) {
+            nearest = std::min(nearest, next);
+        }
+        return nearest;
+    }
+    /// @param change  that of peek(), within the capture
+    void take(Sample change)
+    {
+        for (std::size_t i = 0; i < m_next.size(); ++i) {
+            if (m_next[i] == change) {
+                m_lines[i].nextEdge();
+                m_levels ^= std::uint64_t(1) << i;
+                m_next[i] = m_lines[i].hasEdge() ? m_lines[i].peekEdge() : INT64_MAX;
+            }
+        }
+    }
+
+private:
+    std::vector<ChannelReader> m_lines;
+    std::vector<Sample> m_next;
+    std::uint64_t m_levels = 0;
+};
+
+} // namespace
 
 void ParallelAnalyzer::decode()
 {
@@ -50,11 +94,10 @@ void ParallelAnalyzer::readClocked()
 /// when they lead back to the same word it goes on.
 void ParallelAnalyzer::readChanges()
 {
-    std::vector<ChannelReader *> lines;
+    Changes lines;
     for (unsigned i = 0; i < m_settings.data.width(); ++i) {
-        lines.push_back(&reader(m_settings.data[i]));
+        lines.add(reader(m_settings.data[i]));
     }
-    lux::EdgeGroup group(lines);
     ChannelReader enable = reader(m_settings.enable);
     const bool isGated = m_settings.enable.isDefined();
     const Sample settle = std::max<Sample>(1, lux::samplesIn(m_settings.settleTime.value(), sampleRate()));
@@ -67,8 +110,8 @@ void ParallelAnalyzer::readChanges()
         }
     };
     for (Sample change = 0;;) {
-        const Sample next = std::min(group.peekEdge(), sampleCount());
-        const std::uint64_t levels = group.levels();
+        const Sample next = std::min(lines.peek(), sampleCount());
+        const std::uint64_t levels = lines.levels();
         // What the capture's end cuts short has not settled.
         if (next - change >= settle) {
             if (first < 0 || levels != word) {
@@ -81,7 +124,8 @@ void ParallelAnalyzer::readChanges()
         if (next >= sampleCount()) {
             break;
         }
-        change = group.nextEdge();
+        change = next;
+        lines.take(change);
     }
     finish();
 }

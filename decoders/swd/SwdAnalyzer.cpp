@@ -49,15 +49,14 @@ void SwdAnalyzer::decode()
     SwdBits bits(reader(m_settings.swclk), reader(m_settings.swdio));
     m_zeros = beginsAtRest(bits) ? idleBitsOfRefused : 0;
     while (bits.left() > 0) {
-        SwdBits ahead(bits);
-        if (!ahead.next().value) {
-            bits = ahead;
+        if (!bits.peek()) {
+            bits.next();
             ++m_zeros;
             m_onesBefore = 0;
             continue;
         }
         Request request;
-        ahead = bits;
+        SwdBits ahead(bits);
         if (!m_isAway && m_onesBefore == 0 && readRequest(ahead, request) &&
             (!m_isLost || (m_zeros >= idleBits && isSound(ahead, request)))) {
             m_zeros = 0;
@@ -84,9 +83,9 @@ bool SwdAnalyzer::readRequest(SwdBits &bits, Request &request)
     if (bits.left() < bitsOfRequest) {
         return false;
     }
-    SwdBits first(bits);
-    request.first = first.next().at;
-    const auto word = unsigned(bits.number(bitsOfRequest, request.last));
+    const SwdBits::Bit start = bits.next();
+    request.first = start.at;
+    const unsigned word = unsigned(start.value) | unsigned(bits.number(bitsOfRequest - 1, request.last)) << 1;
     constexpr unsigned frameBits = 0xc1; // start, stop and park
     constexpr unsigned frameLevels = 0x81;
     if ((word & frameBits) != frameLevels) {
@@ -128,15 +127,9 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     std::int64_t count = 0;
     Sample first = 0;
     Sample last = 0;
-    while (bits.left() > 0) {
-        SwdBits ahead(bits);
-        const SwdBits::Bit bit = ahead.next();
-        if (!bit.value) {
-            break;
-        }
-        bits = ahead;
-        first = count == 0 ? bit.at : first;
-        last = bit.at;
+    while (bits.left() > 0 && bits.peek()) {
+        last = bits.next().at;
+        first = count == 0 ? last : first;
         ++count;
     }
     m_zeros = 0;
@@ -152,9 +145,8 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     if (sequence.target == SwdTarget::None) {
         return;
     }
-    SwdBits begin(bits);
-    first = begin.next().at;
-    bits.skip(sequence.bits - 1);
+    first = bits.next().at;
+    bits.skip(sequence.bits - 2);
     last = bits.next().at;
     m_isAway = sequence.target != SwdTarget::Swd;
     results().add({.firstSample = first,
@@ -263,12 +255,8 @@ void SwdAnalyzer::passOver(SwdBits &bits)
 bool SwdAnalyzer::leadsOn(SwdBits bits, std::int64_t skipped) const
 {
     bits.skip(skipped);
-    while (bits.left() > 0) {
-        SwdBits ahead(bits);
-        if (ahead.next().value) {
-            break;
-        }
-        bits = ahead;
+    while (bits.left() > 0 && !bits.peek()) {
+        bits.next();
     }
     Request request;
     SwdBits ahead(bits);

@@ -17,14 +17,19 @@ public:
 
     SwdBits(const lux::ChannelReader &clock, const lux::ChannelReader &data)
         : m_clock(clock), m_data(data), m_left((clock.edgesLeft() + (clock.level() ? 0 : 1)) / 2)
-    {}
+    {
+        read();
+    }
     [[nodiscard]] std::int64_t left() const { return m_left; } ///< bits that follow
+    /// The next bit's level; only while bits are left.
+    [[nodiscard]] bool peek() const { return m_next.value; }
     /// Only while bits are left.
     Bit next()
     {
+        const Bit bit = m_next;
         --m_left;
-        const lux::Sample edge = m_clock.nextRise();
-        return {edge, m_data.levelAt(edge - 1)};
+        read();
+        return bit;
     }
     void skip(std::int64_t count)
     {
@@ -45,7 +50,16 @@ public:
     }
 
 private:
+    void read()
+    {
+        if (m_left > 0) {
+            m_next.at = m_clock.nextRise();
+            m_next.value = m_data.levelAt(m_next.at - 1);
+        }
+    }
+
     lux::ChannelReader m_clock;
     lux::ChannelReader m_data;
     std::int64_t m_left;
+    Bit m_next;
 };
