@@ -15,6 +15,8 @@ private slots:
     void aTextWithoutWordsNeedsNoTranslation_data();
     void aTextWithoutWordsNeedsNoTranslation();
     void refusalsAreFoundInTheSource();
+    void noTextIsTranslatedTwice_data();
+    void noTextIsTranslatedTwice();
     void everyTextOfADecoderIsTranslated_data();
     void everyTextOfADecoderIsTranslated();
 
@@ -28,7 +30,7 @@ namespace {
 QString lookedUp(const char *text)
 {
     QString key = QString::fromUtf8(text);
-    static const QRegularExpression number(QStringLiteral("^[0-9][0-9.]*\\s*"));
+    static const QRegularExpression number(QStringLiteral("^[0-9. ]*"));
     return key.remove(number);
 }
 
@@ -81,6 +83,8 @@ void addSettings(const AnalyzerSettings &settings, QStringList &texts)
             for (std::uint32_t entry = 0; entry < list->GetListboxNumbersCount(); ++entry) {
                 texts << lookedUp(list->GetListboxString(entry)) << lookedUp(list->GetListboxToolTip(entry));
             }
+        } else if (setting->GetType() == AnalyzerInterfaceTypeId::Bool) {
+            texts << lookedUp(static_cast<const AnalyzerSettingInterfaceBool *>(setting)->GetCheckBoxText());
         }
     }
     for (std::uint32_t i = 0; i < settings.GetExportOptionsCount(); ++i) {
@@ -97,16 +101,20 @@ void addSettings(const AnalyzerSettings &settings, QStringList &texts)
     }
 }
 
-/// Class and text of all entries of a language.
-QSet<QPair<QString, QString>> entriesOf(const QString &path)
+/// Class and lower-cased text, as they are looked up.
+using Entry = QPair<QString, QString>;
+
+/// All entries of a language in order, those without a translation left out.
+QVector<Entry> entriesOf(const QString &path)
 {
     QDomDocument document;
     document.setContent(read(path));
-    QSet<QPair<QString, QString>> entries;
+    QVector<Entry> entries;
     const QDomElement analyzers = document.documentElement().firstChildElement(QStringLiteral("analyzers"));
     for (QDomElement entry = analyzers.firstChildElement(); !entry.isNull(); entry = entry.nextSiblingElement()) {
         if (!entry.text().trimmed().isEmpty()) {
-            entries.insert({entry.attribute(QStringLiteral("class")), entry.attribute(QStringLiteral("src"))});
+            entries.append(
+                {entry.attribute(QStringLiteral("class")), entry.attribute(QStringLiteral("src")).toLower()});
         }
     }
     return entries;
@@ -135,6 +143,26 @@ void TstDecoderTexts::refusalsAreFoundInTheSource()
         QStringLiteral("std::string A::check() const\n{\n    if (x) {\n        return \"Too much\";\n"
                        "    }\n    return {};\n}\nconst char *b()\n{\n    return \"Not this\";\n}\n");
     QCOMPARE(refusals(source), QStringList{QStringLiteral("Too much")});
+}
+
+void TstDecoderTexts::noTextIsTranslatedTwice_data()
+{
+    QTest::addColumn<QString>("language");
+    const QDir languages(QStringLiteral(LUX_LANGUAGE_DIR));
+    for (const QString &file : languages.entryList({QStringLiteral("*.xml")}, QDir::Files)) {
+        QTest::newRow(qPrintable(file)) << languages.filePath(file);
+    }
+}
+
+void TstDecoderTexts::noTextIsTranslatedTwice()
+{
+    QFETCH(QString, language);
+    QSet<Entry> seen;
+    for (const Entry &entry : entriesOf(language)) {
+        QVERIFY2(!seen.contains(entry), qPrintable(entry.first + QLatin1Char('|') + entry.second));
+        seen.insert(entry);
+    }
+    QVERIFY(!seen.isEmpty());
 }
 
 void TstDecoderTexts::everyTextOfADecoderIsTranslated_data()
@@ -167,7 +195,7 @@ void TstDecoderTexts::everyTextOfADecoderIsTranslated()
     const auto entries = entriesOf(language);
     QStringList missing;
     for (const QString &text : qAsConst(texts)) {
-        if (needsTranslation(text) && !entries.contains({name, text}) && !missing.contains(text)) {
+        if (needsTranslation(text) && !entries.contains({name, text.toLower()}) && !missing.contains(text)) {
             missing.append(text);
         }
     }
