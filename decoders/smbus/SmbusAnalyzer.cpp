@@ -25,6 +25,7 @@ void SmbusAnalyzer::decode()
     m_transaction = {};
     m_bytes.clear();
     m_isHeld = false;
+    m_late.clear();
     const Sample shortest = lux::samplesIn(spike, sampleRate());
     if (shortest > 1) {
         decodeBus(lux::FilteredLine(reader(m_settings.scl), shortest),
@@ -123,7 +124,7 @@ void SmbusAnalyzer::addByte(bool acknowledge, Sample last)
         frame.line = SmbusResults::Command;
     }
     if (isAddress) {
-        results().add(frame);
+        addWithLate(frame);
     } else {
         m_held = frame;
         m_isHeld = true;
@@ -140,8 +141,18 @@ void SmbusAnalyzer::addHeldByte(bool isLast)
     if (isLast && m_bytes.size() > 2 && smbus::Pec::of(m_bytes) == 0) {
         m_held.line = SmbusResults::Pec;
     }
-    results().add(m_held);
+    addWithLate(m_held);
     m_isHeld = false;
+}
+
+/// Frames come in the order of their begins: time-outs within a byte behind it.
+void SmbusAnalyzer::addWithLate(const FrameData &byte)
+{
+    results().add(byte);
+    for (const FrameData &timeout : m_late) {
+        results().add(timeout);
+    }
+    m_late.clear();
 }
 
 /// A condition or a time-out ends a byte that is not complete.
@@ -149,11 +160,11 @@ void SmbusAnalyzer::cutByte(Sample last)
 {
     addHeldByte(false);
     results().mark(m_settings.sda, last, MarkerType::ErrorX);
-    results().add({.firstSample = m_byte.first,
-                   .lastSample = last,
-                   .data = m_byte.bits,
-                   .kind = SmbusResults::Cut,
-                   .extra = m_byte.count});
+    addWithLate({.firstSample = m_byte.first,
+                 .lastSample = last,
+                 .data = m_byte.bits,
+                 .kind = SmbusResults::Cut,
+                 .extra = m_byte.count});
     m_transaction.isBroken = true;
     m_byte = {};
 }
@@ -168,7 +179,12 @@ void SmbusAnalyzer::takeTimeout(Sample rise, Sample lowTime)
     }
     addHeldByte(false);
     results().mark(m_settings.scl, fall, MarkerType::ErrorX);
-    results().add({.firstSample = fall, .lastSample = rise - 1, .kind = SmbusResults::Timeout});
+    const FrameData timeout{.firstSample = fall, .lastSample = rise - 1, .kind = SmbusResults::Timeout};
+    if (m_byte.count > 0) {
+        m_late.push_back(timeout);
+    } else {
+        results().add(timeout);
+    }
     if (isOver) {
         m_transaction.isBroken = true;
         endTransaction(fall - 1);

@@ -44,6 +44,7 @@ private:
     void addByte(bool acknowledge, lux::Sample last);
     void cutByte(lux::Sample last);
     void addHeldByte(bool isLast);
+    void addWithLate(const FrameData &byte);
     void endTransaction(lux::Sample last);
 
     Byte m_byte;
@@ -51,5 +52,6 @@ private:
     std::vector<std::uint8_t> m_bytes; ///< of the transaction, with addresses
     FrameData m_held;                  ///< a data byte waits until it is known whether it is the last one
     bool m_isHeld = false;
-    std::uint32_t m_sent = 0; ///< transactions of the simulation
+    std::vector<FrameData> m_late; ///< time-outs within the byte that is being read, or held
+    std::uint32_t m_sent = 0;      ///< transactions of the simulation
 };

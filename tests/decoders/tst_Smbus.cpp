@@ -308,7 +308,9 @@ void TstSmbus::aClockThatIsHeldIsATimeout()
             wire.bit(false);
         }
         wire.stop().start().byte(0xb5).stop();
-        const Texts got = transactions(Decoded(wire));
+        const Decoded desk(wire);
+        const Texts got = transactions(desk);
+        QCOMPARE(desk.message(), std::string()); // of frames that are not in their order
         QCOMPARE(got.back(), std::string("Quick Command B5 0"));
         if (low < 25000) {
             QCOMPARE(got, (Texts{"Send Byte B480 0", "Quick Command B5 0"}));
