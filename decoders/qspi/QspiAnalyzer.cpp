@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-using lux::ChannelReader;
 using lux::Sample;
 
 LUX_PLUGIN(QspiAnalyzer)

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <string>
 
-using lux::ChannelReader;
 using lux::Sample;
 
 LUX_PLUGIN(UsbAnalyzer)

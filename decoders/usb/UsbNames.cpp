@@ -138,7 +138,7 @@ std::string stringText(std::span<const std::uint8_t> bytes)
 /// One of the descriptors of a configuration.
 std::string partText(std::span<const std::uint8_t> part)
 {
-    constexpr int milliamperes = 2; // a unit of bMaxPower
+    constexpr std::int64_t milliamperes = 2; // a unit of bMaxPower
     const std::uint8_t type = part[1];
     std::string text(descriptorName(type));
     if (text.empty()) {
