@@ -15,6 +15,7 @@ Output::Output(const QString &path)
 
 void Output::flush()
 {
+    m_isEmpty = m_isEmpty && m_buffer.empty();
     if (m_good && m_file) {
         m_good = m_file->write(m_buffer.data(), qint64(m_buffer.size())) == qint64(m_buffer.size());
     } else if (m_good) {
@@ -26,7 +27,9 @@ void Output::flush()
 int Output::finish(int code)
 {
     flush();
-    if (m_good && m_file) {
+    if (m_good && m_file && m_isEmpty && code != Terminal::good) {
+        m_file->cancelWriting(); // an earlier file is worth more than an empty one
+    } else if (m_good && m_file) {
         m_good = m_file->commit();
     } else if (m_good) {
         m_good = std::fflush(stdout) == 0;

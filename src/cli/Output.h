@@ -39,8 +39,8 @@ public:
         m_buffer.append(digits, std::size_t(end - digits));
         return *this;
     }
-    /// Writes the rest, and gives the file its name. @return `code`; the code of bad input, and the user is told, if
-    /// not all arrived
+    /// Writes the rest, and gives the file its name, unless nothing was written because all input was bad. @return
+    /// `code`; the code of bad input, and the user is told, if not all arrived
     [[nodiscard]] int finish(int code);
 
 private:
@@ -50,4 +50,5 @@ private:
     std::string m_buffer;
     std::unique_ptr<QSaveFile> m_file; ///< null for the standard output
     bool m_good = true;
+    bool m_isEmpty = true; ///< nothing was flushed so far
 };

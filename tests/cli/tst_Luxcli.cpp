@@ -25,6 +25,7 @@ private slots:
     void framesOfSeveralDecodersComeInTheOrderOfTime();
     void withoutADecoderThoseOfTheFileAreTaken();
     void anOutputFileIsWrittenWhole();
+    void anEarlierOutputStaysWhereAllInputIsBad();
     void severalFilesAreDecodedOneAfterTheOther();
     void decodersAndTheirSettingsAreListed();
     void infoTellsOfTheCapture();
@@ -233,6 +234,16 @@ void TstLuxcli::anOutputFileIsWrittenWhole()
     QCOMPARE(toFile.code, 0);
     QCOMPARE(toFile.out, QByteArray());
     QCOMPARE(m_folder.read(QStringLiteral("out.jsonl")), luxcli(arguments).out);
+}
+
+void TstLuxcli::anEarlierOutputStaysWhereAllInputIsBad()
+{
+    const QString path = m_folder.write("earlier\n", QStringLiteral("earlier.jsonl"));
+    const QString bad = m_folder.write("no capture", QStringLiteral("bad.cxdat"));
+    const Outcome outcome =
+        luxcli({QStringLiteral("decode"), bad, QStringLiteral("-a"), uart, QStringLiteral("-o"), path});
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(m_folder.read(QStringLiteral("earlier.jsonl")), QByteArray("earlier\n"));
 }
 
 void TstLuxcli::severalFilesAreDecodedOneAfterTheOther()
