@@ -37,7 +37,7 @@ public:
         std::int64_t best = 0;
         double fewest = 2.0;
         // A tenth of the pulses is a single bit in any text, unless the line has that many glitches.
-        for (const std::size_t tenths : {1, 4, 7}) {
+        for (const std::size_t tenths : {1U, 4U, 7U}) {
             const double shortest = bitWidth(pulses, tenths);
             for (const double parts : {1.0, 2.0, 3.0, 4.0}) {
                 const double width = shortest / parts;

@@ -45,7 +45,7 @@ double HalfBitFinder::find() const
     }
     double best = 0;
     double most = leastShare;
-    for (const std::size_t tenths : {9, 8, 7, 6, 5, 4, 3, 2, 1}) {
+    for (const std::size_t tenths : {9U, 8U, 7U, 6U, 5U, 4U, 3U, 2U, 1U}) {
         const double half = refined(double(m_widths[m_widths.size() * tenths / 10]));
         const double share = shareOf(half);
         if (half >= 1.0 && share > most + (best == 0 ? 0.0 : clearlyMore)) {

@@ -256,7 +256,7 @@ bool SdioDataLines::readStatus(std::uint8_t &status, Sample &last)
         if (!takeRise()) {
             return false;
         }
-        status = std::uint8_t(status << 1 | unsigned(m_lines[0].levelAt(m_rise)));
+        status = std::uint8_t(unsigned(status) << 1 | unsigned(m_lines[0].levelAt(m_rise)));
     }
     if (!takeRise()) {
         return false;
