@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -24,7 +23,7 @@ public:
     void add(std::string_view text)
     {
         const std::size_t size = std::min(text.size(), most - m_size);
-        std::memcpy(m_text + m_size, text.data(), size);
+        text.copy(m_text + m_size, size); // which may have no memory, where it is empty
         m_size = std::uint8_t(m_size + size);
     }
     void add(char c)
