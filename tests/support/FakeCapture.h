@@ -107,13 +107,13 @@ private:
 class FakeBulk final : public SmpTransport {
 public:
     std::vector<std::uint8_t> stream;
-    std::vector<std::int32_t> sizes{4096}; ///< of one buffer after the other, from the first again
-    std::int32_t chunkSize = 1 << 16;      ///< bytes taken for a buffer
-    int answer = runEnded;                 ///< when the stream is at its end, or the device was stopped
-    int maxBuffers = -1;                   ///< buffers after which the run ends, -1 for no limit
-    int earlyAnswer = runFailed;           ///< then
-    FakeDevice *device = nullptr;          ///< that ends the stream by its stop; null for none
-    std::function<void(int)> beforeBuffer; ///< told of each, from 0
+    std::vector<std::int32_t> sizes{4096};     ///< of one buffer after the other, from the first again
+    std::int32_t chunkSize = 1 << 16;          ///< bytes taken for a buffer
+    int answer = runEnded;                     ///< when the stream is at its end, or the device was stopped
+    int maxBuffers = -1;                       ///< buffers after which the run ends, -1 for no limit
+    int earlyAnswer = runFailed;               ///< then
+    std::atomic<FakeDevice *> device{nullptr}; ///< that ends the stream by its stop; null for none; at any time
+    std::function<void(int)> beforeBuffer;     ///< told of each, from 0
     std::atomic<bool> open{true};
     std::int64_t lowestBudget = 0; ///< that was left at any buffer
     std::int32_t limit = -1;       ///< of the last run
@@ -149,7 +149,8 @@ public:
             if (buffer == maxBuffers || !open) {
                 return earlyAnswer;
             }
-            if (at == stream.size() || (device != nullptr && device->stopped)) {
+            const FakeDevice *stopper = device;
+            if (at == stream.size() || (stopper != nullptr && stopper->stopped)) {
                 return answer;
             }
             const std::int32_t size = std::min(sizes[std::size_t(buffer) % sizes.size()], chunkSize);
