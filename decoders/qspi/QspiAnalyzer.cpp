@@ -3,6 +3,7 @@
 #include "common/FilteredLine.h"
 
 #include <algorithm>
+#include <exception>
 
 using lux::Sample;
 
@@ -19,9 +20,10 @@ public:
     Enclosing(QspiResults &results, Sample first) : m_results(results), m_place(results.open(first)) {}
     Enclosing(const Enclosing &) = delete;
     Enclosing &operator=(const Enclosing &) = delete;
-    ~Enclosing()
+    /// Dropping is where a worker that is asked to stop leaves, unless it leaves already: then nothing is dropped.
+    ~Enclosing() noexcept(false)
     {
-        if (!m_isFilled) {
+        if (!m_isFilled && std::uncaught_exceptions() == 0) {
             m_results.drop(m_place);
         }
     }
