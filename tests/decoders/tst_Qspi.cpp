@@ -68,11 +68,12 @@ public:
         at(m_clk).set(m_level);
         return wait(half - 2);
     }
-    /// The highest bits first, on IO0 from the controller and on IO1 from the chip when on one line.
+    /// The highest bits first, on IO0 from the controller and on IO1 from the chip when on one line; more than 64 begin
+    /// anew.
     Wire &one(std::uint64_t value, unsigned count, bool fromChip = false)
     {
         while (count > 0) {
-            const auto bit = unsigned(value >> --count & 1U);
+            const auto bit = unsigned(value >> --count % 64 & 1U);
             clock(fromChip ? bit << 1 : bit);
         }
         return *this;
@@ -81,7 +82,7 @@ public:
     {
         while (count > 0) {
             count -= lines;
-            clock(unsigned(value >> count) & ((1U << lines) - 1U));
+            clock(unsigned(value >> count % 64) & ((1U << lines) - 1U));
         }
         return *this;
     }
@@ -89,7 +90,7 @@ public:
     {
         while (count > 0) {
             count -= lines;
-            const unsigned mask = unsigned(value >> count) & ((1U << lines) - 1U);
+            const unsigned mask = unsigned(value >> count % 64) & ((1U << lines) - 1U);
             toggle(fromChip && lines == 1 ? mask << 1 : mask);
         }
         return *this;
