@@ -191,9 +191,9 @@ void DevRun::endSimulation()
 void DevRun::leave()
 {
     endSimulation();
-    abortHardware();
+    const bool ran = abortHardware();
     ++m_captures; // what was asked for the capture is answered to nobody
-    if (m_device.smpBusy.load(std::memory_order_acquire)) {
+    if (ran) {
         m_device.request([](DevControl &control) { return control.stopDevice(); }, [](int) {});
         if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
             transport->breakOffStream();
@@ -209,22 +209,24 @@ bool DevRun::waitForThreads(std::chrono::milliseconds most)
                        [&deadline](QThread *thread) { return thread->wait(deadline); });
 }
 
-void DevRun::abortHardware()
+bool DevRun::abortHardware()
 {
     if (std::exchange(m_setsUp, false)) {
         m_device.smpBusy.store(false, std::memory_order_release); // nothing runs yet
     }
-    if (m_device.smpBusy.load(std::memory_order_acquire)) {
+    // Asked before the abort is told: the control thread may be gone right after it, and stops no instrument then.
+    const bool ran = m_device.smpBusy.load(std::memory_order_acquire);
+    if (ran) {
         m_device.smpAbort.store(true, std::memory_order_release);
         m_device.smpStop.store(true, std::memory_order_release);
         m_device.wake();
     }
+    return ran;
 }
 
 void DevRun::endHardware()
 {
-    abortHardware();
-    if (m_device.smpBusy.load(std::memory_order_acquire)) {
+    if (abortHardware()) {
         devControl().stopDevice();
         if (SmpTransport *transport = devControl().transport(); transport != nullptr) {
             transport->breakOffStream();

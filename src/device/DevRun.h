@@ -36,7 +36,8 @@ private:
     void beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error);
     void endSimulation();
     /// A capture is to end, wherever it is; what it was to become does not matter any more.
-    void abortHardware();
+    /// @return whether an instrument ran, which is to be stopped
+    bool abortHardware();
     void endHardware();
     void setStop();
     void cutReadBack();
