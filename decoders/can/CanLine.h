@@ -82,27 +82,29 @@ public:
         ++m_bit;
         return true;
     }
-    /// Looks for an acknowledgement anywhere in the next bit; the bits behind it are those of the node that sent it. A
-    /// pulse that begins behind the middle and is longer than two bits is a flag in the bit behind.
+    /// Looks for the next bit, of another node, at `at`. A pulse anywhere in it is that node's, and the bits behind are
+    /// counted from its edge; one that begins behind the middle and is longer than two bits is a flag in the bit
+    /// behind.
     /// @return false when the capture ends within the bit
-    bool nextOfOther(bool &recessive)
+    bool nextOfOther(CanTime at, bool &recessive)
     {
+        recessive = !isDominantAt(sampleAt(at));
         const CanTime middle = m_sync + m_timing->look(m_bit);
         const CanTime end = m_sync + m_timing->start(m_bit + 1);
         if (sampleAt(end) >= m_reader.sampleCount()) {
             return false;
         }
-        recessive = true;
-        while (recessive && timeOf(m_reader.peekEdge()) < end) {
+        m_look = sampleAt(at);
+        m_wasRecessive = true;
+        while (m_wasRecessive && timeOf(m_reader.peekEdge()) < end) {
             const CanTime edge = timeOf(m_reader.nextEdge());
             const bool isShort = timeOf(m_reader.peekEdge()) - edge <= 2 * m_timing->bit() + half;
-            recessive = !isDominant() || (edge > middle && !isShort);
-            if (!recessive) {
+            m_wasRecessive = !isDominant() || (edge > middle && !isShort);
+            if (!m_wasRecessive) {
                 m_sync = edge - m_timing->start(m_bit);
             }
         }
-        m_look = sampleAt(std::min(m_sync + m_timing->look(m_bit++), end));
-        m_wasRecessive = recessive;
+        ++m_bit;
         return true;
     }
     /// The sample where the last bit was looked at.
@@ -121,6 +123,7 @@ public:
     /// The bit rate changes in the sample point of the last bit (11.3.1.1).
     void switchToData() { switchTo(m_times->data); }
     void switchToNominal() { switchTo(m_times->nominal); }
+    [[nodiscard]] CanTime bitTime() const { return m_timing->bit(); }
     [[nodiscard]] bool wantsFit() const { return m_times->fitted.has_value(); }
     /// Where the next bit begins, by a fit.
     void fit(CanTime nextBegin)
@@ -140,6 +143,13 @@ private:
     [[nodiscard]] static lux::Sample sampleAt(CanTime time) { return time >> CanTiming::fractionBits; }
 
     [[nodiscard]] bool isDominant() const { return m_reader.level() == m_times->dominantHigh; }
+    /// At a sample that is not before the last bit that was looked at.
+    [[nodiscard]] bool isDominantAt(lux::Sample at) const
+    {
+        lux::ChannelReader ahead(m_reader);
+        ahead.seek(at);
+        return ahead.level() == m_times->dominantHigh;
+    }
     void resynchronise(CanTime edge)
     {
         const CanTime expected = m_sync + m_timing->start(m_bit);

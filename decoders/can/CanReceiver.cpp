@@ -1,5 +1,6 @@
 #include "CanReceiver.h"
 
+#include <algorithm>
 #include <cmath>
 
 using namespace can;
@@ -234,17 +235,13 @@ bool CanReceiver::crcDelimiter()
     return true;
 }
 
-/// Where the last bit ends by a least-squares line through the edges so far, over their bit numbers. All of them are
-/// the sender's, and as the check is right the numbers are too.
-CanTime CanReceiver::fittedEnd() const
+/// All edges between SOF and the bit that was looked at last. They are the sender's, and as the check is right the
+/// numbers of the bits are too.
+template<typename Use>
+void CanReceiver::eachEdge(Use &&use) const
 {
     lux::ChannelReader edges(m_line.reader());
     edges.seek(m_begin);
-    std::int64_t count = 1; // SOF, at 0
-    std::int64_t sumBit = 0;
-    std::int64_t sumTime = 0;
-    std::int64_t sumBitBit = 0;
-    std::int64_t sumBitTime = 0;
     const std::span<const Look> all = looks();
     std::int64_t bit = 0;
     while (edges.peekEdge() <= all.back().at) {
@@ -252,24 +249,64 @@ CanTime CanReceiver::fittedEnd() const
         while (all[std::size_t(bit)].at < edge) {
             ++bit;
         }
-        ++count;
-        sumBit += bit;
-        sumTime += edge - m_begin;
-        sumBitBit += bit * bit;
-        sumBitTime += bit * (edge - m_begin);
+        use(Edge{edge, bit});
     }
+}
+
+/// Where the last bit ends by a least-squares line through the edges so far, over their bit numbers.
+CanTime CanReceiver::fittedEnd() const
+{
+    std::int64_t count = 1; // SOF, at 0
+    std::int64_t sumBit = 0;
+    std::int64_t sumTime = 0;
+    std::int64_t sumBitBit = 0;
+    std::int64_t sumBitTime = 0;
+    eachEdge([&](const Edge &edge) {
+        const std::int64_t time = edge.at - m_begin;
+        ++count;
+        sumBit += edge.bit;
+        sumTime += time;
+        sumBitBit += edge.bit * edge.bit;
+        sumBitTime += edge.bit * time;
+    });
     const double slope = double(count * sumBitTime - sumBit * sumTime) / double(count * sumBitBit - sumBit * sumBit);
-    const double behind = (double(sumTime) + slope * double(count * std::int64_t(all.size()) - sumBit)) / double(count);
+    const auto bits = std::int64_t(looks().size());
+    const double behind = (double(sumTime) + slope * double(count * bits - sumBit)) / double(count);
     return (m_begin << CanTiming::fractionBits) + std::llround(std::ldexp(behind, CanTiming::fractionBits));
 }
 
-/// Seen with few samples a bit, an acknowledgement that comes late may leave the middle of the slot recessive.
+/// Where the last bit ends for a node that follows the sender's edges, by a quarter of a bit at most each time: those
+/// to dominant, and as few samples make a bit those to recessive too, but that of a stuff bit behind the check.
+CanTime CanReceiver::followedEnd() const
+{
+    const CanTime bitTime = m_line.bitTime();
+    const CanTime most = bitTime / 4;
+    CanTime begin = m_begin << CanTiming::fractionBits;
+    std::int64_t bit = 0;
+    const auto delimiter = std::int64_t(looks().size() - 1);
+    bool toRecessive = false;
+    eachEdge([&](const Edge &edge) {
+        toRecessive = !toRecessive;
+        if (toRecessive && edge.bit + 1 == delimiter && looks()[std::size_t(edge.bit)].isStuff) {
+            return;
+        }
+        const CanTime expected = begin + (edge.bit - bit) * bitTime;
+        const CanTime found = edge.at << CanTiming::fractionBits;
+        begin = expected + std::clamp(found - expected, -most, most);
+        bit = edge.bit;
+    });
+    return begin + (std::int64_t(looks().size()) - bit) * bitTime;
+}
+
+/// With few samples a bit the slot is looked at where it begins: what is dominant there was sent for this slot. The
+/// bits behind are those of the node that sent it, also when it came later.
 bool CanReceiver::acknowledgeSlot(bool &recessive)
 {
     if (!m_isFitted) {
         return look(recessive, false);
     }
-    if (!m_line.nextOfOther(recessive)) {
+    constexpr CanTime early = CanTime(3) << (CanTiming::fractionBits - 2);
+    if (!m_line.nextOfOther(followedEnd() + m_line.bitTime() / 2 - early, recessive)) {
         return fail(CanFault::CaptureEnd);
     }
     m_looks[m_lookCount++] = {m_line.lastLook(), false};

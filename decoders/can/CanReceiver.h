@@ -58,7 +58,15 @@ private:
     bool fixedStuffBit();
     bool fixedBits(unsigned count, unsigned &sinceStuff, std::uint32_t &value);
     bool crcDelimiter();
+    /// An edge of the sender's, and which of the frame's bits begins with it.
+    struct Edge {
+        lux::Sample at;
+        std::int64_t bit;
+    };
+    template<typename Use>
+    void eachEdge(Use &&use) const;
     [[nodiscard]] CanTime fittedEnd() const;
+    [[nodiscard]] CanTime followedEnd() const;
     bool acknowledgeSlot(bool &recessive);
     bool acknowledgement();
     void endOfFrame();
