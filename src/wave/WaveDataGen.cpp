@@ -1,5 +1,6 @@
 #include "wave/WaveDataGen.h"
 
+#include "analysis/AnalogParameters.h"
 #include "controls/Look.h"
 #include "controls/Truncate.h"
 #include "settings/Globals.h"
@@ -15,6 +16,7 @@ WaveDataGen::WaveDataGen(QObject *parent) : QThread(parent)
 {
     gWaveGen = this;
     connect(this, &WaveDataGen::frameReady, this, &WaveDataGen::takeFrame, Qt::QueuedConnection);
+    connect(&m_measurer, &AnalogMeasurer::measured, this, &WaveDataGen::takeAChnTexts, Qt::QueuedConnection);
     start(QThread::InheritPriority);
 }
 
@@ -102,6 +104,7 @@ void WaveDataGen::setDataSource(const SmpData *source)
 
     m_placementDue = false;
     m_history.clear();
+    m_measurer.cancel();
     m_aChnParamTexts.clear();
     for (int chn = 0; source && chn < source->aChnCount; ++chn) {
         m_aChnParamTexts.append(QString());
@@ -249,8 +252,36 @@ void WaveDataGen::dataReady()
 {
     m_history.clear();
     placeCapture();
-    emit sigParameterRefreshAch();
+    measureAnalog();
     emit sigViewRefresh(false);
+}
+
+/// Hands copies of the analog samples to the measurer: it reads no capture, and a capture waits only for the copying.
+void WaveDataGen::measureAnalog()
+{
+    AnalogMeasurer::Job job;
+    {
+        const SmpReadLock reading(m_input.source);
+        for (int chn = 0; chn < m_aChnParamTexts.size(); ++chn) {
+            const std::span<const std::int8_t> samples =
+                reading ? analogSamples(*m_input.source, chn) : std::span<const std::int8_t>();
+            job.channels.push_back({{samples.begin(), samples.end()}, aChnProbe(chn)});
+        }
+        job.rate = reading ? m_input.source->smpFrequ() : 0;
+    }
+    if (job.channels.empty()) {
+        emit sigParameterRefreshAch();
+    } else {
+        m_measurer.measure(std::move(job));
+    }
+}
+
+void WaveDataGen::takeAChnTexts()
+{
+    if (std::optional<QStringList> texts = m_measurer.takeTexts()) {
+        m_aChnParamTexts = *std::move(texts);
+        emit sigParameterRefreshAch();
+    }
 }
 
 void WaveDataGen::zoomFit()

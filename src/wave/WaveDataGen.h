@@ -1,6 +1,7 @@
 #pragma once
 
 #include "store/SmpData.h"
+#include "wave/AnalogMeasurer.h"
 #include "wave/TimeAxis.h"
 #include "wave/TimeTicks.h"
 #include "wave/ViewHistory.h"
@@ -59,7 +60,8 @@ public:
 
     /// Computes the lines and ticks of the present window anew. Emits nothing.
     void updateLines();
-    /// A capture or a file has delivered data: places the window by `viewState`.
+    /// A capture or a file has delivered data: places the window by `viewState`. The analog channels are measured on a
+    /// thread of its own; until sigParameterRefreshAch their texts are those of the capture before.
     void dataReady();
     /// The whole capture fills the view.
     void zoomFit();
@@ -109,6 +111,7 @@ signals:
     /// The lines have changed. `decRefresh` asks also for the decoded results, which are spared on frames between.
     /// Emitted on the main thread.
     void sigViewRefresh(bool decRefresh);
+    /// The texts of aChnParamText() are those of the newest capture. Emitted on the main thread.
     void sigParameterRefreshAch();
     /// The worker has handed over a frame; reaches the main thread through its event loop.
     void frameReady(QPrivateSignal);
@@ -148,6 +151,8 @@ private:
     void animate(AnimMode mode, int x);
     void zoomAt(AnimMode mode, int x);
     void placeCapture();
+    void measureAnalog();
+    void takeAChnTexts();
     void updateMetrics();
     void takeFrame();
     void resizeFrames();
@@ -187,6 +192,8 @@ private:
     bool m_hasReady = false;        ///< m_ready is newer than what is shown
     bool m_refreshDue = false;      ///< frameReady is under way
     bool m_decRefreshDue = false;
+
+    AnalogMeasurer m_measurer; ///< last: it ends before what it reports to
 };
 
 /// The one generator, for items and panels. Set by the constructor, cleared by the destructor.

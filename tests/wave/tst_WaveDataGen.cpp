@@ -55,7 +55,7 @@ private slots:
     void aCaptureWithoutARateHasNoTicks();
     void updatingTheLinesAllocatesNothing();
     void updatingTheLinesEmitsNothing();
-    void newDataEmitsTheParametersAndThenTheView();
+    void newDataOfADigitalModelEmitTheParametersAndThenTheView();
     void newDataIsPlacedByTheViewState_data();
     void newDataIsPlacedByTheViewState();
     void theSamePlaceIsRelativeToTheTriggerBefore();
@@ -388,9 +388,9 @@ void TstWaveDataGen::updatingTheLinesEmitsNothing()
     QVERIFY(view.refreshes.empty());
 }
 
-void TstWaveDataGen::newDataEmitsTheParametersAndThenTheView()
+void TstWaveDataGen::newDataOfADigitalModelEmitTheParametersAndThenTheView()
 {
-    const auto data = capture().channels(1, 2).build();
+    const auto data = capture().channels(1).build();
     WaveViewer view(data.get());
     QStringList order;
     connect(&view.gen, &WaveDataGen::sigParameterRefreshAch, this, [&] { order << QStringLiteral("parameters"); });
