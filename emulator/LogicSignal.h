@@ -18,6 +18,13 @@ struct SignalRun {
     std::int64_t end = never; ///< first position with other levels, or an earlier one; above the position asked for
 };
 
+/// When a sample is taken.
+struct SampleMoment {
+    std::int64_t index = 0;    ///< of the sample, from the capture's start
+    std::int64_t position = 0; ///< where a signal stands then, in samples of its own rate
+    double seconds = 0;        ///< since the capture's start
+};
+
 /// What lies on the inputs of an instrument: levels by position, in samples of the signal's own rate from 0.
 ///
 /// Defined at every position from 0 on; a signal of limited length holds its last levels. Reading forward is cheap;
@@ -34,7 +41,7 @@ public:
     /// The levels of the channels in `mask` at `position`, and how long they last at least.
     [[nodiscard]] virtual SignalRun at(std::int64_t position, std::uint32_t mask) = 0;
     /// The byte that an analog channel's converter gives: -128 to 127 over the full scale. Flat by default.
-    [[nodiscard]] virtual std::int8_t analogAt(int /*channel*/, std::int64_t /*position*/) { return 0; }
+    [[nodiscard]] virtual std::int8_t analogAt(int /*channel*/, const SampleMoment & /*moment*/) { return 0; }
 };
 
 } // namespace emulator

@@ -22,6 +22,7 @@ Sampler::Sampler(std::shared_ptr<LogicSignal> signal, std::int64_t clock, std::u
 {
     const std::int64_t div = std::max<std::int64_t>(divider, 1);
     m_samplesPerNanosecond = double(clock) / double(div) / 1e9;
+    m_secondsPerSample = clock > 0 ? double(div) / double(clock) : 0;
     if (direct || m_signal == nullptr || m_signal->rate() < 1) {
         return;
     }
@@ -58,7 +59,8 @@ SignalRun Sampler::at(std::int64_t i, std::uint32_t mask) const
 
 std::int8_t Sampler::analogAt(int channel, std::int64_t i) const
 {
-    return m_signal == nullptr ? std::int8_t(0) : m_signal->analogAt(channel, positionOf(i));
+    return m_signal == nullptr ? std::int8_t(0)
+                               : m_signal->analogAt(channel, {i, positionOf(i), double(i) * m_secondsPerSample});
 }
 
 std::int64_t Sampler::samplesIn(double nanoseconds) const

@@ -31,6 +31,7 @@ private:
     std::int64_t m_num = 1; ///< signal positions ...
     std::int64_t m_den = 1; ///< ... in so many samples
     double m_samplesPerNanosecond = 0;
+    double m_secondsPerSample = 0;
 };
 
 } // namespace emulator

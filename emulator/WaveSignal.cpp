@@ -159,9 +159,9 @@ SignalRun WaveSignal::at(std::int64_t position, std::uint32_t mask)
     return run;
 }
 
-std::int8_t WaveSignal::analogAt(int channel, std::int64_t position)
+std::int8_t WaveSignal::analogAt(int channel, const SampleMoment &moment)
 {
-    const auto phase = int(position % analogPeriod);
+    const auto phase = int(moment.position % analogPeriod);
     if (channel != 0) {
         return std::int8_t(phase - analogPeriod / 2);
     }

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] std::int64_t rate() const override { return m_rate; }
     [[nodiscard]] SignalRun at(std::int64_t position, std::uint32_t mask) override;
     /// Channel 0 a sine, channel 1 a ramp, of 256 samples each.
-    [[nodiscard]] std::int8_t analogAt(int channel, std::int64_t position) override;
+    [[nodiscard]] std::int8_t analogAt(int channel, const SampleMoment &moment) override;
 
 private:
     /// A channel on its way: the run that holds the position.

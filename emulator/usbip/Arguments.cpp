@@ -37,10 +37,29 @@ std::string takeValue(Arguments &arguments, const std::string &option, const std
         arguments.faults.push_back(value);
         return "";
     }
+    if (option == "--signal" && AnalogWord::isOne(value)) {
+        arguments.analog.push_back(AnalogWord::parse(value));
+        return arguments.analog.back().problem;
+    }
     if (value.empty()) {
         return option + " needs a file";
     }
     (option == "--signal" ? arguments.signal : arguments.script) = value;
+    return "";
+}
+
+/// What contradicts itself in all words together. @return empty if nothing does
+std::string contradiction(const Arguments &arguments, bool hasModel)
+{
+    if (!hasModel || (arguments.port < 0) == !arguments.vhci) {
+        return "a model, and either --listen or --vhci, are needed";
+    }
+    const ModelFacts *model = findModel(arguments.options.model);
+    for (const AnalogWord &word : arguments.analog) {
+        if (model == nullptr || word.channel >= model->analogChannels) {
+            return "the model has no analog channel " + std::to_string(word.channel + 1);
+        }
+    }
     return "";
 }
 
@@ -85,8 +104,8 @@ Arguments parseArguments(const std::vector<std::string> &words)
             out.problem = "unknown: " + words[i];
         }
     }
-    if (out.problem.empty() && !out.help && (!hasModel || (out.port < 0) == !out.vhci)) {
-        out.problem = "a model, and either --listen or --vhci, are needed";
+    if (out.problem.empty() && !out.help) {
+        out.problem = contradiction(out, hasModel);
     }
     return out;
 }
@@ -103,6 +122,7 @@ const char *usageText()
            "                  the kernel's module vhci-hcd\n"
            "  --model CODE    the model\n"
            "  --signal FILE   what lies on its inputs: a capture (.cxdat). Without it, a counter\n"
+           "  --signal WORD   what lies on an analog input of model 97; may be given several times\n"
            "  --direct        take each sample of the file for a sample, whatever the rates\n"
            "  --pace FACTOR   seconds of sampling in a second; 0: as fast as the host reads. Default 1\n"
            "  --firmware      it runs its firmware already\n"
@@ -110,6 +130,12 @@ const char *usageText()
            "  --fault WORD    what goes wrong, and where; may be given several times\n"
            "  --script FILE   the same from a file\n"
            "  --help          this text\n"
+           "\n"
+           "An analog signal is chN=KIND[,KEY=VALUE...], as in ch1=sine,frequency=1000,vpp=3. N is 1 or 2.\n"
+           "  kinds           flat, sine, square, ramp, noise, or wav for a WAVE file, again and again\n"
+           "  keys            frequency=HERTZ, vpp=VOLTS (of a file: from its lowest to its highest value),\n"
+           "                  offset=VOLTS, noise=VOLTS (from peak to peak), file=NAME (the last key)\n"
+           "Without a word, ch1 has a sine of 100 kHz and ch2 a square wave of 50 kHz, both of 3 V.\n"
            "\n"
            "A fault is ACTION@PLACE, with \"+\" behind it for each time from then on. All counts begin at 0.\n"
            "  actions         stall, fail, silence, unplug, shorten=BYTES, delay=MILLISECONDS, end (of reads)\n"

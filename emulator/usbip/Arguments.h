@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AnalogWord.h"
 #include "Instrument.h"
 
 #include <string>
@@ -14,6 +15,7 @@ struct Arguments {
     bool vhci = false;
     bool help = false;
     std::string signal;              ///< a file; empty for the generator
+    std::vector<AnalogWord> analog;  ///< what lies on analog inputs, in order; the last of a channel counts
     std::vector<std::string> faults; ///< words for addFault(), in order
     std::string script;              ///< a file of such words; empty for none
     std::string problem;             ///< why the words are refused; empty for good ones

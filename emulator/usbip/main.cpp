@@ -2,6 +2,8 @@
 
 #include "CxdatSignal.h"
 #include "FaultScript.h"
+#include "MixedSignal.h"
+#include "WavFile.h"
 #include "WaveSignal.h"
 #include "usbip/Arguments.h"
 #include "usbip/UsbIpServer.h"
@@ -10,8 +12,10 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -38,8 +42,8 @@ std::optional<emulator::Bytes> contentOf(const std::string &file)
     return in.is_open() && !in.bad() ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
-/// The signal of the arguments; null, with `problem` set, if the file cannot be used.
-std::shared_ptr<emulator::LogicSignal> makeSignal(const std::string &file, std::string &problem)
+/// The signal of a capture's file; null, with `problem` set, if the file cannot be used.
+std::shared_ptr<emulator::LogicSignal> makeDigital(const std::string &file, std::string &problem)
 {
     if (file.empty()) {
         constexpr std::int64_t rate = 100'000'000;
@@ -54,6 +58,59 @@ std::shared_ptr<emulator::LogicSignal> makeSignal(const std::string &file, std::
     }
     problem = capture.problem.empty() ? "" : file + ": " + capture.problem;
     return capture.signal;
+}
+
+/// What lies on an analog input of which no word is told.
+emulator::AnalogWord usualWord(int channel)
+{
+    emulator::AnalogWord word;
+    word.channel = channel;
+    const bool first = channel == 0;
+    word.settings.kind = first ? emulator::AnalogWave::Kind::Sine : emulator::AnalogWave::Kind::Square;
+    word.settings.frequency = first ? 100e3 : 50e3; // Hz
+    return word;
+}
+
+/// The input that a word tells; null, with `problem` set, if its file cannot be used.
+std::unique_ptr<emulator::AnalogInput> makeInput(const emulator::AnalogWord &word, bool direct, std::string &problem)
+{
+    const auto seed = std::uint32_t(word.channel + 1);
+    if (word.file.empty()) {
+        return std::make_unique<emulator::AnalogWave>(word.settings, seed);
+    }
+    const std::optional<emulator::Bytes> bytes = contentOf(word.file);
+    auto file = std::make_shared<emulator::WavFile>();
+    file->problem = "cannot be read";
+    if (bytes) {
+        *file = emulator::parseWav(*bytes);
+    }
+    if (!file->problem.empty()) {
+        problem = word.file + ": " + file->problem;
+        return nullptr;
+    }
+    const emulator::AnalogWave::Settings &settings = word.settings;
+    return std::make_unique<emulator::WavInput>(
+        std::move(file), word.channel,
+        emulator::WavInput::Settings{settings.peakToPeak, settings.offset, settings.noise, direct}, seed);
+}
+
+/// The signal of the arguments; null, or with `problem` set, if a file cannot be used.
+std::shared_ptr<emulator::LogicSignal> makeSignal(const Arguments &arguments, std::string &problem)
+{
+    std::shared_ptr<emulator::LogicSignal> digital = makeDigital(arguments.signal, problem);
+    const int analogChannels = emulator::findModel(arguments.options.model)->analogChannels;
+    if (digital == nullptr || analogChannels == 0) {
+        return digital;
+    }
+    std::vector<std::unique_ptr<emulator::AnalogInput>> inputs;
+    for (int channel = 0; channel < analogChannels && problem.empty(); ++channel) {
+        emulator::AnalogWord word = usualWord(channel);
+        for (const emulator::AnalogWord &told : arguments.analog) {
+            word = told.channel == channel ? told : word;
+        }
+        inputs.push_back(makeInput(word, arguments.options.direct, problem));
+    }
+    return std::make_shared<emulator::MixedSignal>(std::move(digital), std::move(inputs));
 }
 
 /// Takes the faults of the arguments. @return what is wrong with them; empty if nothing is
@@ -122,7 +179,7 @@ int main(int argc, char **argv)
         return 0;
     }
     std::string problem;
-    std::shared_ptr<emulator::LogicSignal> signal = makeSignal(arguments.signal, problem);
+    std::shared_ptr<emulator::LogicSignal> signal = makeSignal(arguments, problem);
     emulator::Instrument device(arguments.options, std::move(signal));
     if (problem.empty()) {
         problem = takeFaults(device, arguments);

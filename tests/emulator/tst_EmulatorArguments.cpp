@@ -27,6 +27,7 @@ class TstEmulatorArguments : public QObject {
 private Q_SLOTS:
     void aPortAndAModelAreEnough();
     void everyOptionIsTaken();
+    void analogSignalsAreTakenBesideACapture();
     void aValueMayStandBehindAnEqualSign();
     void helpNeedsNothingElse();
     void everyOptionIsInTheHelp();
@@ -59,6 +60,19 @@ void TstEmulatorArguments::everyOptionIsTaken()
     QCOMPARE(got.signal, std::string("a.cxdat"));
     QCOMPARE(got.script, std::string("b.txt"));
     QCOMPARE(got.faults, (std::vector<std::string>{"stall@status", "status=1"}));
+}
+
+void TstEmulatorArguments::analogSignalsAreTakenBesideACapture()
+{
+    const Arguments got =
+        parsed("--listen 0 --signal ch2=sine,vpp=2 --signal a.cxdat --signal=ch1=wav,file=b.wav --model 97");
+    QCOMPARE(QString::fromStdString(got.problem), QString());
+    QCOMPARE(got.signal, std::string("a.cxdat"));
+    QCOMPARE(got.analog.size(), std::size_t(2));
+    QCOMPARE(got.analog[0].channel, 1);
+    QCOMPARE(got.analog[0].settings.peakToPeak, 2.0);
+    QCOMPARE(got.analog[1].channel, 0);
+    QCOMPARE(got.analog[1].file, std::string("b.wav"));
 }
 
 void TstEmulatorArguments::aValueMayStandBehindAnEqualSign()
@@ -111,6 +125,9 @@ void TstEmulatorArguments::aBadLineIsToldWhatIsWrong_data()
     add("--vhci --model 8 --pace inf", QStringLiteral("no factor: inf"));
     add("--vhci --model 8 --pace 1,5", QStringLiteral("no factor: 1,5"));
     add("--vhci --model 8 --signal=", QStringLiteral("--signal needs a file"));
+    add("--vhci --model 97 --signal ch1=cosine", QStringLiteral("signal \"ch1=cosine\": no kind: cosine"));
+    add("--vhci --model 97 --signal ch3=sine", QStringLiteral("the model has no analog channel 3"));
+    add("--vhci --model 8 --signal ch1=sine", QStringLiteral("the model has no analog channel 1"));
     add("--vhci --model 8 --script=", QStringLiteral("--script needs a file"));
     add("--vhci=yes --model 8", QStringLiteral("unknown: --vhci=yes"));
     add("--vhci --model 8 more", QStringLiteral("unknown: more"));

@@ -138,6 +138,14 @@ void TstEmulatorProgram::aFileThatIsNoGoodIsToldWithCode2_data()
                                         << QStringLiteral("/: ");
     QTest::addRow("a signal that is no capture")
         << QStringList{QStringLiteral("--signal"), QStringLiteral("/dev/null")} << QStringLiteral("/dev/null: ");
+    QTest::addRow("no such WAVE file") << QStringList{QStringLiteral("--model"), QStringLiteral("97"),
+                                                      QStringLiteral("--signal"),
+                                                      QStringLiteral("ch2=wav,file=") + missing}
+                                       << missing + QStringLiteral(": cannot be read");
+    QTest::addRow("a WAVE file that is none")
+        << QStringList{QStringLiteral("--model"), QStringLiteral("97"), QStringLiteral("--signal"),
+                       QStringLiteral("ch1=wav,file=/dev/null")}
+        << QStringLiteral("/dev/null: no WAVE file");
     QTest::addRow("no such script") << QStringList{QStringLiteral("--script"), missing}
                                     << missing + QStringLiteral(": cannot be read");
     QTest::addRow("a bad fault") << QStringList{QStringLiteral("--fault"), QStringLiteral("stall@moon")}

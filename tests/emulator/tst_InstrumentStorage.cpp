@@ -379,8 +379,8 @@ void TstInstrumentStorage::theAnalogModelReadsItsWholeMemory()
     QCOMPARE(first, std::int64_t(3000 - 400));
     for (std::size_t i = 0; i < 8192; ++i) {
         const std::int64_t at = first + std::int64_t(i);
-        QCOMPARE(std::int8_t(bytes[4 * i]), rig.signal->analogAt(0, at));
-        QCOMPARE(std::int8_t(bytes[4 * i + 1]), rig.signal->analogAt(1, at));
+        QCOMPARE(std::int8_t(bytes[4 * i]), rig.signal->analogAt(0, {.position = at}));
+        QCOMPARE(std::int8_t(bytes[4 * i + 1]), rig.signal->analogAt(1, {.position = at}));
         QCOMPARE(std::uint32_t(number(bytes, 4 * i + 2, 2)), rig.signal->at(at, 0xFFFF).levels);
     }
 }
