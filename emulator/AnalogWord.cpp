@@ -1,5 +1,7 @@
 #include "AnalogWord.h"
 
+#include "Words.h"
+
 #include <array>
 #include <charconv>
 #include <optional>
@@ -31,14 +33,6 @@ const std::array<NamedKind, 6> &namedKinds()
          {"noise", Kind::Noise, false, {"vpp", "offset"}},
          {"wav", Kind::Flat, true, {"vpp", "offset", "noise", "file"}}}};
     return kinds;
-}
-
-/// What stands before and behind the first `mark`; without one, all and nothing.
-std::pair<std::string_view, std::optional<std::string_view>> parted(std::string_view text, char mark)
-{
-    const std::size_t at = text.find(mark);
-    return at == std::string_view::npos ? std::pair(text, std::optional<std::string_view>())
-                                        : std::pair(text.substr(0, at), std::optional(text.substr(at + 1)));
 }
 
 /// Takes a number from `least` to `most`. @return what is wrong with it; empty if nothing is

@@ -1,5 +1,7 @@
 #include "FaultScript.h"
 
+#include "Words.h"
+
 #include <array>
 #include <charconv>
 #include <optional>
@@ -45,14 +47,6 @@ std::optional<Number> numberOf(std::string_view text)
     Number number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, hex ? 16 : 10);
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
-}
-
-/// What stands before and behind the first `mark`; without one, all and nothing.
-std::pair<std::string_view, std::optional<std::string_view>> parted(std::string_view text, char mark)
-{
-    const std::size_t at = text.find(mark);
-    return at == std::string_view::npos ? std::pair(text, std::optional<std::string_view>())
-                                        : std::pair(text.substr(0, at), std::optional(text.substr(at + 1)));
 }
 
 /// `count` numbers with ":" between them, each at most `limit`.

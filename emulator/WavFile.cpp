@@ -11,7 +11,7 @@ namespace emulator {
 
 namespace {
 
-using View = std::span<const std::uint8_t>;
+using Octets = std::span<const std::uint8_t>;
 
 constexpr std::size_t chunkHeadSize = 8;
 constexpr std::size_t leastFormatSize = 16;
@@ -29,13 +29,13 @@ struct Format {
     std::size_t bytes = 0; ///< a sample
 };
 
-bool begins(View bytes, std::string_view magic)
+bool hasName(Octets bytes, std::string_view magic)
 {
     return bytes.size() >= magic.size() && std::equal(magic.begin(), magic.end(), bytes.begin());
 }
 
 /// Reads the format chunk. @return what is wrong with it; null if nothing is
-const char *readFormat(View chunk, Format &format)
+const char *readFormat(Octets chunk, Format &format)
 {
     if (format.known) {
         return "two formats";
@@ -78,7 +78,7 @@ const char *readFormat(View chunk, Format &format)
 }
 
 /// One sample. PCM of 8 bits is without a sign (128 is 0), of more bits with one.
-float sampleOf(View bytes, bool isFloat)
+float sampleOf(Octets bytes, bool isFloat)
 {
     const auto word = std::uint32_t(readLittle(bytes));
     if (isFloat) {
@@ -91,7 +91,7 @@ float sampleOf(View bytes, bool isFloat)
 }
 
 /// Reads the data chunk. @return what is wrong with it; null if nothing is
-const char *readData(View chunk, const Format &format, WavFile &file)
+const char *readData(Octets chunk, const Format &format, WavFile &file)
 {
     if (!format.known) {
         return "data before their format";
@@ -106,7 +106,7 @@ const char *readData(View chunk, const Format &format, WavFile &file)
         return "too long";
     }
     file.samples.reserve(chunk.size() / format.bytes);
-    for (View rest = chunk; !rest.empty(); rest = rest.subspan(format.bytes)) {
+    for (Octets rest = chunk; !rest.empty(); rest = rest.subspan(format.bytes)) {
         const float sample = sampleOf(rest.first(format.bytes), format.isFloat);
         if (!std::isfinite(sample)) {
             return "a sample that is no number";
@@ -118,7 +118,7 @@ const char *readData(View chunk, const Format &format, WavFile &file)
     return nullptr;
 }
 
-WavFile refused(const char *why)
+WavFile refusedFile(const char *why)
 {
     WavFile file;
     file.problem = why;
@@ -127,38 +127,38 @@ WavFile refused(const char *why)
 
 } // namespace
 
-WavFile parseWav(View bytes)
+WavFile parseWav(Octets bytes)
 {
     constexpr std::size_t headSize = chunkHeadSize + 4;
-    if (bytes.size() < headSize || !begins(bytes, "RIFF") || !begins(bytes.subspan(chunkHeadSize), "WAVE")) {
-        return refused("no WAVE file");
+    if (bytes.size() < headSize || !hasName(bytes, "RIFF") || !hasName(bytes.subspan(chunkHeadSize), "WAVE")) {
+        return refusedFile("no WAVE file");
     }
     const std::uint64_t size = readLittle(bytes.subspan(4, 4));
     if (size < headSize - chunkHeadSize || size > bytes.size() - chunkHeadSize) {
-        return refused("not as long as it says");
+        return refusedFile("not as long as it says");
     }
     WavFile file;
     Format format;
-    for (View rest = bytes.subspan(headSize, std::size_t(size) + chunkHeadSize - headSize); !rest.empty();) {
+    for (Octets rest = bytes.subspan(headSize, std::size_t(size) + chunkHeadSize - headSize); !rest.empty();) {
         if (rest.size() < chunkHeadSize) {
-            return refused("a chunk that is cut off");
+            return refusedFile("a chunk that is cut off");
         }
         const std::uint64_t length = readLittle(rest.subspan(4, 4));
-        const View content = rest.subspan(chunkHeadSize);
+        const Octets content = rest.subspan(chunkHeadSize);
         if (length > content.size()) {
-            return refused("a chunk that is cut off");
+            return refusedFile("a chunk that is cut off");
         }
-        const View chunk = content.first(std::size_t(length));
-        const char *problem = begins(rest, "fmt ")   ? readFormat(chunk, format)
-                              : begins(rest, "data") ? readData(chunk, format, file)
-                                                     : nullptr;
+        const Octets chunk = content.first(std::size_t(length));
+        const char *problem = hasName(rest, "fmt ")   ? readFormat(chunk, format)
+                              : hasName(rest, "data") ? readData(chunk, format, file)
+                                                      : nullptr;
         if (problem != nullptr) {
-            return refused(problem);
+            return refusedFile(problem);
         }
         // Chunks begin at even places; behind the last one the byte between may be missing.
         rest = content.subspan(std::min(std::size_t(length + length % 2), content.size()));
     }
-    return file.channels == 0 ? refused("no data") : file;
+    return file.channels == 0 ? refusedFile("no data") : file;
 }
 
 WavInput::WavInput(std::shared_ptr<const WavFile> file, int channel, const Settings &settings, std::uint32_t seed)
