@@ -19,8 +19,10 @@ constexpr double highestByte = 127.0;
     if (!(volts > lowestVolts)) {
         return std::int8_t(lowestByte);
     }
+    // In the midst of two bytes, as 0 V is, the last digits of a sine must not decide.
+    constexpr double roundUp = 0.5 + 1e-9;
     const double share = (std::min(volts, highestVolts) - lowestVolts) / (highestVolts - lowestVolts);
-    return std::int8_t(std::lround(share * (highestByte - lowestByte) + lowestByte));
+    return std::int8_t(std::floor(share * (highestByte - lowestByte) + lowestByte + roundUp));
 }
 
 /// What lies on one analog input. Not thread-safe: an instrument has its own.

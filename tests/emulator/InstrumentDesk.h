@@ -103,6 +103,29 @@ private:
     }
 };
 
+/// Where the analog channels of a capture differ from the signal from its sample `from` on; empty if nowhere. The
+/// instrument takes one sample of the signal for each sample.
+inline QString analogDifferenceOf(const SmpData &data, emulator::LogicSignal &signal, std::int64_t from)
+{
+    for (int chn = 0; chn < data.aChnCount; ++chn) {
+        const SmpAChnBuffer *buffer = data.aChnBufs()[std::size_t(chn)];
+        if (buffer == nullptr || buffer->count < data.smpCount()) {
+            return QStringLiteral("analog channel %1 has too few samples").arg(chn);
+        }
+        for (std::int32_t i = 0; i < buffer->count; ++i) {
+            const int wanted = signal.analogAt(chn, {.index = from + i, .position = from + i});
+            if (buffer->samples[i] != wanted) {
+                return QStringLiteral("analog channel %1 at %2: %3 instead of %4")
+                    .arg(chn)
+                    .arg(i)
+                    .arg(buffer->samples[i])
+                    .arg(wanted);
+            }
+        }
+    }
+    return {};
+}
+
 /// Where a capture differs from the signal from its sample `from` on; empty if nowhere.
 inline QString differenceOf(const SmpData &data, emulator::LogicSignal &signal, std::int64_t from)
 {
@@ -132,5 +155,5 @@ inline QString differenceOf(const SmpData &data, emulator::LogicSignal &signal, 
             pos = wanted;
         }
     }
-    return {};
+    return analogDifferenceOf(data, signal, from);
 }
