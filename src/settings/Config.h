@@ -97,5 +97,7 @@ QVector<int> chnShowMultipGet(int count);
 void chnShowMultipPut(const QVector<int> &factors);
 /// The user's name of a digital channel, or the default one: "Channel" translated, a blank, the index.
 QString chnShowNameGet(int index);
-/// At most `count` stored positions of the analog tags.
+/// At most `count` stored numbers of the analog tags: each tag's place and the height that it refers to, in logical
+/// pixels.
 QVector<int> AChnHorLabelPosGet(int count);
+void AChnHorLabelPosPut(const QVector<int> &positions);

@@ -159,3 +159,8 @@ QVector<int> AChnHorLabelPosGet(int count)
     positions.resize(intListGet(globalGet(QStringLiteral("AChnHorLabelPos")), positions.data(), positions.size()));
     return positions;
 }
+
+void AChnHorLabelPosPut(const QVector<int> &positions)
+{
+    globalSet(QStringLiteral("AChnHorLabelPos"), intListPut(positions.constData(), positions.size()));
+}

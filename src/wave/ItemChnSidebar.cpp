@@ -8,12 +8,12 @@
 #include "settings/Language.h"
 #include "store/SmpTrigCode.h"
 #include "wave/LabelMove.h"
+#include "wave/SidebarLook.h"
 
 #include <QFontInfo>
 #include <QFrame>
 #include <QGridLayout>
 #include <QLineEdit>
-#include <QLinearGradient>
 #include <QPainter>
 
 #include <array>
@@ -47,24 +47,9 @@ QString triggerText(int code)
     }
 }
 
-/// The side of a small button, and the height of the controls in the first line.
-int lineHeight()
-{
-    return 2 * uiScale() + dp(16);
-}
-
 int triggerWidth()
 {
     return (uiScale() + 2 * dp(16)) * 2;
-}
-
-/// The font, made smaller where it would not fit: the lowest row has the same height whatever the application's font.
-QFont atMost(QFont font, int pixels)
-{
-    if (QFontInfo(font).pixelSize() > pixels) {
-        font.setPixelSize(pixels);
-    }
-    return font;
 }
 
 /// The largest font of at most 12 units in which a default name of two digits fits, but not below 9 units.
@@ -87,15 +72,6 @@ QFont numberFont(QFont font)
     font.setPixelSize(dp(11));
     font.setBold(true);
     return font;
-}
-
-/// A small button without a face of its own.
-void dressFlat(MyButton &button)
-{
-    button.faceColor = Qt::transparent;
-    button.hoverColor = gGreys.value(5);
-    button.checkedColor = gGreys.value(9);
-    button.setIconSize(QSize(dp(16), dp(16)));
 }
 
 } // namespace
@@ -162,7 +138,7 @@ void ItemChnSidebar::nameControls()
 
 int ItemChnSidebar::nameRoom()
 {
-    const int controls = dp(18) + lineHeight() + triggerWidth() + 4 * dp(3);
+    const int controls = dp(18) + sidebarLine() + triggerWidth() + 4 * dp(3);
     return dp(columnWidth) - controls - 2 * dp(5); // less the field's own margins
 }
 
@@ -182,7 +158,7 @@ void ItemChnSidebar::buildName()
     nameEdit->setFont(nameFont(font(), nameRoom()));
     nameEdit->setStyleSheet(lineEditStyle() + QStringLiteral("QLineEdit{padding:0 %1px;}").arg(dp(2)));
     nameEdit->setMaxLength(nameLimit);
-    nameEdit->setFixedHeight(lineHeight());
+    nameEdit->setFixedHeight(sidebarLine());
     setChnName(defaultName());
     connect(nameEdit, &QLineEdit::editingFinished, this, &ItemChnSidebar::leChnNameChangedSlot);
 }
@@ -193,7 +169,7 @@ void ItemChnSidebar::buildSetting()
     settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
     dressFlat(*settingBtn);
     settingBtn->setRadius(dp(3));
-    settingBtn->setFixedSize(lineHeight(), lineHeight());
+    settingBtn->setFixedSize(sidebarLine(), sidebarLine());
     settingBtn->setCursor(Qt::SizeVerCursor);
     settingBtn->setToolTip(::tr("Channel Height"));
     connect(settingBtn, &QPushButton::clicked, this, &ItemChnSidebar::openMenuDig);
@@ -202,10 +178,8 @@ void ItemChnSidebar::buildSetting()
 void ItemChnSidebar::buildTrigger()
 {
     trigFrame->setObjectName(QStringLiteral("trigger"));
-    trigFrame->setFixedSize(triggerWidth(), lineHeight());
-    trigFrame->setStyleSheet(
-        QStringLiteral("#trigger{background-color:%1;border:%2px solid %3;border-radius:%4px;}")
-            .arg(gGreys[7].name(), QString::number(uiScale()), gGreys[3].name(), QString::number(dp(3) + uiScale())));
+    trigFrame->setFixedSize(triggerWidth(), sidebarLine());
+    trigFrame->setStyleSheet(triggerFrameStyle(trigFrame->objectName()));
     for (int i = 0; i < int(triggers.size()); ++i) {
         trigBtns.append(addTrigger(i));
     }
@@ -267,20 +241,6 @@ QVector<QWidget *> ItemChnSidebar::tabStops() const
 
 void ItemChnSidebar::paintEvent(QPaintEvent * /*event*/)
 {
-    const int s = uiScale();
     QPainter painter(this);
-    painter.fillRect(rect(), gGreys[6]);
-    painter.fillRect(0, 0, width(), s, gGreys[4]);
-    painter.fillRect(0, height() - s, width(), s, gGreys[8]);
-    painter.fillRect(width() - s, 0, s, height(), gGreys[9]);
-
-    const QColor color = chnColor();
-    const QRect column(0, 0, numberLabel->width(), height() - s);
-    QLinearGradient gradient(0, 0, 0, column.height());
-    gradient.setColorAt(0, color.lighter(180));
-    // Plain where the number stands: it is read on this colour.
-    gradient.setColorAt(0.3, color);
-    gradient.setColorAt(0.7, color);
-    gradient.setColorAt(1, color.darker(200));
-    painter.fillRect(column, gradient);
+    paintSidebar(painter, size(), numberLabel->width(), chnColor());
 }

@@ -3,6 +3,8 @@
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
 #include "settings/Language.h"
+#include "wave/AChnParameterSet.h"
+#include "wave/AnalogArea.h"
 #include "wave/EdgeJump.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
@@ -17,6 +19,7 @@
 
 #include <QAction>
 #include <QCursor>
+#include <QFrame>
 #include <QGraphicsScene>
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -41,6 +44,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
       scene(new QGraphicsScene(this)),
       waveGen(generator),
       m_rows(new RowColumn(*scene, *generator, this)),
+      m_analog(new AnalogArea(*scene, *generator, m_rows->frame(), this)),
       waveView(new WaveView(scene, this)), // after the rows, whose scroll range it follows
       m_markers(new MarkerBoard(*scene, *generator, this)),
       m_pulse(new PulsePointer(*scene, *generator, this)),
@@ -59,7 +63,8 @@ MainView::~MainView()
 {
     waveView->groundOfRows = nullptr;
     waveView->hint = nullptr;
-    delete m_rows; // as a child of this widget it would go, and tell of it, when this is no view any more
+    delete m_analog; // which stands in the rows' column
+    delete m_rows;   // as a child of this widget it would go, and tell of it, when this is no view any more
     gMainView = nullptr;
 }
 
@@ -140,6 +145,9 @@ void MainView::connectParts()
     connect(m_rows, &RowColumn::heightsChanged, this, &MainView::layoutRows);
     connect(m_rows, &RowColumn::rowsMoved, this, &MainView::rowsMoved);
     connect(m_rows, &RowColumn::tabOrderChanged, this, &MainView::orderTabs);
+    connect(m_analog, &AnalogArea::chnSetChangedACH, this, &MainView::slotChnSetChangedACH);
+    connect(m_analog, &AnalogArea::reachedByKey, m_rows,
+            [this](QWidget *control) { m_rows->ensureWidgetVisible(control, 0, 0); });
     connect(m_markers, &MarkerBoard::timMarkPairChanged, this, &MainView::timMarkPairChanged);
     connect(m_markers, &MarkerBoard::timeMarkBodyChanged, this, &MainView::timeMarkBodyChanged);
     connect(m_markers, &MarkerBoard::pairChanged, this, &MainView::refreshPulsesOfPair);
@@ -165,6 +173,7 @@ void MainView::rebuildChannels(DevBase &device)
     m_pulse->hide();
     m_edges->hide();
     m_markers->clear();
+    m_analog->rebuild(device);
     m_rows->rebuild(device);
     layoutRows();
 }
@@ -172,6 +181,7 @@ void MainView::rebuildChannels(DevBase &device)
 void MainView::layoutRows()
 {
     m_rows->lay(waveView->width());
+    m_analog->lay({waveView->width(), m_rows->analogHeight()});
     scene->setSceneRect(0, 0, waveView->width(), m_rows->totalHeight());
     m_markers->setArea({waveView->width(), m_rows->totalHeight()});
     setTimeWidth();
@@ -219,6 +229,7 @@ void MainView::resizeEvent(QResizeEvent *event)
 
 void MainView::orderTabs(QVector<QWidget *> stops)
 {
+    stops = m_analog->tabStops() + stops;
     stops.append(waveView->findChild<MyScrollbar *>());
     for (int i = 1; i < stops.size(); ++i) {
         setTabOrder(stops[i - 1], stops[i]);
@@ -235,6 +246,19 @@ void MainView::slotChnEnaChanged()
 void MainView::slotChnTrigEdgeChanged()
 {
     m_rows->showTriggers();
+    m_analog->showTriggers();
+}
+
+void MainView::slotChnSetChangedACH(int type, int id, int value)
+{
+    if (type == aChnChange::trigger) {
+        m_rows->showTriggers();
+        return;
+    }
+    m_analog->take(type, id, value);
+    if (type == aChnChange::fullScale || type == aChnChange::zeroLevel) {
+        emit aChnScaleChanged(id);
+    }
 }
 
 void MainView::slotChnTrigerMenu(QAction *action)

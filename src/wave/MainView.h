@@ -8,6 +8,7 @@
 #include <QVector>
 #include <QWidget>
 
+class AnalogArea;
 class DevBase;
 class EdgeJump;
 class ItemChnSidebar;
@@ -49,6 +50,9 @@ public:
     /// The pairs whose markers are both shown, in the order of their letters.
     [[nodiscard]] QVector<ShownPair> shownPairs() const;
 
+    /// The area of the analog channels, which only some models have.
+    [[nodiscard]] const AnalogArea &analog() const { return *m_analog; }
+
     /// The main window sets it while Shift is held: what is dragged in pairs then moves together.
     bool shiftHeld = false;
 
@@ -60,6 +64,8 @@ public slots:
     void slotAnalyzerItemChanged(const QVector<QPair<int, QString>> &labels);
     /// A channel's trigger has been chosen, and the device may have cleared others: shows them all.
     void slotChnTrigEdgeChanged();
+    /// Something of analog channel `id` has changed. @param type  of aChnChange (AChnParameterSet.h)
+    void slotChnSetChangedACH(int type, int id, int value);
     /// An entry of the sending sidebar's height menu.
     void slotChnTrigerMenu(QAction *action);
     /// A channel's number was pressed (`mouseFlag` 1), moved by `offsetY` device pixels since then (3) or released (2).
@@ -116,6 +122,8 @@ signals:
     void pulseMeasureChangedbySmpDone(QStringList res);
     /// The counts of the requests about pair `index`, 0 to 4.
     void pulseMeasureChangedbyTimeMarker(int index, QStringList res);
+    /// The full scale or the zero level of an analog channel is another: what is read against them is to be read anew.
+    void aChnScaleChanged(int channel);
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -144,6 +152,7 @@ private:
     QGraphicsScene *scene;
     WaveDataGen *const waveGen;
     RowColumn *m_rows;
+    AnalogArea *m_analog;
     WaveView *waveView;
     MarkerBoard *m_markers;
     PulsePointer *m_pulse;

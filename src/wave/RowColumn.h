@@ -43,6 +43,10 @@ public:
     [[nodiscard]] int count() const { return int(m_sidebars.size()); }
     [[nodiscard]] bool isAnalog() const;
     [[nodiscard]] int totalHeight() const { return m_layout.totalHeight; }
+    /// The height of the analog area above the rows; 0 without one.
+    [[nodiscard]] int analogHeight() const { return m_layout.aChnHeight; }
+    /// The widget in which the sidebars stand, for what stands above them.
+    [[nodiscard]] QFrame &frame() const { return *m_frame; }
     /// Where a channel's row lies in the scene; empty for a channel that does not exist or is off.
     [[nodiscard]] QRect placeOf(int chn) const;
     /// What the rows' grounds cover in the scene, also while one of them is dragged.

@@ -1,0 +1,239 @@
+#include "wave/AChnParameterSet.h"
+
+#include "controls/Contrast.h"
+#include "controls/Icons.h"
+#include "controls/Look.h"
+#include "controls/MenuDialog.h"
+#include "controls/MyButton.h"
+#include "controls/Style.h"
+#include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Language.h"
+#include "wave/AnalogScale.h"
+#include "wave/SidebarLook.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCursor>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int divisions = 10; ///< of the area's height
+constexpr int coupleWidth = 66;
+constexpr int lighterPercent = 120;
+constexpr int analogColors = 2; ///< of gChnColors
+
+/// The place of the text of a probe factor.
+int probeIndex(int factor)
+{
+    return factor % 10 != 0 ? 0 : factor % 100 != 0 ? 1 : 2;
+}
+
+int probeFactor(int index)
+{
+    return index == 0 ? 1 : index == 1 ? 10 : 100;
+}
+
+} // namespace
+
+AChnParameterSet::AChnParameterSet(int channel, QWidget *parent)
+    : QFrame(parent),
+      chnIndex(channel),
+      coupleTexts{QStringLiteral("AC"), QStringLiteral("DC"), QStringLiteral("GND")},
+      voltTexts{voltDivText(50),   voltDivText(100),  voltDivText(200),   voltDivText(500),   voltDivText(1000),
+                voltDivText(2000), voltDivText(5000), voltDivText(10000), voltDivText(20000), voltDivText(50000)},
+      probeTexts{QStringLiteral("X1"), QStringLiteral("X10"), QStringLiteral("X100")},
+      enableBox(new QCheckBox(this)),
+      nameLabel(new QLabel(this)),
+      voltCombo(new QComboBox(this)),
+      probeBtn(new QPushButton(this)),
+      settingBtn(new MyButton(this))
+{
+    setObjectName(QStringLiteral("aChn%1").arg(channel));
+    buildFirstLine();
+    buildSecondLine();
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(dp(3));
+    grid->addWidget(enableBox, 0, 0);
+    grid->addWidget(nameLabel, 0, 1);
+    grid->addWidget(voltCombo, 0, 2, 1, 2);
+    grid->addWidget(probeBtn, 1, 2);
+    grid->addWidget(settingBtn, 1, 3);
+    grid->setColumnStretch(2, 1);
+    nameLabel->setText(QStringLiteral("<%1>").arg(chnIndex + 1));
+}
+
+QString AChnParameterSet::spoken(const QString &control) const
+{
+    return QStringLiteral("CH%1, ").arg(chnIndex + 1) + control;
+}
+
+void AChnParameterSet::buildFirstLine()
+{
+    enableBox->setObjectName(QStringLiteral("enable"));
+    enableBox->setAccessibleName(spoken(::tr("Channel Enable")));
+    enableBox->setToolTip(::tr("Channel Enable"));
+    connect(enableBox, &QCheckBox::clicked, this, &AChnParameterSet::slotOpenClicked);
+
+    const QColor color = gChnColors[chnIndex % analogColors].lighter(lighterPercent);
+    nameLabel->setObjectName(QStringLiteral("name"));
+    nameLabel->setTextFormat(Qt::PlainText);
+    nameLabel->setStyleSheet(QStringLiteral("QLabel{background-color:%1;color:%2;border-radius:%3px;padding:0 %4px;}")
+                                 .arg(color.name(), textOn(color).name())
+                                 .arg(dp(3))
+                                 .arg(dp(2)));
+
+    voltCombo->setObjectName(QStringLiteral("volt"));
+    voltCombo->addItems(voltTexts);
+    dressComboBox(*voltCombo);
+    voltCombo->setAccessibleName(spoken(::tr("Volts per division")));
+    voltCombo->setAccessibleDescription(voltCombo->accessibleName()); // on Linux a list's name is what it shows
+    voltCombo->setToolTip(::tr("Volts per division"));
+    connect(voltCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this](int index) { slotVoltageChanged(voltTexts.value(index)); });
+}
+
+void AChnParameterSet::buildSecondLine()
+{
+    probeBtn->setObjectName(QStringLiteral("probe"));
+    probeBtn->setText(probeTexts.first());
+    probeBtn->setFixedHeight(controlHeight(fontMetrics()));
+    probeBtn->setToolTip(::tr("Probe"));
+    probeBtn->setAccessibleName(spoken(::tr("Probe")));
+    connect(probeBtn, &QPushButton::clicked, this, &AChnParameterSet::slotProbeClicked);
+
+    settingBtn->setObjectName(QStringLiteral("setting"));
+    settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
+    dressFlat(*settingBtn);
+    settingBtn->setRadius(dp(3));
+    settingBtn->setFixedSize(sidebarLine(), sidebarLine());
+    settingBtn->setToolTip(::tr("Reverse and coupling"));
+    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
+    connect(settingBtn, &QPushButton::clicked, this, &AChnParameterSet::openExtendSetMenu);
+}
+
+QVector<QWidget *> AChnParameterSet::tabStops() const
+{
+    return {enableBox, voltCombo, probeBtn, settingBtn};
+}
+
+int AChnParameterSet::fullScaleMv() const
+{
+    return divisions * voltDivOfText(voltCombo->currentText());
+}
+
+void AChnParameterSet::refresh()
+{
+    const int entry = voltTexts.indexOf(voltDivText(gDev->aChnVoltDiv.value(chnIndex)));
+    if (entry >= 0) {
+        const QSignalBlocker noChoice(voltCombo);
+        voltCombo->setCurrentIndex(entry);
+    }
+    probeBtn->setText(probeTexts.at(probeIndex(gDev->aChnProbe.value(chnIndex, 1))));
+    if (chnIndex < gDev->aChnEnable.size()) {
+        enableBox->setChecked(gDev->aChnEnable.at(chnIndex));
+    }
+    if (extendMenu != nullptr) {
+        extendMenu->close();
+    }
+    slotOpenClicked();
+    slotVoltageChanged(voltCombo->currentText());
+}
+
+// ---- what is chosen
+
+void AChnParameterSet::slotOpenClicked()
+{
+    emit chnSetChanged(aChnChange::enabled, chnIndex, enableBox->isChecked() ? 1 : 0);
+}
+
+void AChnParameterSet::slotVoltageChanged(const QString &voltage)
+{
+    const int value = voltDivOfText(voltage);
+    if (gDev->aChnVoltDiv.value(chnIndex) != value) {
+        gDev->setAChnVoltDiv(chnIndex, value);
+    }
+    emit chnSetChanged(aChnChange::fullScale, chnIndex, value * divisions);
+}
+
+void AChnParameterSet::slotProbeClicked()
+{
+    const int index = (probeTexts.indexOf(probeBtn->text()) + 1) % probeTexts.size();
+    probeBtn->setText(probeTexts.at(index));
+    gDev->setAChnProbe(chnIndex, probeFactor(index));
+    emit chnSetChanged(aChnChange::probe, chnIndex, probeFactor(index));
+}
+
+void AChnParameterSet::slotReverseClicked()
+{
+    gDev->setAChnReverse(chnIndex, reverseBox->isChecked());
+    emit chnSetChanged(aChnChange::look, chnIndex, reverseBox->isChecked() ? 1 : 0);
+}
+
+void AChnParameterSet::slotCoupleClicked(int index)
+{
+    gDev->setAChnCouple(chnIndex, index); // it goes to the device with the next capture
+}
+
+// ---- the menu
+
+void AChnParameterSet::createMenu()
+{
+    const QString blanks = QStringLiteral("  ");
+    extendMenu = new MenuDialog(this);
+    extendMenu->setObjectName(QStringLiteral("extend"));
+    auto *form = new QWidget;
+    auto *box = new QGroupBox(blanks + ::tr("Chn Set") + blanks, form);
+    auto *grid = new QGridLayout(box);
+    grid->setContentsMargins(dp(10), dp(4), dp(10), dp(6));
+    grid->setSpacing(dp(6));
+    auto *reverseLabel = new QLabel(::tr("Reverse:"), box);
+    auto *coupleLabel = new QLabel(::tr("Coupling:"), box);
+    reverseBox = new QCheckBox(box);
+    reverseBox->setObjectName(QStringLiteral("reverse"));
+    reverseBox->setAccessibleName(spoken(reverseLabel->text()));
+    reverseLabel->setBuddy(reverseBox);
+    coupleCombo = new QComboBox(box);
+    coupleCombo->setObjectName(QStringLiteral("couple"));
+    coupleCombo->addItems(coupleTexts);
+    dressComboBox(*coupleCombo);
+    coupleCombo->setFixedWidth(dp(coupleWidth));
+    coupleCombo->setAccessibleName(spoken(coupleLabel->text()));
+    coupleCombo->setAccessibleDescription(coupleCombo->accessibleName());
+    grid->addWidget(reverseLabel, 0, 0);
+    grid->addWidget(reverseBox, 0, 1);
+    grid->addWidget(coupleLabel, 1, 0);
+    grid->addWidget(coupleCombo, 1, 1);
+    auto *around = new QVBoxLayout(form);
+    around->setContentsMargins(dp(10), dp(6), dp(10), dp(10));
+    around->addWidget(box);
+    extendMenu->addForm(form);
+    connect(reverseBox, &QCheckBox::clicked, this, &AChnParameterSet::slotReverseClicked);
+    connect(coupleCombo, QOverload<int>::of(&QComboBox::activated), this, &AChnParameterSet::slotCoupleClicked);
+}
+
+void AChnParameterSet::showExtended()
+{
+    reverseBox->setChecked(gDev->aChnReverse.value(chnIndex));
+    coupleCombo->setCurrentIndex(std::clamp(gDev->aChnCouple.value(chnIndex), 0, int(coupleTexts.size()) - 1));
+}
+
+void AChnParameterSet::openExtendSetMenu()
+{
+    if (extendMenu == nullptr) {
+        createMenu();
+    }
+    showExtended();
+    extendMenu->setAccessibleName(settingBtn->accessibleName());
+    const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
+    extendMenu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));
+    reverseBox->setFocus(Qt::PopupFocusReason);
+}

@@ -1,0 +1,441 @@
+#include "wave/AChnTriggerSet.h"
+
+#include "controls/Icons.h"
+#include "controls/Look.h"
+#include "controls/MenuDialog.h"
+#include "controls/MyButton.h"
+#include "controls/NoticeBox.h"
+#include "controls/Style.h"
+#include "controls/Truncate.h"
+#include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
+#include "store/SmpTrigCode.h"
+#include "wave/SidebarLook.h"
+
+#include <QCheckBox>
+#include <QCursor>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QRegExpValidator>
+#include <QSignalBlocker>
+#include <QSpinBox>
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr int leastLevel = -32768; ///< millivolts, as the one below
+constexpr int mostLevel = 32767;
+constexpr int senseWidth = 56; ///< pixels at 96 dpi, as the one below
+constexpr int senseHeight = 21;
+constexpr int senseLetters = 6;
+
+const QString keyLevel = QStringLiteral("ATrigValue");
+const QString keyChannel = QStringLiteral("ATrigChn");
+const QString keyDisabled = QStringLiteral("ATrigDisab");
+const QString keySensitivity = QStringLiteral("ATrigSenstivity");
+const QString keyPosition = QStringLiteral("trgPosition");
+
+struct Edge {
+    int code;
+    const char *icon;
+};
+constexpr std::array<Edge, 2> edges{
+    {{smpTrigCode::risingEdge, ":/res/btnPosEdge"}, {smpTrigCode::fallingEdge, ":/res/btnNegEdge"}}};
+
+QString spoken(const QString &control)
+{
+    return ::tr("Analog trigger") + QStringLiteral(", ") + control;
+}
+
+QString storedSensitivity()
+{
+    const QString stored = deviceGet(gDev->name, keySensitivity);
+    return stored.isEmpty() ? QStringLiteral("0.5") : stored;
+}
+
+/// Keys of a field with arrows, which would zoom the view.
+bool belongsToField(const QKeyEvent &event)
+{
+    const int key = event.key();
+    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+}
+
+} // namespace
+
+AChnTriggerSet::AChnTriggerSet(QWidget *parent)
+    : QFrame(parent),
+      chnTexts{QStringLiteral("CH1"), QStringLiteral("CH2")},
+      enableBox(new QCheckBox(::tr("Trigger"), this)),
+      chnBtn(new QPushButton(this)),
+      settingBtn(new MyButton(this)),
+      levelLabel(new QLabel(QStringLiteral("V:"), this)),
+      levelSpin(new QSpinBox(this)),
+      levelUnit(new QLabel(QStringLiteral("mV"), this)),
+      horLabel(new QLabel(QStringLiteral("H:"), this)),
+      horEdit(new QLineEdit(this))
+{
+    setObjectName(QStringLiteral("aChnTrigger"));
+    auto *grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(dp(3));
+    grid->setColumnStretch(1, 1);
+    buildHead(*grid);
+    buildEdges(*grid);
+    buildLevel(*grid);
+    buildPosition(*grid);
+}
+
+AChnTriggerSet::~AChnTriggerSet()
+{
+    // A field that goes away gives up its focus: that is no end of an edit.
+    levelSpin->disconnect(this);
+    horEdit->disconnect(this);
+    if (senseEdit != nullptr) {
+        senseEdit->disconnect(this);
+    }
+}
+
+void AChnTriggerSet::buildHead(QGridLayout &grid)
+{
+    enableBox->setObjectName(QStringLiteral("trigEnable"));
+    enableBox->setAccessibleName(::tr("Analog trigger"));
+    connect(enableBox, &QCheckBox::clicked, this, &AChnTriggerSet::slotChnCtlClicked);
+    settingBtn->setObjectName(QStringLiteral("trigSetting"));
+    settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
+    dressFlat(*settingBtn);
+    settingBtn->setRadius(dp(3));
+    settingBtn->setFixedSize(sidebarLine(), sidebarLine());
+    settingBtn->setToolTip(::tr("Trigger sensitivity"));
+    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
+    connect(settingBtn, &QPushButton::clicked, this, &AChnTriggerSet::openExtendSetMenu);
+    grid.addWidget(enableBox, 0, 0, 1, 3);
+    grid.addWidget(settingBtn, 0, 3);
+}
+
+void AChnTriggerSet::buildEdges(QGridLayout &grid)
+{
+    auto *frame = new QFrame(this);
+    frame->setObjectName(QStringLiteral("edges"));
+    frame->setFixedSize(2 * (uiScale() + dp(16)), sidebarLine());
+    frame->setStyleSheet(triggerFrameStyle(frame->objectName()));
+    for (int i = 0; i < int(edges.size()); ++i) {
+        const auto [code, icon] = edges[std::size_t(i)];
+        const QString path = QLatin1String(icon);
+        const QString text =
+            code == smpTrigCode::risingEdge ? ::tr("Rising edge trigger") : ::tr("Falling edge trigger");
+        auto *button = new MyButton(sharedIcon(path), text, frame);
+        dressFlat(*button);
+        button->setRadius(dp(3));
+        button->checkedIcon = sharedIcon(path + QStringLiteral("_s"));
+        button->value = code;
+        button->setObjectName(path.section(QLatin1Char('/'), -1));
+        button->setAccessibleName(spoken(text));
+        button->setCheckable(true); // a screen reader tells which one is set
+        button->setGeometry(uiScale() + i * dp(16), uiScale(), dp(16), dp(16));
+        connect(button, &QPushButton::clicked, this, &AChnTriggerSet::slotTrigMouseClicked);
+        edgeBtns.append(button);
+    }
+    chnBtn->setObjectName(QStringLiteral("trigChannel"));
+    chnBtn->setText(chnTexts.first());
+    chnBtn->setFixedHeight(controlHeight(fontMetrics()));
+    chnBtn->setToolTip(::tr("Trigger channel"));
+    chnBtn->setAccessibleName(spoken(chnBtn->toolTip()));
+    connect(chnBtn, &QPushButton::clicked, this, &AChnTriggerSet::slotTrigChnClicked);
+    auto *line = new QHBoxLayout;
+    line->setSpacing(dp(3));
+    line->addWidget(chnBtn, 1);
+    line->addWidget(frame);
+    grid.addLayout(line, 1, 0, 1, 4);
+}
+
+QPushButton *AChnTriggerSet::makeZero(const QString &name)
+{
+    auto *button = new MyButton(sharedIcon(QStringLiteral(":/res/reset")), ::tr("Reset to Zero"), this);
+    button->setObjectName(name);
+    dressFlat(*button);
+    button->setRadius(dp(3));
+    button->setIconSize(QSize(dp(14), dp(14)));
+    button->setFixedSize(sidebarLine(), sidebarLine());
+    return button;
+}
+
+void AChnTriggerSet::buildLevel(QGridLayout &grid)
+{
+    levelSpin->setObjectName(QStringLiteral("trigLevel"));
+    levelSpin->setRange(leastLevel, mostLevel);
+    levelSpin->setKeyboardTracking(false); // a level is taken when it has been typed, not digit by digit
+    levelSpin->setFocusPolicy(Qt::StrongFocus);
+    levelSpin->setToolTip(::tr("Number between -32768 and 32767."));
+    levelSpin->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
+    levelSpin->setFixedHeight(controlHeight(fontMetrics()));
+    levelSpin->installEventFilter(this);
+    levelLabel->setBuddy(levelSpin);
+    connect(levelSpin, &QSpinBox::editingFinished, this, &AChnTriggerSet::slotTrigVoltageClicked);
+    connect(levelSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &AChnTriggerSet::storeLevel);
+    levelZero = makeZero(QStringLiteral("trigLevelZero"));
+    levelZero->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(", ") + levelZero->toolTip()));
+    connect(levelZero, &QPushButton::clicked, this, &AChnTriggerSet::slotVoltageZreoClicked);
+    grid.addWidget(levelLabel, 2, 0);
+    grid.addWidget(levelSpin, 2, 1);
+    grid.addWidget(levelUnit, 2, 2);
+    grid.addWidget(levelZero, 2, 3);
+}
+
+void AChnTriggerSet::buildPosition(QGridLayout &grid)
+{
+    horEdit->setObjectName(QStringLiteral("trigPosition"));
+    horEdit->setToolTip(::tr("Number between 0 and 100."));
+    horEdit->setAccessibleName(spoken(::tr("Trigger Position") + QStringLiteral(" [%]")));
+    horEdit->setFixedHeight(controlHeight(fontMetrics()));
+    horEdit->installEventFilter(this);
+    horLabel->setBuddy(horEdit);
+    connect(horEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotHorEditClicked);
+    horZero = makeZero(QStringLiteral("trigPositionZero"));
+    horZero->setAccessibleName(spoken(::tr("Trigger Position") + QStringLiteral(", ") + horZero->toolTip()));
+    connect(horZero, &QPushButton::clicked, this, &AChnTriggerSet::slotHorZreoClicked);
+    grid.addWidget(horLabel, 3, 0);
+    grid.addWidget(horEdit, 3, 1);
+    grid.addWidget(new QLabel(QStringLiteral("%"), this), 3, 2);
+    grid.addWidget(horZero, 3, 3);
+}
+
+QVector<QWidget *> AChnTriggerSet::tabStops() const
+{
+    QVector<QWidget *> stops{enableBox, settingBtn, chnBtn};
+    for (MyButton *button : edgeBtns) {
+        stops.append(button);
+    }
+    return stops + QVector<QWidget *>{levelSpin, levelZero, horEdit, horZero};
+}
+
+bool AChnTriggerSet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && belongsToField(*static_cast<QKeyEvent *>(event))) {
+        event->accept();
+        return true;
+    }
+    if (event->type() == QEvent::Wheel && !static_cast<QWidget *>(watched)->hasFocus()) {
+        event->ignore(); // what lies around the field scrolls
+        return true;
+    }
+    if (event->type() == QEvent::KeyPress && watched == horEdit &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
+        horEdit->setText(QString::number(gDev->trgPosition));
+        horEdit->clearFocus();
+        return true;
+    }
+    return QFrame::eventFilter(watched, event);
+}
+
+// ---- what is shown
+
+void AChnTriggerSet::refresh()
+{
+    showEdges();
+    {
+        const QSignalBlocker noEntry(levelSpin);
+        levelSpin->setValue(deviceGet(gDev->name, keyLevel).toInt());
+    }
+    horEdit->setText(QString::number(gDev->trgPosition));
+    const int chn = deviceGet(gDev->name, keyChannel).toInt();
+    chnBtn->setText(chnTexts.at(chn == 1 ? 1 : 0));
+    emit aChnTrigSetChanged(aTrigChange::channel, QString::number(channel()));
+    enableBox->setChecked(deviceGet(gDev->name, keyDisabled).toInt() == 0);
+    slotChnCtlClicked();
+}
+
+void AChnTriggerSet::showEdges()
+{
+    const auto first = std::find_if(gDev->aChnTrig.cbegin(), gDev->aChnTrig.cend(), [](int code) { return code != 0; });
+    const int code = first == gDev->aChnTrig.cend() ? 0 : *first;
+    for (MyButton *button : edgeBtns) {
+        button->setSelected(button->value == code);
+    }
+}
+
+int AChnTriggerSet::level() const
+{
+    return levelSpin->value();
+}
+
+int AChnTriggerSet::channel() const
+{
+    return chnBtn->text() == chnTexts.first() ? 0 : 1;
+}
+
+bool AChnTriggerSet::isTriggerOn() const
+{
+    return enableBox->isChecked();
+}
+
+int AChnTriggerSet::chosenEdge() const
+{
+    const auto chosen = std::find_if(edgeBtns.cbegin(), edgeBtns.cend(), [](const MyButton *b) { return b->selected; });
+    return chosen == edgeBtns.cend() ? 0 : (*chosen)->value;
+}
+
+// ---- what is chosen
+
+void AChnTriggerSet::slotChnCtlClicked()
+{
+    const bool on = enableBox->isChecked();
+    deviceSet(gDev->name, keyDisabled, on ? QStringLiteral("0") : QStringLiteral("1"));
+    for (QWidget *control : tabStops()) {
+        if (control != enableBox && control != settingBtn) {
+            control->setEnabled(on);
+        }
+    }
+    emit aChnTrigSetChanged(aTrigChange::enabled, on ? QStringLiteral("true") : QStringLiteral("false"));
+}
+
+void AChnTriggerSet::slotTrigMouseClicked()
+{
+    auto *button = qobject_cast<MyButton *>(sender());
+    if (button == nullptr) {
+        return;
+    }
+    const bool on = !button->selected;
+    for (MyButton *edge : edgeBtns) {
+        edge->setSelected(on && edge == button);
+    }
+    gDev->setAChnTrig(channel(), on ? button->value : 0);
+    if (on) {
+        emit aChnTrigSetChanged(aTrigChange::edge, QString::number(channel()));
+    }
+}
+
+void AChnTriggerSet::slotTrigChnClicked()
+{
+    const int chn = (channel() + 1) % int(chnTexts.size());
+    chnBtn->setText(chnTexts.at(chn));
+    deviceSet(gDev->name, keyChannel, QString::number(chn));
+    if (const int code = chosenEdge(); code != 0) {
+        gDev->setAChnTrig(chn, code);
+    }
+    emit aChnTrigSetChanged(aTrigChange::channel, QString::number(chn));
+}
+
+void AChnTriggerSet::setLevel(double millivolts)
+{
+    levelSpin->setValue(truncated32(std::clamp(millivolts, double(leastLevel), double(mostLevel))));
+}
+
+void AChnTriggerSet::storeLevel()
+{
+    deviceSet(gDev->name, keyLevel, QString::number(levelSpin->value()));
+    emit aChnTrigSetChanged(aTrigChange::value, QString());
+}
+
+void AChnTriggerSet::slotTrigVoltageClicked()
+{
+    if (levelSpin->hasFocus()) {
+        levelSpin->clearFocus();
+        return;
+    }
+    storeLevel();
+}
+
+void AChnTriggerSet::slotVoltageZreoClicked()
+{
+    const QSignalBlocker once(levelSpin);
+    levelSpin->setValue(0);
+    storeLevel();
+}
+
+void AChnTriggerSet::slotHorEditClicked()
+{
+    if (m_telling) {
+        return; // the box takes the focus away, which finishes the field once more
+    }
+    if (horEdit->hasFocus()) {
+        horEdit->clearFocus();
+        return;
+    }
+    bool isNumber = false;
+    const int percent = horEdit->text().trimmed().toInt(&isNumber);
+    if (isNumber && percent == gDev->trgPosition) {
+        return; // who only passes through the field changes nothing
+    }
+    if (!gDev->setTrgPosition(isNumber ? percent : -1)) {
+        const QPointer<AChnTriggerSet> self = this; // the device may go while the box is open
+        m_telling = true;
+        showNotice(window(), QMessageBox::Warning, ::tr("An error occurred"), ::tr("Trigger position setting failed."),
+                   QStringLiteral("color:black;"));
+        if (!self) {
+            return;
+        }
+        m_telling = false;
+    }
+    horEdit->setText(QString::number(gDev->trgPosition));
+}
+
+void AChnTriggerSet::slotHorZreoClicked()
+{
+    gDev->trgPosition = 0;
+    deviceSet(gDev->name, keyPosition, QStringLiteral("0"));
+    horEdit->setText(QStringLiteral("0"));
+}
+
+// ---- the menu
+
+void AChnTriggerSet::createMenu()
+{
+    static const QRegExp pattern(QStringLiteral("[0][.][0-9]+$"));
+    const QString blanks = QStringLiteral("  ");
+    extendMenu = new MenuDialog(this);
+    extendMenu->setObjectName(QStringLiteral("trigExtend"));
+    auto *form = new QWidget;
+    auto *box = new QGroupBox(blanks + ::tr("Trigger Set") + blanks, form);
+    auto *line = new QHBoxLayout(box);
+    line->setContentsMargins(dp(10), dp(4), dp(10), dp(6));
+    line->setSpacing(dp(6));
+    auto *label = new QLabel(::tr("Sensitivity:"), box);
+    senseEdit = new QLineEdit(box);
+    senseEdit->setObjectName(QStringLiteral("sense"));
+    senseEdit->setFixedSize(dp(senseWidth), dp(senseHeight));
+    senseEdit->setMaxLength(senseLetters);
+    senseEdit->setValidator(new QRegExpValidator(pattern, senseEdit));
+    senseEdit->setToolTip(::tr("Number between 0.0 and 1.0."));
+    senseEdit->setAccessibleName(spoken(label->text()));
+    label->setBuddy(senseEdit);
+    line->addWidget(label);
+    line->addWidget(senseEdit);
+    line->addWidget(new QLabel(QStringLiteral("div"), box));
+    auto *around = new QVBoxLayout(form);
+    around->setContentsMargins(dp(10), dp(6), dp(10), dp(10));
+    around->addWidget(box);
+    extendMenu->addForm(form);
+    connect(senseEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotSenstivityChanged);
+}
+
+void AChnTriggerSet::openExtendSetMenu()
+{
+    if (extendMenu == nullptr) {
+        createMenu();
+    }
+    senseEdit->setText(storedSensitivity());
+    extendMenu->setAccessibleName(settingBtn->accessibleName());
+    const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
+    extendMenu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));
+    senseEdit->setFocus(Qt::PopupFocusReason);
+    senseEdit->selectAll();
+}
+
+void AChnTriggerSet::slotSenstivityChanged()
+{
+    if (senseEdit->hasFocus()) {
+        senseEdit->clearFocus();
+        return;
+    }
+    extendMenu->close();
+    emit aChnTrigSetChanged(aTrigChange::sensitivity, senseEdit->text());
+}

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QFrame>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+class MenuDialog;
+class MyButton;
+class QCheckBox;
+class QGridLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSpinBox;
+
+/// The kinds of change that AChnTriggerSet tells of.
+namespace aTrigChange {
+
+inline constexpr int enabled = 0;     ///< "true" or "false"
+inline constexpr int edge = 1;        ///< the channel whose edge was chosen
+inline constexpr int channel = 2;     ///< the trigger's channel
+inline constexpr int value = 3;       ///< empty: see AChnTriggerSet::level()
+inline constexpr int sensitivity = 4; ///< divisions, as a text
+
+} // namespace aTrigChange
+
+/// The analog trigger: its channel, edge, level and sensitivity, and the place of the trigger in the capture.
+///
+/// Stored with `gDev`, which is read anew in each slot, at once. GUI thread, placed in an ItemAChnSidebar.
+class AChnTriggerSet : public QFrame {
+    Q_OBJECT
+public:
+    explicit AChnTriggerSet(QWidget *parent);
+    ~AChnTriggerSet() override;
+
+    /// Shows what the device has, and tells of the channel, and whether there is a trigger.
+    void refresh();
+    /// Shows the device's edges alone.
+    void showEdges();
+    /// Millivolts.
+    [[nodiscard]] int level() const;
+    /// Takes a level as if it had been typed; beyond the field's range its nearest end. Tells of it.
+    void setLevel(double millivolts);
+    /// The analog channel of the trigger, 0 or 1.
+    [[nodiscard]] int channel() const;
+    [[nodiscard]] bool isTriggerOn() const;
+    /// The controls in the order of Tab.
+    [[nodiscard]] QVector<QWidget *> tabStops() const;
+
+public slots:
+    void openExtendSetMenu();
+    void slotTrigMouseClicked();
+    /// The level has been edited. While the field has the focus this gives it away, which calls it once more.
+    void slotTrigVoltageClicked();
+    void slotChnCtlClicked();
+    void slotTrigChnClicked();
+    void slotSenstivityChanged(); ///< as slotTrigVoltageClicked()
+    void slotVoltageZreoClicked();
+    void slotHorEditClicked(); ///< as slotTrigVoltageClicked()
+    void slotHorZreoClicked();
+
+signals:
+    /// @param trig  of aTrigChange
+    void aChnTrigSetChanged(int trig, const QString &set);
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void buildHead(QGridLayout &grid);
+    void buildEdges(QGridLayout &grid);
+    void buildLevel(QGridLayout &grid);
+    void buildPosition(QGridLayout &grid);
+    [[nodiscard]] QPushButton *makeZero(const QString &name);
+    void createMenu();
+    void storeLevel();
+    [[nodiscard]] int chosenEdge() const;
+
+    const QStringList chnTexts;
+    QCheckBox *enableBox;
+    QVector<MyButton *> edgeBtns; ///< rising, falling
+    QPushButton *chnBtn;
+    MyButton *settingBtn;
+    QLabel *levelLabel;
+    QSpinBox *levelSpin;
+    QLabel *levelUnit;
+    QPushButton *levelZero = nullptr;
+    QLabel *horLabel;
+    QLineEdit *horEdit;
+    QPushButton *horZero = nullptr;
+    MenuDialog *extendMenu = nullptr; ///< made at first use, with the one below
+    QLineEdit *senseEdit = nullptr;
+    bool m_telling = false; ///< a box is open that takes the focus away
+};

@@ -1,0 +1,123 @@
+#include "wave/AnalogScale.h"
+
+#include "controls/Truncate.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace {
+
+constexpr int millivoltsInAVolt = 1000;
+constexpr double firstTag = 0.3; ///< of the area's height
+constexpr double nextTag = 0.4;
+
+/// The whole number that a text begins with, 0 for none.
+int leadingNumber(const QString &text)
+{
+    int digits = 0;
+    while (digits < text.size() && text.at(digits) >= QLatin1Char('0') && text.at(digits) <= QLatin1Char('9')) {
+        ++digits;
+    }
+    return text.leftRef(digits).toInt();
+}
+
+/// Cuts a stroke at a row far outside of the area, where the painter's own numbers would end.
+void cutAt(QLineF &line, double row, bool below)
+{
+    const auto isBeyond = [=](double y) { return below ? y > row : y < row; };
+    const bool first = isBeyond(line.y1());
+    const bool second = isBeyond(line.y2());
+    if (first && second) {
+        line = {line.x1(), row, line.x2(), row};
+    } else if (first || second) {
+        const QPointF cut(line.x1() + line.dx() * (row - line.y1()) / line.dy(), row);
+        line = first ? QLineF(cut, line.p2()) : QLineF(line.p1(), cut);
+    }
+}
+
+} // namespace
+
+int voltDivOfText(const QString &text)
+{
+    if (text.endsWith(QLatin1String("mV/div"))) {
+        return leadingNumber(text);
+    }
+    if (text.endsWith(QLatin1String("V/div"))) {
+        return truncated32(double(leadingNumber(text)) * millivoltsInAVolt);
+    }
+    return 0;
+}
+
+QString voltDivText(int millivolts)
+{
+    if (millivolts % millivoltsInAVolt != 0) {
+        return QString::number(millivolts) + QStringLiteral("mV/div");
+    }
+    return QString::number(millivolts / millivoltsInAVolt) + QStringLiteral("V/div");
+}
+
+bool isPlace(TagPlace place)
+{
+    return place.refHeight > 0 && place.y >= 0 && place.y <= place.refHeight;
+}
+
+TagPlace startPlace(int index, int height, int s)
+{
+    const int logical = height / s;
+    return {truncated32((index * nextTag + firstTag) * logical), logical};
+}
+
+TagPlace placeAt(int centre, int height, int s)
+{
+    return {centre / s, height / s};
+}
+
+int centreOf(TagPlace place, int height, int s)
+{
+    return truncated32(double(place.y) * (height / s) / place.refHeight) * s;
+}
+
+int voltageAt(int centre, int zeroY, int fullScale, int height, int s)
+{
+    const int logical = height / s;
+    return logical < 1 ? 0 : truncated32(double(zeroY / s - centre / s) * fullScale / logical);
+}
+
+int rowOfVoltage(int millivolts, int zeroY, int fullScale, int height, int s)
+{
+    if (fullScale == 0) {
+        return zeroY;
+    }
+    const double logical = double(zeroY / s) - double(millivolts) * (height / s) / fullScale;
+    const double row = double(truncated32(logical)) * s;
+    return row > height ? height - s : truncated32(std::max(row, 0.0));
+}
+
+void traceLines(std::span<const SmpAChnPoint> points, const TraceScale &trace, PixelScale scale, int left, int right,
+                std::vector<QLineF> &lines)
+{
+    lines.clear();
+    if (trace.fullScale == 0 || trace.height == 0 || points.size() < 2) {
+        return;
+    }
+    const double sign = trace.reversed ? -1.0 : 1.0;
+    const int stroke = scale.s();
+    // Positions stay 64 bits wide: a point may lie as far to the right as its number goes.
+    const auto columnOf = [stroke](const SmpAChnPoint &point) {
+        return double(std::int64_t(point.x) * stroke + stroke / 2);
+    };
+    const auto rowOf = [&](const SmpAChnPoint &point) {
+        return double(truncated32(trace.zeroY - sign * point.value * trace.height / trace.fullScale));
+    };
+    QPointF from(columnOf(points[0]), rowOf(points[0]));
+    for (const SmpAChnPoint &point : points.subspan(1)) {
+        const QPointF to(columnOf(point), rowOf(point));
+        if (to.x() >= left - stroke && from.x() <= right + stroke) {
+            QLineF line(from, to);
+            cutAt(line, -double(trace.height), false);
+            cutAt(line, 2.0 * trace.height, true);
+            lines.push_back(line);
+        }
+        from = to;
+    }
+}

@@ -1,0 +1,83 @@
+#include "wave/ItemAChnWaveLine.h"
+
+#include "controls/Look.h"
+#include "device/DevBase.h"
+#include "device/DeviceGlobals.h"
+#include "settings/Globals.h"
+#include "wave/AnalogScale.h"
+#include "wave/WaveDataGen.h"
+
+#include <QPainter>
+#include <QStyleOptionGraphicsItem>
+
+namespace {
+
+constexpr int lighterPercent = 120;
+constexpr int analogColors = 2; ///< of gChnColors
+
+template<typename Value>
+void put(QVector<Value> &values, int channel, Value value)
+{
+    if (channel >= 0 && channel < values.size()) {
+        values[channel] = value;
+    }
+}
+
+} // namespace
+
+ItemAChnWaveLine::ItemAChnWaveLine(int channels, const WaveDataGen *generator)
+    : waveGen(generator), chnEnabled(channels, char(1)), zeroY(channels, 0), fullScale(channels, 0)
+{
+    setZValue(0);
+    setFlag(ItemUsesExtendedStyleOption); // for the exposed rectangle
+}
+
+void ItemAChnWaveLine::setChnEnabled(int channel, bool on)
+{
+    put(chnEnabled, channel, char(on ? 1 : 0));
+    update();
+}
+
+void ItemAChnWaveLine::setZeroY(int channel, int y)
+{
+    put(zeroY, channel, y);
+    update();
+}
+
+void ItemAChnWaveLine::setFullScale(int channel, int value)
+{
+    put(fullScale, channel, value);
+    update();
+}
+
+void ItemAChnWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget * /*widget*/)
+{
+    if (height == 0) {
+        return;
+    }
+    painter->save();
+    // A trace that leaves the area must not cross the rows below it.
+    painter->setClipRect(boundingRect(), Qt::IntersectClip);
+    painter->setRenderHint(QPainter::Antialiasing, true);
+    // A stroke of odd width is sharp only about a pixel's middle.
+    const double middle = uiScale() % 2 == 0 ? 0.0 : 0.5;
+    painter->translate(middle, middle);
+    const QRect seen = option->exposedRect.toAlignedRect();
+    for (int channel = 0; channel < chnEnabled.size(); ++channel) {
+        if (chnEnabled[channel] != 0) {
+            paintTrace(*painter, channel, seen);
+        }
+    }
+    painter->restore();
+}
+
+void ItemAChnWaveLine::paintTrace(QPainter &painter, int channel, const QRect &seen)
+{
+    const bool reversed = gDev != nullptr && gDev->aChnReverse.value(channel);
+    traceLines(waveGen->aChnLine(channel), {zeroY[channel], fullScale[channel], reversed, height}, screenScale(),
+               seen.left(), seen.right(), m_lines);
+    const QColor color = colorWaveform ? gChnColors[channel % analogColors].lighter(lighterPercent)
+                                       : gGreys[channel % int(gGreys.size())];
+    painter.setPen(QPen(color, uiScale(), Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    painter.drawLines(m_lines.data(), int(m_lines.size()));
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "wave/WaveItem.h"
+
+#include <QLineF>
+#include <QVector>
+
+#include <vector>
+
+class WaveDataGen;
+
+/// The traces of all analog channels, one over the other as on an oscilloscope.
+///
+/// Holds no waveform: it replays the points that the generator has prepared for the frame. Values of a channel that
+/// does not exist are ignored. Cost follows the pixels.
+class ItemAChnWaveLine : public WaveItem {
+public:
+    /// All channels are on, with the zero level at the top and nothing to draw until they have a full scale.
+    /// @param generator  not owned, outlives this
+    ItemAChnWaveLine(int channels, const WaveDataGen *generator);
+
+    void setChnEnabled(int channel, bool on);
+    /// @param y  of the channel's zero level, device pixels from the top of the area
+    void setZeroY(int channel, int y);
+    /// @param value  millivolts that the area's height stands for; 0 draws nothing
+    void setFullScale(int channel, int value);
+
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
+
+private:
+    void paintTrace(QPainter &painter, int channel, const QRect &seen);
+
+    const WaveDataGen *const waveGen;
+    QVector<char> chnEnabled; ///< by analog channel, as the two below
+    QVector<int> zeroY;
+    QVector<int> fullScale;
+    std::vector<QLineF> m_lines; ///< scratch of one paint, kept for its memory
+};

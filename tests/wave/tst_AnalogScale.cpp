@@ -1,0 +1,197 @@
+#include "wave/AnalogScale.h"
+
+#include <QtTest>
+
+#include <limits>
+
+namespace {
+
+constexpr int height = 500;
+constexpr int tenVolts = 10'000;
+
+std::vector<QLineF> strokes(const std::vector<SmpAChnPoint> &points, const TraceScale &trace, int dpi = 96)
+{
+    std::vector<QLineF> lines{QLineF(1, 2, 3, 4)}; // what a former paint has left
+    traceLines(points, trace, {dpi}, 0, 1000, lines);
+    return lines;
+}
+
+} // namespace
+
+class TstAnalogScale : public QObject {
+    Q_OBJECT
+private slots:
+    void aTextOfVoltsPerDivisionIsReadInMillivolts_data();
+    void aTextOfVoltsPerDivisionIsReadInMillivolts();
+    void millivoltsPerDivisionAreToldInVoltsWhereTheyAreWhole();
+    void aFlagKeepsItsPartOfTheHeight_data();
+    void aFlagKeepsItsPartOfTheHeight();
+    void flagsStartAtThreeAndSevenTenths();
+    void onlyAPlaceWithinItsHeightIsOne();
+    void aVoltageAndItsRowBelongTogether_data();
+    void aVoltageAndItsRowBelongTogether();
+    void aVoltageBeyondTheAreaStandsAtItsEdge();
+    void withoutAFullScaleOrAHeightNothingIsDivided();
+    void eachPairOfNeighboursIsOneStrokeAboveItsSamples_data();
+    void eachPairOfNeighboursIsOneStrokeAboveItsSamples();
+    void aReversedTraceIsMirroredAboutItsZeroLevel();
+    void aSinglePointAndAFullScaleOfZeroDrawNothing();
+    void aStrokeThatLeavesTheAreaIsCutOnItsWay();
+    void strokesBesideTheExposedColumnsAreLeftOut();
+};
+
+void TstAnalogScale::aTextOfVoltsPerDivisionIsReadInMillivolts_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("millivolts");
+    QTest::newRow("millivolts") << "50mV/div" << 50;
+    QTest::newRow("volts") << "20V/div" << 20'000;
+    QTest::newRow("another case") << "20v/div" << 0;
+    QTest::newRow("millivolts in another case end as volts") << "5MV/div" << 5000;
+    QTest::newRow("no unit") << "20" << 0;
+    QTest::newRow("no number") << "V/div" << 0;
+    QTest::newRow("nothing") << "" << 0;
+    QTest::newRow("more than fits") << "99999999999V/div" << 0;
+    QTest::newRow("more volts than millivolts fit") << "2147483647V/div" << std::numeric_limits<int>::max();
+}
+
+void TstAnalogScale::aTextOfVoltsPerDivisionIsReadInMillivolts()
+{
+    QFETCH(QString, text);
+    QTEST(voltDivOfText(text), "millivolts");
+}
+
+void TstAnalogScale::millivoltsPerDivisionAreToldInVoltsWhereTheyAreWhole()
+{
+    QCOMPARE(voltDivText(50), QStringLiteral("50mV/div"));
+    QCOMPARE(voltDivText(1000), QStringLiteral("1V/div"));
+    QCOMPARE(voltDivText(1500), QStringLiteral("1500mV/div"));
+    QCOMPARE(voltDivText(50'000), QStringLiteral("50V/div"));
+}
+
+void TstAnalogScale::aFlagKeepsItsPartOfTheHeight_data()
+{
+    QTest::addColumn<int>("s");
+    QTest::newRow("96") << 1;
+    QTest::newRow("192") << 2;
+}
+
+void TstAnalogScale::aFlagKeepsItsPartOfTheHeight()
+{
+    QFETCH(int, s);
+    const TagPlace place = placeAt(100 * s, 400 * s, s);
+    QCOMPARE(place, (TagPlace{100, 400}));
+    QCOMPARE(centreOf(place, 400 * s, s), 100 * s);
+    QCOMPARE(centreOf(place, 800 * s, s), 200 * s);
+    QCOMPARE(centreOf(place, 402 * s, s), 100 * s); // 100.5, truncated
+}
+
+void TstAnalogScale::flagsStartAtThreeAndSevenTenths()
+{
+    QCOMPARE(startPlace(0, 336, 1), (TagPlace{100, 336})); // 100.8
+    QCOMPARE(startPlace(1, 336, 1), (TagPlace{235, 336})); // 235.2
+    QCOMPARE(startPlace(0, 672, 2), (TagPlace{100, 336}));
+}
+
+void TstAnalogScale::onlyAPlaceWithinItsHeightIsOne()
+{
+    QVERIFY(isPlace({0, 1}));
+    QVERIFY(isPlace({336, 336}));
+    QVERIFY(!isPlace({0, 0}));
+    QVERIFY(!isPlace({337, 336}));
+    QVERIFY(!isPlace({-1, 336}));
+    QVERIFY(!isPlace({-2, -1}));
+}
+
+void TstAnalogScale::aVoltageAndItsRowBelongTogether_data()
+{
+    QTest::addColumn<int>("s");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("millivolts");
+    QTest::newRow("the zero level") << 1 << 250 << 0;
+    QTest::newRow("above it") << 1 << 150 << 2000;
+    QTest::newRow("below it") << 1 << 300 << -1000;
+    QTest::newRow("at 192 dpi") << 2 << 150 << 2000;
+}
+
+void TstAnalogScale::aVoltageAndItsRowBelongTogether()
+{
+    QFETCH(int, s);
+    QFETCH(int, row);
+    QFETCH(int, millivolts);
+    QCOMPARE(voltageAt(row * s, 250 * s, tenVolts, height * s, s), millivolts);
+    QCOMPARE(rowOfVoltage(millivolts, 250 * s, tenVolts, height * s, s), row * s);
+}
+
+void TstAnalogScale::aVoltageBeyondTheAreaStandsAtItsEdge()
+{
+    QCOMPARE(rowOfVoltage(32'767, 250, tenVolts, height, 1), 0);
+    QCOMPARE(rowOfVoltage(-32'768, 250, tenVolts, height, 1), height - 1);
+    QCOMPARE(rowOfVoltage(-32'768, 500, tenVolts, 2 * height, 2), 2 * height - 2);
+    QCOMPARE(rowOfVoltage(-5000, 250, tenVolts, height, 1), height);
+}
+
+void TstAnalogScale::withoutAFullScaleOrAHeightNothingIsDivided()
+{
+    QCOMPARE(voltageAt(10, 250, 0, height, 1), 0);
+    QCOMPARE(voltageAt(10, 250, tenVolts, 0, 1), 0);
+    QCOMPARE(rowOfVoltage(1000, 250, 0, height, 1), 250);
+    QCOMPARE(voltageAt(0, height, std::numeric_limits<int>::max(), 1, 1), std::numeric_limits<int>::max());
+}
+
+void TstAnalogScale::eachPairOfNeighboursIsOneStrokeAboveItsSamples_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96") << 96;
+    QTest::newRow("144 has scale one") << 144;
+    QTest::newRow("192") << 192;
+    QTest::newRow("288") << 288;
+}
+
+void TstAnalogScale::eachPairOfNeighboursIsOneStrokeAboveItsSamples()
+{
+    QFETCH(int, dpi);
+    const PixelScale scale{dpi};
+    const auto lines = strokes({{0, 0.0}, {30, 1000.0}, {31, -1000.0}}, {250, tenVolts, false, height}, dpi);
+    QCOMPARE(lines.size(), std::size_t(2));
+    QCOMPARE(lines[0], QLineF(scale.column(0), 250, scale.column(30), 200));
+    QCOMPARE(lines[1], QLineF(scale.column(30), 200, scale.column(31), 300));
+}
+
+void TstAnalogScale::aReversedTraceIsMirroredAboutItsZeroLevel()
+{
+    const auto lines = strokes({{0, 0.0}, {30, 1000.0}}, {250, tenVolts, true, height});
+    QCOMPARE(lines.size(), std::size_t(1));
+    QCOMPARE(lines[0], QLineF(0, 250, 30, 300));
+}
+
+void TstAnalogScale::aSinglePointAndAFullScaleOfZeroDrawNothing()
+{
+    QVERIFY(strokes({}, {250, tenVolts, false, height}).empty());
+    QVERIFY(strokes({{0, 0.0}}, {250, tenVolts, false, height}).empty());
+    QVERIFY(strokes({{0, 0.0}, {1, 1.0}}, {250, 0, false, height}).empty());
+    QVERIFY(strokes({{0, 0.0}, {1, 1.0}}, {250, tenVolts, false, 0}).empty());
+}
+
+void TstAnalogScale::aStrokeThatLeavesTheAreaIsCutOnItsWay()
+{
+    // 50 V where 0.5 V fill the area: at a tenth of the way the stroke has gone 10 heights.
+    const auto up = strokes({{0, 0.0}, {100, 50'000.0}}, {0, 500, false, height});
+    QCOMPARE(up[0], QLineF(0, 0, 1, -height));
+    const auto down = strokes({{0, -50'000.0}, {100, 0.0}}, {0, 500, false, height});
+    QCOMPARE(down[0], QLineF(98, 2 * height, 100, 0));
+    const auto outside = strokes({{0, 50'000.0}, {100, 40'000.0}}, {0, 500, false, height});
+    QCOMPARE(outside[0], QLineF(0, -height, 100, -height));
+}
+
+void TstAnalogScale::strokesBesideTheExposedColumnsAreLeftOut()
+{
+    std::vector<QLineF> lines;
+    const std::vector<SmpAChnPoint> points{{0, 0.0}, {100, 0.0}, {200, 0.0}, {300, 0.0}};
+    traceLines(points, {250, tenVolts, false, height}, {96}, 120, 180, lines);
+    QCOMPARE(lines.size(), std::size_t(1));
+    QCOMPARE(lines[0], QLineF(100, 250, 200, 250));
+}
+
+QTEST_GUILESS_MAIN(TstAnalogScale)
+#include "tst_AnalogScale.moc"
