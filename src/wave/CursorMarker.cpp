@@ -1,12 +1,14 @@
 #include "wave/CursorMarker.h"
 
 #include "controls/Look.h"
+#include "settings/Language.h"
 
 #include <QPainter>
 
 CursorMarker::CursorMarker(int id) : height(dp(3)), phyId(id)
 {
     setZValue(2);
+    setToolTip(::tr("Voltage marker") + QStringLiteral(" Y%1").arg(id + 1));
     setAcceptHoverEvents(true);
     setAcceptedMouseButtons(Qt::NoButton); // the main view handles the pointer
     hide();

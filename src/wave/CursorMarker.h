@@ -10,6 +10,7 @@
 class CursorMarker : public QGraphicsObject {
     Q_OBJECT
 public:
+    /// @param id  0 for Y1, 1 for Y2
     explicit CursorMarker(int id);
 
     [[nodiscard]] int id() const { return phyId; }

@@ -12,6 +12,7 @@
 #include "wave/PulsePointer.h"
 #include "wave/PulseRequests.h"
 #include "wave/RowColumn.h"
+#include "wave/VoltageBoard.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveGestures.h"
 #include "wave/WaveView.h"
@@ -27,7 +28,6 @@
 #include <QShortcut>
 
 #include <algorithm>
-#include <functional>
 
 MainView *gMainView = nullptr;
 
@@ -47,16 +47,19 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
       m_analog(new AnalogArea(*scene, *generator, m_rows->frame(), this)),
       waveView(new WaveView(scene, this)), // after the rows, whose scroll range it follows
       m_markers(new MarkerBoard(*scene, *generator, this)),
+      m_voltages(new VoltageBoard(*scene, this)),
       m_pulse(new PulsePointer(*scene, *generator, this)),
       m_edges(new EdgeJump(*scene, *generator, this)),
-      m_gestures(new WaveGestures({*waveView, *m_rows, *m_markers, *m_pulse, *m_edges, *generator}, this))
+      m_gestures(new WaveGestures({*waveView, *m_rows, *m_markers, *m_voltages, *m_pulse, *m_edges, *generator}, this))
 {
     gMainView = this;
     buildViews();
     connectWaveView();
     connectScrolling();
     connectParts();
+    connectVoltages();
     buildKeys();
+    buildMarkerKeys();
 }
 
 MainView::~MainView()
@@ -96,20 +99,35 @@ void MainView::buildKeys()
     for (int key = Qt::Key_0; key <= Qt::Key_9; ++key) {
         addShortcut(key, &MainView::slotShortCutTimeMarker);
     }
-    const auto add = [this](int key, const std::function<void()> &act) {
-        auto *shortcut = new QShortcut(QKeySequence(key), this); // held down it goes on
-        connect(shortcut, &QShortcut::activated, this, act);
-        shortcuts.append(shortcut);
-    };
     for (const int step : {-1, 1}) {
-        const int key = step < 0 ? Qt::Key_Left : Qt::Key_Right;
-        add(key, [this, step] { m_gestures->pan(step); });
-        add(int(Qt::SHIFT) | key, [this, step] { m_markers->moveByKey(step); });
-        add(int(Qt::CTRL) | int(Qt::SHIFT) | key,
-            [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
+        addKey(step < 0 ? Qt::Key_Left : Qt::Key_Right, [this, step] { m_gestures->pan(step); });
     }
-    add(Qt::Key_Backspace, [this] { waveGen->goBack(); });
-    shortcuts.last()->setAutoRepeat(false); // held down it would run through all views
+    QShortcut *back = addKey(Qt::Key_Backspace, [this] { waveGen->goBack(); });
+    back->setAutoRepeat(false); // held down it would run through all views
+}
+
+void MainView::buildMarkerKeys()
+{
+    for (const int step : {-1, 1}) {
+        const int sideways = step < 0 ? Qt::Key_Left : Qt::Key_Right;
+        addKey(int(Qt::SHIFT) | sideways, [this, step] { m_markers->moveByKey(step); });
+        addKey(int(Qt::CTRL) | int(Qt::SHIFT) | sideways,
+               [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
+        addKey(int(Qt::SHIFT) | (step < 0 ? Qt::Key_Up : Qt::Key_Down), [this, step] { m_voltages->moveByKey(step); });
+    }
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
+        QShortcut *lays = addKey(key, [this] { m_voltages->layDown(); });
+        lays->setEnabled(false); // at all other times Enter belongs to what has the focus
+        connect(m_voltages, &VoltageBoard::followingChanged, lays, &QShortcut::setEnabled);
+    }
+}
+
+QShortcut *MainView::addKey(int key, const std::function<void()> &act)
+{
+    auto *shortcut = new QShortcut(QKeySequence(key), this); // held down it goes on
+    connect(shortcut, &QShortcut::activated, this, act);
+    shortcuts.append(shortcut);
+    return shortcut;
 }
 
 void MainView::addShortcut(int key, void (MainView::*slot)())
@@ -158,6 +176,14 @@ void MainView::connectParts()
     connect(m_gestures, &WaveGestures::mouseDraged, this, &MainView::mouseDraged);
 }
 
+void MainView::connectVoltages()
+{
+    connect(m_voltages, &VoltageBoard::valuesChanged, this, &MainView::voltageMarkerValueChanged);
+    connect(m_voltages, &VoltageBoard::followingChanged, m_edges, &EdgeJump::hide);
+    m_voltages->scaleOf = [this](int chn) { return AChnScale{m_analog->zeroY(chn), m_analog->fullScaleMv(chn)}; };
+    connect(this, &MainView::aChnScaleChanged, m_voltages, &VoltageBoard::scaleChanged);
+}
+
 void MainView::connectSidebar(ItemChnSidebar *sidebar)
 {
     connect(sidebar, &ItemChnSidebar::trigEdgeChanged, this, &MainView::slotChnTrigEdgeChanged);
@@ -175,6 +201,7 @@ void MainView::rebuildChannels(DevBase &device)
     m_markers->clear();
     m_analog->rebuild(device);
     m_rows->rebuild(device);
+    m_voltages->rebuild(m_rows->isAnalog());
     layoutRows();
 }
 
@@ -184,6 +211,7 @@ void MainView::layoutRows()
     m_analog->lay({waveView->width(), m_rows->analogHeight()});
     scene->setSceneRect(0, 0, waveView->width(), m_rows->totalHeight());
     m_markers->setArea({waveView->width(), m_rows->totalHeight()});
+    m_voltages->setArea({waveView->width(), m_rows->analogHeight()});
     setTimeWidth();
     rowsMoved();
 }
@@ -377,6 +405,16 @@ void MainView::slotTimeViewMarkerChanged(int changedType, int index, int state, 
     }
 }
 
+void MainView::slotVoltageMarkerClicked(int phyId)
+{
+    m_voltages->pressButton(phyId);
+}
+
+void MainView::slotVoltageAChnChanged(int chnIndex)
+{
+    m_voltages->setChannel(chnIndex);
+}
+
 void MainView::slotShortCutTimeMarker()
 {
     const auto *shortcut = qobject_cast<const QShortcut *>(sender());
@@ -403,6 +441,7 @@ void MainView::slotMousePressed(QMouseEvent *event)
 
 void MainView::slotMouseMoved(QMouseEvent *event)
 {
+    m_voltages->movesBoth = shiftHeld;
     m_gestures->move(*event);
 }
 

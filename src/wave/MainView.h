@@ -8,6 +8,8 @@
 #include <QVector>
 #include <QWidget>
 
+#include <functional>
+
 class AnalogArea;
 class DevBase;
 class EdgeJump;
@@ -19,6 +21,7 @@ class QHBoxLayout;
 class QMouseEvent;
 class QShortcut;
 class RowColumn;
+class VoltageBoard;
 class WaveDataGen;
 class WaveGestures;
 class WaveView;
@@ -89,6 +92,12 @@ public slots:
     /// moves to `midX` (device pixels) as well. Positions that are none are ignored.
     void slotTimeViewMarkerChanged(int changedType, int index, int state, int midX);
 
+    /// The button of voltage marker `phyId` (0 or 1, others are ignored): it follows the pointer from now on; one that
+    /// does already is taken off, or laid down where it has been moved to.
+    void slotVoltageMarkerClicked(int phyId);
+    /// The analog channel whose voltages the markers read.
+    void slotVoltageAChnChanged(int chnIndex);
+
     /// Counts the edges and pulses anew for all rows that ask for them.
     void slotPulseMeasureInfoChanged();
 
@@ -118,6 +127,8 @@ signals:
     /// position `index` of the list stands at device pixel `value`; 9: the pair that begins at position `index` is
     /// gone.
     void timeMarkBodyChanged(int type, int index, int value);
+    /// The voltages of Y1 and Y2, and between them; "###" for what is not known.
+    void voltageMarkerValueChanged(QStringList values);
     /// The counts of all requests of `gPulseRequests`, each as the request and four fields.
     void pulseMeasureChangedbySmpDone(QStringList res);
     /// The counts of the requests about pair `index`, 0 to 4.
@@ -131,11 +142,14 @@ protected:
 private:
     void buildViews();
     void buildKeys();
+    void buildMarkerKeys();
+    void connectVoltages();
     void connectWaveView();
     void connectScrolling();
     void connectParts();
     void connectSidebar(ItemChnSidebar *sidebar);
     void addShortcut(int key, void (MainView::*slot)());
+    QShortcut *addKey(int key, const std::function<void()> &act);
 
     void layoutRows();
     void setTimeWidth();
@@ -155,6 +169,7 @@ private:
     AnalogArea *m_analog;
     WaveView *waveView;
     MarkerBoard *m_markers;
+    VoltageBoard *m_voltages;
     PulsePointer *m_pulse;
     EdgeJump *m_edges;
     WaveGestures *m_gestures;

@@ -63,6 +63,7 @@ public:
     /// The same to the previous or next edge of the channel over which it was last held, or of any of `channels`.
     void moveToEdge(int step, const QVector<int> &channels);
 
+    [[nodiscard]] bool isFollowing() const { return firstIn(MarkerState::following) >= 0; }
     /// True while a marker follows the pointer or lies under it.
     [[nodiscard]] bool isGrabbable() const;
     /// The pointer has moved over the waves, no button down.

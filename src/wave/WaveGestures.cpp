@@ -7,6 +7,7 @@
 #include "wave/MarkerBoard.h"
 #include "wave/PulsePointer.h"
 #include "wave/RowColumn.h"
+#include "wave/VoltageBoard.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveView.h"
 #include "wave/ZoomFlag.h"
@@ -17,6 +18,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -82,9 +84,10 @@ void WaveGestures::dropBand()
 
 void WaveGestures::showCursor()
 {
-    const Qt::CursorShape shape = m_panning                       ? Qt::ClosedHandCursor
-                                  : m_parts.markers.isGrabbable() ? Qt::SizeHorCursor
-                                                                  : Qt::ArrowCursor;
+    const Qt::CursorShape shape = m_panning                        ? Qt::ClosedHandCursor
+                                  : m_parts.markers.isGrabbable()  ? Qt::SizeHorCursor
+                                  : m_parts.voltages.isGrabbable() ? Qt::SizeVerCursor
+                                                                   : Qt::ArrowCursor;
     if (m_parts.view.viewport()->cursor().shape() != shape) {
         m_parts.view.viewport()->setCursor(shape);
     }
@@ -99,7 +102,7 @@ void WaveGestures::move(const QMouseEvent &event)
         pointAt(event.pos());
     } else if (event.buttons() == Qt::NoButton) {
         pointAt(event.pos());
-        if (!m_parts.markers.pointerMoved(event.pos(), channelAt(event.pos()))) {
+        if (!moveMarkers(event.pos())) {
             offerEdge(event.pos());
         }
     } else if (event.buttons() == Qt::LeftButton && canMoveTime()) {
@@ -130,7 +133,7 @@ void WaveGestures::click(const QMouseEvent &event)
     }
     if (event.button() == Qt::LeftButton && isOverEdge(event.pos())) {
         m_parts.edges.click();
-    } else if (m_parts.markers.clicked(event.button()) || isBelowRows(event.pos())) {
+    } else if (clickMarkers(event) || isBelowRows(event.pos())) {
         return;
     } else if (event.button() == Qt::LeftButton) {
         emit zoomChangedByMouse(zoomFlag::in, event.pos());
@@ -139,12 +142,41 @@ void WaveGestures::click(const QMouseEvent &event)
     }
 }
 
+bool WaveGestures::moveMarkers(QPoint point)
+{
+    // A voltage marker on its way is not held up by the timing markers that it crosses.
+    if (!m_parts.markers.isFollowing() && m_parts.voltages.isFollowing() &&
+        m_parts.voltages.pointerMoved(sceneY(point))) {
+        m_parts.markers.pointerLeft();
+        m_parts.edges.hide();
+        return true;
+    }
+    if (m_parts.markers.pointerMoved(point, channelAt(point))) {
+        m_parts.voltages.pointerLeft();
+        return true;
+    }
+    return m_parts.voltages.pointerMoved(sceneY(point));
+}
+
+bool WaveGestures::clickMarkers(const QMouseEvent &event)
+{
+    const bool isTimes = m_parts.markers.isFollowing();
+    return (!isTimes && m_parts.voltages.clicked(event.button(), sceneY(event.pos()))) ||
+           m_parts.markers.clicked(event.button());
+}
+
+int WaveGestures::sceneY(QPoint point) const
+{
+    return int(std::floor(m_parts.view.mapToScene(point).y()));
+}
+
 void WaveGestures::leave()
 {
     m_parts.pulse.hide();
     m_parts.edges.hide();
     emit pointerMoved(0, QString());
     m_parts.markers.pointerLeft();
+    m_parts.voltages.pointerLeft();
     showCursor();
 }
 

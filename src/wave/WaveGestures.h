@@ -9,6 +9,7 @@ class MarkerBoard;
 class PulsePointer;
 class QMouseEvent;
 class RowColumn;
+class VoltageBoard;
 class WaveDataGen;
 class WaveView;
 
@@ -17,6 +18,7 @@ struct WaveParts {
     WaveView &view;
     RowColumn &rows;
     MarkerBoard &markers;
+    VoltageBoard &voltages;
     PulsePointer &pulse;
     EdgeJump &edges;
     WaveDataGen &waveGen;
@@ -55,6 +57,11 @@ private:
     void pointAt(QPoint point);
     void click(const QMouseEvent &event);
     [[nodiscard]] bool isBelowRows(QPoint point) const;
+    /// The markers see the pointer. @return true when one of them has used the move up
+    bool moveMarkers(QPoint point);
+    bool clickMarkers(const QMouseEvent &event);
+    /// The row of the scene under the point, device pixels.
+    [[nodiscard]] int sceneY(QPoint point) const;
     void dragBand(int x);
     void dropBand();
     void showCursor();
