@@ -48,7 +48,8 @@ MyButton::MyButton(QWidget *parent)
       borderColor(gGreys.value(2)),
       faceColor(gGreys.value(8)),
       hoverColor(gGreys.value(6)),
-      checkedColor(gGreys.value(9))
+      checkedColor(gGreys.value(9)),
+      textColor(0xf7, 0xf7, 0xf7)
 {
     setAttribute(Qt::WA_LayoutUsesWidgetRect);
 }
@@ -129,7 +130,7 @@ void MyButton::paintEvent(QPaintEvent *)
     }
     if (!text().isEmpty()) {
         painter.setFont(font());
-        painter.setPen(isEnabled() ? QColor(0xf7, 0xf7, 0xf7) : QColor(0xaf, 0xaf, 0xaf));
+        painter.setPen(isEnabled() ? textColor : QColor(0xaf, 0xaf, 0xaf));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
     }
     paintFocus(painter);

@@ -39,6 +39,7 @@ public:
     QColor faceColor;
     QColor hoverColor;
     QColor checkedColor;
+    QColor textColor; ///< while enabled
     QIcon checkedIcon;
 
     void setSelected(bool on);

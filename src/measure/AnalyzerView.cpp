@@ -6,7 +6,9 @@
 #include "device/DeviceGlobals.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
+#include "measure/MeasureViewAChn.h"
 #include "measure/PulseMeasure.h"
+#include "measure/VoltageMeasureView.h"
 #include "wave/MarkerChange.h"
 
 #include <QPainter>
@@ -31,18 +33,22 @@ AnalyzerView::AnalyzerView(QWidget *parent) : QWidget(parent)
 
 void AnalyzerView::buildSections()
 {
+    measureViewAChn = new MeasureViewAChn(this);
     measureView = new MeasureView(this);
     pulseMeasure = new PulseMeasure(this);
     annotations = new Annotations(this);
+    voltageMeasureView = new VoltageMeasureView(this);
     for (int place = 0; place + 1 < PlaceCount; ++place) {
         separators.append(new ColorLump(dp(separatorHeight), gGreys[5], 0, 0, this));
         column->addWidget(separators.constLast());
     }
     m_spare = new QWidget(this);
     column->addWidget(m_spare, 1);
+    addSection(AnalogMeasures, measureViewAChn);
     addSection(Measures, measureView);
     addSection(Pulses, pulseMeasure);
     addSection(MarkerPairs, annotations);
+    addSection(VoltageMarkers, voltageMeasureView);
 }
 
 void AnalyzerView::addSection(Place place, QWidget *section)
@@ -70,6 +76,11 @@ void AnalyzerView::connectSections()
     connect(this, &AnalyzerView::slotPulseMeasureChangedbyTimeMarker, pulseMeasure,
             &PulseMeasure::slotValueChangedbyTimeMarker);
     connect(this, &AnalyzerView::slotLogMeasureChanged, measureView, &MeasureView::slotValueChanged);
+    connect(this, &AnalyzerView::slotParameterRefreshAch, measureViewAChn, &MeasureViewAChn::slotMeasureChanged);
+    connect(this, &AnalyzerView::slotVoltageMarkerValueChanged, voltageMeasureView,
+            &VoltageMeasureView::slotValueChanged);
+    connect(voltageMeasureView, &VoltageMeasureView::markerPairClicked, this, &AnalyzerView::voltageMarkerClicked);
+    connect(voltageMeasureView, &VoltageMeasureView::chnBtnClicked, this, &AnalyzerView::voltageChnChanged);
 }
 
 void AnalyzerView::showSections()
@@ -95,9 +106,11 @@ void AnalyzerView::showSections()
 void AnalyzerView::reload()
 {
     showSections();
+    measureViewAChn->reload();
     measureView->reload();
     pulseMeasure->reload();
     annotations->reload();
+    voltageMeasureView->reload();
 }
 
 void AnalyzerView::slotAddPairClicked(int id)

@@ -9,8 +9,10 @@
 class Annotations;
 class ColorLump;
 class MeasureView;
+class MeasureViewAChn;
 class PulseMeasure;
 class QVBoxLayout;
+class VoltageMeasureView;
 
 /// The right-hand panel: a column of collapsible sections, and the signals between them and the main view.
 ///
@@ -35,9 +37,11 @@ public:
     /// Brings the panel in line with the device of the moment.
     void reload();
 
+    MeasureViewAChn *measureViewAChn = nullptr; ///< shown for a model with analog channels, as the voltages
     MeasureView *measureView = nullptr;
     PulseMeasure *pulseMeasure = nullptr;
     Annotations *annotations = nullptr;
+    VoltageMeasureView *voltageMeasureView = nullptr;
 
 signals:
     /// `type` 0 a pair was added, 1 deleted, 2 a marker's button, 3 a pair is to be shown; `id` a marker's.

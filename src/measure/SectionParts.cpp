@@ -113,6 +113,8 @@ QHBoxLayout *makeSectionHeader(MyButton *expand, QLabel *title, MyButton *action
     line->setSpacing(dp(2));
     line->addWidget(expand);
     line->addWidget(title, 1);
-    line->addWidget(action);
+    if (action != nullptr) {
+        line->addWidget(action);
+    }
     return line;
 }

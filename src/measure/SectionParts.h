@@ -34,5 +34,5 @@ class QWidget;
 /// Shows on that button whether the section is open.
 void showExpanded(MyButton &button, bool expanded);
 
-/// The line at the top of a section: fold button, title, and one more button at the right end.
-[[nodiscard]] QHBoxLayout *makeSectionHeader(MyButton *expand, QLabel *title, MyButton *action);
+/// The line at the top of a section: fold button, title, and one more button at the right end, if any.
+[[nodiscard]] QHBoxLayout *makeSectionHeader(MyButton *expand, QLabel *title, MyButton *action = nullptr);

@@ -5,9 +5,12 @@
 #include "measure/AnalyzerView.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
+#include "measure/MeasureViewAChn.h"
 #include "measure/PulseMeasure.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
+#include "measure/VoltageMarkerPair.h"
+#include "measure/VoltageMeasureView.h"
 #include "panels/PanelDevice.h"
 #include "support/CaptureBuilder.h"
 #include "support/GuiTestMain.h"
@@ -41,19 +44,27 @@ private slots:
     void anotherDeviceTakesTheStoredRowsOver();
     void itAsksForNoMoreThanThePanelsWidth_data();
     void itAsksForNoMoreThanThePanelsWidth();
+    void theAnalogSectionsComeAndGoWithTheModel();
+    void whatIsClickedOfTheVoltagesIsPassedOn();
+    void voltagesReachTheirLabels();
+    void newParametersReachTheTable();
     void everyControlHasANameAndIsReachedByTab();
 };
 
 void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo_data()
 {
     QTest::addColumn<int>("model");
-    QTest::newRow("digital") << storage16Model;
-    QTest::newRow("analog") << analogModel;
+    QTest::addColumn<QString>("sections");
+    QTest::newRow("digital") << storage16Model << QStringLiteral("MeasureView PulseMeasure Annotations QWidget");
+    QTest::newRow("analog") << analogModel
+                            << QStringLiteral(
+                                   "MeasureViewAChn MeasureView PulseMeasure Annotations VoltageMeasureView QWidget");
 }
 
 void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo()
 {
     QFETCH(int, model);
+    QFETCH(QString, sections);
     const PanelDevice device(model);
     AnalyzerView view;
     view.reload();
@@ -67,9 +78,11 @@ void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo()
             shown.append(QString::fromLatin1(widget->metaObject()->className()));
         }
     }
-    const QString line = QStringLiteral("ColorLump");
-    QCOMPARE(shown, (QStringList{QStringLiteral("MeasureView"), line, QStringLiteral("PulseMeasure"), line,
-                                 QStringLiteral("Annotations"), QStringLiteral("QWidget")}));
+    // The last one is empty here, and has no separator above it.
+    const QString line = QStringLiteral(" ColorLump ");
+    QString expected = sections;
+    expected.replace(QLatin1Char(' '), line).replace(line + QStringLiteral("QWidget"), QStringLiteral(" QWidget"));
+    QCOMPARE(shown.join(QLatin1Char(' ')), expected);
 }
 
 void TstAnalyzerView::everyPlaceOfTheColumnHasItsSeparator()
@@ -214,6 +227,59 @@ void TstAnalyzerView::anotherDeviceTakesTheStoredRowsOver()
     QVERIFY(!view.measureView->nameLabels.at(0)->isHidden());
 }
 
+void TstAnalyzerView::theAnalogSectionsComeAndGoWithTheModel()
+{
+    PanelDevice device(storage16Model);
+    AnalyzerView view;
+    view.reload();
+    QVERIFY(view.measureViewAChn->isHidden() && view.voltageMeasureView->isHidden());
+    device.replace(analogModel);
+    view.reload();
+    QVERIFY(!view.measureViewAChn->isHidden() && !view.voltageMeasureView->isHidden());
+    device.replace(storage16Model);
+    view.reload();
+    QVERIFY(view.measureViewAChn->isHidden() && view.voltageMeasureView->isHidden());
+    QVERIFY(!view.measureView->isHidden());
+}
+
+void TstAnalyzerView::whatIsClickedOfTheVoltagesIsPassedOn()
+{
+    const PanelDevice device(analogModel);
+    AnalyzerView view;
+    QSignalSpy markers(&view, &AnalyzerView::voltageMarkerClicked);
+    QSignalSpy channels(&view, &AnalyzerView::voltageChnChanged);
+    const VoltageMarkerPair *pair = view.voltageMeasureView->pairs.first();
+    QTest::mouseClick(pair->markerBtns.last(), Qt::LeftButton);
+    QTest::mouseClick(pair->btnChn, Qt::LeftButton);
+    QCOMPARE(QList<QVariantList>(markers), (QList<QVariantList>{{1}}));
+    QCOMPARE(QList<QVariantList>(channels), (QList<QVariantList>{{1}}));
+}
+
+void TstAnalyzerView::voltagesReachTheirLabels()
+{
+    const PanelDevice device(analogModel);
+    AnalyzerView view;
+    emit view.slotVoltageMarkerValueChanged(
+        {QStringLiteral("1.00V"), QStringLiteral("2.00V"), QStringLiteral("-3.00V")});
+    const VoltageMarkerPair *pair = view.voltageMeasureView->pairs.first();
+    QCOMPARE(pair->valueLabels.at(1)->text(), QStringLiteral("2.00V"));
+    QCOMPARE(pair->diffLabel->text(), QStringLiteral("-3.00V"));
+    view.reload();
+    QCOMPARE(pair->diffLabel->text(), QStringLiteral("###"));
+}
+
+void TstAnalyzerView::newParametersReachTheTable()
+{
+    const PanelDevice device(analogModel);
+    AnalyzerView view;
+    view.measureViewAChn->paramText = [](int chn) {
+        return chn == 0 ? QString() : QStringLiteral("Period:1ms,Vmax:2V");
+    };
+    emit view.slotParameterRefreshAch();
+    QCOMPARE(view.measureViewAChn->value1Labels.first()->text(), QStringLiteral("--"));
+    QCOMPARE(view.measureViewAChn->value2Labels.first()->text(), QStringLiteral("1ms"));
+}
+
 void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth_data()
 {
     itPaintsItsGroundAndABorder_data();
@@ -222,7 +288,7 @@ void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth_data()
 void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth()
 {
     QFETCH(int, dpi);
-    const PanelDevice device(9);
+    const PanelDevice device(analogModel);
     globalsSetDpi(dpi);
     QFont font = QApplication::font();
     const QFont before = font;
@@ -252,7 +318,7 @@ void TstAnalyzerView::everyControlHasANameAndIsReachedByTab()
     view.annotations->btnAdd->click();
     view.pulseMeasure->btnAdd->click();
     const auto buttons = view.findChildren<QAbstractButton *>();
-    QCOMPARE(buttons.size(), 6 + 5 + 4);
+    QCOMPARE(buttons.size(), 6 + 5 + 4 + 2 + 5);
     for (const QAbstractButton *button : buttons) {
         QVERIFY((button->focusPolicy() & Qt::TabFocus) != 0);
         QVERIFY(!button->text().isEmpty() || !button->accessibleName().isEmpty());
