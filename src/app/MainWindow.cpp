@@ -164,6 +164,10 @@ void MainWindow::connectAnalyzerView()
     connect(mainView, &MainView::pulseMeasureChangedbyTimeMarker, analyzerView,
             &AnalyzerView::slotPulseMeasureChangedbyTimeMarker);
     connect(mainView, &MainView::logMeasureChanged, analyzerView, &AnalyzerView::slotLogMeasureChanged);
+    connect(analyzerView, &AnalyzerView::voltageMarkerClicked, mainView, &MainView::slotVoltageMarkerClicked);
+    connect(analyzerView, &AnalyzerView::voltageChnChanged, mainView, &MainView::slotVoltageAChnChanged);
+    connect(mainView, &MainView::voltageMarkerValueChanged, analyzerView, &AnalyzerView::slotVoltageMarkerValueChanged);
+    connect(waveGen, &WaveDataGen::sigParameterRefreshAch, analyzerView, &AnalyzerView::slotParameterRefreshAch);
 }
 
 void MainWindow::buildScrollAreas()

@@ -39,6 +39,7 @@ private slots:
     void anotherModelEmptiesThePairs();
     void anotherConfigurationBringsItsRows();
     void inTheLeastWindowTheWheelReachesEverything();
+    void inTheLeastWindowTheFocusBringsItsControlIntoView_data();
     void inTheLeastWindowTheFocusBringsItsControlIntoView();
 
 private:
@@ -65,7 +66,9 @@ private:
             m_panel->annotations->btnAdd->click();
             m_panel->pulseMeasure->btnAdd->click();
         }
-        QTRY_VERIFY(m_panel->height() > 2 * m_area->height());
+        QTRY_VERIFY(m_panel->annotations->pairs.last()->isVisible());
+        QTRY_VERIFY(m_panel->height() >= m_panel->minimumSizeHint().height());
+        QVERIFY(m_panel->height() > 2 * m_area->height());
     }
 
     AnalyzerView *m_panel = nullptr;
@@ -221,14 +224,28 @@ void TstMainWindowPanel::inTheLeastWindowTheWheelReachesEverything()
     QCOMPARE(m_area->horizontalScrollBar()->maximum(), 0);
 }
 
+void TstMainWindowPanel::inTheLeastWindowTheFocusBringsItsControlIntoView_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::newRow("digital") << 0;
+    QTest::newRow("analog") << 97;
+}
+
 void TstMainWindowPanel::inTheLeastWindowTheFocusBringsItsControlIntoView()
 {
+    QFETCH(int, model);
+    m_window->slotDevPreConnect(model);
     fillPanel();
     m_window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-    const auto controls = m_panel->findChildren<QAbstractButton *>();
+    QVector<QAbstractButton *> controls;
+    for (QAbstractButton *button : m_panel->findChildren<QAbstractButton *>()) {
+        if (button->isVisible()) {
+            controls.append(button);
+        }
+    }
     QVERIFY(controls.size() > 40);
-    m_panel->measureView->btnExpand->setFocus(Qt::TabFocusReason);
+    controls.first()->setFocus(Qt::TabFocusReason);
     QSet<const QAbstractButton *> reached;
     const QWidget *last = nullptr;
     for (const QWidget *focus = QApplication::focusWidget(); m_panel->isAncestorOf(focus);
