@@ -21,7 +21,7 @@ constexpr int no = 0;
 
 } // namespace
 
-Options::Options(QWidget *parent)
+Options::Options(QWidget *parent, bool checksAtStart)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
 {
     setWindowTitle(::tr("Options"));
@@ -33,6 +33,7 @@ Options::Options(QWidget *parent)
     const QStringList onOff{::tr("Enable"), ::tr("Disable")};
     m_update = addChoice(::tr("Check for updates on launch"), onOff, {no, yes},
                          globalGet(QStringLiteral("disAutoUpdate")).toInt() != 0 ? yes : no);
+    tellWhatIsSent(*qobject_cast<QWidget *>(m_update->parent()), checksAtStart);
     m_animate = addChoice(::tr("Animate zooming"), onOff, {no, yes}, disAnimateZoom ? yes : no);
     m_view = addChoice(::tr("View state after new sampling"),
                        {::tr("Zoom all the way out"), ::tr("Show time zero, with previous zoom level"),
@@ -74,6 +75,18 @@ QButtonGroup *Options::addChoice(const QString &title, const QStringList &texts,
     }
     layout()->addWidget(box);
     return group;
+}
+
+void Options::tellWhatIsSent(QWidget &box, bool checksAtStart)
+{
+    const QString when =
+        checksAtStart ? ::tr("At most once in seven days the update service is asked whether there is a newer version.")
+                      : ::tr("This program was built without the check on launch.");
+    const QString what = ::tr("A check sends the program's version and word width, the name of the system, the "
+                              "instrument's model, the place of the last damaged record of a capture, and whether you "
+                              "asked for it. Nothing else is sent.");
+    box.setToolTip(QStringLiteral("<p>%1</p><p>%2</p>").arg(when.toHtmlEscaped(), what.toHtmlEscaped()));
+    box.setAccessibleDescription(when + QLatin1Char(' ') + what);
 }
 
 void Options::accept()

@@ -13,7 +13,9 @@ class QStringList;
 class Options : public QDialog {
     Q_OBJECT
 public:
-    explicit Options(QWidget *parent = nullptr);
+    /// @param checksAtStart  this build looks for newer versions at its start unless the first choice forbids it; told
+    ///                       in that choice's tool tip, together with what is sent
+    explicit Options(QWidget *parent = nullptr, bool checksAtStart = true);
 
 public slots:
     /// Stores all four choices and closes.
@@ -23,6 +25,8 @@ private:
     /// A group of radio buttons below `title`, which gets its blanks here; texts are translated. The buttons' ids are
     /// the stored `values`.
     QButtonGroup *addChoice(const QString &title, const QStringList &texts, const QVector<int> &values, int checked);
+
+    void tellWhatIsSent(QWidget &box, bool checksAtStart);
 
     QButtonGroup *m_update = nullptr;
     QButtonGroup *m_animate = nullptr;

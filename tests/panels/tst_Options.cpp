@@ -21,6 +21,7 @@ private slots:
     void theUpdateOptionIsReadFromItsKey();
     void anUnknownViewStateShowsTheSecondButtonAndStoresZero_data();
     void anUnknownViewStateShowsTheSecondButtonAndStoresZero();
+    void theFirstChoiceTellsWhatACheckSends();
     void theDialogIsAnsweredByKeysAlone();
 
 private:
@@ -202,6 +203,20 @@ void TstOptions::anUnknownViewStateShowsTheSecondButtonAndStoresZero()
     press(dialog, QStringLiteral("OK"));
     QCOMPARE(globalGet(QStringLiteral("viewState")), QStringLiteral("0"));
     QCOMPARE(viewState, 0);
+}
+
+void TstOptions::theFirstChoiceTellsWhatACheckSends()
+{
+    for (const bool checksAtStart : {true, false}) {
+        const Options dialog(nullptr, checksAtStart);
+        const QGroupBox *box = dialog.findChildren<QGroupBox *>().constFirst();
+        for (const char *fact : {"version", "word width", "system", "model", "damaged record", "whether you asked"}) {
+            QVERIFY2(box->toolTip().contains(QLatin1String(fact)), fact);
+        }
+        QCOMPARE(box->toolTip().contains(QStringLiteral("once in seven days")), checksAtStart);
+        QCOMPARE(box->toolTip().contains(QStringLiteral("without the check")), !checksAtStart);
+        QVERIFY(box->accessibleDescription().contains(QStringLiteral("Nothing else is sent.")));
+    }
 }
 
 void TstOptions::theDialogIsAnsweredByKeysAlone()
