@@ -13,7 +13,6 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QMenu>
-#include <QMetaMethod>
 #include <QProcess>
 #include <QPushButton>
 
@@ -55,7 +54,6 @@ void MainMenu::slotMainMenuPopup()
     if (m_menu == nullptr) {
         buildMenu();
     }
-    m_updateEntry->setEnabled(isSignalConnected(QMetaMethod::fromSignal(&MainMenu::checkUpdateWanted)));
     // The press that closes the menu is not also one on what lies below it, such as the button that opens it again. Qt
     // takes this back whenever the menu closes.
     m_menu->setAttribute(Qt::WA_NoMouseReplay);
@@ -77,7 +75,6 @@ void MainMenu::buildMenu()
     addEntry(dotted(::tr("Options")), &MainMenu::actOpenOptions);
     m_menu->addSeparator();
     addEntry(dotted(::tr("Check for updates")), &MainMenu::actCheckUpdate);
-    m_updateEntry = m_menu->actions().constLast();
     addEntry(::tr("About") + QStringLiteral(" CorvanLUX..."), &MainMenu::actAboutLUX);
     m_menu->addSeparator();
     emit shortcutsTaken();
@@ -161,7 +158,7 @@ void MainMenu::restart()
 
 void MainMenu::actOpenOptions()
 {
-    Options(window()).exec();
+    Options(window(), checksAtStart).exec();
 }
 
 void MainMenu::actCheckUpdate()

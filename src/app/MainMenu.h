@@ -32,6 +32,9 @@ public:
     /// Starts another program and does not wait for it. @return false if it did not start
     std::function<bool(const QString &program)> startProgram;
 
+    /// This build looks for newer versions at its start, unless the user says no: told in the options.
+    bool checksAtStart = false;
+
     /// The pairs of timing markers that an export may lie between, asked whenever one begins. Null for none.
     std::function<QVector<ShownPair>()> shownPairs;
 
@@ -81,7 +84,7 @@ signals:
     /// The menu's actions have their keys from now on: whoever answered them until then lets go, since a key with two
     /// owners reaches neither.
     void shortcutsTaken();
-    /// The user asks for a newer version. The entry is enabled only while somebody listens.
+    /// The user asks for a newer version.
     void checkUpdateWanted();
 
 private:
@@ -109,6 +112,5 @@ private:
     Session &m_session;
     MyButton *m_button;
     QMenu *m_menu = nullptr;
-    QAction *m_updateEntry = nullptr;
     QVector<LanguageInfo> m_languages;
 };

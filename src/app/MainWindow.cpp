@@ -14,6 +14,7 @@
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
+#include "update/CheckUpdate.h"
 #include "wave/MainView.h"
 #include "wave/PosiView.h"
 #include "wave/TimeView.h"
@@ -65,7 +66,8 @@ QScrollArea *barelessScroll(QScrollArea *area, QWidget *content)
 
 } // namespace
 
-MainWindow::MainWindow(Session &session, QWidget *parent) : QWidget(parent), m_session(session)
+MainWindow::MainWindow(Session &session, const UpdateSource &updates, QWidget *parent)
+    : QWidget(parent), m_session(session)
 {
     initWindow();
     buildDialogs();
@@ -79,6 +81,7 @@ MainWindow::MainWindow(Session &session, QWidget *parent) : QWidget(parent), m_s
     connectSession();
     rebindDevice();
     m_session.watchDevices(std::uintptr_t(winId()));
+    buildUpdates(updates);
     m_startTimer = startTimer(startDelayMs);
 }
 
@@ -242,6 +245,22 @@ void MainWindow::orderTabs()
     }
 }
 
+void MainWindow::buildUpdates(const UpdateSource &updates)
+{
+    checkUpdate = new CheckUpdate(updates, this);
+    checkUpdate->model = [] { return gDev->model; };
+    mainMenu->checksAtStart = checkUpdate->canCheckAtStart();
+    connect(mainMenu, &MainMenu::checkUpdateWanted, checkUpdate, &CheckUpdate::actCheckUpdate);
+    if (globalGet(QStringLiteral("disAutoUpdate")).toInt() == 0) {
+        checkUpdate->checkAtStart();
+    }
+}
+
+bool MainWindow::isLookingUpHost() const
+{
+    return checkUpdate->isLookingUp();
+}
+
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     gDev->shutDown();
@@ -252,6 +271,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
     globalSet(QStringLiteral("ratioSasPix"), QString::number(waveGen->ratioSasPix(), 'g', 6));
     smpDialog->hide();
     connectDialog->hide();
+    checkUpdate->stop();
     QWidget::closeEvent(event);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "update/UpdateSource.h"
+
 #include <QPoint>
 #include <QSet>
 #include <QVector>
@@ -10,6 +12,7 @@
 class AnalyzerExport;
 class AnalyzerManager;
 class AnalyzerView;
+class CheckUpdate;
 class DecodedWave;
 class DevSetting;
 class MainMenu;
@@ -35,8 +38,12 @@ class MainWindow : public QWidget {
     Q_OBJECT
 public:
     /// @param session  not owned, outlives this
-    explicit MainWindow(Session &session, QWidget *parent = nullptr);
+    /// @param updates  where newer versions are asked for; by default nowhere
+    explicit MainWindow(Session &session, const UpdateSource &updates = {}, QWidget *parent = nullptr);
     ~MainWindow() override;
+
+    /// True while the system looks for the host of the update service, which nothing can end.
+    [[nodiscard]] bool isLookingUpHost() const;
 
 public slots:
     /// A report of the running capture: state, error, value (percent).
@@ -103,6 +110,8 @@ private:
     /// Tab walks the panels in the order in which they are read, and the controls of each in that panel's own order.
     void orderTabs();
     void connectSession();
+    /// Looks for a newer version, unless the user or the build does not want it at the start.
+    void buildUpdates(const UpdateSource &updates);
     /// The device object goes: nothing may read its capture any more.
     void letGoOfDevice();
     void updatePosition();
@@ -135,6 +144,7 @@ private:
     QSet<QString> m_vanished; ///< file names that were told
     MyProgressDlg *smpDialog = nullptr;
     MyProgressDlg *connectDialog = nullptr;
+    CheckUpdate *checkUpdate = nullptr;
 
     int m_startTimer = 0;
     bool m_startFile = true; ///< the file that was named at the start, if any, is still to be loaded

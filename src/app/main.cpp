@@ -30,7 +30,7 @@ QStringList argumentsOf(int argc, char *argv[])
 int runWindow(const QStringList &missingFiles)
 {
     Session session(makeUsbPlatform());
-    MainWindow window(session);
+    MainWindow window(session, {QUrl(QStringLiteral(LUX_UPDATE_URL)), LUX_UPDATE_AT_START != 0, {}});
     window.show();
     const EndSignals wishes;
     QObject::connect(&wishes, &EndSignals::sigEnd, &window, [&window] {
@@ -41,8 +41,9 @@ int runWindow(const QStringList &missingFiles)
     const int code = QApplication::exec();
     configSave(configPath());
     constexpr std::chrono::milliseconds toSwitchOff(300);
-    if (!session.end(toSwitchOff)) {
-        std::_Exit(code); // all is stored; only an instrument that does not answer is still waited for
+    const bool isInstrumentDone = session.end(toSwitchOff);
+    if (!isInstrumentDone || window.isLookingUpHost()) {
+        std::_Exit(code); // all is stored; only an instrument or a name server that does not answer is still waited for
     }
     return code;
 }

@@ -13,6 +13,7 @@
 #include "panels/VthSetting.h"
 #include "session/RunStatus.h"
 #include "support/DialogDriver.h"
+#include "update/UpdateDialog.h"
 #include "wave/MainView.h"
 
 #include <QAbstractButton>
@@ -29,6 +30,9 @@ namespace {
 int neededWidth(const QWidget *widget)
 {
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+        if (label->textFormat() == Qt::RichText) {
+            return label->sizeHint().width(); // the text holds marks of its own
+        }
         return label->wordWrap() ? 0 : label->fontMetrics().size(0, label->text()).width();
     }
     if (const auto *edit = qobject_cast<const QLineEdit *>(widget)) {
@@ -93,6 +97,8 @@ private slots:
     void theChannelMenuShowsEveryText();
     void theProgressDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
     void theProgressDialogShowsEveryState();
+    void theUpdateDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
+    void theUpdateDialogShowsEveryState();
     void aTextThatIsCutOffIsFound();
 
 private:
@@ -232,6 +238,41 @@ void TstLanguageLayout::theProgressDialogShowsEveryState()
         MyProgressDlg dialog(::tr("Sampling"), text, ::tr("Close"));
         const QStringList cut = cutTextsOfDialog(dialog);
         QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+    }
+}
+
+void TstLanguageLayout::theUpdateDialogShowsEveryState()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    UpdateDialog dialog;
+    dialog.startUpdater = [](const QString &, const QStringList &) { return false; };
+    const QUrl link(QStringLiteral("https://www.example.org/corvanlux/download"));
+    const QString version = QStringLiteral("10.12.100");
+    const QMap<QString, std::function<void()>> states{
+        {QStringLiteral("waiting"), [&] { dialog.showWaiting(); }},
+        {QStringLiteral("automatic"), [&] { dialog.showAutomatic(version, link, link); }},
+        {QStringLiteral("manual"), [&] { dialog.showManual(version, link); }},
+        {QStringLiteral("latest"), [&] { dialog.showLatest(); }},
+        {QStringLiteral("failed"), [&] { dialog.showFailed(); }},
+        {QStringLiteral("no updater"), [&] {
+             dialog.showAutomatic(version, link, link);
+             dialog.accept();
+         }}};
+    for (auto state = states.cbegin(); state != states.cend(); ++state) {
+        state.value()();
+        const QStringList cut = cutTextsOfDialog(dialog);
+        QVERIFY2(cut.isEmpty(), qPrintable(state.key() + QLatin1Char('\n') + cut.join(QLatin1Char('\n'))));
+        QVERIFY(dialog.width() <= 640 * dpi / 96);
+        const QString pictures = qEnvironmentVariable("LUX_TEST_PICTURES"); // to look at them
+        if (!pictures.isEmpty()) {
+            QVERIFY(dialog.grab().save(QStringLiteral("%1/%2-%3-%4.png")
+                                           .arg(pictures, code)
+                                           .arg(dpi)
+                                           .arg(state.key())
+                                           .replace(QLatin1Char(' '), QLatin1Char('-'))));
+        }
     }
 }
 

@@ -24,7 +24,7 @@ private slots:
     void aKeyThatIsHeldRunsItsActionOnce();
     void theMenuIsOpenedAndWalkedByKeys();
     void theClickThatClosesTheMenuDoesNotOpenItAgain();
-    void theEntryForUpdatesIsEnabledOnlyWhileSomebodyListens();
+    void theEntryForUpdatesAsksForThem();
     void optionsAndAboutOpenAsModalDialogs();
     void theButtonTellsItsNameAndTakesTheKeyboard();
 
@@ -200,16 +200,11 @@ void TstMainMenu::theClickThatClosesTheMenuDoesNotOpenItAgain()
     QVERIFY(openMenu()->testAttribute(Qt::WA_NoMouseReplay));
 }
 
-void TstMainMenu::theEntryForUpdatesIsEnabledOnlyWhileSomebodyListens()
+void TstMainMenu::theEntryForUpdatesAsksForThem()
 {
-    const QString text = QStringLiteral("Check for updates...");
-    QAction *update = entry(text);
-    QVERIFY(!update->isEnabled());
-    QApplication::activePopupWidget()->close();
     int asked = 0;
     connect(m_menu, &MainMenu::checkUpdateWanted, this, [&] { ++asked; });
-    QVERIFY(entry(text)->isEnabled());
-    update->trigger();
+    entry(QStringLiteral("Check for updates..."))->trigger();
     QCOMPARE(asked, 1);
     disconnect(m_menu, &MainMenu::checkUpdateWanted, this, nullptr);
 }
