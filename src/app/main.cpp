@@ -2,7 +2,9 @@
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatforms.h"
+#include "files/CaptureHistory.h"
 #include "session/EndSignals.h"
+#include "session/HistoryKeeper.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
@@ -29,7 +31,9 @@ QStringList argumentsOf(int argc, char *argv[])
 
 int runWindow(const QStringList &missingFiles)
 {
+    CaptureHistory history{HistoryFolder(HistoryFolder::standardPath())};
     Session session(makeUsbPlatform());
+    const HistoryKeeper keeper(session, history);
     MainWindow window(session, {QUrl(QStringLiteral(LUX_UPDATE_URL)), LUX_UPDATE_AT_START != 0, {}});
     window.show();
     const EndSignals wishes;
@@ -42,6 +46,8 @@ int runWindow(const QStringList &missingFiles)
     configSave(configPath());
     constexpr std::chrono::milliseconds toSwitchOff(300);
     const bool isInstrumentDone = session.end(toSwitchOff);
+    constexpr std::chrono::seconds toKeepTheLast(10); // without a window: a capture may just have come
+    history.finish(toKeepTheLast);
     if (!isInstrumentDone || window.isLookingUpHost()) {
         std::_Exit(code); // all is stored; only an instrument or a name server that does not answer is still waited for
     }

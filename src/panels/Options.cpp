@@ -4,13 +4,16 @@
 #include "controls/Style.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
+#include "settings/HistoryOptions.h"
 #include "settings/Language.h"
 
 #include <QButtonGroup>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 #include <QVBoxLayout>
 
 namespace {
@@ -25,7 +28,8 @@ Options::Options(QWidget *parent, bool checksAtStart)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint)
 {
     setWindowTitle(::tr("Options"));
-    setStyleSheet(messageBoxStyle() + groupBoxStyle() + checkBoxStyle() + pushButtonStyle());
+    setStyleSheet(messageBoxStyle() + groupBoxStyle() + checkBoxStyle() + labelStyle() + spinBoxStyle() +
+                  pushButtonStyle());
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(dp(14), dp(10), dp(14), dp(12));
     column->setSpacing(dp(8));
@@ -40,6 +44,8 @@ Options::Options(QWidget *parent, bool checksAtStart)
                         ::tr("Keep exactly the same position as before (if possible)")},
                        {1, 0, 2}, viewState == 1 || viewState == 2 ? viewState : 0);
     m_colour = addChoice(::tr("Use channel color drawing waveform"), onOff, {yes, no}, colorWaveform ? yes : no);
+
+    addHistory();
 
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(dp(8));
@@ -89,8 +95,47 @@ void Options::tellWhatIsSent(QWidget &box, bool checksAtStart)
     box.setAccessibleDescription(when + QLatin1Char(' ') + what);
 }
 
+void Options::addHistory()
+{
+    const HistoryOptions options = HistoryOptions::stored();
+    m_keep = addChoice(::tr("Keep captures in the list of recent ones"),
+                       {::tr("Those of instruments"), ::tr("Simulated ones too"), ::tr("Disable")},
+                       {int(KeepCaptures::OfInstruments), int(KeepCaptures::All), int(KeepCaptures::None)},
+                       int(options.keep));
+    auto *box = qobject_cast<QGroupBox *>(m_keep->parent());
+    auto *row = new QHBoxLayout;
+    row->setSpacing(dp(6));
+    m_captures = addLimit(*row, ::tr("Captures at most"), HistoryOptions::capturesMost, options.captures);
+    row->addSpacing(dp(10));
+    m_gigabytes = addLimit(*row, ::tr("Gigabytes at most"), HistoryOptions::gigabytesMost, options.gigabytes);
+    row->addStretch(1);
+    qobject_cast<QVBoxLayout *>(box->layout())->addLayout(row);
+    const auto showLimits = [this] {
+        const bool keeps = KeepCaptures(m_keep->checkedId()) != KeepCaptures::None;
+        m_captures->setEnabled(keeps);
+        m_gigabytes->setEnabled(keeps);
+    };
+    connect(m_keep, &QButtonGroup::idClicked, this, showLimits);
+    showLimits();
+}
+
+QSpinBox *Options::addLimit(QBoxLayout &row, const QString &name, int most, int value)
+{
+    auto *label = new QLabel(name, this);
+    auto *box = new QSpinBox(this);
+    box->setRange(1, most);
+    box->setValue(value);
+    box->setAccessibleName(name);
+    box->setMinimumHeight(controlHeight(fontMetrics()));
+    label->setBuddy(box);
+    row.addWidget(label);
+    row.addWidget(box);
+    return box;
+}
+
 void Options::accept()
 {
+    HistoryOptions{KeepCaptures(m_keep->checkedId()), m_captures->value(), m_gigabytes->value()}.store();
     globalSet(QStringLiteral("disAutoUpdate"), QString::number(m_update->checkedId()));
     disAnimateZoom = m_animate->checkedId() != 0;
     globalSet(QStringLiteral("disAnimateZoom"), QString::number(m_animate->checkedId()));

@@ -132,7 +132,11 @@ void configLoad()
 ConfigDocument configCopy()
 {
     section(QStringLiteral("global"));
-    return ConfigDocument(document().cloneNode(true).toDocument());
+    const QDomDocument copy = document().cloneNode(true).toDocument();
+    // Which files somebody works with is not for those whom a file is passed on to.
+    QDomElement global = copy.documentElement().firstChildElement(QStringLiteral("global"));
+    global.removeChild(global.firstChildElement(QStringLiteral("recentFiles")));
+    return ConfigDocument(copy);
 }
 
 bool configSave(const QString &path)
@@ -143,9 +147,11 @@ bool configSave(const QString &path)
 
 void configTake(const ConfigDocument &other)
 {
-    const std::array keys{QStringLiteral("version"),        QStringLiteral("userLang"),
-                          QStringLiteral("lastPath"),       QStringLiteral("lastUpdate"),
-                          QStringLiteral("windowPosition"), QStringLiteral("windowMaximized")};
+    const std::array keys{QStringLiteral("version"),          QStringLiteral("userLang"),
+                          QStringLiteral("lastPath"),         QStringLiteral("lastUpdate"),
+                          QStringLiteral("windowPosition"),   QStringLiteral("windowMaximized"),
+                          QStringLiteral("keepCaptures"),     QStringLiteral("historyCaptures"),
+                          QStringLiteral("historyGigabytes"), QStringLiteral("recentFiles")};
     std::array<QString, keys.size()> kept;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         kept[i] = globalGet(keys[i]);

@@ -32,11 +32,12 @@ void configLoad();
 /// @return false if not all could be written
 bool configSave(const QString &path);
 
-/// A copy of the whole document.
+/// A copy of the whole document, but for the list of the files that were opened last.
 [[nodiscard]] ConfigDocument configCopy();
 
 /// Replaces the document by a copy of another one, and reloads the view options. `version`, `userLang`, `lastPath`,
-/// `lastUpdate` and the window's place and size (`windowPosition`, `windowMaximized`) keep their running values.
+/// `lastUpdate`, the window's place and size (`windowPosition`, `windowMaximized`), the options of the history and the
+/// files that were opened last (HistoryOptions.h) keep their running values.
 void configTake(const ConfigDocument &other);
 
 /// The same with a settings block. @return false if `bytes` do not parse; nothing has changed then

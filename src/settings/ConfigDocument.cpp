@@ -15,9 +15,10 @@ namespace {
 /// Global keys that whoever opens a file does not take from it, or that nobody reads.
 const QSet<QString> &keysNotTaken()
 {
-    static const QSet<QString> keys{QStringLiteral("lastPath"), QStringLiteral("lastUpdate"),
-                                    QStringLiteral("windowPosition"), QStringLiteral("windowMaximized"),
-                                    QStringLiteral("ratioSasPix")};
+    static const QSet<QString> keys{
+        QStringLiteral("lastPath"),        QStringLiteral("lastUpdate"),       QStringLiteral("windowPosition"),
+        QStringLiteral("windowMaximized"), QStringLiteral("ratioSasPix"),      QStringLiteral("keepCaptures"),
+        QStringLiteral("historyCaptures"), QStringLiteral("historyGigabytes"), QStringLiteral("recentFiles")};
     return keys;
 }
 

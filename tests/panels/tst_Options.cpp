@@ -1,10 +1,12 @@
 #include "panels/Options.h"
 #include "settings/Globals.h"
+#include "settings/HistoryOptions.h"
 #include "support/GuiTestMain.h"
 
 #include <QGroupBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSpinBox>
 
 class TstOptions : public QObject {
     Q_OBJECT
@@ -22,6 +24,8 @@ private slots:
     void anUnknownViewStateShowsTheSecondButtonAndStoresZero_data();
     void anUnknownViewStateShowsTheSecondButtonAndStoresZero();
     void theFirstChoiceTellsWhatACheckSends();
+    void theLimitsOfTheHistoryAreShownAndStored();
+    void withoutAHistoryItsLimitsAreDisabled();
     void theDialogIsAnsweredByKeysAlone();
 
 private:
@@ -38,7 +42,8 @@ private:
 
 void TstOptions::init()
 {
-    for (const char *key : {"disAutoUpdate", "disAnimateZoom", "viewState", "colorWaveform"}) {
+    for (const char *key : {"disAutoUpdate", "disAnimateZoom", "viewState", "colorWaveform", "keepCaptures",
+                            "historyCaptures", "historyGigabytes"}) {
         globalSet(QLatin1String(key), QString());
     }
     viewOptionsLoad();
@@ -70,7 +75,7 @@ void TstOptions::press(Options &dialog, const QString &text)
 QString TstOptions::keys()
 {
     QStringList values;
-    for (const char *key : {"disAutoUpdate", "disAnimateZoom", "viewState", "colorWaveform"}) {
+    for (const char *key : {"disAutoUpdate", "disAnimateZoom", "viewState", "colorWaveform", "keepCaptures"}) {
         values += globalGet(QLatin1String(key));
     }
     return values.join(QLatin1Char(','));
@@ -94,6 +99,8 @@ void TstOptions::theGroupsAndTheirButtonsStandInOrder()
                      QStringLiteral("Zoom all the way out"), QStringLiteral("Show time zero, with previous zoom level"),
                      QStringLiteral("Keep exactly the same position as before (if possible)"),
                      QStringLiteral("  Use channel color drawing waveform  "), QStringLiteral("Enable"),
+                     QStringLiteral("Disable"), QStringLiteral("  Keep captures in the list of recent ones  "),
+                     QStringLiteral("Those of instruments"), QStringLiteral("Simulated ones too"),
                      QStringLiteral("Disable")}));
     const Qt::WindowFlags buttons = dialog.windowFlags() & (Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint |
                                                             Qt::WindowContextHelpButtonHint);
@@ -106,9 +113,9 @@ void TstOptions::theButtonsShowTheOptions_data()
     QTest::addColumn<int>("view");
     QTest::addColumn<bool>("colour");
     QTest::addColumn<QList<int>>("places");
-    QTest::newRow("the defaults") << false << 0 << false << QList<int>({0, 0, 1, 1});
-    QTest::newRow("all other") << true << 1 << true << QList<int>({0, 1, 0, 0});
-    QTest::newRow("the same place") << false << 2 << true << QList<int>({0, 0, 2, 0});
+    QTest::newRow("the defaults") << false << 0 << false << QList<int>({0, 0, 1, 1, 0});
+    QTest::newRow("all other") << true << 1 << true << QList<int>({0, 1, 0, 0, 0});
+    QTest::newRow("the same place") << false << 2 << true << QList<int>({0, 0, 2, 0, 0});
 }
 
 void TstOptions::theButtonsShowTheOptions()
@@ -127,9 +134,9 @@ void TstOptions::okStoresTheKeysAndTheGlobals_data()
 {
     QTest::addColumn<QList<int>>("places");
     QTest::addColumn<QString>("stored");
-    QTest::newRow("first ones") << QList<int>({0, 0, 0, 0}) << QStringLiteral("0,0,1,1");
-    QTest::newRow("second ones") << QList<int>({1, 1, 1, 1}) << QStringLiteral("1,1,0,0");
-    QTest::newRow("the third") << QList<int>({0, 1, 2, 0}) << QStringLiteral("0,1,2,1");
+    QTest::newRow("first ones") << QList<int>({0, 0, 0, 0, 0}) << QStringLiteral("0,0,1,1,0");
+    QTest::newRow("second ones") << QList<int>({1, 1, 1, 1, 1}) << QStringLiteral("1,1,0,0,1");
+    QTest::newRow("the third") << QList<int>({0, 1, 2, 0, 2}) << QStringLiteral("0,1,2,1,2");
 }
 
 void TstOptions::okStoresTheKeysAndTheGlobals()
@@ -147,7 +154,8 @@ void TstOptions::okStoresTheKeysAndTheGlobals()
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QVERIFY(!dialog.isVisible());
     QCOMPARE(keys(), stored);
-    QCOMPARE(QStringLiteral("%1,%2,%3").arg(int(disAnimateZoom)).arg(viewState).arg(int(colorWaveform)), stored.mid(2));
+    QCOMPARE(QStringLiteral("%1,%2,%3").arg(int(disAnimateZoom)).arg(viewState).arg(int(colorWaveform)),
+             stored.mid(2, 5));
     QCOMPARE(checked(Options()), places); // and the next opening shows what was stored
 }
 
@@ -160,7 +168,7 @@ void TstOptions::cancelStoresNothing()
     }
     press(dialog, QStringLiteral("Cancel"));
     QVERIFY(!dialog.isVisible());
-    QCOMPARE(keys(), QStringLiteral(",,,"));
+    QCOMPARE(keys(), QStringLiteral(",,,,"));
     QVERIFY(!disAnimateZoom && viewState == 0 && !colorWaveform);
 }
 
@@ -219,6 +227,36 @@ void TstOptions::theFirstChoiceTellsWhatACheckSends()
     }
 }
 
+void TstOptions::theLimitsOfTheHistoryAreShownAndStored()
+{
+    HistoryOptions{KeepCaptures::OfInstruments, 30, 4}.store();
+    Options dialog;
+    dialog.show();
+    const auto limits = dialog.findChildren<QSpinBox *>();
+    QCOMPARE(limits.size(), 2);
+    QCOMPARE(limits.at(0)->value(), 30);
+    QCOMPARE(limits.at(1)->value(), 4);
+    limits.at(0)->setFocus();
+    limits.at(0)->selectAll();
+    QTest::keyClicks(limits.at(0), QStringLiteral("12"));
+    QTest::keyClick(limits.at(1), Qt::Key_Up);
+    press(dialog, QStringLiteral("OK"));
+    QCOMPARE(HistoryOptions::stored(), (HistoryOptions{KeepCaptures::OfInstruments, 12, 5}));
+}
+
+void TstOptions::withoutAHistoryItsLimitsAreDisabled()
+{
+    Options dialog;
+    dialog.show();
+    const auto limits = dialog.findChildren<QSpinBox *>();
+    for (const int place : {2, 0, 2, 1}) {
+        QRadioButton *choice = button(dialog, 4, place);
+        QTest::mouseClick(choice, Qt::LeftButton, {}, QPoint(8, choice->height() / 2));
+        QCOMPARE(limits.at(0)->isEnabled(), place != 2);
+        QCOMPARE(limits.at(1)->isEnabled(), place != 2);
+    }
+}
+
 void TstOptions::theDialogIsAnsweredByKeysAlone()
 {
     Options dialog;
@@ -226,11 +264,11 @@ void TstOptions::theDialogIsAnsweredByKeysAlone()
     dialog.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
     QSet<QWidget *> reached;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 9; ++i) {
         QTest::keyClick(&dialog, Qt::Key_Tab);
         reached += dialog.focusWidget();
     }
-    QCOMPARE(reached.size(), 6); // four groups and two buttons
+    QCOMPARE(reached.size(), 9); // five groups, two numbers and two buttons
     button(dialog, 2, 1)->setFocus(Qt::TabFocusReason);
     QTest::keyClick(dialog.focusWidget(), Qt::Key_Down);
     QCOMPARE(checked(dialog).at(2), 2);
