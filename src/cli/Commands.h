@@ -10,6 +10,8 @@ namespace Commands {
 int decode(const QStringList &arguments);
 /// Lists the decoders, or the settings of one.
 int analyzers(const QStringList &arguments);
+/// Lists the captures that were kept, or fetches one.
+int history(const QStringList &arguments);
 /// Tells about captures.
 int info(const QStringList &arguments);
 

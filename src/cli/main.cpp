@@ -17,6 +17,7 @@ const char *const usage = "Usage: luxcli COMMAND [ARGUMENT...]\n"
                           "\n"
                           "  decode     decode captures, and write what was found\n"
                           "  analyzers  list the decoders and their settings\n"
+                          "  history    list the captures that were kept, or fetch one\n"
                           "  info       tell about captures\n"
                           "\n"
                           "\"luxcli COMMAND --help\" tells about a command. Exit code: 0 good, 1 bad input,\n"
@@ -30,6 +31,9 @@ int run(const QStringList &arguments)
     }
     if (command == QLatin1String("analyzers")) {
         return Commands::analyzers(arguments.mid(1));
+    }
+    if (command == QLatin1String("history")) {
+        return Commands::history(arguments.mid(1));
     }
     if (command == QLatin1String("info")) {
         return Commands::info(arguments.mid(1));
