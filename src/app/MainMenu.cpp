@@ -1,6 +1,8 @@
 #include "app/MainMenu.h"
 
 #include "app/AboutLUX.h"
+#include "app/MenuText.h"
+#include "app/RecentMenu.h"
 #include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
@@ -17,12 +19,6 @@
 #include <QPushButton>
 
 namespace {
-
-/// An ampersand would underline the letter behind it.
-QString plainEntry(QString text)
-{
-    return text.replace(QLatin1Char('&'), QStringLiteral("&&"));
-}
 
 QString dotted(const QString &text)
 {
@@ -54,6 +50,7 @@ void MainMenu::slotMainMenuPopup()
     if (m_menu == nullptr) {
         buildMenu();
     }
+    m_recent->look();
     // The press that closes the menu is not also one on what lies below it, such as the button that opens it again. Qt
     // takes this back whenever the menu closes.
     m_menu->setAttribute(Qt::WA_NoMouseReplay);
@@ -65,6 +62,7 @@ void MainMenu::buildMenu()
     m_menu = new QMenu(this);
     m_menu->setAccessibleName(m_button->accessibleName());
     addEntry(dotted(::tr("Open")), &MainMenu::actOpenFile, int(Qt::CTRL) | Qt::Key_O);
+    addRecentMenu();
     addEntry(dotted(::tr("Save Settings")), &MainMenu::actSaveSettings);
     addEntry(dotted(::tr("Save Data")), &MainMenu::actSaveData, int(Qt::CTRL) | Qt::Key_S);
     m_menu->addSeparator();
@@ -91,6 +89,15 @@ void MainMenu::addEntry(const QString &text, void (MainMenu::*slot)(), int key)
     action->setAutoRepeat(false);
     // The keys of a menu that hangs from no menu bar reach nobody, so the action belongs to the window as well.
     window()->addAction(action);
+}
+
+void MainMenu::addRecentMenu()
+{
+    m_recent = new RecentMenu(m_menu);
+    m_recent->setHistory(m_history);
+    m_menu->addMenu(m_recent);
+    // When the menu has let go of its entry: a long load lets events by, which may make the entries anew.
+    connect(m_recent, &RecentMenu::fileChosen, this, &MainMenu::openFile, Qt::QueuedConnection);
 }
 
 void MainMenu::addExportMenu()

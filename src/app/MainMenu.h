@@ -10,9 +10,11 @@
 
 #include <functional>
 
+class CaptureHistory;
 class MyButton;
 class QAction;
 class QMenu;
+class RecentMenu;
 class Session;
 struct ShownPair;
 
@@ -55,6 +57,11 @@ public:
     /// of "lux.config" come back.
     void openStartFile(const QString &path);
 
+    /// The captures that are kept, for the entries behind "Open". Not owned, outlives this; null for none.
+    void setHistory(CaptureHistory *history);
+    /// What the user reads of an opened file: its path, or time, model and length of a kept capture.
+    [[nodiscard]] QString shownName(const QString &path) const;
+
     /// True while a file is read or written. Events are processed behind the progress dialog, and some pass the modal
     /// dialog by, such as a drop or an instrument that is plugged in: `gDev` must stay, and no second job may begin.
     [[nodiscard]] bool isBusy() const;
@@ -90,11 +97,14 @@ signals:
 private:
     void buildMenu();
     void addEntry(const QString &text, void (MainMenu::*slot)(), int key = 0);
+    void addRecentMenu();
     void addExportMenu();
     void addLanguageMenu();
     [[nodiscard]] bool askRestart(const LanguageInfo &language);
     void restart();
 
+    /// Brings a file that was opened or saved to the front of the recent ones, unless it is a kept capture.
+    void remember(const QString &path);
     [[nodiscard]] CaptureFile captureFile() const;
     /// Reads a file; isBusy() meanwhile.
     [[nodiscard]] OpenedCapture read(const QString &path, const SmpData *former);
@@ -112,5 +122,7 @@ private:
     Session &m_session;
     MyButton *m_button;
     QMenu *m_menu = nullptr;
+    CaptureHistory *m_history = nullptr;
+    RecentMenu *m_recent = nullptr; ///< there once the menu is
     QVector<LanguageInfo> m_languages;
 };

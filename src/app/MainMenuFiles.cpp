@@ -3,15 +3,18 @@
 #include "app/FileDialogs.h"
 #include "app/MainMenu.h"
 #include "app/ProgressJobDialog.h"
+#include "app/RecentMenu.h"
 #include "controls/NoticeBox.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "files/CaptureFile.h"
+#include "files/CaptureHistory.h"
 #include "panels/ExportDataSet.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
+#include "settings/HistoryOptions.h"
 #include "wave/MainView.h"
 
 #include <QAction>
@@ -52,6 +55,34 @@ OpenedCapture MainMenu::read(const QString &path, const SmpData *former)
     return captureFile().open(path, former);
 }
 
+void MainMenu::setHistory(CaptureHistory *history)
+{
+    m_history = history;
+    if (m_recent != nullptr) {
+        m_recent->setHistory(history);
+    } else if (history != nullptr) {
+        history->refresh(); // the menu shows what is known when it opens
+    }
+}
+
+QString MainMenu::shownName(const QString &path) const
+{
+    for (const HistoryEntry &entry : m_history == nullptr ? QVector<HistoryEntry>() : m_history->entries()) {
+        if (entry.path == path) {
+            return captureText(entry);
+        }
+    }
+    return path;
+}
+
+void MainMenu::remember(const QString &path)
+{
+    const bool isKept = m_history != nullptr && QFileInfo(path).absolutePath() == m_history->folder().path();
+    if (!isKept) {
+        RecentFiles::add(path);
+    }
+}
+
 void MainMenu::openFile(const QString &path)
 {
     if (isBusy()) {
@@ -62,6 +93,7 @@ void MainMenu::openFile(const QString &path)
         tellOpenFailed(path, QMessageBox::Warning, opened.outcome);
         return;
     }
+    remember(path);
     // The rebind that follows reads gOpenFile for the title. A settings file shows no data: the device object with the
     // former capture goes away.
     gOpenFile = opened.isData ? path : QString();
@@ -87,6 +119,8 @@ void MainMenu::openStartFile(const QString &path)
         viewOptionsLoad();
         gOpenFile.clear();
         emit openSettingFile();
+    } else {
+        remember(path);
     }
     takeCapture(path, opened, QMessageBox::Information);
 }
@@ -143,6 +177,7 @@ void MainMenu::actSaveSettings()
     }
     const FileOutcome outcome = CaptureFile::saveSettings(path, configCopy());
     if (outcome.isDone()) {
+        remember(path);
         tellWritten(path, outcome);
     } else {
         // No box: nothing is lost but what can be saved again.
@@ -156,7 +191,11 @@ void MainMenu::actSaveData()
     const QString path = askTarget(0, ::tr("Sorry, there is no data that can be saved."), part);
     if (!path.isEmpty()) {
         const Session::FileJob held(m_session);
-        tellWritten(path, captureFile().save(path, *gDev->smpData, part, configCopy()));
+        const FileOutcome outcome = captureFile().save(path, *gDev->smpData, part, configCopy());
+        if (outcome.isDone()) {
+            remember(path);
+        }
+        tellWritten(path, outcome);
     }
 }
 

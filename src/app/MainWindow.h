@@ -12,6 +12,7 @@
 class AnalyzerExport;
 class AnalyzerManager;
 class AnalyzerView;
+class CaptureHistory;
 class CheckUpdate;
 class DecodedWave;
 class DevSetting;
@@ -44,6 +45,8 @@ public:
 
     /// True while the system looks for the host of the update service, which nothing can end.
     [[nodiscard]] bool isLookingUpHost() const;
+    /// The captures that are kept, for the menu. Not owned, outlives this.
+    void setHistory(CaptureHistory *history);
 
 public slots:
     /// A report of the running capture: state, error, value (percent).

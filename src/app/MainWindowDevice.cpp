@@ -62,9 +62,14 @@ void MainWindow::showTitleAndState()
         showModelTitle(gDev->connected);
         statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Device unconnected"));
     } else {
-        setWindowTitle(gOpenFile + titleTail());
+        setWindowTitle(mainMenu->shownName(gOpenFile) + titleTail());
         statusLabel->setText(gDev->connected ? ::tr("Device connected") : ::tr("Data review"));
     }
+}
+
+void MainWindow::setHistory(CaptureHistory *history)
+{
+    mainMenu->setHistory(history);
 }
 
 void MainWindow::rebindDevice()

@@ -35,6 +35,7 @@ int runWindow(const QStringList &missingFiles)
     Session session(makeUsbPlatform());
     const HistoryKeeper keeper(session, history);
     MainWindow window(session, {QUrl(QStringLiteral(LUX_UPDATE_URL)), LUX_UPDATE_AT_START != 0, {}});
+    window.setHistory(&history);
     window.show();
     const EndSignals wishes;
     QObject::connect(&wishes, &EndSignals::sigEnd, &window, [&window] {

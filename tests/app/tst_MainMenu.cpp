@@ -96,7 +96,7 @@ void TstMainMenu::theEntriesStandInTheirOrder()
     QList<int> kinds;
     for (const QAction *action : openMenu()->actions()) {
         texts += action->isSeparator() ? QStringLiteral("-") : action->text();
-        if (action->menu() != nullptr && exported.isEmpty()) {
+        if (action->text() == QStringLiteral("Export Data")) {
             for (const QAction *format : action->menu()->actions()) {
                 exported += format->text();
                 kinds += format->data().toInt();
@@ -104,10 +104,10 @@ void TstMainMenu::theEntriesStandInTheirOrder()
         }
     }
     QCOMPARE(texts,
-             QStringList({QStringLiteral("Open..."), QStringLiteral("Save Settings..."), QStringLiteral("Save Data..."),
-                          QStringLiteral("-"), QStringLiteral("Export Data"), QStringLiteral("-"),
-                          QStringLiteral("Language..."), QStringLiteral("-"), QStringLiteral("Options..."),
-                          QStringLiteral("-"), QStringLiteral("Check for updates..."),
+             QStringList({QStringLiteral("Open..."), QStringLiteral("Recent"), QStringLiteral("Save Settings..."),
+                          QStringLiteral("Save Data..."), QStringLiteral("-"), QStringLiteral("Export Data"),
+                          QStringLiteral("-"), QStringLiteral("Language..."), QStringLiteral("-"),
+                          QStringLiteral("Options..."), QStringLiteral("-"), QStringLiteral("Check for updates..."),
                           QStringLiteral("About CorvanLUX..."), QStringLiteral("-")}));
     QCOMPARE(exported, QStringList({QStringLiteral("Text file (*.txt)"), QStringLiteral("CSV file (*.csv)"),
                                     QStringLiteral("Binary file (*.bin)")}));

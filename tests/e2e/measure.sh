@@ -117,13 +117,13 @@ wait_for 30 "the distance of the markers" text_is A1-A2 23.002ms
 text_is A1 -2.501ms || fail "A1 has moved to $(text_of label A1)"
 text_is A2 20.501ms || fail "A2 has moved to $(text_of label A2)"
 
-# The menu by keys: its fourth entry, and the second one of the menu beside it.
+# The menu by keys: its fifth entry, and the second one of the menu beside it.
 IFS=$'\t' read -r x y w h _ < <(controls 'push button' 'Main menu')
 menu_place=$((w + 100 * s))x$((100 * s))+$((x - 100 * s))+$((y + h))
 before=$(import -silent -window root -crop "$menu_place" +repage -depth 8 ppm:- | cksum)
 click_on 'push button' 'Main menu'
 wait_for 30 "the menu" menu_stands
-xdotool key --delay 20 Down Down Down Down Right Down Return
+xdotool key --delay 20 Down Down Down Down Down Right Down Return
 selection=$(wait_window 30 '^Export Data$')
 click_on 'check box' CH1
 click_on 'check box' CH15
