@@ -3,7 +3,6 @@
 #include "common/FilteredLine.h"
 
 #include <algorithm>
-#include <exception>
 
 using lux::Sample;
 
@@ -13,31 +12,6 @@ namespace {
 
 constexpr unsigned byteBits = 8;
 constexpr unsigned allLines = 4;
-
-/// A frame that encloses those behind it; it is none unless it is filled.
-class Enclosing {
-public:
-    Enclosing(QspiResults &results, Sample first) : m_results(results), m_place(results.open(first)) {}
-    Enclosing(const Enclosing &) = delete;
-    Enclosing &operator=(const Enclosing &) = delete;
-    /// Dropping is where a worker that is asked to stop leaves, unless it leaves already: then nothing is dropped.
-    ~Enclosing() noexcept(false)
-    {
-        if (!m_isFilled && std::uncaught_exceptions() == 0) {
-            m_results.drop(m_place);
-        }
-    }
-    void fill(const FrameData &frame)
-    {
-        m_isFilled = true;
-        m_results.fill(m_place, frame);
-    }
-
-private:
-    QspiResults &m_results;
-    std::uint64_t m_place;
-    bool m_isFilled = false;
-};
 
 } // namespace
 
@@ -59,18 +33,21 @@ void QspiAnalyzer::decode()
         const Sample begin = select.nextEdge();
         const Sample end = select.peekEdge();
         const bool isWhole = select.hasEdge();
-        Enclosing transfer(results(), begin);
+        const std::uint64_t place = results().open(begin);
         wire.select(begin, std::min(end, sampleCount() - 1));
         content = {};
         const bool hasCommand = readTransfer(wire, content);
         if (!isWhole) {
-            return;
+            return; // what is open at the end is no frame
         }
         if (hasCommand) {
-            transfer.fill(results().transferFrame(content, begin, end - 1));
+            results().fill(place, results().transferFrame(content, begin, end - 1));
         } else if (wire.clocks() > 0) {
-            transfer.fill(
+            results().fill(
+                place,
                 {.firstSample = begin, .lastSample = end - 1, .data = wire.clocks(), .kind = QspiResults::Short});
+        } else {
+            results().drop(place);
         }
         select.nextEdge();
     }
