@@ -29,7 +29,13 @@ DecoderBase::~DecoderBase()
 
 void DecoderBase::RunWorker()
 {
-    internals()->runGuarded([this] { decode(); });
+    internals()->runGuarded([this] {
+        const auto *settings = dynamic_cast<const Settings *>(GetAnalyzerSettings());
+        const std::string problem = settings == nullptr ? std::string() : settings->problem();
+        if (!problem.empty())
+            fail(problem);
+        decode();
+    });
 }
 
 std::uint32_t DecoderBase::NeededSampleRate()

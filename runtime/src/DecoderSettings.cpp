@@ -132,22 +132,28 @@ void Settings::addExport(std::uint32_t optionId, const char *name, const char *d
     AddExportExtension(optionId, description, extension);
 }
 
+std::string Settings::problem() const
+{
+    std::string sentence;
+    for (auto *setting : m_private->settings) {
+        if (sentence.empty())
+            sentence = problemOf(*setting);
+    }
+    if (sentence.empty() && !channelsMayBeShared())
+        sentence = sharedChannel(m_private->settings);
+    return sentence.empty() ? check() : sentence;
+}
+
 bool Settings::ApplyInterfaces()
 {
     std::vector<SettingValue> before;
-    std::string problem;
     for (auto *setting : m_private->settings) {
         before.push_back(setting->inUse);
         setting->inUse = setting->edited();
-        if (problem.empty())
-            problem = problemOf(*setting);
     }
-    if (problem.empty() && !channelsMayBeShared())
-        problem = sharedChannel(m_private->settings);
-    if (problem.empty())
-        problem = check();
-    SetErrorText(problem.c_str());
-    if (problem.empty())
+    const std::string sentence = problem();
+    SetErrorText(sentence.c_str());
+    if (sentence.empty())
         return true;
     for (std::size_t i = 0; i < before.size(); ++i)
         m_private->settings[i]->inUse = before[i];

@@ -31,6 +31,8 @@ private slots:
     void aCaptureWithoutTheChannelsIsRefusedWithASentence();
     void noiseGivesFramesInOrderWithTexts_data() { plugins(); }
     void noiseGivesFramesInOrderWithTexts();
+    void storedTextsOfOtherVersionsAreTakenAsFarAsTheyAreKnown_data() { plugins(); }
+    void storedTextsOfOtherVersionsAreTakenAsFarAsTheyAreKnown();
     void storedTextsThatWereEditedAreHarmless_data() { plugins(); }
     void storedTextsThatWereEditedAreHarmless();
     void aStopEndsTheDecodeAtAnyTime_data() { plugins(); }
@@ -314,6 +316,38 @@ void TstPluginContract::noiseGivesFramesInOrderWithTexts()
             }
         }
     }
+}
+
+/// One key that is not there yet, or no longer, and those of a version that had more.
+void TstPluginContract::storedTextsOfOtherVersionsAreTakenAsFarAsTheyAreKnown()
+{
+    const auto capture = pluginChecks::noise(seeded(5), 24000000, 20000);
+    const auto desk = connected(plugin());
+    AnalyzerSettings &settings = *desk->analyzer->GetAnalyzerSettings();
+    const QString own = QString::fromUtf8(settings.SaveText());
+    settings.LoadText("");
+    const QStringList defaults = QString::fromUtf8(settings.SaveText()).split(QLatin1Char(','));
+    const QStringList parts = own.split(QLatin1Char(','));
+    QCOMPARE(parts.size(), int(settings.GetSettingsInterfacesCount()));
+    for (int left = 0; left < parts.size(); ++left) {
+        QStringList older = parts;
+        older.removeAt(left);
+        QStringList expected = parts;
+        expected[left] = defaults[left];
+        settings.LoadText(older.join(QLatin1Char(',')).toUtf8().constData());
+        QCOMPARE(QString::fromUtf8(settings.SaveText()), expected.join(QLatin1Char(',')));
+        desk->run(*capture);
+        const std::string fault = pluginChecks::faultOfResults(*desk, 20000, 20);
+        QVERIFY2(fault.empty(), (older.join(QLatin1Char(',')).toStdString() + ": " + fault).c_str());
+    }
+    const QString newer = QStringLiteral("later_key=5,%1,,another=x%2Cy,rx_of_none=none").arg(own);
+    settings.LoadText(newer.toUtf8().constData());
+    QCOMPARE(QString::fromUtf8(settings.SaveText()), own);
+    desk->run(*capture);
+    const auto present = connected(plugin());
+    present->run(*capture);
+    QCOMPARE(desk->message(), present->message());
+    QCOMPARE(framesOf(*desk), framesOf(*present));
 }
 
 void TstPluginContract::storedTextsThatWereEditedAreHarmless()

@@ -15,6 +15,7 @@ private slots:
     void aDecoderThatCatchesEverythingMeetsTheEndAgain();
     void anExceptionOfTheDecoderIsToldAsItsText();
     void anExceptionThatIsNoneOfTheStandardsIsToldToo();
+    void settingsThatGoNotTogetherFailTheRunWithTheirSentence();
     void aStopIsHeardByALoopThatOnlyReadsLevels();
     void aStopIsHeardByALoopThatOnlyAddsFrames();
     void aRunCanBeRepeatedOnTheSameInstance();
@@ -97,6 +98,28 @@ void TstAnalyzerRun::anExceptionThatIsNoneOfTheStandardsIsToldToo()
     const auto desk = decode(capture, [](ScriptDecoder &) { throw 5; });
     QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Failed);
     QCOMPARE(desk->message(), std::string("The decoder failed."));
+}
+
+/// No dialog gives such settings: a stored text that was edited by hand does.
+void TstAnalyzerRun::settingsThatGoNotTogetherFailTheRunWithTheirSentence()
+{
+    TestCapture capture(1000000, 1000);
+    capture.channel(0, false, {1});
+    int runs = 0;
+    DecodeDesk desk(std::make_unique<ScriptDecoder>([&runs](ScriptDecoder & /*decoder*/) { ++runs; }), "a=0,b=0");
+    desk.run(capture);
+    QCOMPARE(desk.analyzer->GetDecodeStatus(), DecodeStatus::Failed);
+    QCOMPARE(desk.message(), std::string("\"A\" and \"B\" must be different channels."));
+    QCOMPARE(desk.progress.ended, 1);
+    desk.analyzer->GetAnalyzerSettings()->LoadText("b=0");
+    desk.run(capture);
+    QCOMPARE(desk.analyzer->GetDecodeStatus(), DecodeStatus::Failed);
+    QCOMPARE(desk.message(), std::string("Please select a channel for \"A\"."));
+    QCOMPARE(runs, 0);
+    QCOMPARE(desk.edit({{"a", "0"}, {"b", "none"}}), std::string());
+    desk.run(capture);
+    QCOMPARE(desk.analyzer->GetDecodeStatus(), DecodeStatus::Complete);
+    QCOMPARE(runs, 1);
 }
 
 void TstAnalyzerRun::aStopIsHeardByALoopThatOnlyReadsLevels()
@@ -196,12 +219,13 @@ void TstAnalyzerRun::progressRisesToOne()
     double half = 0;
     DecodeDesk *running = nullptr;
     DecodeDesk desk(std::make_unique<ScriptDecoder>([&](ScriptDecoder &decoder) {
-        for (int i = 0;; ++i) {
-            decoder.readerOf(0).nextEdge();
-            if (i == count / 2 + 1)
-                half = running->progress.progress;
-        }
-    }));
+                        for (int i = 0;; ++i) {
+                            decoder.readerOf(0).nextEdge();
+                            if (i == count / 2 + 1)
+                                half = running->progress.progress;
+                        }
+                    }),
+                    "a=0");
     running = &desk;
     desk.run(capture);
     QVERIFY2(half > 0.4 && half < 0.6, std::to_string(half).c_str());

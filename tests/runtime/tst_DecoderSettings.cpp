@@ -49,6 +49,7 @@ private slots:
     void interfacesAreMadeFromTheMembersChannelsFirst();
     void editedValuesCountOnlyOnceTheyAreApplied();
     void whatIsRefusedIsToldAndChangesNothing();
+    void storedValuesThatGoNotTogetherAreTold();
     void aTextGivesTheSameSettingsAgain();
     void storedTextsHoldNoSeparatorOfTheConfiguration();
     void malformedPartsGetTheirDefaults();
@@ -124,6 +125,22 @@ void TstDecoderSettings::whatIsRefusedIsToldAndChangesNothing()
     faceOf<AnalyzerSettingInterfaceNumberList>(settings, "parity").SetNumber(1);
     QVERIFY(settings.ApplyInterfaces());
     QCOMPARE(std::string(settings.GetSaveErrorMessage()), std::string());
+}
+
+void TstDecoderSettings::storedValuesThatGoNotTogetherAreTold()
+{
+    SampleSettings settings;
+    QCOMPARE(settings.problem(), std::string("Please select a channel for \"RX\"."));
+    settings.LoadText("rx=1");
+    QCOMPARE(settings.problem(), std::string());
+    settings.LoadText("rx=1,tx=1");
+    QCOMPARE(settings.problem(), std::string("\"RX\" and \"TX\" must be different channels."));
+    settings.LoadText("rx=1,baudrate=13");
+    QCOMPARE(settings.problem(), std::string("Thirteen is no rate."));
+    faceOf<AnalyzerSettingInterfaceInteger>(settings, "baudrate").SetInteger(14); // edited, not yet in use
+    QCOMPARE(settings.problem(), std::string("Thirteen is no rate."));
+    QVERIFY(settings.ApplyInterfaces());
+    QCOMPARE(settings.problem(), std::string());
 }
 
 void TstDecoderSettings::aTextGivesTheSameSettingsAgain()

@@ -21,22 +21,23 @@ void TstResultsThreads::readersSeeAWholePrefixWhileTheWorkerAdds()
     TestCapture capture(1000000, count * 10);
     capture.channel(0, false, {});
     DecodeDesk desk(std::make_unique<ScriptDecoder>([](ScriptDecoder &decoder) {
-        const Channel line(0, 0);
-        decoder.out().showBubblesOn(line);
-        for (std::int64_t i = 0; i < count; ++i) {
-            const std::array<std::uint8_t, 2> bytes{std::uint8_t(i), std::uint8_t(i >> 8)};
-            const std::uint64_t place = i % 100 == 0 ? decoder.out().open(i * 10) : 0;
-            decoder.out().mark(line, i * 10, MarkerType::Dot);
-            FrameData frame;
-            frame.firstSample = i * 10;
-            frame.lastSample = i * 10 + 5;
-            frame.data = decoder.out().keep(bytes);
-            if (place != 0)
-                decoder.out().fill(place, frame);
-            else
-                decoder.out().add(frame);
-        }
-    }));
+                        const Channel line(0, 0);
+                        decoder.out().showBubblesOn(line);
+                        for (std::int64_t i = 0; i < count; ++i) {
+                            const std::array<std::uint8_t, 2> bytes{std::uint8_t(i), std::uint8_t(i >> 8)};
+                            const std::uint64_t place = i % 100 == 0 ? decoder.out().open(i * 10) : 0;
+                            decoder.out().mark(line, i * 10, MarkerType::Dot);
+                            FrameData frame;
+                            frame.firstSample = i * 10;
+                            frame.lastSample = i * 10 + 5;
+                            frame.data = decoder.out().keep(bytes);
+                            if (place != 0)
+                                decoder.out().fill(place, frame);
+                            else
+                                decoder.out().add(frame);
+                        }
+                    }),
+                    "a=0");
     TestProgress worker(desk.analyzer.get());
     desk.start(capture, worker);
 
@@ -74,9 +75,10 @@ void TstResultsThreads::aWorkerOnItsOwnThreadIsStopped()
     TestCapture capture(1000000, 1000);
     capture.channel(0, false, {1});
     DecodeDesk desk(std::make_unique<ScriptDecoder>([](ScriptDecoder &decoder) {
-        for (;;)
-            (void)decoder.readerOf(0).levelAt(1);
-    }));
+                        for (;;)
+                            (void)decoder.readerOf(0).levelAt(1);
+                    }),
+                    "a=0");
     TestProgress worker(desk.analyzer.get());
     desk.start(capture, worker);
     desk.analyzer->StopWorkerThread();

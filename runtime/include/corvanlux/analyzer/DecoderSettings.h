@@ -137,6 +137,10 @@ public:
     void LoadText(const char *text) final;
     [[nodiscard]] const char *SaveText() final;
 
+    /// Why no decode can run with the values in use, such as those of a stored text that was edited by hand.
+    /// @return empty when one can, or a sentence for the user. Thread: that of SaveText(), or the worker of a run.
+    [[nodiscard]] std::string problem() const;
+
     struct Private;
     [[nodiscard]] Private *internals() const { return m_private; } ///< for the runtime itself
 
