@@ -3,12 +3,54 @@
 #include "cli/Terminal.h"
 #include "device/DevModels.h"
 #include "files/CaptureFile.h"
+#include "session/ForeignOpening.h"
 #include "settings/Config.h"
 
 #include <utility>
 
+namespace {
+
+CaptureSource openOther(const QString &path, ForeignKind kind, const ForeignOptions &options)
+{
+    CaptureSource source;
+    ForeignCapture read;
+    {
+        Terminal::Progress line(QStringLiteral("Reading"));
+        read = readForeign(path, kind, options, [&line](double share) {
+            line.show(share);
+            return !Terminal::wasInterrupted();
+        });
+    }
+    if (!read.isDone()) {
+        source.error = read.detail.isEmpty() ? fileReason({read.result}) : read.detail;
+        return source;
+    }
+    for (const QString &note : read.notes) {
+        Terminal::say(QStringLiteral("%1: note: %2").arg(path, note));
+    }
+    configTake(foreignSettings(read));
+    source.model = globalGet(QStringLiteral("devModel")).toInt();
+    source.data = std::move(read.capture);
+    return source;
+}
+
+CaptureSource tell(const QString &path, CaptureSource source)
+{
+    for (const QString &text : {source.error, source.warning}) {
+        if (!text.isEmpty() && !Terminal::wasInterrupted()) {
+            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
+        }
+    }
+    return source;
+}
+
+} // namespace
+
 CaptureSource CaptureSource::open(const QString &path)
 {
+    if (isForeignCapture(path)) {
+        return openOther(path, foreignKindOf(path), {});
+    }
     CaptureFile file(digitalChannelsOf);
     file.mayGoOn = [] { return !Terminal::wasInterrupted(); };
     OpenedCapture opened = file.open(path);
@@ -32,11 +74,10 @@ CaptureSource CaptureSource::open(const QString &path)
 
 CaptureSource CaptureSource::openOrTell(const QString &path)
 {
-    CaptureSource source = open(path);
-    for (const QString &text : {source.error, source.warning}) {
-        if (!text.isEmpty() && !Terminal::wasInterrupted()) {
-            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
-        }
-    }
-    return source;
+    return tell(path, open(path));
+}
+
+CaptureSource CaptureSource::openOrTell(const QString &path, ForeignKind kind, const ForeignOptions &options)
+{
+    return tell(path, kind == ForeignKind::None ? open(path) : openOther(path, kind, options));
 }

@@ -12,6 +12,10 @@ int decode(const QStringList &arguments);
 int analyzers(const QStringList &arguments);
 /// Lists the captures that were kept, or fetches one.
 int history(const QStringList &arguments);
+/// Converts a capture between kinds of files.
+int convert(const QStringList &arguments);
+/// Writes channels of a capture for other programs.
+int exportData(const QStringList &arguments);
 /// Tells about captures.
 int info(const QStringList &arguments);
 

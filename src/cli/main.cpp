@@ -6,50 +6,57 @@
 
 #include <QCoreApplication>
 
+#include <array>
 #include <corvanlux/analyzer/Analyzer.h>
 #include <cstdio>
 
 namespace {
 
-const char *const usage = "Usage: luxcli COMMAND [ARGUMENT...]\n"
-                          "\n"
-                          "CorvanLUX without a window.\n"
-                          "\n"
-                          "  decode     decode captures, and write what was found\n"
-                          "  analyzers  list the decoders and their settings\n"
-                          "  history    list the captures that were kept, or fetch one\n"
-                          "  info       tell about captures\n"
-                          "\n"
-                          "\"luxcli COMMAND --help\" tells about a command. Exit code: 0 good, 1 bad input,\n"
-                          "2 wrong usage.\n";
+struct Command {
+    const char *name;
+    int (*run)(const QStringList &arguments);
+    const char *purpose;
+};
+
+constexpr std::array commands = {
+    Command{"analyzers", Commands::analyzers, "list the decoders and their settings"},
+    Command{"convert", Commands::convert, "convert captures between kinds of files"},
+    Command{"decode", Commands::decode, "decode captures, and write what was found"},
+    Command{"export", Commands::exportData, "write channels for other programs"},
+    Command{"history", Commands::history, "list the captures that were kept, or fetch one"},
+    Command{"info", Commands::info, "tell about captures"},
+};
+
+void tellUsage(std::FILE *out)
+{
+    std::fputs("Usage: luxcli COMMAND [ARGUMENT...]\n\nCorvanLUX without a window.\n\n", out);
+    for (const Command &command : commands) {
+        std::fprintf(out, "  %-10s %s\n", command.name, command.purpose);
+    }
+    std::fputs("\n\"luxcli COMMAND --help\" tells about a command. Exit code: 0 good, 1 bad input,\n2 wrong usage.\n",
+               out);
+}
 
 int run(const QStringList &arguments)
 {
-    const QString command = arguments.value(0);
-    if (command == QLatin1String("decode")) {
-        return Commands::decode(arguments.mid(1));
+    const QString name = arguments.value(0);
+    for (const Command &command : commands) {
+        if (name == QLatin1String(command.name)) {
+            return command.run(arguments.mid(1));
+        }
     }
-    if (command == QLatin1String("analyzers")) {
-        return Commands::analyzers(arguments.mid(1));
-    }
-    if (command == QLatin1String("history")) {
-        return Commands::history(arguments.mid(1));
-    }
-    if (command == QLatin1String("info")) {
-        return Commands::info(arguments.mid(1));
-    }
-    if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
-        std::fputs(usage, stdout);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        tellUsage(stdout);
         return Terminal::good;
     }
-    if (command == QLatin1String("--version")) {
+    if (name == QLatin1String("--version")) {
         std::fputs("luxcli " LUX_VERSION "\n", stdout);
         return Terminal::good;
     }
-    if (!command.isEmpty()) {
-        Terminal::say(QStringLiteral("there is no command \"%1\"").arg(command));
+    if (!name.isEmpty()) {
+        Terminal::say(QStringLiteral("there is no command \"%1\"").arg(name));
     }
-    std::fputs(usage, stderr);
+    tellUsage(stderr);
     return Terminal::wrongUsage;
 }
 

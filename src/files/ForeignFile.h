@@ -13,8 +13,8 @@ class SmpData;
 
 /// Reads captures out of other programs' files; docs/formats.md tells the kinds.
 ///
-/// Free functions without state: any thread. They know no window and no model. Messages are English, as a line of a file
-/// or an entry of an archive is what they are about; fileReason() has the translated sentence for `result`.
+/// Free functions without state: any thread. They know no window and no model. Messages are English, as a line of a
+/// file or an entry of an archive is what they are about; fileReason() has the translated sentence for `result`.
 
 /// The kinds of files.
 enum class ForeignKind {
@@ -31,6 +31,10 @@ enum class ForeignKind {
 [[nodiscard]] bool isForeignCapture(const QString &path);
 /// False for .sr in a build without the library for archives: reading then ends in WrongKind, and says why.
 [[nodiscard]] bool foreignKindIsBuilt(ForeignKind kind);
+
+/// A rate as files and command lines have it: "100 MHz", "12.5k", "24000000".
+/// @return Hz; 0 for what is none, or has no room in 40 bits
+[[nodiscard]] std::int64_t rateOfText(const QString &text);
 
 /// What the file does not tell, or too much of.
 struct ForeignOptions {

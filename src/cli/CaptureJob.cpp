@@ -1,0 +1,109 @@
+#include "cli/CaptureJob.h"
+
+#include "cli/Terminal.h"
+#include "files/ChannelOffer.h"
+#include "settings/Config.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+#ifdef Q_OS_WIN
+#include <fcntl.h>
+#include <io.h>
+#endif
+
+namespace CaptureJob {
+
+namespace {
+
+FileOutcome writeStandard(const SmpData &data, const CaptureOut &out)
+{
+#ifdef Q_OS_WIN
+    _setmode(_fileno(stdout), _O_BINARY);
+#endif
+    QFile file;
+    if (!file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        return {FileResult::Failed};
+    }
+    const FileOutcome outcome = writeCaptureTo(file, data, out);
+    // What C keeps in a buffer fails late.
+    return std::fflush(stdout) == 0 ? outcome : FileOutcome{FileResult::Failed};
+}
+
+} // namespace
+
+QStringList items(const QStringList &lists)
+{
+    QStringList all;
+    for (const QString &list : lists) {
+        for (const QString &item : list.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            all.append(item.trimmed());
+        }
+    }
+    return all;
+}
+
+QStringList names(const SmpData &data)
+{
+    QStringList all;
+    for (int chn = 0; chn < data.chnCount; ++chn) {
+        all.append(chnShowNameGet(chn));
+    }
+    return all;
+}
+
+QString pick(const SmpData &data, const QStringList &wanted, std::vector<std::uint8_t> &channels)
+{
+    channels.assign(std::size_t(data.chnCount), 0);
+    const auto holdsData = [&data](int chn) { return data.chnRoots()[std::size_t(chn)] != nullptr; };
+    if (wanted.isEmpty()) {
+        for (int chn = 0; chn < data.chnCount; ++chn) {
+            channels[std::size_t(chn)] = holdsData(chn) ? 1 : 0;
+        }
+        return {};
+    }
+    ChannelOffer offer;
+    for (const QString &name : names(data)) {
+        ChannelOffer::Entry entry;
+        entry.name = name.toStdString();
+        offer.add(std::move(entry));
+    }
+    const ChannelOffer::Pick picked = offer.pick(wanted);
+    for (const ChannelOffer::Bit &bit : picked.bits) {
+        if (!holdsData(bit.entry)) {
+            return QStringLiteral("channel %1 holds no data").arg(bit.entry);
+        }
+        channels[std::size_t(bit.entry)] = 1;
+    }
+    return picked.error;
+}
+
+int write(const QString &path, const SmpData &data, CaptureOut &out)
+{
+    FileOutcome outcome;
+    {
+        Terminal::Progress line(QStringLiteral("Writing"));
+        out.hook = [&line](double share) {
+            line.show(share);
+            return !Terminal::wasInterrupted();
+        };
+        outcome = path == QLatin1String("-") ? writeStandard(data, out) : writeCaptureFile(path, data, out);
+    }
+    if (Terminal::wasInterrupted()) {
+        return Terminal::interrupted;
+    }
+    if (outcome.isDone()) {
+        return Terminal::good;
+    }
+    const bool isArchive = out.kind == CaptureKind::Sr;
+    const QString reason = isArchive && !foreignKindIsBuilt(ForeignKind::Sr)
+                               ? QStringLiteral("this program was built without the library for .sr files")
+                           : path != QLatin1String("-") ? fileReason(outcome)
+                           : isArchive                  ? QStringLiteral("an archive needs a file (-o)")
+                                                        : QStringLiteral("the output could not be written");
+    Terminal::say(path == QLatin1String("-") ? reason : QStringLiteral("%1: %2").arg(path, reason));
+    return Terminal::badInput;
+}
+
+} // namespace CaptureJob

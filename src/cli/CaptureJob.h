@@ -1,0 +1,21 @@
+#pragma once
+
+#include "cli/CaptureSource.h"
+#include "files/CaptureWriter.h"
+
+#include <QString>
+
+/// What the commands that write captures share. Main thread.
+namespace CaptureJob {
+
+/// The items of lists such as "0-3,CLK,7".
+[[nodiscard]] QStringList items(const QStringList &lists);
+/// The channels of a capture that `wanted` names, as flags; those that hold data for none. @return empty, or why not
+[[nodiscard]] QString pick(const SmpData &data, const QStringList &wanted, std::vector<std::uint8_t> &channels);
+/// Names of all channels, from the config document.
+[[nodiscard]] QStringList names(const SmpData &data);
+/// Writes to a file, or for "-" to the standard output, with progress, and tells what went wrong.
+/// @return the process's exit code
+[[nodiscard]] int write(const QString &path, const SmpData &data, CaptureOut &out);
+
+} // namespace CaptureJob

@@ -1,0 +1,277 @@
+// With libzip. Without it SrArchiveNone.cpp takes this file's place.
+
+#include "files/SrWriter.h"
+
+#include "files/LevelWalk.h"
+#include "files/SrMetadata.h"
+#include "store/SmpData.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <vector>
+#include <zip.h>
+
+namespace {
+
+/// What all entries of an archive share.
+struct Job {
+    const SmpData &data;
+    const DataPieceHook &afterPiece;
+    std::vector<int> chosen;
+    int row = 1;           ///< bytes a sample
+    std::int64_t done = 0; ///< samples
+    bool isCancelled = false;
+};
+
+/// Makes the rows of a range.
+class Rows {
+public:
+    static constexpr std::int64_t pieceSize = 1 << 16; ///< bytes
+
+    Rows(const Job &job, std::int64_t first, std::int64_t count)
+        : m_row(job.row), m_smpCount(job.data.smpCount()), m_pos(first), m_end(first + count), m_walk(job.data)
+    {
+        for (std::size_t i = 0; i < job.chosen.size(); ++i) {
+            m_levels |= std::uint64_t(m_walk.add(job.chosen[i], first)) << i;
+        }
+    }
+
+    /// Puts up to `bytes`, whole rows. @return the bytes put; 0 at the end
+    [[nodiscard]] std::int64_t put(std::uint8_t *to, std::int64_t bytes)
+    {
+        const std::int64_t stop = std::min(m_end, m_pos + bytes / m_row);
+        const std::int64_t from = m_pos;
+        while (m_pos < stop) {
+            const std::int64_t runEnd = std::min(m_walk.nearest(), stop);
+            putRun(to + (m_pos - from) * m_row, runEnd - m_pos);
+            m_pos = runEnd;
+            if (m_walk.nearest() == runEnd && runEnd < m_smpCount) {
+                m_walk.pass([this](int column) { m_levels ^= std::uint64_t(1) << column; });
+            }
+        }
+        return (m_pos - from) * m_row;
+    }
+
+private:
+    void putRun(std::uint8_t *to, std::int64_t rows) const
+    {
+        if (m_row == 1) {
+            std::memset(to, int(m_levels), std::size_t(rows));
+            return;
+        }
+        for (; rows > 0; --rows, to += m_row) {
+            std::memcpy(to, &m_levels, std::size_t(m_row)); // little-endian
+        }
+    }
+
+    const int m_row;
+    const std::int64_t m_smpCount;
+    std::int64_t m_pos;
+    const std::int64_t m_end;
+    LevelWalk m_walk;
+    std::uint64_t m_levels = 0;
+};
+
+/// One entry of samples, as the library asks for its bytes while it writes the archive.
+class Chunk {
+public:
+    Chunk(Job &job, std::int64_t first, std::int64_t count) : m_job(job), m_first(first), m_count(count) {}
+
+    static zip_int64_t answer(void *self, void *data, zip_uint64_t size, zip_source_cmd_t command)
+    {
+        return static_cast<Chunk *>(self)->answerTo(data, size, command);
+    }
+
+private:
+    zip_int64_t answerTo(void *data, zip_uint64_t size, zip_source_cmd_t command)
+    {
+        switch (command) {
+        case ZIP_SOURCE_SUPPORTS:
+            return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT,
+                                                  ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
+        case ZIP_SOURCE_OPEN:
+            m_rows = std::make_unique<Rows>(m_job, m_first, m_count);
+            m_piece.resize(std::size_t(Rows::pieceSize / m_job.row * m_job.row));
+            m_used = m_filled = 0;
+            return 0;
+        case ZIP_SOURCE_READ:
+            return read(static_cast<std::uint8_t *>(data), zip_int64_t(size));
+        case ZIP_SOURCE_CLOSE:
+            m_rows.reset();
+            m_piece = {};
+            return 0;
+        case ZIP_SOURCE_STAT: {
+            auto *stat = static_cast<zip_stat_t *>(data);
+            zip_stat_init(stat);
+            stat->size = zip_uint64_t(m_count * m_job.row);
+            stat->valid = ZIP_STAT_SIZE;
+            return sizeof *stat;
+        }
+        case ZIP_SOURCE_ERROR: {
+            zip_error_t error;
+            zip_error_init_with_code(&error, ZIP_ER_CANCELLED);
+            return zip_error_to_data(&error, data, size);
+        }
+        default:
+            return command == ZIP_SOURCE_FREE ? 0 : -1;
+        }
+    }
+    zip_int64_t read(std::uint8_t *to, zip_int64_t size)
+    {
+        zip_int64_t put = 0;
+        while (put < size) {
+            if (m_used == m_filled) {
+                m_filled = m_rows->put(m_piece.data(), std::int64_t(m_piece.size()));
+                m_used = 0;
+                if (m_filled == 0) {
+                    break;
+                }
+                m_job.done += m_filled / m_job.row;
+                if (m_job.afterPiece && !m_job.afterPiece(m_job.done)) {
+                    m_job.isCancelled = true;
+                    return -1;
+                }
+            }
+            const std::int64_t take = std::min<std::int64_t>(size - put, m_filled - m_used);
+            std::memcpy(to + put, m_piece.data() + m_used, std::size_t(take));
+            put += take;
+            m_used += take;
+        }
+        return put;
+    }
+
+    Job &m_job;
+    const std::int64_t m_first;
+    const std::int64_t m_count;
+    std::unique_ptr<Rows> m_rows;
+    std::vector<std::uint8_t> m_piece;
+    std::int64_t m_used = 0;
+    std::int64_t m_filled = 0;
+};
+
+QByteArray metadataOf(const Job &job, const QStringList &names)
+{
+    QByteArray text = "[device 1]\ncapturefile=logic-1\ntotal probes=" + QByteArray::number(int(job.chosen.size())) +
+                      "\nsamplerate=" + srRateText(job.data.smpFrequ()) + "\ntotal analog=0\n";
+    for (std::size_t i = 0; i < job.chosen.size(); ++i) {
+        QByteArray name = names.value(job.chosen[i]).simplified().toUtf8();
+        if (name.isEmpty()) {
+            name = "D" + QByteArray::number(job.chosen[i]);
+        }
+        text += "probe" + QByteArray::number(int(i) + 1) + '=' + name + '\n';
+    }
+    return text + "unitsize=" + QByteArray::number(job.row) + '\n';
+}
+
+/// Transitions of the chosen channels in a range.
+std::int64_t edgesIn(const Job &job, std::int64_t first, std::int64_t count)
+{
+    std::int64_t edges = 0;
+    for (const int chn : job.chosen) {
+        edges += std::max<std::int64_t>(job.data.edgeCount(chn, first, first + count - 1), 0);
+    }
+    return edges;
+}
+
+/// The library's archive, which is written when it is closed, or dropped.
+class Archive {
+public:
+    explicit Archive(const QString &path)
+        : m_zip(zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, nullptr))
+    {}
+    ~Archive()
+    {
+        if (m_zip != nullptr) {
+            zip_discard(m_zip);
+        }
+    }
+    Archive(const Archive &) = delete;
+    Archive &operator=(const Archive &) = delete;
+
+    [[nodiscard]] bool isOpen() const { return m_zip != nullptr; }
+    /// Adds a text, which outlives the archive.
+    [[nodiscard]] bool add(const char *name, const QByteArray &text)
+    {
+        return add(name, zip_source_buffer(m_zip, text.constData(), zip_uint64_t(text.size()), 0), true);
+    }
+    [[nodiscard]] bool add(const QByteArray &name, Chunk &chunk, bool packs)
+    {
+        return add(name.constData(), zip_source_function(m_zip, &Chunk::answer, &chunk), packs);
+    }
+    /// Writes all. @return 0, or the system's error; -1 for one that is not the system's
+    [[nodiscard]] int close()
+    {
+        if (zip_close(m_zip) == 0) {
+            m_zip = nullptr;
+            return 0;
+        }
+        zip_error_t *const error = zip_get_error(m_zip);
+        return zip_error_system_type(error) == ZIP_ET_SYS ? zip_error_code_system(error) : -1;
+    }
+
+private:
+    [[nodiscard]] bool add(const char *name, zip_source_t *source, bool packs)
+    {
+        constexpr zip_uint32_t fastest = 1;
+        const zip_int64_t index = source != nullptr ? zip_file_add(m_zip, name, source, ZIP_FL_ENC_UTF_8) : -1;
+        if (index < 0) {
+            zip_source_free(source);
+            return false;
+        }
+        return zip_set_file_compression(m_zip, zip_uint64_t(index), packs ? ZIP_CM_DEFLATE : ZIP_CM_STORE,
+                                        packs ? fastest : 0) == 0;
+    }
+
+    zip_t *m_zip;
+};
+
+FileResult resultOf(int systemError, const Job &job)
+{
+    if (systemError == 0) {
+        return FileResult::Done;
+    }
+    if (job.isCancelled) {
+        return FileResult::Cancelled;
+    }
+    const bool isFull = systemError == ENOSPC || systemError == EFBIG;
+    return isFull ? FileResult::DiskFull : systemError == EACCES ? FileResult::NoRights : FileResult::Failed;
+}
+
+} // namespace
+
+FileResult writeSr(const QString &path, const SmpData &data, const DataSelection &selection, const QStringList &names,
+                   const DataPieceHook &afterPiece)
+{
+    constexpr std::int64_t chunkBytes = std::int64_t(4) << 20; // as other programs write
+    constexpr std::int64_t chunksMax = 60'000;                 // fewer than a list of 16 bits counts
+    constexpr std::int64_t packsBelow = 4;                     // transitions in so many samples
+    Job job{data, afterPiece, {}};
+    for (int chn = 0; chn < data.chnCount && selection.chnSelect != nullptr; ++chn) {
+        if (selection.chnSelect[chn] != 0 && data.chnRoots()[std::size_t(chn)] != nullptr) {
+            job.chosen.push_back(chn);
+        }
+    }
+    const std::int64_t samples = selection.posEnd - selection.posStart + 1;
+    if (samples < 1 || job.chosen.empty()) {
+        return FileResult::NoCapture;
+    }
+    job.row = int((job.chosen.size() + 7) / 8);
+    const std::int64_t rows = std::max(chunkBytes / job.row, samples / chunksMax + 1);
+    const QByteArray version("2");
+    const QByteArray metadata = metadataOf(job, names);
+    std::vector<Chunk> chunks; // stays where it is: the library has its entries' addresses
+    chunks.reserve(std::size_t(samples / rows + 1));
+    Archive archive(path);
+    bool isGood = archive.isOpen() && archive.add("version", version) && archive.add("metadata", metadata);
+    for (std::int64_t first = 0; first < samples && isGood; first += rows) {
+        const std::int64_t count = std::min(rows, samples - first);
+        chunks.emplace_back(job, selection.posStart + first, count);
+        const bool packs = edgesIn(job, selection.posStart + first, count) * packsBelow < count;
+        isGood = archive.add("logic-1-" + QByteArray::number(qlonglong(chunks.size())), chunks.back(), packs);
+    }
+    return isGood ? resultOf(archive.close(), job) : FileResult::Failed;
+}
