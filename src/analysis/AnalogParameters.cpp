@@ -1,6 +1,6 @@
 #include "analysis/AnalogParameters.h"
 
-#include "analysis/AnalogTexts.h"
+#include "analysis/AnalogFormat.h"
 #include "analysis/MarkerTimes.h"
 #include "store/SmpData.h"
 

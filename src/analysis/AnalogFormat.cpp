@@ -1,4 +1,4 @@
-#include "analysis/AnalogTexts.h"
+#include "analysis/AnalogFormat.h"
 
 #include <array>
 #include <cmath>

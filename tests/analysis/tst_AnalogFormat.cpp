@@ -1,11 +1,11 @@
-#include "analysis/AnalogTexts.h"
+#include "analysis/AnalogFormat.h"
 
 #include <QtTest>
 
 #include <cmath>
 #include <limits>
 
-class TstAnalogTexts : public QObject {
+class TstAnalogFormat : public QObject {
     Q_OBJECT
 private slots:
     void aTimeTakesTheLargestUnitInWhichItIsWhole_data();
@@ -17,7 +17,7 @@ private slots:
     void aPercentageHasTwoDecimals();
 };
 
-void TstAnalogTexts::aTimeTakesTheLargestUnitInWhichItIsWhole_data()
+void TstAnalogFormat::aTimeTakesTheLargestUnitInWhichItIsWhole_data()
 {
     QTest::addColumn<qint64>("ps");
     QTest::addColumn<QString>("text");
@@ -37,13 +37,13 @@ void TstAnalogTexts::aTimeTakesTheLargestUnitInWhichItIsWhole_data()
     add(std::numeric_limits<qint64>::min(), "-9223372036854775808ps");
 }
 
-void TstAnalogTexts::aTimeTakesTheLargestUnitInWhichItIsWhole()
+void TstAnalogFormat::aTimeTakesTheLargestUnitInWhichItIsWhole()
 {
     QFETCH(qint64, ps);
     QTEST(formatTimePs(ps), "text");
 }
 
-void TstAnalogTexts::aFrequencyTakesTheLargestUnitInWhichItIsWhole_data()
+void TstAnalogFormat::aFrequencyTakesTheLargestUnitInWhichItIsWhole_data()
 {
     QTest::addColumn<qint64>("hz");
     QTest::addColumn<QString>("text");
@@ -58,13 +58,13 @@ void TstAnalogTexts::aFrequencyTakesTheLargestUnitInWhichItIsWhole_data()
     add(0, "0GHz");
 }
 
-void TstAnalogTexts::aFrequencyTakesTheLargestUnitInWhichItIsWhole()
+void TstAnalogFormat::aFrequencyTakesTheLargestUnitInWhichItIsWhole()
 {
     QFETCH(qint64, hz);
     QTEST(formatFrequency(hz), "text");
 }
 
-void TstAnalogTexts::aVoltageIsInVoltsFromAHundredMillivoltsOn_data()
+void TstAnalogFormat::aVoltageIsInVoltsFromAHundredMillivoltsOn_data()
 {
     QTest::addColumn<double>("millivolts");
     QTest::addColumn<QString>("text");
@@ -80,13 +80,13 @@ void TstAnalogTexts::aVoltageIsInVoltsFromAHundredMillivoltsOn_data()
     add(std::numeric_limits<double>::quiet_NaN(), "nanmV");
 }
 
-void TstAnalogTexts::aVoltageIsInVoltsFromAHundredMillivoltsOn()
+void TstAnalogFormat::aVoltageIsInVoltsFromAHundredMillivoltsOn()
 {
     QFETCH(double, millivolts);
     QTEST(formatVoltage(millivolts), "text");
 }
 
-void TstAnalogTexts::aPercentageHasTwoDecimals()
+void TstAnalogFormat::aPercentageHasTwoDecimals()
 {
     QCOMPARE(formatPercent(50.0), QStringLiteral("50.00%"));
     QCOMPARE(formatPercent(-2.0724), QStringLiteral("-2.07%"));
@@ -95,5 +95,5 @@ void TstAnalogTexts::aPercentageHasTwoDecimals()
     QCOMPARE(formatPercent(-std::numeric_limits<double>::infinity()), QStringLiteral("-inf%"));
 }
 
-QTEST_APPLESS_MAIN(TstAnalogTexts)
-#include "tst_AnalogTexts.moc"
+QTEST_APPLESS_MAIN(TstAnalogFormat)
+#include "tst_AnalogFormat.moc"
