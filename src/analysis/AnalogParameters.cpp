@@ -61,12 +61,12 @@ struct Times {
     Index fall;
 };
 
-int medianOfFive(const std::int8_t *s)
+std::int8_t medianOfFive(const std::int8_t *s)
 {
-    const int a = s[0], b = s[1], c = s[2], d = s[3], e = s[4];
+    const std::int8_t a = s[0], b = s[1], c = s[2], d = s[3], e = s[4];
     // Of two pairs, the smaller of the lows and the larger of the highs cannot be the middle of all five.
-    const int low = std::max(std::min(a, b), std::min(d, e));
-    const int high = std::min(std::max(a, b), std::max(d, e));
+    const std::int8_t low = std::max(std::min(a, b), std::min(d, e));
+    const std::int8_t high = std::min(std::max(a, b), std::max(d, e));
     return std::max(std::min(low, high), std::min(std::max(low, high), c));
 }
 
