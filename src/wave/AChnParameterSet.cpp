@@ -12,6 +12,7 @@
 #include "wave/AnalogScale.h"
 #include "wave/SidebarLook.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCursor>
@@ -57,16 +58,17 @@ AChnParameterSet::AChnParameterSet(int channel, QWidget *parent)
       settingBtn(new MyButton(this))
 {
     setObjectName(QStringLiteral("aChn%1").arg(channel));
-    buildFirstLine();
-    buildSecondLine();
+    buildName();
+    buildButtons();
+    buildVolts();
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(dp(3));
     grid->addWidget(enableBox, 0, 0);
     grid->addWidget(nameLabel, 0, 1);
-    grid->addWidget(voltCombo, 0, 2, 1, 2);
-    grid->addWidget(probeBtn, 1, 2);
-    grid->addWidget(settingBtn, 1, 3);
+    grid->addWidget(probeBtn, 0, 2);
+    grid->addWidget(settingBtn, 0, 3);
+    grid->addWidget(voltCombo, 1, 0, 1, 4);
     grid->setColumnStretch(2, 1);
     nameLabel->setText(QStringLiteral("<%1>").arg(chnIndex + 1));
 }
@@ -76,7 +78,7 @@ QString AChnParameterSet::spoken(const QString &control) const
     return QStringLiteral("CH%1, ").arg(chnIndex + 1) + control;
 }
 
-void AChnParameterSet::buildFirstLine()
+void AChnParameterSet::buildName()
 {
     enableBox->setObjectName(QStringLiteral("enable"));
     enableBox->setAccessibleName(spoken(::tr("Channel Enable")));
@@ -90,7 +92,30 @@ void AChnParameterSet::buildFirstLine()
                                  .arg(color.name(), textOn(color).name())
                                  .arg(dp(3))
                                  .arg(dp(2)));
+}
 
+void AChnParameterSet::buildButtons()
+{
+    probeBtn->setObjectName(QStringLiteral("probe"));
+    showProbe(0);
+    probeBtn->setFixedHeight(sidebarFieldHeight(QApplication::font()));
+    probeBtn->setAutoDefault(true); // Enter presses it, as Space does
+    probeBtn->setToolTip(::tr("Probe"));
+    connect(probeBtn, &QPushButton::clicked, this, &AChnParameterSet::slotProbeClicked);
+
+    settingBtn->setObjectName(QStringLiteral("setting"));
+    settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
+    dressFlat(*settingBtn);
+    settingBtn->setAutoDefault(true);
+    settingBtn->setRadius(dp(3));
+    settingBtn->setFixedSize(sidebarLine(), sidebarLine());
+    settingBtn->setToolTip(::tr("Reverse and coupling"));
+    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
+    connect(settingBtn, &QPushButton::clicked, this, &AChnParameterSet::openExtendSetMenu);
+}
+
+void AChnParameterSet::buildVolts()
+{
     voltCombo->setObjectName(QStringLiteral("volt"));
     voltCombo->addItems(voltTexts);
     dressComboBox(*voltCombo);
@@ -101,28 +126,15 @@ void AChnParameterSet::buildFirstLine()
             [this](int index) { slotVoltageChanged(voltTexts.value(index)); });
 }
 
-void AChnParameterSet::buildSecondLine()
-{
-    probeBtn->setObjectName(QStringLiteral("probe"));
-    probeBtn->setText(probeTexts.first());
-    probeBtn->setFixedHeight(controlHeight(fontMetrics()));
-    probeBtn->setToolTip(::tr("Probe"));
-    probeBtn->setAccessibleName(spoken(::tr("Probe")));
-    connect(probeBtn, &QPushButton::clicked, this, &AChnParameterSet::slotProbeClicked);
-
-    settingBtn->setObjectName(QStringLiteral("setting"));
-    settingBtn->setIcon(sharedIcon(QStringLiteral(":/res/btnSetting")));
-    dressFlat(*settingBtn);
-    settingBtn->setRadius(dp(3));
-    settingBtn->setFixedSize(sidebarLine(), sidebarLine());
-    settingBtn->setToolTip(::tr("Reverse and coupling"));
-    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
-    connect(settingBtn, &QPushButton::clicked, this, &AChnParameterSet::openExtendSetMenu);
-}
-
 QVector<QWidget *> AChnParameterSet::tabStops() const
 {
-    return {enableBox, voltCombo, probeBtn, settingBtn};
+    return {enableBox, probeBtn, settingBtn, voltCombo};
+}
+
+void AChnParameterSet::showProbe(int index)
+{
+    probeBtn->setText(probeTexts.at(index));
+    probeBtn->setAccessibleName(spoken(::tr("Probe") + QLatin1Char(' ') + probeBtn->text()));
 }
 
 int AChnParameterSet::fullScaleMv() const
@@ -137,7 +149,7 @@ void AChnParameterSet::refresh()
         const QSignalBlocker noChoice(voltCombo);
         voltCombo->setCurrentIndex(entry);
     }
-    probeBtn->setText(probeTexts.at(probeIndex(gDev->aChnProbe.value(chnIndex, 1))));
+    showProbe(probeIndex(gDev->aChnProbe.value(chnIndex, 1)));
     if (chnIndex < gDev->aChnEnable.size()) {
         enableBox->setChecked(gDev->aChnEnable.at(chnIndex));
     }
@@ -166,8 +178,8 @@ void AChnParameterSet::slotVoltageChanged(const QString &voltage)
 
 void AChnParameterSet::slotProbeClicked()
 {
-    const int index = (probeTexts.indexOf(probeBtn->text()) + 1) % probeTexts.size();
-    probeBtn->setText(probeTexts.at(index));
+    const int index = (probeTexts.indexOf(probeBtn->text()) + 1) % int(probeTexts.size());
+    showProbe(index);
     gDev->setAChnProbe(chnIndex, probeFactor(index));
     emit chnSetChanged(aChnChange::probe, chnIndex, probeFactor(index));
 }

@@ -55,8 +55,10 @@ signals:
     void chnSetChanged(int type, int id, int value);
 
 private:
-    void buildFirstLine();
-    void buildSecondLine();
+    void buildName();
+    void buildButtons();
+    void buildVolts();
+    void showProbe(int index);
     void createMenu();
     void showExtended();
     [[nodiscard]] QString spoken(const QString &control) const;

@@ -10,7 +10,7 @@ AChnTiggerTAG::AChnTiggerTAG(QWidget *parent) : AChnTAG(0, parent)
 AChnTAG::Outline AChnTiggerTAG::outline(int side) const
 {
     const int last = side - 1;
-    const int notch = last / 2;
+    const int notch = last / 4;
     return {QPoint(0, 0), QPoint(last, last / 2), QPoint(0, last), QPoint(notch, last / 2 + 1),
             QPoint(notch, last / 2 - 1)};
 }

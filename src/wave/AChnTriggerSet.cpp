@@ -14,6 +14,7 @@
 #include "store/SmpTrigCode.h"
 #include "wave/SidebarLook.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QCursor>
 #include <QGridLayout>
@@ -34,7 +35,8 @@ namespace {
 
 constexpr int leastLevel = -32768; ///< millivolts, as the one below
 constexpr int mostLevel = 32767;
-constexpr int senseWidth = 56; ///< pixels at 96 dpi, as the one below
+constexpr int leastField = 40; ///< pixels at 96 dpi, as the two below
+constexpr int senseWidth = 56;
 constexpr int senseHeight = 21;
 constexpr int senseLetters = 6;
 
@@ -92,6 +94,9 @@ AChnTriggerSet::AChnTriggerSet(QWidget *parent)
     buildEdges(*grid);
     buildLevel(*grid);
     buildPosition(*grid);
+    for (QPushButton *button : findChildren<QPushButton *>()) {
+        button->setAutoDefault(true); // Enter presses it, as Space does
+    }
 }
 
 AChnTriggerSet::~AChnTriggerSet()
@@ -145,10 +150,9 @@ void AChnTriggerSet::buildEdges(QGridLayout &grid)
         edgeBtns.append(button);
     }
     chnBtn->setObjectName(QStringLiteral("trigChannel"));
-    chnBtn->setText(chnTexts.first());
-    chnBtn->setFixedHeight(controlHeight(fontMetrics()));
+    showChannel(0);
+    chnBtn->setFixedHeight(sidebarFieldHeight(QApplication::font()));
     chnBtn->setToolTip(::tr("Trigger channel"));
-    chnBtn->setAccessibleName(spoken(chnBtn->toolTip()));
     connect(chnBtn, &QPushButton::clicked, this, &AChnTriggerSet::slotTrigChnClicked);
     auto *line = new QHBoxLayout;
     line->setSpacing(dp(3));
@@ -176,7 +180,8 @@ void AChnTriggerSet::buildLevel(QGridLayout &grid)
     levelSpin->setFocusPolicy(Qt::StrongFocus);
     levelSpin->setToolTip(::tr("Number between -32768 and 32767."));
     levelSpin->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
-    levelSpin->setFixedHeight(controlHeight(fontMetrics()));
+    levelSpin->setFixedHeight(sidebarFieldHeight(QApplication::font()));
+    levelSpin->setMinimumWidth(dp(leastField)); // the column decides; the style would ask for more
     levelSpin->installEventFilter(this);
     levelLabel->setBuddy(levelSpin);
     connect(levelSpin, &QSpinBox::editingFinished, this, &AChnTriggerSet::slotTrigVoltageClicked);
@@ -195,7 +200,8 @@ void AChnTriggerSet::buildPosition(QGridLayout &grid)
     horEdit->setObjectName(QStringLiteral("trigPosition"));
     horEdit->setToolTip(::tr("Number between 0 and 100."));
     horEdit->setAccessibleName(spoken(::tr("Trigger Position") + QStringLiteral(" [%]")));
-    horEdit->setFixedHeight(controlHeight(fontMetrics()));
+    horEdit->setFixedHeight(sidebarFieldHeight(QApplication::font()));
+    horEdit->setMinimumWidth(dp(leastField));
     horEdit->installEventFilter(this);
     horLabel->setBuddy(horEdit);
     connect(horEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotHorEditClicked);
@@ -247,7 +253,7 @@ void AChnTriggerSet::refresh()
     }
     horEdit->setText(QString::number(gDev->trgPosition));
     const int chn = deviceGet(gDev->name, keyChannel).toInt();
-    chnBtn->setText(chnTexts.at(chn == 1 ? 1 : 0));
+    showChannel(chn == 1 ? 1 : 0);
     emit aChnTrigSetChanged(aTrigChange::channel, QString::number(channel()));
     enableBox->setChecked(deviceGet(gDev->name, keyDisabled).toInt() == 0);
     slotChnCtlClicked();
@@ -260,6 +266,12 @@ void AChnTriggerSet::showEdges()
     for (MyButton *button : edgeBtns) {
         button->setSelected(button->value == code);
     }
+}
+
+void AChnTriggerSet::showChannel(int index)
+{
+    chnBtn->setText(chnTexts.at(index));
+    chnBtn->setAccessibleName(spoken(::tr("Trigger channel") + QLatin1Char(' ') + chnBtn->text()));
 }
 
 int AChnTriggerSet::level() const
@@ -316,7 +328,7 @@ void AChnTriggerSet::slotTrigMouseClicked()
 void AChnTriggerSet::slotTrigChnClicked()
 {
     const int chn = (channel() + 1) % int(chnTexts.size());
-    chnBtn->setText(chnTexts.at(chn));
+    showChannel(chn);
     deviceSet(gDev->name, keyChannel, QString::number(chn));
     if (const int code = chosenEdge(); code != 0) {
         gDev->setAChnTrig(chn, code);

@@ -75,6 +75,7 @@ private:
     [[nodiscard]] QPushButton *makeZero(const QString &name);
     void createMenu();
     void storeLevel();
+    void showChannel(int index);
     [[nodiscard]] int chosenEdge() const;
 
     const QStringList chnTexts;

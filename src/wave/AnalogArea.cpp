@@ -1,13 +1,11 @@
 #include "wave/AnalogArea.h"
 
-#include "controls/Look.h"
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "wave/AChnParameterSet.h"
 #include "wave/ItemAChWaveBackground.h"
 #include "wave/ItemAChnSidebar.h"
 #include "wave/ItemAChnWaveLine.h"
-#include "wave/ItemChnSidebar.h"
 
 #include <QGraphicsScene>
 
@@ -60,7 +58,7 @@ void AnalogArea::lay(QSize size)
     if (m_sidebar) {
         m_grid->setSize(size);
         m_traces->setSize(size);
-        m_sidebar->setGeometry(0, 0, dp(ItemChnSidebar::columnWidth), size.height());
+        m_sidebar->lay(size.height());
     }
 }
 

@@ -15,6 +15,7 @@
 #include "wave/LabelMove.h"
 #include "wave/SidebarLook.h"
 
+#include <QApplication>
 #include <QFocusEvent>
 #include <QGridLayout>
 #include <QPainter>
@@ -28,17 +29,15 @@ constexpr int stepsOfFullScale = 500; ///< of an arrow key on the trigger's flag
 
 } // namespace
 
-ItemAChnSidebar::ItemAChnSidebar(int channels, QWidget *parent)
-    : QWidget(parent),
-      numberLabel(new LabelMove(0, this)),
-      m_trigger(new AChnTriggerSet(this)),
-      m_trigTag(new AChnTiggerTAG(this)),
-      m_rest(new QLabel(this))
+ItemAChnSidebar::ItemAChnSidebar(int channels, QWidget *parent) : QWidget(parent)
 {
     setFixedWidth(dp(ItemChnSidebar::columnWidth));
-    setFont(atMost(font(), dp(12)));
     setStyleSheet(labelStyle() + comboBoxStyle() + lineEditStyle() + spinBoxStyle() + checkBoxStyle() +
-                  pushButtonStyle());
+                  pushButtonStyle() + sidebarFontStyle(QApplication::font()));
+    numberLabel = new LabelMove(0, this);
+    m_trigger = new AChnTriggerSet(this);
+    m_trigTag = new AChnTiggerTAG(this);
+    m_rest = new QLabel(this);
     buildNumber();
     for (int channel = 0; channel < channels; ++channel) {
         m_parameters.append(new AChnParameterSet(channel, this));
@@ -61,11 +60,8 @@ void ItemAChnSidebar::buildNumber()
     numberLabel->setFocusPolicy(Qt::NoFocus); // the analog area keeps its place
     numberLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     numberLabel->setAccessibleName(::tr("Analog channels"));
-    QFont bold = font();
-    bold.setPixelSize(dp(11));
-    bold.setBold(true);
-    numberLabel->setFont(bold);
-    numberLabel->setStyleSheet(QStringLiteral("QLabel{border:0;color:black;}"));
+    numberLabel->setStyleSheet(
+        QStringLiteral("QLabel{border:0;color:black;font-weight:bold;font-size:%1px;}").arg(dp(11)));
 }
 
 void ItemAChnSidebar::buildTags(int channels)
@@ -101,7 +97,7 @@ void ItemAChnSidebar::buildGrid()
     column->addWidget(m_rest, 1);
     auto *grid = new QGridLayout(this);
     grid->setSpacing(dp(3));
-    grid->setContentsMargins(0, dp(4) + uiScale(), 2 * dp(AChnTAG::tagSize) + uiScale(), dp(3));
+    grid->setContentsMargins(0, dp(4) + uiScale(), 2 * dp(AChnTAG::tagSize) + dp(2), dp(3));
     grid->addWidget(numberLabel, 0, 0);
     grid->addLayout(column, 0, 1);
     grid->setColumnStretch(1, 1);
@@ -199,18 +195,19 @@ void ItemAChnSidebar::storePlaces()
     AChnHorLabelPosPut(places);
 }
 
-void ItemAChnSidebar::resizeEvent(QResizeEvent *event)
+void ItemAChnSidebar::lay(int height)
 {
-    QWidget::resizeEvent(event);
+    setGeometry(0, 0, width(), height);
+    m_isLaid = height >= uiScale();
     placeTags();
 }
 
 void ItemAChnSidebar::placeTags()
 {
-    const int s = uiScale();
-    if (height() < s) {
-        return; // it has no place yet
+    if (!m_isLaid) {
+        return;
     }
+    const int s = uiScale();
     bool isNew = false;
     for (int i = 0; i < m_tags.size(); ++i) {
         AChnTAG *tag = m_tags[i];
@@ -232,7 +229,7 @@ void ItemAChnSidebar::placeTags()
 void ItemAChnSidebar::moveTag(AChnTAG &tag, int centre)
 {
     const int s = uiScale();
-    if (centre < 0 || centre > height() || height() < s) {
+    if (centre < 0 || centre > height() || !m_isLaid) {
         return;
     }
     const TagPlace place = placeAt(centre, height(), s);
@@ -265,7 +262,7 @@ void ItemAChnSidebar::slotLabelTrigChanged(int posY)
 void ItemAChnSidebar::placeTrigger()
 {
     const int scale = trigFullScale();
-    if (scale != 0 && height() >= uiScale()) {
+    if (scale != 0 && m_isLaid) {
         const int zero = zeroY(m_trigTag->channel());
         m_trigTag->setCentre(rowOfVoltage(m_trigger->level(), zero, scale, height(), uiScale()));
     }

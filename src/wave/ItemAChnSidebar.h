@@ -22,6 +22,8 @@ public:
 
     /// Shows what `gDev` and the configuration have, and tells of all that the view needs.
     void refresh();
+    /// Takes its place at the top of the column. The flags have none before that.
+    void lay(int height);
     /// Shows the device's trigger edges alone.
     void showTriggers();
     /// The flag of a channel that is off is not shown.
@@ -52,7 +54,6 @@ signals:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -72,5 +73,6 @@ private:
     QVector<AChnTAG *> m_tags;
     AChnTriggerSet *m_trigger;
     AChnTiggerTAG *m_trigTag;
+    bool m_isLaid = false;
     QLabel *m_rest; ///< takes what the panels leave of the height
 };

@@ -233,18 +233,22 @@ void MainView::setTimeWidth()
     const int oldWidth = waveGen->viewWidth();
     waveGen->setViewWidth(waveView->width() / uiScale());
     if (m_rows->isAnalog()) {
-        setAnalogTimeWidth(oldWidth, waveView->width());
+        setAnalogTimeWidth(oldWidth);
     } else {
         waveGen->updateLines();
     }
 }
 
-void MainView::setAnalogTimeWidth(int oldWidth, int deviceWidth)
+void MainView::setAnalogTimeWidth(int oldWidth)
 {
-    // The seen time span is kept, reckoned with the device width also on a scaled display.
     const double oldRatio = waveGen->ratioSasPix();
-    const bool keeps = oldWidth != 0 && oldRatio != 0.0 && deviceWidth > 0;
-    waveGen->setRatioKeepStart(keeps ? oldWidth * oldRatio / deviceWidth : 1.0);
+    const int width = waveGen->viewWidth();
+    if (oldWidth == width && oldRatio != 0.0) {
+        waveGen->updateLines(); // the heights have changed, not the time span
+        return;
+    }
+    const bool keeps = oldWidth != 0 && oldRatio != 0.0 && width > 0;
+    waveGen->setRatioKeepStart(keeps ? oldWidth * oldRatio / width : 1.0);
 }
 
 void MainView::resizeEvent(QResizeEvent *event)

@@ -153,7 +153,8 @@ private:
 
     void layoutRows();
     void setTimeWidth();
-    void setAnalogTimeWidth(int oldWidth, int deviceWidth);
+    /// Keeps the seen time span. @param oldWidth  logical pixels, as the generator's
+    void setAnalogTimeWidth(int oldWidth);
     void rowsMoved();
     [[nodiscard]] bool hasTransitions() const;
     /// Tab walks the sidebars from top to bottom, and then the scroll bar.

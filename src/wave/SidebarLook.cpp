@@ -2,10 +2,18 @@
 
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/Style.h"
 
 #include <QFontInfo>
+#include <QFontMetrics>
 #include <QLinearGradient>
 #include <QPainter>
+
+namespace {
+
+constexpr int mostFont = 12; ///< pixels at 96 dpi
+
+} // namespace
 
 int sidebarLine()
 {
@@ -18,6 +26,16 @@ QFont atMost(QFont font, int pixels)
         font.setPixelSize(pixels);
     }
     return font;
+}
+
+QString sidebarFontStyle(const QFont &font)
+{
+    return QStringLiteral("QWidget{font-size:%1px;}").arg(QFontInfo(atMost(font, dp(mostFont))).pixelSize());
+}
+
+int sidebarFieldHeight(const QFont &font)
+{
+    return controlHeight(QFontMetrics(atMost(font, dp(mostFont))));
 }
 
 void dressFlat(MyButton &button)

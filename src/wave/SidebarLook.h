@@ -17,6 +17,12 @@ class QSize;
 /// @param pixels  device pixels
 [[nodiscard]] QFont atMost(QFont font, int pixels);
 
+/// The font of a sidebar's controls, as a style sheet: a font that a widget is given does not reach the parts of one
+/// that has a sheet.
+[[nodiscard]] QString sidebarFontStyle(const QFont &font);
+/// The height of a field in that font.
+[[nodiscard]] int sidebarFieldHeight(const QFont &font);
+
 /// A small button without a face of its own.
 void dressFlat(MyButton &button);
 
