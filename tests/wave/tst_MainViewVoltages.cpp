@@ -1,6 +1,10 @@
+#include "wave/AChnParameterSet.h"
+#include "wave/AChnTAG.h"
+#include "wave/AChnTiggerTAG.h"
 #include "wave/CursorMarker.h"
 #include "wave/MarkerDesk.h"
 
+#include <QComboBox>
 #include <QGraphicsView>
 #include <QShortcut>
 #include <QtTest>
@@ -9,6 +13,7 @@ namespace {
 
 constexpr int analogModel = 97;
 constexpr QSize deskSize(1190, 800);
+constexpr double defaultFullScale = 10000.0; ///< millivolts: ten divisions of 1 V
 
 } // namespace
 
@@ -38,6 +43,10 @@ private slots:
     void withoutACaptureTheMarkersWorkAllTheSame();
     void anotherModelTakesTheMarkersAway();
     void aResizedViewKeepsTheMarkersShare();
+    void aMarkerOnTheZeroLevelReadsNoVoltageAndAboveItAPositiveOne();
+    void anotherVoltsPerDivisionIsReadAtOnce();
+    void aZeroLevelThatMovesIsReadAtOnce();
+    void anotherChannelIsReadAtOnceByItsScale();
 
 private:
     /// The main view of the analog model, whose area is `height` high.
@@ -63,6 +72,27 @@ private:
             click(300, y);
         }
         [[nodiscard]] Qt::CursorShape shape() const { return waves->viewport()->cursor().shape(); }
+
+        /// The voltage that a marker reads, millivolts.
+        [[nodiscard]] double voltage(int id) const
+        {
+            const QString &text = values.at(id);
+            return text.endsWith(QStringLiteral("mV")) ? text.left(text.size() - 2).toDouble()
+                                                       : text.left(text.size() - 1).toDouble() * 1000.0;
+        }
+        [[nodiscard]] QComboBox *voltsPerDivision(int chn) const
+        {
+            return view.findChildren<AChnParameterSet *>().at(chn)->findChild<QComboBox *>();
+        }
+        [[nodiscard]] AChnTAG *zeroFlag(int chn) const
+        {
+            for (AChnTAG *flag : view.findChildren<AChnTAG *>()) {
+                if (flag->channel() == chn && qobject_cast<AChnTiggerTAG *>(flag) == nullptr) {
+                    return flag;
+                }
+            }
+            return nullptr;
+        }
 
         QStringList values;
     };
@@ -336,13 +366,63 @@ void TstMainViewVoltages::aResizedViewKeepsTheMarkersShare()
     Desk desk;
     desk.lay(0, desk.areaHeight() / 4);
     const double share = double(desk.line(0).position) / desk.line(0).refHeight;
-    const QStringList before = desk.values;
+    const double before = desk.voltage(0);
     desk.view.resize(900, 1600);
     QTRY_COMPARE(int(desk.line(0).boundingRect().width()), desk.waves->width());
     const int area = int(desk.items<ItemWaveBackground>().first()->sceneBoundingRect().top());
     QVERIFY(area > desk.areaHeight());
     QVERIFY(std::abs(desk.line(0).y() + 1 - share * area) <= 1.0);
-    QCOMPARE(desk.values, before);
+    QVERIFY(std::abs(desk.voltage(0) - before) <= defaultFullScale / desk.areaHeight()); // of a pixel
+}
+
+void TstMainViewVoltages::aMarkerOnTheZeroLevelReadsNoVoltageAndAboveItAPositiveOne()
+{
+    Desk desk;
+    const int zero = desk.zeroFlag(0)->centre();
+    desk.lay(0, zero);
+    QCOMPARE(desk.values.at(0), QStringLiteral("0.00mV"));
+    desk.lay(1, zero - desk.areaHeight() / 4);
+    QCOMPARE(desk.values.mid(1), (QStringList{QStringLiteral("2.50V"), QStringLiteral("2.50V")}));
+}
+
+void TstMainViewVoltages::anotherVoltsPerDivisionIsReadAtOnce()
+{
+    Desk desk;
+    desk.lay(0, desk.zeroFlag(0)->centre() - desk.areaHeight() / 4);
+    QComboBox *combo = desk.voltsPerDivision(0);
+    QCOMPARE(combo->currentText(), QStringLiteral("1V/div"));
+    combo->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(combo, Qt::Key_Up);
+    QCOMPARE(combo->currentText(), QStringLiteral("500mV/div"));
+    QCOMPARE(desk.values.at(0), QStringLiteral("1.25V"));
+}
+
+void TstMainViewVoltages::aZeroLevelThatMovesIsReadAtOnce()
+{
+    Desk desk;
+    AChnTAG *flag = desk.zeroFlag(0);
+    desk.lay(0, flag->centre());
+    const int before = flag->centre();
+    flag->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(flag, Qt::Key_Down);
+    const int moved = flag->centre() - before;
+    QVERIFY(moved > 0);
+    QVERIFY(std::abs(desk.voltage(0) - defaultFullScale * moved / desk.areaHeight()) < 0.01);
+}
+
+void TstMainViewVoltages::anotherChannelIsReadAtOnceByItsScale()
+{
+    Desk desk;
+    QComboBox *combo = desk.voltsPerDivision(1);
+    combo->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(combo, Qt::Key_Up);
+    QCOMPARE(combo->currentText(), QStringLiteral("500mV/div"));
+    const int zero = desk.zeroFlag(1)->centre();
+    desk.lay(0, zero);
+    desk.lay(1, zero - desk.areaHeight() / 4);
+    QVERIFY(desk.values.at(0) != QStringLiteral("0.00mV"));
+    desk.view.slotVoltageAChnChanged(1);
+    QCOMPARE(desk.values, (QStringList{QStringLiteral("0.00mV"), QStringLiteral("1.25V"), QStringLiteral("1.25V")}));
 }
 
 QTEST_MAIN(TstMainViewVoltages)
