@@ -26,8 +26,7 @@ AChnMeasureDialog::AChnMeasureDialog(int chnId, const QString &text, QWidget *pa
     if (parts.size() != gMeasureNames.size()) {
         parts.clear();
     }
-    auto *group = new QGroupBox;
-    group->setAccessibleName(windowTitle().simplified());
+    auto *group = new QGroupBox(QStringLiteral("CH%1").arg(chnId + 1));
     auto *grid = new QGridLayout(group);
     grid->setContentsMargins(dp(12), dp(8), dp(12), dp(8));
     grid->setHorizontalSpacing(dp(8));

@@ -1,6 +1,7 @@
 // The shipped languages: each holds every text of the program, and nothing else.
 
 #include "settings/Config.h"
+#include "settings/Globals.h"
 #include "settings/Language.h"
 #include "support/TranslatedTexts.h"
 
@@ -102,6 +103,8 @@ private slots:
     void everyFileNamesItselfWhole();
     void everyTextIsTranslatedOnceAndNothingElse_data() { addLanguages(); }
     void everyTextIsTranslatedOnceAndNothingElse();
+    void theNamesOfAnalogParametersAreTheSameInEveryLanguage_data() { addLanguages(); }
+    void theNamesOfAnalogParametersAreTheSameInEveryLanguage();
     void theProgramFindsEveryTranslation_data() { addLanguages(); }
     void theProgramFindsEveryTranslation();
     void everyTextIsWrittenInTheSignsOfItsLanguage_data();
@@ -172,6 +175,24 @@ void TstTranslations::everyTextIsTranslatedOnceAndNothingElse()
     QFETCH(QString, code);
     const QStringList faults = faultsOf(luxOf(code), programTexts());
     QVERIFY2(faults.isEmpty(), qPrintable(code + QLatin1Char('\n') + faults.join(QLatin1Char('\n'))));
+}
+
+void TstTranslations::theNamesOfAnalogParametersAreTheSameInEveryLanguage()
+{
+    // They are an oscilloscope's terms, and the keys of the channels' texts. Three of them are words of the digital
+    // measurements, too, which are translated; the panel of the analog ones does not ask for these.
+    QFETCH(QString, code);
+    const QStringList shared{QStringLiteral("Period"), QStringLiteral("Frequency"), QStringLiteral("DutyCycle")};
+    globalsFillNames();
+    QCOMPARE(gMeasureNames.size(), 17);
+    QStringList translated;
+    for (QDomElement e = luxOf(code).firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
+        const QString src = e.attribute(QStringLiteral("src"));
+        if (gMeasureNames.contains(src, Qt::CaseInsensitive) && !shared.contains(src) && e.text() != src) {
+            translated += src;
+        }
+    }
+    QCOMPARE(translated.join(QLatin1Char(' ')), QString());
 }
 
 void TstTranslations::theProgramFindsEveryTranslation()
