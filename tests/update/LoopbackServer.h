@@ -22,7 +22,10 @@ public:
     QList<QByteArray> requests; ///< heads, as they came
     int connections = 0;
 
-    explicit LoopbackServer(const QHostAddress &address = QHostAddress::LocalHost) { listen(address); }
+    explicit LoopbackServer(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0)
+    {
+        listen(address, port);
+    }
 
     /// Speaks TLS with a certificate and its key in PEM.
     void setCertificate(const QByteArray &pem)
