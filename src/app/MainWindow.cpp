@@ -143,6 +143,8 @@ void MainWindow::connectPanels()
 {
     connect(toolbar, &Toolbar::zoomValued, this, &MainWindow::slotToolbarZoomChanged);
     connect(toolbar, &Toolbar::frequViewChanged, this, &MainWindow::slotToolbarFrequChanged);
+    connect(toolbar, &Toolbar::startAsked, this, &MainWindow::startCapture);
+    connect(toolbar, &Toolbar::stopAsked, this, &MainWindow::slotSmpStop);
     mainMenu->shownPairs = [this] { return mainView->shownPairs(); };
     connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);

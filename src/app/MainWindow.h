@@ -120,6 +120,8 @@ private:
     void updatePosition();
     void showModelTitle(bool connected);
     void showConnection(bool connected);
+    /// Starts a capture, where the session lets one begin now.
+    void startCapture();
     void showRunError(int sta, int err, int n);
     void showRunState(int sta, int n);
     /// True when there is something that the view can zoom in and move through.

@@ -191,6 +191,14 @@ void MainWindow::slotPosiViewChanged(double posi)
     }
 }
 
+void MainWindow::startCapture()
+{
+    if (m_session.mayStartCapture()) {
+        toolbar->smpCtrl->beginProgress(); // before the run, whose failure hides it
+        m_session.startCapture();
+    }
+}
+
 void MainWindow::slotSmpStop()
 {
     m_session.stopCapture();

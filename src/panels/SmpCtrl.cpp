@@ -83,6 +83,12 @@ void SmpCtrl::showConnected(bool connected)
     }
 }
 
+void SmpCtrl::beginProgress()
+{
+    smpBar->setValue(0);
+    smpBar->setVisible(m_analog);
+}
+
 void SmpCtrl::setProgress(int percent)
 {
     smpBar->setValue(std::clamp(percent, 0, 100));
@@ -99,12 +105,10 @@ void SmpCtrl::normalClickedSlot() {}
 
 void SmpCtrl::singleClickedSlot()
 {
-    smpBar->setValue(0);
-    smpBar->setVisible(m_analog);
-    gDev->startCapture();
+    emit startAsked();
 }
 
 void SmpCtrl::stopClickedSlot()
 {
-    gDev->stopCapture();
+    emit stopAsked();
 }

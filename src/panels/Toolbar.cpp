@@ -50,6 +50,8 @@ void Toolbar::reload()
         vthSetting = new VthSetting(this);
     }
     smpCtrl = new SmpCtrl(this);
+    connect(smpCtrl, &SmpCtrl::startAsked, this, &Toolbar::startAsked);
+    connect(smpCtrl, &SmpCtrl::stopAsked, this, &Toolbar::stopAsked);
     smpZoom = new SmpZoom(this);
     connect(smpZoom, &SmpZoom::zoomValueChanged, this, &Toolbar::zoomValued);
     smpZoom->showRatio(m_ratio);

@@ -33,9 +33,12 @@ public:
 signals:
     void zoomValued(QString str);
     void frequViewChanged();
+    /// See SmpCtrl.
+    void startAsked();
+    void stopAsked();
 
 public slots:
-    /// Starts a capture, unless the user is just typing a threshold that is refused.
+    /// Asks for a capture, unless the user is just typing a threshold that is refused.
     void slotShortcutF5();
 
 private:

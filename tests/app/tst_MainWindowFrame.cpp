@@ -1,7 +1,9 @@
 #include "app/MainMenu.h"
 #include "app/WindowDesk.h"
+#include "controls/MyButton.h"
 #include "device/DeviceGlobals.h"
 #include "panels/DevSetting.h"
+#include "panels/SmpCtrl.h"
 #include "panels/Toolbar.h"
 #include "settings/Globals.h"
 #include "wave/MainView.h"
@@ -27,6 +29,7 @@ private slots:
     void theWindowIsNeverSmallerThanItsPanelsNeed();
     void aBarWiderThanTheWindowFollowsWheelAndFocus();
     void theStartKeyIsPressedOnceHoweverLongItIsHeld();
+    void noCaptureBeginsWhileAFileIsReadOrWritten();
     void theStateLineTellsWhetherAFileIsInView();
     void aMaximisedWindowKeepsItsPositionForLater();
     void theTitleNamesTheModelAndTheState();
@@ -118,6 +121,21 @@ void TstMainWindowFrame::theStartKeyIsPressedOnceHoweverLongItIsHeld()
     }
     gDev->setSmpDepthIndex(0);
     QTest::keyClick(m_window.get(), Qt::Key_F5);
+    QVERIFY(gDev->isCapturing());
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
+}
+
+void TstMainWindowFrame::noCaptureBeginsWhileAFileIsReadOrWritten()
+{
+    gDev->setSmpDepthIndex(0);
+    {
+        const Session::FileJob job(*m_session);
+        QTest::keyClick(m_window.get(), Qt::Key_F5);
+        QVERIFY(!gDev->isCapturing());
+        QTest::mouseClick(m_window->findChild<SmpCtrl *>()->btnSingle, Qt::LeftButton);
+        QVERIFY(!gDev->isCapturing());
+    }
+    QTest::mouseClick(m_window->findChild<SmpCtrl *>()->btnSingle, Qt::LeftButton);
     QVERIFY(gDev->isCapturing());
     QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
 }

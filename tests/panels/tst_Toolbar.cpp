@@ -27,7 +27,8 @@ private slots:
     void afterAReplacementNothingKnowsTheOldDevice();
     void theGroupsFollowTheModel();
     void onlyModelsWithThresholdsOfferThem();
-    void f5StartsACaptureAlsoFromAComboBox();
+    void f5AsksForACaptureAlsoFromAComboBox();
+    void aBarThatWasBuiltAnewStillAsks();
     void theShownRatioComesBackAfterAReload();
     void everyControlIsReachedByTabInReadingOrder();
 };
@@ -139,10 +140,9 @@ void TstToolbar::onlyModelsWithThresholdsOfferThem()
     }
 }
 
-void TstToolbar::f5StartsACaptureAlsoFromAComboBox()
+void TstToolbar::f5AsksForACaptureAlsoFromAComboBox()
 {
     const PanelDevice device(storage16Model);
-    QVERIFY(gDev->setSmpDepthIndex(0));
     QWidget window;
     Toolbar bar(&window);
     auto *shortcut = new QShortcut(QKeySequence(Qt::Key_F5), &window);
@@ -152,12 +152,23 @@ void TstToolbar::f5StartsACaptureAlsoFromAComboBox()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     bar.smpSetting->depthBox->setFocus();
     QVERIFY(bar.smpSetting->depthBox->hasFocus());
-    QSignalSpy starts(gDev, &DevBase::sigCaptureStarts);
-    bool ready = false;
-    connect(gDev, &DevBase::sigSmpDataReady, &window, [&ready] { ready = true; });
+    QSignalSpy asked(&bar, &Toolbar::startAsked);
     QTest::keyClick(bar.smpSetting->depthBox, Qt::Key_F5);
+    QCOMPARE(asked.size(), 1);
+}
+
+void TstToolbar::aBarThatWasBuiltAnewStillAsks()
+{
+    PanelDevice device(storage16Model);
+    Toolbar bar;
+    device.replace(analogModel);
+    bar.reload();
+    QSignalSpy starts(&bar, &Toolbar::startAsked);
+    QSignalSpy stops(&bar, &Toolbar::stopAsked);
+    bar.smpCtrl->btnSingle->click();
+    bar.smpCtrl->btnStop->click();
     QCOMPARE(starts.size(), 1);
-    QTRY_VERIFY(ready);
+    QCOMPARE(stops.size(), 1);
 }
 
 void TstToolbar::theShownRatioComesBackAfterAReload()

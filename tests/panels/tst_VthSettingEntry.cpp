@@ -370,7 +370,7 @@ void TstVthSettingEntry::f5TakesWhatIsBeingTypedBeforeItStarts()
     VthDesk desk(oneRowModel, customSettings("1"));
     Toolbar bar;
     QStringList order;
-    connect(gDev, &DevBase::sigCaptureStarts, &bar, [&] { order = desk.instrument.calls; });
+    connect(&bar, &Toolbar::startAsked, &bar, [&] { order = desk.instrument.calls; });
     bar.vthSetting->vthEdits.at(0)->setText(text("2.2"));
     desk.instrument.calls.clear();
     bar.slotShortcutF5();
@@ -382,7 +382,7 @@ void TstVthSettingEntry::f5WithARefusedEntryStartsNothing()
     VthDesk desk(oneRowModel, customSettings("1"));
     Toolbar bar;
     int starts = 0;
-    connect(gDev, &DevBase::sigCaptureStarts, &bar, [&starts] { ++starts; });
+    connect(&bar, &Toolbar::startAsked, &bar, [&starts] { ++starts; });
     bar.vthSetting->vthEdits.at(0)->setText(text("22"));
     bar.slotShortcutF5();
     QCOMPARE(starts, 0);
