@@ -1,6 +1,7 @@
 #include "CanAnalyzer.h"
 
 #include "CanRateFinder.h"
+#include "common/BitGrid.h"
 
 #include <algorithm>
 #include <string>
@@ -64,8 +65,7 @@ void CanAnalyzer::chooseTimes()
         }
     }
     if (sampleRate() < leastSamplesPerBit * rate) {
-        fail("The sample rate is too low: " + std::to_string(rate) + " bits/s need at least " +
-             std::to_string(leastSamplesPerBit * rate) + " Hz");
+        fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
     const CanRates rates = {.sample = sampleRate(), .nominal = rate, .data = dataRate};
     m_looks = m_settings.lookTimes(rates);

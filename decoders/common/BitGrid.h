@@ -5,8 +5,17 @@
 #include <corvanlux/analyzer/ChannelReader.h>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace lux {
+
+/// What a user is told of a capture with too few samples for a bit.
+/// @param bitRate  bits per second @param samplesPerBit  the least that is decoded
+[[nodiscard]] inline std::string tooFewSamples(std::int64_t bitRate, std::int64_t samplesPerBit)
+{
+    return "The sample rate is too low: " + std::to_string(bitRate) + " bits/s need at least " +
+           std::to_string(samplesPerBit * bitRate) + " Hz";
+}
 
 /// The bits of an asynchronous element as samples from its first edge.
 ///

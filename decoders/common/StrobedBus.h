@@ -15,6 +15,18 @@ namespace lux {
 /// The level at which a line is active.
 enum class ActiveLevel : std::uint8_t { Low, High };
 
+/// The bits of a word: as set, or a byte or 16 bits, whichever the lines need.
+/// @param set  0 for what the lines need
+[[nodiscard]] inline unsigned strobedBits(std::int32_t set, const BusLineSettings &data)
+{
+    constexpr unsigned bitsOfByte = 8;
+    constexpr unsigned bitsOfWord = 16;
+    if (set != 0) {
+        return unsigned(set);
+    }
+    return data.width() <= bitsOfByte ? bitsOfByte : bitsOfWord;
+}
+
 /// A line that is active while an access goes on. Never leaves the decode at the data's end.
 class Strobe {
 public:
@@ -187,5 +199,31 @@ private:
     BusLines m_data;
     bool m_activeHigh;
 };
+
+// ---- simulation -----------------------------------------------------------------------------------------------------
+
+constexpr std::uint32_t strobedWords = 8; ///< words of data behind a simulated command are fewer
+
+/// Quarters of a simulated access in a second.
+[[nodiscard]] inline std::int64_t strobedQuarters(const Simulation &simulation)
+{
+    constexpr std::int64_t usualRate = 2000000; // accesses/s
+    constexpr std::int64_t samplesPerAccess = 8;
+    constexpr std::int64_t partsOfAccess = 4;
+    return std::max<std::int64_t>(1, std::min(usualRate, simulation.sampleRate() / samplesPerAccess)) * partsOfAccess;
+}
+
+/// A simulated access: the word is there from the strobe's begin to a quarter of an access behind its end.
+inline void driveStrobe(Simulation &simulation, SimulationLine &strobe, bool active, const BusLineSettings &data,
+                        std::uint32_t word)
+{
+    const std::int64_t quarters = strobedQuarters(simulation);
+    simulation.holdTime(1, quarters);
+    strobe.set(active);
+    driveBus(simulation, data, word);
+    simulation.holdTime(2, quarters);
+    strobe.set(!active);
+    simulation.holdTime(1, quarters);
+}
 
 } // namespace lux

@@ -41,8 +41,7 @@ void DmxAnalyzer::decode()
     const std::int64_t rate = m_settings.baudrate.value() != 0 ? m_settings.baudrate.value() : findBitRate();
     const BitGrid grid(sampleRate(), rate);
     if (grid.isCoarserThan(leastSamplesPerBit)) {
-        fail("The sample rate is too low: " + std::to_string(rate) + " bits/s need at least " +
-             std::to_string(leastSamplesPerBit * rate) + " Hz");
+        fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
     AsyncLine line(reader(m_settings.rx), grid, format());
     Packet packet;

@@ -1,81 +1,9 @@
 #include "I2cAnalyzer.h"
+#include "common/StartStopSender.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <initializer_list>
 
 using lux::Simulation;
-using lux::SimulationLine;
-
-namespace {
-
-constexpr std::int64_t standardRate = 100000; ///< bits/s, UM10204, table 10
-constexpr std::int64_t samplesPerBit = 16;
-constexpr std::int64_t partsOfBit = 4;
-
-/// The controller of a simulated bus.
-class Controller {
-public:
-    Controller(Simulation &simulation, const Channel &scl, const Channel &sda)
-        : m_simulation(simulation),
-          m_scl(simulation.line(scl, true)),
-          m_sda(simulation.line(sda, true)),
-          m_rate(std::max<std::int64_t>(1, std::min(standardRate, simulation.sampleRate() / samplesPerBit)))
-    {}
-
-    void start()
-    {
-        m_sda.set(true);
-        wait(1);
-        m_scl.set(true);
-        wait(2);
-        m_sda.set(false);
-        wait(2);
-        m_scl.set(false);
-        wait(1);
-    }
-    void stop()
-    {
-        m_sda.set(false);
-        wait(1);
-        m_scl.set(true);
-        wait(2);
-        m_sda.set(true);
-        wait(2);
-    }
-    void bit(bool value)
-    {
-        m_sda.set(value);
-        wait(1);
-        m_scl.set(true);
-        wait(2);
-        m_scl.set(false);
-        wait(1);
-    }
-    void byte(std::uint32_t value, bool nack = false)
-    {
-        for (unsigned i = 8; i > 0; --i) {
-            bit((value >> (i - 1) & 1U) != 0);
-        }
-        bit(nack);
-    }
-    void bytes(std::initializer_list<std::uint32_t> values)
-    {
-        for (const std::uint32_t value : values) {
-            byte(value);
-        }
-    }
-    /// Lets quarters of a bit pass.
-    void wait(std::int64_t parts) { m_simulation.holdTime(parts, m_rate * partsOfBit); }
-
-private:
-    Simulation &m_simulation;
-    SimulationLine &m_scl;
-    SimulationLine &m_sda;
-    std::int64_t m_rate;
-};
-
-} // namespace
 
 /// Messages with bytes that count up, of eight forms in turn.
 void I2cAnalyzer::simulate(Simulation &simulation)
@@ -90,7 +18,7 @@ void I2cAnalyzer::simulate(Simulation &simulation)
         Slow,
         Broken
     };
-    Controller bus(simulation, m_settings.scl, m_settings.sda);
+    lux::StartStopSender bus(simulation, m_settings.scl, m_settings.sda);
     const std::uint32_t number = m_sent & 0xffU;
     bus.wait(16 + simulation.random(64));
     bus.start();
@@ -124,9 +52,7 @@ void I2cAnalyzer::simulate(Simulation &simulation)
         break;
     default: // a stop within a byte
         bus.byte(0xa0);
-        bus.bit(true);
-        bus.bit(false);
-        bus.bit(true);
+        bus.cutByte();
         break;
     }
     bus.stop();

@@ -1,11 +1,11 @@
 #include "IrNecAnalyzer.h"
 
 #include "common/Duration.h"
+#include "common/RestLevel.h"
 
 #include <algorithm>
 #include <string>
 
-using lux::ChannelReader;
 using lux::Sample;
 
 LUX_PLUGIN(IrNecAnalyzer)
@@ -25,7 +25,6 @@ constexpr std::int64_t repeatPeriod = 108000000;
 constexpr std::int64_t carrierGap = 120000;
 
 constexpr unsigned frameBits = 32;
-constexpr int edgesForPolarity = 20000;
 
 } // namespace
 
@@ -66,21 +65,7 @@ bool IrNecAnalyzer::isActiveHigh()
     if (m_settings.polarity != IrPolarity::Auto) {
         return m_settings.polarity == IrPolarity::High;
     }
-    ChannelReader line(reader(m_settings.ir));
-    Sample longest = 0;
-    bool rest = true;
-    for (int i = 0; i < edgesForPolarity; ++i) {
-        const Sample width = line.peekEdge() - line.position();
-        if (width > longest) {
-            longest = width;
-            rest = line.level();
-        }
-        if (!line.hasEdge()) {
-            break;
-        }
-        line.nextEdge();
-    }
-    return !rest;
+    return !lux::restLevel(reader(m_settings.ir), true);
 }
 
 /// An edge is known to a sample.

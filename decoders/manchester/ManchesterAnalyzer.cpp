@@ -1,6 +1,8 @@
 #include "ManchesterAnalyzer.h"
 
 #include "HalfBitFinder.h"
+#include "common/BitGrid.h"
+#include "common/RestLevel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,11 +14,7 @@ using lux::Sample;
 
 LUX_PLUGIN(ManchesterAnalyzer)
 
-namespace {
-
-constexpr int edgesForPolarity = 20000;
-
-} // namespace
+namespace {} // namespace
 
 std::uint32_t ManchesterAnalyzer::NeededSampleRate()
 {
@@ -44,8 +42,7 @@ double ManchesterAnalyzer::findHalf()
     const std::int64_t set = m_settings.bitrate.value();
     const double half = set == 0 ? 0.0 : double(sampleRate()) / double(2 * set);
     if (set != 0 && sampleRate() < leastSamplesPerBit * set) {
-        fail("The sample rate is too low: " + std::to_string(set) + " bits/s need at least " +
-             std::to_string(leastSamplesPerBit * set) + " Hz");
+        fail(lux::tooFewSamples(set, leastSamplesPerBit));
     }
     if (set != 0 && finder.fits(half)) {
         return half;
@@ -67,21 +64,7 @@ bool ManchesterAnalyzer::restsHigh()
     if (m_settings.polarity != ManchesterPolarity::Auto) {
         return m_settings.polarity == ManchesterPolarity::Low;
     }
-    ChannelReader line(reader(m_settings.data));
-    Sample longest = 0;
-    bool rest = false;
-    for (int i = 0; i < edgesForPolarity; ++i) {
-        const Sample width = line.peekEdge() - line.position();
-        if (width > longest) {
-            longest = width;
-            rest = line.level();
-        }
-        if (!line.hasEdge()) {
-            break;
-        }
-        line.nextEdge();
-    }
-    return rest;
+    return lux::restLevel(reader(m_settings.data), false);
 }
 
 /// The first bit of the preamble; none where the run has no preamble.

@@ -23,11 +23,7 @@ Parallel6800Settings::Parallel6800Settings()
 
 unsigned Parallel6800Settings::bits() const
 {
-    if (width.value() != 0) {
-        return unsigned(width.value());
-    }
-    constexpr unsigned ofByte = 8;
-    return data.width() <= ofByte ? ofByte : mostLines;
+    return lux::strobedBits(width, data);
 }
 
 std::string Parallel6800Settings::check() const

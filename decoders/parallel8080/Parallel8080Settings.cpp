@@ -23,11 +23,7 @@ Parallel8080Settings::Parallel8080Settings()
 
 unsigned Parallel8080Settings::bits() const
 {
-    if (width.value() != 0) {
-        return unsigned(width.value());
-    }
-    constexpr unsigned ofByte = 8;
-    return data.width() <= ofByte ? ofByte : mostLines;
+    return lux::strobedBits(width, data);
 }
 
 std::string Parallel8080Settings::check() const

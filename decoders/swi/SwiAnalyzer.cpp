@@ -2,6 +2,7 @@
 
 #include "SwiNames.h"
 #include "common/Duration.h"
+#include "common/BitGrid.h"
 #include "common/FilteredLine.h"
 
 #include <algorithm>
@@ -40,8 +41,7 @@ void SwiAnalyzer::decode()
 {
     const std::int64_t rate = m_settings.bitRate;
     if (sampleRate() < leastSamplesPerBit * rate) {
-        fail("The sample rate is too low: " + std::to_string(rate) + " bits/s need at least " +
-             std::to_string(leastSamplesPerBit * rate) + " Hz");
+        fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
     setTimes();
     m_stage = Stage::Lost;
