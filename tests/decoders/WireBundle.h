@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/DecodeDesk.h"
+#include "LinePart.h"
 
 #include <cstdint>
 #include <memory>
@@ -43,16 +43,7 @@ public:
     {
         auto made = std::make_unique<TestCapture>(sampleRate, (length < 0 ? m_now : length) - from, 64);
         for (std::uint32_t i = 0; i < m_lines.size(); ++i) {
-            bool level = m_lines[i].startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : m_lines[i].edges()) {
-                if (edge <= from) {
-                    level = !level;
-                } else {
-                    edges.push_back(edge - from);
-                }
-            }
-            made->channel(i, level, edges);
+            addPart(*made, i, m_lines[i], from);
         }
         return made;
     }

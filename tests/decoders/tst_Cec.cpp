@@ -1,5 +1,6 @@
 #include "CecAnalyzer.h"
 #include "DecoderChecks.h"
+#include "LinePart.h"
 
 #include <QtTest>
 
@@ -302,13 +303,8 @@ void TstCec::aCaptureMayBeginAnywhere()
     wire.message({0x05, 0xc4}).message({0x50, 0x44, 0x41});
     const auto whole = Decoded(wire).frames();
     for (std::int64_t from = 1; from < wire.now(); from += 7) {
-        bool level = true;
-        std::vector<std::int64_t> edges;
-        for (const std::int64_t edge : wire.edges().edges()) {
-            edge <= from ? void(level = !level) : edges.push_back(edge - from);
-        }
         TestCapture capture(sampleRate, wire.now() - from);
-        capture.channel(channel, level, edges);
+        addPart(capture, channel, wire.edges(), from);
         DecodeDesk desk(std::make_unique<CecAnalyzer>(), line);
         const auto got = desk.run(capture).frames();
         for (std::size_t i = 0; i < got.size(); ++i) {

@@ -1,5 +1,6 @@
 #include "DecoderChecks.h"
 #include "I2cAnalyzer.h"
+#include "StartStopWire.h"
 
 #include <QtTest>
 
@@ -11,90 +12,19 @@ using Texts = std::vector<std::string>;
 
 namespace {
 
-constexpr std::int64_t sampleRate = 1000000;
-constexpr std::uint32_t sclChannel = 5;
-constexpr std::uint32_t sdaChannel = 6;
-constexpr const char *lines = "scl=5,sda=6";
+using Wire = StartStopWire;
 
-/// Both lines of a bus by the figures of UM10204, 3.1: SDA changes while SCL is low, a bit is 10 samples.
-class Wire {
-public:
-    Wire() : m_scl(true), m_sda(true) {}
-    Wire &wait(std::int64_t samples)
-    {
-        m_now += samples;
-        return *this;
-    }
-    Wire &scl(bool level)
-    {
-        m_scl.holdUntil(m_now).set(level);
-        return *this;
-    }
-    Wire &sda(bool level)
-    {
-        m_sda.holdUntil(m_now).set(level);
-        return *this;
-    }
-    Wire &start()
-    {
-        sda(true).wait(3).scl(true).wait(4);
-        starts.push_back(m_now);
-        return sda(false).wait(4).scl(false).wait(1);
-    }
-    Wire &stop()
-    {
-        sda(false).wait(3).scl(true).wait(4);
-        stops.push_back(m_now);
-        return sda(true).wait(10);
-    }
-    Wire &bit(bool level) { return sda(level).wait(4).scl(true).wait(4).scl(false).wait(2); }
-    Wire &byte(unsigned value, bool ack = true)
-    {
-        bytes.push_back(m_now + 4);
-        for (unsigned i = 8; i > 0; --i) {
-            bit((value >> (i - 1) & 1U) != 0);
-        }
-        bit(!ack);
-        ends.push_back(m_now - 3);
-        return *this;
-    }
-    [[nodiscard]] std::int64_t now() const { return m_now; }
-    [[nodiscard]] std::unique_ptr<TestCapture> capture(std::int64_t length = -1, std::int64_t from = 0,
-                                                       std::int64_t rate = sampleRate) const
-    {
-        auto made = std::make_unique<TestCapture>(rate, (length < 0 ? m_now : length) - from);
-        for (const auto &[channel, line] : {std::pair(sclChannel, &m_scl), std::pair(sdaChannel, &m_sda)}) {
-            bool level = line->startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : line->edges()) {
-                if (edge <= from) {
-                    level = !level;
-                } else {
-                    edges.push_back(edge - from);
-                }
-            }
-            made->channel(channel, level, edges);
-        }
-        return made;
-    }
-
-    std::vector<std::int64_t> starts; ///< the edge of each start, and of each stop
-    std::vector<std::int64_t> stops;
-    std::vector<std::int64_t> bytes; ///< the rise of each byte's first clock, and the last sample of its ninth
-    std::vector<std::int64_t> ends;
-
-private:
-    EdgeLine m_scl;
-    EdgeLine m_sda;
-    std::int64_t m_now = 0;
-};
+constexpr std::int64_t sampleRate = Wire::sampleRate;
+constexpr std::uint32_t sclChannel = Wire::sclChannel;
+constexpr std::uint32_t sdaChannel = Wire::sdaChannel;
+constexpr const char *lines = Wire::lines;
 
 /// A run on what was sent.
 class Decoded : public DecodeDesk {
 public:
     explicit Decoded(const Wire &wire, const std::string &settings = lines, std::int64_t length = -1,
                      std::int64_t from = 0, std::int64_t rate = sampleRate)
-        : DecodeDesk(std::make_unique<I2cAnalyzer>(), settings), m_capture(wire.capture(length, from, rate))
+        : DecodeDesk(std::make_unique<I2cAnalyzer>(), settings), m_capture(wire.capture(length, from, 0, rate))
     {
         run(*m_capture);
     }

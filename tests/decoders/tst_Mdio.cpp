@@ -1,4 +1,5 @@
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "MdioAnalyzer.h"
 
 #include <QtTest>
@@ -52,12 +53,7 @@ public:
     {
         auto made = std::make_unique<TestCapture>(sampleRate, (length < 0 ? now() : length) - from + shift);
         for (const auto &[channel, line] : {std::pair(clockChannel, &m_clock), std::pair(dataChannel, &m_data)}) {
-            bool level = line->startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : line->edges()) {
-                edge <= from ? void(level = !level) : edges.push_back(edge - from + shift);
-            }
-            made->channel(channel, level, edges);
+            addPart(*made, channel, *line, from, shift);
         }
         return made;
     }

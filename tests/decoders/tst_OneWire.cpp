@@ -1,4 +1,5 @@
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "OneWireAnalyzer.h"
 
 #include <QtTest>
@@ -82,6 +83,16 @@ public:
 private:
     TestCapture m_capture;
 };
+
+/// "01101", in the order in which they are sent.
+std::string lowestBits(unsigned value, unsigned count)
+{
+    std::string bits;
+    for (unsigned i = 0; i < count; ++i) {
+        bits += (value >> i & 1U) != 0 ? '1' : '0';
+    }
+    return bits;
+}
 
 /// Kinds and values without what an element is for.
 Texts plain(const DecodeDesk &desk)
@@ -313,14 +324,8 @@ void TstOneWire::aCaptureMayBeginAnywhere()
     wire.reset().byte(0xcc).byte(0x44).wait(300).reset().byte(0x33).byte(0x28).wait(100);
     const auto whole = Decoded(wire).frames();
     for (std::int64_t from = 1; from < wire.now(); from += 3) {
-        EdgeLine cut(true);
-        bool level = true;
-        std::vector<std::int64_t> edges;
-        for (const std::int64_t edge : wire.edges().edges()) {
-            edge <= from ? void(level = !level) : edges.push_back(edge - from);
-        }
         TestCapture capture(sampleRate, wire.now() - from);
-        capture.channel(channel, level, edges);
+        addPart(capture, channel, wire.edges(), from);
         DecodeDesk desk(std::make_unique<OneWireAnalyzer>(), line);
         const auto got = desk.run(capture).frames();
         QVERIFY(got.size() <= whole.size());
@@ -420,57 +425,50 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent()
     const auto got = desk.run(*capture).frames();
     const Texts texts = plain(desk);
     std::size_t at = 0;
+    const auto expect = [&](const Texts &expected) {
+        for (const std::string &text : expected) {
+            QCOMPARE(texts.at(at++), text);
+        }
+    };
+    const auto codeIs = [&](unsigned serial, bool right) {
+        at += 7;
+        QCOMPARE(got[at].value("code").substr(2), QString::asprintf("%012X28", serial).toStdString());
+        QCOMPARE(got[at++].value("crcok"), std::string(right ? "1" : "0"));
+    };
     unsigned messages = 0;
     for (; at + 24 < got.size(); ++messages) {
         const unsigned n = messages & 0xffU;
-        const auto next = [&] { return texts.at(at++); };
-        const auto codeIs = [&](unsigned serial, bool right) {
-            at += 7;
-            QCOMPARE(got[at].value("code").substr(2), QString::asprintf("%012X28", serial).toStdString());
-            QCOMPARE(got[at++].value("crcok"), std::string(right ? "1" : "0"));
-        };
-        QCOMPARE(next(), std::string(messages % 8 == 4 ? "reset 0" : "reset 1"));
+        expect({messages % 8 == 4 ? "reset 0" : "reset 1"});
         switch (messages % 8) {
         case 0:
-            QCOMPARE(next(), std::string("byte 204"));
-            QCOMPARE(next(), std::string("byte 68"));
+            expect({"byte 204", "byte 68"});
             break;
         case 1:
-            QCOMPARE(next(), std::string("byte 51"));
+            expect({"byte 51"});
             codeIs(messages, true);
             break;
         case 2:
         case 5:
-            QCOMPARE(next(), std::string("byte 85"));
+            expect({"byte 85"});
             codeIs(messages % 8 == 2 ? messages : messages ^ 1U, messages % 8 == 2);
-            QCOMPARE(next(), std::string("byte 190"));
-            QCOMPARE(next(), "byte " + std::to_string(n));
-            QCOMPARE(next(), "byte " + std::to_string(n ^ 0xffU));
+            expect({"byte 190", "byte " + std::to_string(n), "byte " + std::to_string(n ^ 0xffU)});
             break;
         case 3:
-            QCOMPARE(next(), std::string("byte 240"));
+            expect({"byte 240"});
             QCOMPARE(got[at].value("conflicts"), std::string("0000000000000100"));
-            QVERIFY(next().starts_with("search "));
+            QVERIFY(texts.at(at++).starts_with("search "));
             break;
         case 4:
             break;
-        case 6: {
-            std::string bits = "rest ";
-            for (unsigned i = 0; i < 5; ++i) {
-                bits += (n >> i & 1U) != 0 ? '1' : '0';
-            }
-            QCOMPARE(next(), bits);
+        case 6:
+            expect({"rest " + lowestBits(n, 5)});
             break;
-        }
         default:
             if (fast) {
-                for (const char *expected : {"byte 60", "reset 1", "byte 204", "byte 240"}) {
-                    QCOMPARE(next(), std::string(expected));
-                }
-                QCOMPARE(next(), "byte " + std::to_string(n));
+                expect({"byte 60", "reset 1", "byte 204", "byte 240", "byte " + std::to_string(n)});
             } else {
-                QCOMPARE(next(), std::string("byte 236"));
-                QVERIFY(next().starts_with("search "));
+                expect({"byte 236"});
+                QVERIFY(texts.at(at++).starts_with("search "));
             }
         }
     }

@@ -1,6 +1,7 @@
 #include "DecoderChecks.h"
 #include "SmbusAnalyzer.h"
 #include "SmbusProtocol.h"
+#include "StartStopWire.h"
 
 #include <QtTest>
 
@@ -13,86 +14,12 @@ using Texts = std::vector<std::string>;
 
 namespace {
 
-constexpr std::int64_t sampleRate = 1000000;
-constexpr std::uint32_t sclChannel = 5;
-constexpr std::uint32_t sdaChannel = 6;
-constexpr const char *lines = "scl=5,sda=6";
+using Wire = StartStopWire;
 
-/// Both lines of a bus by the figures of SMBus 3.1, 4.3: SMBDAT changes while SMBCLK is low, a bit is 10 samples.
-class Wire {
-public:
-    Wire() : m_scl(true), m_sda(true) {}
-    Wire &wait(std::int64_t samples)
-    {
-        m_now += samples;
-        return *this;
-    }
-    Wire &scl(bool level)
-    {
-        m_scl.holdUntil(m_now).set(level);
-        return *this;
-    }
-    Wire &sda(bool level)
-    {
-        m_sda.holdUntil(m_now).set(level);
-        return *this;
-    }
-    Wire &start()
-    {
-        sda(true).wait(3).scl(true).wait(4);
-        starts.push_back(m_now);
-        return sda(false).wait(4).scl(false).wait(1);
-    }
-    Wire &stop()
-    {
-        sda(false).wait(3).scl(true).wait(4);
-        stops.push_back(m_now);
-        return sda(true).wait(10);
-    }
-    Wire &bit(bool level) { return sda(level).wait(4).scl(true).wait(4).scl(false).wait(2); }
-    Wire &byte(unsigned value, bool ack = true)
-    {
-        bytes.push_back(m_now + 4);
-        for (unsigned i = 8; i > 0; --i) {
-            bit((value >> (i - 1) & 1U) != 0);
-        }
-        bit(!ack);
-        ends.push_back(m_now - 3);
-        return *this;
-    }
-    Wire &all(std::initializer_list<unsigned> values)
-    {
-        for (const unsigned value : values) {
-            byte(value);
-        }
-        return *this;
-    }
-    [[nodiscard]] std::int64_t now() const { return m_now; }
-    [[nodiscard]] std::unique_ptr<TestCapture> capture(std::int64_t length = -1, std::int64_t from = 0,
-                                                       std::int64_t shift = 0) const
-    {
-        auto made = std::make_unique<TestCapture>(sampleRate, (length < 0 ? m_now : length) - from + shift);
-        for (const auto &[channel, line] : {std::pair(sclChannel, &m_scl), std::pair(sdaChannel, &m_sda)}) {
-            bool level = line->startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : line->edges()) {
-                edge <= from ? void(level = !level) : edges.push_back(edge - from + shift);
-            }
-            made->channel(channel, level, edges);
-        }
-        return made;
-    }
-
-    std::vector<std::int64_t> starts; ///< the edge of each start, and of each stop
-    std::vector<std::int64_t> stops;
-    std::vector<std::int64_t> bytes; ///< the rise of each byte's first clock, and the last sample of its ninth
-    std::vector<std::int64_t> ends;
-
-private:
-    EdgeLine m_scl;
-    EdgeLine m_sda;
-    std::int64_t m_now = 20;
-};
+constexpr std::int64_t sampleRate = Wire::sampleRate;
+constexpr std::uint32_t sclChannel = Wire::sclChannel;
+constexpr std::uint32_t sdaChannel = Wire::sdaChannel;
+constexpr const char *lines = Wire::lines;
 
 /// A run on what was sent.
 class Decoded : public DecodeDesk {

@@ -1,4 +1,5 @@
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "SpiAnalyzer.h"
 
 #include <QtTest>
@@ -73,16 +74,7 @@ public:
         auto made = std::make_unique<TestCapture>(sampleRate, (length < 0 ? m_now : length) - from);
         const EdgeLine *lines[] = {&m_clk, &m_mosi, &m_miso, &m_cs};
         for (std::uint32_t i = 0; i < 4; ++i) {
-            bool level = lines[i]->startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : lines[i]->edges()) {
-                if (edge <= from) {
-                    level = !level;
-                } else {
-                    edges.push_back(edge - from);
-                }
-            }
-            made->channel(i, level, edges);
+            addPart(*made, i, *lines[i], from);
         }
         return made;
     }

@@ -1,3 +1,4 @@
+#include "AsyncSender.h"
 #include "DecoderChecks.h"
 #include "UartAnalyzer.h"
 
@@ -13,52 +14,7 @@ namespace {
 
 constexpr std::int64_t sampleRate = 1000000;
 
-/// Writes start-stop characters as TIA-232-F has them on the wire: times in bits, kept as they are.
-class Sender {
-public:
-    explicit Sender(double samplesPerBit, bool idleHigh = true)
-        : m_line(idleHigh), m_width(samplesPerBit), m_idleHigh(idleHigh)
-    {}
-    Sender &idle(double bits) { return level(true, bits); }
-    Sender &low(double bits) { return level(false, bits); }
-    /// Start bit, the bits in the order of time ("10000010"), then so many stop bits.
-    Sender &raw(const std::string &bits, double stopBits = 1)
-    {
-        starts.push_back(std::int64_t(std::ceil(m_time)));
-        low(1);
-        for (const char bit : bits) {
-            level(bit == '1', 1);
-        }
-        return idle(stopBits);
-    }
-    /// Eight data bits, the lowest first.
-    Sender &byte(unsigned value, double stopBits = 1)
-    {
-        std::string bits;
-        for (unsigned i = 0; i < 8; ++i) {
-            bits += (value >> i & 1U) != 0 ? '1' : '0';
-        }
-        return raw(bits, stopBits);
-    }
-    [[nodiscard]] std::int64_t now() const { return std::int64_t(std::ceil(m_time)); }
-    [[nodiscard]] const EdgeLine &line() const { return m_line; }
-
-    std::vector<std::int64_t> starts; ///< the sample of each start edge
-
-private:
-    Sender &level(bool mark, double bits)
-    {
-        m_line.holdUntil(now()).set(mark == m_idleHigh);
-        m_time += bits * m_width;
-        m_line.holdUntil(now());
-        return *this;
-    }
-
-    EdgeLine m_line;
-    double m_width;
-    double m_time = 0;
-    bool m_idleHigh;
-};
+using Sender = AsyncSender;
 
 /// A run on what was sent, on channel 3.
 class Decoded : public DecodeDesk {

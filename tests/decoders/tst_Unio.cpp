@@ -1,4 +1,5 @@
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "UnioAnalyzer.h"
 
 #include <QtTest>
@@ -76,12 +77,7 @@ public:
         : DecodeDesk(std::make_unique<UnioAnalyzer>(), line),
           m_capture(rate, (length < 0 ? wire.now() : length) - from + shift)
     {
-        bool level = true;
-        std::vector<std::int64_t> edges;
-        for (const std::int64_t edge : wire.edges().edges()) {
-            edge <= from ? void(level = !level) : edges.push_back(edge - from + shift);
-        }
-        m_capture.channel(channel, level, edges);
+        addPart(m_capture, channel, wire.edges(), from, shift);
         run(m_capture);
     }
 

@@ -1,4 +1,5 @@
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "UsbAnalyzer.h"
 #include "UsbNames.h"
 
@@ -127,16 +128,7 @@ public:
         auto made = std::make_unique<TestCapture>(rate(), (length < 0 ? now() : length) - from);
         const EdgeLine *lines[] = {m_fullSpeed ? &m_j : &m_k, m_fullSpeed ? &m_k : &m_j};
         for (std::uint32_t i = 0; i < 2; ++i) {
-            bool level = lines[i]->startLevel();
-            std::vector<std::int64_t> edges;
-            for (const std::int64_t edge : lines[i]->edges()) {
-                if (edge <= from) {
-                    level = !level;
-                } else {
-                    edges.push_back(edge - from);
-                }
-            }
-            made->channel(i, level, edges);
+            addPart(*made, i, *lines[i], from);
         }
         return made;
     }
