@@ -1,8 +1,10 @@
 // What a frame of the wave view costs on the GUI thread: 16 rows in a raster image of 1920 x 1080, and steps of a pan,
 // a hover and a marker through the event loop in a window of 3840 x 2160 with 32 dense rows. Each of these is to take
-// at most 16 ms, and at most four times `fillOfFrame`, one memset of that frame in the same run.
+// at most 16 ms, and at most four times `fillOfFrame`, one memset of that frame in the same run. A repaint of grid and
+// both analog traces over 16 rows is to take at most 16 ms.
 
 #include "controls/Look.h"
+#include "wave/AnalogDesk.h"
 #include "wave/MarkerDesk.h"
 
 #include <QApplication>
@@ -10,7 +12,9 @@
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
+#include <cmath>
 #include <cstring>
+#include <numbers>
 
 namespace {
 
@@ -72,6 +76,54 @@ void panStep(benchmark::State &state)
         desk.gen.setViewStart(start);
         paintFrame(desk, image);
     }
+}
+
+/// An analog signal over the whole of its buffer.
+enum class AnalogSignal { sine, square, noise, fullSwing };
+
+int analogSample(AnalogSignal signal, int i)
+{
+    constexpr double period = 320.0;
+    switch (signal) {
+    case AnalogSignal::sine:
+        return int(100.0 * std::sin(i * 2.0 * std::numbers::pi / period));
+    case AnalogSignal::square:
+        return i / 160 % 2 == 0 ? -100 : 100;
+    case AnalogSignal::noise:
+        return int((unsigned(i) * 2'654'435'761U >> 24U) & 0xffU) - 128;
+    default:
+        return i % 2 == 0 ? -128 : 127;
+    }
+}
+
+/// Both analog traces over the grid and 16 digital rows, a sample a column. The whole buffer holds 8000 samples.
+void analogRepaint(benchmark::State &state, int dpi)
+{
+    resetProgram(dpi);
+    AnalogDesk desk(fullHd + QSize(dp(190), 0));
+    const auto signal = AnalogSignal(state.range(0));
+    const auto value = [signal](int chn, int i) { return analogSample(signal, i + chn); };
+    WaveCapture digital = capture().channels(16, 2);
+    for (int chn = 0; chn < 16; ++chn) {
+        digital.pulses(chn, std::vector<std::int32_t>(80, 100));
+    }
+    desk.fill(8000, value, digital);
+    desk.gen.zoomSetRatio(1.0);
+    QImage image(fullHd, QImage::Format_RGB32);
+    for (auto _ : state) {
+        paintFrame(desk, image);
+        benchmark::DoNotOptimize(image.constBits());
+    }
+}
+
+void analogTraces(benchmark::State &state)
+{
+    analogRepaint(state, 96);
+}
+
+void analogTracesAtScaleTwo(benchmark::State &state)
+{
+    analogRepaint(state, 192);
 }
 
 /// A shown window over 32 rows with an edge in every column.
@@ -146,6 +198,8 @@ void pulses(benchmark::internal::Benchmark *bench)
 BENCHMARK(fullRepaint)->Apply(pulses);
 BENCHMARK(fullRepaintAtScaleTwo)->Apply(pulses);
 BENCHMARK(panStep)->Apply(pulses);
+BENCHMARK(analogTraces)->DenseRange(0, 3)->Unit(benchmark::kMillisecond); // by AnalogSignal
+BENCHMARK(analogTracesAtScaleTwo)->DenseRange(0, 3)->Unit(benchmark::kMillisecond);
 BENCHMARK(bigPanStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(bigHoverStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(bigMarkerStep)->Unit(benchmark::kMillisecond);

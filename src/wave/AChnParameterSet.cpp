@@ -9,6 +9,7 @@
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "settings/Language.h"
+#include "wave/AnalogColor.h"
 #include "wave/AnalogScale.h"
 #include "wave/SidebarLook.h"
 
@@ -26,10 +27,7 @@
 
 namespace {
 
-constexpr int divisions = 10; ///< of the area's height
 constexpr int coupleWidth = 66;
-constexpr int lighterPercent = 120;
-constexpr int analogColors = 2; ///< of gChnColors
 
 /// The place of the text of a probe factor.
 int probeIndex(int factor)
@@ -85,7 +83,7 @@ void AChnParameterSet::buildName()
     enableBox->setToolTip(::tr("Channel Enable"));
     connect(enableBox, &QCheckBox::clicked, this, &AChnParameterSet::slotOpenClicked);
 
-    const QColor color = gChnColors[chnIndex % analogColors].lighter(lighterPercent);
+    const QColor color = aChnColor(chnIndex);
     nameLabel->setObjectName(QStringLiteral("name"));
     nameLabel->setTextFormat(Qt::PlainText);
     nameLabel->setStyleSheet(QStringLiteral("QLabel{background-color:%1;color:%2;border-radius:%3px;padding:0 %4px;}")
@@ -139,7 +137,7 @@ void AChnParameterSet::showProbe(int index)
 
 int AChnParameterSet::fullScaleMv() const
 {
-    return divisions * voltDivOfText(voltCombo->currentText());
+    return aChnDivisions * voltDivOfText(voltCombo->currentText());
 }
 
 void AChnParameterSet::refresh()
@@ -173,7 +171,7 @@ void AChnParameterSet::slotVoltageChanged(const QString &voltage)
     if (gDev->aChnVoltDiv.value(chnIndex) != value) {
         gDev->setAChnVoltDiv(chnIndex, value);
     }
-    emit chnSetChanged(aChnChange::fullScale, chnIndex, value * divisions);
+    emit chnSetChanged(aChnChange::fullScale, chnIndex, value * aChnDivisions);
 }
 
 void AChnParameterSet::slotProbeClicked()

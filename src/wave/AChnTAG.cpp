@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "settings/Language.h"
+#include "wave/AnalogColor.h"
 
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -10,12 +11,10 @@
 
 namespace {
 
-constexpr int lighterPercent = 120;
-constexpr int analogColors = 2; ///< of gChnColors
-constexpr int pageSteps = 10;   ///< of Page Up and Page Down
+constexpr int tagPageSteps = 10; ///< of Page Up and Page Down
 
 /// The steps that a key asks for, 0 for any other key.
-int stepsOf(const QKeyEvent &event)
+int tagSteps(const QKeyEvent &event)
 {
     if ((event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) {
         return 0;
@@ -26,9 +25,9 @@ int stepsOf(const QKeyEvent &event)
     case Qt::Key_Down:
         return 1;
     case Qt::Key_PageUp:
-        return -pageSteps;
+        return -tagPageSteps;
     case Qt::Key_PageDown:
-        return pageSteps;
+        return tagPageSteps;
     default:
         return 0;
     }
@@ -46,7 +45,7 @@ AChnTAG::AChnTAG(int channel, QWidget *parent) : QLabel(parent), chnIndex(channe
 void AChnTAG::setChannel(int channel)
 {
     chnIndex = channel;
-    color = gChnColors[qAbs(channel) % analogColors].lighter(lighterPercent);
+    color = aChnColor(channel);
     const QString name = QStringLiteral("CH%1, ").arg(channel + 1) + meaning();
     setAccessibleName(name);
     setToolTip(name + QStringLiteral(" (\u2191, \u2193)"));
@@ -66,7 +65,7 @@ AChnTAG::Outline AChnTAG::outline(int side) const
 
 bool AChnTAG::event(QEvent *event)
 {
-    if (event->type() == QEvent::ShortcutOverride && stepsOf(*static_cast<QKeyEvent *>(event)) != 0) {
+    if (event->type() == QEvent::ShortcutOverride && tagSteps(*static_cast<QKeyEvent *>(event)) != 0) {
         event->accept(); // the arrows would zoom
         return true;
     }
@@ -113,7 +112,7 @@ void AChnTAG::mouseReleaseEvent(QMouseEvent *event)
 
 void AChnTAG::keyPressEvent(QKeyEvent *event)
 {
-    const int steps = stepsOf(*event);
+    const int steps = tagSteps(*event);
     if (steps != 0) {
         emit movedByKey(steps);
     } else {

@@ -46,14 +46,14 @@ const QString keyDisabled = QStringLiteral("ATrigDisab");
 const QString keySensitivity = QStringLiteral("ATrigSenstivity");
 const QString keyPosition = QStringLiteral("trgPosition");
 
-struct Edge {
+struct AnalogEdge {
     int code;
     const char *icon;
 };
-constexpr std::array<Edge, 2> edges{
+constexpr std::array<AnalogEdge, 2> analogEdges{
     {{smpTrigCode::risingEdge, ":/res/btnPosEdge"}, {smpTrigCode::fallingEdge, ":/res/btnNegEdge"}}};
 
-QString spoken(const QString &control)
+QString trigSpoken(const QString &control)
 {
     return ::tr("Analog trigger") + QStringLiteral(", ") + control;
 }
@@ -120,7 +120,7 @@ void AChnTriggerSet::buildHead(QGridLayout &grid)
     settingBtn->setRadius(dp(3));
     settingBtn->setFixedSize(sidebarLine(), sidebarLine());
     settingBtn->setToolTip(::tr("Trigger sensitivity"));
-    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
+    settingBtn->setAccessibleName(trigSpoken(settingBtn->toolTip()));
     connect(settingBtn, &QPushButton::clicked, this, &AChnTriggerSet::openExtendSetMenu);
     grid.addWidget(enableBox, 0, 0, 1, 3);
     grid.addWidget(settingBtn, 0, 3);
@@ -132,8 +132,8 @@ void AChnTriggerSet::buildEdges(QGridLayout &grid)
     frame->setObjectName(QStringLiteral("edges"));
     frame->setFixedSize(2 * (uiScale() + dp(16)), sidebarLine());
     frame->setStyleSheet(triggerFrameStyle(frame->objectName()));
-    for (int i = 0; i < int(edges.size()); ++i) {
-        const auto [code, icon] = edges[std::size_t(i)];
+    for (int i = 0; i < int(analogEdges.size()); ++i) {
+        const auto [code, icon] = analogEdges[std::size_t(i)];
         const QString path = QLatin1String(icon);
         const QString text =
             code == smpTrigCode::risingEdge ? ::tr("Rising edge trigger") : ::tr("Falling edge trigger");
@@ -143,7 +143,7 @@ void AChnTriggerSet::buildEdges(QGridLayout &grid)
         button->checkedIcon = sharedIcon(path + QStringLiteral("_s"));
         button->value = code;
         button->setObjectName(path.section(QLatin1Char('/'), -1));
-        button->setAccessibleName(spoken(text));
+        button->setAccessibleName(trigSpoken(text));
         button->setCheckable(true); // a screen reader tells which one is set
         button->setGeometry(uiScale() + i * dp(16), uiScale(), dp(16), dp(16));
         connect(button, &QPushButton::clicked, this, &AChnTriggerSet::slotTrigMouseClicked);
@@ -179,7 +179,7 @@ void AChnTriggerSet::buildLevel(QGridLayout &grid)
     levelSpin->setKeyboardTracking(false); // a level is taken when it has been typed, not digit by digit
     levelSpin->setFocusPolicy(Qt::StrongFocus);
     levelSpin->setToolTip(::tr("Number between -32768 and 32767."));
-    levelSpin->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
+    levelSpin->setAccessibleName(trigSpoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
     levelSpin->setFixedHeight(sidebarFieldHeight(QApplication::font()));
     levelSpin->setMinimumWidth(dp(leastField)); // the column decides; the style would ask for more
     levelSpin->installEventFilter(this);
@@ -187,7 +187,7 @@ void AChnTriggerSet::buildLevel(QGridLayout &grid)
     connect(levelSpin, &QSpinBox::editingFinished, this, &AChnTriggerSet::slotTrigVoltageClicked);
     connect(levelSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &AChnTriggerSet::storeLevel);
     levelZero = makeZero(QStringLiteral("trigLevelZero"));
-    levelZero->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(", ") + levelZero->toolTip()));
+    levelZero->setAccessibleName(trigSpoken(::tr("Trigger level") + QStringLiteral(", ") + levelZero->toolTip()));
     connect(levelZero, &QPushButton::clicked, this, &AChnTriggerSet::slotVoltageZreoClicked);
     grid.addWidget(levelLabel, 2, 0);
     grid.addWidget(levelSpin, 2, 1);
@@ -199,14 +199,14 @@ void AChnTriggerSet::buildPosition(QGridLayout &grid)
 {
     horEdit->setObjectName(QStringLiteral("trigPosition"));
     horEdit->setToolTip(::tr("Number between 0 and 100."));
-    horEdit->setAccessibleName(spoken(::tr("Trigger Position") + QStringLiteral(" [%]")));
+    horEdit->setAccessibleName(trigSpoken(::tr("Trigger Position") + QStringLiteral(" [%]")));
     horEdit->setFixedHeight(sidebarFieldHeight(QApplication::font()));
     horEdit->setMinimumWidth(dp(leastField));
     horEdit->installEventFilter(this);
     horLabel->setBuddy(horEdit);
     connect(horEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotHorEditClicked);
     horZero = makeZero(QStringLiteral("trigPositionZero"));
-    horZero->setAccessibleName(spoken(::tr("Trigger Position") + QStringLiteral(", ") + horZero->toolTip()));
+    horZero->setAccessibleName(trigSpoken(::tr("Trigger Position") + QStringLiteral(", ") + horZero->toolTip()));
     connect(horZero, &QPushButton::clicked, this, &AChnTriggerSet::slotHorZreoClicked);
     grid.addWidget(horLabel, 3, 0);
     grid.addWidget(horEdit, 3, 1);
@@ -271,7 +271,7 @@ void AChnTriggerSet::showEdges()
 void AChnTriggerSet::showChannel(int index)
 {
     chnBtn->setText(chnTexts.at(index));
-    chnBtn->setAccessibleName(spoken(::tr("Trigger channel") + QLatin1Char(' ') + chnBtn->text()));
+    chnBtn->setAccessibleName(trigSpoken(::tr("Trigger channel") + QLatin1Char(' ') + chnBtn->text()));
 }
 
 int AChnTriggerSet::level() const
@@ -417,7 +417,7 @@ void AChnTriggerSet::createMenu()
     senseEdit->setMaxLength(senseLetters);
     senseEdit->setValidator(new QRegExpValidator(pattern, senseEdit));
     senseEdit->setToolTip(::tr("Number between 0.0 and 1.0."));
-    senseEdit->setAccessibleName(spoken(label->text()));
+    senseEdit->setAccessibleName(trigSpoken(label->text()));
     label->setBuddy(senseEdit);
     line->addWidget(label);
     line->addWidget(senseEdit);

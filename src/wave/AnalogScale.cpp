@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 namespace {
 
 constexpr int millivoltsInAVolt = 1000;
 constexpr double firstTag = 0.3; ///< of the area's height
 constexpr double nextTag = 0.4;
+constexpr double steepStroke = 16.0; ///< rows for each column
 
 /// The whole number that a text begins with, 0 for none.
 int leadingNumber(const QString &text)
@@ -33,6 +35,25 @@ void cutAt(QLineF &line, double row, bool below)
         const QPointF cut(line.x1() + line.dx() * (row - line.y1()) / line.dy(), row);
         line = first ? QLineF(cut, line.p2()) : QLineF(line.p1(), cut);
     }
+}
+
+/// Adds a stroke from one column to the next as two bars that meet at half of its height.
+/// @param isNext  the last bar belongs to the stroke's first point
+void addBars(const QLineF &line, int stroke, bool isNext, std::vector<QRect> &bars)
+{
+    const int from = truncated32(line.y1()) - stroke / 2;
+    const int to = truncated32(line.y2()) - stroke / 2;
+    const int middle = from + (to - from) / 2;
+    const auto barOf = [stroke](double column, int y1, int y2) {
+        return QRect(truncated32(column) - stroke / 2, std::min(y1, y2), stroke, std::abs(y2 - y1) + stroke);
+    };
+    const QRect first = barOf(line.x1(), from, middle);
+    if (isNext) {
+        bars.back() = bars.back().united(first);
+    } else {
+        bars.push_back(first);
+    }
+    bars.push_back(barOf(line.x2(), middle, to));
 }
 
 } // namespace
@@ -93,10 +114,11 @@ int rowOfVoltage(int millivolts, int zeroY, int fullScale, int height, int s)
     return row > height ? height - s : truncated32(std::max(row, 0.0));
 }
 
-void traceLines(std::span<const SmpAChnPoint> points, const TraceScale &trace, PixelScale scale, int left, int right,
-                std::vector<QLineF> &lines)
+void traceStrokes(std::span<const SmpAChnPoint> points, const TraceScale &trace, PixelScale scale, int left, int right,
+                  TraceStrokes &strokes)
 {
-    lines.clear();
+    strokes.lines.clear();
+    strokes.bars.clear();
     if (trace.fullScale == 0 || trace.height == 0 || points.size() < 2) {
         return;
     }
@@ -110,13 +132,20 @@ void traceLines(std::span<const SmpAChnPoint> points, const TraceScale &trace, P
         return double(truncated32(trace.zeroY - sign * point.value * trace.height / trace.fullScale));
     };
     QPointF from(columnOf(points[0]), rowOf(points[0]));
+    bool lastIsBar = false;
     for (const SmpAChnPoint &point : points.subspan(1)) {
         const QPointF to(columnOf(point), rowOf(point));
         if (to.x() >= left - stroke && from.x() <= right + stroke) {
             QLineF line(from, to);
             cutAt(line, -double(trace.height), false);
             cutAt(line, 2.0 * trace.height, true);
-            lines.push_back(line);
+            const bool isSteep = to.x() - from.x() <= stroke && std::abs(line.dy()) > steepStroke * stroke;
+            if (isSteep) {
+                addBars(line, stroke, lastIsBar, strokes.bars);
+            } else {
+                strokes.lines.push_back(line);
+            }
+            lastIsBar = isSteep && line.p2() == to;
         }
         from = to;
     }

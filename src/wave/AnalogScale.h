@@ -4,6 +4,7 @@
 #include "store/SmpData.h"
 
 #include <QLineF>
+#include <QRect>
 #include <QString>
 
 #include <span>
@@ -12,6 +13,9 @@
 /// Where voltages stand in the analog area, as pure functions of plain numbers. Lengths are device pixels from the top
 /// of the area unless told otherwise, voltages millivolts, full scales the millivolts that the area's height stands for
 /// (ten divisions). Any thread.
+
+/// Of the area's height.
+inline constexpr int aChnDivisions = 10;
 
 /// "50mV/div" is 50, "2V/div" 2000; any other text is 0.
 [[nodiscard]] int voltDivOfText(const QString &text);
@@ -47,11 +51,18 @@ struct TraceScale {
     int height;
 };
 
+/// What a trace is painted with.
+struct TraceStrokes {
+    std::vector<QLineF> lines; ///< to be stroked, from middle to middle of the pixels
+    std::vector<QRect> bars;   ///< to be filled
+};
+
 /// The strokes between neighbouring points, each at the device column of its sample (PixelScale::column), so that it
 /// stands above what a digital channel shows of the same sample. What is far above or below the area is cut off there.
-/// Nothing for a full scale or a height of 0, or for a single point.
+/// Steep strokes from one column to the next become bars in both, which cost a fraction of slanted lines and cannot be
+/// told from them. Nothing for a full scale or a height of 0, or for a single point.
 /// @param left, right  device columns: strokes that lie beyond them are left out
-/// @param lines        replaced; its memory is used again
+/// @param strokes      replaced; its memory is used again
 /// Cost: one step a point.
-void traceLines(std::span<const SmpAChnPoint> points, const TraceScale &trace, PixelScale scale, int left, int right,
-                std::vector<QLineF> &lines);
+void traceStrokes(std::span<const SmpAChnPoint> points, const TraceScale &trace, PixelScale scale, int left, int right,
+                  TraceStrokes &strokes);

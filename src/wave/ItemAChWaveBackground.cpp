@@ -3,15 +3,10 @@
 #include "controls/Look.h"
 #include "controls/PixelScale.h"
 #include "controls/Truncate.h"
+#include "wave/AnalogScale.h"
 #include "wave/WaveDataGen.h"
 
 #include <QPainter>
-
-namespace {
-
-constexpr int divisions = 10; ///< of the area's height
-
-} // namespace
 
 ItemAChWaveBackground::ItemAChWaveBackground(const WaveDataGen *generator) : waveGen(generator)
 {
@@ -25,8 +20,8 @@ void ItemAChWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsI
     }
     const PixelScale scale = screenScale();
     m_lines.clear();
-    for (int i = 1; i < divisions; ++i) {
-        const int y = scale.column(truncated32(double(i) * (height / scale.s()) / divisions));
+    for (int i = 1; i < aChnDivisions; ++i) {
+        const int y = scale.column(truncated32(double(i) * (height / scale.s()) / aChnDivisions));
         m_lines.emplace_back(0, y, width - 1, y);
     }
     for (const TimeTick &tick : waveGen->timeTicks()) {

@@ -4,6 +4,7 @@
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
+#include "wave/AnalogColor.h"
 #include "wave/AnalogScale.h"
 #include "wave/WaveDataGen.h"
 
@@ -12,11 +13,8 @@
 
 namespace {
 
-constexpr int lighterPercent = 120;
-constexpr int analogColors = 2; ///< of gChnColors
-
 template<typename Value>
-void put(QVector<Value> &values, int channel, Value value)
+void putOfChannel(QVector<Value> &values, int channel, Value value)
 {
     if (channel >= 0 && channel < values.size()) {
         values[channel] = value;
@@ -34,19 +32,19 @@ ItemAChnWaveLine::ItemAChnWaveLine(int channels, const WaveDataGen *generator)
 
 void ItemAChnWaveLine::setChnEnabled(int channel, bool on)
 {
-    put(chnEnabled, channel, char(on ? 1 : 0));
+    putOfChannel(chnEnabled, channel, char(on ? 1 : 0));
     update();
 }
 
 void ItemAChnWaveLine::setZeroY(int channel, int y)
 {
-    put(zeroY, channel, y);
+    putOfChannel(zeroY, channel, y);
     update();
 }
 
 void ItemAChnWaveLine::setFullScale(int channel, int value)
 {
-    put(fullScale, channel, value);
+    putOfChannel(fullScale, channel, value);
     update();
 }
 
@@ -58,10 +56,6 @@ void ItemAChnWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *
     painter->save();
     // A trace that leaves the area must not cross the rows below it.
     painter->setClipRect(boundingRect(), Qt::IntersectClip);
-    painter->setRenderHint(QPainter::Antialiasing, true);
-    // A stroke of odd width is sharp only about a pixel's middle.
-    const double middle = uiScale() % 2 == 0 ? 0.0 : 0.5;
-    painter->translate(middle, middle);
     const QRect seen = option->exposedRect.toAlignedRect();
     for (int channel = 0; channel < chnEnabled.size(); ++channel) {
         if (chnEnabled[channel] != 0) {
@@ -74,10 +68,19 @@ void ItemAChnWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *
 void ItemAChnWaveLine::paintTrace(QPainter &painter, int channel, const QRect &seen)
 {
     const bool reversed = gDev != nullptr && gDev->aChnReverse.value(channel);
-    traceLines(waveGen->aChnLine(channel), {zeroY[channel], fullScale[channel], reversed, height}, screenScale(),
-               seen.left(), seen.right(), m_lines);
-    const QColor color = colorWaveform ? gChnColors[channel % analogColors].lighter(lighterPercent)
-                                       : gGreys[channel % int(gGreys.size())];
+    traceStrokes(waveGen->aChnLine(channel), {zeroY[channel], fullScale[channel], reversed, height}, screenScale(),
+                 seen.left(), seen.right(), m_strokes);
+    const QColor color = colorWaveform ? aChnColor(channel) : gGreys[channel % int(gGreys.size())];
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRects(m_strokes.bars.data(), int(m_strokes.bars.size()));
+
+    // A stroke of odd width is sharp only about a pixel's middle.
+    const double middle = uiScale() % 2 == 0 ? 0.0 : 0.5;
+    painter.setRenderHint(QPainter::Antialiasing, true);
     painter.setPen(QPen(color, uiScale(), Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
-    painter.drawLines(m_lines.data(), int(m_lines.size()));
+    painter.translate(middle, middle);
+    painter.drawLines(m_strokes.lines.data(), int(m_strokes.lines.size()));
+    painter.translate(-middle, -middle);
 }

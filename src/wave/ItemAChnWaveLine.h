@@ -1,11 +1,9 @@
 #pragma once
 
+#include "wave/AnalogScale.h"
 #include "wave/WaveItem.h"
 
-#include <QLineF>
 #include <QVector>
-
-#include <vector>
 
 class WaveDataGen;
 
@@ -34,5 +32,5 @@ private:
     QVector<char> chnEnabled; ///< by analog channel, as the two below
     QVector<int> zeroY;
     QVector<int> fullScale;
-    std::vector<QLineF> m_lines; ///< scratch of one paint, kept for its memory
+    TraceStrokes m_strokes; ///< scratch of one paint, kept for its memory
 };

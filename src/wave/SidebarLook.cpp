@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int mostFont = 12; ///< pixels at 96 dpi
+constexpr int mostSidebarFont = 12; ///< pixels at 96 dpi
 
 } // namespace
 
@@ -30,12 +30,12 @@ QFont atMost(QFont font, int pixels)
 
 QString sidebarFontStyle(const QFont &font)
 {
-    return QStringLiteral("QWidget{font-size:%1px;}").arg(QFontInfo(atMost(font, dp(mostFont))).pixelSize());
+    return QStringLiteral("QWidget{font-size:%1px;}").arg(QFontInfo(atMost(font, dp(mostSidebarFont))).pixelSize());
 }
 
 int sidebarFieldHeight(const QFont &font)
 {
-    return controlHeight(QFontMetrics(atMost(font, dp(mostFont))));
+    return controlHeight(QFontMetrics(atMost(font, dp(mostSidebarFont))));
 }
 
 void dressFlat(MyButton &button)

@@ -1,5 +1,6 @@
 #include "wave/AnalogScale.h"
 
+#include <QImage>
 #include <QtTest>
 
 #include <limits>
@@ -9,11 +10,16 @@ namespace {
 constexpr int height = 500;
 constexpr int tenVolts = 10'000;
 
+TraceStrokes allStrokes(const std::vector<SmpAChnPoint> &points, const TraceScale &trace, int dpi = 96)
+{
+    TraceStrokes strokes{{QLineF(1, 2, 3, 4)}, {QRect(1, 2, 3, 4)}}; // what a former paint has left
+    traceStrokes(points, trace, {dpi}, 0, 1000, strokes);
+    return strokes;
+}
+
 std::vector<QLineF> strokes(const std::vector<SmpAChnPoint> &points, const TraceScale &trace, int dpi = 96)
 {
-    std::vector<QLineF> lines{QLineF(1, 2, 3, 4)}; // what a former paint has left
-    traceLines(points, trace, {dpi}, 0, 1000, lines);
-    return lines;
+    return allStrokes(points, trace, dpi).lines;
 }
 
 } // namespace
@@ -38,6 +44,10 @@ private slots:
     void aSinglePointAndAFullScaleOfZeroDrawNothing();
     void aStrokeThatLeavesTheAreaIsCutOnItsWay();
     void strokesBesideTheExposedColumnsAreLeftOut();
+    void steepStrokesFromColumnToColumnAreBars_data();
+    void steepStrokesFromColumnToColumnAreBars();
+    void aGentleStrokeBetweenColumnsStaysALine();
+    void barsReachFromPointToPointWithoutAGap();
 };
 
 void TstAnalogScale::aTextOfVoltsPerDivisionIsReadInMillivolts_data()
@@ -152,10 +162,10 @@ void TstAnalogScale::eachPairOfNeighboursIsOneStrokeAboveItsSamples()
 {
     QFETCH(int, dpi);
     const PixelScale scale{dpi};
-    const auto lines = strokes({{0, 0.0}, {30, 1000.0}, {31, -1000.0}}, {250, tenVolts, false, height}, dpi);
+    const auto lines = strokes({{0, 0.0}, {30, 1000.0}, {40, -1000.0}}, {250, tenVolts, false, height}, dpi);
     QCOMPARE(lines.size(), std::size_t(2));
     QCOMPARE(lines[0], QLineF(scale.column(0), 250, scale.column(30), 200));
-    QCOMPARE(lines[1], QLineF(scale.column(30), 200, scale.column(31), 300));
+    QCOMPARE(lines[1], QLineF(scale.column(30), 200, scale.column(40), 300));
 }
 
 void TstAnalogScale::aReversedTraceIsMirroredAboutItsZeroLevel()
@@ -186,11 +196,69 @@ void TstAnalogScale::aStrokeThatLeavesTheAreaIsCutOnItsWay()
 
 void TstAnalogScale::strokesBesideTheExposedColumnsAreLeftOut()
 {
-    std::vector<QLineF> lines;
+    TraceStrokes strokes;
     const std::vector<SmpAChnPoint> points{{0, 0.0}, {100, 0.0}, {200, 0.0}, {300, 0.0}};
-    traceLines(points, {250, tenVolts, false, height}, {96}, 120, 180, lines);
-    QCOMPARE(lines.size(), std::size_t(1));
-    QCOMPARE(lines[0], QLineF(100, 250, 200, 250));
+    traceStrokes(points, {250, tenVolts, false, height}, {96}, 120, 180, strokes);
+    QCOMPARE(strokes.lines.size(), std::size_t(1));
+    QCOMPARE(strokes.lines[0], QLineF(100, 250, 200, 250));
+}
+
+void TstAnalogScale::steepStrokesFromColumnToColumnAreBars_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::addColumn<QVector<QRect>>("bars");
+    QTest::newRow("96") << 96 << QVector<QRect>{{10, 250, 1, 51}, {11, 200, 1, 51}, {12, 250, 1, 51}};
+    QTest::newRow("192") << 192 << QVector<QRect>{{20, 499, 2, 102}, {22, 399, 2, 102}, {24, 499, 2, 102}};
+}
+
+/// Up to +1 V in one column, and in the next down to -1 V, of 100 rows.
+void TstAnalogScale::steepStrokesFromColumnToColumnAreBars()
+{
+    QFETCH(int, dpi);
+    QFETCH(QVector<QRect>, bars);
+    const int s = dpi / 96;
+    const TraceScale scale{250 * s, tenVolts, false, height * s};
+    const auto all = allStrokes({{10, -1000.0}, {11, 1000.0}, {12, -1000.0}}, scale, dpi);
+    QVERIFY(all.lines.empty());
+    QCOMPARE(QVector<QRect>(all.bars.begin(), all.bars.end()), bars);
+}
+
+void TstAnalogScale::aGentleStrokeBetweenColumnsStaysALine()
+{
+    const auto all = allStrokes({{10, 0.0}, {11, 320.0}, {12, 0.0}}, {250, tenVolts, false, height});
+    QCOMPARE(all.lines.size(), std::size_t(2));
+    QVERIFY(all.bars.empty());
+}
+
+void TstAnalogScale::barsReachFromPointToPointWithoutAGap()
+{
+    std::vector<SmpAChnPoint> points;
+    for (int x = 0; x < 200; ++x) {
+        points.push_back({x, double(x * 7919 % 9001) - 4500.0});
+    }
+    const auto all = allStrokes(points, {250, tenVolts, false, height});
+    QImage image(200, height, QImage::Format_Mono);
+    image.fill(0);
+    const auto mark = [&image](int x, int top, int bottom) {
+        for (int y = std::max(top, 0); y <= std::min(bottom, height - 1); ++y) {
+            image.setPixel(x, y, 1);
+        }
+    };
+    for (const QRect &bar : all.bars) {
+        mark(bar.left(), bar.top(), bar.bottom());
+    }
+    for (const QLineF &line : all.lines) {
+        mark(int(line.x1()), int(std::min(line.y1(), line.y2())), int(std::max(line.y1(), line.y2())));
+        mark(int(line.x2()), int(std::min(line.y1(), line.y2())), int(std::max(line.y1(), line.y2())));
+    }
+    QVERIFY(all.bars.size() > 100);
+    for (int x = 1; x < 200; ++x) {
+        const int y1 = int(250 - points[std::size_t(x - 1)].value * height / tenVolts);
+        const int y2 = int(250 - points[std::size_t(x)].value * height / tenVolts);
+        for (int y = std::max(std::min(y1, y2), 0); y <= std::min(std::max(y1, y2), height - 1); ++y) {
+            QVERIFY2(image.pixelIndex(x - 1, y) + image.pixelIndex(x, y) > 0, qPrintable(QString::number(x)));
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(TstAnalogScale)
