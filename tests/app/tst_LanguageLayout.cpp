@@ -5,6 +5,8 @@
 #include "controls/Look.h"
 #include "controls/Style.h"
 #include "device/DeviceGlobals.h"
+#include "measure/AChnMeasureDialog.h"
+#include "measure/AChnMeasureSet.h"
 #include "panels/ExportDataSet.h"
 #include "panels/MenuChnSettings.h"
 #include "panels/MenuDevSettings.h"
@@ -95,6 +97,8 @@ private slots:
     void theDialogsShowEveryText();
     void theChannelMenuShowsEveryText_data() { theSmallestWindowShowsEveryText_data(); }
     void theChannelMenuShowsEveryText();
+    void theMenuAndTheDialogOfAnalogParametersShowEveryText_data() { theSmallestWindowShowsEveryText_data(); }
+    void theMenuAndTheDialogOfAnalogParametersShowEveryText();
     void theProgressDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
     void theProgressDialogShowsEveryState();
     void theUpdateDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
@@ -221,6 +225,21 @@ void TstLanguageLayout::theChannelMenuShowsEveryText()
         // A screen of 1366 x 768 has the room, bars of the system taken off.
         QVERIFY(menu.sizeHint().width() <= 1366 * dpi / 96);
         QVERIFY(menu.sizeHint().height() <= 700 * dpi / 96);
+    }
+}
+
+void TstLanguageLayout::theMenuAndTheDialogOfAnalogParametersShowEveryText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    AChnMeasureSet menu({0, 1, 2, 3, 4, 5, 6});
+    AChnMeasureDialog dialog(0, QString());
+    const QStringList cut = cutTextsOfDialog(menu) + cutTextsOfDialog(dialog);
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
+    for (const QWidget *window : {static_cast<QWidget *>(&menu), static_cast<QWidget *>(&dialog)}) {
+        QVERIFY(window->sizeHint().width() <= 640 * dpi / 96); // a screen of 1280 x 720, also of fine pixels
+        QVERIFY(window->sizeHint().height() <= 360 * dpi / 96);
     }
 }
 

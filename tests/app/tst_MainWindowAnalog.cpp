@@ -1,0 +1,209 @@
+#include "app/WindowDesk.h"
+#include "controls/MyButton.h"
+#include "measure/AnalyzerView.h"
+#include "measure/MeasureViewAChn.h"
+#include "measure/VoltageMarkerPair.h"
+#include "measure/VoltageMeasureView.h"
+#include "wave/AChnTAG.h"
+#include "wave/AChnTiggerTAG.h"
+#include "wave/AnalogWaves.h"
+#include "wave/CursorMarker.h"
+#include "wave/MainView.h"
+#include "wave/WaveCapture.h"
+#include "wave/WaveView.h"
+
+#include <QLabel>
+#include <QWindow>
+
+/// The analog sections of the panel in the window: their way to the generator and to the wave view, and back.
+class TstMainWindowAnalog : public QObject, private WindowDesk {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup() { tearDown(); }
+
+    void aCaptureShowsItsParametersInThePanel();
+    void theProbesFactorCountsInThePanel();
+    void anotherModelForgetsTheParameters();
+    void aMarkerOfThePanelIsLaidDownInTheWavesAndReadInThePanel();
+    void anotherChannelIsReadAtOnce();
+    void markersAreLaidDownByKeysAlone();
+    void withShiftHeldBothMarkersMove();
+    void anotherModelForgetsTheVoltages();
+
+private:
+    static constexpr int analogModel = 97;
+
+    /// Two triangles of periods in samples of a microsecond.
+    void captureTriangles(int first, int second)
+    {
+        SmpData &data = *gDev->smpData;
+        ::capture().samples(4000).rate(analogRate).fill(data);
+        setAnalog(data, 0, triangle(first));
+        setAnalog(data, 1, triangle(second));
+        emit gDev->sigSmpDataReady();
+    }
+    /// The value that the table shows of a parameter.
+    [[nodiscard]] QString shown(const char *name, int chn) const
+    {
+        const MeasureViewAChn &table = *m_panel->measureViewAChn;
+        for (int row = 0; row < table.nameLabels.size(); ++row) {
+            if (table.nameLabels.at(row)->text() == QLatin1String(name)) {
+                return (chn == 0 ? table.value1Labels : table.value2Labels).at(row)->text();
+            }
+        }
+        return {};
+    }
+    [[nodiscard]] QStringList voltages() const
+    {
+        return {m_pair->valueLabels.first()->text(), m_pair->valueLabels.last()->text(), m_pair->diffLabel->text()};
+    }
+    [[nodiscard]] const CursorMarker &line(int id) const
+    {
+        const CursorMarker *found = nullptr;
+        for (const QGraphicsItem *item : m_waves->scene()->items()) {
+            const auto *one = dynamic_cast<const CursorMarker *>(item);
+            found = one != nullptr && one->id() == id ? one : found;
+        }
+        return *found;
+    }
+    /// The row of a channel's zero level.
+    [[nodiscard]] int zeroOf(int chn) const
+    {
+        for (const AChnTAG *flag : m_window->findChildren<AChnTAG *>()) {
+            if (flag->channel() == chn && qobject_cast<const AChnTiggerTAG *>(flag) == nullptr) {
+                return flag->centre();
+            }
+        }
+        return -1;
+    }
+    void move(int y)
+    {
+        QCursor::setPos(m_waves->mapToGlobal(QPoint(300, y)));
+        QCoreApplication::processEvents();
+    }
+    void lay(int id, int y)
+    {
+        QTest::mouseClick(m_pair->markerBtns.at(id), Qt::LeftButton);
+        move(y);
+        QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, {}, m_waves->mapTo(m_window.get(), QPoint(300, y)));
+    }
+
+    AnalyzerView *m_panel = nullptr;
+    VoltageMarkerPair *m_pair = nullptr;
+    MainView *m_view = nullptr;
+    WaveView *m_waves = nullptr;
+};
+
+void TstMainWindowAnalog::init()
+{
+    QCursor::setPos(790, 590); // outside of the waves, so that a move to them enters them
+    setUp(analogModel);
+    m_panel = m_window->findChild<AnalyzerView *>();
+    m_view = m_window->findChild<MainView *>();
+    m_waves = m_view->findChild<WaveView *>();
+    m_pair = m_panel->voltageMeasureView->pairs.first();
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+}
+
+void TstMainWindowAnalog::aCaptureShowsItsParametersInThePanel()
+{
+    captureTriangles(60, 100);
+    QTRY_COMPARE(shown("Period", 0), QStringLiteral("60us"));
+    QCOMPARE(shown("Period", 1), QStringLiteral("100us"));
+    QCOMPARE(shown("Frequency", 1), QStringLiteral("10KHz"));
+    captureTriangles(60, 2); // too fast to be measured
+    QTRY_COMPARE(shown("Period", 1), QStringLiteral("--"));
+    QCOMPARE(shown("Period", 0), QStringLiteral("60us"));
+}
+
+void TstMainWindowAnalog::theProbesFactorCountsInThePanel()
+{
+    const qint32 vpp = 9;
+    m_panel->measureViewAChn->slotUpdateMeasuresShow(&vpp, 1);
+    captureTriangles(60, 60);
+    QTRY_VERIFY(shown("Vpp", 0).endsWith(QStringLiteral("V")));
+    const double before = shown("Vpp", 0).chopped(1).toDouble();
+    gDev->aChnProbe[0] = 10;
+    captureTriangles(60, 60);
+    QTRY_VERIFY(std::abs(shown("Vpp", 0).chopped(1).toDouble() - 10.0 * before) < 0.1);
+    QVERIFY(std::abs(shown("Vpp", 1).chopped(1).toDouble() - before) < 0.01);
+}
+
+void TstMainWindowAnalog::anotherModelForgetsTheParameters()
+{
+    captureTriangles(60, 100);
+    QTRY_COMPARE(shown("Period", 0), QStringLiteral("60us"));
+    m_window->slotDevPreConnect(7);
+    QVERIFY(m_panel->measureViewAChn->isHidden());
+    m_window->slotDevPreConnect(analogModel);
+    QVERIFY(!m_panel->measureViewAChn->isHidden());
+    QCOMPARE(shown("Period", 0), QStringLiteral("--"));
+}
+
+void TstMainWindowAnalog::aMarkerOfThePanelIsLaidDownInTheWavesAndReadInThePanel()
+{
+    const QString unknown = QStringLiteral("###");
+    QCOMPARE(voltages(), (QStringList{unknown, unknown, unknown}));
+    lay(0, zeroOf(0));
+    QCOMPARE(line(0).markerState(), MarkerState::placed);
+    QCOMPARE(voltages(), (QStringList{QStringLiteral("0.00mV"), unknown, unknown}));
+    lay(1, zeroOf(0) - line(0).refHeight / 4);
+    QCOMPARE(voltages(), (QStringList{QStringLiteral("0.00mV"), QStringLiteral("2.50V"), QStringLiteral("2.50V")}));
+}
+
+void TstMainWindowAnalog::anotherChannelIsReadAtOnce()
+{
+    lay(0, zeroOf(1));
+    QVERIFY(voltages().first() != QStringLiteral("0.00mV"));
+    QTest::mouseClick(m_pair->btnChn, Qt::LeftButton);
+    QCOMPARE(m_pair->btnChn->text(), QStringLiteral("CH2"));
+    QCOMPARE(voltages().first(), QStringLiteral("0.00mV"));
+}
+
+void TstMainWindowAnalog::markersAreLaidDownByKeysAlone()
+{
+    MyButton *button = m_pair->markerBtns.first();
+    button->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(button, Qt::Key_Space);
+    QCOMPARE(line(0).markerState(), MarkerState::following);
+    const int start = line(0).position;
+    QTest::keyClick(button, Qt::Key_Return);
+    QCOMPARE(line(0).markerState(), MarkerState::placed);
+    QTest::keyClick(button, Qt::Key_Up, Qt::ShiftModifier);
+    QCOMPARE(line(0).position, start - 1);
+    QTest::keyClick(button, Qt::Key_Space); // taken up, and taken away
+    QTest::keyClick(button, Qt::Key_Space);
+    QCOMPARE(line(0).markerState(), MarkerState::off);
+    QCOMPARE(voltages().first(), QStringLiteral("###"));
+}
+
+void TstMainWindowAnalog::withShiftHeldBothMarkersMove()
+{
+    lay(0, 100);
+    lay(1, 150);
+    QTest::mouseClick(m_pair->markerBtns.last(), Qt::LeftButton);
+    const QString difference = voltages().last();
+    QTest::keyPress(m_window.get(), Qt::Key_Shift);
+    move(170);
+    QTest::keyRelease(m_window.get(), Qt::Key_Shift);
+    QCOMPARE(line(0).position, 120);
+    QCOMPARE(line(1).position, 170);
+    QCOMPARE(voltages().last(), difference);
+    move(180);
+    QCOMPARE(line(0).position, 120);
+}
+
+void TstMainWindowAnalog::anotherModelForgetsTheVoltages()
+{
+    lay(0, 100);
+    m_window->slotDevPreConnect(7);
+    QVERIFY(m_panel->voltageMeasureView->isHidden());
+    m_window->slotDevPreConnect(analogModel);
+    QCOMPARE(voltages().count(QStringLiteral("###")), 3);
+    QCOMPARE(line(0).markerState(), MarkerState::off);
+}
+
+LUX_GUI_TEST(TstMainWindowAnalog)
+#include "tst_MainWindowAnalog.moc"
