@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QPointer>
 #include <QRadioButton>
 #include <QVBoxLayout>
 

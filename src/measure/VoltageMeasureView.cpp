@@ -42,7 +42,7 @@ void VoltageMeasureView::slotBtnDeployClicked()
     showExpanded(*btnExpand, expanded);
 }
 
-void VoltageMeasureView::slotValueChanged(QStringList values)
+void VoltageMeasureView::slotValueChanged(const QStringList &values)
 {
     pairs.first()->setValues(values);
 }

@@ -30,5 +30,5 @@ signals:
 public slots:
     void slotBtnDeployClicked();
     /// The voltages of the first pair's markers and between them.
-    void slotValueChanged(QStringList values);
+    void slotValueChanged(const QStringList &values);
 };
