@@ -14,14 +14,13 @@ updater=$(dirname "$program")/Updater.exe
 told=$folder/updater.told
 
 server_pid=
-finish_server() {
+stop_server() {
     kill "$server_pid" 2>/dev/null || true
     rm -f "$updater"
-    finish
 }
 "$server" "$address" "$port" "$reply" >"$log" 2>&1 </dev/null &
 server_pid=$!
-trap finish_server EXIT
+trap "finish; stop_server" EXIT
 wait_for 30 "the server" grep -q '^ready$' "$log"
 
 requests() {
