@@ -20,9 +20,9 @@
 
 namespace {
 
-constexpr qint64 daySeconds = 24 * 60 * 60;
+constexpr qint64 daySeconds = qint64{24} * 60 * 60;
 constexpr qint64 daysBetween = 7;
-constexpr qint64 replyLimit = 64 * 1024; // bytes; a reply has some 300
+constexpr qint64 replyLimit = qint64{64} * 1024; // bytes; a reply has some 300
 constexpr int mostHops = 5;
 
 const QString lastUpdateKey = QStringLiteral("lastUpdate");

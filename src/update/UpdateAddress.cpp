@@ -40,7 +40,7 @@ bool isNoLessSafe(const QUrl &from, const QUrl &to)
 
 QUrl webLink(const QString &text)
 {
-    const QUrl url(text.trimmed(), QUrl::StrictMode);
+    QUrl url(text.trimmed(), QUrl::StrictMode);
     const bool ofTheWeb = isHttps(url) || url.scheme() == QLatin1String("http");
     if (!url.isValid() || !ofTheWeb || url.host().isEmpty() || !url.userInfo().isEmpty() ||
         url.toEncoded().size() > longestLink) {
