@@ -239,7 +239,7 @@ bool VcdDeclarations::takeVariable(VcdText &text)
         return true;
     }
     for (std::size_t i = 3; i < words.size(); ++i) {
-        entry.name += words[i];
+        entry.name += (i > 3 && words[i].front() != '[' ? " " : "") + words[i];
     }
     if (!takeRange(entry.name, entry)) {
         entry.isIndexed = entry.width > 1;

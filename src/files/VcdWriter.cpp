@@ -23,13 +23,15 @@ struct Scale {
 Scale scaleFor(std::int64_t rate)
 {
     constexpr std::int64_t finest = 1'000'000'000'000'000;
-    constexpr std::int64_t rounded = 1'000'000'000'000; // what any viewer reads
+    constexpr std::int64_t ticksASample = 100; // at least, of rounded times
     std::int64_t ticks = 1;
     while (ticks < finest && (ticks < rate || ticks % rate != 0)) {
         ticks *= 10;
     }
     if (ticks % rate != 0) {
-        ticks = rate <= rounded / 10 ? rounded : finest;
+        for (ticks = 1; ticks < finest && ticks / ticksASample < rate;) {
+            ticks *= 10;
+        }
     }
     static constexpr const char *units[] = {"s", "ms", "us", "ns", "ps", "fs"};
     int power = 0;

@@ -11,7 +11,7 @@ class SmpData;
 /// all levels at time 0, then the changes, then the time of the range's end.
 ///
 /// The time scale is the coarsest whose ticks hold all samples exactly. A rate that has none, such as 24 MHz, has times
-/// rounded to picoseconds or finer; a comment tells the rate, from which readVcd() finds the samples again.
+/// rounded to a hundredth of a sample or finer; a comment tells the rate, from which readVcd() finds the samples again.
 /// The caller holds a SmpReadLock. Any thread.
 /// @param names       of all channels of the capture; blanks in them become "_"
 /// @param afterPiece  called with the transitions passed so far, over all chosen channels
