@@ -120,7 +120,7 @@ bool VcdText::passToEnd(std::string *text)
         if (behind <= mark.size() && !pieces.atEnd()) {
             at = pieces.fill(stop);
         } else if (hit == nullptr) {
-            return fail(at, QStringLiteral("the file ends before $end"));
+            return fail(pieces.end(), QStringLiteral("the file ends before $end"));
         } else if (behind >= mark.size() && std::string_view(hit, mark.size()) == mark &&
                    std::uint8_t(hit[mark.size()]) <= ' ') {
             at = hit + mark.size();
@@ -144,8 +144,6 @@ bool VcdDeclarations::takeScale(VcdText &text)
                                                 {"ps", 1'000'000'000'000},
                                                 {"fs", 1'000'000'000'000'000}}};
     std::string told;
-    const char *const from = text.at;
-    const std::int64_t line = text.pieces.lineOf(from);
     if (!text.passToEnd(&told)) {
         return false;
     }
@@ -160,9 +158,8 @@ bool VcdDeclarations::takeScale(VcdText &text)
             }
         }
     }
-    text.error =
-        QStringLiteral("line %1: \"%2\" is no time scale").arg(line).arg(QString::fromStdString(told.substr(0, 40)));
-    return false;
+    return text.fail(text.at,
+                     QStringLiteral("\"%1\" is no time scale").arg(QString::fromStdString(told.substr(0, 40))));
 }
 
 bool VcdDeclarations::takeScope(VcdText &text)
@@ -208,12 +205,7 @@ static bool takeRange(std::string &name, ChannelOffer::Entry &entry)
 
 bool VcdDeclarations::takeVariable(VcdText &text)
 {
-    const char *const from = text.at;
-    const std::int64_t line = text.pieces.lineOf(from);
-    const auto fail = [&](const QString &what) {
-        text.error = text.error.isEmpty() ? QStringLiteral("line %1: %2").arg(line).arg(what) : text.error;
-        return false;
-    };
+    const auto fail = [&text](const QString &what) { return text.error.isEmpty() ? text.fail(text.at, what) : false; };
     std::string_view word;
     std::vector<std::string> words; // kind, width, code, name, parts of a range
     std::size_t bytes = 0;

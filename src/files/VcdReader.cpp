@@ -135,9 +135,9 @@ std::int64_t Values::placed(std::int64_t ticks, Ended &ended)
     if (pos == TimeGrid::notOfRate) {
         ended = Ended::NotOfRate;
     } else if (pos == TimeGrid::tooLong) {
-        ended = bad(m_text.at, QStringLiteral("this time needs more than 2^40 samples"));
+        ended = bad(m_text.at, QStringLiteral("the time before needs more than 2^40 samples"));
     } else if (pos == TimeGrid::tooFine) {
-        ended = bad(m_text.at, QStringLiteral("this time needs a sample rate above 2^40 Hz"));
+        ended = bad(m_text.at, QStringLiteral("the time before needs a sample rate above 2^40 Hz"));
     }
     return pos;
 }
@@ -342,7 +342,7 @@ Ended Values::close()
     const std::int64_t end = placed(m_now, ended);
     m_samples = end + (m_hasValue || end == 0 ? 1 : 0);
     if (ended == Ended::Done && m_samples > CaptureFiller::positionMax) {
-        ended = bad(m_text.at, QStringLiteral("this time needs more than 2^40 samples"));
+        ended = bad(m_text.at, QStringLiteral("the time before needs more than 2^40 samples"));
     }
     return ended;
 }
