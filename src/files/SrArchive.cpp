@@ -27,7 +27,8 @@ std::int64_t directorySize(QFile &file)
     }
     const QByteArray tail = file.read(take);
     const int at = tail.lastIndexOf(QByteArray("PK\5\6"), int(std::max<qint64>(take - endSize, 0)));
-    return at < 0 || tail.size() - at < endSize ? -1 : qFromLittleEndian<quint32>(tail.constData() + at + 12);
+    const bool isThere = at >= 0 && tail.size() - at >= endSize;
+    return isThere ? std::int64_t(qFromLittleEndian<quint32>(tail.constData() + at + 12)) : -1;
 }
 
 bool leadsOut(const QByteArray &name)

@@ -18,7 +18,7 @@
 inline ForeignCapture foreign(const QByteArray &bytes, ForeignKind kind, const ForeignOptions &options = {},
                               const ForeignHook &hook = {})
 {
-    const FileFolder folder;
+    static const FileFolder folder; // one for all: thousands would take their time
     return readForeign(folder.write(bytes, QStringLiteral("capture")), kind, options, hook);
 }
 
