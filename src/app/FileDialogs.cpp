@@ -71,6 +71,12 @@ void dress(QFileDialog &dialog, const QString &accept)
     giveRoom(dialog);
 }
 
+/// The suffix of a filter such as "CSV file (*.csv)".
+QString suffixOf(const QString &filter)
+{
+    return filter.section(QStringLiteral("(*."), -1).section(QLatin1Char(')'), 0, 0);
+}
+
 bool mayReplace(QWidget *parent, const QString &path)
 {
     if (!QFileInfo(path).isFile()) {
@@ -103,6 +109,10 @@ SaveKind saveKind(int kind)
         return {::tr("Export Data"), ::tr("CSV file") + QStringLiteral(" (*.csv)"), QStringLiteral("csv")};
     case 4:
         return {::tr("Export Data"), ::tr("Binary file") + QStringLiteral(" (*.bin)"), QStringLiteral("bin")};
+    case 5:
+        return {::tr("Save Picture"),
+                ::tr("PNG picture") + QStringLiteral(" (*.png);;") + ::tr("SVG drawing") + QStringLiteral(" (*.svg)"),
+                QStringLiteral("png")};
     default:
         return {};
     }
@@ -134,6 +144,8 @@ QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setViewMode(QFileDialog::Detail);
     dialog.setDefaultSuffix(file.suffix);
+    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
+                     [&dialog](const QString &filter) { dialog.setDefaultSuffix(suffixOf(filter)); });
     dress(dialog, ::tr("Save"));
     // A system's dialog asks about the name that was typed, without the suffix that is added behind: asked here.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);

@@ -12,11 +12,11 @@ namespace FileDialogs {
 /// A kind of file that can be written.
 struct SaveKind {
     QString title;  ///< of the dialog, translated
-    QString filter; ///< translated
-    QString suffix; ///< without the dot; empty for an unknown kind
+    QString filter; ///< translated; several are parted by ";;"
+    QString suffix; ///< of the first filter, without the dot; empty for an unknown kind
 };
 
-/// `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary. Pure but for the language.
+/// `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture, which has two filters. Pure but for the language.
 [[nodiscard]] SaveKind saveKind(int kind);
 
 /// The proposed name of a file that is written at `time`, without suffix; legal on all systems. Pure.

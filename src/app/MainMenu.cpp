@@ -2,6 +2,7 @@
 
 #include "app/AboutLUX.h"
 #include "app/MenuText.h"
+#include "app/PictureWriter.h"
 #include "app/RecentMenu.h"
 #include "controls/Icons.h"
 #include "controls/Look.h"
@@ -33,7 +34,8 @@ MainMenu::MainMenu(Session &session, QWidget *parent)
       languages([] { return languageList(); }),
       startProgram([](const QString &program) { return QProcess::startDetached(program, {}); }),
       m_session(session),
-      m_button(new MyButton(sharedIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this))
+      m_button(new MyButton(sharedIcon(QStringLiteral(":/res/btnMenu")), ::tr("Main menu"), this)),
+      m_pictures(new PictureWriter(this))
 {
     m_button->setIconSize(QSize(dp(24), dp(24)));
     m_button->setFixedSize(dp(36), dp(36));
@@ -43,6 +45,7 @@ MainMenu::MainMenu(Session &session, QWidget *parent)
     row->addWidget(m_button);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(m_button, &QPushButton::clicked, this, &MainMenu::slotMainMenuPopup);
+    connect(m_pictures, &PictureWriter::sigWritten, this, &MainMenu::tellWritten);
 }
 
 void MainMenu::slotMainMenuPopup()
@@ -67,6 +70,7 @@ void MainMenu::buildMenu()
     addEntry(dotted(::tr("Save Data")), &MainMenu::actSaveData, int(Qt::CTRL) | Qt::Key_S);
     m_menu->addSeparator();
     addExportMenu();
+    addEntry(dotted(::tr("Save Picture")), &MainMenu::actSavePicture);
     m_menu->addSeparator();
     addLanguageMenu();
     m_menu->addSeparator();

@@ -13,9 +13,11 @@
 class CaptureHistory;
 class MyButton;
 class QAction;
+class PictureWriter;
 class QMenu;
 class RecentMenu;
 class Session;
+class ViewPicture;
 struct ShownPair;
 
 /// The menu button with the program's only menu, and the file actions: where the file formats meet the user.
@@ -40,7 +42,10 @@ public:
     /// The pairs of timing markers that an export may lie between, asked whenever one begins. Null for none.
     std::function<QVector<ShownPair>()> shownPairs;
 
-    /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary.
+    /// The view as it is seen; to be set before a picture is asked for.
+    std::function<ViewPicture()> viewPicture;
+
+    /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture.
     /// @return empty on cancel, and at once for another kind
     [[nodiscard]] QString saveFileDialog(int kind);
     /// Asks for the path of an existing file. @return empty on cancel
@@ -71,6 +76,11 @@ public slots:
     void actSaveSettings();
     /// Asks for channels, range and path, and writes a data file. Without a complete capture it only says so.
     void actSaveData();
+    /// Asks for a path and writes the view there: as shapes for the suffix .svg, else as PNG. How it ends is told when
+    /// it does; the picture is that of the moment in which the dialog ended.
+    void actSavePicture();
+    /// Puts the view into the clipboard, as pixels.
+    void copyPicture();
     /// The action's data is the kind of file: 2 text, 3 CSV, 4 binary.
     void slotExportMenuTrig(QAction *action);
     /// The action's data is the language's place in the list. Takes effect at the next start, which it offers.
@@ -123,6 +133,7 @@ private:
     MyButton *m_button;
     QMenu *m_menu = nullptr;
     CaptureHistory *m_history = nullptr;
+    PictureWriter *m_pictures;
     RecentMenu *m_recent = nullptr; ///< there once the menu is
     QVector<LanguageInfo> m_languages;
 };

@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "app/MainMenu.h"
+#include "app/ViewPicture.h"
 #include "controls/Look.h"
 #include "controls/MyProgressDlg.h"
 #include "controls/WindowPlace.h"
@@ -146,6 +147,8 @@ void MainWindow::connectPanels()
     connect(toolbar, &Toolbar::startAsked, this, &MainWindow::startCapture);
     connect(toolbar, &Toolbar::stopAsked, this, &MainWindow::slotSmpStop);
     mainMenu->shownPairs = [this] { return mainView->shownPairs(); };
+    mainMenu->viewPicture = [this] { return ViewPicture(timeView, mainView); };
+    connect(mainView, &MainView::pictureWanted, mainMenu, &MainMenu::copyPicture);
     connect(mainMenu, &MainMenu::openSettingFile, this, &MainWindow::slotReplaceConfig);
     connect(mainMenu, &MainMenu::openFileGone, this, &MainWindow::showTitleAndState);
     connect(mainMenu, &MainMenu::fileTold, this, &MainWindow::showInStatus);

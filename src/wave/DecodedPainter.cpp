@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "settings/Globals.h"
+#include "wave/PaintKind.h"
 
 #include <QFontMetrics>
 #include <QLinearGradient>
@@ -62,13 +63,13 @@ void DecodedPainter::paintBoxes(QPainter &painter, std::span<const DecodedBubble
     painter.setPen(Qt::NoPen);
     painter.setBrush(m_outline);
     for (const std::vector<QRect> *rects : {&m_shapes.lids, &m_shapes.walls}) {
-        painter.drawRects(rects->data(), int(rects->size()));
+        fillRects(painter, *rects);
     }
     QLinearGradient shade(0, 0, 0, view.scale.dp(bubbleHeight) / 2 + view.scale.s());
     shade.setColorAt(0, gGreys[2]);
     shade.setColorAt(1.0, QColor(0, 0, 0, shadowAlpha));
     painter.setBrush(shade);
-    painter.drawRects(m_shapes.insides.data(), int(m_shapes.insides.size()));
+    fillRects(painter, m_shapes.insides);
 }
 
 void DecodedPainter::paintTexts(QPainter &painter, std::span<const DecodedBubble> boxes, const DecodedView &view,

@@ -4,6 +4,7 @@
 #include "settings/Globals.h"
 #include "wave/DecodedPainter.h"
 #include "wave/DecodedSource.h"
+#include "wave/PaintKind.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveStrokes.h"
 
@@ -60,13 +61,13 @@ void ItemWaveLine::paintTrace(QPainter &painter, const QRectF &exposed)
     const QColor color = colorWaveform ? lineColor : gGreys[0];
     const TraceLevels levels = traceLevels(height, scale);
     const bool isDense = m_rects.size() * columnsOfARect > std::size_t(std::max(width, 0));
-    if (isDense && levels.lowY - levels.highY > scale.s()) {
+    if (isDense && !keepsShapes(painter) && levels.lowY - levels.highY > scale.s()) {
         paintRows(painter, seen, color);
         return;
     }
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
-    painter.drawRects(m_rects.data(), int(m_rects.size()));
+    fillRects(painter, m_rects);
 }
 
 void ItemWaveLine::paintRows(QPainter &painter, const QRect &seen, QColor color)

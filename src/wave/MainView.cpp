@@ -104,6 +104,7 @@ void MainView::buildKeys()
     }
     QShortcut *back = addKey(Qt::Key_Backspace, [this] { waveGen->goBack(); });
     back->setAutoRepeat(false); // held down it would run through all views
+    addKey(int(Qt::CTRL) | int(Qt::Key_C), [this] { emit pictureWanted(); })->setAutoRepeat(false);
 }
 
 void MainView::buildMarkerKeys()

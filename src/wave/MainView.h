@@ -110,6 +110,8 @@ public slots:
     void slotShortCutMovToEnd();
 
 signals:
+    /// The key for a copy of the view was pressed, where nothing else takes it.
+    void pictureWanted();
     /// The waves have another width: the window shows more or less of the capture than before.
     void timeWidthChanged();
     /// `flag` 1 in, 2 out, about `point`.

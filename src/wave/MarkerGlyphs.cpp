@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "settings/Globals.h"
+#include "wave/PaintKind.h"
 
 #include <QLine>
 #include <QPainter>
@@ -140,6 +141,14 @@ void MarkerGlyphs::draw(QPainter &painter, int type, int x, int y, QColor line)
     if (type < 0 || type >= codes) {
         return;
     }
+    const QColor arrow = colorWaveform ? line : gGreys[1];
+    if (keepsShapes(painter)) {
+        painter.save();
+        painter.translate(x, y);
+        drawGlyph(painter, type, arrow, uiScale());
+        painter.restore();
+        return;
+    }
     const int reach = mostReach * uiScale();
-    painter.drawImage(QPoint(x - reach, y - reach), glyph(type, colorWaveform ? line : gGreys[1]));
+    painter.drawImage(QPoint(x - reach, y - reach), glyph(type, arrow));
 }

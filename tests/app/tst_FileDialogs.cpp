@@ -90,7 +90,7 @@ void TstFileDialogs::eachKindHasItsFilterAndSuffix()
 void TstFileDialogs::anUnknownKindAsksNothing()
 {
     DialogDriver<QFileDialog> dialogs([](QFileDialog &dialog) { chooseFile(dialog, {}); });
-    for (const int kind : {-1, 5, 1000}) {
+    for (const int kind : {-1, 99, 1000}) {
         QCOMPARE(save(kind), QString());
     }
     QCOMPARE(dialogs.count, 0);

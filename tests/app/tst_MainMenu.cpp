@@ -106,9 +106,10 @@ void TstMainMenu::theEntriesStandInTheirOrder()
     QCOMPARE(texts,
              QStringList({QStringLiteral("Open..."), QStringLiteral("Recent"), QStringLiteral("Save Settings..."),
                           QStringLiteral("Save Data..."), QStringLiteral("-"), QStringLiteral("Export Data"),
-                          QStringLiteral("-"), QStringLiteral("Language..."), QStringLiteral("-"),
-                          QStringLiteral("Options..."), QStringLiteral("-"), QStringLiteral("Check for updates..."),
-                          QStringLiteral("About CorvanLUX..."), QStringLiteral("-")}));
+                          QStringLiteral("Save Picture..."), QStringLiteral("-"), QStringLiteral("Language..."),
+                          QStringLiteral("-"), QStringLiteral("Options..."), QStringLiteral("-"),
+                          QStringLiteral("Check for updates..."), QStringLiteral("About CorvanLUX..."),
+                          QStringLiteral("-")}));
     QCOMPARE(exported, QStringList({QStringLiteral("Text file (*.txt)"), QStringLiteral("CSV file (*.csv)"),
                                     QStringLiteral("Binary file (*.bin)")}));
     QCOMPARE(kinds, QList<int>({2, 3, 4}));

@@ -473,7 +473,7 @@ void TstMainView::onlyKeysThatMoveRepeatByThemselves()
 {
     const MainViewDesk desk;
     const auto shortcuts = desk.view.findChildren<QShortcut *>();
-    QCOMPARE(shortcuts.size(), 24);
+    QCOMPARE(shortcuts.size(), 25);
     for (const QShortcut *shortcut : shortcuts) {
         const int key = shortcut->key()[0] & ~int(Qt::KeyboardModifierMask);
         const bool moves = key == Qt::Key_Left || key == Qt::Key_Right; // held down they go on

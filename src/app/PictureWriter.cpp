@@ -1,0 +1,76 @@
+#include "app/PictureWriter.h"
+
+#include "settings/FileReplacement.h"
+#include "settings/XmlText.h"
+
+#include <QFile>
+#include <QMetaObject>
+#include <QPainter>
+#include <QSvgGenerator>
+
+#include <utility>
+
+namespace {
+
+FileOutcome written(const QString &path, const std::function<bool(QFile &)> &put)
+{
+    FileReplacement target(path);
+    const WriteFault begun = target.begin();
+    if (begun != WriteFault::None) {
+        return {fileResultOf(begun)};
+    }
+    QFile file(target.partPath());
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        return {fileResultOf(writeFaultOf(file))};
+    }
+    const bool isWhole = put(file) && file.flush() && file.error() == QFileDevice::NoError;
+    const WriteFault fault = isWhole ? WriteFault::None : writeFaultOf(file);
+    file.close();
+    return {fileResultOf(isWhole ? target.finish() : fault)};
+}
+
+} // namespace
+
+PictureWriter::~PictureWriter()
+{
+    for (auto &[number, thread] : m_threads) {
+        thread.join();
+    }
+}
+
+void PictureWriter::writePng(const QString &path, const QImage &image)
+{
+    start(path, [image](QFile &file) { return image.save(&file, "PNG"); });
+}
+
+void PictureWriter::writeSvg(const QString &path, const Drawing &drawing)
+{
+    start(path, [drawing](QFile &file) {
+        QSvgGenerator svg;
+        svg.setOutputDevice(&file);
+        svg.setSize(drawing.size);
+        svg.setViewBox(QRect(QPoint(), drawing.size));
+        svg.setResolution(drawing.dpi);
+        svg.setTitle(xmlAllowed(drawing.title).toHtmlEscaped()); // which goes into the file as it is
+        QPainter painter(&svg);
+        QPicture shapes(drawing.shapes); // to play is no const operation
+        return painter.isActive() && shapes.play(&painter) && painter.end();
+    });
+}
+
+void PictureWriter::start(const QString &path, std::function<bool(QFile &)> put)
+{
+    const int number = ++m_number;
+    m_threads[number] = std::thread([this, number, path, writes = std::move(put)] {
+        const FileOutcome outcome = written(path, writes);
+        QMetaObject::invokeMethod(
+            this, [this, number, path, outcome] { ended(number, path, outcome); }, Qt::QueuedConnection);
+    });
+}
+
+void PictureWriter::ended(int number, const QString &path, const FileOutcome &outcome)
+{
+    m_threads.at(number).join();
+    m_threads.erase(number);
+    emit sigWritten(path, outcome);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "files/CaptureFile.h"
+
+#include <QImage>
+#include <QObject>
+#include <QPicture>
+#include <QSize>
+#include <QString>
+
+#include <functional>
+#include <map>
+#include <thread>
+
+class QFile;
+
+/// Writes pictures, each on a thread of its own: what a window has painted takes much longer to be packed.
+///
+/// The file gets its name when it is whole and on the disk; an earlier one of that name stays until then. Main thread;
+/// the destructor waits for what is under way.
+class PictureWriter : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+    ~PictureWriter() override;
+
+    /// A drawing of vectors.
+    struct Drawing {
+        QPicture shapes;
+        QSize size;    ///< pixels
+        int dpi = 96;  ///< of the screen that its fonts are meant for
+        QString title; ///< what a viewer shows as its name
+    };
+    void writePng(const QString &path, const QImage &image);
+    void writeSvg(const QString &path, const Drawing &drawing);
+
+signals:
+    /// On the main thread.
+    void sigWritten(const QString &path, const FileOutcome &outcome);
+
+private:
+    /// `put` writes into the open file, on the thread. @return false if the picture cannot be packed
+    void start(const QString &path, std::function<bool(QFile &)> put);
+    void ended(int number, const QString &path, const FileOutcome &outcome);
+
+    int m_number = 0;
+    std::map<int, std::thread> m_threads;
+};
