@@ -219,7 +219,7 @@ void AChnParameterSet::createMenu()
     coupleCombo->setAccessibleName(spoken(coupleLabel->text()));
     coupleCombo->setAccessibleDescription(coupleCombo->accessibleName());
     grid->addWidget(reverseLabel, 0, 0);
-    grid->addWidget(reverseBox, 0, 1);
+    grid->addWidget(reverseBox, 0, 1, Qt::AlignLeft);
     grid->addWidget(coupleLabel, 1, 0);
     grid->addWidget(coupleCombo, 1, 1);
     auto *around = new QVBoxLayout(form);

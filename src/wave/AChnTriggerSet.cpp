@@ -23,7 +23,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QRegExpValidator>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -246,6 +245,10 @@ bool AChnTriggerSet::eventFilter(QObject *watched, QEvent *event)
 
 void AChnTriggerSet::refresh()
 {
+    if (extendMenu != nullptr) {
+        const QSignalBlocker noEntry(senseEdit); // what was being typed was meant for another device
+        extendMenu->close();
+    }
     showEdges();
     {
         const QSignalBlocker noEntry(levelSpin);
@@ -363,9 +366,15 @@ void AChnTriggerSet::slotVoltageZreoClicked()
     storeLevel();
 }
 
+bool AChnTriggerSet::mayGo()
+{
+    m_leaving = m_telling;
+    return !m_telling;
+}
+
 void AChnTriggerSet::slotHorEditClicked()
 {
-    if (m_telling) {
+    if (m_telling || m_leaving) {
         return; // the box takes the focus away, which finishes the field once more
     }
     if (horEdit->hasFocus()) {
@@ -378,14 +387,14 @@ void AChnTriggerSet::slotHorEditClicked()
         return; // who only passes through the field changes nothing
     }
     if (!gDev->setTrgPosition(isNumber ? percent : -1)) {
-        const QPointer<AChnTriggerSet> self = this; // the device may go while the box is open
         m_telling = true;
         showNotice(window(), QMessageBox::Warning, ::tr("An error occurred"), ::tr("Trigger position setting failed."),
                    QStringLiteral("color:black;"));
-        if (!self) {
+        m_telling = false;
+        if (m_leaving) {
+            emit mayBeDeleted();
             return;
         }
-        m_telling = false;
     }
     horEdit->setText(QString::number(gDev->trgPosition));
 }

@@ -45,6 +45,8 @@ public:
     /// The analog channel of the trigger, 0 or 1.
     [[nodiscard]] int channel() const;
     [[nodiscard]] bool isTriggerOn() const;
+    /// False while a box is open that this has asked for: it is to be kept, out of sight, until mayBeDeleted().
+    [[nodiscard]] bool mayGo();
     /// The controls in the order of Tab.
     [[nodiscard]] QVector<QWidget *> tabStops() const;
 
@@ -63,6 +65,8 @@ public slots:
 signals:
     /// @param trig  of aTrigChange
     void aChnTrigSetChanged(int trig, const QString &set);
+    /// The box is closed for which mayGo() was false.
+    void mayBeDeleted();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
@@ -93,4 +97,5 @@ private:
     MenuDialog *extendMenu = nullptr; ///< made at first use, with the one below
     QLineEdit *senseEdit = nullptr;
     bool m_telling = false; ///< a box is open that takes the focus away
+    bool m_leaving = false; ///< the device has gone meanwhile
 };

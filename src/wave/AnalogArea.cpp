@@ -47,7 +47,10 @@ void AnalogArea::build(int channels)
 
 void AnalogArea::clear()
 {
-    delete m_sidebar;
+    if (m_sidebar && m_sidebar->mayGo()) {
+        delete m_sidebar;
+    }
+    m_sidebar.clear();
     m_traces.reset();
     m_grid.reset();
     m_channels = 0;

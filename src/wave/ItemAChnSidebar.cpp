@@ -97,7 +97,7 @@ void ItemAChnSidebar::buildGrid()
     column->addWidget(m_rest, 1);
     auto *grid = new QGridLayout(this);
     grid->setSpacing(dp(3));
-    grid->setContentsMargins(0, dp(4) + uiScale(), 2 * dp(AChnTAG::tagSize) + dp(2), dp(3));
+    grid->setContentsMargins(0, dp(4) + uiScale(), 2 * dp(AChnTAG::tagSize) + dp(4), dp(3));
     grid->addWidget(numberLabel, 0, 0);
     grid->addLayout(column, 0, 1);
     grid->setColumnStretch(1, 1);
@@ -144,6 +144,17 @@ void ItemAChnSidebar::refresh()
     }
     m_trigger->refresh();
     placeTags();
+}
+
+bool ItemAChnSidebar::mayGo()
+{
+    if (m_trigger->mayGo()) {
+        return true;
+    }
+    hide();
+    disconnect(); // nobody is told of it any more
+    connect(m_trigger, &AChnTriggerSet::mayBeDeleted, this, &QObject::deleteLater);
+    return false;
 }
 
 void ItemAChnSidebar::showTriggers()
@@ -265,6 +276,7 @@ void ItemAChnSidebar::placeTrigger()
     if (scale != 0 && m_isLaid) {
         const int zero = zeroY(m_trigTag->channel());
         m_trigTag->setCentre(rowOfVoltage(m_trigger->level(), zero, scale, height(), uiScale()));
+        m_trigTag->setAccessibleDescription(QString::number(m_trigger->level()) + QStringLiteral(" mV"));
     }
 }
 

@@ -24,6 +24,9 @@ public:
     void refresh();
     /// Takes its place at the top of the column. The flags have none before that.
     void lay(int height);
+    /// True if this may be deleted. Else a box is open that one of its fields has asked for: this is hidden now, tells
+    /// nothing any more, and deletes itself behind the box.
+    [[nodiscard]] bool mayGo();
     /// Shows the device's trigger edges alone.
     void showTriggers();
     /// The flag of a channel that is off is not shown.

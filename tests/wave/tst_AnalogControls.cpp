@@ -2,6 +2,8 @@
 #include "wave/AChnParameterSet.h"
 #include "wave/AnalogDesk.h"
 
+#include <QPointer>
+#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -69,6 +71,9 @@ private slots:
     void aRefusedPositionIsToldOnceAndTheDevicesIsShown();
     void zeroingThePositionPassesTheCheckBy();
     void escapeGivesUpAnEdit();
+    void theDeviceMayGoWhileARefusalIsTold_data();
+    void theDeviceMayGoWhileARefusalIsTold();
+    void anotherDeviceClosesTheMenusWithoutTakingWhatWasTyped();
 
     // The next start.
     void allComesBackAtTheNextStart();
@@ -494,6 +499,43 @@ void TstAnalogControls::escapeGivesUpAnEdit()
     QCOMPARE(field->text(), QStringLiteral("5"));
     QCOMPARE(gDev->trgPosition, 5);
     QVERIFY(!field->hasFocus());
+}
+
+void TstAnalogControls::theDeviceMayGoWhileARefusalIsTold_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::newRow("for one without analog channels") << 0;
+    QTest::newRow("for one of the same model") << analogModel;
+}
+
+void TstAnalogControls::theDeviceMayGoWhileARefusalIsTold()
+{
+    QFETCH(int, model);
+    AnalogDesk desk;
+    const BoxCloser closer;
+    const QPointer<ItemAChnSidebar> former = desk.column();
+    QTimer::singleShot(0, &desk.view, [&desk, model] { desk.replaceDevice(model); });
+    AnalogDesk::type(desk.part<QLineEdit>("trigPosition"), QStringLiteral("100"));
+    QCOMPARE(closer.seen.count, 1);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(former.isNull(), model != analogModel);
+    QCOMPARE(desk.area().exists(), model == analogModel);
+    if (model == analogModel) {
+        QCOMPARE(desk.part<QLineEdit>("trigPosition")->text(), QStringLiteral("5"));
+    }
+}
+
+void TstAnalogControls::anotherDeviceClosesTheMenusWithoutTakingWhatWasTyped()
+{
+    AnalogDesk desk;
+    AnalogDesk::clickOn(desk.part<QWidget>("trigSetting"));
+    QTest::keyClicks(desk.part<QLineEdit>("sense"), QStringLiteral("0.9"));
+    desk.replaceDevice(analogModel);
+    QVERIFY(!desk.part<MenuDialog>("trigExtend")->isVisible());
+    QCOMPARE(storedOfDevice("ATrigSenstivity"), QString());
+    AnalogDesk::clickOn(desk.part<QWidget>(0, "setting"));
+    desk.replaceDevice(analogModel);
+    QVERIFY(!desk.part<MenuDialog>(0, "extend")->isVisible());
 }
 
 // ---- the next start
