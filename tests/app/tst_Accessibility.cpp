@@ -3,6 +3,8 @@
 #include "app/WindowDesk.h"
 #include "controls/MyScrollbar.h"
 #include "device/DeviceGlobals.h"
+#include "measure/AChnMeasureDialog.h"
+#include "measure/AChnMeasureSet.h"
 #include "measure/AnalyzerView.h"
 #include "measure/PulseMeasure.h"
 #include "panels/DevSetting.h"
@@ -320,7 +322,8 @@ void TstAccessibility::noTwoControlsOfARowHaveTheSameName()
 void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab_data()
 {
     QTest::addColumn<QString>("dialog");
-    for (const char *name : {"options", "export", "about", "progress", "models", "channels"}) {
+    for (const char *name : {"options", "export", "about", "progress", "models", "channels", "analog parameters",
+                             "values of an analog channel"}) {
         QTest::newRow(name) << QString::fromLatin1(name);
     }
 }
@@ -342,6 +345,10 @@ void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab()
     } else if (dialog == QLatin1String("channels")) {
         m_window->slotDevPreConnect(9); // with all groups
         made = std::make_unique<MenuChnSettings>(m_window.get());
+    } else if (dialog == QLatin1String("analog parameters")) {
+        made = std::make_unique<AChnMeasureSet>(QVector<int>(7, -1), m_window.get());
+    } else if (dialog == QLatin1String("values of an analog channel")) {
+        made = std::make_unique<AChnMeasureDialog>(0, QString(), m_window.get());
     } else {
         made =
             std::make_unique<MyProgressDlg>(QStringLiteral("Work"), QString(), QStringLiteral("Stop"), m_window.get());
