@@ -118,6 +118,7 @@ void MainView::buildMarkerKeys()
     }
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
         QShortcut *lays = addKey(key, [this] { m_voltages->layDown(); });
+        lays->setAutoRepeat(false);
         lays->setEnabled(false); // at all other times Enter belongs to what has the focus
         connect(m_voltages, &VoltageBoard::followingChanged, lays, &QShortcut::setEnabled);
     }
