@@ -28,7 +28,7 @@ const char *const convertUsage =
     "OUT appears when it is whole; \"-\" is the standard output.\n";
 
 /// What is to be done.
-struct Job {
+struct Conversion {
     CaptureKind from = CaptureKind::None;
     CaptureKind to = CaptureKind::None;
     QString in;
@@ -49,7 +49,7 @@ QString takeKind(const Arguments::Parsed &parsed, const QString &option, const Q
 }
 
 /// @return empty, or what is wrong
-QString jobOf(const Arguments::Parsed &parsed, Job &job)
+QString conversionOf(const Arguments::Parsed &parsed, Conversion &job)
 {
     if (!parsed.error.isEmpty() || parsed.operands.size() != 2) {
         return parsed.error.isEmpty() ? QStringLiteral("one file to read and one to write are needed") : parsed.error;
@@ -92,7 +92,7 @@ ForeignKind foreignKind(CaptureKind kind)
     return ForeignKind::None;
 }
 
-int run(const Job &job)
+int convertAs(const Conversion &job)
 {
     const ForeignKind kind = foreignKind(job.from);
     const CaptureSource source = CaptureSource::openOrTell(job.in, kind, job.options);
@@ -131,11 +131,11 @@ int Commands::convert(const QStringList &arguments)
         std::fputs(convertUsage, stdout);
         return Terminal::good;
     }
-    Job job;
-    const QString wrong = jobOf(parsed, job);
+    Conversion job;
+    const QString wrong = conversionOf(parsed, job);
     if (!wrong.isEmpty()) {
         Terminal::say(wrong + QStringLiteral("; \"luxcli convert --help\" tells more"));
         return Terminal::wrongUsage;
     }
-    return run(job);
+    return convertAs(job);
 }

@@ -25,7 +25,7 @@ const char *const exportUsage =
     "  -h, --help         this text\n";
 
 /// What is to be done.
-struct Job {
+struct ExportJob {
     CaptureKind kind = CaptureKind::None;
     double from = 0; ///< seconds
     double to = HUGE_VAL;
@@ -34,7 +34,7 @@ struct Job {
 };
 
 /// @return empty, or what is wrong
-QString jobOf(const Arguments::Parsed &parsed, Job &job)
+QString exportJobOf(const Arguments::Parsed &parsed, ExportJob &job)
 {
     if (!parsed.error.isEmpty() || parsed.operands.size() != 1) {
         return !parsed.error.isEmpty()     ? parsed.error
@@ -76,8 +76,8 @@ int Commands::exportData(const QStringList &arguments)
         std::fputs(exportUsage, stdout);
         return Terminal::good;
     }
-    Job job;
-    const QString wrong = jobOf(parsed, job);
+    ExportJob job;
+    const QString wrong = exportJobOf(parsed, job);
     if (!wrong.isEmpty()) {
         Terminal::say(wrong + QStringLiteral("; \"luxcli export --help\" tells more"));
         return Terminal::wrongUsage;
