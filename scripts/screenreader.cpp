@@ -4,8 +4,8 @@
 //   screenreader list ADDRESS     prints what is shown: one line an element, in the order of the program's tree
 //
 // A line holds, parted by tabs: x, y, width, height (pixels of the screen), role, name, description, state, and what
-// stands in a field for text. The state is made of the words "disabled" and "checked". The program must also have
-// ADDRESS in DBUS_SESSION_BUS_ADDRESS.
+// stands in a field for text. The state is made of the words "disabled", "checked" and "focused". The program must also
+// have ADDRESS in DBUS_SESSION_BUS_ADDRESS.
 
 #include <QCoreApplication>
 #include <QDBusArgument>
@@ -28,6 +28,7 @@ namespace {
 // Numbers of the AT-SPI protocol.
 constexpr int stateChecked = 4;
 constexpr int stateEnabled = 8;
+constexpr int stateFocused = 12;
 constexpr int stateShowing = 25;
 constexpr int screenCoordinates = 0;
 
@@ -118,10 +119,11 @@ struct Reader {
             const QRect at = place(path);
             const QVariantList role = ask(path, accessible, QStringLiteral("GetRoleName"), {});
             const QStringList words = QStringList() << (has(stateEnabled) ? QString() : QStringLiteral("disabled"))
-                                                    << (has(stateChecked) ? QStringLiteral("checked") : QString());
+                                                    << (has(stateChecked) ? QStringLiteral("checked") : QString())
+                                                    << (has(stateFocused) ? QStringLiteral("focused") : QString());
             out << at.x() << '\t' << at.y() << '\t' << at.width() << '\t' << at.height() << '\t'
                 << role.value(0).toString() << '\t' << property(path, QStringLiteral("Name")) << '\t'
-                << property(path, QStringLiteral("Description")) << '\t' << words.join(QLatin1Char(' ')).trimmed()
+                << property(path, QStringLiteral("Description")) << '\t' << words.join(QLatin1Char(' ')).simplified()
                 << '\t' << content(path, role.value(0).toString()) << '\n';
         }
         for (const QString &child : children(path)) {
