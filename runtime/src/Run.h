@@ -35,7 +35,7 @@ struct Run : RunControl {
     void addMessage(const std::string &text)
     {
         if (!message.empty())
-            message += ' ';
+            message += '\n';
         message += text;
     }
 };

@@ -90,7 +90,8 @@ public:
     [[nodiscard]] QString analyzerTitle(int index) const;
     /// Share of the capture that the running worker has decoded, 0 to 1.
     [[nodiscard]] double progress(int index) const;
-    /// What the user should know about the last run: why it failed or ended early; empty for nothing.
+    /// What the user should know about the last run, in the user's language, a sentence a line: why it failed or ended
+    /// early; empty for nothing.
     [[nodiscard]] QString message(int index) const;
     /// The last run did not come to the capture's end, though nobody asked it to stop.
     [[nodiscard]] bool endedEarly(int index) const;

@@ -3,6 +3,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "analyzer/AnalyzerProgMng.h"
 #include "analyzer/ChannelUsage.h"
+#include "analyzer/DecoderSentence.h"
 #include "analyzer/PluginCall.h"
 #include "settings/Language.h"
 
@@ -72,7 +73,7 @@ QString AnalyzerManager::message(int index) const
     }
     std::array<char, 512> text{};
     item.analyzer->GetDecodeMessage(text.data(), text.size());
-    return QString::fromUtf8(text.data());
+    return decoderSentence(QString::fromUtf8(text.data()), nameOf(item));
 }
 
 bool AnalyzerManager::endedEarly(int index) const

@@ -131,9 +131,8 @@ bool tellOfRuns(const AnalyzerManager &manager)
 {
     bool good = true;
     for (int i = 0; i < manager.count(); ++i) {
-        const QString message = manager.message(i);
-        if (!message.isEmpty()) {
-            Terminal::say(QStringLiteral("%1: %2").arg(manager.analyzerTitle(i), message));
+        for (const QString &line : manager.message(i).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+            Terminal::say(QStringLiteral("%1: %2").arg(manager.analyzerTitle(i), line));
         }
         good = good && manager.analyzerAt(i)->GetDecodeStatus() == DecodeStatus::Complete;
     }

@@ -1,6 +1,7 @@
 #include "protocol/ProtocolEdit.h"
 
 #include "analyzer/AnalyzerManager.h"
+#include "analyzer/DecoderSentence.h"
 #include "analyzer/PluginCall.h"
 #include "controls/NoticeBox.h"
 #include "settings/Language.h"
@@ -8,7 +9,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QRegularExpression>
 
 #include <corvanlux/analyzer/Analyzer.h>
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
@@ -136,23 +136,6 @@ QString ProtocolEdit::settingsText()
     return fault.isEmpty() ? text : QString();
 }
 
-QString ProtocolEdit::translatedSentence(const char *text) const
-{
-    static const QRegularExpression quoted(QStringLiteral("\"([^\"]*)\""));
-    QString key = QString::fromUtf8(text);
-    QStringList titles;
-    for (QRegularExpressionMatch match = quoted.match(key); match.hasMatch() && titles.size() < 9;
-         match = quoted.match(key, match.capturedStart(1) + 3)) {
-        titles.append(match.captured(1));
-        key.replace(match.capturedStart(1), match.capturedLength(1), QLatin1Char('%') + QString::number(titles.size()));
-    }
-    QString sentence = trAnalyzer(key, analyzerName);
-    for (int i = titles.size(); i > 0; --i) {
-        sentence.replace(QLatin1Char('%') + QString::number(i), titles.at(i - 1));
-    }
-    return sentence;
-}
-
 bool ProtocolEdit::apply()
 {
     bool taken = false;
@@ -161,7 +144,7 @@ bool ProtocolEdit::apply()
         taken = settings->ApplyInterfaces();
         if (!taken) {
             const char *message = settings->GetSaveErrorMessage();
-            why = translatedSentence(message != nullptr ? message : "");
+            why = decoderSentence(QString::fromUtf8(message != nullptr ? message : ""), analyzerName);
         }
     });
     if (fault.isEmpty() && taken) {

@@ -57,8 +57,6 @@ private:
     [[nodiscard]] QWidget *makeTextEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QWidget *makeBoolEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QString translated(const char *text) const;
-    /// The same for a sentence that quotes titles: "..." stands as %1, %2 in the text that is looked up.
-    [[nodiscard]] QString translatedSentence(const char *text) const;
 
     /// Writes every editor's value to its setting. @return the first field whose number is out of its range, or null
     [[nodiscard]] QLineEdit *writeValues(bool tell);

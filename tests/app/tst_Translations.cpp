@@ -18,7 +18,8 @@ namespace {
 /// Calls whose text is no literal, as "file: argument". The texts of a table are marked by `trLater` where they stand.
 QStringList computedCalls()
 {
-    return {QStringLiteral("app/QtTexts.cpp: QString::fromUtf8(sourceText)"),
+    return {QStringLiteral("analyzer/DecoderSentence.cpp: pattern.text"), // the table beside it is marked
+            QStringLiteral("app/QtTexts.cpp: QString::fromUtf8(sourceText)"),
             QStringLiteral("measure/MeasureView.cpp: values.at(row)"), // numbers, which no file translates
             QStringLiteral("session/RunStatus.cpp: texts[sta]")};
 }

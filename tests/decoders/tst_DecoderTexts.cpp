@@ -1,12 +1,18 @@
 // The shipped languages hold every text that the dialogs show of a decoder.
 
+#include "analyzer/DecoderSentence.h"
+#include "settings/Config.h"
+#include "settings/Globals.h"
+#include "settings/Language.h"
 #include "support/PluginFiles.h"
 
 #include <QDir>
 #include <QDomDocument>
 #include <QFile>
+#include <QLocale>
 #include <QRegularExpression>
 #include <QSet>
+#include <QStandardPaths>
 #include <QtTest>
 
 class TstDecoderTexts : public QObject {
@@ -19,6 +25,9 @@ private slots:
     void noTextIsTranslatedTwice();
     void everyTextOfADecoderIsTranslated_data();
     void everyTextOfADecoderIsTranslated();
+    void sentencesAreFoundInTheSource();
+    void whatADecoderTellsOfARunIsTranslated_data() { everyTextOfADecoderIsTranslated_data(); }
+    void whatADecoderTellsOfARunIsTranslated();
 
 private:
     const std::vector<PluginFile> m_plugins = pluginsIn(QStringLiteral(LUX_PLUGIN_FOLDER));
@@ -56,6 +65,32 @@ QStringList refusals(const QString &source)
     QStringList sentences;
     for (auto in = literal.globalMatch(body.match(source).captured(1)); in.hasNext();) {
         sentences.append(in.next().captured(1));
+    }
+    return sentences;
+}
+
+/// What a decoder tells of a run, from its source, with 12 for each number.
+QStringList sentencesOfRuns(const QString &source)
+{
+    static const QRegularExpression call(QStringLiteral("\\b(?:fail|tell)\\(([^;]*)\\);"));
+    static const QRegularExpression piece(QStringLiteral("\"([^\"]*)\"|std::to_string"));
+    QStringList sentences;
+    for (auto in = call.globalMatch(source); in.hasNext();) {
+        const QString argument = in.next().captured(1);
+        const bool isChoice = argument.contains(QLatin1Char('?'));
+        QString sentence;
+        for (auto part = piece.globalMatch(argument); part.hasNext();) {
+            const QRegularExpressionMatch match = part.next();
+            const QString text = match.capturedStart(1) >= 0 ? match.captured(1) : QStringLiteral("12");
+            if (isChoice) {
+                sentences.append(text);
+            } else {
+                sentence += text;
+            }
+        }
+        if (!sentence.isEmpty()) {
+            sentences.append(sentence);
+        }
     }
     return sentences;
 }
@@ -202,5 +237,31 @@ void TstDecoderTexts::everyTextOfADecoderIsTranslated()
     QVERIFY2(missing.isEmpty(), qPrintable(name + QStringLiteral("|") + missing.join(QLatin1Char('|'))));
 }
 
-QTEST_APPLESS_MAIN(TstDecoderTexts)
+void TstDecoderTexts::sentencesAreFoundInTheSource()
+{
+    const QString source = QStringLiteral("fail(\"Too low: \" + std::to_string(a * (b)) +\n     \" Hz\");\n"
+                                          "return fail(Fault::End);\ntell(x == 1 ? \"One\" : \"Two\");\n");
+    QCOMPARE(sentencesOfRuns(source),
+             (QStringList{QStringLiteral("Too low: 12 Hz"), QStringLiteral("One"), QStringLiteral("Two")}));
+}
+
+void TstDecoderTexts::whatADecoderTellsOfARunIsTranslated()
+{
+    QFETCH(QString, language);
+    QFETCH(int, index);
+    QStandardPaths::setTestModeEnabled(true);
+    configLoad();
+    globalSet(QStringLiteral("userLang"), QFileInfo(language).completeBaseName());
+    languageLoadFrom(QStringLiteral(LUX_LANGUAGE_DIR), QLocale::c());
+    const PluginFile &plugin = m_plugins[std::size_t(index)];
+    const QString name = QString::fromUtf8(plugin.make()->AnalyzerName());
+    const QDir folder(folderOf(plugin.name));
+    for (const QString &file : folder.entryList({QStringLiteral("*.cpp")}, QDir::Files)) {
+        for (const QString &sentence : sentencesOfRuns(read(folder.filePath(file)))) {
+            QVERIFY2(decoderSentence(sentence, name) != sentence, qPrintable(sentence));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(TstDecoderTexts)
 #include "tst_DecoderTexts.moc"

@@ -163,7 +163,7 @@ void TstAnalyzerResults::framesThatComeTooLateOrReachOutAreTidiedAndTold()
     QCOMPARE(results.GetFrame(2).lastSample, 120);
     QCOMPARE(results.GetFrame(3).lastSample, 999);
     QCOMPARE(desk->markers(0).at(0).sample, std::uint64_t(0));
-    QCOMPARE(desk->message(), std::string("2 frames or markers reached out of the capture and were cut. 1 frames or "
+    QCOMPARE(desk->message(), std::string("2 frames or markers reached out of the capture and were cut.\n1 frames or "
                                           "markers were not in the order of time."));
 }
 

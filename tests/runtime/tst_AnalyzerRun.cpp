@@ -239,7 +239,7 @@ void TstAnalyzerRun::remarksOfTheDecoderAreKept()
         decoder.tellThat("9600 bits/s were found.");
         decoder.failWith("Then it stopped.");
     });
-    QCOMPARE(desk->message(), std::string("9600 bits/s were found. Then it stopped."));
+    QCOMPARE(desk->message(), std::string("9600 bits/s were found.\nThen it stopped."));
     QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Failed);
 }
 

@@ -59,7 +59,7 @@ public:
     void DecodeToEnd();
     /// How the last run went. Any thread.
     [[nodiscard]] DecodeStatus GetDecodeStatus() const;
-    /// A sentence for the user about the last run; empty when there is nothing to tell. Once the run is over, any
+    /// Sentences for the user about the last run, a line each; empty for nothing to tell. Once the run is over, any
     /// thread. Copied into `text`, which is always ended; @return the length of the whole message.
     std::size_t GetDecodeMessage(char *text, std::size_t size) const;
 
