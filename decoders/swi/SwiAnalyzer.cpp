@@ -1,8 +1,8 @@
 #include "SwiAnalyzer.h"
 
 #include "SwiNames.h"
-#include "common/Duration.h"
 #include "common/BitGrid.h"
+#include "common/Duration.h"
 #include "common/FilteredLine.h"
 
 #include <algorithm>
