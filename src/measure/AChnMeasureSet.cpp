@@ -8,10 +8,12 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QPointer>
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -66,11 +68,36 @@ void AChnMeasureSet::addShowAll(QBoxLayout &line)
     for (const QString &text : {::tr("OFF"), QStringLiteral("CH1"), QStringLiteral("CH2")}) {
         auto *button = new QRadioButton(text);
         connect(button, &QRadioButton::clicked, this, &AChnMeasureSet::slotShowAllClicked);
+        button->installEventFilter(this);
         showAllGroup->addButton(button);
         row->addWidget(button);
     }
     showAllGroup->buttons().constFirst()->setChecked(true);
     line.addWidget(group);
+}
+
+void AChnMeasureSet::showEvent(QShowEvent *event)
+{
+    MenuDialog::showEvent(event);
+    if (focusWidget() == nullptr || focusWidget() == this) {
+        boxes.constFirst()->setFocus(Qt::PopupFocusReason);
+    }
+}
+
+/// In a group of radio buttons an arrow key clicks the next one, which would show a channel on the way to another.
+bool AChnMeasureSet::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        const bool isBack = key == Qt::Key_Up || key == Qt::Key_Left;
+        if (isBack || key == Qt::Key_Down || key == Qt::Key_Right) {
+            const auto choices = showAllGroup->buttons();
+            const int index = int(choices.indexOf(static_cast<QAbstractButton *>(watched))) + (isBack ? -1 : 1);
+            choices.at(std::clamp(index, 0, int(choices.size()) - 1))->setFocus(Qt::OtherFocusReason);
+            return true;
+        }
+    }
+    return MenuDialog::eventFilter(watched, event);
 }
 
 void AChnMeasureSet::slotShowAllClicked()

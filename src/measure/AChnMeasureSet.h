@@ -38,6 +38,10 @@ public slots:
     /// The sender is a parameter's box.
     void slotOptionsClicked();
 
+protected:
+    void showEvent(QShowEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void addBoxes(QBoxLayout &column);
     void addShowAll(QBoxLayout &line);

@@ -116,7 +116,9 @@ void TstMainWindowFrame::theStartKeyIsPressedOnceHoweverLongItIsHeld()
 {
     for (const auto *shortcut : m_window->findChildren<QShortcut *>()) {
         const int key = shortcut->key()[0] & ~int(Qt::KeyboardModifierMask);
-        const bool moves = key == Qt::Key_Left || key == Qt::Key_Right; // held down they go on
+        // Held down they go on: the view and the markers.
+        const bool isUpOrDown = key == Qt::Key_Up || key == Qt::Key_Down;
+        const bool moves = key == Qt::Key_Left || key == Qt::Key_Right || (isUpOrDown && key != shortcut->key()[0]);
         QCOMPARE(shortcut->autoRepeat(), moves);
     }
     gDev->setSmpDepthIndex(0);

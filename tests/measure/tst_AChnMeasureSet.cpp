@@ -27,6 +27,7 @@ private slots:
     void offShowsNothing();
     void aChannelIsToldOnceAndTheGroupGoesBackToOff();
     void tabReachesEveryPartAndSpaceChooses();
+    void theArrowsGoFromChannelToChannelAndShowNone();
     void theMenuFitsALowScreen_data();
     void theMenuFitsALowScreen();
 
@@ -165,8 +166,7 @@ void TstAChnMeasureSet::aChannelIsToldOnceAndTheGroupGoesBackToOff()
 
 void TstAChnMeasureSet::tabReachesEveryPartAndSpaceChooses()
 {
-    m_menu->activateWindow();
-    m_menu->boxes.first()->setFocus(Qt::TabFocusReason);
+    QCOMPARE(m_menu->focusWidget(), m_menu->boxes.first());
     QSet<QWidget *> reached;
     for (int i = 0; i < 19; ++i) {
         reached.insert(QApplication::focusWidget());
@@ -180,6 +180,23 @@ void TstAChnMeasureSet::tabReachesEveryPartAndSpaceChooses()
     QCOMPARE(m_told, (QVector<QVector<int>>{{1, 2, 3, 4, 5, 6, -1}}));
     QTest::keyClick(m_menu.get(), Qt::Key_Escape);
     QVERIFY(!m_menu->isVisible());
+}
+
+void TstAChnMeasureSet::theArrowsGoFromChannelToChannelAndShowNone()
+{
+    QSignalSpy shown(m_menu.get(), &AChnMeasureSet::showAllMeasureClicked);
+    const auto choices = m_menu->showAllGroup->buttons();
+    choices.first()->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(m_menu->focusWidget(), Qt::Key_Right);
+    QTest::keyClick(m_menu->focusWidget(), Qt::Key_Down);
+    QTest::keyClick(m_menu->focusWidget(), Qt::Key_Down); // there is none beyond
+    QCOMPARE(m_menu->focusWidget(), choices.last());
+    QCOMPARE(shown.count(), 0);
+    QTest::keyClick(m_menu->focusWidget(), Qt::Key_Space);
+    QCOMPARE(QList<QVariantList>(shown), (QList<QVariantList>{{1}}));
+    QCOMPARE(m_menu->focusWidget(), choices.last()); // the menu has come back as it was
+    QTest::keyClick(m_menu->focusWidget(), Qt::Key_Left);
+    QCOMPARE(m_menu->focusWidget(), choices.at(1));
 }
 
 void TstAChnMeasureSet::theMenuFitsALowScreen_data()
