@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     }
     ForeignOptions options;
     if ((bytes[0] & 1) != 0) {
-        options.channels = {QStringLiteral("3"), QStringLiteral("0-1")};
+        options.channels = QStringList{QStringLiteral("3"), QStringLiteral("0-1")};
     }
     return readAnything(bytes + 1, size - 1, ForeignKind::Vcd, options);
 }
