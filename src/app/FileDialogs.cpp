@@ -113,6 +113,10 @@ SaveKind saveKind(int kind)
         return {::tr("Save Picture"),
                 ::tr("PNG picture") + QStringLiteral(" (*.png);;") + ::tr("SVG drawing") + QStringLiteral(" (*.svg)"),
                 QStringLiteral("png")};
+    case vcd:
+        return {::tr("Export Data"), ::tr("VCD file") + QStringLiteral(" (*.vcd)"), QStringLiteral("vcd")};
+    case sr:
+        return {::tr("Export Data"), ::tr("Session archive") + QStringLiteral(" (*.sr)"), QStringLiteral("sr")};
     default:
         return {};
     }
@@ -162,7 +166,8 @@ QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
 QString askOpenPath(QWidget *parent)
 {
     QFileDialog dialog(parent, ::tr("Open"), startDirectory(),
-                       ::tr("LUX file") + QStringLiteral(" (*.cxset *cxdat)")); // as it stands, without a second dot
+                       ::tr("LUX file") + QStringLiteral(" (*.cxset *cxdat);;") + // as it stands, without a second dot
+                           ::tr("Captures of other programs") + QStringLiteral(" (*.sr *.vcd)"));
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dress(dialog, ::tr("Open"));

@@ -16,7 +16,11 @@ struct SaveKind {
     QString suffix; ///< of the first filter, without the dot; empty for an unknown kind
 };
 
-/// `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture, which has two filters. Pure but for the language.
+inline constexpr int vcd = 6;
+inline constexpr int sr = 7;
+
+/// `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture, which has two filters, 6 VCD, 7 session archive.
+/// Pure but for the language.
 [[nodiscard]] SaveKind saveKind(int kind);
 
 /// The proposed name of a file that is written at `time`, without suffix; legal on all systems. Pure.
@@ -31,7 +35,8 @@ struct SaveKind {
 /// @return with suffix; empty on cancel, and at once for an unknown kind
 [[nodiscard]] QString askSavePath(QWidget *parent, int kind, const QDateTime &now);
 
-/// Asks for an existing data or settings file. Stores the directory in "lastPath". @return empty on cancel
+/// Asks for an existing data or settings file, or another program's capture. Stores the directory in "lastPath".
+/// @return empty on cancel
 [[nodiscard]] QString askOpenPath(QWidget *parent);
 
 } // namespace FileDialogs

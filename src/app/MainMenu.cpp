@@ -1,6 +1,7 @@
 #include "app/MainMenu.h"
 
 #include "app/AboutLUX.h"
+#include "app/FileDialogs.h"
 #include "app/MenuText.h"
 #include "app/PictureWriter.h"
 #include "app/RecentMenu.h"
@@ -8,6 +9,7 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/NoticeBox.h"
+#include "files/ForeignFile.h"
 #include "panels/Options.h"
 #include "settings/Config.h"
 
@@ -111,6 +113,10 @@ void MainMenu::addExportMenu()
     menu->addAction(::tr("Text file") + QStringLiteral(" (*.txt)"))->setData(2);
     menu->addAction(::tr("CSV file") + QStringLiteral(" (*.csv)"))->setData(3);
     menu->addAction(::tr("Binary file") + QStringLiteral(" (*.bin)"))->setData(4);
+    menu->addAction(FileDialogs::saveKind(FileDialogs::vcd).filter)->setData(FileDialogs::vcd);
+    if (foreignKindIsBuilt(ForeignKind::Sr)) {
+        menu->addAction(FileDialogs::saveKind(FileDialogs::sr).filter)->setData(FileDialogs::sr);
+    }
     connect(menu, &QMenu::triggered, this, &MainMenu::slotExportMenuTrig);
 }
 

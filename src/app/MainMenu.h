@@ -45,17 +45,18 @@ public:
     /// The view as it is seen; to be set before a picture is asked for.
     std::function<ViewPicture()> viewPicture;
 
-    /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture.
+    /// Asks for the path of a file to write. `kind`: 0 data, 1 settings, 2 text, 3 CSV, 4 binary, 5 picture,
+    /// 6 VCD, 7 session archive.
     /// @return empty on cancel, and at once for another kind
     [[nodiscard]] QString saveFileDialog(int kind);
     /// Asks for the path of an existing file. @return empty on cancel
     [[nodiscard]] QString openFileDialog();
 
-    /// Opens a data file (.cxdat) or a settings file (.cxset); the common way of all sources after the start. The file
-    /// is read whole first; then its settings replace the running ones, so that the device object is remade, and its
-    /// capture goes into that one's store. A failure or a cancel leaves settings and capture as they were, but for a
-    /// capture that memory has room for only in place of the former one, and that cannot be read a second time.
-    /// Ignored while isBusy().
+    /// Opens a data file (.cxdat), a settings file (.cxset) or another program's capture (.sr, .vcd); the common way of
+    /// all sources after the start. The file is read whole first; then its settings replace the running ones, so that
+    /// the device object is remade, and its capture goes into that one's store. A failure or a cancel leaves settings
+    /// and capture as they were, but for a capture that memory has room for only in place of the former one, and that
+    /// cannot be read a second time. Ignored while isBusy().
     void openFile(const QString &path);
 
     /// Opens the data file that was named at the start, whose settings are the running ones already. If it fails those
@@ -81,7 +82,7 @@ public slots:
     void actSavePicture();
     /// Puts the view into the clipboard, as pixels.
     void copyPicture();
-    /// The action's data is the kind of file: 2 text, 3 CSV, 4 binary.
+    /// The action's data is the kind of file: 2 text, 3 CSV, 4 binary, 6 VCD, 7 session archive.
     void slotExportMenuTrig(QAction *action);
     /// The action's data is the language's place in the list. Takes effect at the next start, which it offers.
     void slotLangMenuTrig(QAction *action);
@@ -118,6 +119,10 @@ private:
     [[nodiscard]] CaptureFile captureFile() const;
     /// Reads a file; isBusy() meanwhile.
     [[nodiscard]] OpenedCapture read(const QString &path, const SmpData *former);
+    /// The same for another program's capture, which comes with settings made for it.
+    [[nodiscard]] OpenedCapture readForeignFile(const QString &path);
+    /// Writes a kind of other programs, 6 or 7; isBusy() is the caller's.
+    [[nodiscard]] FileOutcome exportForeign(const QString &path, int kind, const CapturePart &part);
     /// Brings the capture of a file that was read into the current device's store, and tells what it lacks, or that it
     /// failed.
     void takeCapture(const QString &path, const OpenedCapture &opened, QMessageBox::Icon kind);

@@ -10,6 +10,7 @@
 #include "device/DeviceGlobals.h"
 #include "files/CaptureFile.h"
 #include "files/CaptureHistory.h"
+#include "files/ForeignFile.h"
 #include "panels/ExportDataSet.h"
 #include "session/Session.h"
 #include "settings/Config.h"
@@ -51,6 +52,9 @@ CaptureFile MainMenu::captureFile() const
 
 OpenedCapture MainMenu::read(const QString &path, const SmpData *former)
 {
+    if (isForeignCapture(path)) {
+        return readForeignFile(path);
+    }
     const Session::FileJob held(m_session);
     return captureFile().open(path, former);
 }
@@ -105,6 +109,9 @@ void MainMenu::openFile(const QString &path)
     if (opened.isData) {
         takeCapture(path, opened, QMessageBox::Warning);
     }
+    if (!opened.notes.isEmpty()) {
+        emit fileTold(opened.notes.join(QStringLiteral("; ")));
+    }
 }
 
 void MainMenu::openStartFile(const QString &path)
@@ -148,7 +155,9 @@ void MainMenu::takeCapture(const QString &path, const OpenedCapture &opened, QMe
 void MainMenu::tellFailed(const QString &what, const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome)
 {
     const QString end = QStringLiteral("\r\n");
-    showNotice(window(), kind, ::tr("An error occurred"), what + end + path + end + fileReason(outcome));
+    showNotice(window(), kind, ::tr("An error occurred"),
+               what + end + path + end + fileReason(outcome) +
+                   (outcome.detail.isEmpty() ? QString() : end + outcome.detail));
 }
 
 void MainMenu::tellOpenFailed(const QString &path, QMessageBox::Icon kind, const FileOutcome &outcome)
@@ -234,6 +243,8 @@ void MainMenu::slotExportMenuTrig(QAction *action)
     if (!path.isEmpty()) {
         const Session::FileJob held(m_session);
         const auto format = kind == 4 ? ExportKind::Binary : ExportKind::Text;
-        tellWritten(path, captureFile().exportTo(path, *gDev->smpData, part, format));
+        const bool isForeign = kind == FileDialogs::vcd || kind == FileDialogs::sr;
+        tellWritten(path, isForeign ? exportForeign(path, kind, part)
+                                    : captureFile().exportTo(path, *gDev->smpData, part, format));
     }
 }

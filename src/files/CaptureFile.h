@@ -42,6 +42,7 @@ struct FileOutcome {
     bool noChannels = false;    ///< read: the file holds no channel at all
     bool cut = false;           ///< read: the file ends before its last channel
     std::vector<int> missing{}; ///< read: the channels that are not there therefore, as far as they are known
+    QString detail{};           ///< read of another program's file: what is wrong where, in English; may be empty
     [[nodiscard]] bool isDone() const { return result == FileResult::Done; }
 };
 
@@ -60,6 +61,7 @@ struct OpenedCapture {
     /// capture: it has been checked then, and is to be read again once that one is freed.
     std::unique_ptr<SmpData> capture;
     bool isData = false;
+    QStringList notes{}; ///< of another program's file: what was passed over, in English
 };
 
 /// What of a capture is written.

@@ -2,7 +2,6 @@
 
 #include "files/DataBlocks.h"
 #include "files/DataExport.h"
-#include "settings/Language.h"
 #include "store/SmpData.h"
 
 #include <QEventLoop>
@@ -226,11 +225,7 @@ std::unique_ptr<JobDialog> DataFile::makeDialog() const
     if (!m_dialogs) {
         return {};
     }
-    const bool load = mode == Mode::Load;
-    return m_dialogs(load ? ::tr("Open File") : ::tr("Save File"),
-                     (load ? ::tr("Loading file, please wait") : ::tr("Saving file, please wait")) +
-                         QStringLiteral("..."),
-                     ::tr("Cancel"));
+    return makeJobDialog(m_dialogs, mode == Mode::Load);
 }
 
 bool DataFile::runOnThread(Mode job, bool dialogAtOnce)

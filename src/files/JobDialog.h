@@ -19,3 +19,6 @@ public:
 /// Makes the dialog from its title, its label and the text of its one button, all translated.
 using JobDialogFactory =
     std::function<std::unique_ptr<JobDialog>(const QString &title, const QString &label, const QString &button)>;
+
+/// The dialog of a job that loads a file, or saves one.
+[[nodiscard]] std::unique_ptr<JobDialog> makeJobDialog(const JobDialogFactory &dialogs, bool isLoad);

@@ -68,6 +68,8 @@ void TstFileDialogs::eachKindHasItsFilterAndSuffix_data()
     QTest::newRow("text") << 2 << QStringLiteral("Text file (*.txt)") << QStringLiteral("txt");
     QTest::newRow("CSV") << 3 << QStringLiteral("CSV file (*.csv)") << QStringLiteral("csv");
     QTest::newRow("binary") << 4 << QStringLiteral("Binary file (*.bin)") << QStringLiteral("bin");
+    QTest::newRow("VCD") << 6 << QStringLiteral("VCD file (*.vcd)") << QStringLiteral("vcd");
+    QTest::newRow("archive") << 7 << QStringLiteral("Session archive (*.sr)") << QStringLiteral("sr");
 }
 
 void TstFileDialogs::eachKindHasItsFilterAndSuffix()
@@ -304,7 +306,8 @@ void TstFileDialogs::theOpenDialogTakesExistingFilesOnly()
 void TstFileDialogs::theOpenDialogsFilterStandsAsItIs()
 {
     DialogDriver<QFileDialog> dialogs([](QFileDialog &dialog) {
-        QCOMPARE(dialog.nameFilters(), QStringList(QStringLiteral("LUX file (*.cxset *cxdat)")));
+        QCOMPARE(dialog.nameFilters(), QStringList({QStringLiteral("LUX file (*.cxset *cxdat)"),
+                                                    QStringLiteral("Captures of other programs (*.sr *.vcd)")}));
         dialog.reject();
     });
     QCOMPARE(FileDialogs::askOpenPath(nullptr), QString());

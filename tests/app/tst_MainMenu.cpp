@@ -111,8 +111,9 @@ void TstMainMenu::theEntriesStandInTheirOrder()
                           QStringLiteral("Check for updates..."), QStringLiteral("About CorvanLUX..."),
                           QStringLiteral("-")}));
     QCOMPARE(exported, QStringList({QStringLiteral("Text file (*.txt)"), QStringLiteral("CSV file (*.csv)"),
-                                    QStringLiteral("Binary file (*.bin)")}));
-    QCOMPARE(kinds, QList<int>({2, 3, 4}));
+                                    QStringLiteral("Binary file (*.bin)"), QStringLiteral("VCD file (*.vcd)"),
+                                    QStringLiteral("Session archive (*.sr)")}));
+    QCOMPARE(kinds, QList<int>({2, 3, 4, 6, 7}));
 }
 
 void TstMainMenu::theKeysStandBesideTheirEntries()
