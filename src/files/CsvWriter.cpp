@@ -1,6 +1,7 @@
 #include "files/CsvWriter.h"
 
 #include "files/LevelWalk.h"
+#include "files/PieceWriter.h"
 #include "store/SmpData.h"
 
 #include <QIODevice>
@@ -85,41 +86,29 @@ std::vector<int> chosenOf(const SmpData &data, const DataSelection &selection)
 /// The lines, in pieces.
 class Lines {
 public:
-    static constexpr std::size_t pieceSize = 1 << 16; ///< bytes
+    static constexpr int pieceSize = 1 << 16; ///< bytes
 
     Lines(QIODevice &device, const DataPieceHook &afterPiece, std::int64_t rate, std::string levels)
-        : m_device(device),
-          m_afterPiece(afterPiece),
-          m_times(rate),
+        : m_times(rate),
           m_levels(std::move(levels)),
-          m_text(pieceSize + Times::sizeMax + m_levels.size())
+          m_out(device, pieceSize, int(Times::sizeMax + m_levels.size()), afterPiece)
     {}
 
     void flip(int column) { m_levels[2 * std::size_t(column) + 1] ^= '0' ^ '1'; }
     /// @param done  transitions passed so far
     [[nodiscard]] DataBlocksResult put(std::int64_t time, std::int64_t done)
     {
-        char *const to = m_times.put(time, m_text.data() + m_used);
+        char *const to = m_times.put(time, m_out.end());
         std::memcpy(to, m_levels.data(), m_levels.size());
-        m_used = std::size_t(to - m_text.data()) + m_levels.size();
-        return m_used >= pieceSize ? write(done) : DataBlocksResult::Done;
+        m_out.added(int(to - m_out.end()) + int(m_levels.size()));
+        return m_out.isFull() ? write(done) : DataBlocksResult::Done;
     }
-    [[nodiscard]] DataBlocksResult write(std::int64_t done)
-    {
-        if (m_device.write(m_text.data(), qint64(m_used)) != qint64(m_used)) {
-            return DataBlocksResult::DeviceError;
-        }
-        m_used = 0;
-        return m_afterPiece && !m_afterPiece(done) ? DataBlocksResult::Stopped : DataBlocksResult::Done;
-    }
+    [[nodiscard]] DataBlocksResult write(std::int64_t done) { return m_out.write(done); }
 
 private:
-    QIODevice &m_device;
-    const DataPieceHook &m_afterPiece;
     const Times m_times;
     std::string m_levels; ///< ",0,1" and a line feed
-    std::vector<char> m_text;
-    std::size_t m_used = 0;
+    PieceWriter m_out;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "files/DataExport.h"
 
 #include "files/LevelWalk.h"
+#include "files/PieceWriter.h"
 #include "settings/Config.h"
 #include "store/SmpData.h"
 
@@ -70,38 +71,6 @@ bool isChosen(const std::uint8_t *chnSelect, int chn)
 {
     return chnSelect != nullptr && chnSelect[chn] != 0;
 }
-
-/// The bytes of an export on their way to the device.
-class PieceWriter {
-public:
-    /// @param piece  bytes from which on a piece goes out
-    /// @param room   bytes that may follow what is below `piece`
-    PieceWriter(QIODevice &device, int piece, int room, const DataPieceHook &afterPiece)
-        : m_device(device), m_afterPiece(afterPiece), m_piece(piece), m_buffer(std::size_t(piece + room))
-    {}
-
-    [[nodiscard]] char *end() { return m_buffer.data() + m_used; }
-    void added(int bytes) { m_used += bytes; }
-    [[nodiscard]] int used() const { return m_used; }
-    [[nodiscard]] bool isFull() const { return m_used >= m_piece; }
-
-    /// Hands all to the device. The bytes in the buffer stay as they are.
-    [[nodiscard]] DataBlocksResult write(std::int64_t done)
-    {
-        if (m_device.write(m_buffer.data(), m_used) != m_used) {
-            return DataBlocksResult::DeviceError;
-        }
-        m_used = 0;
-        return m_afterPiece && !m_afterPiece(done) ? DataBlocksResult::Stopped : DataBlocksResult::Done;
-    }
-
-private:
-    QIODevice &m_device;
-    const DataPieceHook &m_afterPiece;
-    const int m_piece;
-    int m_used = 0;
-    std::vector<char> m_buffer;
-};
 
 /// What stands behind the time in a line: ", 0" or ", 1" for each channel. Changes only where a channel does.
 class LevelColumns {

@@ -83,6 +83,8 @@ private:
     [[nodiscard]] std::int64_t placed(std::int64_t ticks, Ended &ended);
     [[nodiscard]] Ended close();
     [[nodiscard]] const char *wordEnd(const char *from) const;
+    /// The signal of a value at `at`; null, with the failure told, for a code that is none.
+    [[nodiscard]] const Signal *signalOf(const char *at, std::string_view code);
     [[nodiscard]] Ended bad(const char *at, const QString &what)
     {
         m_text.fail(at, what);
@@ -197,6 +199,17 @@ Ended Values::takeTime(const char *&at)
     return ended;
 }
 
+const Signal *Values::signalOf(const char *at, std::string_view code)
+{
+    const std::int32_t number = m_declared.codes.find(code);
+    if (number < 0) {
+        m_text.fail(at, code.empty() ? QStringLiteral("a value without an identifier code")
+                                     : QStringLiteral("an identifier code that is not declared"));
+        return nullptr;
+    }
+    return &m_signals[std::size_t(number)];
+}
+
 Ended Values::takeScalar(const char *&at, Word kind)
 {
     const char *const code = at + 1;
@@ -204,20 +217,18 @@ Ended Values::takeScalar(const char *&at, Word kind)
     if (end == nullptr) {
         return bad(at, QStringLiteral("a word without an end"));
     }
-    const std::int32_t number = m_declared.codes.find({code, std::size_t(end - code)});
-    if (number < 0) {
-        return bad(at, end == code ? QStringLiteral("a value without an identifier code")
-                                   : QStringLiteral("an identifier code that is not declared"));
+    const Signal *const signal = signalOf(at, {code, std::size_t(end - code)});
+    if (signal == nullptr) {
+        return Ended::Bad;
     }
-    const Signal &signal = m_signals[std::size_t(number)];
     at = end;
     m_hasValue = true;
-    if (signal.count > 1 || (signal.count == 1 && signal.mask == 0)) {
-        setVector(signal, {code - 1, 1});
+    if (signal->count > 1 || (signal->count == 1 && signal->mask == 0)) {
+        setVector(*signal, {code - 1, 1});
         return Ended::Done;
     }
-    m_levels = kind == Word::High ? m_levels | signal.mask : m_levels & ~signal.mask;
-    m_unknowns += kind == Word::Unknown && signal.mask != 0;
+    m_levels = kind == Word::High ? m_levels | signal->mask : m_levels & ~signal->mask;
+    m_unknowns += kind == Word::Unknown && signal->mask != 0;
     return Ended::Done;
 }
 
@@ -250,10 +261,9 @@ Ended Values::takeVector(const char *&at)
     if (end == nullptr) {
         return bad(at, QStringLiteral("a word without an end"));
     }
-    const std::int32_t number = m_declared.codes.find({code, std::size_t(end - code)});
-    if (number < 0) {
-        return bad(at, end == code ? QStringLiteral("a value without an identifier code")
-                                   : QStringLiteral("an identifier code that is not declared"));
+    const Signal *const signal = signalOf(at, {code, std::size_t(end - code)});
+    if (signal == nullptr) {
+        return Ended::Bad;
     }
     const std::string_view digits(value, std::size_t(valueEnd - value));
     const auto isLevel = [](char c) {
@@ -265,7 +275,7 @@ Ended Values::takeVector(const char *&at)
     }
     m_hasValue = true;
     if (isBits) {
-        setVector(m_signals[std::size_t(number)], digits);
+        setVector(*signal, digits);
     }
     at = end;
     return Ended::Done;

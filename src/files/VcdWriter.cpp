@@ -1,6 +1,7 @@
 #include "files/VcdWriter.h"
 
 #include "files/LevelWalk.h"
+#include "files/PieceWriter.h"
 #include "store/SmpData.h"
 
 #include <QIODevice>
@@ -43,50 +44,32 @@ Scale scaleFor(std::int64_t rate)
     return {std::string(counts[unit * 3 - power]) + units[unit], ticks, ticks % rate == 0 ? ticks / rate : 0};
 }
 
-/// Characters on their way to the device.
-class Pieces {
+/// Times and levels on their way to the device.
+class Changes : public PieceWriter {
 public:
-    static constexpr std::size_t pieceSize = 1 << 16; ///< bytes
-
-    Pieces(QIODevice &device, const DataPieceHook &afterPiece) : m_device(device), m_afterPiece(afterPiece)
-    {
-        m_text.resize(pieceSize + slack);
-    }
+    Changes(QIODevice &device, const DataPieceHook &afterPiece) : PieceWriter(device, pieceSize, slack, afterPiece) {}
 
     /// The change of a channel: its level and code.
     void putLevel(char level, char code)
     {
-        char *const to = m_text.data() + m_used;
+        char *const to = end();
         to[0] = level;
         to[1] = code;
         to[2] = '\n';
-        m_used += 3;
+        added(3);
     }
     void putTime(std::uint64_t ticks)
     {
-        char *const to = m_text.data() + m_used;
+        char *const to = end();
         *to = '#';
-        char *const end = std::to_chars(to + 1, to + 24, ticks).ptr;
-        *end = '\n';
-        m_used += std::size_t(end + 1 - to);
-    }
-    [[nodiscard]] bool isFull() const { return m_used >= pieceSize; }
-    [[nodiscard]] DataBlocksResult write(std::int64_t done)
-    {
-        if (m_device.write(m_text.data(), qint64(m_used)) != qint64(m_used)) {
-            return DataBlocksResult::DeviceError;
-        }
-        m_used = 0;
-        return m_afterPiece && !m_afterPiece(done) ? DataBlocksResult::Stopped : DataBlocksResult::Done;
+        char *const behind = std::to_chars(to + 1, to + 24, ticks).ptr;
+        *behind = '\n';
+        added(int(behind + 1 - to));
     }
 
 private:
-    static constexpr std::size_t slack = 1024; ///< a time and a change of each channel
-
-    QIODevice &m_device;
-    const DataPieceHook &m_afterPiece;
-    std::string m_text;
-    std::size_t m_used = 0;
+    static constexpr int pieceSize = 1 << 16; ///< bytes
+    static constexpr int slack = 1024;        ///< bytes: a time and a change of each channel
 };
 
 /// A name as a dump can hold it: without blanks, and not taken for anything else.
@@ -121,36 +104,36 @@ std::string declarations(const SmpData &data, const DataSelection &selection, co
 /// The changes of a range.
 class Dump {
 public:
-    Dump(Pieces &pieces, const SmpData &data, const DataSelection &selection, const Scale &scale)
-        : m_pieces(pieces), m_selection(selection), m_scale(scale), m_rate(std::uint64_t(data.smpFrequ())), m_walk(data)
+    Dump(Changes &out, const SmpData &data, const DataSelection &selection, const Scale &scale)
+        : m_out(out), m_selection(selection), m_scale(scale), m_rate(std::uint64_t(data.smpFrequ())), m_walk(data)
     {}
 
     void add(int chn)
     {
         const int level = m_walk.add(chn, m_selection.posStart);
-        m_pieces.putLevel(char('0' + level), codeOf(int(m_next.size())));
+        m_out.putLevel(char('0' + level), codeOf(int(m_next.size())));
         m_next.push_back(char('1' - level));
     }
     [[nodiscard]] DataBlocksResult write(std::int64_t smpCount)
     {
         std::int64_t done = 0;
         while (m_walk.nearest() <= m_selection.posEnd && m_walk.nearest() < smpCount) {
-            m_pieces.putTime(ticksOf(m_walk.nearest() - m_selection.posStart));
+            m_out.putTime(ticksOf(m_walk.nearest() - m_selection.posStart));
             m_walk.pass([&](int column) {
                 char &next = m_next[std::size_t(column)];
-                m_pieces.putLevel(next, codeOf(column));
+                m_out.putLevel(next, codeOf(column));
                 next ^= '0' ^ '1';
                 ++done;
             });
-            if (m_pieces.isFull()) {
-                const auto result = m_pieces.write(done);
+            if (m_out.isFull()) {
+                const auto result = m_out.write(done);
                 if (result != DataBlocksResult::Done) {
                     return result;
                 }
             }
         }
-        m_pieces.putTime(ticksOf(m_selection.posEnd + 1 - m_selection.posStart));
-        return m_pieces.write(done);
+        m_out.putTime(ticksOf(m_selection.posEnd + 1 - m_selection.posStart));
+        return m_out.write(done);
     }
 
 private:
@@ -163,7 +146,7 @@ private:
         return std::uint64_t((Wide(sample) * Wide(m_scale.ticksPerSecond) + m_rate / 2) / m_rate);
     }
 
-    Pieces &m_pieces;
+    Changes &m_out;
     const DataSelection &m_selection;
     const Scale &m_scale;
     const std::uint64_t m_rate; ///< Hz
@@ -190,12 +173,12 @@ DataBlocksResult writeVcd(QIODevice &device, const SmpData &data, const DataSele
     if (device.write(head.data(), qint64(head.size())) != qint64(head.size()) || device.write("#0\n$dumpvars\n") < 0) {
         return DataBlocksResult::DeviceError;
     }
-    Pieces pieces(device, afterPiece);
-    Dump dump(pieces, data, selection, scale);
+    Changes out(device, afterPiece);
+    Dump dump(out, data, selection, scale);
     for (const int chn : chosen) {
         dump.add(chn);
     }
-    const auto result = pieces.write(0);
+    const auto result = out.write(0);
     if (result != DataBlocksResult::Done || device.write("$end\n") < 0) {
         return result != DataBlocksResult::Done ? result : DataBlocksResult::DeviceError;
     }
