@@ -7,7 +7,6 @@
 #include "controls/MyButton.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Language.h"
 #include "wave/AnalogColor.h"
 #include "wave/AnalogScale.h"
@@ -140,16 +139,17 @@ int AChnParameterSet::fullScaleMv() const
     return aChnDivisions * voltDivOfText(voltCombo->currentText());
 }
 
-void AChnParameterSet::refresh()
+void AChnParameterSet::refresh(DevBase &device)
 {
-    const int entry = voltTexts.indexOf(voltDivText(gDev->aChnVoltDiv.value(chnIndex)));
+    m_device = &device;
+    const int entry = voltTexts.indexOf(voltDivText(m_device->aChnVoltDiv.value(chnIndex)));
     if (entry >= 0) {
         const QSignalBlocker noChoice(voltCombo);
         voltCombo->setCurrentIndex(entry);
     }
-    showProbe(probeIndex(gDev->aChnProbe.value(chnIndex, 1)));
-    if (chnIndex < gDev->aChnEnable.size()) {
-        enableBox->setChecked(gDev->aChnEnable.at(chnIndex));
+    showProbe(probeIndex(m_device->aChnProbe.value(chnIndex, 1)));
+    if (chnIndex < m_device->aChnEnable.size()) {
+        enableBox->setChecked(m_device->aChnEnable.at(chnIndex));
     }
     if (extendMenu != nullptr) {
         extendMenu->close();
@@ -167,30 +167,42 @@ void AChnParameterSet::slotOpenClicked()
 
 void AChnParameterSet::slotVoltageChanged(const QString &voltage)
 {
+    if (!m_device) {
+        return;
+    }
     const int value = voltDivOfText(voltage);
-    if (gDev->aChnVoltDiv.value(chnIndex) != value) {
-        gDev->setAChnVoltDiv(chnIndex, value);
+    if (m_device->aChnVoltDiv.value(chnIndex) != value) {
+        m_device->setAChnVoltDiv(chnIndex, value);
     }
     emit chnSetChanged(aChnChange::fullScale, chnIndex, value * aChnDivisions);
 }
 
 void AChnParameterSet::slotProbeClicked()
 {
+    if (!m_device) {
+        return;
+    }
     const int index = (probeTexts.indexOf(probeBtn->text()) + 1) % int(probeTexts.size());
     showProbe(index);
-    gDev->setAChnProbe(chnIndex, probeFactor(index));
+    m_device->setAChnProbe(chnIndex, probeFactor(index));
     emit chnSetChanged(aChnChange::probe, chnIndex, probeFactor(index));
 }
 
 void AChnParameterSet::slotReverseClicked()
 {
-    gDev->setAChnReverse(chnIndex, reverseBox->isChecked());
+    if (!m_device) {
+        return;
+    }
+    m_device->setAChnReverse(chnIndex, reverseBox->isChecked());
     emit chnSetChanged(aChnChange::look, chnIndex, reverseBox->isChecked() ? 1 : 0);
 }
 
 void AChnParameterSet::slotCoupleClicked(int index)
 {
-    gDev->setAChnCouple(chnIndex, index); // it goes to the device with the next capture
+    if (!m_device) {
+        return;
+    }
+    m_device->setAChnCouple(chnIndex, index); // it goes to the device with the next capture
 }
 
 // ---- the menu
@@ -232,12 +244,15 @@ void AChnParameterSet::createMenu()
 
 void AChnParameterSet::showExtended()
 {
-    reverseBox->setChecked(gDev->aChnReverse.value(chnIndex));
-    coupleCombo->setCurrentIndex(std::clamp(gDev->aChnCouple.value(chnIndex), 0, int(coupleTexts.size()) - 1));
+    reverseBox->setChecked(m_device->aChnReverse.value(chnIndex));
+    coupleCombo->setCurrentIndex(std::clamp(m_device->aChnCouple.value(chnIndex), 0, int(coupleTexts.size()) - 1));
 }
 
 void AChnParameterSet::openExtendSetMenu()
 {
+    if (!m_device) {
+        return;
+    }
     if (extendMenu == nullptr) {
         createMenu();
     }

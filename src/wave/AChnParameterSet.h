@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QFrame>
+#include <QPointer>
 #include <QStringList>
 #include <QVector>
 
+class DevBase;
 class MenuDialog;
 class MyButton;
 class QCheckBox;
@@ -26,7 +28,7 @@ inline constexpr int trigger = 15;
 
 /// The settings of one analog channel: on or off, volts per division, probe factor, and in a menu coupling and reverse.
 ///
-/// They are stored with `gDev`, which is read anew in each slot, at once; of those that the view needs it tells. GUI
+/// They are stored with the device at once; of those that the view needs it tells. GUI
 /// thread, placed in an ItemAChnSidebar.
 class AChnParameterSet : public QFrame {
     Q_OBJECT
@@ -34,7 +36,7 @@ public:
     AChnParameterSet(int channel, QWidget *parent);
 
     /// Shows what the device has, and tells of what the view needs.
-    void refresh();
+    void refresh(DevBase &device);
     /// The millivolts that the area's height stands for: ten divisions.
     [[nodiscard]] int fullScaleMv() const;
     /// The controls in the order of Tab.
@@ -75,4 +77,5 @@ private:
     MenuDialog *extendMenu = nullptr; ///< made at first use, with the two below
     QCheckBox *reverseBox = nullptr;
     QComboBox *coupleCombo = nullptr;
+    QPointer<DevBase> m_device; ///< null once it has gone
 };

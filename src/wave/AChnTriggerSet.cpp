@@ -8,7 +8,6 @@
 #include "controls/Style.h"
 #include "controls/Truncate.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "store/SmpTrigCode.h"
@@ -57,9 +56,9 @@ QString trigSpoken(const QString &control)
     return ::tr("Analog trigger") + QStringLiteral(", ") + control;
 }
 
-QString storedSensitivity()
+QString storedSensitivity(const DevBase &device)
 {
-    const QString stored = deviceGet(gDev->name, keySensitivity);
+    const QString stored = deviceGet(device.name, keySensitivity);
     return stored.isEmpty() ? QStringLiteral("0.5") : stored;
 }
 
@@ -232,9 +231,9 @@ bool AChnTriggerSet::eventFilter(QObject *watched, QEvent *event)
         event->ignore(); // what lies around the field scrolls
         return true;
     }
-    if (event->type() == QEvent::KeyPress && watched == horEdit &&
+    if (m_device && event->type() == QEvent::KeyPress && watched == horEdit &&
         static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
-        horEdit->setText(QString::number(gDev->trgPosition));
+        horEdit->setText(QString::number(m_device->trgPosition));
         horEdit->clearFocus();
         return true;
     }
@@ -243,8 +242,9 @@ bool AChnTriggerSet::eventFilter(QObject *watched, QEvent *event)
 
 // ---- what is shown
 
-void AChnTriggerSet::refresh()
+void AChnTriggerSet::refresh(DevBase &device)
 {
+    m_device = &device;
     if (extendMenu != nullptr) {
         const QSignalBlocker noEntry(senseEdit); // what was being typed was meant for another device
         extendMenu->close();
@@ -252,20 +252,24 @@ void AChnTriggerSet::refresh()
     showEdges();
     {
         const QSignalBlocker noEntry(levelSpin);
-        levelSpin->setValue(deviceGet(gDev->name, keyLevel).toInt());
+        levelSpin->setValue(deviceGet(m_device->name, keyLevel).toInt());
     }
-    horEdit->setText(QString::number(gDev->trgPosition));
-    const int chn = deviceGet(gDev->name, keyChannel).toInt();
+    horEdit->setText(QString::number(m_device->trgPosition));
+    const int chn = deviceGet(m_device->name, keyChannel).toInt();
     showChannel(chn == 1 ? 1 : 0);
     emit aChnTrigSetChanged(aTrigChange::channel, QString::number(channel()));
-    enableBox->setChecked(deviceGet(gDev->name, keyDisabled).toInt() == 0);
+    enableBox->setChecked(deviceGet(m_device->name, keyDisabled).toInt() == 0);
     slotChnCtlClicked();
 }
 
 void AChnTriggerSet::showEdges()
 {
-    const auto first = std::find_if(gDev->aChnTrig.cbegin(), gDev->aChnTrig.cend(), [](int code) { return code != 0; });
-    const int code = first == gDev->aChnTrig.cend() ? 0 : *first;
+    if (!m_device) {
+        return;
+    }
+    const auto first =
+        std::find_if(m_device->aChnTrig.cbegin(), m_device->aChnTrig.cend(), [](int code) { return code != 0; });
+    const int code = first == m_device->aChnTrig.cend() ? 0 : *first;
     for (MyButton *button : edgeBtns) {
         button->setSelected(button->value == code);
     }
@@ -302,8 +306,11 @@ int AChnTriggerSet::chosenEdge() const
 
 void AChnTriggerSet::slotChnCtlClicked()
 {
+    if (!m_device) {
+        return;
+    }
     const bool on = enableBox->isChecked();
-    deviceSet(gDev->name, keyDisabled, on ? QStringLiteral("0") : QStringLiteral("1"));
+    deviceSet(m_device->name, keyDisabled, on ? QStringLiteral("0") : QStringLiteral("1"));
     for (QWidget *control : tabStops()) {
         if (control != enableBox && control != settingBtn) {
             control->setEnabled(on);
@@ -314,6 +321,9 @@ void AChnTriggerSet::slotChnCtlClicked()
 
 void AChnTriggerSet::slotTrigMouseClicked()
 {
+    if (!m_device) {
+        return;
+    }
     auto *button = qobject_cast<MyButton *>(sender());
     if (button == nullptr) {
         return;
@@ -322,7 +332,7 @@ void AChnTriggerSet::slotTrigMouseClicked()
     for (MyButton *edge : edgeBtns) {
         edge->setSelected(on && edge == button);
     }
-    gDev->setAChnTrig(channel(), on ? button->value : 0);
+    m_device->setAChnTrig(channel(), on ? button->value : 0);
     if (on) {
         emit aChnTrigSetChanged(aTrigChange::edge, QString::number(channel()));
     }
@@ -330,11 +340,14 @@ void AChnTriggerSet::slotTrigMouseClicked()
 
 void AChnTriggerSet::slotTrigChnClicked()
 {
+    if (!m_device) {
+        return;
+    }
     const int chn = (channel() + 1) % int(chnTexts.size());
     showChannel(chn);
-    deviceSet(gDev->name, keyChannel, QString::number(chn));
+    deviceSet(m_device->name, keyChannel, QString::number(chn));
     if (const int code = chosenEdge(); code != 0) {
-        gDev->setAChnTrig(chn, code);
+        m_device->setAChnTrig(chn, code);
     }
     emit aChnTrigSetChanged(aTrigChange::channel, QString::number(chn));
 }
@@ -346,7 +359,10 @@ void AChnTriggerSet::setLevel(double millivolts)
 
 void AChnTriggerSet::storeLevel()
 {
-    deviceSet(gDev->name, keyLevel, QString::number(levelSpin->value()));
+    if (!m_device) {
+        return;
+    }
+    deviceSet(m_device->name, keyLevel, QString::number(levelSpin->value()));
     emit aChnTrigSetChanged(aTrigChange::value, QString());
 }
 
@@ -374,7 +390,7 @@ bool AChnTriggerSet::mayGo()
 
 void AChnTriggerSet::slotHorEditClicked()
 {
-    if (m_telling || m_leaving) {
+    if (m_telling || m_leaving || !m_device) {
         return; // the box takes the focus away, which finishes the field once more
     }
     if (horEdit->hasFocus()) {
@@ -383,10 +399,10 @@ void AChnTriggerSet::slotHorEditClicked()
     }
     bool isNumber = false;
     const int percent = horEdit->text().trimmed().toInt(&isNumber);
-    if (isNumber && percent == gDev->trgPosition) {
+    if (isNumber && percent == m_device->trgPosition) {
         return; // who only passes through the field changes nothing
     }
-    if (!gDev->setTrgPosition(isNumber ? percent : -1)) {
+    if (!m_device->setTrgPosition(isNumber ? percent : -1)) {
         m_telling = true;
         showNotice(window(), QMessageBox::Warning, ::tr("An error occurred"), ::tr("Trigger position setting failed."),
                    QStringLiteral("color:black;"));
@@ -395,14 +411,20 @@ void AChnTriggerSet::slotHorEditClicked()
             emit mayBeDeleted();
             return;
         }
+        if (!m_device) {
+            return;
+        }
     }
-    horEdit->setText(QString::number(gDev->trgPosition));
+    horEdit->setText(QString::number(m_device->trgPosition));
 }
 
 void AChnTriggerSet::slotHorZreoClicked()
 {
-    gDev->trgPosition = 0;
-    deviceSet(gDev->name, keyPosition, QStringLiteral("0"));
+    if (!m_device) {
+        return;
+    }
+    m_device->trgPosition = 0;
+    deviceSet(m_device->name, keyPosition, QStringLiteral("0"));
     horEdit->setText(QStringLiteral("0"));
 }
 
@@ -440,10 +462,13 @@ void AChnTriggerSet::createMenu()
 
 void AChnTriggerSet::openExtendSetMenu()
 {
+    if (!m_device) {
+        return;
+    }
     if (extendMenu == nullptr) {
         createMenu();
     }
-    senseEdit->setText(storedSensitivity());
+    senseEdit->setText(storedSensitivity(*m_device));
     extendMenu->setAccessibleName(settingBtn->accessibleName());
     const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
     extendMenu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QFrame>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 
+class DevBase;
 class MenuDialog;
 class MyButton;
 class QCheckBox;
@@ -27,7 +29,7 @@ inline constexpr int sensitivity = 4; ///< divisions, as a text
 
 /// The analog trigger: its channel, edge, level and sensitivity, and the place of the trigger in the capture.
 ///
-/// Stored with `gDev`, which is read anew in each slot, at once. GUI thread, placed in an ItemAChnSidebar.
+/// Stored with the device at once. GUI thread, placed in an ItemAChnSidebar.
 class AChnTriggerSet : public QFrame {
     Q_OBJECT
 public:
@@ -35,7 +37,7 @@ public:
     ~AChnTriggerSet() override;
 
     /// Shows what the device has, and tells of the channel, and whether there is a trigger.
-    void refresh();
+    void refresh(DevBase &device);
     /// Shows the device's edges alone.
     void showEdges();
     /// Millivolts.
@@ -96,6 +98,7 @@ private:
     QPushButton *horZero = nullptr;
     MenuDialog *extendMenu = nullptr; ///< made at first use, with the one below
     QLineEdit *senseEdit = nullptr;
-    bool m_telling = false; ///< a box is open that takes the focus away
-    bool m_leaving = false; ///< the device has gone meanwhile
+    bool m_telling = false;     ///< a box is open that takes the focus away
+    bool m_leaving = false;     ///< the device has gone meanwhile
+    QPointer<DevBase> m_device; ///< null once it has gone
 };

@@ -1,7 +1,6 @@
 #include "wave/AnalogArea.h"
 
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "wave/AChnParameterSet.h"
 #include "wave/ItemAChWaveBackground.h"
 #include "wave/ItemAChnSidebar.h"
@@ -18,8 +17,9 @@ AnalogArea::~AnalogArea()
     clear();
 }
 
-void AnalogArea::rebuild(const DevBase &device)
+void AnalogArea::rebuild(DevBase &device)
 {
+    m_device = &device;
     const int channels = device.aChnEnable.size();
     if (channels != m_channels) {
         clear();
@@ -28,7 +28,8 @@ void AnalogArea::rebuild(const DevBase &device)
         }
     }
     if (m_sidebar) {
-        m_sidebar->refresh();
+        m_traces->setDevice(device);
+        m_sidebar->refresh(device);
     }
 }
 
@@ -105,10 +106,10 @@ void AnalogArea::take(int type, int id, int value)
 
 void AnalogArea::switchChannel(int channel, bool on)
 {
-    QVector<bool> enabled = gDev->aChnEnable;
+    QVector<bool> enabled = m_device ? m_device->aChnEnable : QVector<bool>();
     if (channel >= 0 && channel < enabled.size() && enabled[channel] != on) {
         enabled[channel] = on;
-        gDev->setAChnEnable(enabled);
+        m_device->setAChnEnable(enabled);
     }
     m_sidebar->setChnEnabled(channel, on);
     m_traces->setChnEnabled(channel, on);

@@ -26,9 +26,9 @@ public:
     AnalogArea(QGraphicsScene &scene, const WaveDataGen &waveGen, QWidget &column, QObject *parent);
     ~AnalogArea() override;
 
-    /// Makes or removes the area for `device`, which must be `gDev`, and fills it from the device and the stored
-    /// configuration. It has no place until lay().
-    void rebuild(const DevBase &device);
+    /// Makes or removes the area for `device`, and fills it from the device and the stored configuration. It has no
+    /// place until lay().
+    void rebuild(DevBase &device);
     /// @param size  of the area in the scene
     void lay(QSize size);
     [[nodiscard]] bool exists() const { return !m_sidebar.isNull(); }
@@ -65,5 +65,6 @@ private:
     QPointer<ItemAChnSidebar> m_sidebar; ///< the column's
     std::unique_ptr<ItemAChWaveBackground> m_grid;
     std::unique_ptr<ItemAChnWaveLine> m_traces;
+    QPointer<DevBase> m_device;
     int m_channels = 0;
 };

@@ -3,7 +3,6 @@
 #include "controls/Look.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "wave/AChnParameterSet.h"
@@ -136,13 +135,14 @@ void ItemAChnSidebar::paintEvent(QPaintEvent * /*event*/)
 
 // ---- what is shown
 
-void ItemAChnSidebar::refresh()
+void ItemAChnSidebar::refresh(DevBase &device)
 {
+    m_device = &device;
     loadPlaces();
     for (AChnParameterSet *parameters : m_parameters) {
-        parameters->refresh();
+        parameters->refresh(device);
     }
-    m_trigger->refresh();
+    m_trigger->refresh(device);
     placeTags();
 }
 
@@ -301,7 +301,9 @@ void ItemAChnSidebar::slotTrigSetChanged(int type, const QString &value)
         placeTrigger();
         break;
     case aTrigChange::sensitivity:
-        deviceSet(gDev->name, QStringLiteral("ATrigSenstivity"), value);
+        if (m_device) {
+            deviceSet(m_device->name, QStringLiteral("ATrigSenstivity"), value);
+        }
         break;
     default:
         break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
 #include <QVector>
 #include <QWidget>
@@ -8,6 +9,7 @@ class AChnParameterSet;
 class AChnTAG;
 class AChnTiggerTAG;
 class AChnTriggerSet;
+class DevBase;
 class LabelMove;
 class QLabel;
 
@@ -20,8 +22,8 @@ class ItemAChnSidebar : public QWidget {
 public:
     ItemAChnSidebar(int channels, QWidget *parent);
 
-    /// Shows what `gDev` and the configuration have, and tells of all that the view needs.
-    void refresh();
+    /// Shows what `device` and the configuration have, and tells of all that the view needs.
+    void refresh(DevBase &device);
     /// Takes its place at the top of the column. The flags have none before that.
     void lay(int height);
     /// True if this may be deleted. Else a box is open that one of its fields has asked for: this is hidden now, tells
@@ -77,5 +79,6 @@ private:
     AChnTriggerSet *m_trigger;
     AChnTiggerTAG *m_trigTag;
     bool m_isLaid = false;
-    QLabel *m_rest; ///< takes what the panels leave of the height
+    QLabel *m_rest;             ///< takes what the panels leave of the height
+    QPointer<DevBase> m_device; ///< null once it has gone
 };

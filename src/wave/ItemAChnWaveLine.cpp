@@ -2,7 +2,6 @@
 
 #include "controls/Look.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "settings/Globals.h"
 #include "wave/AnalogColor.h"
 #include "wave/AnalogScale.h"
@@ -67,7 +66,7 @@ void ItemAChnWaveLine::paint(QPainter *painter, const QStyleOptionGraphicsItem *
 
 void ItemAChnWaveLine::paintTrace(QPainter &painter, int channel, const QRect &seen)
 {
-    const bool reversed = gDev != nullptr && gDev->aChnReverse.value(channel);
+    const bool reversed = m_device && m_device->aChnReverse.value(channel);
     traceStrokes(waveGen->aChnLine(channel), {zeroY[channel], fullScale[channel], reversed, height}, screenScale(),
                  seen.left(), seen.right(), m_strokes);
     const QColor color = colorWaveform ? aChnColor(channel) : gGreys[channel % int(gGreys.size())];

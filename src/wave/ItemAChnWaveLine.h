@@ -3,8 +3,10 @@
 #include "wave/AnalogScale.h"
 #include "wave/WaveItem.h"
 
+#include <QPointer>
 #include <QVector>
 
+class DevBase;
 class WaveDataGen;
 
 /// The traces of all analog channels, one over the other as on an oscilloscope.
@@ -17,6 +19,8 @@ public:
     /// @param generator  not owned, outlives this
     ItemAChnWaveLine(int channels, const WaveDataGen *generator);
 
+    /// Whose channels they are: it tells which are reversed. Not owned.
+    void setDevice(const DevBase &device) { m_device = &device; }
     void setChnEnabled(int channel, bool on);
     /// @param y  of the channel's zero level, device pixels from the top of the area
     void setZeroY(int channel, int y);
@@ -29,6 +33,7 @@ private:
     void paintTrace(QPainter &painter, int channel, const QRect &seen);
 
     const WaveDataGen *const waveGen;
+    QPointer<const DevBase> m_device;
     QVector<char> chnEnabled; ///< by analog channel, as the two below
     QVector<int> zeroY;
     QVector<int> fullScale;
