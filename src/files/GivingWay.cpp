@@ -7,7 +7,7 @@
 std::shared_ptr<GivingWay> GivingWay::on(const SmpData *data)
 {
     // Not make_shared(): the constructor is private.
-    const std::shared_ptr<GivingWay> way(new GivingWay(data));
+    std::shared_ptr<GivingWay> way(new GivingWay(data));
     // Who is called may outlive the owner's hold on this, and keeps it for that long.
     way->m_lease = std::make_unique<SmpLease>(data, [weak = std::weak_ptr<GivingWay>(way)] {
         if (const auto called = weak.lock()) {

@@ -22,7 +22,7 @@ namespace {
 constexpr int nameTimeSize = 19; // characters
 constexpr int sameNamesMost = 1000;
 constexpr int pictureFileLimit = 4096;           // bytes
-constexpr qint64 leftPartAge = 60 * 60;          // seconds: a program that still writes touches its part
+constexpr qint64 leftPartAge = 3600;             // seconds: a program that still writes touches its part
 constexpr const char *const partEnding = "part"; // of FileReplacement
 
 QString timeFormat()
