@@ -35,7 +35,10 @@ int tagSteps(const QKeyEvent &event)
 
 } // namespace
 
-AChnTAG::AChnTAG(int channel, QWidget *parent) : QLabel(parent), chnIndex(channel)
+AChnTAG::AChnTAG(int channel, QWidget *parent) : AChnTAG(channel, ::tr("Zero level"), parent) {}
+
+AChnTAG::AChnTAG(int channel, const QString &meaning, QWidget *parent)
+    : QLabel(parent), m_meaning(meaning), chnIndex(channel)
 {
     setFixedSize(dp(tagSize), dp(tagSize));
     setFocusPolicy(Qt::StrongFocus);
@@ -46,15 +49,10 @@ void AChnTAG::setChannel(int channel)
 {
     chnIndex = channel;
     color = aChnColor(channel);
-    const QString name = QStringLiteral("CH%1, ").arg(channel + 1) + meaning();
+    const QString name = QStringLiteral("CH%1, ").arg(channel + 1) + m_meaning;
     setAccessibleName(name);
     setToolTip(name + QStringLiteral(" (\u2191, \u2193)"));
     update();
-}
-
-QString AChnTAG::meaning() const
-{
-    return ::tr("Zero level");
 }
 
 AChnTAG::Outline AChnTAG::outline(int side) const

@@ -35,11 +35,12 @@ signals:
     void movedByKey(int steps);
 
 protected:
+    /// @param meaning  what the flag marks, translated
+    AChnTAG(int channel, const QString &meaning, QWidget *parent);
+
     using Outline = std::array<QPoint, 5>;
     /// The outline in a square of that side, pixels.
     [[nodiscard]] virtual Outline outline(int side) const;
-    /// What the flag marks, translated.
-    [[nodiscard]] virtual QString meaning() const;
 
     bool event(QEvent *event) override;
     void enterEvent(QEvent *event) override;
@@ -53,6 +54,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    const QString m_meaning;
     int chnIndex;
     QColor color;
     int m_pressY = 0;        ///< where the pointer took hold, within the flag

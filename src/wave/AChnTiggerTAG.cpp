@@ -2,10 +2,7 @@
 
 #include "settings/Language.h"
 
-AChnTiggerTAG::AChnTiggerTAG(QWidget *parent) : AChnTAG(0, parent)
-{
-    setChannel(0); // once more, under its own name
-}
+AChnTiggerTAG::AChnTiggerTAG(QWidget *parent) : AChnTAG(0, ::tr("Trigger level"), parent) {}
 
 AChnTAG::Outline AChnTiggerTAG::outline(int side) const
 {
@@ -13,9 +10,4 @@ AChnTAG::Outline AChnTiggerTAG::outline(int side) const
     const int notch = last / 4;
     return {QPoint(0, 0), QPoint(last, last / 2), QPoint(0, last), QPoint(notch, last / 2 + 1),
             QPoint(notch, last / 2 - 1)};
-}
-
-QString AChnTiggerTAG::meaning() const
-{
-    return ::tr("Trigger level");
 }

@@ -11,5 +11,4 @@ public:
 
 protected:
     [[nodiscard]] Outline outline(int side) const override;
-    [[nodiscard]] QString meaning() const override;
 };

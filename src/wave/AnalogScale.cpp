@@ -95,13 +95,15 @@ TagPlace placeAt(int centre, int height, int s)
 
 int centreOf(TagPlace place, int height, int s)
 {
-    return truncated32(double(place.y) * (height / s) / place.refHeight) * s;
+    const int logical = height / s;
+    return truncated32(double(place.y) * logical / place.refHeight) * s;
 }
 
 int voltageAt(int centre, int zeroY, int fullScale, int height, int s)
 {
     const int logical = height / s;
-    return logical < 1 ? 0 : truncated32(double(zeroY / s - centre / s) * fullScale / logical);
+    const int rows = zeroY / s - centre / s;
+    return logical < 1 ? 0 : truncated32(double(rows) * fullScale / logical);
 }
 
 int rowOfVoltage(int millivolts, int zeroY, int fullScale, int height, int s)
@@ -109,8 +111,9 @@ int rowOfVoltage(int millivolts, int zeroY, int fullScale, int height, int s)
     if (fullScale == 0) {
         return zeroY;
     }
-    const double logical = double(zeroY / s) - double(millivolts) * (height / s) / fullScale;
-    const double row = double(truncated32(logical)) * s;
+    const int logical = height / s;
+    const int zero = zeroY / s;
+    const double row = double(truncated32(zero - double(millivolts) * logical / fullScale)) * s;
     return row > height ? height - s : truncated32(std::max(row, 0.0));
 }
 
@@ -126,7 +129,8 @@ void traceStrokes(std::span<const SmpAChnPoint> points, const TraceScale &trace,
     const int stroke = scale.s();
     // Positions stay 64 bits wide: a point may lie as far to the right as its number goes.
     const auto columnOf = [stroke](const SmpAChnPoint &point) {
-        return double(std::int64_t(point.x) * stroke + stroke / 2);
+        const std::int64_t column = std::int64_t(point.x) * stroke + stroke / 2;
+        return double(column);
     };
     const auto rowOf = [&](const SmpAChnPoint &point) {
         return double(truncated32(trace.zeroY - sign * point.value * trace.height / trace.fullScale));

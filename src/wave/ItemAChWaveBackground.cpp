@@ -19,9 +19,10 @@ void ItemAChWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsI
         return;
     }
     const PixelScale scale = screenScale();
+    const int logical = height / scale.s();
     m_lines.clear();
     for (int i = 1; i < aChnDivisions; ++i) {
-        const int y = scale.column(truncated32(double(i) * (height / scale.s()) / aChnDivisions));
+        const int y = scale.column(truncated32(double(i) * logical / aChnDivisions));
         m_lines.emplace_back(0, y, width - 1, y);
     }
     for (const TimeTick &tick : waveGen->timeTicks()) {
