@@ -50,7 +50,7 @@ void addOnce(std::vector<ChannelOffer::Bit> &bits, const ChannelOffer::Bit &bit)
 
 std::int32_t ChannelOffer::addScope(std::string path)
 {
-    m_memory += std::int64_t(sizeof path + path.size());
+    m_memory += std::int64_t(sizeof(std::string) + path.size());
     m_scopes.push_back(std::move(path));
     return std::int32_t(m_scopes.size() - 1);
 }

@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 
 #include <charconv>
+#include <cmath>
 #include <cstring>
 
 namespace {
@@ -255,7 +256,7 @@ void VcdDeclarations::takeComment(const std::string &comment)
                               : unit == QLatin1String("M") ? 1e6
                                                            : 1e9;
         const double hertz = told.captured(1).toDouble() * factor;
-        toldRate = hertz >= 1 && hertz <= double(CaptureFiller::positionMax) ? std::int64_t(hertz + 0.5) : 0;
+        toldRate = hertz >= 1 && hertz <= double(CaptureFiller::positionMax) ? std::llround(hertz) : 0;
     }
     const QRegularExpressionMatch at = trigger.match(text);
     if (at.hasMatch()) {
