@@ -1,0 +1,33 @@
+#pragma once
+
+#include "cli/Arguments.h"
+
+#include <QString>
+#include <QVector>
+
+#include <limits>
+
+class AnalyzerManager;
+class FrameWriter;
+class Output;
+class SmpData;
+
+/// Decoding with the decoders that a command line names, and writing what they found. Main thread.
+namespace Decoding {
+
+/// Which frames are written: those that touch these seconds from the capture's start.
+struct Span {
+    double from = 0;
+    double to = std::numeric_limits<double>::infinity();
+};
+
+/// The values of the option "--analyzer". @return why one is wrong, for the user; empty if none is
+[[nodiscard]] QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request> &requests);
+
+/// Waits for the decoders that run on `data`, tells what they have to tell, and writes the head and the frames of all
+/// in the order of time. The user may end it. @return the exit code: bad input when a decoder did not come to the end
+/// Cost: that of the decoders, and a line a frame.
+[[nodiscard]] int write(AnalyzerManager &manager, const SmpData &data, const QString &name, FrameWriter &writer,
+                        const Output &out, const Span &span);
+
+} // namespace Decoding
