@@ -14,9 +14,13 @@ int analyzers(const QStringList &arguments);
 int history(const QStringList &arguments);
 /// Converts a capture between kinds of files.
 int convert(const QStringList &arguments);
+/// Compares two captures. Its exit codes are those of diff(1).
+int diff(const QStringList &arguments);
 /// Writes channels of a capture for other programs.
 int exportData(const QStringList &arguments);
 /// Tells about captures.
 int info(const QStringList &arguments);
+/// Measures channels of a capture, and checks what is expected of them.
+int measure(const QStringList &arguments);
 
 } // namespace Commands

@@ -8,6 +8,7 @@ namespace Terminal {
 inline constexpr int good = 0;
 inline constexpr int badInput = 1;
 inline constexpr int wrongUsage = 2;
+inline constexpr int notAsExpected = 3;
 inline constexpr int interrupted = 130; ///< as shells tell a program that SIGINT ended
 
 /// "luxcli: text" and a line end. Any thread.

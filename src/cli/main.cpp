@@ -22,9 +22,11 @@ constexpr std::array commands = {
     Command{"analyzers", Commands::analyzers, "list the decoders and their settings"},
     Command{"convert", Commands::convert, "convert captures between kinds of files"},
     Command{"decode", Commands::decode, "decode captures, and write what was found"},
+    Command{"diff", Commands::diff, "compare two captures"},
     Command{"export", Commands::exportData, "write channels for other programs"},
     Command{"history", Commands::history, "list the captures that were kept, or fetch one"},
     Command{"info", Commands::info, "tell about captures"},
+    Command{"measure", Commands::measure, "measure channels, and check what is expected of them"},
 };
 
 void tellUsage(std::FILE *out)
@@ -33,7 +35,8 @@ void tellUsage(std::FILE *out)
     for (const Command &command : commands) {
         std::fprintf(out, "  %-10s %s\n", command.name, command.purpose);
     }
-    std::fputs("\n\"luxcli COMMAND --help\" tells about a command. Exit code: 0 good, 1 bad input,\n2 wrong usage.\n",
+    std::fputs("\n\"luxcli COMMAND --help\" tells about a command. Exit code: 0 good, 1 bad input,\n2 wrong usage; "
+               "diff has others.\n",
                out);
 }
 
