@@ -14,6 +14,8 @@ int analyzers(const QStringList &arguments);
 int history(const QStringList &arguments);
 /// Converts a capture between kinds of files.
 int convert(const QStringList &arguments);
+/// Lists the instruments that are plugged in.
+int devices(const QStringList &arguments);
 /// Compares two captures. Its exit codes are those of diff(1).
 int diff(const QStringList &arguments);
 /// Writes channels of a capture for other programs.

@@ -22,6 +22,7 @@ constexpr std::array commands = {
     Command{"analyzers", Commands::analyzers, "list the decoders and their settings"},
     Command{"convert", Commands::convert, "convert captures between kinds of files"},
     Command{"decode", Commands::decode, "decode captures, and write what was found"},
+    Command{"devices", Commands::devices, "list the instruments that are plugged in"},
     Command{"diff", Commands::diff, "compare two captures"},
     Command{"export", Commands::exportData, "write channels for other programs"},
     Command{"history", Commands::history, "list the captures that were kept, or fetch one"},

@@ -11,9 +11,6 @@ namespace {
 
 constexpr std::array<std::uint8_t, 1> runOn{3};
 constexpr std::array<std::uint8_t, 1> runOff{0};
-constexpr std::array<std::uint8_t, 3> uidQuestion{0xA3, 0x01, 0xCA};
-constexpr int uidDelayMs = 50;
-constexpr int uidAt = 2; ///< in the answer
 
 /// Puts numbers behind each other, little-endian.
 template<std::size_t size>
@@ -143,14 +140,14 @@ int DevControlUsb::setReadWindow(std::uint32_t address, std::uint32_t size)
 int DevControlUsb::readUid(QByteArray &devUid)
 {
     const std::lock_guard lock(m_mutex);
-    if (const int error = m_usb.controlOut(devRequest::uid, 0, 0, uidQuestion); error != done) {
+    if (const int error = m_usb.controlOut(devRequest::uid, 0, 0, devRequest::uidQuestion); error != done) {
         return error;
     }
-    sleep(uidDelayMs);
-    std::array<std::uint8_t, 12> answer{};
+    sleep(devRequest::uidDelayMs);
+    std::array<std::uint8_t, devRequest::uidAnswerSize> answer{};
     const int result = m_usb.controlIn(devRequest::uid, 0, 0, answer);
     if (result == done) {
-        devUid = QByteArray(reinterpret_cast<const char *>(&answer[uidAt]), uidSize);
+        devUid = QByteArray(reinterpret_cast<const char *>(&answer[devRequest::uidAt]), uidSize);
     }
     return result;
 }

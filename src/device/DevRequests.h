@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 /// The vendor requests of the instruments: request numbers and values on the control pipe. All multi-byte values in
@@ -39,5 +40,9 @@ constexpr std::uint8_t bulkStart = 0x30;
 constexpr std::uint8_t bulkStop = 0x38; ///< also the last request of a bring-up
 
 constexpr std::uint8_t uid = 0x60; ///< out: the question; in, a little later: the answer
+constexpr std::array<std::uint8_t, 3> uidQuestion{0xA3, 0x01, 0xCA};
+constexpr int uidDelayMs = 50;
+constexpr int uidAnswerSize = 12;
+constexpr int uidAt = 2; ///< in the answer
 
 } // namespace devRequest

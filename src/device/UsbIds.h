@@ -18,3 +18,10 @@ constexpr std::array<std::uint16_t, 10> usbProductIds = {0x01A1, 0x01A2, 0x01A3,
     return vendor == usbVendorId &&
            std::find(usbProductIds.begin(), usbProductIds.end(), product) != usbProductIds.end();
 }
+
+/// The end point that an instrument's data come from. Without its firmware it has none. Pure.
+[[nodiscard]] constexpr std::uint8_t usbDataPipe(std::uint16_t product)
+{
+    constexpr std::uint16_t productSmall = 0x01A3;
+    return product == productSmall ? 0x82 : 0x86;
+}

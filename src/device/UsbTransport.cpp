@@ -1,6 +1,7 @@
 #include "device/UsbTransport.h"
 
 #include "device/PostedCall.h"
+#include "device/UsbIds.h"
 #include "device/UsbLink.h"
 #include "device/UsbReadRun.h"
 #include "settings/HostSystem.h"
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int maxInterfaces = 100;
 constexpr std::uint32_t descriptorSize = 18;
-constexpr std::uint16_t productSmall = 0x01A3; ///< the one whose data come from another end point
+constexpr std::uint8_t pipeInSmall = 0x82; ///< of the product that takes no bulk data
 constexpr std::int32_t chunkHighSpeed = 0x100000;
 constexpr std::int32_t chunkFullSpeed = 102400;
 constexpr int packetHighSpeed = 512; ///< bytes, the least of a bulk pipe at high speed
@@ -154,9 +155,8 @@ bool UsbTransport::readProfile(UsbLink &link)
     bcdUsb = littleEndian(&descriptor[2]);
     vendorId = littleEndian(&descriptor[8]);
     productId = littleEndian(&descriptor[10]);
-    const bool small = productId == productSmall;
-    link.pipeIn = small ? 0x82 : 0x86;
-    link.pipeOut = small ? 0x00 : 0x02;
+    link.pipeIn = usbDataPipe(productId);
+    link.pipeOut = link.pipeIn == pipeInSmall ? 0x00 : 0x02;
     pipeIn = link.pipeIn;
     pipeOut = link.pipeOut;
 
