@@ -212,7 +212,9 @@ FileOutcome CaptureFile::write(DataFile &job, const QString &path, const Capture
     const WriteFault fault = headWritten ? job.fault() : writeFaultOf(job.file);
     const FileResult result = fault != WriteFault::None ? fileResultOf(fault) : resultOf(job.outcome());
     job.file.close();
-    target.keepPart();
+    if (keepsPart) {
+        target.keepPart();
+    }
     return {result};
 }
 

@@ -92,6 +92,8 @@ public:
 
     /// Asked after each piece, on the thread that does the job; false cancels it. May be empty.
     std::function<bool()> mayGoOn;
+    /// False drops what was written when the writing of a capture ends early, even where there was no file.
+    bool keepsPart = true;
 
     /// Reads a data file (.cxdat) or a settings file (.cxset), told apart by the suffix.
     /// @param former  the capture that the caller will free when it takes the new one; may be null. What fits into the

@@ -72,6 +72,7 @@ private slots:
     void aCancelAtAnyPieceLeavesTheEarlierFile_data();
     void aCancelAtAnyPieceLeavesTheEarlierFile();
     void aCancelledSaveOfANewNameOpensWithWhatItHolds();
+    void aCancelledSaveLeavesNothingWhereNoPartIsWanted();
 
 private:
     [[nodiscard]] FileOutcome run(int job, const std::function<bool()> &mayGoOn = {});
@@ -269,6 +270,18 @@ void TstCaptureFileWhole::aCancelledSaveOfANewNameOpensWithWhatItHolds()
     QCOMPARE(opened.outcome.missing, (std::vector<int>{3, 5}));
     QCOMPARE(opened.capture->entryCount(0), 240'001);
     QCOMPARE(opened.capture->entryCount(3), 0);
+}
+
+void TstCaptureFileWhole::aCancelledSaveLeavesNothingWhereNoPartIsWanted()
+{
+    CaptureFile file([](const ConfigDocument &) { return 8; });
+    int left = 8;
+    file.mayGoOn = [&left] { return left-- > 0; };
+    file.keepsPart = false;
+    const CapturePart part{std::vector<std::uint8_t>(8, 1), 0, double(m_data->smpCount())};
+    const FileOutcome outcome = file.save(m_folder.path(QStringLiteral("target")), *m_data, part, someSettings());
+    QCOMPARE(outcome.result, FileResult::Cancelled);
+    QCOMPARE(files(), 0);
 }
 
 QTEST_GUILESS_MAIN(TstCaptureFileWhole)
