@@ -12,6 +12,8 @@ int decode(const QStringList &arguments);
 int analyzers(const QStringList &arguments);
 /// Lists the captures that were kept, or fetches one.
 int history(const QStringList &arguments);
+/// Captures with an instrument, saves and decodes what came.
+int capture(const QStringList &arguments);
 /// Converts a capture between kinds of files.
 int convert(const QStringList &arguments);
 /// Lists the instruments that are plugged in.

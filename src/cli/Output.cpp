@@ -24,6 +24,14 @@ void Output::flush()
     m_buffer.clear();
 }
 
+void Output::handOver()
+{
+    flush();
+    if (m_good && !m_file) {
+        m_good = std::fflush(stdout) == 0;
+    }
+}
+
 int Output::finish(int code)
 {
     flush();

@@ -39,6 +39,8 @@ public:
         m_buffer.append(digits, std::size_t(end - digits));
         return *this;
     }
+    /// Hands over what was written so far, for who reads the standard output meanwhile.
+    void handOver();
     /// Writes the rest, and gives the file its name, unless nothing was written because all input was bad. @return
     /// `code`; the code of bad input, and the user is told, if not all arrived
     [[nodiscard]] int finish(int code);

@@ -134,6 +134,29 @@ std::optional<QVector<int>> channels(const QString &text)
     return list;
 }
 
+QString countText(std::int64_t count)
+{
+    struct Multiple {
+        std::int64_t size;
+        char letter;
+    };
+    static constexpr std::array<Multiple, 3> sizes{{{1'000'000'000, 'G'}, {1'000'000, 'M'}, {1'000, 'k'}}};
+    constexpr int thousand = 1000;
+    for (const Multiple &multiple : sizes) {
+        if (count < multiple.size || count % (multiple.size / thousand) != 0) {
+            continue;
+        }
+        QString part =
+            QString::number(count % multiple.size / (multiple.size / thousand)).rightJustified(3, QLatin1Char('0'));
+        while (part.endsWith(QLatin1Char('0'))) {
+            part.chop(1);
+        }
+        return QString::number(count / multiple.size) + (part.isEmpty() ? QString() : QLatin1Char('.') + part) +
+               QLatin1Char(multiple.letter);
+    }
+    return QString::number(count);
+}
+
 QString text(double value, const QString &unit)
 {
     static constexpr std::array<Suffix, 8> prefixes{

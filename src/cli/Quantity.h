@@ -31,6 +31,8 @@ struct Decimal {
 /// The channels of a list such as "0-7,9": ascending, each once, at most 63. @return nothing for what is no list
 [[nodiscard]] std::optional<QVector<int>> channels(const QString &text);
 
+/// `count` as count() takes it, as short as can be: "62.5M".
+[[nodiscard]] QString countText(std::int64_t count);
 /// `value` with six digits in the unit that leaves 1 to 999 of it, of those with a prefix from pico to giga: "1.25 ms".
 [[nodiscard]] QString text(double value, const QString &unit);
 

@@ -53,21 +53,32 @@ bool wasInterrupted()
     return signalled.load(std::memory_order_relaxed);
 }
 
+bool takeInterrupt()
+{
+    return signalled.exchange(false, std::memory_order_relaxed);
+}
+
 Progress::Progress(QString what) : m_what(std::move(what)), m_isTerminal(errorIsTerminal()) {}
 
 Progress::~Progress()
 {
-    if (m_percent >= 0) {
+    if (!m_shown.isEmpty()) {
         std::fputs("\r\033[K", stderr);
     }
 }
 
+void Progress::show(const QString &what, double share)
+{
+    m_what = what;
+    show(share);
+}
+
 void Progress::show(double share)
 {
-    const int percent = int(share * 100);
-    if (m_isTerminal && percent != m_percent) {
-        m_percent = percent;
-        std::fprintf(stderr, "\r\033[K%s %d %%", qUtf8Printable(m_what), percent);
+    const QString line = share < 0 ? m_what : QStringLiteral("%1 %2 %").arg(m_what).arg(int(share * 100));
+    if (m_isTerminal && line != m_shown) {
+        m_shown = line;
+        std::fprintf(stderr, "\r\033[K%s", qUtf8Printable(line));
         std::fflush(stderr);
     }
 }

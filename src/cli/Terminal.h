@@ -18,6 +18,8 @@ void say(const QString &text);
 /// error like any other. Main thread, once.
 void catchSignals();
 [[nodiscard]] bool wasInterrupted();
+/// The same, and forgets it: for who makes something of the first one, so that the next ends the program. Main thread.
+[[nodiscard]] bool takeInterrupt();
 
 /// One line on a terminal that is written over again and again; nothing where the standard error is none.
 class Progress {
@@ -27,12 +29,14 @@ public:
     ~Progress();
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
-    /// @param share  0 to 1
+    /// @param share  0 to 1; below 0 for none
     void show(double share);
+    /// The same with other words.
+    void show(const QString &what, double share);
 
 private:
     QString m_what;
-    int m_percent = -1;
+    QString m_shown; ///< what stands on the terminal
     bool m_isTerminal;
 };
 

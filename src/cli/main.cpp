@@ -20,6 +20,7 @@ struct Command {
 
 constexpr std::array commands = {
     Command{"analyzers", Commands::analyzers, "list the decoders and their settings"},
+    Command{"capture", Commands::capture, "capture with the instrument that is plugged in"},
     Command{"convert", Commands::convert, "convert captures between kinds of files"},
     Command{"decode", Commands::decode, "decode captures, and write what was found"},
     Command{"devices", Commands::devices, "list the instruments that are plugged in"},

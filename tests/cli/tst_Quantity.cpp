@@ -14,6 +14,7 @@ private slots:
     void channelListsAreSortedAndEachOnce();
     void channelListsThatAreNoneAreRefused_data();
     void channelListsThatAreNoneAreRefused();
+    void countsAreTextsAsTheyAreTaken();
     void textsTakeTheFittingUnit();
 };
 
@@ -117,6 +118,14 @@ void TstQuantity::channelListsThatAreNoneAreRefused()
 {
     QFETCH(QString, text);
     QVERIFY(!Quantity::channels(text));
+}
+
+void TstQuantity::countsAreTextsAsTheyAreTaken()
+{
+    for (const char *text : {"0", "999", "1k", "1.5k", "62.5M", "100M", "10G", "1.024k", "1234.567k", "20k"}) {
+        const QString asTaken = QString::fromLatin1(text);
+        QCOMPARE(Quantity::countText(Quantity::count(asTaken).value()), asTaken);
+    }
 }
 
 void TstQuantity::textsTakeTheFittingUnit()
