@@ -9,7 +9,7 @@ namespace {
 
 constexpr unsigned lowBits = 20;
 constexpr std::uint64_t lowMask = (std::uint64_t(1) << lowBits) - 1;
-constexpr double high = double(std::uint64_t(1) << lowBits);
+constexpr double highFactor = double(std::uint64_t(1) << lowBits);
 
 } // namespace
 
@@ -42,7 +42,7 @@ double SampleStatistics::deviation() const
         return 0;
     }
     const auto n = double(count);
-    const double squares = (double(m_highHigh) * high + 2 * double(m_highLow)) * high + double(m_lowLow);
+    const double squares = (double(m_highHigh) * highFactor + 2 * double(m_highLow)) * highFactor + double(m_lowLow);
     const double shift = double(m_shifted) / n;
     return std::sqrt(std::max(squares / n - shift * shift, 0.0));
 }

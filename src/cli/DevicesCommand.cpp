@@ -11,8 +11,6 @@
 
 namespace {
 
-using State = FoundInstrument::State;
-
 const char *const devicesUsage =
     "Usage: luxcli devices [--json]\n"
     "\n"
@@ -22,18 +20,18 @@ const char *const devicesUsage =
     "      --json         one line of JSON each\n"
     "  -h, --help         this text\n";
 
-const char *wordOf(State state)
+const char *wordOf(FoundInstrument::State state)
 {
     switch (state) {
-    case State::Ready:
+    case FoundInstrument::State::Ready:
         return "ready";
-    case State::NoFirmware:
+    case FoundInstrument::State::NoFirmware:
         return "no-firmware";
-    case State::InUse:
+    case FoundInstrument::State::InUse:
         return "in-use";
-    case State::NoRights:
+    case FoundInstrument::State::NoRights:
         return "no-rights";
-    case State::Unusable:
+    case FoundInstrument::State::Unusable:
         break;
     }
     return "unusable";
@@ -49,7 +47,7 @@ std::string serialOf(const FoundInstrument &instrument)
     return instrument.uid.toHex().toUpper().toStdString();
 }
 
-void writeText(Output &out, const FoundInstrument &instrument)
+void writeInstrumentText(Output &out, const FoundInstrument &instrument)
 {
     const auto orNone = [](const std::string &text) { return text.empty() ? std::string("-") : text; };
     out << orNone(modelName(instrument)) << '\t' << orNone(serialOf(instrument)) << '\t'
@@ -60,7 +58,7 @@ void writeText(Output &out, const FoundInstrument &instrument)
     out << '\n';
 }
 
-void writeJson(Output &out, const FoundInstrument &instrument)
+void writeInstrumentJson(Output &out, const FoundInstrument &instrument)
 {
     const auto writeOrNull = [&out](const std::string &text) {
         if (text.empty()) {
@@ -83,15 +81,15 @@ void writeJson(Output &out, const FoundInstrument &instrument)
 QString obstacleOf(const FoundInstrument &instrument)
 {
     switch (instrument.state) {
-    case State::InUse:
+    case FoundInstrument::State::InUse:
         return QStringLiteral("another program uses it");
-    case State::NoRights:
+    case FoundInstrument::State::NoRights:
         return QStringLiteral("no right to open it: the udev rule 60-corvanlux.rules gives it, and counts when the "
                               "instrument is plugged in again");
-    case State::Unusable:
+    case FoundInstrument::State::Unusable:
         return QStringLiteral("it does not answer");
-    case State::Ready:
-    case State::NoFirmware:
+    case FoundInstrument::State::Ready:
+    case FoundInstrument::State::NoFirmware:
         break;
     }
     return {};
@@ -101,9 +99,9 @@ void writeInstruments(Output &out, const std::vector<FoundInstrument> &instrumen
 {
     for (const FoundInstrument &instrument : instruments) {
         if (isJson) {
-            writeJson(out, instrument);
+            writeInstrumentJson(out, instrument);
         } else {
-            writeText(out, instrument);
+            writeInstrumentText(out, instrument);
         }
     }
 }

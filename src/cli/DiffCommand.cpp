@@ -15,9 +15,9 @@
 namespace {
 
 // As diff(1) has them (POSIX.1-2017, Shell and Utilities, diff).
-constexpr int same = 0;
-constexpr int differs = 1;
-constexpr int trouble = 2;
+constexpr int diffSame = 0;
+constexpr int diffDiffers = 1;
+constexpr int diffTrouble = 2;
 
 const char *const diffUsage =
     "Usage: luxcli diff A B [--tolerance N] [--channels LIST] [--at-trigger]\n"
@@ -32,13 +32,13 @@ const char *const diffUsage =
     "\n"
     "Exit code: 0 the same, 1 they differ, 2 trouble; 130 when Ctrl+C ended it.\n";
 
-struct Job {
+struct DiffJob {
     QString tolerance = QStringLiteral("0");
     QVector<int> channels; ///< empty for all
     bool atTrigger = false;
 };
 
-bool hasChannel(const SmpData &data, int chn)
+bool hasData(const SmpData &data, int chn)
 {
     return data.lastPosition(chn) >= 0;
 }
@@ -63,12 +63,12 @@ void writeDifference(Output &out, int chn, const ChannelDifference &found, std::
         << " edges differ of " << found.edgesA << " and " << found.edgesB << '\n';
 }
 
-bool compareChannels(Output &out, const SmpData &a, const SmpData &b, const DifferenceRange &range, const Job &job)
+bool compareChannels(Output &out, const SmpData &a, const SmpData &b, const DifferenceRange &range, const DiffJob &job)
 {
     bool isSame = true;
     for (int chn = 0; chn < std::max(a.chnCount, b.chnCount) && !Terminal::wasInterrupted(); ++chn) {
-        const bool inA = hasChannel(a, chn);
-        const bool inB = hasChannel(b, chn);
+        const bool inA = hasData(a, chn);
+        const bool inB = hasData(b, chn);
         if ((!job.channels.isEmpty() && !job.channels.contains(chn)) || (!inA && !inB)) {
             continue;
         }
@@ -86,24 +86,24 @@ bool compareChannels(Output &out, const SmpData &a, const SmpData &b, const Diff
     return isSame;
 }
 
-int compare(Output &out, const SmpData &a, const SmpData &b, const Job &job)
+int compareCaptures(Output &out, const SmpData &a, const SmpData &b, const DiffJob &job)
 {
     const SmpReadLock lockA(&a);
     const SmpReadLock lockB(&b);
     const auto tolerance = toleranceOf(job.tolerance, a.smpFrequ());
     if (!tolerance) {
         Terminal::say(QStringLiteral("--tolerance takes samples, or a time such as 20ns"));
-        return trouble;
+        return diffTrouble;
     }
     if (a.smpFrequ() != b.smpFrequ()) {
         Terminal::say(QStringLiteral("the captures have different rates: %1 and %2 Hz")
                           .arg(QString::number(a.smpFrequ()), QString::number(b.smpFrequ())));
-        return trouble;
+        return diffTrouble;
     }
     for (const int chn : job.channels) {
-        if (!hasChannel(a, chn) && !hasChannel(b, chn)) {
+        if (!hasData(a, chn) && !hasData(b, chn)) {
             Terminal::say(QStringLiteral("neither capture has channel %1").arg(chn));
-            return trouble;
+            return diffTrouble;
         }
     }
     DifferenceRange range{0, 0, 0, *tolerance};
@@ -121,10 +121,10 @@ int compare(Output &out, const SmpData &a, const SmpData &b, const Job &job)
     if (Terminal::wasInterrupted()) {
         return Terminal::interrupted;
     }
-    return isSame ? same : differs;
+    return isSame ? diffSame : diffDiffers;
 }
 
-int diffFiles(const QStringList &paths, const Job &job)
+int diffFiles(const QStringList &paths, const DiffJob &job)
 {
     const CaptureSource a = CaptureSource::openOrTell(paths.at(0));
     const CaptureSource b = a.data ? CaptureSource::openOrTell(paths.at(1)) : CaptureSource();
@@ -132,17 +132,17 @@ int diffFiles(const QStringList &paths, const Job &job)
         return Terminal::interrupted;
     }
     if (!a.data || !b.data) {
-        return trouble;
+        return diffTrouble;
     }
     Output out{QString()};
-    const int code = compare(out, *a.data, *b.data, job);
+    const int code = compareCaptures(out, *a.data, *b.data, job);
     const bool arrived = out.finish(Terminal::good) == Terminal::good;
     const bool isWhole = a.warning.isEmpty() && b.warning.isEmpty();
-    return arrived && isWhole ? code : std::max(code, trouble);
+    return arrived && isWhole ? code : std::max(code, diffTrouble);
 }
 
 /// @return a message for the user; empty when the arguments make sense
-QString readJob(const Arguments::Parsed &parsed, Job &job)
+QString readDiffJob(const Arguments::Parsed &parsed, DiffJob &job)
 {
     for (const QString &text : parsed.values(QStringLiteral("--channels"))) {
         const auto list = Quantity::channels(text);
@@ -173,8 +173,8 @@ int Commands::diff(const QStringList &arguments)
         std::fputs(diffUsage, stdout);
         return Terminal::good;
     }
-    Job job;
-    const QString error = parsed.error.isEmpty() ? readJob(parsed, job) : parsed.error;
+    DiffJob job;
+    const QString error = parsed.error.isEmpty() ? readDiffJob(parsed, job) : parsed.error;
     if (!error.isEmpty()) {
         Terminal::say(error + QStringLiteral("; \"luxcli diff --help\" tells more"));
         return Terminal::wrongUsage;

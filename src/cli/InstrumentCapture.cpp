@@ -22,8 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-using CaptureCommand::isModel;
-using End = CaptureRun::End;
+using CaptureEnd = CaptureRun::End;
 
 namespace {
 
@@ -34,7 +33,7 @@ int codeNamed(const QString &named)
     int found = -1;
     for (int code = 1; code <= lastCode; ++code) {
         const std::unique_ptr<DevBase> device = createDevice(code);
-        if (device->model == code && isModel(named, device->name, code)) {
+        if (device->model == code && CaptureCommand::isModel(named, device->name, code)) {
             found = code;
         }
     }
@@ -46,7 +45,7 @@ QString bringUpFailure(const CaptureRun::Outcome &outcome)
 {
     constexpr int sendingFirmware = 0; // states of DevInit::sigInitSta()
     constexpr int sendingFpga = 4;
-    if (outcome.end == End::NoInstrument) {
+    if (outcome.end == CaptureEnd::NoInstrument) {
         return QStringLiteral("no instrument came into use in time");
     }
     const QString code = InitStatus::errorText(outcome.sta, outcome.err);
@@ -60,9 +59,9 @@ QString captureFailure(const CaptureRun::Outcome &outcome, const std::optional<i
 {
     constexpr double msPerSecond = 1000;
     switch (outcome.end) {
-    case End::Unplugged:
+    case CaptureEnd::Unplugged:
         return QStringLiteral("the instrument was unplugged while it captured");
-    case End::NoTrigger:
+    case CaptureEnd::NoTrigger:
         return QStringLiteral("the trigger did not come within %1")
             .arg(Quantity::text(timeoutMs.value_or(0) / msPerSecond, QStringLiteral("s")));
     default:
@@ -112,7 +111,7 @@ int InstrumentCapture::prepare()
 {
     takeNoSettings();
     int code = m_job.simulates ? openSimulation() : openInstrument();
-    if (code == Terminal::good && m_job.model && !isModel(*m_job.model, gDev->name, gDev->model)) {
+    if (code == Terminal::good && m_job.model && !CaptureCommand::isModel(*m_job.model, gDev->name, gDev->model)) {
         Terminal::say(QStringLiteral("the instrument is a %1 (model %2), and no %3")
                           .arg(gDev->name, QString::number(gDev->model), *m_job.model));
         code = Terminal::badInput;
@@ -172,10 +171,10 @@ int InstrumentCapture::bringUp()
     m_run->told = [&line](int sta, int value) { line.show(InitStatus::progress(sta, value) / 100.0); };
     const CaptureRun::Outcome outcome = m_run->bringUp(most);
     m_run->told = {};
-    if (outcome.end == End::Done) {
+    if (outcome.end == CaptureEnd::Done) {
         return Terminal::good;
     }
-    if (outcome.end == End::Stopped) {
+    if (outcome.end == CaptureEnd::Stopped) {
         return Terminal::interrupted;
     }
     Terminal::say(bringUpFailure(outcome));
@@ -229,20 +228,21 @@ int InstrumentCapture::captureOne(int number)
     if (!mayGoOn()) {
         return Terminal::interrupted;
     }
-    if (outcome.end == End::Done) {
+    if (outcome.end == CaptureEnd::Done) {
         Terminal::Progress line(RunStatus::stateText(smpState::starting));
         m_run->told = [&line](int sta, int percent) {
             line.show(RunStatus::stateText(sta), sta == smpState::starting ? -1 : percent / 100.0);
         };
         outcome = m_run->capture(limit);
         m_run->told = {};
-    } else if (outcome.end == End::NoInstrument) {
-        outcome.end = End::Unplugged;
+    } else if (outcome.end == CaptureEnd::NoInstrument) {
+        outcome.end = CaptureEnd::Unplugged;
     }
-    if (outcome.end == End::StoppedEmpty || (outcome.end == End::Stopped && gDev->smpData->sampleCount() < 1)) {
+    if (outcome.end == CaptureEnd::StoppedEmpty ||
+        (outcome.end == CaptureEnd::Stopped && gDev->smpData->sampleCount() < 1)) {
         return Terminal::interrupted;
     }
-    if (outcome.end != End::Done && outcome.end != End::Stopped) {
+    if (outcome.end != CaptureEnd::Done && outcome.end != CaptureEnd::Stopped) {
         Terminal::say(captureFailure(outcome, m_job.timeoutMs));
         return Terminal::badInput;
     }

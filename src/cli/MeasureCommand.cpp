@@ -33,7 +33,7 @@ const char *const measureUsage =
     "\n"
     "Exit code: 0 all holds, 1 bad input, 2 wrong usage, 3 something that is expected does not hold.\n";
 
-struct Job {
+struct MeasureJob {
     QVector<int> channels;
     std::optional<Quantity::Decimal> from;
     std::optional<Quantity::Decimal> to;
@@ -50,7 +50,7 @@ struct Measured {
     ChannelMeasures measures;
 };
 
-std::string shown(const MeasuredSpread &spread, double value)
+std::string spreadText(const MeasuredSpread &spread, double value)
 {
     switch (spread.unit) {
     case MeasuredSpread::Unit::Hertz:
@@ -68,7 +68,7 @@ std::string padded(const std::string &text, std::size_t width)
     return text + std::string(text.size() < width ? width - text.size() : 1, ' ');
 }
 
-void writeText(Output &out, const Measured &measured)
+void writeMeasuredText(Output &out, const Measured &measured)
 {
     constexpr std::size_t nameWidth = 12;
     constexpr std::size_t valueWidth = 15;
@@ -90,9 +90,9 @@ void writeText(Output &out, const Measured &measured)
             continue;
         }
         for (const double value : {spread.least, spread.mean, spread.most}) {
-            out << padded(shown(spread, value), valueWidth);
+            out << padded(spreadText(spread, value), valueWidth);
         }
-        out << shown(spread, spread.deviation) << '\n';
+        out << spreadText(spread, spread.deviation) << '\n';
     }
 }
 
@@ -123,7 +123,7 @@ void writeExpectations(Output &out, const Measured &measured, const QVector<Expe
     out << ']';
 }
 
-void writeJson(Output &out, const Measured &measured, const QVector<Expectation> &expectations)
+void writeMeasuredJson(Output &out, const Measured &measured, const QVector<Expectation> &expectations)
 {
     const ChannelMeasures &m = measured.measures;
     out << "{\"channel\":" << measured.chn << ",\"name\":";
@@ -154,7 +154,7 @@ void writeJson(Output &out, const Measured &measured, const QVector<Expectation>
 }
 
 /// Tells of what does not hold. @return whether all holds
-bool check(const Measured &measured, const QVector<Expectation> &expectations)
+bool checkExpectations(const Measured &measured, const QVector<Expectation> &expectations)
 {
     bool good = true;
     for (const Expectation &expectation : expectations) {
@@ -171,7 +171,7 @@ bool check(const Measured &measured, const QVector<Expectation> &expectations)
     return good;
 }
 
-int measureFile(const QString &path, const Job &job, Output &out)
+int measureFile(const QString &path, const MeasureJob &job, Output &out)
 {
     const CaptureSource source = CaptureSource::openOrTell(path);
     if (!source.data) {
@@ -197,11 +197,11 @@ int measureFile(const QString &path, const Job &job, Output &out)
         measured.measures = {};
         (void)measureChannel(data, chn, measured.from, measured.to, measured.measures); // it has data
         if (job.isJson) {
-            writeJson(out, measured, job.expectations);
+            writeMeasuredJson(out, measured, job.expectations);
         } else {
-            writeText(out, measured);
+            writeMeasuredText(out, measured);
         }
-        if (!check(measured, job.expectations) && code == Terminal::good) {
+        if (!checkExpectations(measured, job.expectations) && code == Terminal::good) {
             code = Terminal::notAsExpected;
         }
     }
@@ -209,7 +209,7 @@ int measureFile(const QString &path, const Job &job, Output &out)
 }
 
 /// @return a message for the user; empty when the arguments make sense
-QString readJob(const Arguments::Parsed &parsed, Job &job)
+QString readMeasureJob(const Arguments::Parsed &parsed, MeasureJob &job)
 {
     for (const QString &text : parsed.values(QStringLiteral("--channel"))) {
         const auto list = Quantity::channels(text);
@@ -257,8 +257,8 @@ int Commands::measure(const QStringList &arguments)
         std::fputs(measureUsage, stdout);
         return Terminal::good;
     }
-    Job job;
-    const QString error = parsed.error.isEmpty() ? readJob(parsed, job) : parsed.error;
+    MeasureJob job;
+    const QString error = parsed.error.isEmpty() ? readMeasureJob(parsed, job) : parsed.error;
     if (!error.isEmpty()) {
         Terminal::say(error + QStringLiteral("; \"luxcli measure --help\" tells more"));
         return Terminal::wrongUsage;

@@ -14,27 +14,27 @@
 
 namespace {
 
-using State = FoundInstrument::State;
+using SurveyState = FoundInstrument::State;
 
-constexpr std::uint32_t timeoutMs = 1000; // of a control transfer
+constexpr std::uint32_t surveyTimeoutMs = 1000; // of a control transfer
 constexpr int mostInstruments = 100;
 constexpr std::uint8_t vendorOut = 0x40; // request types, USB 2.0, table 9-2
 constexpr std::uint8_t vendorIn = 0xC0;
 
 /// A system tells in different steps that somebody else has the device, or that the user may not.
-State stateOfRefusedFile()
+SurveyState stateOfRefusedFile()
 {
 #ifdef Q_OS_WIN
-    return State::InUse;
+    return SurveyState::InUse;
 #else
-    return State::NoRights;
+    return SurveyState::NoRights;
 #endif
 }
 
 /// One device from its opening to its closing.
-class Visit {
+class SurveyVisit {
 public:
-    Visit(UsbPlatform &platform, const char *path, FoundInstrument &found) : m_platform(platform), m_found(found)
+    SurveyVisit(UsbPlatform &platform, const char *path, FoundInstrument &found) : m_platform(platform), m_found(found)
     {
         const UsbResult opened = platform.openFile(path, m_file);
         if (opened.error == UsbError::Refused) {
@@ -45,10 +45,10 @@ public:
         }
         const UsbResult claimed = platform.initInterface(m_file, m_iface);
         if (claimed.error == UsbError::Refused) {
-            m_found.state = State::InUse;
+            m_found.state = SurveyState::InUse;
         }
     }
-    ~Visit()
+    ~SurveyVisit()
     {
         if (m_iface != UsbInterface::None) {
             m_platform.freeInterface(m_iface);
@@ -57,8 +57,8 @@ public:
             m_platform.closeFile(m_file);
         }
     }
-    Visit(const Visit &) = delete;
-    Visit &operator=(const Visit &) = delete;
+    SurveyVisit(const SurveyVisit &) = delete;
+    SurveyVisit &operator=(const SurveyVisit &) = delete;
 
     void look()
     {
@@ -76,11 +76,11 @@ public:
             return;
         }
         if (!hasDataPipe(pipes)) {
-            m_found.state = State::NoFirmware;
+            m_found.state = SurveyState::NoFirmware;
             return;
         }
         for (const int pipe : {0x00, 0x80}) {
-            m_platform.setPipePolicy(m_iface, std::uint8_t(pipe), UsbPolicy::TransferTimeout, timeoutMs);
+            m_platform.setPipePolicy(m_iface, std::uint8_t(pipe), UsbPolicy::TransferTimeout, surveyTimeoutMs);
         }
         identify();
     }
@@ -104,7 +104,7 @@ private:
             return;
         }
         m_found.model = devIdentity::modelOf(m_found.product, identity).code;
-        m_found.state = m_found.model != 0 ? State::Ready : State::Unusable;
+        m_found.state = m_found.model != 0 ? SurveyState::Ready : SurveyState::Unusable;
         std::array<std::uint8_t, devRequest::uidQuestion.size()> question = devRequest::uidQuestion;
         std::array<std::uint8_t, devRequest::uidAnswerSize> answer{};
         if (!control(vendorOut, devRequest::uid, 0, question)) {
@@ -149,7 +149,7 @@ std::vector<FoundInstrument> surveyInstruments(UsbPlatform &platform)
         }
         FoundInstrument instrument;
         instrument.port = QString::fromUtf8(path.data());
-        Visit(platform, path.data(), instrument).look();
+        SurveyVisit(platform, path.data(), instrument).look();
         found.push_back(instrument);
     }
     if (list != UsbList::None) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int lookMs = 20;
+constexpr int captureLookMs = 20;
 
 } // namespace
 
@@ -54,7 +54,7 @@ void CaptureRun::runUntil(const std::function<bool()> &hasEnded)
             loop.quit();
         }
     });
-    timer.start(lookMs);
+    timer.start(captureLookMs);
     loop.exec();
 }
 
