@@ -202,7 +202,7 @@ void AChnParameterSet::slotCoupleClicked(int index)
     if (!m_device) {
         return;
     }
-    m_device->setAChnCouple(chnIndex, index); // it goes to the device with the next capture
+    m_device->setAChnCouple(chnIndex, index); // only stored: no request carries it
 }
 
 // ---- the menu

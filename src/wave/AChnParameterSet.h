@@ -22,14 +22,14 @@ inline constexpr int probe = 11;     ///< value 1, 10 or 100
 inline constexpr int look = 12;      ///< value 1 for a reversed channel, else 0
 inline constexpr int fullScale = 13; ///< value in millivolts
 inline constexpr int zeroLevel = 14; ///< value in device pixels from the top of the area
-inline constexpr int trigger = 15;
+inline constexpr int trigger = 15;   ///< the device's triggers; no value
 
 } // namespace aChnChange
 
 /// The settings of one analog channel: on or off, volts per division, probe factor, and in a menu coupling and reverse.
 ///
-/// They are stored with the device at once; of those that the view needs it tells. GUI
-/// thread, placed in an ItemAChnSidebar.
+/// They are stored with the device at once; of those that the view needs it tells. GUI thread, placed in an
+/// ItemAChnSidebar.
 class AChnParameterSet : public QFrame {
     Q_OBJECT
 public:

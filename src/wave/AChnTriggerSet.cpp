@@ -400,7 +400,8 @@ void AChnTriggerSet::slotHorEditClicked()
     bool isNumber = false;
     const int percent = horEdit->text().trimmed().toInt(&isNumber);
     if (isNumber && percent == m_device->trgPosition) {
-        return; // who only passes through the field changes nothing
+        horEdit->setText(QString::number(percent)); // "05" is 5
+        return;                                     // who only passes through the field changes nothing
     }
     if (!m_device->setTrgPosition(isNumber ? percent : -1)) {
         m_telling = true;

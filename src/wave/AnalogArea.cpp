@@ -7,6 +7,7 @@
 #include "wave/ItemAChnWaveLine.h"
 
 #include <QGraphicsScene>
+#include <QtDebug>
 
 AnalogArea::AnalogArea(QGraphicsScene &scene, const WaveDataGen &waveGen, QWidget &column, QObject *parent)
     : QObject(parent), m_scene(scene), m_waveGen(waveGen), m_column(column)
@@ -99,7 +100,10 @@ void AnalogArea::take(int type, int id, int value)
     case aChnChange::zeroLevel:
         m_traces->setZeroY(id, value);
         break;
-    default: // of a probe the traces take no notice
+    case aChnChange::probe: // of which the traces take no notice
+        qDebug("???? > --- AChnProbe, update Y1Y2 information and VoltageDiv");
+        break;
+    default:
         break;
     }
 }
