@@ -1,9 +1,11 @@
 #include "app/WindowDesk.h"
 #include "controls/MyButton.h"
+#include "emulator/MixedSignalDesk.h"
 #include "measure/AnalyzerView.h"
 #include "measure/MeasureViewAChn.h"
 #include "measure/VoltageMarkerPair.h"
 #include "measure/VoltageMeasureView.h"
+#include "panels/Toolbar.h"
 #include "wave/AChnTAG.h"
 #include "wave/AChnTiggerTAG.h"
 #include "wave/AnalogWaves.h"
@@ -15,14 +17,18 @@
 #include <QLabel>
 #include <QWindow>
 
+#include <array>
+
 /// The analog sections of the panel in the window: their way to the generator and to the wave view, and back.
 class TstMainWindowAnalog : public QObject, private WindowDesk {
     Q_OBJECT
 private slots:
     void init();
-    void cleanup() { tearDown(); }
+    void cleanup();
 
     void aCaptureShowsItsParametersInThePanel();
+    void theSinesAtAnInstrumentAreReadInThePanel_data();
+    void theSinesAtAnInstrumentAreReadInThePanel();
     void theProbesFactorCountsInThePanel();
     void anotherModelForgetsTheParameters();
     void aMarkerOfThePanelIsLaidDownInTheWavesAndReadInThePanel();
@@ -34,6 +40,14 @@ private slots:
 private:
     static constexpr int analogModel = 97;
 
+    /// The window of the session in use, and its parts.
+    void findParts()
+    {
+        m_panel = m_window->findChild<AnalyzerView *>();
+        m_view = m_window->findChild<MainView *>();
+        m_waves = m_view->findChild<WaveView *>();
+        m_pair = m_panel->voltageMeasureView->pairs.first();
+    }
     /// Two triangles of periods in samples of a microsecond.
     void captureTriangles(int first, int second)
     {
@@ -53,6 +67,16 @@ private:
             }
         }
         return {};
+    }
+    /// The same of a voltage, in millivolts; out of all bounds if it is none.
+    [[nodiscard]] double shownMillivolts(const char *name, int chn) const
+    {
+        QString text = shown(name, chn);
+        const bool isMilli = text.endsWith(QLatin1String("mV"));
+        text.remove(QLatin1String(isMilli ? "mV" : "V"));
+        bool good = false;
+        const double number = text.toDouble(&good);
+        return good ? number * (isMilli ? 1 : 1000) : 1e9;
     }
     [[nodiscard]] QStringList voltages() const
     {
@@ -89,6 +113,7 @@ private:
         QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, {}, m_waves->mapTo(m_window.get(), QPoint(300, y)));
     }
 
+    std::unique_ptr<InstrumentDesk> m_instrument; ///< emulated, in the place of m_session
     AnalyzerView *m_panel = nullptr;
     VoltageMarkerPair *m_pair = nullptr;
     MainView *m_view = nullptr;
@@ -99,12 +124,15 @@ void TstMainWindowAnalog::init()
 {
     QCursor::setPos(790, 590); // outside of the waves, so that a move to them enters them
     setUp(analogModel);
-    m_panel = m_window->findChild<AnalyzerView *>();
-    m_view = m_window->findChild<MainView *>();
-    m_waves = m_view->findChild<WaveView *>();
-    m_pair = m_panel->voltageMeasureView->pairs.first();
+    findParts();
     m_window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+}
+
+void TstMainWindowAnalog::cleanup()
+{
+    tearDown();
+    m_instrument.reset();
 }
 
 void TstMainWindowAnalog::aCaptureShowsItsParametersInThePanel()
@@ -116,6 +144,42 @@ void TstMainWindowAnalog::aCaptureShowsItsParametersInThePanel()
     captureTriangles(60, 2); // too fast to be measured
     QTRY_COMPARE(shown("Period", 1), QStringLiteral("--"));
     QCOMPARE(shown("Period", 0), QStringLiteral("60us"));
+}
+
+void TstMainWindowAnalog::theSinesAtAnInstrumentAreReadInThePanel_data()
+{
+    QTest::addColumn<qint64>("rate");
+    for (const qint64 rate : {200'000, 1'000'000}) {
+        QTest::addRow("%lld Hz", static_cast<long long>(rate)) << rate;
+    }
+}
+
+void TstMainWindowAnalog::theSinesAtAnInstrumentAreReadInThePanel()
+{
+    QFETCH(const qint64, rate);
+    using emulator::AnalogWave;
+    tearDown();
+    m_instrument =
+        mixedSignalDesk(generator({.kind = AnalogWave::Kind::Sine, .frequency = 1000, .peakToPeak = 3}),
+                        generator({.kind = AnalogWave::Kind::Sine, .frequency = 2000, .peakToPeak = 6, .offset = -1}));
+    makeWindow(*m_instrument->session);
+    QVERIFY(m_instrument->isGood && m_instrument->plug());
+    QCOMPARE(gDev->model, analogModel);
+    QVERIFY(setRate(rate));
+    findParts();
+    constexpr std::array<qint32, 4> parameters{0, 1, 7, 9}; // places in gMeasureNames
+    m_panel->measureViewAChn->slotUpdateMeasuresShow(parameters.data(), int(parameters.size()));
+    QCOMPARE(shown("Vpp", 0), QStringLiteral("--"));
+
+    m_window->findChild<Toolbar *>()->slotShortcutF5();
+    QTRY_COMPARE(shown("Period", 0), QStringLiteral("1ms"));
+    QCOMPARE(shown("Frequency", 0), QStringLiteral("1KHz"));
+    QVERIFY(isAbout(shownMillivolts("Vpp", 0), 3000));
+    QVERIFY(isAbout(shownMillivolts("Vmax", 0), 1500));
+    QCOMPARE(shown("Frequency", 1), QStringLiteral("2KHz"));
+    QVERIFY(isAbout(shownMillivolts("Vpp", 1), 6000, 2)); // one at either end
+    QVERIFY(isAbout(shownMillivolts("Vmax", 1), 2000));
+    QVERIFY(m_gen->aChnLine(0).size() > 100 && m_gen->aChnLine(1).size() > 100);
 }
 
 void TstMainWindowAnalog::theProbesFactorCountsInThePanel()

@@ -1,12 +1,8 @@
 // From the voltage at an emulated instrument's analog input to the values that are read of the capture.
 
-#include "AnalogWave.h"
-#include "MixedSignal.h"
 #include "WavFile.h"
-#include "WaveSignal.h"
 #include "analysis/AnalogParameters.h"
-#include "emulator/InstrumentDesk.h"
-#include "platform/UsbPlatformEmulated.h"
+#include "emulator/MixedSignalDesk.h"
 #include "support/TestImages.h"
 
 #include <cmath>
@@ -16,55 +12,15 @@ namespace {
 
 using emulator::AnalogInput;
 using emulator::AnalogWave;
-using emulator::MixedSignal;
-using emulator::WaveSignal;
 using emulator::WavFile;
 using emulator::WavInput;
 using Kind = emulator::AnalogWave::Kind;
 
-constexpr int mixedModel = 97;
-constexpr double millivoltsPerStep = 10000.0 / 255; // of the converter
-
-class EmulatedRoad final : public InstrumentRoad {
-public:
-    InstrumentBus &bus() override { return m_bus; }
-    std::unique_ptr<UsbPlatform> makePlatform() override { return std::make_unique<UsbPlatformEmulated>(m_bus); }
-
-private:
-    EmulatedBus m_bus;
-};
-
-/// Digital channels that count at 1 MHz: channel i toggles every 2^i microseconds.
-std::shared_ptr<WaveSignal> counter()
-{
-    return std::make_shared<WaveSignal>(1'000'000, WaveSignal::counter(16, 1));
-}
-
-std::unique_ptr<AnalogInput> generator(const AnalogWave::Settings &settings)
-{
-    return std::make_unique<AnalogWave>(settings);
-}
-
-/// A session with a mixed-signal instrument that has these at its analog inputs, and samples at its own clock. Null if
-/// it does not come up.
+/// A session with a mixed-signal instrument that has these at its analog inputs. Null if it does not come up.
 std::unique_ptr<InstrumentDesk> connected(std::unique_ptr<AnalogInput> first, std::unique_ptr<AnalogInput> second)
 {
-    emulator::InstrumentOptions options;
-    options.model = mixedModel;
-    options.pace = 0;
-    options.leaveAfter = emulator::nanosecondsPerMillisecond;
-    options.returnAfter = emulator::nanosecondsPerMillisecond;
-    std::vector<std::unique_ptr<AnalogInput>> inputs;
-    inputs.push_back(std::move(first));
-    inputs.push_back(std::move(second));
-    auto desk = std::make_unique<InstrumentDesk>(std::make_unique<EmulatedRoad>());
-    desk->road->bus().add(options, std::make_shared<MixedSignal>(counter(), std::move(inputs)));
+    auto desk = mixedSignalDesk(std::move(first), std::move(second));
     return desk->isGood && desk->plug() ? std::move(desk) : nullptr;
-}
-
-[[nodiscard]] bool setRate(std::int64_t rate)
-{
-    return gDev->setSmpFrequIndex(gDev->smpFrequs.indexOf(rate)) && gDev->smpFrequ() == rate;
 }
 
 /// The value of one name in the text of an analog channel of the last capture.
@@ -88,13 +44,6 @@ double millivoltsOf(int chn, const char *name, int probe = 1)
     bool good = false;
     const double number = value.chopped(std::min(unit, value.size())).toDouble(&good);
     return good ? number * (unit == 2 ? 1 : 1000) : 1e9;
-}
-
-/// Within so many steps of the converter, and the text's two decimals of a volt.
-bool isAbout(double millivolts, double wanted, int steps = 1)
-{
-    constexpr double textStep = 10;
-    return std::abs(millivolts - wanted) <= steps * millivoltsPerStep + textStep / 2;
 }
 
 /// Microseconds, of a value that is written in them.
