@@ -1,11 +1,15 @@
 #include "app/WindowDesk.h"
 #include "controls/MyButton.h"
+#include "device/DevModels.h"
 #include "emulator/MixedSignalDesk.h"
+#include "files/CaptureFile.h"
 #include "measure/AnalyzerView.h"
 #include "measure/MeasureViewAChn.h"
 #include "measure/VoltageMarkerPair.h"
 #include "measure/VoltageMeasureView.h"
 #include "panels/Toolbar.h"
+#include "settings/ConfigDocument.h"
+#include "support/BoxCloser.h"
 #include "wave/AChnTAG.h"
 #include "wave/AChnTiggerTAG.h"
 #include "wave/AnalogWaves.h"
@@ -14,7 +18,10 @@
 #include "wave/WaveCapture.h"
 #include "wave/WaveView.h"
 
+#include <QComboBox>
 #include <QLabel>
+#include <QPushButton>
+#include <QTemporaryDir>
 #include <QWindow>
 
 #include <array>
@@ -36,6 +43,7 @@ private slots:
     void markersAreLaidDownByKeysAlone();
     void withShiftHeldBothMarkersMove();
     void anotherModelForgetsTheVoltages();
+    void aDataFileOpensAtAnotherModelWithItsAnalogSettings();
 
 private:
     static constexpr int analogModel = 97;
@@ -114,6 +122,37 @@ private:
     }
 
     std::unique_ptr<InstrumentDesk> m_instrument; ///< emulated, in the place of m_session
+    /// A control in the sidebar, of one channel's settings.
+    template<typename Widget>
+    [[nodiscard]] const Widget *control(int chn, const char *name) const
+    {
+        const QWidget *panel = m_view->findChild<QWidget *>(QStringLiteral("aChn%1").arg(chn));
+        return panel->findChild<Widget *>(QLatin1String(name));
+    }
+    /// A window of model 7 in which a file is dropped that was saved with other settings of the analog channels than
+    /// the configuration has by then.
+    void openFileOf(const QTemporaryDir &dir)
+    {
+        captureTriangles(60, 100);
+        QVERIFY(!m_gen->aChnLine(0).empty());
+        gDev->setAChnVoltDiv(0, 5000);
+        gDev->setAChnVoltDiv(1, 200);
+        gDev->setAChnProbe(0, 10);
+        gDev->setAChnReverse(1, true);
+        const QString path = dir.filePath(QStringLiteral("mixed.cxdat"));
+        const CapturePart whole{std::vector<std::uint8_t>(std::size_t(gDev->smpData->chnCount), 1), 0, 4000};
+        QVERIFY(CaptureFile(digitalChannelsOf).save(path, *gDev->smpData, whole, configCopy()).isDone());
+        for (const int chn : {0, 1}) {
+            gDev->setAChnVoltDiv(chn, 1000);
+            gDev->setAChnProbe(chn, 1);
+            gDev->setAChnReverse(chn, false);
+        }
+        m_window->slotDevPreConnect(7);
+        QCOMPARE(gDev->model, 7);
+        drop(path);
+        QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
+    }
+
     AnalyzerView *m_panel = nullptr;
     VoltageMarkerPair *m_pair = nullptr;
     MainView *m_view = nullptr;
@@ -267,6 +306,31 @@ void TstMainWindowAnalog::anotherModelForgetsTheVoltages()
     m_window->slotDevPreConnect(analogModel);
     QCOMPARE(voltages().count(QStringLiteral("###")), 3);
     QCOMPARE(line(0).markerState(), MarkerState::off);
+}
+
+void TstMainWindowAnalog::aDataFileOpensAtAnotherModelWithItsAnalogSettings()
+{
+    const QTemporaryDir dir;
+    BoxCloser closer;
+    openFileOf(dir);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(gDev->model, analogModel);
+    QCOMPARE(deviceGet(gDev->name, QStringLiteral("AChnVoltDiv")), QStringLiteral("5000,200"));
+    QCOMPARE(deviceGet(gDev->name, QStringLiteral("AChnProbe")), QStringLiteral("10,1"));
+    QCOMPARE(gDev->aChnVoltDiv, (QVector<int>{5000, 200}));
+    QCOMPARE(gDev->aChnProbe, (QVector<int>{10, 1}));
+    QCOMPARE(gDev->aChnReverse, (QVector<bool>{false, true}));
+
+    QCOMPARE(control<QComboBox>(0, "volt")->currentText(), QStringLiteral("5V/div"));
+    QCOMPARE(control<QComboBox>(1, "volt")->currentText(), QStringLiteral("200mV/div"));
+    QCOMPARE(control<QPushButton>(0, "probe")->text(), QStringLiteral("X10"));
+    QCOMPARE(control<QPushButton>(1, "probe")->text(), QStringLiteral("X1"));
+
+    // A file holds digital channels alone.
+    QCOMPARE(gDev->smpData->sampleCount(), 4000);
+    QVERIFY(!m_gen->digLine(0).empty());
+    QVERIFY(m_gen->aChnLine(0).empty() && m_gen->aChnLine(1).empty());
+    QCOMPARE(shown("Period", 0), QStringLiteral("--"));
 }
 
 LUX_GUI_TEST(TstMainWindowAnalog)
