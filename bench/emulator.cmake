@@ -9,4 +9,5 @@ if(TARGET PkgConfig::UMOCKDEV AND TARGET PkgConfig::LIBUSB)
 endif()
 
 # An emulated instrument in the process of the program.
+lux_bench(bench_MixedCapture LINK lux_window lux_res lux_platform lux_testimages Qt5::Test Threads::Threads)
 lux_bench(bench_StopButton LINK lux_window lux_res lux_platform lux_testimages Qt5::Test Threads::Threads)
