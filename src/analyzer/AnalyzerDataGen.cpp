@@ -292,10 +292,10 @@ void AnalyzerDataGen::makePage(Work &work)
     for (int frames = 1; !isCalled(); ++frames) {
         switch (ResultList::step(work.state)) {
         case ResultList::Step::PageFull:
-            publish(work, true);
+            publish(work, true, false);
             break;
         case ResultList::Step::Idle:
-            publish(work, work.isNew);
+            publish(work, work.isNew, true);
             return;
         case ResultList::Step::More:
             if (frames % framesBetweenLooks == 0) {
@@ -313,12 +313,12 @@ void AnalyzerDataGen::report(Work &work)
         return;
     }
     if (Clock::now() - work.told >= reportEvery) {
-        publish(work, rowsToo);
+        publish(work, rowsToo, false);
         work.isNew = work.isNew || rowsToo; // the page is not whole yet
     }
 }
 
-void AnalyzerDataGen::publish(Work &work, bool rowsToo)
+void AnalyzerDataGen::publish(Work &work, bool rowsToo, bool isWhole)
 {
     work.told = Clock::now();
     work.totalTold = work.state.totalRows;
@@ -338,6 +338,7 @@ void AnalyzerDataGen::publish(Work &work, bool rowsToo)
         }
         m_ready.totalRows = work.state.totalRows;
         m_ready.rowNum = work.state.rowNum;
+        m_ready.isWhole = isWhole;
         tell = !std::exchange(m_pageDue, true);
     }
     if (tell) {

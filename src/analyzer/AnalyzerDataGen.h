@@ -58,6 +58,11 @@ public:
     [[nodiscard]] qint64 topRow() const { return m_shown.topRow; }
     [[nodiscard]] qint64 totalRows() const { return m_shown.totalRows; }
     [[nodiscard]] int rowNum() const { return m_rowNum; }
+    /// The last reset has been answered: all of its frames have been looked at. True too when nothing is to be told.
+    [[nodiscard]] bool isAtRest() const
+    {
+        return m_lastReset <= m_droppedReset || (m_shown.isWhole && m_shown.resetNumber == m_lastReset);
+    }
     /// The frame of a row of that page; null outside of it.
     [[nodiscard]] const ResultList::Row *frameAt(qint64 pageRow) const;
 
@@ -103,6 +108,7 @@ private:
         qint64 topRow = 0;
         qint64 totalRows = 0;
         int rowNum = 0;
+        bool isWhole = false; ///< nothing is left to do for it
         std::uint64_t resetNumber = 0;
         std::uint64_t version = 0; ///< another one for other rows
     };
@@ -137,7 +143,7 @@ private:
     void obey(const Requests &requests, Work &work);
     void makePage(Work &work);
     void report(Work &work);
-    void publish(Work &work, bool rowsToo);
+    void publish(Work &work, bool rowsToo, bool isWhole);
     /// Something else is to be done than what is under way.
     [[nodiscard]] bool isCalled() const;
 

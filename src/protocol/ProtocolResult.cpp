@@ -124,7 +124,7 @@ void ProtocolResult::bringNewFrames()
 {
     if (!isAnyWorkerRunning()) {
         m_newFrames.stop(); // the end of each has brought its frames
-    } else if (dataGen->rows().size() < dataGen->rowNum()) {
+    } else if (dataGen->isAtRest() && dataGen->rows().size() < dataGen->rowNum()) { // a search begins anew each time
         resetList(AnalyzerDataGen::Clicked::Keep);
     }
 }

@@ -107,6 +107,7 @@ private slots:
     void aSearchTellsItsCount();
     void aLongSearchWithoutMatchEmptiesTheList();
     void aNewSearchEndsTheOneUnderWay();
+    void itIsAtRestOnceTheLastResetIsAnswered();
     void noRowIsSelectedUntilOneIsClicked();
     void theClickedRowMovesWithThePage();
     void aResetForgetsTheClickedRow();
@@ -223,6 +224,28 @@ void TstAnalyzerDataGen::aNewSearchEndsTheOneUnderWay()
     results.held = false;
     QVERIFY(desk.shows("Hit A0 Hit A10 Hit A20"));
     QVERIFY(results.texts < 210); // one of the first search, then one scan and the page
+}
+
+void TstAnalyzerDataGen::itIsAtRestOnceTheLastResetIsAnswered()
+{
+    ThreadDesk desk;
+    auto slow = std::make_unique<SlowResults>('A');
+    slow->row(100, 0, 10, 10);
+    SlowResults &results = *slow;
+    desk.made.push_back(std::move(slow));
+    QVERIFY(desk.list->isAtRest()); // nothing was asked for
+    results.held = true;
+    desk.reset(text("hit"));
+    QTRY_VERIFY(results.reached.load());
+    QVERIFY(!desk.list->isAtRest());
+    results.held = false;
+    QTRY_VERIFY(desk.list->isAtRest());
+    QCOMPARE(desk.page, text("Hit A0 Hit A10 Hit A20"));
+    QCOMPARE(desk.total, 10); // all of them were counted, not only those of the page
+    desk.reset();
+    QVERIFY(!desk.list->isAtRest());
+    desk.list->dropPages();
+    QVERIFY(desk.list->isAtRest()); // of that one nothing will be told
 }
 
 void TstAnalyzerDataGen::noRowIsSelectedUntilOneIsClicked()

@@ -15,7 +15,8 @@ class ResultDesk {
 public:
     static constexpr int rowsOnShow = 8;
 
-    ResultDesk()
+    /// @param others  plug-ins behind the test's own, library 1 and so on
+    explicit ResultDesk(const QStringList &others = {}) : desk(QStringList{QStringLiteral("sound")} + others)
     {
         wave.setDataSource(&desk.capture);
         wave.setViewWidth(1000);
@@ -65,7 +66,7 @@ public:
         QTest::keyClick(section->view, key, held);
     }
 
-    AnalyzerDesk desk{{QStringLiteral("sound")}};
+    AnalyzerDesk desk;
     WaveDataGen wave;
     std::unique_ptr<ProtocolResult> section = std::make_unique<ProtocolResult>(*desk.manager, wave);
 };

@@ -48,6 +48,7 @@ private slots:
     void aRowTooLongForItsPlaceHasATip();
     void theViewIsAWholeNumberOfRowsHigh();
     void framesComeWhileTheWorkerRuns();
+    void aSearchGetsOnWhileAWorkerRuns();
     void aRowIsClickedWhileItsFrameIsGoing();
     void everyPartHasANameForAScreenReader();
 };
@@ -357,6 +358,34 @@ void TstProtocolResult::framesComeWhileTheWorkerRuns()
     QTRY_COMPARE(desk.rows().size(), ResultDesk::rowsOnShow); // of a million
     QVERIFY(desk.desk.waitForWorkers());
     QTRY_COMPARE(desk.section->search->countText(), text("999999"));
+    desk.wave.setDataSource(nullptr);
+    desk.desk.manager->setCapture(nullptr, 0);
+}
+
+void TstProtocolResult::aSearchGetsOnWhileAWorkerRuns()
+{
+    SmpData longer(8, 0); // outlives who reads it
+    ResultDesk desk({text("slow")});
+    CaptureBuilder{10'000'000, 100000000, 20}.fill(longer);
+    desk.desk.manager->setCapture(&longer, 0);
+    desk.wave.setDataSource(&longer);
+    QVERIFY(desk.add(0));
+    Analyzer *slow = desk.desk.manager->createAnalyzer(1);
+    AnalyzerDesk::lineOf(*slow)->SetChannel(Channel(0, 1));
+    QVERIFY(slow->GetAnalyzerSettings()->ApplyInterfaces());
+    desk.desk.manager->addLibIndex = 1;
+    desk.desk.manager->addAnalyzer(slow); // works until it is stopped
+    desk.section->search->setText(text("nowhere"));
+    QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
+    desk.section->search->setText(text("edge 9999980")); // the last of all frames: the page is empty until the end
+    // Asks for new frames every ten milliseconds, where the scan takes several times as long.
+    const auto asksAndHasFound = [&desk] {
+        QMetaObject::invokeMethod(desk.section.get(), "bringNewFrames");
+        return desk.section->search->countText() == text("1");
+    };
+    QVERIFY(QTest::qWaitFor(asksAndHasFound, 20000));
+    QCOMPARE(desk.rows(), QStringList{text("edge 9999980")});
+    QVERIFY(desk.desk.manager->isWorkerRunning(1));
     desk.wave.setDataSource(nullptr);
     desk.desk.manager->setCapture(nullptr, 0);
 }
