@@ -4,12 +4,12 @@
 #include "analyzer/ChannelUsage.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/PopupPlace.h"
 #include "measure/SectionParts.h"
 #include "protocol/DecodeProgress.h"
 #include "settings/Language.h"
 
 #include <QActionGroup>
-#include <QCursor>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -149,7 +149,7 @@ void ProtocolItem::slotMenuPopup()
     for (QAction *action : formatGroup->actions()) {
         action->setChecked(action->data().toInt() == format);
     }
-    popupMenu->popup(QCursor::pos());
+    popupMenu->popup(popupPlace(*btnSetting));
 }
 
 void ProtocolItem::buildMenu()

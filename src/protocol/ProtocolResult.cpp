@@ -4,6 +4,7 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/MyScrollbar.h"
+#include "controls/PopupPlace.h"
 #include "measure/SectionParts.h"
 #include "protocol/ResultView.h"
 #include "protocol/SearchEdit.h"
@@ -12,7 +13,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QCursor>
 #include <QLabel>
 #include <QMenu>
 #include <QStringListModel>
@@ -289,8 +289,7 @@ void ProtocolResult::openMenuDig()
         connect(menu, &QMenu::triggered, this, &ProtocolResult::trigerMenu);
     }
     fillMenu();
-    const bool byMouse = btnSetting->rect().contains(btnSetting->mapFromGlobal(QCursor::pos()));
-    menu->popup(byMouse ? QCursor::pos() : btnSetting->mapToGlobal(btnSetting->rect().bottomLeft()));
+    menu->popup(popupPlace(*btnSetting));
 }
 
 void ProtocolResult::trigerMenu(QAction *action)

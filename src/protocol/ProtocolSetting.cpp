@@ -3,6 +3,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/PopupPlace.h"
 #include "measure/SectionParts.h"
 #include "protocol/AllAnalyzers.h"
 #include "protocol/ProtocolEdit.h"
@@ -10,7 +11,6 @@
 #include "settings/Config.h"
 #include "settings/Language.h"
 
-#include <QCursor>
 #include <QMenu>
 #include <QVBoxLayout>
 
@@ -75,7 +75,7 @@ void ProtocolSetting::staChangedSlot()
 
 void ProtocolSetting::openMenuDig()
 {
-    addMenu->popup(QCursor::pos());
+    addMenu->popup(popupPlace(*btnAdd));
 }
 
 void ProtocolSetting::reload()

@@ -1,4 +1,5 @@
 #include "controls/MyButton.h"
+#include "controls/PopupPlace.h"
 #include "protocol/AllAnalyzers.h"
 #include "protocol/DecodeProgress.h"
 #include "protocol/FaceDesk.h"
@@ -84,6 +85,7 @@ private slots:
     void theMenuOfARowIsAsTold();
     void aFormatOutsideTheListCountsAsHexadecimal();
     void aChosenFormatIsStored();
+    void menusOpenAtThePointerOrBelowTheirButton();
     void aRowsMenuOpensItsSettings();
     void aLineTellsHowFarALongDecodeIs();
     void aSignTellsThatADecodeEndedEarly();
@@ -162,13 +164,12 @@ void TstProtocolSetting::removingKeepsTheRecentOnes()
 
 void TstProtocolSetting::removingBeforeAnyUpdateReadsWhatIsStored()
 {
-    Panel p("kinds");
-    globalSet(QStringLiteral("recentAnalyzers"), QStringLiteral("gone.dll"));
-    p.desk.manager->loadFromConfig(); // nothing of it is there: the list of recent ones stays empty
-    QVERIFY(p.add());
-    globalSet(QStringLiteral("recentAnalyzers"), QStringLiteral("other.dll"));
-    p.desk.manager->removeAnalyzer(0);
-    QCOMPARE(globalGet(QStringLiteral("recentAnalyzers")), QStringLiteral("other.dll"));
+    AnalyzerDesk desk({QStringLiteral("kinds"), QStringLiteral("plain")});
+    QVERIFY(desk.add()); // before there is a panel
+    globalSet(QStringLiteral("recentAnalyzers"), QStringLiteral("plain.dll,gone.dll"));
+    const ProtocolSetting panel(desk.manager.get());
+    desk.manager->removeAnalyzer(0);
+    QCOMPARE(globalGet(QStringLiteral("recentAnalyzers")), QStringLiteral("plain.dll")); // of those that are there
 }
 
 void TstProtocolSetting::anEntryOpensTheDialogForANewAnalyzer()
@@ -258,6 +259,28 @@ void TstProtocolSetting::aChosenFormatIsStored()
     QCOMPARE(p.desk.stored.first().at(2), QStringLiteral("3"));
 }
 
+void TstProtocolSetting::menusOpenAtThePointerOrBelowTheirButton()
+{
+    Panel p("kinds");
+    QVERIFY(p.add());
+    QPoint opened;
+    const MenuDriver<QMenu> driver([&opened](QMenu &menu) { opened = menu.pos(); });
+    const QVector<MyButton *> buttons = {p.part<MyButton>("setting"),
+                                         p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer"))};
+    int menus = 0;
+    for (MyButton *button : buttons) {
+        QCursor::setPos(p.panel.mapToGlobal(QPoint(20, 380)));
+        QTest::keyClick(button, Qt::Key_Space);
+        ++menus;
+        QTRY_COMPARE(driver.count, menus);
+        QTRY_COMPARE(opened, button->mapToGlobal(button->rect().bottomLeft()));
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+        const QPoint onButton = button->mapToGlobal(button->rect().center());
+        QCursor::setPos(onButton);
+        QCOMPARE(popupPlace(*button), onButton);
+    }
+}
+
 void TstProtocolSetting::aRowsMenuOpensItsSettings()
 {
     Panel p("kinds");
@@ -307,12 +330,14 @@ void TstProtocolSetting::aSignTellsThatADecodeEndedEarly()
 
 void TstProtocolSetting::namesFollowTheModel()
 {
-    Panel p("kinds");
+    Panel p("sound");
     p.panel.reload(); // before anything is loaded
     QCOMPARE(p.menuTexts(), QStringList{QStringLiteral("None")});
     QVERIFY(p.add());
+    QCOMPARE(p.menuTexts().first(), QStringLiteral("Lie (Not Supported)"));
+    p.desk.model = 5;
     p.panel.reload();
-    QCOMPARE(p.menuTexts().first(), QStringLiteral("Face"));
+    QCOMPARE(p.menuTexts().first(), QStringLiteral("Lie"));
 }
 
 LUX_GUI_TEST(TstProtocolSetting)
