@@ -1,6 +1,7 @@
 #include "analyzer/AnalyzerDataGen.h"
 
 #include "analyzer/AnalyzerManager.h"
+#include "analyzer/DisplayFormat.h"
 #include "analyzer/ResultsGate.h"
 
 #include <algorithm>
@@ -19,9 +20,7 @@ std::vector<ResultSource> shownSources(const AnalyzerManager &manager)
         ResultSource source;
         source.analyzer = analyzer;
         analyzer->GetAnalyzerResults(&source.results);
-        const int format = manager.formatOfAnalyzer(analyzer);
-        const bool known = format >= int(DisplayBase::Binary) && format <= int(DisplayBase::AsciiHex);
-        source.format = known ? DisplayBase(format) : DisplayBase::Hexadecimal;
+        source.format = displayBaseOf(manager.formatOfAnalyzer(analyzer));
         sources.push_back(source);
     }
     return sources;

@@ -1,6 +1,7 @@
 // The export of decoded results.
 
 #include "analyzer/AnalyzerManager.h"
+#include "analyzer/DisplayFormat.h"
 #include "analyzer/PluginCall.h"
 
 #include <corvanlux/analyzer/AnalyzerResults.h>
@@ -17,7 +18,7 @@ void AnalyzerManager::startExport(AnalyzerResults *results, const QString &path,
     // Direct: the thread has left the results when the manager waits for their readers.
     connect(this, &AnalyzerManager::modifyPrepared, exportThread.get(), &ExportDataProMng::cancel,
             Qt::DirectConnection);
-    results->StartExportThread(nullptr, DisplayBase(displayBase), 0); // forgets the last export, and writes nothing
+    results->StartExportThread(nullptr, displayBaseOf(displayBase), 0); // forgets the last export, and writes nothing
     exportThread->fileName = path;
     exportThread->displayBase = displayBase;
     exportThread->exportType = option;

@@ -1,5 +1,6 @@
 #include "analyzer/ExportDataProMng.h"
 
+#include "analyzer/DisplayFormat.h"
 #include "analyzer/PluginCall.h"
 
 #include <QFile>
@@ -86,7 +87,7 @@ ExportOutcome ExportDataProMng::write()
     }
     const QByteArray path = QFile::encodeName(target.partPath());
     QString words =
-        pluginFault([&] { results->BuildExportFile(path.constData(), DisplayBase(displayBase), exportType); });
+        pluginFault([&] { results->BuildExportFile(path.constData(), displayBaseOf(displayBase), exportType); });
     if (words.isEmpty()) {
         words = exportError(*results);
     }

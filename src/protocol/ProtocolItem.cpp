@@ -2,6 +2,7 @@
 
 #include "analyzer/AnalyzerManager.h"
 #include "analyzer/ChannelUsage.h"
+#include "analyzer/DisplayFormat.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/PopupPlace.h"
@@ -23,7 +24,6 @@
 namespace {
 
 constexpr int formatCount = 5;
-constexpr int defaultFormat = 2; // hexadecimal
 constexpr int stepsBeforeLine = 300 / ProtocolItem::progressStepMs;
 constexpr int signSide = 13; // units
 
@@ -144,8 +144,7 @@ void ProtocolItem::slotMenuPopup()
     if (popupMenu == nullptr) {
         buildMenu();
     }
-    int format = manager->displayFormat(itemIndex);
-    format = format >= 0 && format < formatCount ? format : defaultFormat;
+    const int format = int(displayBaseOf(manager->displayFormat(itemIndex)));
     for (QAction *action : formatGroup->actions()) {
         action->setChecked(action->data().toInt() == format);
     }

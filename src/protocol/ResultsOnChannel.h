@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analyzer/DisplayFormat.h"
 #include "analyzer/PluginCall.h"
 #include "wave/DecodedSource.h"
 
@@ -10,10 +11,19 @@
 class ResultsOnChannel : public DecodedChannel {
 public:
     ResultsOnChannel(AnalyzerResults &results, int chn, int format)
-        : m_results(results), m_channel(0, std::uint32_t(chn)), m_base(DisplayBase(format))
+        : m_results(results), m_channel(0, std::uint32_t(chn)), m_base(displayBaseOf(format))
     {}
 
     bool hasBubbles() const override { return m_results.DoBubblesAppearOnChannel(m_channel); }
+    bool sharesFrames() const override
+    {
+        for (std::uint32_t i = 0; i < maxChannels; ++i) {
+            if (i != m_channel.channelIndex && m_results.DoBubblesAppearOnChannel(Channel(0, i))) {
+                return true;
+            }
+        }
+        return false;
+    }
     bool framesInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstFrame,
                        std::uint64_t &lastFrame) const override
     {
@@ -49,6 +59,8 @@ public:
     }
 
 private:
+    static constexpr std::uint32_t maxChannels = 64; ///< that results know
+
     AnalyzerResults &m_results;
     const Channel m_channel;
     const DisplayBase m_base;

@@ -45,8 +45,13 @@ void addBubble(const DecodedChannel &decoded, std::uint64_t index, const Decoded
     DecodedBubble bubble;
     bubble.x1 = view.column(double(frame.first));
     bubble.x2 = view.column(double(frame.last));
-    const bool holdsText = bubble.x2 - bubble.x1 >= texts.narrowest();
-    if (!holdsText || chooseText(decoded.textsOf(index), view.scale, texts, bubble)) {
+    bool isSaid = true;
+    if (bubble.x2 - bubble.x1 >= texts.narrowest()) {
+        isSaid = chooseText(decoded.textsOf(index), view.scale, texts, bubble);
+    } else if (decoded.sharesFrames()) { // no text fits, but there must be one
+        isSaid = decoded.textsOf(index).count > 0;
+    }
+    if (isSaid) {
         out.push_back(bubble);
     }
 }

@@ -38,7 +38,8 @@ struct DecodedRow {
 };
 
 /// Adds the boxes of a decoder's frames that are a pixel wide at least, each with the widest of its texts that fits.
-/// Texts are asked for only where a box can hold one.
+/// Texts are asked for only where a box can hold one, or where the decoder has frames on several channels: a frame
+/// without a text gets no box.
 /// Cost: at most two queries a logical pixel and two a box, however many frames are in view.
 void addBubbles(const DecodedChannel &decoded, const DecodedView &view, BubbleTexts &texts,
                 std::vector<DecodedBubble> &out);

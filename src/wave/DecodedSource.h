@@ -32,6 +32,8 @@ public:
     virtual ~DecodedChannel() = default;
 
     [[nodiscard]] virtual bool hasBubbles() const = 0;
+    /// Its frames stand on other channels too, so that one may say nothing on this one.
+    [[nodiscard]] virtual bool sharesFrames() const = 0;
     /// The first and the last frame of those that end past `first` and start at or before `last`.
     /// @return false when there is none; the out values are not touched
     [[nodiscard]] virtual bool framesInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstFrame,

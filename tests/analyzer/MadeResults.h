@@ -59,3 +59,20 @@ public:
 private:
     char m_letter;
 };
+
+/// One frame that tells the base that is asked for as a number, on the given channels.
+class BaseResults : public lux::Results {
+public:
+    explicit BaseResults(const std::vector<std::uint32_t> &channels = {})
+    {
+        for (const std::uint32_t channel : channels) {
+            showBubblesOn(Channel(0, channel));
+        }
+        add({.firstSample = 0, .lastSample = 100});
+    }
+    void describe(const FrameData &, lux::FrameText &out) const override
+    {
+        out.add("base ", lux::formatCount(std::int64_t(out.base())));
+    }
+    void values(const FrameData &, lux::FrameValues &out) const override { out.kind("base"); }
+};

@@ -71,6 +71,7 @@ class TstExportDataProMng : public QObject {
 private slots:
     void aTextHasOneLineAFrame();
     void theEndingOfTheNameMakesItCsv();
+    void aFormatThatIsNoneIsHexadecimal();
     void aNameWithoutEndingIsWrittenToo();
     void anEarlierFileIsReplacedWhenTheNewOneIsWhole();
     void aNameBeyondLatinIsWritten();
@@ -103,6 +104,18 @@ void TstExportDataProMng::theEndingOfTheNameMakesItCsv()
     QVERIFY(desk.run(desk.path("frames.CSV")));
     QVERIFY(desk.read("frames.CSV").startsWith("time_s,first_sample,last_sample,kind,text\n"));
     QCOMPARE(desk.read("frames.CSV").count('\n'), 1001);
+}
+
+void TstExportDataProMng::aFormatThatIsNoneIsHexadecimal()
+{
+    ExportDesk desk;
+    BaseResults results;
+    for (const auto &[format, text] :
+         {std::pair(1, "\tbase 1\n"), std::pair(-5, "\tbase 2\n"), std::pair(77, "\tbase 2\n")}) {
+        desk.manager.startExport(&results, desk.path("base.txt"), format, 0);
+        QVERIFY(desk.wait());
+        QVERIFY2(desk.read("base.txt").endsWith(text), desk.read("base.txt").constData());
+    }
 }
 
 void TstExportDataProMng::aNameWithoutEndingIsWrittenToo()

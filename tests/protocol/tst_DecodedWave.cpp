@@ -1,5 +1,7 @@
+#include "analyzer/MadeResults.h"
 #include "protocol/DecodedWave.h"
 #include "protocol/FaceDesk.h"
+#include "protocol/ResultsOnChannel.h"
 #include "wave/DecodedRow.h"
 
 namespace {
@@ -22,6 +24,8 @@ private slots:
     void theWavesSeeWhatIsDecodedWhileItLives();
     void onlyTheChannelsOfAnAnalyzerShowIt();
     void textsFollowTheDisplayFormat();
+    void aFormatThatIsNoneIsHexadecimal();
+    void framesOnSeveralChannelsAreShared();
     void channelsTellWhoUsesThem();
 };
 
@@ -79,6 +83,25 @@ void TstDecodedWave::textsFollowTheDisplayFormat()
             QCOMPARE(decoded.textsOf(1U << 30).count, 0U);
         });
     }
+}
+
+void TstDecodedWave::aFormatThatIsNoneIsHexadecimal()
+{
+    BaseResults results;
+    for (const auto &[format, text] : {std::pair(0, "base 0"), std::pair(1, "base 1"), std::pair(2, "base 2"),
+                                       std::pair(-5, "base 2"), std::pair(5, "base 2"), std::pair(1000, "base 2")}) {
+        const ResultsOnChannel decoded(results, 0, format);
+        QCOMPARE(QByteArray(decoded.textsOf(0).texts[0]), QByteArray(text));
+    }
+}
+
+void TstDecodedWave::framesOnSeveralChannelsAreShared()
+{
+    BaseResults one({1});
+    QVERIFY(!ResultsOnChannel(one, 1, 2).sharesFrames());
+    BaseResults two({1, 31});
+    QVERIFY(ResultsOnChannel(two, 1, 2).sharesFrames());
+    QVERIFY(ResultsOnChannel(two, 31, 2).sharesFrames());
 }
 
 void TstDecodedWave::channelsTellWhoUsesThem()

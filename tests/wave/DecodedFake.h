@@ -16,6 +16,7 @@ public:
     std::vector<Made> frames; ///< in the order of their first samples
     std::vector<DecodedMarker> markers;
     bool bubbles = true;
+    bool shares = false; ///< its frames with other channels
     mutable int rangeQueries = 0;
     mutable int textQueries = 0;
 
@@ -31,6 +32,7 @@ public:
     }
 
     bool hasBubbles() const override { return bubbles; }
+    bool sharesFrames() const override { return shares; }
     bool framesInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstFrame,
                        std::uint64_t &lastFrame) const override
     {

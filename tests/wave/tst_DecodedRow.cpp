@@ -138,6 +138,7 @@ private slots:
     void aBoxWithoutAFittingTextIsEmptyOrShowsDots();
     void aFrameWithoutTextsGetsNoBox();
     void textsAreAskedForOnlyWhereABoxCanHoldOne();
+    void aNarrowFrameWithoutTextsOnThisChannelGetsNoBox();
     void aDecoderWithoutBubblesOnTheChannelIsNotSearched();
     void aFrameWiderThanTheViewIsOneBoxAndOneProbe();
     void textsOfStrangePluginsDoNoHarm();
@@ -252,6 +253,17 @@ void TstDecodedRow::textsAreAskedForOnlyWhereABoxCanHoldOne()
     decoded.add(100, 105).add(200, 206);
     QCOMPARE(bubblesOf(decoded, oneToOne()).size(), std::size_t(2));
     QCOMPARE(decoded.textQueries, 1); // no letter is narrower than 6
+}
+
+void TstDecodedRow::aNarrowFrameWithoutTextsOnThisChannelGetsNoBox()
+{
+    DecodedFake decoded;
+    decoded.shares = true;
+    decoded.add(100, 101, {}).add(200, 201, {"t"}).add(300, 305, {});
+    const std::vector<DecodedBubble> out = bubblesOf(decoded, oneToOne());
+    QCOMPARE(out.size(), std::size_t(1));
+    QCOMPARE(out[0].x1, std::int64_t(200));
+    QCOMPARE(out[0].textWidth, 0);
 }
 
 void TstDecodedRow::aDecoderWithoutBubblesOnTheChannelIsNotSearched()
