@@ -55,7 +55,7 @@ private:
     QWidget *const m_window;
     QPointer<ExportDialog> exportDialog;
     MyProgressDlg *exportProgress = nullptr; ///< made at first use
-    QTimer exportTimer;
+    QTimer exportTimer{this};
     QString m_path;
     bool m_stopped = false; ///< by the user
 };

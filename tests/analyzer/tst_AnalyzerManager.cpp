@@ -17,7 +17,7 @@ class TstAnalyzerManager : public QObject {
 
 private slots:
     void anEmptyFolderGivesEmptyLists();
-    void aStoredTripleWithoutPluginGivesNoItemAndNoMessage();
+    void aStoredTripleWithoutPluginGivesNoItemNoMessageAndGoesAtTheNextSave();
     void anAddedAnalyzerIsStoredAndDecodesAtOnce();
     void theStoredListComesBackWithSettingsAndFormat();
     void removingTheFirstOfTwoMovesTheSecondToIndexZero();
@@ -49,7 +49,7 @@ void TstAnalyzerManager::anEmptyFolderGivesEmptyLists()
     QVERIFY(desk.manager->libraryDisplayName(QStringLiteral("SPI.dll")).isEmpty());
 }
 
-void TstAnalyzerManager::aStoredTripleWithoutPluginGivesNoItemAndNoMessage()
+void TstAnalyzerManager::aStoredTripleWithoutPluginGivesNoItemNoMessageAndGoesAtTheNextSave()
 {
     AnalyzerDesk desk({sound});
     desk.stored = {{QStringLiteral("gone.dll"), QStringLiteral("x"), QStringLiteral("2")}};
@@ -59,6 +59,10 @@ void TstAnalyzerManager::aStoredTripleWithoutPluginGivesNoItemAndNoMessage()
     QCOMPARE(changed.count(), 1);
     QCoreApplication::processEvents();
     QVERIFY(desk.told.isEmpty());
+    QCOMPARE(desk.stored.size(), 1); // loading alone stores nothing
+    QVERIFY(desk.add(0));
+    QCOMPARE(desk.stored.size(), 1);
+    QCOMPARE(desk.stored.first().first(), QStringLiteral("sound.dll"));
 }
 
 void TstAnalyzerManager::anAddedAnalyzerIsStoredAndDecodesAtOnce()

@@ -51,7 +51,7 @@ class TstAllAnalyzers : public QObject {
 private slots:
     void itListsAllAndTheSearchNarrowsIt();
     void aClickAllowsOk();
-    void aDoubleClickChooses();
+    void aDoubleClickChoosesEvenWhatTheModelDoesNotSupport();
     void ofTwoOfOneNameTheClickedOneIsChosen();
     void whatWasChosenIsSelectedAtTheNextTime();
     void aSearchWithoutMatchKeepsTheButton();
@@ -84,12 +84,12 @@ void TstAllAnalyzers::aClickAllowsOk()
     QCOMPARE(dialog.choose(), 2);
 }
 
-void TstAllAnalyzers::aDoubleClickChooses()
+void TstAllAnalyzers::aDoubleClickChoosesEvenWhatTheModelDoesNotSupport()
 {
     AllAnalyzers dialog;
     dialog.setNames(names());
     const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) { clickRow(open, 4, true); });
-    QCOMPARE(dialog.choose(), 4); // though it is not for this model
+    QCOMPARE(dialog.choose(), 4); // it is not for this model
 }
 
 void TstAllAnalyzers::ofTwoOfOneNameTheClickedOneIsChosen()

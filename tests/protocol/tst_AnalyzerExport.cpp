@@ -1,8 +1,10 @@
 #include "analyzer/AnalyzerDesk.h"
 #include "controls/MyProgressDlg.h"
+#include "files/CaptureFile.h"
 #include "files/FileSizeLimit.h"
 #include "protocol/AnalyzerExport.h"
 #include "protocol/ExportDialog.h"
+#include "protocol/FaceDesk.h"
 #include "support/BoxCloser.h"
 #include "support/GuiTestMain.h"
 
@@ -79,16 +81,19 @@ private slots:
 
     void anAnalyzerWithoutOptionsHasADisabledEntry();
     void oneOptionIsAListOfEndings();
-    void severalOptionsAskInADialog();
+    void severalOptionsAskInADialogAndAStrangeEndingIsAText();
     void theDialogsFirstChoiceIsCheckedEachTime();
+    void choicesOfOneIdAndEndingAreToldApartByTheirPlace();
     void theDialogIsLeftByEscape();
     void theChosenFileIsWrittenAndTold();
     void theKindOfTheEndingIsAskedFor();
     void aUserWhoGivesNoPathGetsNoProgress();
     void withoutFramesABoxSaysSo();
     void anAnalyzerThatIsGoneIsNotExported();
+    void theBarOfAFinishedExportClosesByItselfAtTheNextTick();
     void aStoppedExportLeavesNothing();
     void aFailedExportIsTold();
+    void aFolderWithoutRightsIsToldAsOne();
     void aFullDiskIsToldAsOne();
     void theOpenCaptureIsNotOverwritten();
     void resultsThatAreReplacedMeanwhileEndIt();
@@ -115,7 +120,7 @@ void TstAnalyzerExport::oneOptionIsAListOfEndings()
     QCOMPARE(endings->actions().at(1)->text(), text("CSV file (*.csv)"));
 }
 
-void TstAnalyzerExport::severalOptionsAskInADialog()
+void TstAnalyzerExport::severalOptionsAskInADialogAndAStrangeEndingIsAText()
 {
     ExportDesk desk("exports");
     desk.exporter.extendMenu(desk.menu, 0);
@@ -152,6 +157,22 @@ void TstAnalyzerExport::theDialogsFirstChoiceIsCheckedEachTime()
         QTRY_VERIFY(desk.window.findChild<ExportDialog *>() == nullptr);
     }
     QCOMPARE(desk.asked, -1);
+}
+
+void TstAnalyzerExport::choicesOfOneIdAndEndingAreToldApartByTheirPlace()
+{
+    const ExportChoice first{3, text("txt"), text("First (*.txt)")};
+    const ExportChoice second{3, text("txt"), text("Second (*.txt)")};
+    const ExportChoice third{3, text("txt"), text("Third (*.txt)")};
+    const QVector<ExportChoice> choices{first, second, third};
+    for (int place = 0; place < choices.size(); ++place) {
+        ExportDialog dialog({{text("One"), {first, second}}, {text("Other"), {third}}});
+        const QSignalSpy chosen(&dialog, &ExportDialog::chosen);
+        dialog.exportButtons.at(place)->setChecked(true);
+        dialog.exportSavedClicked();
+        QCOMPARE(chosen.size(), 1);
+        QCOMPARE(chosen.at(0).at(0).value<ExportChoice>().text, choices.at(place).text);
+    }
 }
 
 void TstAnalyzerExport::theDialogIsLeftByEscape()
@@ -204,14 +225,26 @@ void TstAnalyzerExport::aUserWhoGivesNoPathGetsNoProgress()
 
 void TstAnalyzerExport::withoutFramesABoxSaysSo()
 {
-    ExportDesk desk;
+    FaceDesk desk("slow");
+    QVERIFY(desk.add());
+    QWidget window;
+    QMenu menu;
+    int asked = -1;
+    AnalyzerExport exporter(
+        *desk.manager,
+        [&asked](QWidget *, int kind) {
+            asked = kind;
+            return QString();
+        },
+        &window);
+    exporter.extendMenu(menu, 0);
     BoxCloser boxes;
-    desk.desk.manager->captureStarts();
-    desk.take();
+    menu.actions().constFirst()->menu()->actions().constFirst()->trigger();
     QTRY_COMPARE(boxes.seen.count, 1);
+    QVERIFY(desk.manager->isWorkerRunning(0)); // there may be frames later
     QCOMPARE(boxes.seen.text, text("Sorry, there is no data that can be exported."));
     QCOMPARE(boxes.seen.button, text("Close"));
-    QCOMPARE(desk.asked, -1);
+    QCOMPARE(asked, -1);
 }
 
 void TstAnalyzerExport::anAnalyzerThatIsGoneIsNotExported()
@@ -223,6 +256,23 @@ void TstAnalyzerExport::anAnalyzerThatIsGoneIsNotExported()
     QTRY_COMPARE(boxes.seen.count, 1);
     QCOMPARE(desk.asked, -1);
     QCOMPARE(desk.files(), QStringList());
+}
+
+void TstAnalyzerExport::theBarOfAFinishedExportClosesByItselfAtTheNextTick()
+{
+    ExportDesk desk;
+    auto *ticks = desk.exporter.findChild<QTimer *>();
+    desk.take();
+    QCoreApplication::sendPostedEvents(&desk.exporter); // what was taken is queued; no timer runs meanwhile
+    QVERIFY(desk.progress() != nullptr && desk.progress()->isVisible());
+    QVERIFY(ticks != nullptr && ticks->isActive());
+    QCOMPARE(ticks->interval(), 200); // the longest that the bar is there without need
+    ticks->stop();                    // from here on the test ticks
+    QTRY_VERIFY(!desk.desk.manager->isExporting());
+    QVERIFY(desk.progress()->isVisible());
+    QMetaObject::invokeMethod(&desk.exporter, "slotTimerOut");
+    QVERIFY(!desk.progress()->isVisible());
+    QCOMPARE(desk.progress()->result(), int(QDialog::Accepted));
 }
 
 void TstAnalyzerExport::aStoppedExportLeavesNothing()
@@ -250,6 +300,30 @@ void TstAnalyzerExport::aFailedExportIsTold()
     QVERIFY(boxes.seen.text.contains(desk.answer));
     QVERIFY(boxes.seen.text.endsWith(text("The folder does not exist.")));
     QVERIFY(!desk.progress()->isVisible());
+}
+
+void TstAnalyzerExport::aFolderWithoutRightsIsToldAsOne()
+{
+#ifdef Q_OS_UNIX
+    ExportDesk desk;
+    BoxCloser boxes;
+    QVERIFY(QDir(desk.folder.path()).mkdir(text("closed")));
+    const QString closed = desk.path("closed");
+    QVERIFY(QFile::setPermissions(closed, QFile::ReadOwner | QFile::ExeOwner));
+    desk.answer = closed + text("/frames.txt");
+    const bool isRoot = QFileInfo(closed).isWritable(); // nothing is closed to that user
+    desk.take();
+    if (isRoot) {
+        QTRY_VERIFY(QFile::exists(desk.answer));
+        QTRY_VERIFY(!desk.progress()->isVisible());
+    } else {
+        QTRY_COMPARE(boxes.seen.count, 1);
+        QVERIFY(boxes.seen.text.contains(desk.answer));
+        QVERIFY2(boxes.seen.text.endsWith(fileReason({fileResultOf(WriteFault::NoRights)})),
+                 qPrintable(boxes.seen.text));
+    }
+    QFile::setPermissions(closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+#endif
 }
 
 void TstAnalyzerExport::aFullDiskIsToldAsOne()

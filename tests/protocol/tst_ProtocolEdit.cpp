@@ -86,6 +86,7 @@ private slots:
     void aChannelEditorTellsTheUsers();
     void aSecondAnalyzerStartsOnFreeChannels();
     void anEditorShowsTheStoredChannel();
+    void aDeviceWithoutChannelsOffersNone_data();
     void aDeviceWithoutChannelsOffersNone();
 
     void okAddsTheAnalyzer();
@@ -194,12 +195,19 @@ void TstProtocolEdit::anEditorShowsTheStoredChannel()
     QCOMPARE(combo(dialog, "Other")->currentText(), QStringLiteral("None"));
 }
 
+void TstProtocolEdit::aDeviceWithoutChannelsOffersNone_data()
+{
+    QTest::addColumn<int>("channels");
+    QTest::newRow("none at all") << 0;
+    QTest::newRow("all disabled") << 8;
+}
+
 void TstProtocolEdit::aDeviceWithoutChannelsOffersNone()
 {
-    const FaceDesk desk("kinds");
-    desk.manager->setCapture(nullptr, 0);
-    // A device that has no channel at all.
+    QFETCH(int, channels);
     AnalyzerHost host;
+    host.channelCount = [channels] { return channels; };
+    host.isChannelEnabled = [](int) { return false; };
     AnalyzerManager bare(host, {AnalyzerDesk::folderOf(QStringLiteral("kinds"))}, QString());
     ProtocolEdit dialog(false, &bare, 0);
     QCOMPARE(combo(dialog, "Line")->count(), 0);

@@ -41,7 +41,7 @@ private slots:
     void enterBringsTheMarkedFrameIntoView();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
-    void theMenuHidesAnAnalyzer();
+    void theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll();
     void theMenuSaysSoWhenThereIsNone();
     void aFoldedSectionHidesAllButItsTitle();
     void aClearedSectionIsEmptyUntilTheNextReset();
@@ -246,7 +246,7 @@ void TstProtocolResult::aDoubleClickAsksForTheSettingsOfTheFirstClicksRow()
     QCOMPARE(asked.at(0).at(0).toInt(), 1);
 }
 
-void TstProtocolResult::theMenuHidesAnAnalyzer()
+void TstProtocolResult::theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll()
 {
     ResultDesk desk;
     QVERIFY(desk.add(0));
