@@ -47,6 +47,49 @@ private:
     void internalsJoin() { StartExportThread(nullptr, DisplayBase::Binary, 0); }
 };
 
+std::atomic<bool> settingsLive{false};
+std::atomic<bool> exportRuns{false};
+std::atomic<bool> exportOutlivedSettings{false};
+std::atomic<bool> resultsOutlivedSettings{false};
+
+class MortalSettings : public lux::Settings {
+public:
+    MortalSettings() { settingsLive = true; }
+    MortalSettings(const MortalSettings &) = delete;
+    MortalSettings &operator=(const MortalSettings &) = delete;
+    ~MortalSettings() override { settingsLive = false; }
+};
+
+/// Its export goes on until it is cancelled.
+class MortalResults : public lux::Results {
+public:
+    explicit MortalResults(const MortalSettings & /*settings*/) {}
+    MortalResults(const MortalResults &) = delete;
+    MortalResults &operator=(const MortalResults &) = delete;
+    ~MortalResults() override { resultsOutlivedSettings = !settingsLive; }
+
+protected:
+    void describe(const FrameData & /*frame*/, lux::FrameText & /*out*/) const override {}
+    void values(const FrameData & /*frame*/, lux::FrameValues & /*out*/) const override {}
+    void exportFile(lux::ExportWriter &out, std::uint32_t /*optionId*/) const override
+    {
+        const struct AtEnd {
+            ~AtEnd() { exportOutlivedSettings = !settingsLive; }
+        } atEnd;
+        exportRuns = true;
+        for (;;)
+            out.progress(512, 1024);
+    }
+};
+
+class MortalDecoder final : public lux::Decoder<MortalSettings, MortalResults> {
+public:
+    MortalDecoder() : Decoder("Mortal") {}
+
+protected:
+    void decode() override {}
+};
+
 } // namespace
 
 class TstExportWriter : public QObject {
@@ -62,6 +105,7 @@ private slots:
     void aFullDiskIsToldAsFailed();
     void anExceptionOfTheDecoderIsToldAsFailed();
     void theLibrarysThreadWritesTheFile();
+    void theResultsOfADecoderGoBeforeItsSettings();
 
 private:
     [[nodiscard]] QByteArray written(const ExportResults::Steps &steps, const char *name = "out.bin");
@@ -234,6 +278,20 @@ void TstExportWriter::theLibrarysThreadWritesTheFile()
     results.CancelExport();
     QTRY_COMPARE(results.GetProgress(), 1.0);
     QVERIFY(!QFile::exists(path("endless")));
+}
+
+void TstExportWriter::theResultsOfADecoderGoBeforeItsSettings()
+{
+    auto decoder = std::make_unique<MortalDecoder>();
+    decoder->SetupResults();
+    AnalyzerResults *results = nullptr;
+    QVERIFY(decoder->GetAnalyzerResults(&results));
+    results->StartExportThread(path("mortal").toLocal8Bit().constData(), DisplayBase::Decimal, 0);
+    QTRY_VERIFY(exportRuns);
+    decoder.reset();
+    QVERIFY(!settingsLive);
+    QVERIFY(!exportOutlivedSettings);
+    QVERIFY(!resultsOutlivedSettings);
 }
 
 QTEST_GUILESS_MAIN(TstExportWriter)

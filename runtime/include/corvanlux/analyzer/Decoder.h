@@ -71,6 +71,8 @@ template<class SettingsType, class ResultsType>
 class Decoder : public DecoderBase {
 public:
     explicit Decoder(const char *decoderName) : DecoderBase(decoderName) { SetAnalyzerSettings(&m_settings); }
+    /// The results go first: they hold a reference to the settings, and an export may still be reading them.
+    ~Decoder() override { SetAnalyzerResults(nullptr); }
 
 protected:
     SettingsType m_settings; ///< changed on the main thread only, and never during a run
