@@ -7,6 +7,10 @@
 #include <exception>
 #include <new>
 
+#if defined(__GLIBCXX__) && !defined(_WIN32)
+#include <cxxabi.h>
+#endif
+
 using lux::detail::Leave;
 using lux::detail::MarkerStore;
 
@@ -112,6 +116,12 @@ void AnalyzerResults::Private::joinExport()
         return;
     exportCancelled.store(true, std::memory_order_relaxed);
     exportThread.join();
+}
+
+void AnalyzerResults::Private::failExport(const char *text)
+{
+    setExportError(text);
+    exportProgress.store(exportFailed, std::memory_order_release);
 }
 
 void AnalyzerResults::Private::setExportError(const std::string &text)
@@ -329,9 +339,14 @@ void AnalyzerResults::StartExportThread(const char *path, DisplayBase base, std:
             BuildExportFile(path.c_str(), base, optionId);
             if (GetProgress() < 1.0)
                 m_private->exportProgress.store(1.0, std::memory_order_release);
+#if defined(__GLIBCXX__) && !defined(_WIN32)
+        } catch (const abi::__forced_unwind &) {
+            throw; // the thread itself is being ended
+#endif
         } catch (const std::exception &failure) {
-            m_private->setExportError(failure.what());
-            m_private->exportProgress.store(exportFailed, std::memory_order_release);
+            m_private->failExport(failure.what());
+        } catch (...) {
+            m_private->failExport("The decoder failed.");
         }
     });
 }

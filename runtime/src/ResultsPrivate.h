@@ -40,6 +40,8 @@ struct LUX_HIDDEN AnalyzerResults::Private {
 
     void joinExport();
     void setExportError(const std::string &text);
+    /// It ended without a file, and why. The export's thread.
+    void failExport(const char *text);
 
     lux::detail::MemoryBudget budget;
     lux::detail::FrameStore frames{budget};

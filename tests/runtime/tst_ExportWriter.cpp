@@ -105,6 +105,7 @@ private slots:
     void aFullDiskIsToldAsFailed();
     void anExceptionOfTheDecoderIsToldAsFailed();
     void theLibrarysThreadWritesTheFile();
+    void anExceptionThatIsNoneOfTheStandardsIsToldByTheLibrarysThread();
     void theResultsOfADecoderGoBeforeItsSettings();
 
 private:
@@ -278,6 +279,18 @@ void TstExportWriter::theLibrarysThreadWritesTheFile()
     results.CancelExport();
     QTRY_COMPARE(results.GetProgress(), 1.0);
     QVERIFY(!QFile::exists(path("endless")));
+}
+
+void TstExportWriter::anExceptionThatIsNoneOfTheStandardsIsToldByTheLibrarysThread()
+{
+    ExportResults results([](const ExportResults &, lux::ExportWriter &out, std::uint32_t) {
+        out.write("text");
+        throw 5;
+    });
+    results.StartExportThread(path("number").toLocal8Bit().constData(), DisplayBase::Decimal, 0);
+    QTRY_COMPARE(results.GetProgress(), AnalyzerResults::exportFailed);
+    QVERIFY(!errorOf(results).empty());
+    QVERIFY(!QFile::exists(path("number")));
 }
 
 void TstExportWriter::theResultsOfADecoderGoBeforeItsSettings()
