@@ -26,6 +26,12 @@ const QLatin1String diskSuffix(".dylib");
 const QLatin1String diskSuffix(".so");
 #endif
 
+#if defined(Q_OS_WIN)
+constexpr Qt::CaseSensitivity fileNameCase = Qt::CaseInsensitive; // "SPI.DLL" is a library too
+#else
+constexpr Qt::CaseSensitivity fileNameCase = Qt::CaseSensitive;
+#endif
+
 /// The entry points of a loaded file. @return empty, or which is missing
 QString resolve(QLibrary &file, AnalyzerLib &lib)
 {
@@ -80,6 +86,9 @@ void scanFolder(const QString &folder, PluginGuard &guard, QSet<QString> &names,
     for (const QString &file : files) {
         AnalyzerLib lib;
         lib.fileName = storedName(file);
+        if (lib.fileName.isEmpty()) {
+            continue; // the pattern of the folder knows no case
+        }
         const QString path = dir.absoluteFilePath(file);
         if (!reason.isEmpty()) {
             result.refusals.append({lib.fileName, reason, false});
@@ -115,7 +124,7 @@ QString standardGuardFolder()
 
 QString storedName(const QString &diskName)
 {
-    if (!diskName.endsWith(diskSuffix)) {
+    if (!diskName.endsWith(diskSuffix, fileNameCase)) {
         return {};
     }
     return diskName.chopped(diskSuffix.size()) + QStringLiteral(".dll");

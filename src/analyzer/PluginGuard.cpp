@@ -112,6 +112,9 @@ bool PluginGuard::isBlocked(const QString &name, const QString &path) const
 
 void PluginGuard::retry(const QString &name)
 {
+    if (m_folder.isEmpty()) {
+        return; // nothing is remembered
+    }
     QStringList kept;
     for (const QString &entry : entries()) {
         if (nameOf(entry) != name) {

@@ -37,11 +37,13 @@ private slots:
     void emptyPartsOfTheListOfModelsAreLeftOut_data();
     void emptyPartsOfTheListOfModelsAreLeftOut();
     void namesAreStoredWithTheSuffixOfOneSystem();
+    void aSuffixInCapitalsIsOneWhereFileNamesKnowNoCase();
     void aNameThatTheFirstFolderHasWins();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut_data();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut();
     void nothingIsLoadedFromWhereOthersMayWrite();
     void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried();
+    void aGuardWithoutAFolderRemembersAndWritesNothing();
     void aChangedFileIsTriedAgain();
     void aProcessThatLivesIsNoCulprit();
 
@@ -136,6 +138,22 @@ void TstPluginFolder::namesAreStoredWithTheSuffixOfOneSystem()
     QVERIFY(PluginFolder::storedName(QStringLiteral("SPI.txt")).isEmpty());
 }
 
+void TstPluginFolder::aSuffixInCapitalsIsOneWhereFileNamesKnowNoCase()
+{
+    const QString folder = copied("sound", QStringLiteral("capitals"), QStringLiteral("A"));
+    const QString file = folder + QStringLiteral("/A");
+    QVERIFY(QFile::rename(file + suffix, file + suffix.toUpper()));
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({folder}, guard);
+    QVERIFY(scan.refusals.isEmpty());
+#ifdef Q_OS_WIN
+    QCOMPARE(scan.libraries.size(), 1);
+    QCOMPARE(scan.libraries.constFirst().fileName, QStringLiteral("A.dll"));
+#else
+    QVERIFY(scan.libraries.isEmpty());
+#endif
+}
+
 void TstPluginFolder::aNameThatTheFirstFolderHasWins()
 {
     PluginGuard guard({});
@@ -206,6 +224,17 @@ void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried
     }
     PluginGuard guard(guardFolder);
     QCOMPARE(PluginFolder::scan({plugins}, guard).libraries.size(), 1); // no death is asked for here
+}
+
+void TstPluginFolder::aGuardWithoutAFolderRemembersAndWritesNothing()
+{
+    PluginGuard guard({});
+    {
+        const PluginTrial trial(guard, QStringLiteral("sound.dll"), folderOf("sound"));
+    }
+    guard.retry(QStringLiteral("sound.dll"));
+    QVERIFY(guard.blocked().isEmpty());
+    QVERIFY(!QFile::exists(QStringLiteral("/passed-over")));
 }
 
 void TstPluginFolder::aChangedFileIsTriedAgain()
