@@ -4,8 +4,6 @@
 #include "Hidden.h"
 #include "SimulationEnd.h"
 
-#include <exception>
-
 namespace lux {
 namespace {
 
@@ -78,10 +76,8 @@ std::uint32_t DecoderBase::BuildSimulation(std::int64_t newestSample, std::uint3
             simulate(*simulation);
             idle = simulation->position() == before ? idle + 1 : 0;
         }
-    } catch (const std::exception &) {
-        // what there is by now is handed out, and the lines then stay as they are
     } catch (const detail::SimulationEnd &) {
-        m_private->isLoop = true; // the same
+        m_private->isLoop = true; // what there is by now is handed out, and the lines then stay as they are
     }
     simulation->beginElement();
     simulation->holdUntil(newestSample + 1);

@@ -15,7 +15,7 @@ private slots:
     void anAnalyzerDrivesItsChannel();
     void blocksGoOnWhereTheLastOneEnded();
     void withoutAnalyzersNobodyDrivesAnything();
-    void aCloneThatThrowsDrivesNothing();
+    void aCloneThatThrowsDrivesNothingAndIsTold();
     void aCloneThatNeverReturnsIsLeftBehindAndTold();
     void anAnalyzerWithoutAChannelDrivesNothing();
     void aRunThatHasBegunKeepsItsClones();
@@ -71,7 +71,7 @@ void TstAnalyzerSimulation::withoutAnalyzersNobodyDrivesAnything()
     source.release();
 }
 
-void TstAnalyzerSimulation::aCloneThatThrowsDrivesNothing()
+void TstAnalyzerSimulation::aCloneThatThrowsDrivesNothingAndIsTold()
 {
     AnalyzerDesk desk({QStringLiteral("simulation-throws"), QStringLiteral("sound")});
     QVERIFY(desk.add(0, 0));
@@ -87,6 +87,7 @@ void TstAnalyzerSimulation::aCloneThatThrowsDrivesNothing()
     }
     QCOMPARE(driven, 1);
     source.release();
+    QTRY_COMPARE(desk.told, QStringList{QStringLiteral("Lie: the plug-in threw")});
 }
 
 void TstAnalyzerSimulation::aCloneThatNeverReturnsIsLeftBehindAndTold()

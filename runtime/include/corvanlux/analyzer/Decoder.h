@@ -36,7 +36,7 @@ protected:
     virtual void decode() = 0;
     /// Adds at least one element, and the pause behind it, to the signal. Called until it is long enough. A decoder
     /// without simulation adds nothing. Whatever goes on from call to call (an address that counts) belongs to the
-    /// decoder.
+    /// decoder. An exception is told to the user, and the decoder drives nothing more in this capture.
     virtual void simulate(Simulation &simulation);
     [[nodiscard]] virtual std::unique_ptr<AnalyzerResults> makeResults() = 0;
 
