@@ -8,6 +8,7 @@
 #include "store/SmpData.h"
 #include "store/SmpLease.h"
 
+#include <QDeadlineTimer>
 #include <QThread>
 
 #include <algorithm>
@@ -52,8 +53,9 @@ AnalyzerManager::~AnalyzerManager()
     for (AnalyzerItem &item : items) {
         item.progMng->askToStop(); // all at once
     }
+    const QDeadlineTimer until(patience); // of all
     for (AnalyzerItem &item : items) {
-        if (item.progMng->waitParked(patience)) {
+        if (item.progMng->waitParked(int(until.remainingTime()))) {
             dropItem(item);
         } else {
             m_lingering.push_back(std::make_unique<LingeringWorker>(QString(), std::move(item)));
@@ -192,8 +194,13 @@ void AnalyzerManager::restartAnalyzer(int index)
 
 bool AnalyzerManager::endWorker(AnalyzerItem &item)
 {
+    return endWorker(item, QDeadlineTimer(patience));
+}
+
+bool AnalyzerManager::endWorker(AnalyzerItem &item, const QDeadlineTimer &until)
+{
     item.progMng->askToStop();
-    if (!item.progMng->waitParked(patience)) {
+    if (!item.progMng->waitParked(int(until.remainingTime()))) {
         takeOut(item);
         return false;
     }
@@ -255,16 +262,18 @@ void AnalyzerManager::stopAllWorkers()
             item.progMng->askToStop(); // all at once
         }
     }
+    const QDeadlineTimer until(patience); // of all
     for (AnalyzerItem &item : items) {
-        endWorker(item);
+        endWorker(item, until);
     }
 }
 
 void AnalyzerManager::leaveToWriter()
 {
+    const QDeadlineTimer until(patience); // of all
     for (AnalyzerItem &item : items) {
         if (item.capture && item.capture->writerWaits()) {
-            endWorker(item);
+            endWorker(item, until);
         }
     }
 }
@@ -332,6 +341,9 @@ std::unique_ptr<Analyzer> AnalyzerManager::newAnalyzer(const AnalyzerLib &lib)
     if (fault.isEmpty()) {
         return std::unique_ptr<Analyzer>(made);
     }
+    if (made != nullptr) {
+        (void)pluginFault([&] { lib.destroyAnalyzer(made); });
+    }
     tell(lib.displayName, fault);
     return nullptr;
 }
@@ -372,6 +384,7 @@ void AnalyzerManager::dropItem(AnalyzerItem &item)
 void AnalyzerManager::loadFromConfig()
 {
     const ResultsChange change = prepareModify();
+    stopAllWorkers();
     for (AnalyzerItem &item : items) {
         dropItem(item);
     }

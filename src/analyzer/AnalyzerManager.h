@@ -19,6 +19,7 @@
 #include <vector>
 
 class AnalyzerProgMng;
+class QDeadlineTimer;
 class SmpData;
 struct LingeringWorker;
 
@@ -166,6 +167,8 @@ private:
     void run(AnalyzerItem &item, bool again);
     /// Ends the item's worker, or takes it out of the item. @return false in that case
     bool endWorker(AnalyzerItem &item);
+    /// The same, of several workers that leave at the same time: `until` is the end of the patience with all.
+    bool endWorker(AnalyzerItem &item, const QDeadlineTimer &until);
     void takeOut(AnalyzerItem &item);
     /// The item's worker has nothing more to do, or there is none.
     static void letGo(AnalyzerItem &item);

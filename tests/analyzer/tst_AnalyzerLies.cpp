@@ -2,6 +2,8 @@
 
 #include "AnalyzerDesk.h"
 
+#include <QLibrary>
+
 #include <atomic>
 
 class TstAnalyzerLies : public QObject {
@@ -10,6 +12,7 @@ class TstAnalyzerLies : public QObject {
 private slots:
     void aPluginThatCannotMakeAnAnalyzerAddsNone_data();
     void aPluginThatCannotMakeAnAnalyzerAddsNone();
+    void anAnalyzerThatCannotBeUsedIsDestroyed();
     void whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data();
     void whatAPluginThrowsIsToldOnceAndTheOthersGoOn();
     void settingsWithASemicolonAreNotStored();
@@ -45,6 +48,16 @@ void TstAnalyzerLies::aPluginThatCannotMakeAnAnalyzerAddsNone()
     QCoreApplication::processEvents();
     QCOMPARE(desk.told.size(), 1);
     QVERIFY(desk.told.constFirst().startsWith(QStringLiteral("Lie: ")));
+}
+
+void TstAnalyzerLies::anAnalyzerThatCannotBeUsedIsDestroyed()
+{
+    AnalyzerDesk desk({QStringLiteral("no-settings")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    const auto live = reinterpret_cast<int (*)()>(file.resolve("LiveAnalyzers"));
+    QVERIFY(live != nullptr);
+    QVERIFY(!desk.add());
+    QCOMPARE(live(), 0);
 }
 
 void TstAnalyzerLies::whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data()

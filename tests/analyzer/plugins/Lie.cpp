@@ -1,5 +1,6 @@
 // A decoder that is sound but for one thing, which LUX_LIE names. Built once for each thing.
 
+#include <atomic>
 #include <corvanlux/analyzer/Decoder.h>
 #include <cstdlib>
 #include <stdexcept>
@@ -10,6 +11,8 @@
 namespace {
 
 constexpr std::string_view lie = LUX_LIE;
+
+std::atomic<int> live{0}; // analyzers
 
 [[noreturn]] void throwUp()
 {
@@ -84,7 +87,11 @@ public:
         if (lie == "no-settings") {
             SetAnalyzerSettings(nullptr);
         }
+        ++live;
     }
+    LieAnalyzer(const LieAnalyzer &) = delete;
+    LieAnalyzer &operator=(const LieAnalyzer &) = delete;
+    ~LieAnalyzer() override { --live; }
     bool NeedsRestart() override
     {
         if (lie == "restart-throws") {
@@ -178,6 +185,12 @@ private:
 extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
 {
     return lie == "creates-null" ? nullptr : new LieAnalyzer;
+}
+
+/// For the tests: how many there are.
+extern "C" LUX_PLUGIN_EXPORT int LiveAnalyzers()
+{
+    return live;
 }
 
 #ifndef LUX_LACKS_ENTRIES
