@@ -3,6 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/Commands.h"
 #include "cli/Output.h"
+#include "cli/PluginFaults.h"
 #include "cli/Terminal.h"
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
@@ -77,7 +78,12 @@ void writeRefusals(Output &out, const AnalyzerManager &manager)
 int tellSettings(Output &out, AnalyzerManager &manager, const QString &name)
 {
     const int library = AnalyzerSetup::libraryNamed(manager, name);
+    PluginFaults faults(manager);
     Analyzer *analyzer = manager.createAnalyzer(library);
+    if (analyzer == nullptr && library >= 0) {
+        faults.say();
+        return Terminal::badInput;
+    }
     if (analyzer == nullptr) {
         Terminal::say(
             QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(name, AnalyzerSetup::knownNames(manager)));

@@ -6,6 +6,7 @@
 #include "cli/Decoding.h"
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
+#include "cli/PluginFaults.h"
 #include "cli/Terminal.h"
 
 #include <QFileInfo>
@@ -71,14 +72,17 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
         return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
     AnalyzerManager manager(hostOf(source));
-    manager.setCapture(source.data.get(), 0);
+    PluginFaults faults(manager);
+    manager.setCapture(source.data.get(), std::uint32_t(source.model));
     bool wrongUsage = false;
     const QString error = addAnalyzers(manager, job, wrongUsage);
     if (!error.isEmpty()) {
+        faults.say();
         Terminal::say(wrongUsage ? error : QStringLiteral("%1: %2").arg(path, error));
         return wrongUsage ? Terminal::wrongUsage : Terminal::badInput;
     }
-    const int code = Decoding::write(manager, *source.data, QFileInfo(path).completeBaseName(), writer, out, job.span);
+    const int code =
+        Decoding::write(manager, faults, *source.data, QFileInfo(path).completeBaseName(), writer, out, job.span);
     return source.warning.isEmpty() ? code : std::max(code, int(Terminal::badInput));
 }
 

@@ -3,6 +3,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
+#include "cli/PluginFaults.h"
 #include "cli/Terminal.h"
 #include "store/SmpData.h"
 
@@ -100,15 +101,19 @@ bool writeFrames(AnalyzerManager &manager, FrameWriter &writer, const Output &ou
     return true;
 }
 
-/// What the decoders have to tell of their runs. @return whether all of them came to the end
-bool tellOfRuns(const AnalyzerManager &manager)
+/// What the decoders have to tell of their runs. @return whether all of them came to the end, and none is at fault
+bool tellOfRuns(const AnalyzerManager &manager, PluginFaults &faults)
 {
-    bool good = true;
+    QStringList messages;
     for (int i = 0; i < manager.count(); ++i) {
-        for (const QString &line : manager.message(i).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        messages.append(manager.message(i));
+    }
+    bool good = !faults.say(messages);
+    for (int i = 0; i < manager.count(); ++i) {
+        for (const QString &line : messages.at(i).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
             Terminal::say(QStringLiteral("%1: %2").arg(manager.analyzerTitle(i), line));
         }
-        good = good && manager.analyzerAt(i)->GetDecodeStatus() == DecodeStatus::Complete;
+        good = good && !manager.endedEarly(i) && manager.analyzerAt(i)->GetDecodeStatus() == DecodeStatus::Complete;
     }
     return good;
 }
@@ -127,13 +132,13 @@ QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request
     return {};
 }
 
-int write(AnalyzerManager &manager, const SmpData &data, const QString &name, FrameWriter &writer, const Output &out,
-          const Span &span)
+int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name, FrameWriter &writer,
+          const Output &out, const Span &span)
 {
     if (!waitForWorkers(manager)) {
         return Terminal::interrupted;
     }
-    const bool good = tellOfRuns(manager);
+    const bool good = tellOfRuns(manager, faults);
     FrameWriter::Capture capture{name, data.smpFrequ(), data.smpCount(), {}};
     for (int i = 0; i < manager.count(); ++i) {
         capture.analyzers.push_back(manager.analyzerAt(i));

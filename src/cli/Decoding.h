@@ -10,6 +10,7 @@
 class AnalyzerManager;
 class FrameWriter;
 class Output;
+class PluginFaults;
 class SmpData;
 
 /// Decoding with the decoders that a command line names, and writing what they found. Main thread.
@@ -25,9 +26,10 @@ struct Span {
 [[nodiscard]] QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request> &requests);
 
 /// Waits for the decoders that run on `data`, tells what they have to tell, and writes the head and the frames of all
-/// in the order of time. The user may end it. @return the exit code: bad input when a decoder did not come to the end
+/// in the order of time. The user may end it. @param faults  of the manager: what has not been said is
+/// @return the exit code: bad input when a decoder did not come to the end, or did what it must not
 /// Cost: that of the decoders, and a line a frame.
-[[nodiscard]] int write(AnalyzerManager &manager, const SmpData &data, const QString &name, FrameWriter &writer,
-                        const Output &out, const Span &span);
+[[nodiscard]] int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name,
+                        FrameWriter &writer, const Output &out, const Span &span);
 
 } // namespace Decoding

@@ -188,9 +188,11 @@ int InstrumentCapture::addDecoders()
     host.channelCount = [] { return int(gDev->chnEnable.size()); };
     host.isChannelEnabled = [](int channel) { return gDev->chnEnable.value(channel); };
     m_manager = std::make_unique<AnalyzerManager>(host);
+    m_faults = std::make_unique<PluginFaults>(*m_manager);
     for (const Arguments::Request &request : m_job.requests) {
         const QString error = AnalyzerSetup::add(*m_manager, request);
         if (!error.isEmpty()) {
+            m_faults->say();
             Terminal::say(error);
             return Terminal::wrongUsage;
         }
@@ -282,7 +284,7 @@ int InstrumentCapture::decode(const QString &path)
 {
     m_manager->captureReady();
     const QString name = path.isEmpty() ? QStringLiteral("capture") : QFileInfo(path).completeBaseName();
-    const int code = Decoding::write(*m_manager, *gDev->smpData, name, *m_writer, m_out, {});
+    const int code = Decoding::write(*m_manager, *m_faults, *gDev->smpData, name, *m_writer, m_out, {});
     m_out.handOver();
     if (!m_out.isGood()) {
         return m_out.finish(code);

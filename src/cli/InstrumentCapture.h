@@ -3,6 +3,7 @@
 #include "cli/CaptureCommand.h"
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
+#include "cli/PluginFaults.h"
 #include "session/CaptureRun.h"
 
 #include <memory>
@@ -40,5 +41,6 @@ private:
     std::unique_ptr<Session> m_session;
     std::unique_ptr<CaptureRun> m_run;
     std::unique_ptr<AnalyzerManager> m_manager; ///< null without decoders
+    std::unique_ptr<PluginFaults> m_faults;     ///< of the manager
     bool m_isStopped = false;                   ///< the user has ended it
 };

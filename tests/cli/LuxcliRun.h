@@ -38,13 +38,16 @@ inline Outcome luxcli(const char *arguments, const QString &first = {}, const QS
     return run(QStringLiteral(LUXCLI), list);
 }
 
-/// Writes a capture of a model with 16 channels. @return its path; empty if that failed
-inline QString save(const FileFolder &folder, const QString &name, CaptureBuilder &builder)
+/// Writes a capture of a model with 16 channels. @param analyzers  that are stored in it, as the settings have them
+/// @return its path; empty if that failed
+inline QString save(const FileFolder &folder, const QString &name, CaptureBuilder &builder,
+                    const QByteArray &analyzers = {})
 {
     constexpr int channels = 16;
     const auto data = builder.build();
     const auto settings = ConfigDocument::parse("<settings><global><devModel>8</devModel>"
-                                                "<chnShowName3>Clock</chnShowName3></global></settings>\n");
+                                                "<chnShowName3>Clock</chnShowName3></global><analyzers>" +
+                                                analyzers + "</analyzers></settings>\n");
     const CapturePart whole{std::vector<std::uint8_t>(channels, 1), 0, double(data->smpCount())};
     const QString path = folder.path(name);
     const CaptureFile file(digitalChannelsOf);

@@ -1,0 +1,119 @@
+// What the program tells of decoders that do what they must not, and its exit code.
+
+#include "cli/LuxcliRun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using luxcliRun::luxcli;
+using luxcliRun::Outcome;
+
+class TstLuxcliFaults : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void aStoredDecoderThatCannotBeMadeIsTold();
+    void aDecoderThatCannotBeMadeIsNamedWithItsReason();
+    void whatADecoderThrowsBehindItsRunIsToldOnceAndIsNoSuccess();
+    void settingsThatThrowAreTold();
+    void allTellsWhichFilesAreNoneAndWhy();
+
+private:
+    void offer(const QStringList &plugins);
+    [[nodiscard]] QString saved(const char *file, const QStringList &plugins) const;
+
+    QTemporaryDir m_data; ///< the user's data folder
+    FileFolder m_folder;
+};
+
+void TstLuxcliFaults::initTestCase()
+{
+#ifndef Q_OS_LINUX
+    QSKIP("needs a data folder that the environment names");
+#endif
+    QVERIFY(m_data.isValid());
+    qputenv("XDG_DATA_HOME", QFile::encodeName(m_data.path()));
+}
+
+/// Puts these of the tests' plug-ins, and no others, into the user's folder.
+void TstLuxcliFaults::offer(const QStringList &plugins)
+{
+    QDir folder(m_data.filePath(QStringLiteral("corvan/Analyzer")));
+    folder.removeRecursively();
+    QVERIFY(folder.mkpath(QStringLiteral(".")));
+    for (const QString &plugin : plugins) {
+        const QString from = QStringLiteral(LUX_TEST_PLUGINS "/%1/%1.so").arg(plugin);
+        QVERIFY(QFile::copy(from, folder.filePath(plugin + QStringLiteral(".so"))));
+    }
+}
+
+/// A capture in which these decoders are stored. @return its path
+QString TstLuxcliFaults::saved(const char *file, const QStringList &plugins) const
+{
+    QByteArray analyzers;
+    for (int i = 0; i < plugins.size(); ++i) {
+        const QByteArray item = "item" + QByteArray::number(i);
+        analyzers += "<" + item + "><fileName>" + plugins.at(i).toLatin1() +
+                     ".dll</fileName><parameters>0</parameters><format>2</format></" + item + ">";
+    }
+    CaptureBuilder builder(16);
+    builder.samples(1000).channel(0, 0, {100, 300, 700});
+    return luxcliRun::save(m_folder, QString::fromLatin1(file), builder, analyzers);
+}
+
+void TstLuxcliFaults::aStoredDecoderThatCannotBeMadeIsTold()
+{
+    offer({QStringLiteral("create-throws"), QStringLiteral("sound")});
+    const QString both = saved("both.cxdat", {QStringLiteral("create-throws"), QStringLiteral("sound")});
+    const Outcome outcome = luxcli("decode %1", both);
+    QCOMPARE(outcome.err, QByteArray("luxcli: Lie: the plug-in threw\n"));
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.out.count('\n'), 4); // a head, and the frames of the other
+
+    const Outcome alone = luxcli("decode %1", saved("alone.cxdat", {QStringLiteral("create-throws")}));
+    QVERIFY2(alone.err.startsWith("luxcli: Lie: the plug-in threw\nluxcli: "), alone.err);
+    QCOMPARE(alone.code, 1);
+}
+
+void TstLuxcliFaults::aDecoderThatCannotBeMadeIsNamedWithItsReason()
+{
+    offer({QStringLiteral("create-throws")});
+    const Outcome decoded = luxcli("decode %1 -a create-throws:line=0", saved("none.cxdat", {}));
+    QVERIFY2(decoded.err.startsWith("luxcli: Lie: the plug-in threw\nluxcli: "), decoded.err);
+    QCOMPARE(decoded.code, 2);
+    const Outcome listed = luxcli("analyzers create-throws");
+    QCOMPARE(listed.err, QByteArray("luxcli: Lie: the plug-in threw\n"));
+    QCOMPARE(listed.code, 1);
+}
+
+void TstLuxcliFaults::whatADecoderThrowsBehindItsRunIsToldOnceAndIsNoSuccess()
+{
+    offer({QStringLiteral("restart-throws")});
+    const Outcome outcome = luxcli("decode %1", saved("restart.cxdat", {QStringLiteral("restart-throws")}));
+    QCOMPARE(outcome.err, QByteArray("luxcli: Lie: the plug-in threw\n"));
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.out.count('\n'), 4);
+}
+
+void TstLuxcliFaults::settingsThatThrowAreTold()
+{
+    offer({QStringLiteral("settings-throw")});
+    const Outcome outcome = luxcli("decode %1 -a settings-throw:line=0", saved("settings.cxdat", {}));
+    QCOMPARE(outcome.err, QByteArray("luxcli: settings-throw: the plug-in threw\n"));
+    QCOMPARE(outcome.code, 2);
+}
+
+void TstLuxcliFaults::allTellsWhichFilesAreNoneAndWhy()
+{
+    offer({QStringLiteral("bare"), QStringLiteral("sound")});
+    const Outcome outcome = luxcli("analyzers --all");
+    QCOMPARE(outcome.code, 0);
+    QVERIFY2(outcome.out.contains("sound\tLie\n"), outcome.out);
+    QVERIFY2(outcome.out.contains("bare.dll\tnot loaded: it lacks an entry point of a decoder\n"), outcome.out);
+    QVERIFY(!luxcli("analyzers").out.contains("bare"));
+}
+
+QTEST_GUILESS_MAIN(TstLuxcliFaults)
+#include "tst_LuxcliFaults.moc"
