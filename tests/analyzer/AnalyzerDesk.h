@@ -4,6 +4,7 @@
 #include "store/SmpData.h"
 #include "support/CaptureBuilder.h"
 
+#include <QDir>
 #include <QStringList>
 #include <QtTest>
 
@@ -43,9 +44,10 @@ public:
         manager->setCapture(&capture, 0);
     }
 
+    /// @param plugin  its name, or a folder's absolute path
     [[nodiscard]] static QString folderOf(const QString &plugin)
     {
-        return QStringLiteral(LUX_TEST_PLUGINS "/") + plugin;
+        return QDir(QStringLiteral(LUX_TEST_PLUGINS)).absoluteFilePath(plugin);
     }
 
     /// Adds an analyzer of a library on a channel. @return whether there is one more

@@ -15,6 +15,8 @@ private slots:
     void anAnalyzerThatCannotBeUsedIsDestroyed();
     void whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data();
     void whatAPluginThrowsIsToldOnceAndTheOthersGoOn();
+    void whatIsNoStandardExceptionIsToldToo();
+    void resultsThatCannotBeMadeTakeTheAnalyzerOutOfUse();
     void settingsWithASemicolonAreNotStored();
     void framesOutOfOrderOrPlaceArePutIntoTheCapture();
     void millionsOfMarkersAreStillSearchable();
@@ -84,6 +86,31 @@ void TstAnalyzerLies::whatAPluginThrowsIsToldOnceAndTheOthersGoOn()
     QCoreApplication::processEvents();
     QCOMPARE(desk.told, QStringList{QStringLiteral("Lie: the plug-in threw")});
     QCOMPARE(desk.manager->count(), 2);
+    QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
+}
+
+void TstAnalyzerLies::whatIsNoStandardExceptionIsToldToo()
+{
+    AnalyzerDesk desk({QStringLiteral("throws-number")});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    QTRY_COMPARE(desk.told, QStringList{QStringLiteral("Lie: an exception")});
+    QVERIFY(desk.manager->endedEarly(0));
+}
+
+void TstAnalyzerLies::resultsThatCannotBeMadeTakeTheAnalyzerOutOfUse()
+{
+    AnalyzerDesk desk({QStringLiteral("setup-throws"), QStringLiteral("sound")});
+    QVERIFY(desk.add(0, 0));
+    QVERIFY(desk.add(1, 1));
+    QVERIFY(!desk.manager->isWorkerRunning(0));
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.results(0) == nullptr);
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    QVERIFY(!desk.manager->isWorkerRunning(0));
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.told, QStringList{QStringLiteral("Lie: the plug-in threw")});
     QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
 }
 

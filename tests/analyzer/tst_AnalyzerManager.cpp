@@ -2,6 +2,7 @@
 #include "analyzer/AnalyzerProgMng.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <atomic>
 #include <thread>
@@ -17,6 +18,7 @@ class TstAnalyzerManager : public QObject {
 
 private slots:
     void anEmptyFolderGivesEmptyLists();
+    void aFileThatIsNoPluginGivesNoEntryAndNoMessage();
     void aStoredTripleWithoutPluginGivesNoItemNoMessageAndGoesAtTheNextSave();
     void anAddedAnalyzerIsStoredAndDecodesAtOnce();
     void theStoredListComesBackWithSettingsAndFormat();
@@ -40,13 +42,28 @@ private slots:
 
 void TstAnalyzerManager::anEmptyFolderGivesEmptyLists()
 {
-    AnalyzerDesk desk({});
+    const QTemporaryDir empty;
+    QVERIFY(empty.isValid());
+    AnalyzerDesk desk({empty.path()});
+    QVERIFY(desk.manager->foundLibraries().isEmpty());
+    QVERIFY(desk.manager->refusals().isEmpty());
     QVERIFY(desk.manager->libraryDisplayNames().isEmpty());
     QVERIFY(desk.manager->shownStateList().isEmpty());
     QVERIFY(desk.manager->shownAnalyzers().isEmpty());
     QVERIFY(desk.manager->analyzersOnChannel(0).isEmpty());
     QCOMPARE(desk.manager->channelUsage(-1).size(), 16);
     QVERIFY(desk.manager->libraryDisplayName(QStringLiteral("SPI.dll")).isEmpty());
+}
+
+void TstAnalyzerManager::aFileThatIsNoPluginGivesNoEntryAndNoMessage()
+{
+    AnalyzerDesk desk({QStringLiteral("bare")});
+    QVERIFY(desk.manager->foundLibraries().isEmpty());
+    desk.stored = {{QStringLiteral("bare.dll"), QStringLiteral("0"), QStringLiteral("2")}};
+    desk.manager->loadFromConfig();
+    QCOMPARE(desk.manager->count(), 0);
+    QCoreApplication::processEvents();
+    QVERIFY(desk.told.isEmpty());
 }
 
 void TstAnalyzerManager::aStoredTripleWithoutPluginGivesNoItemNoMessageAndGoesAtTheNextSave()
@@ -116,6 +133,7 @@ void TstAnalyzerManager::needsRestartRunsTheWorkerAgainAndTellsAfterwards()
     QTRY_COMPARE(told, 2);
     QVERIFY(toldWhileRunning);
     QVERIFY(desk.waitForWorkers());
+    QVERIFY2(desk.manager->analyzerAt(0)->GetDecodeStatus() == DecodeStatus::Complete, "it found the same capture");
     QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
 }
 

@@ -114,10 +114,12 @@ void TstAnalyzerResults::rangeQueriesAgreeWithANaiveSearch()
 void TstAnalyzerResults::aRangeBehindTheLastFrameHoldsNone()
 {
     const auto desk = withResults([](ScriptResults &out) { out.add(frameOf(10, 20)); });
-    std::uint64_t first = 0;
-    std::uint64_t last = 0;
+    std::uint64_t first = 9;
+    std::uint64_t last = 9;
     QVERIFY(!desk->results().GetFramesInRange(20, 1000, &first, &last));
     QVERIFY(!desk->results().GetFramesInRange(0, 9, &first, &last));
+    QCOMPARE(first, std::uint64_t(9)); // they are left as they are
+    QCOMPARE(last, std::uint64_t(9));
 }
 
 void TstAnalyzerResults::aFrameTouchesARangeByTheRuleOfItsEnds()

@@ -56,6 +56,7 @@ private slots:
     void valuesAreReadAsTheyAreWrittenOnACommandLine();
     void valuesThatAreNoneOfTheSettingAreRefused();
     void exportOptionsAreListed();
+    void theUndefinedChannelIsReadBackAndIsNoRealOne();
     void anInterfaceIsDestroyedThroughItsBase();
 };
 
@@ -229,6 +230,18 @@ void TstDecoderSettings::exportOptionsAreListed()
     QVERIFY(settings.GetFileExtension(0, 1, &name, &extension));
     QCOMPARE(std::string(extension), std::string("csv"));
     QVERIFY(!settings.GetFileExtension(0, 2, &name, &extension));
+}
+
+void TstDecoderSettings::theUndefinedChannelIsReadBackAndIsNoRealOne()
+{
+    AnalyzerSettingInterfaceChannel face;
+    face.SetSelectionOfNoneIsAllowed(true);
+    face.SetChannel(Channel(0, 3));
+    face.SetChannel(Channel(std::uint64_t(-1), std::uint32_t(-1)));
+    QCOMPARE(face.GetChannel().channelIndex, std::uint32_t(-1));
+    QVERIFY(!face.GetChannel().isDefined());
+    for (std::uint32_t real = 0; real < 64; ++real)
+        QVERIFY(face.GetChannel().channelIndex != real);
 }
 
 void TstDecoderSettings::anInterfaceIsDestroyedThroughItsBase()

@@ -1,5 +1,6 @@
 // A decoder that is sound but for one thing, which LUX_LIE names. Built once for each thing.
 
+#include <array>
 #include <atomic>
 #include <corvanlux/analyzer/Decoder.h>
 #include <cstdlib>
@@ -16,6 +17,9 @@ std::atomic<int> live{0}; // analyzers
 
 [[noreturn]] void throwUp()
 {
+    if (lie == "throws-number") {
+        throw 5;
+    }
     throw std::runtime_error("the plug-in threw");
 }
 
@@ -63,7 +67,12 @@ public:
 
 class LieResults : public lux::Results {
 public:
-    explicit LieResults(const LieSettings &) {}
+    explicit LieResults(const LieSettings &)
+    {
+        if (lie == "setup-throws") {
+            throwUp();
+        }
+    }
     void describe(const FrameData &frame, lux::FrameText &out) const override
     {
         if (lie == "text-throws") {
@@ -94,7 +103,7 @@ public:
     ~LieAnalyzer() override { --live; }
     bool NeedsRestart() override
     {
-        if (lie == "restart-throws") {
+        if (lie == "restart-throws" || lie == "throws-number") {
             throwUp();
         }
         return lie == "restarts" && ++m_runs < 2;
@@ -103,6 +112,7 @@ public:
 protected:
     void decode() override
     {
+        keepRun();
         lux::ChannelReader &line = reader(m_settings.line.GetChannel());
         if (lie == "decode-throws") {
             throwUp();
@@ -136,6 +146,15 @@ protected:
     }
 
 private:
+    /// Fails a further run that finds another capture than the first one.
+    void keepRun()
+    {
+        const std::array run{sampleRate(), sampleCount(), GetTriggerSample()};
+        if (m_runs > 0 && run != m_firstRun) {
+            fail("another capture");
+        }
+        m_firstRun = run;
+    }
     void addFrames(lux::Sample edge)
     {
         if (lie == "disorder") {
@@ -170,6 +189,7 @@ private:
     }
 
     int m_runs = 0;
+    std::array<std::int64_t, 3> m_firstRun{}; ///< rate, samples, trigger
 };
 
 /// Ends the process while its file is being loaded, if the environment says so.
