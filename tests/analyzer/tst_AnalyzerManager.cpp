@@ -1,6 +1,9 @@
 #include "AnalyzerDesk.h"
+#include "analyzer/AnalyzerDataGen.h"
 #include "analyzer/AnalyzerProgMng.h"
+#include "plugins/TextGate.h"
 
+#include <QLibrary>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -37,6 +40,7 @@ private slots:
     void whatIsShownIsToldByItem();
     void withoutACaptureNothingRuns();
     void resultsAreReplacedOnlyWhenTheirReadersHaveLeft();
+    void aRestartWaitsForTheStepOfAScan();
     void aWriterOfWhomNobodyToldIsLeftToAlone();
 };
 
@@ -299,6 +303,39 @@ void TstAnalyzerManager::resultsAreReplacedOnlyWhenTheirReadersHaveLeft()
     desk.manager->removeAnalyzer(0);
     QVERIFY(left);
     reader.join();
+}
+
+void TstAnalyzerManager::aRestartWaitsForTheStepOfAScan()
+{
+    AnalyzerDesk desk({QStringLiteral("text-waits")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    const auto textGateOf = reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"));
+    QVERIFY(textGateOf != nullptr);
+    TextGate &texts = *textGateOf();
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+
+    AnalyzerDataGen list(*desk.manager);
+    texts.held = true;
+    list.reset({QStringLiteral("no such text"), 0, double(desk.capture.smpCount())});
+    QTRY_VERIFY(texts.inside);
+    std::atomic<bool> restarted{false};
+    bool hasWaited = false;
+    std::thread helper([&] {
+        while (!desk.manager->gate().isWanted() && !restarted) {
+            std::this_thread::yield();
+        }
+        hasWaited = !restarted;
+        texts.held = false;
+    });
+    desk.manager->restartAnalyzer(0);
+    restarted = true;
+    const bool isInside = texts.inside;
+    helper.join();
+    QVERIFY(hasWaited);
+    QVERIFY(!isInside);
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
 }
 
 void TstAnalyzerManager::aWriterOfWhomNobodyToldIsLeftToAlone()

@@ -1,3 +1,4 @@
+#include "analyzer/AnalyzerManager.h"
 #include "analyzer/PluginFolder.h"
 #include "analyzer/PluginGuard.h"
 
@@ -42,6 +43,7 @@ private slots:
     void aPluginThatThrowsWhenItIsAskedIsLeftOut_data();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut();
     void nothingIsLoadedFromWhereOthersMayWrite();
+    void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried_data();
     void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried();
     void aGuardWithoutAFolderRemembersAndWritesNothing();
     void aChangedFileIsTriedAgain();
@@ -59,8 +61,8 @@ void TstPluginFolder::initTestCase()
     const QByteArray victim = qgetenv("LUX_TEST_VICTIM");
     if (!victim.isEmpty()) {
         qputenv("LUX_TEST_DIE", "1");
-        PluginGuard guard(QString::fromUtf8(qgetenv("LUX_TEST_GUARD")));
-        (void)PluginFolder::scan({QString::fromUtf8(victim)}, guard);
+        AnalyzerManager manager({}, {QString::fromUtf8(victim)}, QString::fromUtf8(qgetenv("LUX_TEST_GUARD")));
+        (void)manager.createAnalyzer(0);
         QFAIL("the plug-in did not end the process");
     }
     QVERIFY(m_dir.isValid());
@@ -200,9 +202,18 @@ void TstPluginFolder::nothingIsLoadedFromWhereOthersMayWrite()
 #endif
 }
 
+void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("while it was loaded") << QStringLiteral("dies");
+    QTest::newRow("in its first call") << QStringLiteral("create-dies");
+}
+
 void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried()
 {
-    const QString plugins = copied("dies", QStringLiteral("plugins"));
+    QFETCH(QString, plugin);
+    const QString name = plugin + QStringLiteral(".dll");
+    const QString plugins = copied(plugin.toLatin1().constData(), QStringLiteral("plugins"));
     const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
     QProcess victim;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -215,12 +226,12 @@ void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried
 
     {
         PluginGuard guard(guardFolder);
-        QCOMPARE(guard.blocked(), QStringList{QStringLiteral("dies.dll")});
+        QCOMPARE(guard.blocked(), QStringList{name});
         const auto scan = PluginFolder::scan({plugins}, guard);
         QVERIFY(scan.libraries.isEmpty());
         QCOMPARE(scan.refusals.size(), 1);
         QVERIFY(scan.refusals.constFirst().passedOver);
-        guard.retry(QStringLiteral("dies.dll"));
+        guard.retry(name);
     }
     PluginGuard guard(guardFolder);
     QCOMPARE(PluginFolder::scan({plugins}, guard).libraries.size(), 1); // no death is asked for here

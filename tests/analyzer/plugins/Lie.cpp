@@ -1,5 +1,7 @@
 // A decoder that is sound but for one thing, which LUX_LIE names. Built once for each thing.
 
+#include "TextGate.h"
+
 #include <array>
 #include <atomic>
 #include <corvanlux/analyzer/Decoder.h>
@@ -14,6 +16,15 @@ namespace {
 constexpr std::string_view lie = LUX_LIE;
 
 std::atomic<int> live{0}; // analyzers
+TextGate textGate;
+
+/// Ends the process if the environment says so.
+void dieIfAsked()
+{
+    if (std::getenv("LUX_TEST_DIE") != nullptr) {
+        std::_Exit(66);
+    }
+}
 
 [[noreturn]] void throwUp()
 {
@@ -77,6 +88,13 @@ public:
     {
         if (lie == "text-throws") {
             throwUp();
+        }
+        if (lie == "text-waits") {
+            textGate.inside = true;
+            while (textGate.held) {
+                std::this_thread::yield();
+            }
+            textGate.inside = false;
         }
         out.add("edge ", lux::formatCount(frame.firstSample));
     }
@@ -192,10 +210,10 @@ private:
     std::array<std::int64_t, 3> m_firstRun{}; ///< rate, samples, trigger
 };
 
-/// Ends the process while its file is being loaded, if the environment says so.
+/// Comes while the file is being loaded.
 [[maybe_unused]] const bool loaded = [] {
-    if (lie == "dies" && std::getenv("LUX_TEST_DIE") != nullptr) {
-        std::_Exit(66);
+    if (lie == "dies") {
+        dieIfAsked();
     }
     return true;
 }();
@@ -204,6 +222,9 @@ private:
 
 extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
 {
+    if (lie == "create-dies") {
+        dieIfAsked();
+    }
     return lie == "creates-null" ? nullptr : new LieAnalyzer;
 }
 
@@ -211,6 +232,11 @@ extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
 extern "C" LUX_PLUGIN_EXPORT int LiveAnalyzers()
 {
     return live;
+}
+
+extern "C" LUX_PLUGIN_EXPORT TextGate *TextGateOf()
+{
+    return &textGate;
 }
 
 #ifndef LUX_LACKS_ENTRIES

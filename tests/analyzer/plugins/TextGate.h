@@ -1,0 +1,9 @@
+#pragma once
+
+#include <atomic>
+
+/// Lets a test hold up the texts of the plug-in "text-waits": its TextGateOf() gives the one of the plug-in.
+struct TextGate {
+    std::atomic<bool> held{false};
+    std::atomic<bool> inside{false}; ///< a text is being made
+};
