@@ -135,6 +135,9 @@ void ProtocolSetting::updateRecent(const QStringList &inUse)
 void ProtocolSetting::buildMenu()
 {
     addMenu->clear();
+    if (manager->foundLibraries().isEmpty()) {
+        addMenu->addAction(::tr("None"));
+    }
     const QStringList &files = recentList.files();
     for (int i = files.size() - 1; i >= 0; --i) {
         addEntry(entryText(manager->libraryDisplayName(files.at(i))), &ProtocolSetting::slotAddProtocolClicked)

@@ -73,6 +73,7 @@ class TstProtocolSetting : public QObject {
     Q_OBJECT
 private slots:
     void beforeTheListIsLoadedTheMenuHoldsNone();
+    void whereNoDecoderIsFoundTheMenuHoldsNone();
     void theMenuOffersTheRecentOnesFirst();
     void aRowTellsNameAndChannels();
     void rowsFollowTheList();
@@ -96,6 +97,14 @@ void TstProtocolSetting::beforeTheListIsLoadedTheMenuHoldsNone()
 {
     const Panel p("kinds");
     QCOMPARE(p.menuTexts(), QStringList{QStringLiteral("None")});
+}
+
+void TstProtocolSetting::whereNoDecoderIsFoundTheMenuHoldsNone()
+{
+    const Panel p{QStringList()};
+    p.desk.manager->loadFromConfig();
+    QCOMPARE(p.menuTexts().join(QLatin1Char('|')),
+             QStringLiteral("None|-|More Analyzers...|-|Device Supported List..."));
 }
 
 void TstProtocolSetting::theMenuOffersTheRecentOnesFirst()
