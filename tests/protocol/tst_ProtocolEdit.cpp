@@ -99,6 +99,7 @@ private slots:
 
     void numbersOutOfTheirRangeAreTold_data();
     void numbersOutOfTheirRangeAreTold();
+    void settingsThatThrowAreToldAndKeepTheDialogOpen();
     void twoBadNumbersGiveTwoBoxes();
     void aRefusalIsToldInTheWordsOfTheDecoder();
     void oneChannelTwiceIsRefused();
@@ -354,6 +355,22 @@ void TstProtocolEdit::numbersOutOfTheirRangeAreTold()
     QVERIFY(dialog.isVisible());
     QCOMPARE(desk.manager->count(), 0);
     QCOMPARE(dialog.focusWidget(), static_cast<QWidget *>(field(dialog, "Number")));
+}
+
+void TstProtocolEdit::settingsThatThrowAreToldAndKeepTheDialogOpen()
+{
+    const FaceDesk desk("settings-throw");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    dialog.show();
+    const DialogDriver<QMessageBox> boxes([](QMessageBox &box) {
+        QCOMPARE(box.windowTitle(), QStringLiteral("A Setting is Invalid"));
+        QCOMPARE(box.text(), QStringLiteral("the plug-in threw"));
+        pressButton(box, QStringLiteral("Close"));
+    });
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 1);
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(desk.manager->count(), 0);
 }
 
 void TstProtocolEdit::twoBadNumbersGiveTwoBoxes()
