@@ -76,6 +76,7 @@ public:
     void removeAnalyzer(int index);
     /// Stops a running worker. Returns within 50 ms.
     void stopWorker(int index);
+    /// The same for all; returns within 50 ms whatever their number.
     void stopAllWorkers();
     [[nodiscard]] bool isWorkerRunning(int index) const;
     void setDisplayFormat(int index, int format);
