@@ -129,7 +129,7 @@ QString proposedName(const QDateTime &time)
 
 QString startDirectory()
 {
-    const QString last = globalGet(lastPathKey());
+    QString last = globalGet(lastPathKey());
     if (!last.isEmpty() && QFileInfo(last).isDir()) {
         return last;
     }

@@ -56,7 +56,7 @@ QString addAnalyzers(AnalyzerManager &manager, const Job &job, bool &wrongUsage)
                                    : QStringLiteral("it has no stored analyzers that can be had; name one with -a");
     }
     for (const Arguments::Request &request : job.requests) {
-        const QString error = AnalyzerSetup::add(manager, request);
+        QString error = AnalyzerSetup::add(manager, request);
         if (!error.isEmpty()) {
             wrongUsage = true;
             return error;
@@ -89,7 +89,7 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
 /// @return a message for the user; empty when the arguments make sense
 QString readJob(const Arguments::Parsed &parsed, Job &job)
 {
-    if (const QString error = Decoding::readRequests(parsed, job.requests); !error.isEmpty()) {
+    if (QString error = Decoding::readRequests(parsed, job.requests); !error.isEmpty()) {
         return error;
     }
     const auto readTime = [&parsed](const QString &name, double &time) {

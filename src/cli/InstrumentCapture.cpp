@@ -48,7 +48,7 @@ QString bringUpFailure(const CaptureRun::Outcome &outcome)
     if (outcome.end == CaptureEnd::NoInstrument) {
         return QStringLiteral("no instrument came into use in time");
     }
-    const QString code = InitStatus::errorText(outcome.sta, outcome.err);
+    QString code = InitStatus::errorText(outcome.sta, outcome.err);
     if ((outcome.sta == sendingFirmware || outcome.sta == sendingFpga) && outcome.err == 1) {
         return code + QStringLiteral(" (this build may lack the images of the instrument)");
     }
