@@ -5,6 +5,7 @@
 #include "analyzer/LingeringWorker.h"
 #include "analyzer/PluginCall.h"
 #include "settings/Language.h"
+#include "settings/PostedCall.h"
 #include "store/SmpData.h"
 #include "store/SmpLease.h"
 
@@ -31,8 +32,7 @@ AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, 
       m_host(std::move(host)),
       m_guard(guardFolder),
       m_simulation([this](const QString &name, const QString &what) {
-          QMetaObject::invokeMethod(
-              this, [this, name, what] { tell(name, what); }, Qt::QueuedConnection);
+          postCall(this, [this, name, what] { tell(name, what); });
       })
 {
     PluginFolder::Scan scan = PluginFolder::scan(folders, m_guard);
@@ -324,8 +324,7 @@ void AnalyzerManager::tell(const QString &name, const QString &what)
         return;
     }
     m_told.insert(key);
-    QMetaObject::invokeMethod(
-        this, [this, name, what] { emit analyzerFailed(name, what); }, Qt::QueuedConnection);
+    postCall(this, [this, name, what] { emit analyzerFailed(name, what); });
 }
 
 // ---- the list

@@ -1,10 +1,10 @@
 #include "app/PictureWriter.h"
 
 #include "settings/FileReplacement.h"
+#include "settings/PostedCall.h"
 #include "settings/XmlText.h"
 
 #include <QFile>
-#include <QMetaObject>
 #include <QPainter>
 #include <QSvgGenerator>
 
@@ -63,8 +63,7 @@ void PictureWriter::start(const QString &path, std::function<bool(QFile &)> put)
     const int number = ++m_number;
     m_threads[number] = std::thread([this, number, path, writes = std::move(put)] {
         const FileOutcome outcome = written(path, writes);
-        QMetaObject::invokeMethod(
-            this, [this, number, path, outcome] { ended(number, path, outcome); }, Qt::QueuedConnection);
+        postCall(this, [this, number, path, outcome] { ended(number, path, outcome); });
     });
 }
 

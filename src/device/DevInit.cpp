@@ -2,9 +2,9 @@
 
 #include "device/DevBase.h"
 #include "device/DeviceGlobals.h"
-#include "device/PostedCall.h"
 #include "device/UsbIds.h"
 #include "device/UsbTransport.h"
+#include "settings/PostedCall.h"
 
 #include <utility>
 

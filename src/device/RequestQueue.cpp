@@ -1,7 +1,7 @@
 #include "device/RequestQueue.h"
 
 #include "device/DevControl.h"
-#include "device/PostedCall.h"
+#include "settings/PostedCall.h"
 
 #include <utility>
 

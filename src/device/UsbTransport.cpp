@@ -1,10 +1,10 @@
 #include "device/UsbTransport.h"
 
-#include "device/PostedCall.h"
 #include "device/UsbIds.h"
 #include "device/UsbLink.h"
 #include "device/UsbReadRun.h"
 #include "settings/HostSystem.h"
+#include "settings/PostedCall.h"
 
 #include <algorithm>
 #include <cstring>

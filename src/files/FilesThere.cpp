@@ -1,7 +1,8 @@
 #include "files/FilesThere.h"
 
+#include "settings/PostedCall.h"
+
 #include <QFileInfo>
-#include <QMetaObject>
 
 #include <mutex>
 #include <thread>
@@ -40,8 +41,7 @@ void FilesThere::ask(const QStringList &paths)
         }
         const std::lock_guard lock(link->mutex);
         if (FilesThere *const owner = link->owner; owner != nullptr) {
-            QMetaObject::invokeMethod(
-                owner, [owner, gone] { owner->take(gone); }, Qt::QueuedConnection);
+            postCall(owner, [owner, gone] { owner->take(gone); });
         }
     }).detach();
 }
