@@ -5,6 +5,7 @@
 #include "controls/Look.h"
 #include "controls/MenuDialog.h"
 #include "controls/MyButton.h"
+#include "controls/PopupPlace.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
 #include "settings/Language.h"
@@ -15,7 +16,6 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QCursor>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -258,7 +258,6 @@ void AChnParameterSet::openExtendSetMenu()
     }
     showExtended();
     extendMenu->setAccessibleName(settingBtn->accessibleName());
-    const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
-    extendMenu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));
+    extendMenu->popup(popupPlace(*settingBtn));
     reverseBox->setFocus(Qt::PopupFocusReason);
 }

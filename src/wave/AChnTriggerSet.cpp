@@ -5,6 +5,7 @@
 #include "controls/MenuDialog.h"
 #include "controls/MyButton.h"
 #include "controls/NoticeBox.h"
+#include "controls/PopupPlace.h"
 #include "controls/Style.h"
 #include "controls/Truncate.h"
 #include "device/DevBase.h"
@@ -15,7 +16,6 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QCursor>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -471,8 +471,7 @@ void AChnTriggerSet::openExtendSetMenu()
     }
     senseEdit->setText(storedSensitivity(*m_device));
     extendMenu->setAccessibleName(settingBtn->accessibleName());
-    const bool byMouse = settingBtn->rect().contains(settingBtn->mapFromGlobal(QCursor::pos()));
-    extendMenu->popup(byMouse ? QCursor::pos() : settingBtn->mapToGlobal(settingBtn->rect().bottomLeft()));
+    extendMenu->popup(popupPlace(*settingBtn));
     senseEdit->setFocus(Qt::PopupFocusReason);
     senseEdit->selectAll();
 }
