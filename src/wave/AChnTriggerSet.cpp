@@ -2,7 +2,6 @@
 
 #include "controls/Icons.h"
 #include "controls/Look.h"
-#include "controls/MenuDialog.h"
 #include "controls/MyButton.h"
 #include "controls/NoticeBox.h"
 #include "controls/PopupPlace.h"
@@ -12,17 +11,16 @@
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "store/SmpTrigCode.h"
+#include "wave/SensitivityMenu.h"
 #include "wave/SidebarLook.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QRegExpValidator>
 #include <QSignalBlocker>
 #include <QSpinBox>
 
@@ -33,10 +31,7 @@ namespace {
 
 constexpr int leastLevel = -32768; ///< millivolts, as the one below
 constexpr int mostLevel = 32767;
-constexpr int leastField = 40; ///< pixels at 96 dpi, as the two below
-constexpr int senseWidth = 56;
-constexpr int senseHeight = 21;
-constexpr int senseLetters = 6;
+constexpr int leastField = 40; ///< pixels at 96 dpi
 
 const QString keyLevel = QStringLiteral("ATrigValue");
 const QString keyChannel = QStringLiteral("ATrigChn");
@@ -102,9 +97,6 @@ AChnTriggerSet::~AChnTriggerSet()
     // A field that goes away gives up its focus: that is no end of an edit.
     levelSpin->disconnect(this);
     horEdit->disconnect(this);
-    if (senseEdit != nullptr) {
-        senseEdit->disconnect(this);
-    }
 }
 
 void AChnTriggerSet::buildHead(QGridLayout &grid)
@@ -246,8 +238,7 @@ void AChnTriggerSet::refresh(DevBase &device)
 {
     m_device = &device;
     if (extendMenu != nullptr) {
-        const QSignalBlocker noEntry(senseEdit); // what was being typed was meant for another device
-        extendMenu->close();
+        extendMenu->abandon(); // what was being typed was meant for another device
     }
     showEdges();
     {
@@ -431,57 +422,24 @@ void AChnTriggerSet::slotHorZreoClicked()
 
 // ---- the menu
 
-void AChnTriggerSet::createMenu()
-{
-    static const QRegExp pattern(QStringLiteral("[0][.][0-9]+$"));
-    const QString blanks = QStringLiteral("  ");
-    extendMenu = new MenuDialog(this);
-    extendMenu->setObjectName(QStringLiteral("trigExtend"));
-    auto *form = new QWidget;
-    auto *box = new QGroupBox(blanks + ::tr("Trigger Set") + blanks, form);
-    auto *line = new QHBoxLayout(box);
-    line->setContentsMargins(dp(10), dp(4), dp(10), dp(6));
-    line->setSpacing(dp(6));
-    auto *label = new QLabel(::tr("Sensitivity:"), box);
-    senseEdit = new QLineEdit(box);
-    senseEdit->setObjectName(QStringLiteral("sense"));
-    senseEdit->setFixedSize(dp(senseWidth), dp(senseHeight));
-    senseEdit->setMaxLength(senseLetters);
-    senseEdit->setValidator(new QRegExpValidator(pattern, senseEdit));
-    senseEdit->setToolTip(::tr("Number between 0.0 and 1.0."));
-    senseEdit->setAccessibleName(trigSpoken(label->text()));
-    label->setBuddy(senseEdit);
-    line->addWidget(label);
-    line->addWidget(senseEdit);
-    line->addWidget(new QLabel(QStringLiteral("div"), box));
-    auto *around = new QVBoxLayout(form);
-    around->setContentsMargins(dp(10), dp(6), dp(10), dp(10));
-    around->addWidget(box);
-    extendMenu->addForm(form);
-    connect(senseEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotSenstivityChanged);
-}
-
 void AChnTriggerSet::openExtendSetMenu()
 {
     if (!m_device) {
         return;
     }
     if (extendMenu == nullptr) {
-        createMenu();
+        extendMenu = new SensitivityMenu(this);
+        connect(extendMenu, &SensitivityMenu::editingFinished, this, &AChnTriggerSet::slotSenstivityChanged);
     }
-    senseEdit->setText(storedSensitivity(*m_device));
     extendMenu->setAccessibleName(settingBtn->accessibleName());
-    extendMenu->popup(popupPlace(*settingBtn));
-    senseEdit->setFocus(Qt::PopupFocusReason);
-    senseEdit->selectAll();
+    extendMenu->ask(storedSensitivity(*m_device), popupPlace(*settingBtn));
 }
 
 void AChnTriggerSet::slotSenstivityChanged()
 {
-    if (senseEdit->hasFocus()) {
-        senseEdit->clearFocus();
+    if (extendMenu == nullptr || extendMenu->giveFocusAway()) {
         return;
     }
     extendMenu->close();
-    emit aChnTrigSetChanged(aTrigChange::sensitivity, senseEdit->text());
+    emit aChnTrigSetChanged(aTrigChange::sensitivity, extendMenu->sensitivity());
 }

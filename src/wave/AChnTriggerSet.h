@@ -7,7 +7,6 @@
 #include <QVector>
 
 class DevBase;
-class MenuDialog;
 class MyButton;
 class QCheckBox;
 class QGridLayout;
@@ -15,6 +14,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
+class SensitivityMenu;
 
 /// The kinds of change that AChnTriggerSet tells of.
 namespace aTrigChange {
@@ -79,7 +79,6 @@ private:
     void buildLevel(QGridLayout &grid);
     void buildPosition(QGridLayout &grid);
     [[nodiscard]] QPushButton *makeZero(const QString &name);
-    void createMenu();
     void storeLevel();
     void showChannel(int index);
     [[nodiscard]] int chosenEdge() const;
@@ -96,9 +95,8 @@ private:
     QLabel *horLabel;
     QLineEdit *horEdit;
     QPushButton *horZero = nullptr;
-    MenuDialog *extendMenu = nullptr; ///< made at first use, with the one below
-    QLineEdit *senseEdit = nullptr;
-    bool m_telling = false;     ///< a box is open that takes the focus away
-    bool m_leaving = false;     ///< the device has gone meanwhile
-    QPointer<DevBase> m_device; ///< null once it has gone
+    SensitivityMenu *extendMenu = nullptr; ///< made at first use
+    bool m_telling = false;                ///< a box is open that takes the focus away
+    bool m_leaving = false;                ///< the device has gone meanwhile
+    QPointer<DevBase> m_device;            ///< null once it has gone
 };
