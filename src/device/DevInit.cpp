@@ -20,17 +20,23 @@ constexpr int staGone = 7;
 
 } // namespace
 
-DevInit::DevInit(UsbTransport &usb, QObject *parent) : QObject(parent), m_usb(usb) {}
+DevInit::DevInit(UsbTransport &usb, QObject *parent) : QObject(parent), m_usb(usb), m_look(usb)
+{
+    m_look.setParent(this); // for whoever looks for it by its type
+    m_look.looked = [this](int change) { deviceChanged(change); };
+}
 
 DevInit::~DevInit()
 {
     stop();
+    m_look.end();
     m_attach.end();
     m_renumDone.end();
 }
 
 void DevInit::stop()
 {
+    m_look.stop();
     if (m_run) {
         m_run->requestStop();
     }
@@ -38,7 +44,11 @@ void DevInit::stop()
 
 void DevInit::slotDevChange()
 {
-    const int change = m_usb.refresh();
+    m_look.begin();
+}
+
+void DevInit::deviceChanged(int change)
+{
     if (change < 0) {
         deviceGone();
     } else if (change > 0 && isUsbInstrument(m_usb.vendorId, m_usb.productId)) {

@@ -3,6 +3,7 @@
 #include "device/BringUpRun.h"
 #include "device/ThrDevAttach.h"
 #include "device/ThrRenumDone.h"
+#include "device/UsbLookThread.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <utility>
 
 class DevBase;
 class UsbTransport;
@@ -37,7 +39,7 @@ class DevInit : public QObject {
 public:
     /// The transport outlives this object.
     explicit DevInit(UsbTransport &usb, QObject *parent = nullptr);
-    /// Stops and joins both threads, whatever they are at: for one transfer at the most.
+    /// Stops and joins all threads, whatever they are at: for one transfer at the most, or the opening of a device.
     ~DevInit() override;
 
     /// The identity block of the last instrument that was connected, see DevBase::initDevice(); empty before the first.
@@ -48,14 +50,19 @@ public:
     void reconnect();
     /// Asks the threads to end, whatever they are at; waits for nobody.
     void stop();
-    /// True while one of the threads works on a device.
-    [[nodiscard]] bool isWorking() const { return m_attach.isBusy() || m_renumDone.isBusy(); }
+    /// True while a look at the bus is under way, or one of the threads works on a device.
+    [[nodiscard]] bool isWorking() const { return m_look.isBusy() || m_attach.isBusy() || m_renumDone.isBusy(); }
+
+    /// Asked before a device that has come or gone is acted on; true lets that wait for a while. Main thread. Set
+    /// before the first look.
+    void setHeldBack(std::function<bool()> isHeldBack) { m_look.isHeldBack = std::move(isHeldBack); }
 
     /// A test's clock, see BringUpRun::Host; called on the threads. Set before the first run.
     std::function<bool(int ms)> skipPause;
 
 public slots:
-    /// A device has come or gone, or may be there: the single entry. Main thread; blocks as UsbTransport::refresh().
+    /// A device has come or gone, or may be there: the single entry. Main thread; does not block: what the look at the
+    /// bus finds is acted on behind it, by the event loop.
     void slotDevChange();
 
 signals:
@@ -77,6 +84,7 @@ signals:
     void sigDevPreConnect(int model);
 
 private:
+    void deviceChanged(int change);
     std::shared_ptr<BringUpRun> newRun();
     void deviceGone();
     void deviceOpened();
@@ -87,6 +95,7 @@ private:
     void forgetDevice();
 
     UsbTransport &m_usb;
+    UsbLookThread m_look;
     ThrDevAttach m_attach;
     ThrRenumDone m_renumDone;
     std::shared_ptr<BringUpRun> m_run; ///< of the last device that came; earlier ones have been stopped

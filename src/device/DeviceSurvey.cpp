@@ -4,8 +4,8 @@
 #include "device/DevIdentity.h"
 #include "device/DevRequests.h"
 #include "device/UsbIds.h"
+#include "device/UsbLook.h"
 #include "device/UsbPlatform.h"
-#include "device/UsbTransport.h"
 
 #include <algorithm>
 #include <array>

@@ -26,7 +26,7 @@ public:
 
     /// As UsbPlatform::queueRead() on `pipeIn`; Gone once the link has been cut, Aborted after breakOff().
     [[nodiscard]] UsbResult queueRead(std::span<std::uint8_t> buffer, UsbReadSlot &slot);
-    /// Ends the reads of a run that is under way and lets it queue no more. Main thread; once.
+    /// Ends the reads of a run that is under way and lets it queue no more. Any thread; once.
     void cut();
     /// Ends the reads of a run that is under way and lets it queue no more. Any thread. Harmless without a run.
     void breakOff();

@@ -81,10 +81,11 @@ public:
 /// Chosen when the program starts (makeUsbPlatform()), or made by a test. Lives longer than all that it has opened, and
 /// is destroyed on the thread that made it, when nothing is open and no operation is under way.
 ///
-/// Threads: the operations of finding and opening, and registerHotplug(), are called on the main thread only. All that
-/// take a UsbInterface may be called from any thread and by several at a time; an interface is freed by whoever uses it
-/// last, on that thread, while no operation on it is under way. A device that leaves the bus makes every operation on
-/// it answer an error, mostly Gone, at once or when its time-out has passed; it never makes one hang or crash.
+/// Threads: the operations of finding and opening are called by one thread at a time, registerHotplug() on the main
+/// thread only. All that take a UsbInterface may be called from any thread and by several at a time; an interface is
+/// freed by whoever uses it last, on that thread, while no operation on it is under way. A device that leaves the bus
+/// makes every operation on it answer an error, mostly Gone, at once or when its time-out has passed; it never makes
+/// one hang or crash.
 ///
 /// Two more questions to the system have a file of their own for each system, since they are asked where there is no
 /// transport: the physical memory (acquisition/PhysicalMemory.h) and the system's version (device/HostSystem.h).
@@ -92,7 +93,7 @@ class UsbPlatform {
 public:
     virtual ~UsbPlatform() = default;
 
-    // ---- finding. Main thread; may block for the time that the system needs to look at its devices.
+    // ---- finding. One thread at a time; may block for the time that the system needs to look at its devices.
 
     /// Takes a list of the instruments' interfaces that are present now; it does not change afterwards.
     /// @return the list, to be freed with freeList(); None when it cannot be had, which means the same as an empty one
@@ -110,7 +111,8 @@ public:
     /// Frees a list. None is allowed.
     virtual void freeList(UsbList list) = 0;
 
-    // ---- opening. Main thread, except for freeing; may block for some ms.
+    // ---- opening. One thread at a time, except for freeing; may block until the device answers or the system gives
+    // up.
 
     /// Opens the device of a path for reading and writing.
     /// @param file  out, to be closed with closeFile(); None unless the answer is None

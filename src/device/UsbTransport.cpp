@@ -1,59 +1,15 @@
 #include "device/UsbTransport.h"
 
-#include "device/UsbIds.h"
 #include "device/UsbLink.h"
 #include "device/UsbReadRun.h"
 #include "settings/HostSystem.h"
 #include "settings/PostedCall.h"
 
-#include <algorithm>
-#include <cstring>
-#include <new>
 #include <utility>
 
 namespace {
 
-constexpr int maxInterfaces = 100;
-constexpr std::uint32_t descriptorSize = 18;
-constexpr std::uint8_t pipeInSmall = 0x82; ///< of the product that takes no bulk data
-constexpr std::int32_t chunkHighSpeed = 0x100000;
-constexpr std::int32_t chunkFullSpeed = 102400;
-constexpr int packetHighSpeed = 512; ///< bytes, the least of a bulk pipe at high speed
-constexpr std::uint16_t levelFullSpeed = 0x0110;
-
 constexpr std::size_t maxData = 0xFFFF; ///< bytes of a control transfer
-
-constexpr std::uint32_t writeTimeoutMs = 3000;
-constexpr std::uint32_t controlTimeoutMs = 2000;
-
-/// A list that is freed on every way out.
-class ListHold {
-public:
-    explicit ListHold(UsbPlatform &platform) : m_platform(platform), list(platform.openList()) {}
-    ~ListHold() { m_platform.freeList(list); }
-    ListHold(const ListHold &) = delete;
-    ListHold &operator=(const ListHold &) = delete;
-
-private:
-    UsbPlatform &m_platform;
-
-public:
-    const UsbList list;
-};
-
-int countInterfaces(UsbPlatform &platform, UsbList list)
-{
-    int count = 0;
-    while (list != UsbList::None && count < maxInterfaces && platform.listHas(list, count)) {
-        ++count;
-    }
-    return count;
-}
-
-std::uint16_t littleEndian(const std::uint8_t *bytes)
-{
-    return std::uint16_t(bytes[0] | bytes[1] << 8);
-}
 
 } // namespace
 
@@ -73,138 +29,60 @@ bool UsbTransport::registerHotplug(std::uintptr_t window)
 
 int UsbTransport::refresh()
 {
-    const ListHold hold(*m_platform);
-    const int count = countInterfaces(*m_platform, hold.list);
-    if (!isOpen()) {
-        return openFirst(hold.list, count) ? 1 : 0;
+    const UsbChange change = takeLook(look(openPath()));
+    if (change.leaving) {
+        change.leaving->cut();
     }
-    if (hasOpenPath(hold.list, count)) {
-        return 0;
+    return change.change;
+}
+
+std::optional<std::string> UsbTransport::openPath() const
+{
+    return isOpen() ? std::optional(m_path) : std::nullopt;
+}
+
+UsbLook UsbTransport::look(const std::optional<std::string> &openPath) const
+{
+    return lookAtUsb(*m_platform, openPath);
+}
+
+UsbChange UsbTransport::takeLook(UsbLook look)
+{
+    if (!look.opened) {
+        return look.isGone && isOpen() ? UsbChange{-1, detach()} : UsbChange{};
     }
-    close();
-    return -1;
+    if (isOpen()) {
+        return {0, std::move(look.opened)};
+    }
+    m_path = look.path;
+    vendorId = look.profile.vendorId;
+    productId = look.profile.productId;
+    bcdUsb = look.profile.bcdUsb;
+    pipeIn = look.opened->pipeIn;
+    pipeOut = look.opened->pipeOut;
+    if (look.profile.pipeReady) {
+        chunkSize = look.profile.chunkSize;
+    }
+    pipeReady = look.profile.pipeReady ? 1 : 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_link = std::move(look.opened);
+    }
+    deviceOpen.store(1, std::memory_order_release);
+    return {1, nullptr};
+}
+
+std::shared_ptr<UsbLink> UsbTransport::detach()
+{
+    deviceOpen.store(0, std::memory_order_release);
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_link, nullptr);
 }
 
 void UsbTransport::close()
 {
-    deviceOpen.store(0, std::memory_order_release);
-    std::shared_ptr<UsbLink> closing;
-    {
-        const std::lock_guard lock(m_mutex);
-        closing.swap(m_link);
-    }
-    if (closing) {
+    if (const std::shared_ptr<UsbLink> closing = detach()) {
         closing->cut();
-    }
-}
-
-bool UsbTransport::openFirst(UsbList list, int count)
-{
-    for (int index = 0; index < count; ++index) {
-        if (usbFetchPath(*m_platform, list, index, m_path) != usbPathFits) {
-            continue;
-        }
-        std::shared_ptr<UsbLink> opened = openLink();
-        if (!opened || !readProfile(*opened)) {
-            continue;
-        }
-        {
-            const std::lock_guard lock(m_mutex);
-            m_link = std::move(opened);
-        }
-        deviceOpen.store(1, std::memory_order_release);
-        return true;
-    }
-    return false;
-}
-
-std::shared_ptr<UsbLink> UsbTransport::openLink()
-{
-    UsbFile file = UsbFile::None;
-    if (!m_platform->openFile(m_path.data(), file).ok()) {
-        return nullptr;
-    }
-    UsbInterface iface = UsbInterface::None;
-    if (!m_platform->initInterface(file, iface).ok()) {
-        m_platform->closeFile(file);
-        return nullptr;
-    }
-    return std::make_shared<UsbLink>(*m_platform, file, iface);
-}
-
-bool UsbTransport::hasOpenPath(UsbList list, int count) const
-{
-    std::array<char, pathRoom> path{};
-    for (int index = 0; index < count; ++index) {
-        if (usbFetchPath(*m_platform, list, index, path) == usbPathFits &&
-            std::strcmp(path.data(), m_path.data()) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool UsbTransport::readProfile(UsbLink &link)
-{
-    std::array<std::uint8_t, descriptorSize> descriptor{};
-    std::uint32_t moved = 0;
-    if (!m_platform->deviceDescriptor(link.iface, descriptor, moved).ok() || moved != descriptorSize) {
-        return false;
-    }
-    // USB 2.0, table 9-8: bcdUSB at 2, idVendor at 8, idProduct at 10.
-    bcdUsb = littleEndian(&descriptor[2]);
-    vendorId = littleEndian(&descriptor[8]);
-    productId = littleEndian(&descriptor[10]);
-    link.pipeIn = usbDataPipe(productId);
-    link.pipeOut = link.pipeIn == pipeInSmall ? 0x00 : 0x02;
-    pipeIn = link.pipeIn;
-    pipeOut = link.pipeOut;
-
-    const int packet = packetSize(link);
-    if (packet < 0) {
-        return false;
-    }
-    if (packet > 0) {
-        setUpPipes(link, packet);
-    }
-    pipeReady = packet > 0 ? 1 : 0;
-    for (const int pipe : {0x00, 0x80}) {
-        m_platform->setPipePolicy(link.iface, std::uint8_t(pipe), UsbPolicy::TransferTimeout, controlTimeoutMs);
-    }
-    return true;
-}
-
-int UsbTransport::packetSize(const UsbLink &link) const
-{
-    int count = 0;
-    if (!m_platform->interfaceSettings(link.iface, count).ok()) {
-        return -1;
-    }
-    for (int index = 0; index < count; ++index) {
-        UsbPipe pipe;
-        if (m_platform->queryPipe(link.iface, index, pipe).ok() && pipe.id == link.pipeIn) {
-            return pipe.maxPacket;
-        }
-    }
-    return 0;
-}
-
-void UsbTransport::setUpPipes(const UsbLink &link, int packet)
-{
-    m_platform->selectSetting(link.iface);
-    const auto set = [this, &link](std::uint8_t pipe, UsbPolicy policy, std::uint32_t value) {
-        m_platform->setPipePolicy(link.iface, pipe, policy, value);
-    };
-    set(link.pipeOut, UsbPolicy::TransferTimeout, writeTimeoutMs);
-    set(link.pipeIn, UsbPolicy::TransferTimeout, UsbReadRun::silenceMs);
-    set(link.pipeIn, UsbPolicy::AllowPartialReads, 1);
-    set(link.pipeIn, UsbPolicy::AutoFlush, 0);
-    set(link.pipeIn, UsbPolicy::RawIo, 1);
-    if (packet < packetHighSpeed) {
-        chunkSize = chunkFullSpeed;
-        bcdUsb = std::min(bcdUsb.load(), levelFullSpeed);
-    } else {
-        chunkSize = chunkHighSpeed;
     }
 }
 
@@ -332,29 +210,4 @@ std::int32_t usbChunkSize(std::int64_t bitsPerSecond)
         size *= 2;
     }
     return size;
-}
-
-std::uint32_t usbFetchPath(UsbPlatform &platform, UsbList list, int index, std::span<char> room)
-{
-    constexpr std::size_t longest = 0x10000; // bytes; no system has a longer path
-    const auto failed = [](const UsbResult &result) { return 0x80070000U | (result.system & 0xFFFFU); };
-
-    std::size_t needed = 0;
-    UsbResult result = platform.interfaceDetail(list, index, {}, needed);
-    if (!result.ok() && result.error != UsbError::TooSmall) {
-        return failed(result);
-    }
-    const std::unique_ptr<char[]> detail(needed <= longest ? new (std::nothrow) char[needed + 1]() : nullptr);
-    if (!detail) {
-        return usbPathNoMemory;
-    }
-    result = platform.interfaceDetail(list, index, {detail.get(), needed}, needed);
-    if (!result.ok()) {
-        return failed(result);
-    }
-    const std::size_t length = std::strlen(detail.get());
-    const std::size_t kept = std::min(length, room.size() - 1);
-    std::memcpy(room.data(), detail.get(), kept);
-    room[kept] = '\0';
-    return kept == length ? usbPathFits : usbPathCut;
 }

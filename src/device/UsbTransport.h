@@ -1,6 +1,7 @@
 #pragma once
 
 #include "acquisition/SmpTransport.h"
+#include "device/UsbLook.h"
 #include "device/UsbPlatform.h"
 
 #include <QObject>
@@ -12,17 +13,26 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
+#include <string>
 
 class InterfaceDevCallback;
 class UsbLink;
 
+/// What a look at the bus has changed.
+struct UsbChange {
+    int change = 0;                   ///< 1 a device was opened; 0 nothing changed; -1 the open device is gone
+    std::shared_ptr<UsbLink> leaving; ///< to be cut, and let go of where it may block; null for none
+};
+
 /// The one road to the instrument: which device is open, requests to it, and the bulk read run.
 ///
 /// One for the life of the process (`gUsb`), made before and destroyed after everything that uses it. It lives on the
-/// main thread; only one device is open at any time, and only refresh() and close() change which. Transfers may be made
-/// from any thread: each holds on to the device that it began with, so a device that goes away under it makes it fail,
-/// and what the system knows of that device is freed by whoever uses it last. It knows nothing of models and requests.
+/// main thread; only one device is open at any time, and only refresh(), takeLook() and close() change which. Transfers
+/// may be made from any thread: each holds on to the device that it began with, so a device that goes away under it
+/// makes it fail, and what the system knows of that device is freed by whoever uses it last. It knows nothing of models
+/// and requests.
 class UsbTransport final : public QObject, public SmpTransport {
     Q_OBJECT
 public:
@@ -57,10 +67,20 @@ public:
 
     /// Starts telling sigDevChange. Once, when the main window stands. @return false when changes cannot be told
     bool registerHotplug(std::uintptr_t window);
-    /// Brings the object in line with the devices present; may block for some control transfers.
+    /// Brings the object in line with the devices present. Blocks as lookAtUsb() does, so that who has an event loop
+    /// takes a UsbLookThread instead.
     /// @return 1 a device was opened; 0 nothing changed; -1 the open device is gone. An open device that is still there
     ///         stays open, whatever else came; another one is looked for only by the next call after it has gone.
     int refresh();
+    // refresh() in three steps, of which the second alone may block. One such round at a time.
+
+    /// What a look is to ask for: the path of the open device, nothing while none is open.
+    [[nodiscard]] std::optional<std::string> openPath() const;
+    /// Looks at the bus, see lookAtUsb(). Any thread; changes nothing here.
+    [[nodiscard]] UsbLook look(const std::optional<std::string> &openPath) const;
+    /// Takes over what was seen, unless it is out of date. Never blocks.
+    [[nodiscard]] UsbChange takeLook(UsbLook look);
+
     /// Closes the open device, if there is one. A read run that is under way ends with runFailed.
     void close();
     void setCallback(InterfaceDevCallback *receiver) override;
@@ -99,41 +119,21 @@ signals:
 
 private:
     using Slots = std::array<std::unique_ptr<UsbReadSlot>, 2>;
-    static constexpr std::size_t pathRoom = 260;
 
-    [[nodiscard]] bool openFirst(UsbList list, int count);
-    /// Opens the device of `m_path`. @return null when it cannot be opened
-    [[nodiscard]] std::shared_ptr<UsbLink> openLink();
-    /// Reads the identity of a device that has just been opened and sets up its pipes.
-    /// @return false when it cannot be used
-    [[nodiscard]] bool readProfile(UsbLink &link);
-    /// Finds the end point `pipeIn`. @return its packet size in bytes, 0 without one, -1 when the device does not tell
-    [[nodiscard]] int packetSize(const UsbLink &link) const;
-    void setUpPipes(const UsbLink &link, int packet);
-    [[nodiscard]] bool hasOpenPath(UsbList list, int count) const;
+    /// Nothing is open any more. @return what was; null for nothing
+    [[nodiscard]] std::shared_ptr<UsbLink> detach();
     /// What a transfer holds on to; null while nothing is open.
     [[nodiscard]] std::shared_ptr<UsbLink> link() const;
     [[nodiscard]] Slots takeSlots();
     int control(const UsbSetup &setup, std::uint8_t *data);
 
     const std::unique_ptr<UsbPlatform> m_platform;
-    std::array<char, pathRoom> m_path{}; ///< of the open device
-    mutable std::mutex m_mutex;          ///< guards the next two; never held while calling out
-    std::shared_ptr<UsbLink> m_link;     ///< null while nothing is open
-    Slots m_slots;                       ///< empty while a run has them
+    std::string m_path;              ///< of the open device
+    mutable std::mutex m_mutex;      ///< guards the next two; never held while calling out
+    std::shared_ptr<UsbLink> m_link; ///< null while nothing is open
+    Slots m_slots;                   ///< empty while a run has them
 };
 
 /// The size of reads in bytes for a rate on the wire: the power of two, times 0x100000 of any sign, whose time to fill
 /// lies within 0.05 s to 0.2 s; between 2048 and 2^30. The rate must be above 0. Pure.
 [[nodiscard]] std::int32_t usbChunkSize(std::int64_t bitsPerSecond);
-
-/// A path fetched from a list.
-enum : std::uint32_t {
-    usbPathFits = 0,
-    usbPathNoMemory = 0x8007000E, ///< no memory for it
-    usbPathCut = 0x8007007A,      ///< it was cut to fit
-};
-/// Fetches one path of a list, with a final 0.
-/// @return usbPathFits, usbPathNoMemory, usbPathCut (then `room` holds its beginning), or 0x80070000 and the low 16
-///         bits of the system's code. `room` is not touched in the other cases. Main thread.
-[[nodiscard]] std::uint32_t usbFetchPath(UsbPlatform &platform, UsbList list, int index, std::span<char> room);

@@ -94,6 +94,15 @@ CaptureRun::Outcome CaptureRun::bringUp(Milliseconds most)
     return outcome;
 }
 
+void CaptureRun::awaitLook()
+{
+    constexpr qint64 mostMs = 2000;
+    m_session.lookForDevice();
+    QElapsedTimer clock;
+    clock.start();
+    runUntil([&] { return !gDev->connected || !m_session.bringUp().isWorking() || clock.hasExpired(mostMs); });
+}
+
 CaptureRun::Outcome CaptureRun::capture(std::optional<Milliseconds> trigger)
 {
     constexpr qint64 mostAfterStopMs = 10'000;
@@ -135,7 +144,7 @@ CaptureRun::Outcome CaptureRun::capture(std::optional<Milliseconds> trigger)
         m_last.err = smpError::timedOut;
     }
     if (m_last.err != 0) {
-        m_session.lookForDevice(); // the capture may hear of it before the bus does
+        awaitLook(); // the capture may hear of it before the bus does
     }
     m_isCapturing = false;
     if (m_last.err != 0) {

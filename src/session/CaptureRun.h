@@ -52,6 +52,8 @@ private:
     void takeReport(int sta, int err, int value);
     /// Runs the event loop until `hasEnded`, asked every 20 ms.
     void runUntil(const std::function<bool()> &hasEnded);
+    /// Looks whether the instrument is still there, and waits for the answer.
+    void awaitLook();
     [[nodiscard]] bool isWanted() const { return !mayGoOn || mayGoOn(); }
 
     Session &m_session;

@@ -41,6 +41,8 @@ Session::Session(std::unique_ptr<UsbPlatform> platform, int model)
     connect(&m_leavingTimer, &QTimer::timeout, this, &Session::dropLeaving);
     m_bringUp = std::make_unique<DevInit>(*m_transport);
     gDevInit = m_bringUp.get();
+    // A file may have begun to load while the bus was looked at.
+    m_bringUp->setHeldBack([this] { return !mayReplaceDevice(); });
     // Both are emitted on this thread: the device object has been swapped when the second returns.
     connect(gDevInit, &DevInit::sigInitSta, this, &Session::sigInitSta);
     connect(gDevInit, &DevInit::sigDevPreConnect, this, &Session::chooseModel);

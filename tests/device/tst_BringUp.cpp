@@ -175,8 +175,9 @@ void TstBringUp::aDeviceThatWasThereBeforeTheProgramIsFound()
     desk.bus->plug();
     QTRY_VERIFY(desk.bus->with([](emulator::Instrument &i) { return i.attached(); }));
     desk.session->lookForDevice();
-    QCOMPARE(desk.reports, (QVector<Report>{{2, 0, 0}}));
+    QVERIFY(desk.reports.isEmpty()); // it is looked for aside
     QTRY_VERIFY(desk.has(6));
+    QCOMPARE(desk.reports.first(), (Report{2, 0, 0}));
 }
 
 void TstBringUp::aProductWithoutFirmwareStaysWhereItIs()

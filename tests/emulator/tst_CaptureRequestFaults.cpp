@@ -211,9 +211,10 @@ void TstCaptureRequestFaults::aDeviceThatIsFoundGoneBeforeAnyRequestIsToldAndThe
     const auto findGone = [&faults] {
         faults.bus().unplug();
         DevInit &init = *faults.desk->init;
-        const bool isMain = QThread::currentThread() == init.thread();
-        QMetaObject::invokeMethod(&init, &DevInit::slotDevChange,
-                                  isMain ? Qt::DirectConnection : Qt::BlockingQueuedConnection);
+        QMetaObject::invokeMethod(&init, &DevInit::slotDevChange, Qt::QueuedConnection);
+        while (faults.desk->transport->isOpen()) {
+            QThread::msleep(1); // the request was made on a thread of the program's: the main one looks meanwhile
+        }
     };
     for (std::size_t k = 1; k <= faults.requests().size(); ++k) {
         const QByteArray place = placeOf("after request", k - 1);
