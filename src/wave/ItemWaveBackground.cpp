@@ -4,14 +4,17 @@
 
 #include <QLinearGradient>
 #include <QPainter>
+#include <QRegion>
+#include <QStyleOptionGraphicsItem>
 
 ItemWaveBackground::ItemWaveBackground(int channel) : chnIndex(channel)
 {
     setZValue(0);
+    setFlag(ItemUsesExtendedStyleOption); // for the exposed rectangle
     setData(0, chnIndex);
 }
 
-void ItemWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsItem * /*option*/, QWidget * /*widget*/)
+void ItemWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget * /*widget*/)
 {
     if (height == 0) {
         return;
@@ -24,6 +27,9 @@ void ItemWaveBackground::paint(QPainter *painter, const QStyleOptionGraphicsItem
     painter->fillRect(0, 0, width, qMin(band, height), gradient);
     // Below the band the gradient only repeats its last colour, and a plain fill is several times as fast.
     if (height > band) {
-        painter->fillRect(0, band, width, height - band, gGreys[8]);
+        const QRect trace = covered ? covered(*painter, option->exposedRect) : QRect();
+        for (const QRect &part : QRegion(0, band, width, height - band) - trace) {
+            painter->fillRect(part, gGreys[8]);
+        }
     }
 }

@@ -13,6 +13,7 @@
 #include <QStyleOptionGraphicsItem>
 
 #include <algorithm>
+#include <utility>
 
 DecodedSource *gDecodedSource = nullptr;
 
@@ -55,19 +56,48 @@ void ItemWaveLine::paintTrace(QPainter &painter, const QRectF &exposed)
 {
     // The told strokes are all parallel to an axis: their pixels as rectangles, filled at once, are the same picture
     // at a fraction of the cost of stroking.
-    const PixelScale scale = screenScale();
     const QRect seen = exposed.toAlignedRect();
-    traceRects(waveGen->digLine(chnIndex), traceLevels(height, scale), scale, seen.left(), seen.right(), m_rects);
+    if (std::exchange(m_measured, QRect()) != seen) {
+        measure(seen);
+    }
     const QColor color = colorWaveform ? lineColor : gGreys[0];
-    const TraceLevels levels = traceLevels(height, scale);
-    const bool isDense = m_rects.size() * columnsOfARect > std::size_t(std::max(width, 0));
-    if (isDense && !keepsShapes(painter) && levels.lowY - levels.highY > scale.s()) {
+    if (isPaintedAsRows(painter)) {
         paintRows(painter, seen, color);
         return;
     }
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     fillRects(painter, m_rects);
+}
+
+void ItemWaveLine::measure(const QRect &seen)
+{
+    const PixelScale scale = screenScale();
+    traceRects(waveGen->digLine(chnIndex), traceLevels(height, scale), scale, seen.left(), seen.right(), m_rects);
+}
+
+bool ItemWaveLine::isPaintedAsRows(const QPainter &painter) const
+{
+    const PixelScale scale = screenScale();
+    const TraceLevels levels = traceLevels(height, scale);
+    const bool isDense = m_rects.size() * columnsOfARect > std::size_t(std::max(width, 0));
+    return isDense && !keepsShapes(painter) && levels.lowY - levels.highY > scale.s();
+}
+
+QRect ItemWaveLine::covers(const QPainter &painter, const QRectF &exposed)
+{
+    if (height == 0 || waveGen->sampleCount() < 1) {
+        return {};
+    }
+    m_measured = exposed.toAlignedRect();
+    measure(m_measured);
+    if (!isPaintedAsRows(painter)) {
+        return {};
+    }
+    const PixelScale scale = screenScale();
+    const TraceLevels levels = traceLevels(height, scale);
+    const QRect band(0, levels.highY - scale.s() / 2, width, levels.lowY - levels.highY + scale.s());
+    return band & QRect(m_measured.left(), 0, m_measured.width(), height);
 }
 
 void ItemWaveLine::paintRows(QPainter &painter, const QRect &seen, QColor color)

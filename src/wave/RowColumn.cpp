@@ -96,6 +96,9 @@ void RowColumn::addRow(int chn)
     m_sidebars.append(sidebar);
     m_backgrounds.append(new ItemWaveBackground(chn));
     m_lines.append(new ItemWaveLine(chn, &m_waveGen));
+    m_backgrounds.last()->covered = [line = m_lines.last()](const QPainter &painter, const QRectF &exposed) {
+        return line->covers(painter, exposed);
+    };
     m_scene.addItem(m_backgrounds.last());
     m_scene.addItem(m_lines.last());
     emit rowMade(sidebar);

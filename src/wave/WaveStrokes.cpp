@@ -77,13 +77,6 @@ TraceLevels traceLevels(int height, PixelScale scale)
             std::max(scale.s() / 2 + int(bottomShare * last), last - scale.dp(20))};
 }
 
-QRect strokeRect(const QLine &line, int s)
-{
-    const int left = std::min(line.x1(), line.x2());
-    const int top = std::min(line.y1(), line.y2());
-    return {left - s / 2, top - s / 2, std::abs(line.dx()) + s, std::abs(line.dy()) + s};
-}
-
 void traceRects(std::span<const SmpWaveRun> runs, TraceLevels levels, PixelScale scale, int left, int right,
                 std::vector<QRect> &out)
 {

@@ -10,6 +10,8 @@
 #include <QRgb>
 #include <QVector>
 
+#include <algorithm>
+#include <cstdlib>
 #include <span>
 #include <vector>
 
@@ -22,7 +24,12 @@ struct TraceLevels {
 [[nodiscard]] TraceLevels traceLevels(int height, PixelScale scale);
 
 /// The pixels that a stroke parallel to an axis covers: a pen of width `s` with square caps, no antialiasing.
-[[nodiscard]] QRect strokeRect(const QLine &line, int s);
+[[nodiscard]] inline QRect strokeRect(const QLine &line, int s)
+{
+    const int left = std::min(line.x1(), line.x2());
+    const int top = std::min(line.y1(), line.y2());
+    return {left - s / 2, top - s / 2, std::abs(line.dx()) + s, std::abs(line.dy()) + s};
+}
 
 /// The pixels of a trace as rectangles, each run's stroke once and the strokes of neighbouring transition columns as
 /// one. `out` is cleared first, so that a caller may keep its memory.

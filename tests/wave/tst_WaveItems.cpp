@@ -77,6 +77,9 @@ private slots:
     void withoutACaptureNoTraceIsPainted();
     void aDenseRegionIsASolidBlock();
     void aTraceOfManyStrokesLooksLikeItsStrokes();
+    void theGroundUnderATraceOfManyStrokesIsPaintedOnce_data();
+    void theGroundUnderATraceOfManyStrokesIsPaintedOnce();
+    void theGroundUnderATraceOfFewStrokesIsPaintedByItsItem();
     void paintingAPartGivesThePixelsOfTheWhole();
     void theArrowIsTheToldStrokes_data();
     void theArrowIsTheToldStrokes();
@@ -229,6 +232,67 @@ void TstWaveItems::aTraceOfManyStrokesLooksLikeItsStrokes()
     QPainter rows(&actual);
     line.paint(&rows, &option, nullptr);
     QCOMPARE(actual, expected);
+}
+
+void TstWaveItems::theGroundUnderATraceOfManyStrokesIsPaintedOnce_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::addColumn<int>("height");
+    for (const int dpi : {96, 192}) {
+        for (const int height : {1, 4, 5, 9, 20, 51, 300}) {
+            QTest::addRow("%d dpi, %d high", dpi, height) << dpi << height;
+        }
+    }
+}
+
+void TstWaveItems::theGroundUnderATraceOfManyStrokesIsPaintedOnce()
+{
+    QFETCH(int, dpi);
+    QFETCH(int, height);
+    resetProgram(dpi);
+    Waves waves(capture().channels(16).samples(logicalWidth).pulses(0, std::vector<std::int32_t>(logicalWidth / 2, 2)));
+    waves.gen.zoomSetRatio(1.0);
+    const QSize size(logicalWidth * uiScale(), height);
+    const TraceLevels levels = traceLevels(height, screenScale());
+    ItemWaveLine line(0, &waves.gen);
+    line.setSize(size);
+    ItemWaveBackground ground(0);
+    ground.setSize(size);
+    for (const QRect part : {QRect({0, 0}, size), QRect(size.width() / 4, height / 4, size.width() / 2, height / 2)}) {
+        QStyleOptionGraphicsItem option;
+        option.exposedRect = part;
+        QRect left;
+        const auto paintBoth = [&](bool spares) {
+            QImage image = blank(size);
+            QPainter painter(&image);
+            painter.setClipRect(part);
+            ground.covered = [&](const QPainter &on, const QRectF &exposed) {
+                left = line.covers(on, exposed);
+                return spares ? left : QRect();
+            };
+            ground.paint(&painter, &option, nullptr);
+            const QRect kept = left & part;
+            const bool isSpared = kept.isEmpty() || image.pixelColor(kept.center()) == untouched;
+            line.paint(&painter, &option, nullptr);
+            return std::pair(image, isSpared);
+        };
+        const auto [image, isSpared] = paintBoth(true);
+        QVERIFY(isSpared);
+        QVERIFY(image == paintBoth(false).first);
+        QCOMPARE(left.isEmpty(), levels.lowY - levels.highY <= uiScale()); // of the lowest rows the strokes are one
+    }
+}
+
+void TstWaveItems::theGroundUnderATraceOfFewStrokesIsPaintedByItsItem()
+{
+    Waves waves(onePulse());
+    ItemWaveLine line(0, &waves.gen);
+    line.setSize({logicalWidth, 51});
+    QImage image = blank({logicalWidth, 51});
+    const QPainter painter(&image);
+    QVERIFY(line.covers(painter, image.rect()).isEmpty());
+    waves.device->smpData->clear();
+    QVERIFY(line.covers(painter, image.rect()).isEmpty());
 }
 
 void TstWaveItems::paintingAPartGivesThePixelsOfTheWhole()
