@@ -130,7 +130,7 @@ void MainWindow::buildPanels()
     devSetting = new DevSetting(this);
     timeView = new TimeView(waveGen, this);
     posiView = new PosiView(this);
-    analyzerView = new AnalyzerView(this);
+    analyzerView = new AnalyzerView(*gDev, this);
     buildResults();
     mainView = new MainView(waveGen, this);
     statusLabel = new QLabel(::tr("Device unconnected"), this);

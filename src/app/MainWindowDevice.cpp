@@ -84,7 +84,7 @@ void MainWindow::rebindDevice()
     timeView->update();
     mainView->rebuildChannels(*gDev);
     updatePosition();
-    analyzerView->reload();
+    analyzerView->reload(*gDev);
     rebindAnalyzers();
     orderTabs();
 }

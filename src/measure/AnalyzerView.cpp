@@ -3,7 +3,6 @@
 #include "controls/ColorLump.h"
 #include "controls/Look.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "measure/Annotations.h"
 #include "measure/MeasureView.h"
 #include "measure/MeasureViewAChn.h"
@@ -22,7 +21,7 @@ constexpr int margin = 3;          // units
 
 } // namespace
 
-AnalyzerView::AnalyzerView(QWidget *parent) : QWidget(parent)
+AnalyzerView::AnalyzerView(const DevBase &device, QWidget *parent) : QWidget(parent), m_device(&device)
 {
     column = new QVBoxLayout(this);
     column->setContentsMargins(dp(margin), dp(margin), dp(margin), dp(margin));
@@ -35,8 +34,8 @@ void AnalyzerView::buildSections()
 {
     measureViewAChn = new MeasureViewAChn(this);
     measureView = new MeasureView(this);
-    pulseMeasure = new PulseMeasure(this);
-    annotations = new Annotations(this);
+    pulseMeasure = new PulseMeasure(*m_device, this);
+    annotations = new Annotations(*m_device, this);
     voltageMeasureView = new VoltageMeasureView(this);
     for (int place = 0; place + 1 < PlaceCount; ++place) {
         separators.append(new ColorLump(dp(separatorHeight), gGreys[5], 0, 0, this));
@@ -87,7 +86,7 @@ void AnalyzerView::showSections()
 {
     const auto isShown = [this](int place) {
         const bool analogOnly = place == AnalogMeasures || place == VoltageMarkers;
-        return m_sections[std::size_t(place)] != nullptr && (!analogOnly || gDev->isAnalogModel());
+        return m_sections[std::size_t(place)] != nullptr && (!analogOnly || (m_device && m_device->isAnalogModel()));
     };
     int last = PlaceCount - 1;
     while (last > 0 && !isShown(last)) {
@@ -103,13 +102,14 @@ void AnalyzerView::showSections()
     }
 }
 
-void AnalyzerView::reload()
+void AnalyzerView::reload(const DevBase &device)
 {
+    m_device = &device;
     showSections();
     measureViewAChn->reload();
     measureView->reload();
-    pulseMeasure->reload();
-    annotations->reload();
+    pulseMeasure->reload(device);
+    annotations->reload(device);
     voltageMeasureView->reload();
 }
 

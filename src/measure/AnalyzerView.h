@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
@@ -8,6 +9,7 @@
 
 class Annotations;
 class ColorLump;
+class DevBase;
 class MeasureView;
 class MeasureViewAChn;
 class PulseMeasure;
@@ -29,13 +31,13 @@ public:
     /// The places of the column, from the top.
     enum Place { AnalogMeasures, Measures, Pulses, MarkerPairs, VoltageMarkers, Analyzers, Results, PlaceCount };
 
-    explicit AnalyzerView(QWidget *parent = nullptr);
+    explicit AnalyzerView(const DevBase &device, QWidget *parent = nullptr);
 
     /// Puts a section at a place that is still free. Takes the widget over.
     void addSection(Place place, QWidget *section);
 
-    /// Brings the panel in line with the device of the moment.
-    void reload();
+    /// Brings the panel in line with another device, or with what the device has become.
+    void reload(const DevBase &device);
 
     MeasureViewAChn *measureViewAChn = nullptr; ///< shown for a model with analog channels, as the voltages
     MeasureView *measureView = nullptr;
@@ -72,6 +74,7 @@ private:
     void showSections();
 
     std::array<QWidget *, PlaceCount> m_sections{}; ///< by place; null for one that is not built
+    QPointer<const DevBase> m_device;               ///< null from its end until reload()
     QVector<ColorLump *> separators;                ///< number i stands below place i
     QVBoxLayout *column = nullptr;
     QWidget *m_spare = nullptr; ///< at the place of the results while that is free

@@ -3,6 +3,7 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "controls/NoticeBox.h"
+#include "device/DevBase.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerPair.h"
 #include "measure/TimingMarkerTip.h"
@@ -13,7 +14,7 @@
 
 #include <algorithm>
 
-Annotations::Annotations(QWidget *parent) : QWidget(parent)
+Annotations::Annotations(const DevBase &device, QWidget *parent) : QWidget(parent), m_device(&device)
 {
     btnExpand = makeExpandButton(::tr("Timing Marker Pairs"), this);
     auto *title = makeSectionTitle(::tr("Timing Marker Pairs"), this);
@@ -33,8 +34,9 @@ Annotations::Annotations(QWidget *parent) : QWidget(parent)
     connect(btnAdd, &QPushButton::clicked, this, &Annotations::slotBtnAddClicked);
 }
 
-void Annotations::reload()
+void Annotations::reload(const DevBase &device)
 {
+    m_device = &device;
     for (TimingMarkerPair *pair : pairs) {
         pair->hide();
         pair->deleteLater();
@@ -65,7 +67,7 @@ int Annotations::placeOf(int group) const
 
 void Annotations::insertPair(int group)
 {
-    auto *pair = new TimingMarkerPair(group, pairsWidget);
+    auto *pair = new TimingMarkerPair(*m_device, group, pairsWidget);
     connect(pair, &TimingMarkerPair::deleteClicked, this, &Annotations::slotDeleteClicked);
     connect(pair, &TimingMarkerPair::markerClicked, this, &Annotations::markerPairClicked);
     connect(pair, &TimingMarkerPair::locationClicked, this, &Annotations::locationPairClicked);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QList>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 
+class DevBase;
 class MyButton;
 class QVBoxLayout;
 class TimingMarkerPair;
@@ -18,11 +20,11 @@ class Annotations : public QWidget {
 public:
     static constexpr int mostPairs = 5;
 
-    explicit Annotations(QWidget *parent = nullptr);
+    explicit Annotations(const DevBase &device, QWidget *parent = nullptr);
 
     /// Another device: empties the list and opens the section. Emits nothing, since the wave view drops its markers
     /// too.
-    void reload();
+    void reload(const DevBase &device);
 
     bool expanded = true;
     MyButton *btnExpand = nullptr;
@@ -54,4 +56,6 @@ private:
     void setExpanded(bool on);
     void insertPair(int group);
     void showInOrder();
+
+    QPointer<const DevBase> m_device; ///< null from its end until reload()
 };

@@ -1,7 +1,6 @@
 #include "measure/PulseChoices.h"
 
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "measure/TimingMarkerPair.h"
 #include "settings/Language.h"
 #include "wave/MainView.h"
@@ -46,9 +45,9 @@ QString pulseTimeText(int time)
     return time == 0 ? QStringLiteral("ALL") : pairName(time - 1);
 }
 
-bool isChannelInUse(int chn)
+bool isChannelInUse(const DevBase *device, int chn)
 {
-    return gDev->chnEnable.value(chn, false);
+    return device != nullptr && device->chnEnable.value(chn, false);
 }
 
 bool isPulseTimeShown(int time)

@@ -2,6 +2,7 @@
 
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "device/DevBase.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseChoices.h"
 #include "measure/SectionParts.h"
@@ -17,7 +18,7 @@ constexpr int allTimes = -1; ///< for operations that may be about one time inde
 
 } // namespace
 
-PulseMeasure::PulseMeasure(QWidget *parent) : QWidget(parent)
+PulseMeasure::PulseMeasure(const DevBase &device, QWidget *parent) : QWidget(parent), m_device(&device)
 {
     gPulseRequests = this;
     btnExpand = makeExpandButton(::tr("Pulse Measurements"), this);
@@ -48,8 +49,9 @@ PulseMeasure::~PulseMeasure()
     }
 }
 
-void PulseMeasure::reload()
+void PulseMeasure::reload(const DevBase &device)
 {
+    m_device = &device;
     typeMenu->hide();
     timeMenu->hide();
     menuRow = -1;
@@ -73,7 +75,7 @@ QStringList PulseMeasure::requestsOf(int onlyTime) const
     for (int row = 0; row < timeButtons.size(); ++row) {
         const int chn = choiceOf(*chnButtons.at(row));
         const int time = choiceOf(*timeButtons.at(row));
-        if ((onlyTime == allTimes || time == onlyTime) && isChannelInUse(chn) && isPulseTimeShown(time)) {
+        if ((onlyTime == allTimes || time == onlyTime) && isChannelInUse(m_device, chn) && isPulseTimeShown(time)) {
             requests.append(QStringLiteral("%1,%2").arg(chn).arg(time));
         }
     }

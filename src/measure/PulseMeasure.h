@@ -3,8 +3,10 @@
 #include "wave/PulseRequests.h"
 
 #include <QList>
+#include <QPointer>
 #include <QWidget>
 
+class DevBase;
 class MyButton;
 class PickMenu;
 class QAction;
@@ -21,11 +23,11 @@ class TimingMarkerTip;
 class PulseMeasure : public QWidget, public PulseRequests {
     Q_OBJECT
 public:
-    explicit PulseMeasure(QWidget *parent = nullptr);
+    explicit PulseMeasure(const DevBase &device, QWidget *parent = nullptr);
     ~PulseMeasure() override;
 
     /// Another device: no value is known any more, and the channel menu follows. The rows stay.
-    void reload();
+    void reload(const DevBase &device);
 
     /// Requests of channels that are not enabled and of pairs that are not shown are left out.
     [[nodiscard]] QStringList allRequests() const override;
@@ -92,4 +94,6 @@ private:
     void takeChoice(const QList<MyButton *> &buttons, int choice, void (*set)(MyButton &, int));
     [[nodiscard]] QStringList requestsOf(int onlyTime) const;
     void showResults(const QStringList &results, int onlyTime);
+
+    QPointer<const DevBase> m_device; ///< null from its end until reload()
 };

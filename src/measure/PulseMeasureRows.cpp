@@ -4,7 +4,6 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "measure/PickMenu.h"
 #include "measure/PulseChoices.h"
 #include "measure/PulseMeasure.h"
@@ -47,7 +46,7 @@ void PulseMeasure::buildMenus()
 
 void PulseMeasure::fillChnMenu()
 {
-    const int count = gDev->chnEnable.size();
+    const int count = m_device->chnEnable.size();
     chnMenu->shorten(count);
     for (int chn = chnMenu->actions().size(); chn < count; ++chn) {
         chnMenu->addEntry(pulseChnText(chn));
@@ -92,8 +91,8 @@ int PulseMeasure::leastUsedType() const
 int PulseMeasure::leastUsedChannel() const
 {
     int least = -1;
-    for (int chn = 0; chn < gDev->chnEnable.size(); ++chn) {
-        if (isChannelInUse(chn) && (least < 0 || rowsWith(chnButtons, chn) < rowsWith(chnButtons, least))) {
+    for (int chn = 0; m_device && chn < m_device->chnEnable.size(); ++chn) {
+        if (isChannelInUse(m_device, chn) && (least < 0 || rowsWith(chnButtons, chn) < rowsWith(chnButtons, least))) {
             least = chn;
         }
     }
@@ -199,7 +198,7 @@ void PulseMeasure::slotBtTypeClicked()
 void PulseMeasure::slotBtChnClicked()
 {
     for (QAction *entry : chnMenu->actions()) {
-        entry->setEnabled(isChannelInUse(entry->data().toInt()));
+        entry->setEnabled(isChannelInUse(m_device, entry->data().toInt()));
     }
     dropMenu(*chnMenu, chnButtons);
 }
@@ -244,12 +243,12 @@ void PulseMeasure::takeChoice(const QList<MyButton *> &buttons, int choice, void
     }
     set(*buttons.at(menuRow), choice);
     nameRow(menuRow);
-    const bool counted =
-        isChannelInUse(choiceOf(*chnButtons.at(menuRow))) && isPulseTimeShown(choiceOf(*timeButtons.at(menuRow)));
+    const bool counted = isChannelInUse(m_device, choiceOf(*chnButtons.at(menuRow))) &&
+                         isPulseTimeShown(choiceOf(*timeButtons.at(menuRow)));
     if (!counted) {
         // No count follows, and what stands there was counted for the former choice.
         valueLabels.at(menuRow)->setText(unknownText());
-    } else if (gDev->smpData->sampleCount() > 0) {
+    } else if (m_device && m_device->smpData->sampleCount() > 0) {
         emit setChanged();
     }
 }

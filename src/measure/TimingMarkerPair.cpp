@@ -3,7 +3,6 @@
 #include "controls/Look.h"
 #include "controls/MyButton.h"
 #include "device/DevBase.h"
-#include "device/DeviceGlobals.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
 #include "settings/Language.h"
@@ -24,7 +23,8 @@ QString pairName(int group)
     return letter + QStringLiteral("1-") + letter + QLatin1Char('2');
 }
 
-TimingMarkerPair::TimingMarkerPair(int group, QWidget *parent) : QWidget(parent), groupId(group)
+TimingMarkerPair::TimingMarkerPair(const DevBase &device, int group, QWidget *parent)
+    : QWidget(parent), groupId(group), m_device(&device)
 {
     setAccessibleName(pairName(group));
     auto *column = new QVBoxLayout(this);
@@ -133,7 +133,7 @@ void TimingMarkerPair::slotTimingBtn2Clicked()
 
 void TimingMarkerPair::clickMarker(int marker)
 {
-    if (gDev->smpData->sampleCount() > 0) {
+    if (m_device && m_device->smpData->sampleCount() > 0) {
         emit markerClicked(marker);
     }
 }

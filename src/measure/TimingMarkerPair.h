@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QList>
+#include <QPointer>
 #include <QString>
 #include <QWidget>
 
+class DevBase;
 class MyButton;
 class QHBoxLayout;
 class QLabel;
@@ -22,7 +24,7 @@ class TimingMarkerPair : public QWidget {
     Q_OBJECT
 public:
     /// @param group  0 to 4
-    explicit TimingMarkerPair(int group, QWidget *parent = nullptr);
+    TimingMarkerPair(const DevBase &device, int group, QWidget *parent = nullptr);
 
     const int groupId;
     QHBoxLayout *line = nullptr; ///< what shows also when the row is folded
@@ -49,7 +51,7 @@ public slots:
     void slotBtnLocationClicked();
     void slotBtnDeployClicked();
     void slotBtnRemoveSetClicked();
-    /// Nothing while there is no capture.
+    /// Nothing while the device has no capture.
     void slotTimingBtn1Clicked();
     void slotTimingBtn2Clicked();
 
@@ -57,4 +59,6 @@ private:
     void buildLine();
     void buildDetail();
     void clickMarker(int marker);
+
+    const QPointer<const DevBase> m_device; ///< null when it has gone
 };

@@ -66,8 +66,8 @@ void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo()
     QFETCH(int, model);
     QFETCH(QString, sections);
     const PanelDevice device(model);
-    AnalyzerView view;
-    view.reload();
+    AnalyzerView view(*gDev);
+    view.reload(*gDev);
     view.resize(240, 600);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -88,7 +88,7 @@ void TstAnalyzerView::theSectionsStandInTheirOrderWithASeparatorBetweenEachTwo()
 void TstAnalyzerView::everyPlaceOfTheColumnHasItsSeparator()
 {
     const PanelDevice device(storage16Model);
-    const AnalyzerView view;
+    const AnalyzerView view(*gDev);
     const auto separators = view.findChildren<ColorLump *>(QString(), Qt::FindDirectChildrenOnly);
     QCOMPARE(separators.size(), 6); // of seven sections
     for (const ColorLump *separator : separators) {
@@ -100,7 +100,7 @@ void TstAnalyzerView::everyPlaceOfTheColumnHasItsSeparator()
 void TstAnalyzerView::theLastEntryTakesTheSpareHeight()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     view.resize(240, 900);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -124,7 +124,7 @@ void TstAnalyzerView::itPaintsItsGroundAndABorder()
     QFETCH(int, dpi);
     const PanelDevice device(storage16Model);
     globalsSetDpi(dpi);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     view.resize(dp(240), dp(600));
     const QImage image = view.grab().toImage();
     const int right = image.width() - 1;
@@ -144,7 +144,7 @@ void TstAnalyzerView::theRequestsOfThePairsHaveTheirTypes()
 {
     const PanelDevice device(storage16Model);
     CaptureBuilder{}.fill(*gDev->smpData);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     QSignalSpy clicked(&view, &AnalyzerView::timingMarkerPairClicked);
     QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
     QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
@@ -160,7 +160,7 @@ void TstAnalyzerView::theRequestsOfThePairsHaveTheirTypes()
 void TstAnalyzerView::whatTheViewTellsOfAMarkerReachesThePairs()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     emit view.slotTimMarkPairChanged(0, 4, QString(), QString());
     emit view.slotTimMarkPairChanged(4, 5, QStringLiteral("-3ns"), QStringLiteral("###"));
     QCOMPARE(view.annotations->pairs.size(), 1);
@@ -171,7 +171,7 @@ void TstAnalyzerView::whatTheViewTellsOfAMarkerReachesThePairs()
 void TstAnalyzerView::countsReachTheirRows()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     QTest::mouseClick(view.pulseMeasure->btnAdd, Qt::LeftButton);
     emit view.slotPulseMeasureChangedAll({QStringLiteral("0,0,7,8,9,10")});
     QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("7"));
@@ -184,7 +184,7 @@ void TstAnalyzerView::countsReachTheirRows()
 void TstAnalyzerView::aRowThatAsksForCountsIsPassedOn()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     QSignalSpy changed(&view, &AnalyzerView::pulseMeasureChanged);
     QTest::mouseClick(view.pulseMeasure->btnAdd, Qt::LeftButton);
     QCOMPARE(changed.count(), 1);
@@ -193,7 +193,7 @@ void TstAnalyzerView::aRowThatAsksForCountsIsPassedOn()
 void TstAnalyzerView::theHoverReachesTheMeasurements()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     emit view.slotLogMeasureChanged({QStringLiteral("5ns")});
     QCOMPARE(view.measureView->valueLabels.first()->text(), QStringLiteral("5ns"));
 }
@@ -201,7 +201,7 @@ void TstAnalyzerView::theHoverReachesTheMeasurements()
 void TstAnalyzerView::anotherDeviceLeavesNoPairsAndNoValues()
 {
     PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     for (int i = 0; i < 3; ++i) {
         QTest::mouseClick(view.annotations->btnAdd, Qt::LeftButton);
     }
@@ -210,7 +210,7 @@ void TstAnalyzerView::anotherDeviceLeavesNoPairsAndNoValues()
     view.annotations->slotBtnDeployClicked();
     QSignalSpy clicked(&view, &AnalyzerView::timingMarkerPairClicked);
     device.replace(analogModel);
-    view.reload();
+    view.reload(*gDev);
     QVERIFY(view.annotations->pairs.isEmpty());
     QVERIFY(view.annotations->expanded);
     QCOMPARE(view.pulseMeasure->valueLabels.first()->text(), QStringLiteral("###"));
@@ -220,9 +220,9 @@ void TstAnalyzerView::anotherDeviceLeavesNoPairsAndNoValues()
 void TstAnalyzerView::anotherDeviceTakesTheStoredRowsOver()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     globalSet(QStringLiteral("DisPeriod"), QStringLiteral("1"));
-    view.reload();
+    view.reload(*gDev);
     QVERIFY(view.measureView->nameLabels.at(1)->isHidden());
     QVERIFY(!view.measureView->nameLabels.at(0)->isHidden());
 }
@@ -230,14 +230,14 @@ void TstAnalyzerView::anotherDeviceTakesTheStoredRowsOver()
 void TstAnalyzerView::theAnalogSectionsComeAndGoWithTheModel()
 {
     PanelDevice device(storage16Model);
-    AnalyzerView view;
-    view.reload();
+    AnalyzerView view(*gDev);
+    view.reload(*gDev);
     QVERIFY(view.measureViewAChn->isHidden() && view.voltageMeasureView->isHidden());
     device.replace(analogModel);
-    view.reload();
+    view.reload(*gDev);
     QVERIFY(!view.measureViewAChn->isHidden() && !view.voltageMeasureView->isHidden());
     device.replace(storage16Model);
-    view.reload();
+    view.reload(*gDev);
     QVERIFY(view.measureViewAChn->isHidden() && view.voltageMeasureView->isHidden());
     QVERIFY(!view.measureView->isHidden());
 }
@@ -245,7 +245,7 @@ void TstAnalyzerView::theAnalogSectionsComeAndGoWithTheModel()
 void TstAnalyzerView::whatIsClickedOfTheVoltagesIsPassedOn()
 {
     const PanelDevice device(analogModel);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     QSignalSpy markers(&view, &AnalyzerView::voltageMarkerClicked);
     QSignalSpy channels(&view, &AnalyzerView::voltageChnChanged);
     const VoltageMarkerPair *pair = view.voltageMeasureView->pairs.first();
@@ -258,20 +258,20 @@ void TstAnalyzerView::whatIsClickedOfTheVoltagesIsPassedOn()
 void TstAnalyzerView::voltagesReachTheirLabels()
 {
     const PanelDevice device(analogModel);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     emit view.slotVoltageMarkerValueChanged(
         {QStringLiteral("1.00V"), QStringLiteral("2.00V"), QStringLiteral("-3.00V")});
     const VoltageMarkerPair *pair = view.voltageMeasureView->pairs.first();
     QCOMPARE(pair->valueLabels.at(1)->text(), QStringLiteral("2.00V"));
     QCOMPARE(pair->diffLabel->text(), QStringLiteral("-3.00V"));
-    view.reload();
+    view.reload(*gDev);
     QCOMPARE(pair->diffLabel->text(), QStringLiteral("###"));
 }
 
 void TstAnalyzerView::newParametersReachTheTable()
 {
     const PanelDevice device(analogModel);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     view.measureViewAChn->paramText = [](int chn) {
         return chn == 0 ? QString() : QStringLiteral("Period:1ms,Vmax:2V");
     };
@@ -295,7 +295,7 @@ void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth()
     font.setPointSizeF(font.pointSizeF() * dpi / 96);
     QApplication::setFont(font);
     {
-        AnalyzerView view;
+        AnalyzerView view(*gDev);
         for (int i = 0; i < 5; ++i) {
             view.annotations->btnAdd->click();
             view.pulseMeasure->btnAdd->click();
@@ -314,7 +314,7 @@ void TstAnalyzerView::itAsksForNoMoreThanThePanelsWidth()
 void TstAnalyzerView::everyControlHasANameAndIsReachedByTab()
 {
     const PanelDevice device(storage16Model);
-    AnalyzerView view;
+    AnalyzerView view(*gDev);
     view.annotations->btnAdd->click();
     view.pulseMeasure->btnAdd->click();
     const auto buttons = view.findChildren<QAbstractButton *>();

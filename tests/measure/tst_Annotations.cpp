@@ -85,7 +85,8 @@ private slots:
 
 void TstAnnotations::eachAddTakesTheNextLetterAndTellsItsFirstMarker()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     QSignalSpy added(&section, &Annotations::addPairClicked);
     add(section, 5);
     QCOMPARE(letters(section), QStringLiteral("ABCDE"));
@@ -97,7 +98,8 @@ void TstAnnotations::eachAddTakesTheNextLetterAndTellsItsFirstMarker()
 
 void TstAnnotations::aRemovedLetterIsTakenAgainAndStandsInItsPlace()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 3);
     QTest::mouseClick(section.pairs.at(1)->btnRemove, Qt::LeftButton);
     QCOMPARE(letters(section), QStringLiteral("AC"));
@@ -111,9 +113,10 @@ void TstAnnotations::aRemovedLetterIsTakenAgainAndStandsInItsPlace()
 
 void TstAnnotations::removingInAnyOrderLeavesTheOthers()
 {
+    const PanelDevice device(storage16Model);
     QList<int> groups{0, 1, 2, 3, 4};
     do {
-        Annotations section;
+        Annotations section(*gDev);
         add(section, 5);
         QString left = QStringLiteral("ABCDE");
         for (const int group : groups) {
@@ -127,7 +130,8 @@ void TstAnnotations::removingInAnyOrderLeavesTheOthers()
 
 void TstAnnotations::removingTellsTheFirstMarker()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 3);
     QSignalSpy removed(&section, &Annotations::delPairClicked);
     QTest::mouseClick(section.pairs.at(2)->btnRemove, Qt::LeftButton);
@@ -137,7 +141,8 @@ void TstAnnotations::removingTellsTheFirstMarker()
 
 void TstAnnotations::removingAPairThatIsNotThereDoesNothing()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 2);
     QSignalSpy removed(&section, &Annotations::delPairClicked);
     for (const int id : {2, 4, 5, -1, 1000}) {
@@ -149,7 +154,8 @@ void TstAnnotations::removingAPairThatIsNotThereDoesNothing()
 
 void TstAnnotations::aSixthAddShowsABoxAndChangesNothing()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 5);
     QSignalSpy added(&section, &Annotations::addPairClicked);
     BoxCloser closer;
@@ -165,8 +171,9 @@ void TstAnnotations::aSixthAddShowsABoxAndChangesNothing()
 
 void TstAnnotations::theBoxHasBlackTextOnALightGround()
 {
+    const PanelDevice device(storage16Model);
     qApp->setStyleSheet(programStyle()); // dark boxes with light text
-    Annotations section;
+    Annotations section(*gDev);
     add(section, 5);
     BoxPainter painter;
     const BoxCloser closer;
@@ -178,7 +185,8 @@ void TstAnnotations::theBoxHasBlackTextOnALightGround()
 
 void TstAnnotations::aPairThatTheViewMadeIsPlacedAndTellsNothing()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section);
     QSignalSpy added(&section, &Annotations::addPairClicked);
     section.slotTimingMarkerPairChanged(0, 8, QString(), QString());
@@ -190,7 +198,8 @@ void TstAnnotations::aPairThatTheViewMadeIsPlacedAndTellsNothing()
 
 void TstAnnotations::aPairThatTheViewMadeIsNotListedTwice()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section);
     section.pairs.first()->pairTotal->setText(QStringLiteral("1us"));
     section.slotTimingMarkerPairChanged(0, 0, QString(), QString());
@@ -200,7 +209,8 @@ void TstAnnotations::aPairThatTheViewMadeIsNotListedTwice()
 
 void TstAnnotations::timesAreWrittenToTheirMarker()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 2);
     section.slotTimingMarkerPairChanged(4, 3, QStringLiteral("-5ns"), QStringLiteral("###"));
     section.slotTimingMarkerPairChanged(4, 2, QStringLiteral("0ps"), QStringLiteral("5ns"));
@@ -213,7 +223,8 @@ void TstAnnotations::timesAreWrittenToTheirMarker()
 
 void TstAnnotations::timesOfAPairWithoutRowAreDropped()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section);
     section.slotTimingMarkerPairChanged(4, 2, QStringLiteral("1us"), QStringLiteral("2us"));
     QCOMPARE(letters(section), QStringLiteral("A"));
@@ -222,7 +233,8 @@ void TstAnnotations::timesOfAPairWithoutRowAreDropped()
 
 void TstAnnotations::idsAndTypesOfNobodyAreIgnored()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     for (const int id : {-1, -2, 10, 1000000}) {
         section.slotTimingMarkerPairChanged(0, id, QString(), QString());
         section.slotTimingMarkerPairChanged(4, id, QStringLiteral("1us"), QString());
@@ -237,7 +249,7 @@ void TstAnnotations::theClicksOfARowArePassedOn()
 {
     const PanelDevice device(storage16Model);
     CaptureBuilder{}.fill(*gDev->smpData);
-    Annotations section;
+    Annotations section(*gDev);
     add(section, 2);
     section.slotTimingMarkerPairChanged(4, 2, QStringLiteral("1us"), QStringLiteral("2us"));
     QSignalSpy marker(&section, &Annotations::markerPairClicked);
@@ -250,11 +262,12 @@ void TstAnnotations::theClicksOfARowArePassedOn()
 
 void TstAnnotations::anotherDeviceEmptiesTheOpenSection()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section, 3);
     section.slotBtnDeployClicked();
     QSignalSpy removed(&section, &Annotations::delPairClicked);
-    section.reload();
+    section.reload(*gDev);
     QVERIFY(section.pairs.isEmpty());
     QVERIFY(section.expanded);
     QVERIFY(!section.pairsWidget->isHidden());
@@ -265,7 +278,8 @@ void TstAnnotations::anotherDeviceEmptiesTheOpenSection()
 
 void TstAnnotations::foldingHidesTheRowsAndTheAddButton()
 {
-    Annotations section;
+    const PanelDevice device(storage16Model);
+    Annotations section(*gDev);
     add(section);
     section.show();
     QVERIFY(QTest::qWaitForWindowExposed(&section));
@@ -280,9 +294,10 @@ void TstAnnotations::foldingHidesTheRowsAndTheAddButton()
 
 void TstAnnotations::tabGoesThroughTheRowsInTheirOrder()
 {
+    const PanelDevice device(storage16Model);
     QWidget window;
     QVBoxLayout column(&window);
-    Annotations section;
+    Annotations section(*gDev);
     MyButton after(QStringLiteral("after"));
     column.addWidget(&section);
     column.addWidget(&after);

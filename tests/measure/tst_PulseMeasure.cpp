@@ -65,7 +65,7 @@ void TstPulseMeasure::itIsReachedByThePointerWhileItLives()
 {
     MainViewDesk desk;
     {
-        const PulseMeasure panel;
+        const PulseMeasure panel(*gDev);
         QCOMPARE(gPulseRequests, static_cast<const PulseRequests *>(&panel));
     }
     QVERIFY(gPulseRequests == nullptr);
@@ -74,7 +74,7 @@ void TstPulseMeasure::itIsReachedByThePointerWhileItLives()
 void TstPulseMeasure::rowsThatDifferInTheirTypeOnlyMakeOneRequest()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 3);
     choose(panel, 0, 1, 3, 0);
     choose(panel, 1, 2, 3, 0);
@@ -89,7 +89,7 @@ void TstPulseMeasure::rowsThatDifferInTheirTypeOnlyMakeOneRequest()
 void TstPulseMeasure::channelsThatAreNotEnabledAreNotAskedFor()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 2);
     QVector<bool> enable(16, true);
     enable[0] = false;
@@ -100,11 +100,12 @@ void TstPulseMeasure::channelsThatAreNotEnabledAreNotAskedFor()
 void TstPulseMeasure::channelsThatTheModelLacksAreNotAskedFor()
 {
     MainViewDesk desk(9); // 32 channels
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 2);
     choose(panel, 1, 0, 31, 0);
-    desk.replaceDevice(1); // 8 channels
-    panel.reload();
+    desk.replaceDevice(1);                  // 8 channels
+    QVERIFY(panel.allRequests().isEmpty()); // the former device has gone, and of the other it has not been told
+    panel.reload(*gDev);
     QCOMPARE(panel.allRequests(), QStringList{QStringLiteral("0,0")});
     QCOMPARE(panel.chnButtons.at(1)->text(), QStringLiteral("CH31"));
 }
@@ -112,7 +113,7 @@ void TstPulseMeasure::channelsThatTheModelLacksAreNotAskedFor()
 void TstPulseMeasure::aPairIsAskedForWhileBothItsMarkersAreShown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     addRows(panel, 1);
     choose(panel, 0, 0, 0, 2);
@@ -126,7 +127,7 @@ void TstPulseMeasure::aPairIsAskedForWhileBothItsMarkersAreShown()
 void TstPulseMeasure::theRequestsOfAPairAreThoseOfItsRows()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     showPair(desk, 0);
     showPair(desk, 4);
@@ -144,7 +145,7 @@ void TstPulseMeasure::theRequestsOfAPairAreThoseOfItsRows()
 void TstPulseMeasure::aRowShowsTheFieldOfItsType()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 4);
     for (int type = 0; type < 4; ++type) {
         choose(panel, type, type, 0, 0);
@@ -158,7 +159,7 @@ void TstPulseMeasure::aRowShowsTheFieldOfItsType()
 void TstPulseMeasure::aRowWithoutResultIsUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 1);
     QCOMPARE(value(panel, 0), QStringLiteral("###"));
     panel.slotValueChanged({QStringLiteral("0,0,1,2,3,4")});
@@ -170,7 +171,7 @@ void TstPulseMeasure::aRowWithoutResultIsUnknown()
 void TstPulseMeasure::resultsThatMakeNoSenseAreUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 1);
     panel.slotValueChanged({QString(), QStringLiteral(","), QStringLiteral("0,1,9,9,9,9"), QStringLiteral("0,0")});
     QCOMPARE(value(panel, 0), QStringLiteral("###"));
@@ -179,7 +180,7 @@ void TstPulseMeasure::resultsThatMakeNoSenseAreUnknown()
 void TstPulseMeasure::aMovedMarkerChangesTheRowsOfItsPairOnly()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     addRows(panel, 3);
     choose(panel, 0, 0, 0, 0);
     choose(panel, 1, 0, 0, 1);
@@ -203,7 +204,7 @@ void TstPulseMeasure::aMovedMarkerChangesTheRowsOfItsPairOnly()
 void TstPulseMeasure::theMainViewAnswersARowOverTheWholeCapture()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     join(desk, panel);
     desk.load(capture().samples(1000).pulses(0, std::vector<std::int32_t>(9, 100)));
     addRows(panel, 2); // rising edges of channel 0, falling edges of channel 1
@@ -216,7 +217,7 @@ void TstPulseMeasure::theMainViewAnswersARowOverTheWholeCapture()
 void TstPulseMeasure::aRowOnAPairWhoseMarkerIsRemovedIsUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     join(desk, panel);
     desk.load(capture().samples(1000).pulses(0, std::vector<std::int32_t>(9, 100)));
     showPair(desk, 0);
@@ -233,7 +234,7 @@ void TstPulseMeasure::aRowOnAPairWhoseMarkerIsRemovedIsUnknown()
 void TstPulseMeasure::aCaptureOfZeroSamplesMakesAllRowsUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     join(desk, panel);
     desk.load(capture().samples(1000).pulses(0, {100}));
     addRows(panel, 2);
@@ -247,7 +248,7 @@ void TstPulseMeasure::aCaptureOfZeroSamplesMakesAllRowsUnknown()
 void TstPulseMeasure::aChannelSwitchedOffMakesItsRowUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     join(desk, panel);
     desk.load(capture().samples(1000).pulses(0, {100}));
     addRows(panel, 1);

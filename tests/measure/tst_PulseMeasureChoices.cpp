@@ -37,7 +37,7 @@ private:
 void TstPulseMeasureChoices::aTypeIsChosenByKeyboard()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 2);
     PulseRows::show(panel);
     panel.typeButtons.at(1)->setFocus();
@@ -56,7 +56,7 @@ void TstPulseMeasureChoices::aTypeIsChosenByKeyboard()
 void TstPulseMeasureChoices::aChannelIsChosenByMouse()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 1);
     PulseRows::show(panel);
     QTest::mouseClick(panel.chnButtons.first(), Qt::LeftButton);
@@ -70,7 +70,7 @@ void TstPulseMeasureChoices::aChannelIsChosenByMouse()
 void TstPulseMeasureChoices::aTimeIsChosenByMouse()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     desk.view.slotTimingMarkerPairClicked(0, 2);
     desk.view.slotTimeViewMarkerChanged(6, 0, 3, 100);
@@ -85,7 +85,7 @@ void TstPulseMeasureChoices::aTimeIsChosenByMouse()
 void TstPulseMeasureChoices::channelsThatAreNotEnabledCannotBeChosen()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::enableOnly({0, 5});
     PulseRows::add(panel, 1);
     PulseRows::show(panel);
@@ -102,7 +102,7 @@ void TstPulseMeasureChoices::channelsThatAreNotEnabledCannotBeChosen()
 void TstPulseMeasureChoices::pairsThatAreNotShownCannotBeChosen()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     desk.view.slotTimingMarkerPairClicked(0, 0);
     desk.view.slotTimingMarkerPairClicked(0, 2);
@@ -126,7 +126,7 @@ void TstPulseMeasureChoices::pairsThatAreNotShownCannotBeChosen()
 void TstPulseMeasureChoices::anotherChoiceAsksForCounts()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     PulseRows::add(panel, 1);
     QSignalSpy changed(&panel, &PulseMeasure::setChanged);
@@ -140,7 +140,7 @@ void TstPulseMeasureChoices::anotherChoiceAsksForCounts()
 void TstPulseMeasureChoices::theSameChoiceOrNoCaptureAsksForNothing()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 1);
     QSignalSpy changed(&panel, &PulseMeasure::setChanged);
     panel.menuRow = 0;
@@ -155,7 +155,7 @@ void TstPulseMeasureChoices::theSameChoiceOrNoCaptureAsksForNothing()
 void TstPulseMeasureChoices::aRowOnAnInvalidTimeAsksForNothing()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     PulseRows::add(panel, 1);
     QSignalSpy changed(&panel, &PulseMeasure::setChanged);
@@ -172,7 +172,7 @@ void TstPulseMeasureChoices::aRowOnAnInvalidTimeAsksForNothing()
 void TstPulseMeasureChoices::aRowOnAChannelThatIsNotEnabledAsksForNothing()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     PulseRows::add(panel, 1);
     panel.slotValueChanged({QStringLiteral("0,0,1,2,3,4")});
@@ -190,7 +190,7 @@ void TstPulseMeasureChoices::aRowOnAChannelThatIsNotEnabledAsksForNothing()
 void TstPulseMeasureChoices::aRemovedRowDoesNotTakeTheChoiceOfItsMenu()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 2);
     PulseRows::show(panel);
     QTest::mouseClick(panel.typeButtons.at(0), Qt::LeftButton);
@@ -207,7 +207,7 @@ void TstPulseMeasureChoices::aRemovedRowDoesNotTakeTheChoiceOfItsMenu()
 void TstPulseMeasureChoices::aPairRemovedWhileItsMenuIsOpenLeavesTheRowUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     connect(&panel, &PulseMeasure::setChanged, &desk.view, &MainView::slotPulseMeasureInfoChanged);
     connect(&desk.view, &MainView::pulseMeasureChangedbySmpDone, &panel, &PulseMeasure::slotValueChanged);
     desk.load(capture().pulses(0, {100}));
@@ -227,14 +227,14 @@ void TstPulseMeasureChoices::aPairRemovedWhileItsMenuIsOpenLeavesTheRowUnknown()
 void TstPulseMeasureChoices::anotherModelClosesTheMenuAndForgetsTheValues()
 {
     MainViewDesk desk(9);
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 2);
     panel.slotValueChanged({QStringLiteral("0,0,1,2,3,4"), QStringLiteral("1,0,1,2,3,4")});
     PulseRows::show(panel);
     QTest::mouseClick(panel.chnButtons.first(), Qt::LeftButton);
     QVERIFY(panel.chnMenu->isVisible());
     desk.replaceDevice(1);
-    panel.reload();
+    panel.reload(*gDev);
     QVERIFY(!panel.chnMenu->isVisible());
     QCOMPARE(panel.valueLabels.at(0)->text(), QStringLiteral("###"));
     QCOMPARE(panel.valueLabels.at(1)->text(), QStringLiteral("###"));
@@ -244,11 +244,11 @@ void TstPulseMeasureChoices::anotherModelClosesTheMenuAndForgetsTheValues()
 void TstPulseMeasureChoices::theChannelMenuFollowsTheModel()
 {
     MainViewDesk desk(1);
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     QCOMPARE(panel.chnMenu->actions().size(), 8);
     for (const int model : {9, 0, 1, 9}) {
         desk.replaceDevice(model);
-        panel.reload();
+        panel.reload(*gDev);
         QCOMPARE(panel.chnMenu->actions().size(), gDev->chnEnable.size());
         QCOMPARE(panel.chnMenu->actions().last()->data().toInt(), gDev->chnEnable.size() - 1);
     }

@@ -27,7 +27,7 @@ private slots:
 void TstPulseMeasureRows::newRowsTakeTheLeastUsedTypeAndChannel()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::enableOnly({0, 1, 2});
     PulseRows::add(panel, 5);
     QCOMPARE(PulseRows::texts(panel),
@@ -45,7 +45,7 @@ void TstPulseMeasureRows::newRowsTakeTheLeastUsedTypeAndChannel()
 void TstPulseMeasureRows::newRowsLeaveOutChannelsThatAreNotEnabled()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::enableOnly({3, 9});
     PulseRows::add(panel, 3);
     QCOMPARE(PulseRows::texts(panel),
@@ -55,7 +55,7 @@ void TstPulseMeasureRows::newRowsLeaveOutChannelsThatAreNotEnabled()
 void TstPulseMeasureRows::withNoChannelEnabledARowTakesTheFirstAndIsUnknown()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     desk.load(capture().pulses(0, {100}));
     connect(&panel, &PulseMeasure::setChanged, &desk.view, &MainView::slotPulseMeasureInfoChanged);
     connect(&desk.view, &MainView::pulseMeasureChangedbySmpDone, &panel, &PulseMeasure::slotValueChanged);
@@ -68,7 +68,7 @@ void TstPulseMeasureRows::withNoChannelEnabledARowTakesTheFirstAndIsUnknown()
 void TstPulseMeasureRows::addingARowAsksForCounts()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     QSignalSpy changed(&panel, &PulseMeasure::setChanged);
     PulseRows::add(panel, 2);
     QCOMPARE(changed.count(), 2);
@@ -77,7 +77,7 @@ void TstPulseMeasureRows::addingARowAsksForCounts()
 void TstPulseMeasureRows::aRowIsSixWidgetsInOneLineOfTheGrid()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 2);
     for (int row = 0; row < 2; ++row) {
         const QList<QWidget *> expected{panel.typeButtons.at(row), panel.chnButtons.at(row),
@@ -96,7 +96,7 @@ void TstPulseMeasureRows::aRowIsSixWidgetsInOneLineOfTheGrid()
 void TstPulseMeasureRows::theButtonsAreAsWideAsTheirWidestTexts()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 1);
     const QFontMetrics metrics = panel.chnButtons.first()->fontMetrics();
     const int padding = panel.chnButtons.first()->width() - metrics.horizontalAdvance(QStringLiteral("CH15"));
@@ -107,7 +107,7 @@ void TstPulseMeasureRows::theButtonsAreAsWideAsTheirWidestTexts()
 void TstPulseMeasureRows::removingARowMovesTheLaterOnesUp()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 4);
     const QPointer<QWidget> removed = panel.valueLabels.at(1);
     const QWidget *later = panel.valueLabels.at(2);
@@ -128,7 +128,7 @@ void TstPulseMeasureRows::rowsAreRemovedInAnyOrder()
     MainViewDesk desk;
     QList<int> order{0, 1, 2, 3};
     do {
-        PulseMeasure panel;
+        PulseMeasure panel(*gDev);
         PulseRows::add(panel, 4);
         QStringList left = PulseRows::texts(panel);
         for (const int number : order) {
@@ -144,7 +144,7 @@ void TstPulseMeasureRows::rowsAreRemovedInAnyOrder()
 void TstPulseMeasureRows::removingTheOnlyRowLeavesNoMargins()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 1);
     QVERIFY(!panel.grid->contentsMargins().isNull());
     QTest::mouseClick(panel.removeButtons.first(), Qt::LeftButton);
@@ -156,7 +156,7 @@ void TstPulseMeasureRows::removingTheOnlyRowLeavesNoMargins()
 void TstPulseMeasureRows::foldingHidesTheRowsAndTheAddButton()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 1);
     PulseRows::show(panel);
     QTest::mouseClick(panel.btnExpand, Qt::LeftButton);
@@ -170,7 +170,7 @@ void TstPulseMeasureRows::foldingHidesTheRowsAndTheAddButton()
 void TstPulseMeasureRows::tabGoesThroughTheRowsInTheirOrder()
 {
     MainViewDesk desk;
-    PulseMeasure panel;
+    PulseMeasure panel(*gDev);
     PulseRows::add(panel, 3);
     QTest::mouseClick(panel.removeButtons.at(0), Qt::LeftButton);
     PulseRows::add(panel, 1);

@@ -18,6 +18,7 @@ private slots:
     void withAnEmptyCaptureTheMarkerButtonsDoNothing();
     void theLocationButtonTellsTheFirstMarkerOnceTheDistanceIsKnown();
     void theLocationButtonDoesNothingWithOnlyOneMarkerPlaced();
+    void theMarkerButtonsOfADeviceThatHasGoneTellNothing();
     void theRemoveButtonTellsTheGroup();
     void foldingHidesTheTimesOnly();
     void aLongDistanceLeavesTheButtonsInTheRow();
@@ -34,7 +35,8 @@ void TstTimingMarkerPair::thePairsAreNamedAToE()
 
 void TstTimingMarkerPair::aNewRowIsOpenAndKnowsNoTimes()
 {
-    const TimingMarkerPair pair(2);
+    const PanelDevice device(storage16Model);
+    const TimingMarkerPair pair(*gDev, 2);
     QVERIFY(pair.expanded);
     QVERIFY(!pair.detail->isHidden());
     QCOMPARE(pair.pairTotal->text(), QStringLiteral("###"));
@@ -58,7 +60,7 @@ void TstTimingMarkerPair::theMarkerButtonsTellTheirMarkers()
 {
     const PanelDevice device(storage16Model);
     CaptureBuilder{1}.fill(*gDev->smpData);
-    TimingMarkerPair pair(2);
+    TimingMarkerPair pair(*gDev, 2);
     QSignalSpy clicked(&pair, &TimingMarkerPair::markerClicked);
     QTest::mouseClick(pair.btnTiming1, Qt::LeftButton);
     QTest::mouseClick(pair.btnTiming2, Qt::LeftButton);
@@ -70,7 +72,7 @@ void TstTimingMarkerPair::theMarkerButtonsTellTheirMarkers()
 void TstTimingMarkerPair::withAnEmptyCaptureTheMarkerButtonsDoNothing()
 {
     const PanelDevice device(storage16Model);
-    TimingMarkerPair pair(0);
+    TimingMarkerPair pair(*gDev, 0);
     QSignalSpy clicked(&pair, &TimingMarkerPair::markerClicked);
     QTest::mouseClick(pair.btnTiming1, Qt::LeftButton);
     QTest::keyClick(pair.btnTiming2, Qt::Key_Space);
@@ -79,7 +81,8 @@ void TstTimingMarkerPair::withAnEmptyCaptureTheMarkerButtonsDoNothing()
 
 void TstTimingMarkerPair::theLocationButtonTellsTheFirstMarkerOnceTheDistanceIsKnown()
 {
-    TimingMarkerPair pair(4);
+    const PanelDevice device(storage16Model);
+    TimingMarkerPair pair(*gDev, 4);
     pair.pairTotal->setText(QStringLiteral("0ps"));
     QSignalSpy clicked(&pair, &TimingMarkerPair::locationClicked);
     QTest::mouseClick(pair.btnLocation, Qt::LeftButton);
@@ -89,16 +92,30 @@ void TstTimingMarkerPair::theLocationButtonTellsTheFirstMarkerOnceTheDistanceIsK
 
 void TstTimingMarkerPair::theLocationButtonDoesNothingWithOnlyOneMarkerPlaced()
 {
-    TimingMarkerPair pair(0);
+    const PanelDevice device(storage16Model);
+    TimingMarkerPair pair(*gDev, 0);
     pair.times.at(0)->setText(QStringLiteral("1us"));
     QSignalSpy clicked(&pair, &TimingMarkerPair::locationClicked);
     QTest::mouseClick(pair.btnLocation, Qt::LeftButton);
     QCOMPARE(clicked.count(), 0);
 }
 
+void TstTimingMarkerPair::theMarkerButtonsOfADeviceThatHasGoneTellNothing()
+{
+    PanelDevice device(storage16Model);
+    CaptureBuilder{1}.fill(*gDev->smpData);
+    TimingMarkerPair pair(*gDev, 2);
+    device.replace(storage16Model);
+    CaptureBuilder{1}.fill(*gDev->smpData); // of another device
+    QSignalSpy clicked(&pair, &TimingMarkerPair::markerClicked);
+    QTest::mouseClick(pair.btnTiming1, Qt::LeftButton);
+    QCOMPARE(clicked.count(), 0);
+}
+
 void TstTimingMarkerPair::theRemoveButtonTellsTheGroup()
 {
-    TimingMarkerPair pair(3);
+    const PanelDevice device(storage16Model);
+    TimingMarkerPair pair(*gDev, 3);
     QSignalSpy clicked(&pair, &TimingMarkerPair::deleteClicked);
     QTest::mouseClick(pair.btnRemove, Qt::LeftButton);
     QCOMPARE(clicked.count(), 1);
@@ -107,7 +124,8 @@ void TstTimingMarkerPair::theRemoveButtonTellsTheGroup()
 
 void TstTimingMarkerPair::foldingHidesTheTimesOnly()
 {
-    TimingMarkerPair pair(0);
+    const PanelDevice device(storage16Model);
+    TimingMarkerPair pair(*gDev, 0);
     pair.show();
     QVERIFY(QTest::qWaitForWindowExposed(&pair));
     QTest::mouseClick(pair.btnDeploy, Qt::LeftButton);
@@ -121,7 +139,8 @@ void TstTimingMarkerPair::foldingHidesTheTimesOnly()
 
 void TstTimingMarkerPair::aLongDistanceLeavesTheButtonsInTheRow()
 {
-    TimingMarkerPair pair(3);
+    const PanelDevice device(storage16Model);
+    TimingMarkerPair pair(*gDev, 3);
     pair.resize(230, pair.height());
     pair.show();
     QVERIFY(QTest::qWaitForWindowExposed(&pair));
@@ -137,7 +156,8 @@ void TstTimingMarkerPair::aLongDistanceLeavesTheButtonsInTheRow()
 
 void TstTimingMarkerPair::theButtonsAreReachedByTabAndHaveNames()
 {
-    const TimingMarkerPair pair(0);
+    const PanelDevice device(storage16Model);
+    const TimingMarkerPair pair(*gDev, 0);
     for (const MyButton *button : pair.findChildren<MyButton *>()) {
         QVERIFY((button->focusPolicy() & Qt::TabFocus) != 0);
         QVERIFY(!button->text().isEmpty() || !button->accessibleName().isEmpty());
