@@ -3,6 +3,7 @@
 #include "common/Crc.h"
 
 #include <algorithm>
+#include <optional>
 
 using lux::ChannelReader;
 using lux::Sample;
@@ -42,25 +43,72 @@ bool goToRise(ChannelReader &clk)
 
 bool SdioCommandLine::next(SdioToken &token, SdioLength response)
 {
-    while (findStart()) {
-        token = {};
-        token.first = m_clk.position();
-        token.last = endOfClock(m_clk);
-        token.bits = 1;
-        m_bytes = {};
-        if (readBits(token, SdioToken::shortBits)) {
-            token.isLong = isLong(token, response);
-            if (token.isLong) {
-                (void)readBits(token, SdioToken::longBits);
-            }
+    bool isAtStart = false;
+    if (!m_isInStep) {
+        if (!findStep(response)) {
+            return false;
         }
-        takeFields(token);
+        isAtStart = true;
+        m_isInStep = true;
+    }
+    while (isAtStart || findStart()) {
+        isAtStart = false;
+        readToken(token, response);
         m_isHeld = bitsFrom(0, token.bits) == 0 && token.bits <= SdioToken::shortBits;
         if (!m_isHeld || !token.isWhole()) {
             return true;
         }
     }
     return false;
+}
+
+/// A capture may begin in a token. Goes to the first start bit of a sound one, or to one behind a pause where no sound
+/// token begins within what would be its bits: a pause may also be ones of an argument.
+bool SdioCommandLine::findStep(SdioLength response)
+{
+    struct Place {
+        ChannelReader clk;
+        ChannelReader cmd;
+    };
+    std::optional<Place> paused;
+    Sample end = 0;
+    while (findStart() && (!paused || m_clk.position() <= end)) {
+        const Place start{m_clk, m_cmd};
+        const bool isBehind = !paused && isBehindPause();
+        SdioToken token;
+        readToken(token, response);
+        const bool isFound = isSound(token);
+        m_clk = start.clk;
+        m_cmd = start.cmd;
+        if (isFound) {
+            return true;
+        }
+        if (isBehind) {
+            paused = start;
+            end = token.last;
+        }
+    }
+    if (paused) {
+        m_clk = paused->clk;
+        m_cmd = paused->cmd;
+    }
+    return paused.has_value();
+}
+
+void SdioCommandLine::readToken(SdioToken &token, SdioLength response)
+{
+    token = {};
+    token.first = m_clk.position();
+    token.last = endOfClock(m_clk);
+    token.bits = 1;
+    m_bytes = {};
+    if (readBits(token, SdioToken::shortBits)) {
+        token.isLong = isLong(token, response);
+        if (token.isLong) {
+            (void)readBits(token, SdioToken::longBits);
+        }
+    }
+    takeFields(token);
 }
 
 /// A start bit is low at a rise of the clock. What was low before the first rise, or for a token's length, is no bit.
@@ -87,6 +135,33 @@ bool SdioCommandLine::findStart()
             return true;
         }
     }
+}
+
+/// Whether CMD was high before the start bit for as long as between two commands (4.12, N_CC and N_RC).
+bool SdioCommandLine::isBehindPause() const
+{
+    constexpr Sample pauseClocks = 8;
+    ChannelReader behind = m_clk;
+    if (!goToRise(behind)) {
+        return false;
+    }
+    const Sample period = behind.position() - m_clk.position();
+    const Sample fall = std::max<Sample>(m_cmd.lastEdge(), 0);
+    ChannelReader before = m_cmd;
+    before.seek(std::max<Sample>(fall - 1, 0));
+    return fall > 0 && before.level() && fall - std::max<Sample>(before.lastEdge(), 0) >= (pauseClocks - 1) * period;
+}
+
+/// A token with the right check and end, or R3, which has none; behind it the line is high. The check of a line that
+/// does not change may be right as well.
+bool SdioCommandLine::isSound(const SdioToken &token) const
+{
+    constexpr std::uint8_t ones = 0x7f;
+    const bool isPlain = !token.fromHost && !token.isLong && token.index == ones >> 1 && token.crc == ones;
+    const bool isStill = token.argument == UINT32_MAX || (token.crc | token.index | token.argument) == 0;
+    ChannelReader clk = m_clk;
+    return !isStill && token.isWhole() && token.endRight && (token.crcRight || isPlain) &&
+           (!goToRise(clk) || m_cmd.peekLevel(clk.position()));
 }
 
 /// Up to so many bits in all, the start bit included.

@@ -44,6 +44,10 @@ public:
 private:
     [[nodiscard]] bool findStart();
     [[nodiscard]] bool readBits(SdioToken &token, unsigned count);
+    [[nodiscard]] bool findStep(SdioLength response);
+    void readToken(SdioToken &token, SdioLength response);
+    [[nodiscard]] bool isBehindPause() const;
+    [[nodiscard]] bool isSound(const SdioToken &token) const;
     [[nodiscard]] bool isLong(const SdioToken &token, SdioLength response) const;
     [[nodiscard]] std::uint64_t bitsFrom(unsigned from, unsigned count) const;
     void takeFields(SdioToken &token) const;
@@ -51,7 +55,8 @@ private:
     lux::ChannelReader m_clk;
     lux::ChannelReader m_cmd;
     std::array<std::uint8_t, SdioToken::longBits / 8> m_bytes{};
-    bool m_isHeld = true; ///< the line is low without being a start bit
+    bool m_isHeld = true;    ///< the line is low without being a start bit
+    bool m_isInStep = false; ///< it is known where tokens begin
 };
 
 /// A block of data with a check a line (3.6.1, 4.5).

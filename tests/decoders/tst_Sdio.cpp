@@ -170,6 +170,9 @@ private slots:
     void theRegisterOfALongResponseHas120Bits();
     void aResponseWithoutCheckIsNoError();
     void aCaptureMayBeginWithAResponse();
+    void aTokenThatTheCapturesBeginCutsIsNotShown_data();
+    void aTokenThatTheCapturesBeginCutsIsNotShown();
+    void aTokenBehindAPauseIsShownAsItIs();
     void aLineThatIsHeldLowSaysNothing();
     void blocksHaveTheLengthThatCommandsTell_data();
     void blocksHaveTheLengthThatCommandsTell();
@@ -277,6 +280,35 @@ void TstSdio::aCaptureMayBeginWithAResponse()
     longOne.bits(bitsOf(1, 8)).idle();
     const Decoded desk(longOne, commandLines);
     QCOMPARE(desk.summaries(), Texts{"response idx=63 reg=010203040506070800000000000000 crc=0 ok=0 end=1"});
+}
+
+void TstSdio::aTokenThatTheCapturesBeginCutsIsNotShown_data()
+{
+    QTest::addColumn<unsigned>("missing");
+    for (const unsigned bits : {1U, 2U, 7U, 13U, 30U, 47U}) {
+        QTest::addRow("%u bits are missing", bits) << bits;
+    }
+}
+
+void TstSdio::aTokenThatTheCapturesBeginCutsIsNotShown()
+{
+    QFETCH(unsigned, missing);
+    std::vector<bool> bits = bitsOf(0x4d5a5a00ff00 | remainder(bitsOf(0x4d5a5a00ff, 40), 7, 0x09) << 1 | 1U, 48);
+    bits.erase(bits.begin(), bits.begin() + missing);
+    Wire wire;
+    wire.bits(bits).idle(2).response(13).command(0, 0);
+    const Texts expected{"response idx=13 arg=2304 crc=31 ok=1 end=1", "command idx=0 arg=0 crc=74 ok=1 end=1"};
+    QCOMPARE(Decoded(wire, commandLines).summaries(), expected);
+}
+
+void TstSdio::aTokenBehindAPauseIsShownAsItIs()
+{
+    Wire wire;
+    wire.idle(8).command(13, 0, 2).command(0, 0);
+    QCOMPARE(Decoded(wire, commandLines).summaries().size(), std::size_t(2));
+    Wire withoutPause;
+    withoutPause.idle(6).command(13, 0, 2).command(0, 0);
+    QCOMPARE(Decoded(withoutPause, commandLines).summaries(), Texts{"command idx=0 arg=0 crc=74 ok=1 end=1"});
 }
 
 void TstSdio::aLineThatIsHeldLowSaysNothing()
