@@ -47,7 +47,19 @@ ModbusReceiver::ModbusReceiver(const lux::ChannelReader &line, const lux::BitGri
 bool ModbusReceiver::next(Received &received, const Watcher &watch)
 {
     received = {};
-    return m_mode == ModbusMode::Rtu ? nextRtu(received, watch) : nextAscii(received, watch);
+    if (m_mode == ModbusMode::Ascii) {
+        return nextAscii(received, watch);
+    }
+    if (!nextRtu(received, watch)) {
+        return false;
+    }
+    const bool isTail = !m_hasFrame && received.first < m_longSilence && !received.isCheckRight;
+    m_hasFrame = true;
+    if (!isTail) {
+        return true;
+    }
+    received = {}; // it began before the capture
+    return nextRtu(received, watch);
 }
 
 /// The start that ended the frame before is the next one's first.

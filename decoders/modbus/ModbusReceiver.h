@@ -51,6 +51,7 @@ private:
     lux::Sample m_timeout;      ///< between two characters of an ASCII frame
     ModbusCrc m_crc;
     bool m_hasStart = false;
+    bool m_hasFrame = false; ///< one was read already
     // Of an ASCII frame.
     unsigned m_digits = 0;
     std::uint8_t m_half = 0;

@@ -111,6 +111,7 @@ private slots:
     void exportsHaveAllFrames();
     void theRegistersAreExportedOneALine();
     void aCutFrameIsNotShown();
+    void aFrameThatTheCapturesBeginCutsIsNotShown();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void randomEdgesGiveFramesInOrder();
@@ -432,6 +433,21 @@ void TstModbus::aCutFrameIsNotShown()
         lines.byte(unsigned(character));
     }
     check(lines.idle(50), "rx=3,baudrate=100000,mode=ascii", 2);
+}
+
+/// Behind a silence, a frame with a wrong CRC is one; before the first silence it may be the end of one.
+void TstModbus::aFrameThatTheCapturesBeginCutsIsNotShown()
+{
+    for (const double idle : {4.0, 34.0}) { // bits; a silence is 32.5
+        AsyncSender sender(bit);
+        sender.idle(idle).bytes({0x11, 0x22, 0x33, 0x44, 0x55}).idle(50).bytes(withCrc({1, 7})).idle(50);
+        const Texts whole{"frame 010741E2 1"};
+        const Texts both{"frame 1122334455 0", "frame 010741E2 1"};
+        QCOMPARE(brief(Decoded(sender, rate)), idle < 32 ? whole : both);
+    }
+    AsyncSender right(bit);
+    right.idle(4).bytes(withCrc({1, 7})).idle(50);
+    QCOMPARE(brief(Decoded(right, rate)), Texts{"frame 010741E2 1"});
 }
 
 void TstModbus::theSimulationIsDecodedAsItWasSent_data()
