@@ -1,5 +1,6 @@
 #include "LcdAnalyzer.h"
 
+#include <algorithm>
 #include <cstddef>
 
 using lux::BusLines;
@@ -90,7 +91,7 @@ void LcdAnalyzer::readBytes(Bus &bus)
 /// Four lines: a controller that has just got its power reads each access as one of eight lines, the lower four of
 /// which are not there, until it is told that there are four. From then on the upper half of a byte comes before the
 /// lower. A capture that begins later begins anywhere in a byte: where a start-up follows soon the halves are counted
-/// back from it. A half whose other half is of another kind stands alone.
+/// back from it, else the pauses tell. A half whose other half is of another kind stands alone.
 void LcdAnalyzer::readNibbles(Bus &bus)
 {
     std::vector<Access> begin;
@@ -98,6 +99,7 @@ void LcdAnalyzer::readNibbles(Bus &bus)
         begin.push_back(access);
     }
     const std::size_t startUp = startUpIn(begin);
+    const bool isLate = startUp < begin.size() ? startUp % 2 != 0 : beginsWithLowerHalf(begin);
     bool isStarting = startUp == 0;
     bool hasUpper = false;
     Access upper;
@@ -108,14 +110,14 @@ void LcdAnalyzer::readNibbles(Bus &bus)
         } else if (!bus.next(access)) {
             break;
         }
-        if (i == startUp) {
+        if (i == startUp && i < begin.size()) {
             isStarting = true;
             if (hasUpper) {
                 addNibble(upper);
                 hasUpper = false;
             }
         }
-        if (startUp != 0 && i == 0 && startUp < begin.size() && startUp % 2 != 0) {
+        if (i == 0 && isLate) {
             addNibble(access);
         } else if (isStarting) {
             addByte(access, access, std::uint8_t(access.value << ofNibble));
@@ -148,6 +150,20 @@ std::size_t LcdAnalyzer::startUpIn(const std::vector<Access> &accesses)
         count > 0 && (accesses[0].isInstruction(eightLines) ||
                       (count > 1 && accesses[0].isInstruction(fourLines) && accesses[1].isInstruction(fourLines)));
     return begins ? 0 : count;
+}
+
+/// The halves of a byte are nearer to each other than bytes, between which the controller works for 37 us (table 6).
+bool LcdAnalyzer::beginsWithLowerHalf(const std::vector<Access> &accesses)
+{
+    constexpr std::size_t least = 4;
+    Sample within = 0;
+    Sample between = INT64_MAX;
+    for (std::size_t i = 1; i < accesses.size(); ++i) {
+        const Sample distance = accesses[i].last - accesses[i - 1].last;
+        within = i % 2 == 0 ? std::max(within, distance) : within;
+        between = i % 2 != 0 ? std::min(between, distance) : between;
+    }
+    return accesses.size() >= least && within < between;
 }
 
 void LcdAnalyzer::addNibble(const Access &access)

@@ -36,6 +36,7 @@ private:
     void addNibble(const Access &access);
     void addByte(const Access &first, const Access &last, std::uint8_t value);
     [[nodiscard]] static std::size_t startUpIn(const std::vector<Access> &accesses);
+    [[nodiscard]] static bool beginsWithLowerHalf(const std::vector<Access> &accesses);
 
     void send(lux::Simulation &simulation, std::uint32_t value, bool isData, bool isRead);
     void pulse(lux::Simulation &simulation, std::uint32_t value);

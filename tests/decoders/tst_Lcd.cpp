@@ -81,6 +81,7 @@ private slots:
     void inTheStartUpEachAccessIsACommand();
     void aHalfBeforeTheStartUpStandsAlone();
     void aCaptureMayBeginWithinAByte();
+    void withoutAStartUpThePausesTellTheHalves();
     void aHalfOfAnotherKindStandsAlone();
     void aHalfRightBeforeTheStartUpStandsAlone();
     void linesMayLieInARow();
@@ -188,6 +189,27 @@ void TstLcd::aCaptureMayBeginWithinAByte()
     const Texts got = Desk(host, fourLines).summaries();
     QCOMPARE(got.front(), std::string("nibble v=1"));
     QCOMPARE(got.back(), std::string("data v=90"));
+}
+
+void TstLcd::withoutAStartUpThePausesTellTheHalves()
+{
+    Host host(4);
+    host.wait(20);
+    host.pulse(0xb, true).wait(50);
+    const std::string text = "Between the bytes the host waits";
+    for (const char c : text) {
+        host.send(std::uint8_t(c), true).wait(c == ' ' ? 5 : 60);
+    }
+    const Texts late = Desk(host, fourLines).summaries();
+    QCOMPARE(late.size(), text.size() + 1);
+    QCOMPARE(late[0], std::string("nibble v=11"));
+    QCOMPARE(late[1], std::string("data v=66"));
+    Host whole(4);
+    whole.wait(20);
+    whole.text(text);
+    const Texts steady = Desk(whole, fourLines).summaries();
+    QCOMPARE(steady.size(), text.size());
+    QCOMPARE(steady[0], std::string("data v=66"));
 }
 
 void TstLcd::aHalfOfAnotherKindStandsAlone()
