@@ -44,8 +44,9 @@ void Ps2Analyzer::decode()
     if (!clock.level() && clock.hasEdge()) {
         m_lastRise = clock.nextEdge();
     }
-    // A capture may begin behind a host's request: before a byte of the keyboard's own the data is high for long.
-    m_transfer.sender = data.levelAt(m_lastRise) ? Sender::Keyboard : Sender::Host;
+    // A capture may begin behind a host's request: the data stays low until the keyboard clocks it.
+    const bool isRequest = !data.levelAt(m_lastRise) && !data.hasEdgeBefore(clock.peekEdge());
+    m_transfer.sender = isRequest ? Sender::Host : Sender::Keyboard;
     while (clock.level() && clock.hasEdge()) {
         const Sample fall = clock.nextEdge();
         takeClock({.fall = fall, .rise = clock.peekEdge(), .hasRise = clock.hasEdge()}, data);

@@ -140,6 +140,7 @@ private slots:
     void anInhibitCutsAByte();
     void aByteWithoutStartBitIsNone();
     void aCaptureMayBeginAnywhere();
+    void aCaptureMayBeginBehindACutByte();
     void aCutElementIsNotShown();
     void settingsThatDoNotGoTogetherAreRefused();
     void bubblesGoFromShortToLong();
@@ -307,6 +308,19 @@ void TstPs2::aCaptureMayBeginAnywhere()
             QCOMPARE(got[i].first + from, expected.first);
             QCOMPARE(got[i].summary(), expected.summary());
         }
+    }
+}
+
+void TstPs2::aCaptureMayBeginBehindACutByte()
+{
+    Wire wire;
+    wire.data(false).wait(20).pulse().wait(40).pulse().wait(12).data(true).wait(500).keyboard(0x5a);
+    for (std::int64_t from = wire.falls[0]; from < wire.falls[1] + 300; ++from) {
+        const auto got = Decoded(wire, lines, -1, from).frames();
+        QVERIFY(!got.empty());
+        QCOMPARE(got.back().kind, std::string("byte"));
+        QCOMPARE(got.back().value("v"), std::string("90"));
+        QCOMPARE(got.size(), std::size_t(1));
     }
 }
 
