@@ -20,11 +20,14 @@ void JtagAnalyzer::decode()
     ChannelReader trst = reader(m_settings.trst);
     const bool hasReset = m_settings.trst.isDefined();
     m_delay = lux::samplesIn(m_settings.cableDelay.value(), sampleRate());
-    // A capture begins at rest as a rule; five clocks with TMS high lead there from any other state.
+    // A capture begins at rest as a rule. One that begins between clocks may begin in any state: the levels of TMS lead
+    // to the same one from all of them sooner or later, at the latest five high ones.
     m_state = JtagState::RunTestIdle;
+    m_possible = beginsWithinClocks(tck) ? JtagStates() : JtagStates(m_state);
     m_isKnown = false;
     m_since = 0;
     m_clocks = 0;
+    m_hasCaptured = false;
     m_shift = {};
     while (tck.hasEdge()) {
         const Sample edge = tck.nextEdge();
@@ -46,13 +49,38 @@ void JtagAnalyzer::decode()
         if (isShift(m_state) && m_shift.isOpen) {
             shiftBit(tdi, tdo, edge);
         }
-        const JtagState next = nextState(m_state, tms.levelAt(edge));
-        if (next != m_state) {
-            enter(next, edge);
-        }
+        takeClock(tms.levelAt(edge), edge);
     }
     if (m_shift.isOpen) {
         results().drop(m_shift.place);
+    }
+}
+
+/// Whether no more than a clock and a half is missing before the first rise.
+bool JtagAnalyzer::beginsWithinClocks(ChannelReader tck)
+{
+    const std::int64_t toRise = tck.level() ? 2 : 1;
+    if (tck.edgesLeft() < toRise + 2) {
+        return false;
+    }
+    tck.skipEdges(toRise);
+    const Sample first = tck.position();
+    return 2 * first < 3 * (tck.skipEdges(2) - first);
+}
+
+void JtagAnalyzer::takeClock(bool tms, Sample edge)
+{
+    if (!m_possible.isOne()) {
+        m_possible.clock(tms);
+        if (m_possible.isOne()) {
+            enter(m_possible.first(), edge);
+            m_isKnown = nextState(m_state, tms) != m_state; // else it may have begun before
+        }
+        return;
+    }
+    const JtagState next = nextState(m_state, tms);
+    if (next != m_state) {
+        enter(next, edge);
     }
 }
 
@@ -73,10 +101,11 @@ void JtagAnalyzer::enter(JtagState state, Sample edge)
                        .extra = unsigned(m_state)});
     }
     m_isKnown = true;
+    m_hasCaptured = isCapture(state) || (m_hasCaptured && !isUpdate(m_state));
     m_state = state;
     m_since = edge;
     m_clocks = 0;
-    if (isShift(state) && !m_shift.isOpen) {
+    if (isShift(state) && !m_shift.isOpen && m_hasCaptured) {
         m_shift.begin(edge, results().open(edge));
     } else if (isUpdate(state) && m_shift.isOpen) {
         finishShift(state == JtagState::UpdateIr ? JtagResults::ShiftIr : JtagResults::ShiftDr);
@@ -93,6 +122,7 @@ void JtagAnalyzer::reset(Sample edge)
         results().drop(m_shift.place);
         m_shift.isOpen = false;
     }
+    m_possible = JtagStates(JtagState::TestLogicReset);
     if (m_state != JtagState::TestLogicReset || !m_isKnown) {
         enter(JtagState::TestLogicReset, edge);
     }

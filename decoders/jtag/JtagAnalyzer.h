@@ -1,6 +1,7 @@
 #pragma once
 
 #include "JtagResults.h"
+#include "JtagState.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -49,6 +50,8 @@ private:
         }
     };
 
+    [[nodiscard]] static bool beginsWithinClocks(lux::ChannelReader tck);
+    void takeClock(bool tms, lux::Sample edge);
     void shiftBit(lux::ChannelReader &tdi, lux::ChannelReader &tdo, lux::Sample edge);
     void enter(JtagState state, lux::Sample edge);
     void reset(lux::Sample edge);
@@ -59,8 +62,10 @@ private:
     void lead(lux::Simulation &simulation, std::initializer_list<int> tms);
 
     JtagState m_state = JtagState::RunTestIdle;
+    JtagStates m_possible;      ///< as long as they are more than one, the state is not known
     lux::Sample m_since = 0;    ///< the edge that led to the state
     bool m_isKnown = false;     ///< the state's begin was seen
+    bool m_hasCaptured = false; ///< the shift that goes on began within the capture
     std::uint64_t m_clocks = 0; ///< rising edges since then
     lux::Sample m_delay = 0;
     Shift m_shift;

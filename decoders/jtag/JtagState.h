@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -77,3 +78,32 @@ enum class JtagState : std::uint8_t {
 {
     return state == JtagState::UpdateDr || state == JtagState::UpdateIr;
 }
+
+[[nodiscard]] constexpr bool isCapture(JtagState state)
+{
+    return state == JtagState::CaptureDr || state == JtagState::CaptureIr;
+}
+
+/// The states in which a port may be, as long as that is not known.
+class JtagStates {
+public:
+    constexpr JtagStates() = default; ///< all of them
+    constexpr explicit JtagStates(JtagState state) : m_bits(bitOf(state)) {}
+    [[nodiscard]] constexpr bool isOne() const { return std::has_single_bit(m_bits); }
+    /// One of them.
+    [[nodiscard]] constexpr JtagState first() const { return JtagState(std::countr_zero(m_bits)); }
+    /// A rising edge of TCK.
+    constexpr void clock(bool tms)
+    {
+        std::uint32_t next = 0;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            next |= (m_bits >> i & 1U) != 0 ? bitOf(nextState(JtagState(i), tms)) : 0U;
+        }
+        m_bits = next;
+    }
+
+private:
+    static constexpr std::uint32_t count = 16;
+    static constexpr std::uint32_t bitOf(JtagState state) { return 1U << unsigned(state); }
+    std::uint32_t m_bits = (1U << count) - 1;
+};

@@ -27,7 +27,7 @@ constexpr const char *noStates = "tck=0,tms=1,tdi=2,tdo=3,states=false";
 /// A port's lines by IEEE 1149.1-2013, 4.3 to 4.6: they change at the fall of TCK; a clock is 10 samples.
 class Port : public WireBundle {
 public:
-    Port() : WireBundle(5, 1U << trst | 1U << tms) { wait(20); }
+    explicit Port(std::int64_t rest = 20) : WireBundle(5, 1U << trst | 1U << tms) { wait(rest); }
     Port &clock(bool mode, bool in = false, bool out = false)
     {
         set(tck, false).set(tms, mode).set(tdi, in).set(tdo, out).wait(5);
@@ -90,6 +90,14 @@ Texts statesOf(const Desk &desk)
     return names;
 }
 
+std::vector<DecodedFrame> ofKind(const std::vector<DecodedFrame> &frames, const std::string &kind)
+{
+    std::vector<DecodedFrame> some;
+    std::copy_if(frames.begin(), frames.end(), std::back_inserter(some),
+                 [&](const DecodedFrame &frame) { return frame.kind == kind; });
+    return some;
+}
+
 } // namespace
 
 class TstJtag : public QObject {
@@ -109,6 +117,7 @@ private slots:
     void linesMayBeMissing();
     void theCodeOfAllOnesIsBypass();
     void cutEndsShowNothingFalse();
+    void aCaptureThatBeginsBetweenClocksShowsNothingFalse();
     void positionsAreWiderThan32Bits();
     void settingsThatDoNotGoTogetherAreRefused();
     void textsGoFromShortToLong();
@@ -294,6 +303,35 @@ void TstJtag::cutEndsShowNothingFalse()
     QCOMPARE(
         decoderChecks::faultOfCut(Desk(port, lines, 1000000, port.now() - 30).frames(), Desk(port, lines).frames()),
         std::string());
+}
+
+/// Each begin within one of several scans; what is shown are the last of the whole capture's frames.
+void TstJtag::aCaptureThatBeginsBetweenClocksShowsNothingFalse()
+{
+    const std::vector<int> modes = {1, 1, 0, 0, 0, 0, 1, 1, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 1,
+                                    1, 1, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 0, 1, 0, 0, 0, 1, 1, 0};
+    Port whole;
+    for (const int mode : modes) {
+        whole.clock(mode != 0);
+    }
+    for (const std::string kind : {"state", "shift"}) {
+        const auto all = ofKind(Desk(whole, lines).frames(), kind);
+        for (std::size_t from = 1; from < modes.size(); ++from) {
+            Port late(6);
+            for (std::size_t i = from; i < modes.size(); ++i) {
+                late.clock(modes[i] != 0);
+            }
+            const std::int64_t offset = whole.rises[from] - late.rises[0];
+            const auto got = ofKind(Desk(late, lines).frames(), kind);
+            QVERIFY(got.size() <= all.size());
+            for (std::size_t i = 0; i < got.size(); ++i) {
+                const DecodedFrame &expected = all[all.size() - got.size() + i];
+                QCOMPARE(got[i].first + offset, expected.first);
+                QCOMPARE(got[i].summary(), expected.summary());
+            }
+            QVERIFY(from > 20 || !got.empty());
+        }
+    }
 }
 
 void TstJtag::positionsAreWiderThan32Bits()
