@@ -80,7 +80,8 @@ std::int64_t CanRateFinder::findDataRate(std::int64_t rate) const
     if (m_sampleRate < leastSamplesPerBit * rate || tryRates(rate, rate).switched == 0) {
         return 0;
     }
-    std::vector<std::int64_t> candidates(usualDataRates.begin(), usualDataRates.end());
+    std::vector<std::int64_t> candidates{rate}; // a sender may switch to the same rate
+    candidates.insert(candidates.end(), usualDataRates.begin(), usualDataRates.end());
     for (const std::int64_t factor : {2, 4, 5, 8}) {
         candidates.push_back(factor * rate);
     }

@@ -439,6 +439,13 @@ void TstCan::theRatesAreFoundAndTold()
     QCOMPARE(desk.message().find("Bit rate found: 500000 bits/s"), std::size_t(0));
     QVERIFY(desk.message().find("Data bit rate found: 2000000 bits/s") != std::string::npos);
     QCOMPARE(desk.frames().size(), std::size_t(16));
+    Sender same(40000000, bitRate);
+    for (unsigned i = 0; i < 8; ++i) {
+        same.fd(0x42, 8, {1, 2, 3, 4, 5, 6, 7, i}, 1.0001); // switches, to nearly the same rate
+    }
+    const Decoded equal(same, "baudrate=0,data_baudrate=0", 40000000);
+    QVERIFY(equal.message().find("Data bit rate found: 500000 bits/s") != std::string::npos);
+    QCOMPARE(kinds(equal), Texts(8, "frame"));
     Sender odd(sampleRate, 71000);
     for (unsigned i = 0; i < 8; ++i) {
         odd.frame(standard(0x100 + i, {i, 2, 3}));
