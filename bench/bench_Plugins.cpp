@@ -107,8 +107,9 @@ void twoAtOnce(benchmark::State &state, const PluginFile &plugin)
     double one = std::numeric_limits<double>::max();
     double two = one;
     for (auto _ : state) {
-        const auto alone = connected(plugin);
+        auto alone = connected(plugin);
         one = std::min(one, threadSeconds([&] { alone->run(*traffic.capture); }));
+        alone.reset();
         const auto first = connected(plugin);
         const auto second = connected(plugin);
         double otherTime = 0;

@@ -2,31 +2,33 @@
 
 #include "MemoryBudget.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
 #include <type_traits>
-#include <vector>
 
 namespace lux::detail {
 
-/// Memory for lists of millions: the system is asked to map it in large pages, since queries jump about in it and spend
-/// their time on the translation of addresses otherwise. Throws std::bad_alloc.
+/// Memory for lists of millions, from the system and not from the heap, whose arenas grow in steps that threads wait
+/// for, and give back what the next run asks for again. From `largePage` bytes on it is asked to be mapped in large
+/// pages, since queries jump about in it and spend their time on the translation of addresses otherwise. Throws
+/// std::bad_alloc.
 inline constexpr std::size_t largePage = std::size_t(2) << 20; ///< bytes
 inline constexpr std::size_t slabBytes = 2 * largePage;
 [[nodiscard]] void *newSlab(std::size_t bytes);
-void freeSlab(void *slab);
+void freeSlab(void *slab, std::size_t bytes);
 
 /// Values in blocks that never move, so that other threads may read what was there before while one appends.
 ///
 /// It publishes nothing itself: the owner stores a count by release, and readers, who load it by acquire, look only at
 /// what lies below it. The directory is written before the entries that it leads to, and never changed.
-/// @tparam SlabBytes     size of the slabs in which a long list goes on
-/// @tparam SingleBlocks  blocks of their own before the first slab; so many that a slab is an eighth of the list at
-/// most
-template<class T, unsigned BlockBits, std::size_t SlabBytes = slabBytes,
-         std::uint64_t SingleBlocks = 8 * SlabBytes / (sizeof(T) << BlockBits)>
+/// Memory is taken a block at a time at first, then an eighth of the list at a time.
+/// @tparam SlabBytes    the most that is taken at a time
+/// @tparam EarlyBlocks  the list takes that much as soon as it has so many blocks; 0: an eighth as above
+template<class T, unsigned BlockBits, std::size_t SlabBytes = slabBytes, std::uint64_t EarlyBlocks = 0>
 class BlockList {
     static_assert(std::is_trivially_copyable_v<T>);
 
@@ -36,10 +38,11 @@ public:
     explicit BlockList(const MemoryBudget &budget) : m_budget(budget) {}
     ~BlockList()
     {
-        for (std::uint64_t block = 0; block < m_singleBlocks; ++block)
+        std::uint64_t block = 0;
+        for (; block < m_blocks && blocksAt(block) == 1; ++block)
             std::allocator<T>().deallocate(blockAt(block), blockSize);
-        for (T *slab : m_slabs)
-            freeSlab(slab);
+        for (; block < m_blocks; block += blocksAt(block))
+            freeSlab(blockAt(block), bytesOf(blocksAt(block)));
         m_budget.giveBack(m_charged);
     }
     BlockList(const BlockList &) = delete;
@@ -90,8 +93,24 @@ private:
     static constexpr std::size_t segmentSize = std::size_t(1) << segmentBits;
     static constexpr std::size_t mostSegments = 8192;
     using Segment = std::unique_ptr<T *[]>;
-    static constexpr std::size_t blocksPerSlab = SlabBytes / (blockSize * sizeof(T));
+    static constexpr std::size_t blockBytes = blockSize * sizeof(T);
+    static constexpr std::uint64_t blocksPerSlab = SlabBytes / blockBytes;
+    static constexpr std::uint64_t part = 8;                         ///< of a list that is taken at a time
+    static constexpr std::size_t leastSlab = std::size_t(128) << 10; ///< less comes from the heap
 
+    /// Blocks that are taken at a time when the list has `blocks`: more and more, the same for each number. Where a
+    /// slab begins, it is that of the slab.
+    [[nodiscard]] static std::uint64_t blocksAt(std::uint64_t blocks)
+    {
+        if (EarlyBlocks > 0)
+            return blocks < EarlyBlocks ? 1 : blocksPerSlab;
+        const std::uint64_t wanted = std::min(blocksPerSlab, std::bit_floor(blocks / part));
+        return wanted * blockBytes < leastSlab ? 1 : wanted;
+    }
+    [[nodiscard]] static constexpr std::size_t bytesOf(std::uint64_t blocks)
+    {
+        return blocks == blocksPerSlab ? SlabBytes : std::size_t(blocks) * blockBytes;
+    }
     [[nodiscard]] T *blockAt(std::uint64_t block) const
     {
         return m_segments[block >> segmentBits][block & (segmentSize - 1)];
@@ -110,7 +129,7 @@ private:
     [[nodiscard]] bool grow(bool forced)
     {
         const std::size_t segment = std::size_t(m_blocks >> segmentBits);
-        const std::size_t bytes = m_blocks < SingleBlocks ? blockSize * sizeof(T) : SlabBytes;
+        const std::size_t bytes = bytesOf(blocksAt(m_blocks));
         const bool fromSlab = m_spare > 0;
         if (segment >= mostSegments || (!fromSlab && !charge(bytes, forced)))
             return false;
@@ -133,25 +152,22 @@ private:
 
     [[nodiscard]] T *newBlock()
     {
-        if (m_blocks < SingleBlocks) {
-            T *block = std::allocator<T>().allocate(blockSize);
-            ++m_singleBlocks;
-            return block;
+        if (m_spare > 0) {
+            --m_spare;
+            return blockAt(m_blocks - 1) + blockSize;
         }
-        if (m_spare == 0) {
-            m_slabs.reserve(m_slabs.size() + 1);
-            m_slabs.push_back(static_cast<T *>(newSlab(SlabBytes)));
-            m_spare = blocksPerSlab;
-        }
-        return m_slabs.back() + (blocksPerSlab - m_spare--) * blockSize;
+        const std::uint64_t blocks = blocksAt(m_blocks);
+        if (blocks == 1)
+            return std::allocator<T>().allocate(blockSize);
+        T *slab = static_cast<T *>(newSlab(bytesOf(blocks)));
+        m_spare = blocks - 1;
+        return slab;
     }
 
     MemoryBudget m_budget;
     std::unique_ptr<Segment[]> m_segments;
-    std::vector<T *> m_slabs;         ///< behind the single blocks
-    std::uint64_t m_singleBlocks = 0; ///< the first ones, each of its own
-    std::size_t m_spare = 0;          ///< blocks of the last slab that are not used yet
-    T *m_open = nullptr;              ///< the block of the last entry
+    std::uint64_t m_spare = 0; ///< blocks of the last slab that are not used yet
+    T *m_open = nullptr;       ///< the block of the last entry
     std::uint64_t m_size = 0;
     std::uint64_t m_blocks = 0;
     std::int64_t m_charged = 0;

@@ -1,28 +1,125 @@
 #include "BlockList.h"
 
 #if defined(__linux__)
+#include <array>
+#include <cstdint>
+#include <mutex>
 #include <sys/mman.h>
 #endif
 
 namespace lux::detail {
+
+#if defined(__linux__)
+
 namespace {
 
-constexpr std::align_val_t alignment{largePage};
+char *mapped(std::size_t bytes)
+{
+    void *at = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (at == MAP_FAILED)
+        throw std::bad_alloc();
+    return static_cast<char *>(at);
+}
+
+std::size_t behindLargePage(const char *at)
+{
+    return reinterpret_cast<std::uintptr_t>(at) % largePage;
+}
+
+/// Whole large pages: the system mostly gives what begins with one, or else more is taken and cut.
+char *mappedInLargePages(std::size_t bytes)
+{
+    char *at = mapped(bytes);
+    if (behindLargePage(at) != 0) {
+        munmap(at, bytes);
+        at = mapped(bytes + largePage);
+        const std::size_t before = (largePage - behindLargePage(at)) % largePage;
+        if (before > 0)
+            munmap(at, before);
+        at += before;
+        munmap(at + bytes, largePage - before);
+    }
+#if defined(MADV_HUGEPAGE)
+    madvise(at, bytes, MADV_HUGEPAGE); // a wish: without it all works the same
+#endif
+    return at;
+}
+
+/// Freed slabs of slabBytes.
+class SparePool {
+public:
+    /// @return null when there is none
+    char *take()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_count == 0 ? nullptr : m_slabs[--m_count];
+    }
+    /// @return false when there is no room
+    bool keep(char *slab)
+    {
+#if defined(MADV_FREE)
+        if (madvise(slab, slabBytes, MADV_FREE) != 0)
+            return false;
+        const std::lock_guard lock(m_mutex);
+        if (m_count == most)
+            return false;
+        m_slabs[m_count++] = slab;
+        return true;
+#else
+        return false;
+#endif
+    }
+
+private:
+    static constexpr std::size_t most = (std::size_t(512) << 20) / slabBytes;
+    std::mutex m_mutex;
+    std::array<char *, most> m_slabs{};
+    std::size_t m_count = 0;
+};
+
+constinit SparePool s_spare; // needs no end: results may outlive what is destroyed at the process's end
 
 } // namespace
 
 void *newSlab(std::size_t bytes)
 {
-    void *slab = ::operator new(bytes, alignment);
-#if defined(__linux__) && defined(MADV_HUGEPAGE)
-    madvise(slab, bytes, MADV_HUGEPAGE); // a wish: without it all works the same
+    if (bytes == slabBytes) {
+        if (char *spare = s_spare.take(); spare != nullptr)
+            return spare;
+    }
+    if (bytes >= largePage)
+        return mappedInLargePages(bytes);
+    char *at = mapped(bytes);
+#if defined(MADV_POPULATE_WRITE)
+    madvise(at, bytes, MADV_POPULATE_WRITE); // all pages in one step, or one by one when they are touched
 #endif
-    return slab;
+    return at;
 }
 
-void freeSlab(void *slab)
+void freeSlab(void *slab, std::size_t bytes)
+{
+    if (bytes != slabBytes || !s_spare.keep(static_cast<char *>(slab)))
+        munmap(slab, bytes);
+}
+
+#else
+
+namespace {
+
+constexpr std::align_val_t alignment{64}; ///< a cache line
+
+} // namespace
+
+void *newSlab(std::size_t bytes)
+{
+    return ::operator new(bytes, alignment);
+}
+
+void freeSlab(void *slab, std::size_t /*bytes*/)
 {
     ::operator delete(slab, alignment);
 }
+
+#endif
 
 } // namespace lux::detail

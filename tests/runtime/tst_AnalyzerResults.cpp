@@ -34,6 +34,7 @@ private slots:
     void textsAndValuesComeFromOneDescription();
     void aFrameThatDoesNotExistIsEmptyEverywhere();
     void aFrameTakesAtMost48BytesAndAMarker24();
+    void memoryOfEarlierResultsHoldsLaterOnes();
 };
 
 namespace {
@@ -422,6 +423,30 @@ void TstAnalyzerResults::aFrameTakesAtMost48BytesAndAMarker24()
     }
     QCOMPARE(left.load(), before);
     SetAnalyzerMemoryBudget(nullptr);
+}
+
+void TstAnalyzerResults::memoryOfEarlierResultsHoldsLaterOnes()
+{
+    constexpr std::int64_t count = 1500000; // some slabs of frames and of markers
+    for (const std::int64_t step : {7, 3, 5}) {
+        const auto desk = withResults(
+            [step](ScriptResults &out) {
+                for (std::int64_t i = 0; i < count; ++i) {
+                    out.mark(Channel(0, 0), step * i + 1, MarkerType::Dot);
+                    out.add({.firstSample = step * i, .lastSample = step * i + 1, .data = std::uint64_t(step)});
+                }
+            },
+            step * count + 2);
+        const AnalyzerResults &results = desk->results();
+        QCOMPARE(results.GetNumFrames(), std::uint64_t(count));
+        bool isAsAdded = true;
+        for (std::int64_t i = 0; i < count; ++i) {
+            const Frame frame = results.GetFrame(std::uint64_t(i));
+            isAsAdded = isAsAdded && frame.firstSample == step * i && frame.data == std::uint64_t(step) &&
+                        results.GetMarker(Channel(0, 0), std::uint64_t(i)).sample == std::uint64_t(step * i + 1);
+        }
+        QVERIFY(isAsAdded);
+    }
 }
 
 QTEST_APPLESS_MAIN(TstAnalyzerResults)
