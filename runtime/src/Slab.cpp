@@ -1,9 +1,9 @@
 #include "BlockList.h"
 
 #if defined(__linux__)
-#include <array>
+#include "SlabReturns.h"
+
 #include <cstdint>
-#include <mutex>
 #include <sys/mman.h>
 #endif
 
@@ -45,48 +45,13 @@ char *mappedInLargePages(std::size_t bytes)
     return at;
 }
 
-/// Freed slabs of slabBytes.
-class SparePool {
-public:
-    /// @return null when there is none
-    char *take()
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_count == 0 ? nullptr : m_slabs[--m_count];
-    }
-    /// @return false when there is no room
-    bool keep(char *slab)
-    {
-#if defined(MADV_FREE)
-        if (madvise(slab, slabBytes, MADV_FREE) != 0)
-            return false;
-        const std::lock_guard lock(m_mutex);
-        if (m_count == most)
-            return false;
-        m_slabs[m_count++] = slab;
-        return true;
-#else
-        return false;
-#endif
-    }
-
-private:
-    static constexpr std::size_t most = (std::size_t(512) << 20) / slabBytes;
-    std::mutex m_mutex;
-    std::array<char *, most> m_slabs{};
-    std::size_t m_count = 0;
-};
-
-constinit SparePool s_spare; // needs no end: results may outlive what is destroyed at the process's end
-
 } // namespace
 
 void *newSlab(std::size_t bytes)
 {
-    if (bytes == slabBytes) {
-        if (char *spare = s_spare.take(); spare != nullptr)
-            return spare;
-    }
+    void *spare = bytes == slabBytes ? SlabReturns::instance().take() : nullptr;
+    if (spare != nullptr)
+        return spare;
     if (bytes >= largePage)
         return mappedInLargePages(bytes);
     char *at = mapped(bytes);
@@ -98,8 +63,7 @@ void *newSlab(std::size_t bytes)
 
 void freeSlab(void *slab, std::size_t bytes)
 {
-    if (bytes != slabBytes || !s_spare.keep(static_cast<char *>(slab)))
-        munmap(slab, bytes);
+    SlabReturns::instance().free(slab, bytes);
 }
 
 #else
