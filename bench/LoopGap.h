@@ -24,13 +24,31 @@ public:
     /// Ends the measurement: counters `gap` and `gapProcessor`, ms.
     void report(benchmark::State &state)
     {
-        beat();
-        m_timer.stop();
+        end();
         state.counters["gap"] = m_longest;
         state.counters["gapProcessor"] = m_mostUsed;
     }
+    /// Ends the measurement of a part of something: its processor time as counter `part`, ms, and the longest of all
+    /// parts as report() tells it.
+    void reportPart(benchmark::State &state, const char *part)
+    {
+        end();
+        const auto raise = [&state](const char *name, double value) {
+            benchmark::Counter &counter = state.counters[name];
+            counter = std::max(double(counter), value);
+        };
+        raise("gap", m_longest);
+        raise("gapProcessor", m_mostUsed);
+        raise(part, m_mostUsed);
+    }
 
 private:
+    void end()
+    {
+        beat();
+        m_timer.stop();
+    }
+
     /// Processor time of this thread, ms.
     static double used()
     {

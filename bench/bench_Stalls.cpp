@@ -2,14 +2,21 @@
 // users do, in ms (`gap`), and the processor time in one (`gapProcessor`). One frame of a screen is 16 ms.
 
 #include "LoopGap.h"
+#include "analyzer/AnalyzerManager.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
+#include "controls/MyScrollbar.h"
 #include "device/DevBase.h"
 #include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "files/CaptureFile.h"
 #include "panels/ExportDataSet.h"
 #include "panels/Toolbar.h"
+#include "protocol/ProtocolEdit.h"
+#include "protocol/ProtocolResult.h"
+#include "protocol/ProtocolSetting.h"
+#include "protocol/ResultView.h"
+#include "protocol/SearchEdit.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/ConfigDocument.h"
@@ -20,6 +27,7 @@
 #include "wave/WaveView.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
@@ -27,8 +35,10 @@
 #include <QUrl>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
@@ -205,6 +215,127 @@ void zoomByWheel(benchmark::State &state)
     }
 }
 BENCHMARK(zoomByWheel)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// A decoder of ten million frames: an edge of the clock each.
+class DecodeScript {
+public:
+    static constexpr int frames = 10'000'000;
+
+    explicit DecodeScript(const Desk &desk)
+        : m_manager(*desk.window().findChild<AnalyzerManager *>()),
+          m_panel(*desk.window().findChild<ProtocolSetting *>()),
+          m_results(*desk.window().findChild<ProtocolResult *>())
+    {}
+
+    /// The decoder with the clock on the first channel, until all is decoded.
+    void add() const
+    {
+        m_manager.addLibIndex = libraryOf(QStringLiteral("Parallel.dll"));
+        Analyzer *analyzer = m_manager.createAnalyzer(m_manager.addLibIndex);
+        analyzer->GetAnalyzerSettings()->LoadText("clk=0,d0=1,d1=2,clock_edge=rising");
+        m_manager.addAnalyzer(analyzer);
+        finish();
+    }
+    /// Another setting, by the dialog: the next entry of its last list.
+    void edit() const
+    {
+        const DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &edit) {
+            QComboBox *last = edit.findChildren<QComboBox *>().last();
+            last->setCurrentIndex((last->currentIndex() + 1) % last->count());
+            pressButton(edit, QStringLiteral("OK"));
+        });
+        m_panel.slotEditWanted(0);
+        finish();
+    }
+    /// By the row, by the page, and to many places of the list.
+    void scroll() const
+    {
+        for (int i = 0; i < 20; ++i) {
+            emit m_results.view->keyMoved(i % 2 == 0 ? Qt::Key_Down : Qt::Key_PageDown);
+            Desk::settle(20);
+        }
+        const qlonglong most = m_results.view->bar->maxV;
+        for (int i = 0; i < 20; ++i) {
+            m_results.view->bar->setValue(most / 20 * (i * 7 % 20));
+            Desk::settle(20);
+        }
+    }
+    void search() const
+    {
+        for (const char *text : {"0", "0x", "0x3", ""}) {
+            m_results.search->setText(QLatin1String(text));
+            Desk::settle();
+        }
+    }
+    void remove() const
+    {
+        m_manager.removeAnalyzer(0);
+        Desk::settle();
+    }
+    void finish() const
+    {
+        (void)QTest::qWaitFor([this] { return !m_manager.isWorkerRunning(0); }, longWait);
+        Desk::settle();
+    }
+    [[nodiscard]] std::uint64_t found() const
+    {
+        AnalyzerResults *results = nullptr;
+        m_manager.analyzerAt(0)->GetAnalyzerResults(&results);
+        return results->GetNumFrames();
+    }
+
+private:
+    [[nodiscard]] int libraryOf(const QString &fileName) const
+    {
+        const QVector<AnalyzerLib> &all = m_manager.foundLibraries();
+        const auto found =
+            std::find_if(all.begin(), all.end(), [&](const auto &of) { return of.fileName == fileName; });
+        return int(found - all.begin());
+    }
+
+    AnalyzerManager &m_manager;
+    ProtocolSetting &m_panel;
+    ProtocolResult &m_results;
+};
+
+template<class Step>
+void part(benchmark::State &state, const char *name, const Step &step)
+{
+    LoopGap gap;
+    step();
+    gap.reportPart(state, name);
+}
+
+/// What a user does with a decoder, one after the other; the counters of the steps are processor time, ms.
+void decodedSession(benchmark::State &state)
+{
+    const Desk desk;
+    const DecodeScript script(desk);
+    Desk::fill(2 * DecodeScript::frames + 4); // the last word has no end
+    emit gDev->sigSmpDataReady();
+    Desk::settle();
+    for (auto _ : state) {
+        part(state, "add", [&] { script.add(); });
+        const std::uint64_t added = script.found();
+        part(state, "edit", [&] { script.edit(); });
+        part(state, "scroll", [&] { script.scroll(); });
+        part(state, "search", [&] { script.search(); });
+        part(state, "remove", [&] { script.remove(); });
+        script.add(); // the capture finds ten million frames too
+        part(state, "capture", [&] {
+            desk.window().findChild<Toolbar *>()->slotShortcutF5();
+            Desk::settle();
+            (void)QTest::qWaitFor([&] { return desk.session().mayStartCapture(); }, longWait);
+            script.finish();
+        });
+        script.remove();
+        state.counters["frames"] = double(added);
+        if (added < DecodeScript::frames) {
+            state.SkipWithError(("only " + std::to_string(added) + " frames").c_str());
+        }
+    }
+}
+BENCHMARK(decodedSession)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
