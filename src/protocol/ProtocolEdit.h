@@ -16,6 +16,7 @@ class QDialogButtonBox;
 class QGridLayout;
 class QLabel;
 class QLineEdit;
+class QScrollArea;
 
 /// The dialog in which an analyzer is set up, to add it or to change it. It builds itself from what the analyzer tells
 /// of its settings, and knows no protocol.
@@ -47,7 +48,7 @@ private:
     /// A worker that does not leave goes with its analyzer, and another takes that one's place. @return whether it did
     bool followAnalyzer();
     void buildRows();
-    void buildFrame(QWidget *fields);
+    void buildFrame(QScrollArea *area);
     void addRow(AnalyzerSettingInterface &setting, int row);
     [[nodiscard]] QWidget *makeEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QComboBox *makeCombo();

@@ -62,7 +62,9 @@ void ProtocolEdit::buildRows()
     setStyleSheet(messageBoxStyle() + labelStyle() + lineEditStyle() + comboBoxStyle() + checkBoxStyle() +
                   pushButtonStyle() + scrollBarStyle());
     chnChoices = ChannelChoice::entriesOf(manager->enabledChannelUsage(itemIndex), chnShowNameGet);
+    auto *area = new QScrollArea(this);
     auto *fields = new QWidget(this);
+    area->setWidget(fields); // while it is empty: what moves with it is styled anew
     grid = new QGridLayout(fields);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(dp(gap));
@@ -79,17 +81,16 @@ void ProtocolEdit::buildRows()
         grid->addWidget(makeFixedSpacer(spacerAtEnd, fields), count + 1, 0, 1, 2);
     }
     grid->setColumnStretch(1, 1);
-    buildFrame(fields);
+    buildFrame(area);
 }
 
-void ProtocolEdit::buildFrame(QWidget *fields)
+void ProtocolEdit::buildFrame(QScrollArea *area)
 {
-    auto *area = new QScrollArea(this);
+    QWidget *fields = area->widget();
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidgetResizable(true);
-    area->setWidget(fields);
     for (QWidget *clear : {area->viewport(), fields}) {
         clear->setAutoFillBackground(false); // the dialog's ground shows
     }
