@@ -137,12 +137,12 @@ std::int64_t Analyzer::GetTriggerSample() const
 
 void Analyzer::FailDecode(const char *message)
 {
-    m_private->run.addMessage(message);
+    m_private->run.addMessage(lux::detail::orEmpty(message));
     m_private->run.askToLeave(Leave::Failed);
     lux::detail::leaveDecode(m_private->run);
 }
 
 void Analyzer::TellAboutDecode(const char *message)
 {
-    m_private->run.addMessage(message);
+    m_private->run.addMessage(lux::detail::orEmpty(message));
 }

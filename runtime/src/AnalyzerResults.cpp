@@ -242,6 +242,21 @@ void AnalyzerResults::GetFrameValues(const FrameValue **values, std::uint32_t *c
     *count = std::uint32_t(list.size());
 }
 
+void AnalyzerResults::KeepTextFault(const char *what)
+{
+    const std::lock_guard lock(m_private->exportMutex);
+    if (m_private->hasTextFault.load(std::memory_order_relaxed))
+        return;
+    m_private->textFault = what != nullptr && *what != '\0' ? what : "an exception";
+    m_private->hasTextFault.store(true, std::memory_order_release);
+}
+
+std::size_t AnalyzerResults::GetTextFault(char *text, std::size_t size) const
+{
+    const bool hasFault = m_private->hasTextFault.load(std::memory_order_acquire);
+    return lux::detail::copyText(hasFault ? m_private->textFault : std::string(), text, size);
+}
+
 // ---- adding ---------------------------------------------------------------------------------------------------------
 
 void AnalyzerResults::AddFrame(const FrameData &frame)

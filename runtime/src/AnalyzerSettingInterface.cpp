@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/AnalyzerSettingInterface.h"
 
+#include "CopyText.h"
 #include "Hidden.h"
 #include "NumberText.h"
 
@@ -11,17 +12,9 @@
 #include <string_view>
 #include <vector>
 
+using lux::detail::orEmpty;
 using lux::detail::parseNumber;
 using lux::detail::plainNumber;
-
-namespace {
-
-const char *orEmpty(const char *text)
-{
-    return text == nullptr ? "" : text;
-}
-
-} // namespace
 
 // What the library allocates the library frees, whoever destroys it.
 #define LUX_OWN_MEMORY(Class)                                                                                          \

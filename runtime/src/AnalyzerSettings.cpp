@@ -1,11 +1,14 @@
 #include "corvanlux/analyzer/AnalyzerSettings.h"
 
+#include "CopyText.h"
 #include "Hidden.h"
 #include "corvanlux/analyzer/AnalyzerSettingInterface.h"
 
 #include <algorithm>
 #include <string>
 #include <vector>
+
+using lux::detail::orEmpty;
 
 struct LUX_HIDDEN AnalyzerSettings::Private {
     struct Extension {
@@ -95,24 +98,26 @@ bool AnalyzerSettings::GetFileExtension(std::uint32_t optionId, std::uint32_t in
 
 void AnalyzerSettings::AddInterface(AnalyzerSettingInterface *setting)
 {
+    if (setting == nullptr)
+        return;
     const bool isChannel = setting->GetType() == AnalyzerInterfaceTypeId::Channel;
     (isChannel ? m_private->channels : m_private->others).push_back(setting);
 }
 
 void AnalyzerSettings::AddExportOption(std::uint32_t optionId, const char *name)
 {
-    m_private->options.push_back({optionId, name, {}});
+    m_private->options.push_back({optionId, orEmpty(name), {}});
 }
 
 void AnalyzerSettings::AddExportExtension(std::uint32_t optionId, const char *description, const char *extension)
 {
     for (Private::Option &option : m_private->options) {
         if (option.id == optionId)
-            option.extensions.push_back({description, extension});
+            option.extensions.push_back({orEmpty(description), orEmpty(extension)});
     }
 }
 
 void AnalyzerSettings::SetErrorText(const char *text)
 {
-    m_private->error = text;
+    m_private->error = orEmpty(text);
 }

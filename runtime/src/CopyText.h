@@ -7,6 +7,12 @@
 
 namespace lux::detail {
 
+/// What a decoder hands in for a text: it may be null.
+inline const char *orEmpty(const char *text)
+{
+    return text == nullptr ? "" : text;
+}
+
 /// Copies what fits, always ended when there is room for the end. @return the length of the whole text
 inline std::size_t copyText(const std::string &text, char *out, std::size_t size)
 {

@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/DecoderResults.h"
 
+#include "CopyText.h"
 #include "ExportPrivate.h"
 #include "ResultsPrivate.h"
 
@@ -34,13 +35,17 @@ const FrameValue *valueNamed(std::string_view name, std::span<const FrameValue> 
     return nullptr;
 }
 
-/// Runs what a decoder wrote; when it throws, `begin` takes back what it has said so far.
+/// Runs what a decoder wrote; when it throws, that is kept, and `begin` takes back what it has said so far.
 template<class Call, class Begin>
-void emptyOnFault(const Call &call, const Begin &begin)
+void emptyOnFault(AnalyzerResults &results, const Call &call, const Begin &begin)
 {
     try {
         call();
+    } catch (const std::exception &fault) {
+        results.KeepTextFault(fault.what());
+        begin();
     } catch (...) {
+        results.KeepTextFault(nullptr);
         begin();
     }
 }
@@ -62,7 +67,8 @@ void Results::BuildBubbleText(std::uint64_t frame, Channel &channel, DisplayBase
     const auto begin = [&] { out.start(FrameText::Purpose::Bubble, channel, base); };
     begin();
     if (frame < GetNumFrames())
-        emptyOnFault([&] { describe(internals()->frames[frame], out); }, begin);
+        emptyOnFault(
+            *this, [&] { describe(internals()->frames[frame], out); }, begin);
 }
 
 void Results::BuildTabularText(std::uint64_t frame, DisplayBase base)
@@ -71,7 +77,8 @@ void Results::BuildTabularText(std::uint64_t frame, DisplayBase base)
     const auto begin = [&] { out.start(FrameText::Purpose::Tabular, Channel(), base); };
     begin();
     if (frame < GetNumFrames())
-        emptyOnFault([&] { describe(internals()->frames[frame], out); }, begin);
+        emptyOnFault(
+            *this, [&] { describe(internals()->frames[frame], out); }, begin);
 }
 
 void Results::BuildFrameValues(std::uint64_t frame)
@@ -79,7 +86,8 @@ void Results::BuildFrameValues(std::uint64_t frame)
     FrameValues &out = internals()->values;
     out.start();
     if (frame < GetNumFrames())
-        emptyOnFault([&] { values(internals()->frames[frame], out); }, [&] { out.start(); });
+        emptyOnFault(
+            *this, [&] { values(internals()->frames[frame], out); }, [&] { out.start(); });
 }
 
 void Results::BuildMessageText(std::uint64_t /*message*/, DisplayBase /*base*/) {}
@@ -123,7 +131,7 @@ void Results::exportFrames(ExportWriter &out) const
         for (const char *head : {"time_s", "first_sample", "last_sample", "kind"})
             out.field(std::string_view(head));
         for (const char *column : columns())
-            out.field(std::string_view(column));
+            out.field(std::string_view(detail::orEmpty(column)));
         out.field(std::string_view("text"));
         out.endLine();
     }
@@ -143,7 +151,7 @@ void Results::exportFrames(ExportWriter &out) const
         out.field(current.lastSample);
         out.field(std::string_view(frameValues.frameKind()));
         for (const char *column : columns()) {
-            const FrameValue *value = valueNamed(column, frameValues.list());
+            const FrameValue *value = valueNamed(detail::orEmpty(column), frameValues.list());
             out.field(value == nullptr ? std::string() : plainValue(*value));
         }
         out.field(text.last());

@@ -1,5 +1,6 @@
 #include "corvanlux/analyzer/FrameText.h"
 
+#include "CopyText.h"
 #include "HexDigits.h"
 #include "Hidden.h"
 
@@ -89,7 +90,7 @@ struct LUX_HIDDEN FrameValues::Private {
     FrameValue &add(const char *name, FrameValueType type)
     {
         values.emplace_back();
-        values.back().name = name;
+        values.back().name = detail::orEmpty(name);
         values.back().type = type;
         return values.back();
     }
@@ -123,7 +124,7 @@ void FrameValues::start()
 
 FrameValues &FrameValues::kind(const char *name)
 {
-    m_private->kind = name;
+    m_private->kind = detail::orEmpty(name);
     return *this;
 }
 

@@ -61,9 +61,12 @@ struct LUX_HIDDEN AnalyzerResults::Private {
     lux::FrameText bubbleText;
     lux::FrameValues values;
 
+    std::atomic<bool> hasTextFault{false};
+    std::string textFault; ///< written once, before the flag
+
     std::atomic<double> exportProgress{0.0};
     std::atomic<bool> exportCancelled{false};
-    std::mutex exportMutex; ///< guards exportError
+    std::mutex exportMutex; ///< guards exportError, and the writing of textFault
     std::string exportError;
     std::thread exportThread; ///< main thread
 };

@@ -66,6 +66,12 @@ public:
     [[nodiscard]] const char *GetFrameKind() const; ///< stable ASCII name; empty for a frame that is none
     void GetFrameValues(const FrameValue **values, std::uint32_t *count) const;
 
+    /// Notes what the making of a text or of values threw, for GetTextFault(); the first only. Any thread.
+    void KeepTextFault(const char *what);
+    /// What the making of a text or of values threw first; empty while nothing did. Copied into `text`, which is always
+    /// ended; @return the length of the whole message. Any thread; a moment's work while there is none.
+    std::size_t GetTextFault(char *text, std::size_t size) const;
+
     // ---- export ----------------------------------------------------------------------------------------------------
 
     /// Makes ready for an export: progress 0, not cancelled, no error. With a path it is written on a thread of the
