@@ -3,6 +3,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "analyzer/DisplayFormat.h"
 #include "analyzer/ResultsGate.h"
+#include "settings/PostedCall.h"
 
 #include <algorithm>
 #include <climits>
@@ -10,8 +11,8 @@
 
 namespace {
 
-constexpr auto reportEvery = std::chrono::milliseconds(50);
-constexpr auto gatePatience = std::chrono::milliseconds(2); // between two tries while results are being replaced
+constexpr auto endPatience = std::chrono::milliseconds(20);
+constexpr auto betweenTakes = std::chrono::milliseconds(2);
 
 std::vector<ResultSource> shownSources(const AnalyzerManager &manager)
 {
@@ -29,10 +30,9 @@ std::vector<ResultSource> shownSources(const AnalyzerManager &manager)
 } // namespace
 
 AnalyzerDataGen::AnalyzerDataGen(ResultsGate &gate, Sources sources, QObject *parent)
-    : QThread(parent), m_gate(gate), m_sources(std::move(sources))
+    : QObject(parent), m_gate(gate), m_sources(std::move(sources))
 {
-    connect(this, &AnalyzerDataGen::pageReady, this, &AnalyzerDataGen::takePage, Qt::QueuedConnection);
-    start();
+    startWorker();
 }
 
 AnalyzerDataGen::AnalyzerDataGen(AnalyzerManager &manager, QObject *parent)
@@ -41,31 +41,52 @@ AnalyzerDataGen::AnalyzerDataGen(AnalyzerManager &manager, QObject *parent)
 {
     connect(&manager, &AnalyzerManager::modifyPrepared, this, &AnalyzerDataGen::slotModifyPrepare,
             Qt::DirectConnection);
+    connect(&manager, &AnalyzerManager::readersLost, this, &AnalyzerDataGen::slotReadersLost);
 }
 
 AnalyzerDataGen::~AnalyzerDataGen()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        exitFlag = true;
-        m_called.store(true, std::memory_order_release);
+    m_worker->askToEnd();
+    auto most = endPatience;
+    while (!m_worker->waitForEnd(most)) {
+        if (m_worker->reader()->isLost() || m_gate.take(m_worker->reader())) {
+            m_thread.detach(); // held fast in a plug-in
+            return;
+        }
+        most = betweenTakes;
     }
-    m_wakeUp.notify_one();
-    wait();
-    (void)m_left.load(std::memory_order_acquire);
+    m_thread.join();
+}
+
+void AnalyzerDataGen::startWorker()
+{
+    ListWorker::Listener listener;
+    listener.pageReady = [this] { postCall(this, [this] { takePage(); }); };
+    listener.resetWanted = [this] { postCall(this, [this] { emit resetWanted(); }); };
+    m_worker = std::make_shared<ListWorker>(m_gate, listener, m_shown.version);
+    m_thread = std::thread([worker = m_worker] { worker->run(); });
 }
 
 // ---- main thread
 
-void AnalyzerDataGen::request(const std::function<void(Requests &)> &write)
+void AnalyzerDataGen::request(const std::function<void(ListWorker::Requests &)> &write)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        write(m_requests);
-        m_hasRequests = true;
-        m_called.store(true, std::memory_order_release);
+    if (m_worker->reader()->isLost()) {
+        m_thread.detach();
+        startWorker();
+        m_worker->request([this](ListWorker::Requests &requests) {
+            requests.rowNumRequest = true;
+            requests.rowNum = m_rowNum;
+        });
     }
-    m_wakeUp.notify_one();
+    m_worker->request(write);
+}
+
+void AnalyzerDataGen::slotReadersLost()
+{
+    if (m_worker->reader()->isLost()) {
+        emit resetWanted();
+    }
 }
 
 void AnalyzerDataGen::reset(const ResultList::Query &query, Clicked clicked)
@@ -76,12 +97,12 @@ void AnalyzerDataGen::reset(const ResultList::Query &query, Clicked clicked)
     }
     std::vector<ResultSource> sources = m_sources();
     ++m_lastReset;
-    request([&](Requests &requests) {
+    request([&](ListWorker::Requests &requests) {
         requests.resetRequest = true;
         requests.scrollRequest = false;
         requests.query = query;
         requests.sources = std::move(sources);
-        requests.sourcesOf = m_generation;
+        requests.sourcesOf = requests.generation;
         requests.resetNumber = m_lastReset;
     });
 }
@@ -91,7 +112,7 @@ void AnalyzerDataGen::begFrameChanged(qlonglong index)
     if (index > m_shown.totalRows) {
         return;
     }
-    request([index](Requests &requests) {
+    request([index](ListWorker::Requests &requests) {
         requests.scrollRequest = true;
         requests.begRow = index;
     });
@@ -101,7 +122,7 @@ void AnalyzerDataGen::slotRowNumChanged(int rowNum)
 {
     isSelected = false;
     m_rowNum = std::max(rowNum, 0);
-    request([this](Requests &requests) {
+    request([this](ListWorker::Requests &requests) {
         requests.rowNumRequest = true;
         requests.rowNum = m_rowNum;
     });
@@ -109,9 +130,7 @@ void AnalyzerDataGen::slotRowNumChanged(int rowNum)
 
 void AnalyzerDataGen::slotModifyPrepare()
 {
-    const std::lock_guard lock(m_mutex);
-    ++m_generation;
-    m_called.store(true, std::memory_order_release);
+    m_worker->raiseGeneration();
 }
 
 void AnalyzerDataGen::dropPages()
@@ -172,175 +191,14 @@ void AnalyzerDataGen::findMark()
 void AnalyzerDataGen::takePage()
 {
     const std::uint64_t before = m_shown.version;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_pageDue = false;
-        if (m_ready.resetNumber <= m_droppedReset && m_droppedReset > 0) {
-            return;
-        }
-        m_shown = m_ready;
+    std::optional<ListWorker::Page> page = m_worker->takePage();
+    if (!page || (page->resetNumber <= m_droppedReset && m_droppedReset > 0)) {
+        return;
     }
+    m_shown = *std::move(page);
     findMark();
     emit listTotalChanged(m_shown.topRow, m_shown.totalRows, m_shown.rowNum);
     if (m_shown.version != before) {
         emit listChanged(m_shown.rows, isSelected, int(std::clamp<qint64>(selectedRow(), INT_MIN, INT_MAX)));
-    }
-}
-
-// ---- the thread
-
-bool AnalyzerDataGen::isCalled() const
-{
-    return m_called.load(std::memory_order_acquire) || m_gate.isWanted();
-}
-
-bool AnalyzerDataGen::waitForRequests()
-{
-    std::unique_lock lock(m_mutex);
-    m_wakeUp.wait(lock, [this] { return m_hasRequests || exitFlag; });
-    return !exitFlag;
-}
-
-void AnalyzerDataGen::waitForGate()
-{
-    std::unique_lock lock(m_mutex);
-    m_wakeUp.wait_for(lock, gatePatience, [this] { return exitFlag; });
-}
-
-void AnalyzerDataGen::run()
-{
-    Work work;
-    while (waitForRequests()) {
-        const ResultsPass pass(m_gate);
-        if (pass) {
-            serve(work);
-        } else {
-            waitForGate();
-        }
-    }
-    m_left.store(true, std::memory_order_release);
-}
-
-bool AnalyzerDataGen::takeRequests(Requests &requests)
-{
-    const std::lock_guard lock(m_mutex);
-    if (exitFlag) {
-        return false;
-    }
-    requests = std::exchange(m_requests, {});
-    requests.generation = m_generation;
-    m_hasRequests = false;
-    m_called.store(false, std::memory_order_relaxed);
-    return true;
-}
-
-void AnalyzerDataGen::serve(Work &work)
-{
-    Requests requests;
-    do {
-        if (m_gate.isWanted()) {
-            lose(work);
-            return;
-        }
-        if (!takeRequests(requests)) {
-            return;
-        }
-        if (work.generation != requests.generation) {
-            work.generation = requests.generation;
-            if (!requests.resetRequest) {
-                lose(work);
-            }
-        }
-        obey(requests, work);
-        makePage(work);
-    } while (isCalled());
-}
-
-void AnalyzerDataGen::lose(Work &work)
-{
-    if (!work.state.pageCursors.empty()) {
-        ResultList::dropCursors(work.state);
-        emit resetWanted(); // queued: its receiver lives on the main thread, which does not wait for this one there
-    }
-}
-
-void AnalyzerDataGen::obey(const Requests &requests, Work &work)
-{
-    const bool rebuild = requests.rowNumRequest && requests.rowNum != work.state.rowNum;
-    if (rebuild) {
-        ResultList::setRowNum(work.state, requests.rowNum);
-    }
-    if (requests.resetRequest && requests.sourcesOf != requests.generation) {
-        ResultList::dropCursors(work.state);
-        emit resetWanted(); // the results are other ones by now
-    } else if (requests.resetRequest) {
-        ResultList::reset(work.state, requests.sources, requests.query);
-        work.resetNumber = requests.resetNumber;
-        work.isNew = true;
-    }
-    if (requests.scrollRequest) {
-        ResultList::scrollTo(work.state, requests.begRow, [this] { return isCalled(); });
-    }
-    work.isNew = work.isNew || rebuild || requests.scrollRequest;
-}
-
-void AnalyzerDataGen::makePage(Work &work)
-{
-    constexpr int framesBetweenLooks = 64; // at the clock
-    work.told = Clock::now();
-    for (int frames = 1; !isCalled(); ++frames) {
-        switch (ResultList::step(work.state)) {
-        case ResultList::Step::PageFull:
-            publish(work, true, false);
-            break;
-        case ResultList::Step::Idle:
-            publish(work, work.isNew, true);
-            return;
-        case ResultList::Step::More:
-            if (frames % framesBetweenLooks == 0) {
-                report(work);
-            }
-        }
-    }
-}
-
-void AnalyzerDataGen::report(Work &work)
-{
-    const ResultList::State &state = work.state;
-    const bool rowsToo = work.isNew && !state.rows.isEmpty();
-    if (!rowsToo && state.totalRows == work.totalTold) {
-        return;
-    }
-    if (Clock::now() - work.told >= reportEvery) {
-        publish(work, rowsToo, false);
-        work.isNew = work.isNew || rowsToo; // the page is not whole yet
-    }
-}
-
-void AnalyzerDataGen::publish(Work &work, bool rowsToo, bool isWhole)
-{
-    work.told = Clock::now();
-    work.totalTold = work.state.totalRows;
-    if (rowsToo) {
-        ++work.version;
-        work.isNew = false;
-    }
-    bool tell = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (rowsToo) {
-            m_ready.rows = work.state.rows;
-            m_ready.rowRanges = work.state.rowRanges;
-            m_ready.topRow = work.state.topRow;
-            m_ready.version = work.version;
-            m_ready.resetNumber = work.resetNumber;
-        }
-        m_ready.totalRows = work.state.totalRows;
-        m_ready.rowNum = work.state.rowNum;
-        m_ready.isWhole = isWhole;
-        tell = !std::exchange(m_pageDue, true);
-    }
-    if (tell) {
-        emit pageReady({});
     }
 }

@@ -1,16 +1,14 @@
 #pragma once
 
-#include "analyzer/ResultList.h"
+#include "analyzer/ListWorker.h"
 
+#include <QObject>
 #include <QStringList>
-#include <QThread>
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
+#include <memory>
 #include <optional>
+#include <thread>
 #include <vector>
 
 class AnalyzerManager;
@@ -19,11 +17,11 @@ class ResultsGate;
 /// The thread of the results list: makes the one page of text that is seen, of however many frames.
 ///
 /// The object lives on the main thread, and so does all that it tells: a page is handed over whole under a lock, the
-/// newest one only, and is taken on the main thread before it is told. Requests go to the thread under the same lock;
-/// the newest of each kind is what it does next, also in the middle of what it does. It holds a ResultsPass while it
-/// works, and no pointer into results that may have been replaced since: the manager says so before, by
-/// slotModifyPrepare(), and who then finds that it lacks something asks for a reset by resetWanted().
-class AnalyzerDataGen : public QThread {
+/// newest one only, and is taken on the main thread before it is told. The thread itself is ListWorker's. It holds a
+/// ResultsPass while it works, and no pointer into results that may have been replaced since: the manager says so
+/// before, by slotModifyPrepare(), and who then finds that it lacks something asks for a reset by resetWanted(). A
+/// thread that was held fast in a plug-in, and lost its pass, is left behind; the next request has another one made.
+class AnalyzerDataGen : public QObject {
     Q_OBJECT
 public:
     /// Who is listed, asked on the main thread at each reset.
@@ -33,7 +31,8 @@ public:
     AnalyzerDataGen(ResultsGate &gate, Sources sources, QObject *parent = nullptr);
     /// The same for the analyzers of a manager that are shown in the list.
     explicit AnalyzerDataGen(AnalyzerManager &manager, QObject *parent = nullptr);
-    /// Ends the thread, whatever it does, and waits for it: within one frame.
+    /// Ends the thread, whatever it does, and waits for it: within one frame. One that is held fast in a plug-in is
+    /// left behind.
     ~AnalyzerDataGen() override;
 
     // ---- main thread -----------------------------------------------------------------------------------------------
@@ -74,6 +73,9 @@ public slots:
     /// So many rows fit in the view: the page is made anew from the same first row.
     void slotRowNumChanged(int rowNum);
 
+    /// Readers were left behind: if the thread is one of them the list is asked for anew.
+    void slotReadersLost();
+
 signals:
     /// @param selectedListRow  see selectedRow()
     void listChanged(QStringList list, bool isSelected, int selectedListRow);
@@ -81,47 +83,8 @@ signals:
     void listTotalChanged(qlonglong index, qlonglong max, int pageNum);
     /// Results were replaced while the list still needed them: it asks for a reset.
     void resetWanted();
-    void pageReady(QPrivateSignal);
-
-protected:
-    void run() override;
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    /// What is asked of the thread; each is given once.
-    struct Requests {
-        bool resetRequest = false;
-        bool scrollRequest = false;
-        bool rowNumRequest = false;
-        ResultList::Query query;
-        std::vector<ResultSource> sources;
-        std::uint64_t sourcesOf = 0; ///< the generation of the results in `sources`
-        std::uint64_t resetNumber = 0;
-        std::uint64_t generation = 0; ///< of the results when the requests are taken
-        qint64 begRow = 0;
-        int rowNum = 0;
-    };
-    struct Page {
-        QStringList rows;
-        std::vector<ResultList::Row> rowRanges;
-        qint64 topRow = 0;
-        qint64 totalRows = 0;
-        int rowNum = 0;
-        bool isWhole = false; ///< nothing is left to do for it
-        std::uint64_t resetNumber = 0;
-        std::uint64_t version = 0; ///< another one for other rows
-    };
-    /// What the thread works on; its own.
-    struct Work {
-        ResultList::State state;
-        std::uint64_t generation = 0; ///< of the results under its cursors
-        std::uint64_t resetNumber = 0;
-        std::uint64_t version = 0;
-        bool isNew = false; ///< the page has not been handed over since it was begun
-        qint64 totalTold = 0;
-        Clock::time_point told;
-    };
     /// The row that was clicked.
     struct Mark {
         qint64 listRow = 0;
@@ -129,42 +92,20 @@ private:
         std::optional<ResultList::Row> frame;
     };
 
+    void startWorker();
     void takePage();
     void findMark();
-    void request(const std::function<void(Requests &)> &write);
-
-    // the thread
-    [[nodiscard]] bool waitForRequests();
-    void waitForGate();
-    /// @return false when the thread is to end
-    [[nodiscard]] bool takeRequests(Requests &requests);
-    void serve(Work &work);
-    void lose(Work &work);
-    void obey(const Requests &requests, Work &work);
-    void makePage(Work &work);
-    void report(Work &work);
-    void publish(Work &work, bool rowsToo, bool isWhole);
-    /// Something else is to be done than what is under way.
-    [[nodiscard]] bool isCalled() const;
+    /// Asks the thread; another one when it was left behind.
+    void request(const std::function<void(ListWorker::Requests &)> &write);
 
     ResultsGate &m_gate;
     const Sources m_sources;
-    // Main thread:
-    Page m_shown;
+    ListWorker::Page m_shown;
     std::optional<Mark> m_mark;
     bool isSelected = false; ///< a row was clicked
     int m_rowNum = 0;
     std::uint64_t m_lastReset = 0;
-    std::uint64_t m_droppedReset = 0; ///< pages of this one and those before are not told
-
-    std::atomic<bool> m_left{false};   ///< the thread has nothing more to do: orders its memory for the destructor
-    std::atomic<bool> m_called{false}; ///< there are requests, or the results' generation is another one
-    std::mutex m_mutex;                ///< of what follows; never held while working, emitting or calling out
-    std::condition_variable m_wakeUp;
-    bool exitFlag = false;
-    bool m_hasRequests = false;
-    Requests m_requests;
-    std::uint64_t m_generation = 1; ///< of the results: raised before any are replaced
-    Page m_ready;
-    bool m_pageDue = false; ///< pageReady is under way
+    std::uint64_t m_droppedReset = 0;     ///< pages of this one and those before are not told
+    std::shared_ptr<ListWorker> m_worker; ///< the thread's too
+    std::thread m_thread;
 };

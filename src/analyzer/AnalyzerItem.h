@@ -2,6 +2,7 @@
 
 #include "analyzer/AnalyzerLib.h"
 
+#include <QElapsedTimer>
 #include <QString>
 
 #include <corvanlux/analyzer/DeviceCollection.h>
@@ -9,6 +10,7 @@
 #include <vector>
 
 class AnalyzerProgMng;
+class ResultsReader;
 class SmpLease;
 struct SmpEdgeRoot;
 
@@ -19,6 +21,12 @@ struct CaptureView {
     DeviceCollection device;                ///< points at `roots`
 };
 
+/// A thread that lost its pass inside of an analyzer's results.
+struct LostReader {
+    std::shared_ptr<ResultsReader> reader;
+    QElapsedTimer since;
+};
+
 /// One analyzer of the user's list. Its index in the manager's list is its identity.
 ///
 /// The analyzer goes through its virtual destructor, not through its plug-in's DestroyAnalyzer: that is for clones.
@@ -27,6 +35,7 @@ struct AnalyzerItem : AnalyzerLib {
     bool showInList = true;
     QString fault;                      ///< why it is out of use until it is restarted; empty if it is not
     std::unique_ptr<Analyzer> analyzer; ///< never null
+    std::vector<LostReader> readers;    ///< of its results, or of those of an analyzer that was here before
     // While a worker runs:
     std::shared_ptr<CaptureView> view;
     std::unique_ptr<SmpLease> capture;
@@ -36,4 +45,7 @@ struct AnalyzerItem : AnalyzerLib {
     AnalyzerItem(AnalyzerItem &&) noexcept;
     AnalyzerItem &operator=(AnalyzerItem &&) noexcept;
     ~AnalyzerItem();
+
+    /// A lost reader is still inside of the results that the analyzer has now.
+    [[nodiscard]] bool isRead() const;
 };

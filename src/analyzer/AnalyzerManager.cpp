@@ -22,6 +22,7 @@ namespace {
 constexpr int patience = 50;           // ms, that the main thread waits for a worker
 constexpr unsigned long lastStep = 10; // ms, the same when there is no event loop any more
 constexpr int lingerStep = 50;         // ms, between two looks at those that did not leave
+constexpr int watchStep = 500;         // ms, between two looks at the readers of results
 constexpr int defaultFormat = 2;       // hexadecimal
 
 } // namespace
@@ -42,12 +43,15 @@ AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, 
     qRegisterMetaType<AnalyzerProgMng *>();
     qRegisterMetaType<Analyzer *>();
     connect(&m_lingerTimer, &QTimer::timeout, this, &AnalyzerManager::lookAfterLingering);
+    m_watchTimer.setInterval(watchStep);
+    connect(&m_watchTimer, &QTimer::timeout, this, &AnalyzerManager::lookAfterReaders);
 }
 
 AnalyzerManager::~AnalyzerManager()
 {
     if (exportThread) {
         exportThread->cancel();
+        const ResultsChange change(m_gate); // takes its pass if it must
         exportThread.reset();
     }
     for (AnalyzerItem &item : items) {
@@ -65,6 +69,11 @@ AnalyzerManager::~AnalyzerManager()
         QThread::msleep(lastStep);
     }
     leaveCapture();
+    for (AnalyzerItem &item : m_read) {
+        if (item.isRead()) {
+            keepForEver(std::move(item));
+        }
+    }
 }
 
 void AnalyzerManager::leaveCapture()
@@ -120,6 +129,7 @@ void AnalyzerManager::captureStarts()
     leaveCapture();
     const ResultsChange change = prepareModify();
     for (AnalyzerItem &item : items) {
+        (void)leaveResults(item);
         const QString fault = pluginFault([&item] { item.analyzer->SetupResults(); });
         if (!fault.isEmpty()) {
             fail(item, fault);
@@ -141,6 +151,7 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
     if (!item.progMng->isIdle() && !endWorker(item)) {
         return;
     }
+    const bool isOther = leaveResults(item);
     // A writer of whom nobody told this manager: its thread waits until the workers have left.
     const auto writerCame = [this] { QMetaObject::invokeMethod(this, "leaveToWriter", Qt::QueuedConnection); };
     item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
@@ -148,9 +159,10 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
         item.capture.reset();
         return;
     }
+    m_watchTimer.start();
     item.view = deviceView;
     const QString fault = pluginFault([&] {
-        if (!again) {
+        if (!again || isOther) {
             item.analyzer->Init(&item.view->device, nullptr, item.progMng.get());
         }
         item.analyzer->SetupResults();
@@ -208,24 +220,30 @@ bool AnalyzerManager::endWorker(AnalyzerItem &item, const QDeadlineTimer &until)
     return true;
 }
 
-void AnalyzerManager::takeOut(AnalyzerItem &item)
+AnalyzerItem AnalyzerManager::exchange(AnalyzerItem &item)
 {
-    const ResultsChange change = prepareModify(); // its results go some time after the item has others
     const QByteArray settings = settingsText(item).toLatin1();
     const QString name = nameOf(item);
     const AnalyzerLib lib = item;
-    m_lingering.push_back(std::make_unique<LingeringWorker>(name, std::move(item)));
-    m_lingerTimer.start();
-
     std::unique_ptr<Analyzer> analyzer = newAnalyzer(lib);
     if (!analyzer) {
         analyzer = std::make_unique<AbsentAnalyzer>(name.toUtf8(), settings);
     }
     AnalyzerItem fresh = makeItem(lib, std::move(analyzer));
-    fresh.format = m_lingering.back()->item.format;
-    fresh.showInList = m_lingering.back()->item.showInList;
+    fresh.format = item.format;
+    fresh.showInList = item.showInList;
+    fresh.fault = item.fault;
+    fresh.readers = item.readers;
     (void)pluginFault([&] { fresh.analyzer->GetAnalyzerSettings()->LoadText(settings.constData()); });
-    item = std::move(fresh);
+    return std::exchange(item, std::move(fresh));
+}
+
+void AnalyzerManager::takeOut(AnalyzerItem &item)
+{
+    const ResultsChange change = prepareModify(); // its results go some time after the item has others
+    const QString name = nameOf(item);
+    m_lingering.push_back(std::make_unique<LingeringWorker>(name, exchange(item)));
+    m_lingerTimer.start();
     fail(item, ::tr("The decoder does not stop. It is out of use until it is started again."));
 }
 
@@ -375,6 +393,10 @@ void AnalyzerManager::dropItem(AnalyzerItem &item)
 {
     if (!endWorker(item)) {
         return; // what is in the item now was never used
+    }
+    if (item.isRead()) {
+        m_read.push_back(std::move(item));
+        return;
     }
     item.progMng.reset();
     (void)pluginFault([&item] { item.analyzer.reset(); });

@@ -28,12 +28,13 @@ struct LingeringWorker;
 ///
 /// Main thread throughout, and without any widget: the window, the tests and the command line drive it alike. Nothing
 /// here waits longer than 50 ms for a decoder: a worker that does not leave is taken out of its item, given two seconds
-/// in all, then ended by force, and if not even that helps left behind with what it can reach. Whatever a plug-in
-/// throws is told once by analyzerFailed(), and takes its analyzer out of use until it is restarted.
+/// in all, then ended by force, and if not even that helps left behind with what it can reach. A reader that does not
+/// come out of a decoder's texts or export is left behind in the same way. Whatever a plug-in throws is told once by
+/// analyzerFailed(), and takes its analyzer out of use until it is restarted.
 ///
 /// An item's index is its identity here, and shifts when an earlier item is removed. Results may be read by holders of
 /// a ResultsPass of gate(), and on the main thread.
-class AnalyzerManager : public QObject {
+class AnalyzerManager : public QObject, private ResultsKeeper {
     Q_OBJECT
 public:
     /// Scans the plug-ins. No item is there yet.
@@ -145,6 +146,8 @@ signals:
     void analyzerDecodedChanged();
     /// A run has begun.
     void analyzerStarted();
+    /// Readers of results did not come out of a decoder, and were left behind.
+    void readersLost();
     /// Results are about to be replaced. Emitted directly, before the manager waits for their readers.
     void modifyPrepared();
     /// A plug-in did what it must not: what, in words for the user. Once for each occasion.
@@ -155,6 +158,10 @@ public slots:
     void slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anly);
     /// The export has ended.
     void slotDeleteExportDataProMng();
+
+    /// Looks whether readers of results are held fast in a decoder, and whether texts have failed: takes the analyzer
+    /// out of use. Runs by itself every half second while there is something to read and the event loop runs.
+    void lookAfterReaders();
 
 private slots:
     /// Ends the workers whose capture a writer waits for.
@@ -171,6 +178,20 @@ private:
     /// The same, of several workers that leave at the same time: `until` is the end of the patience with all.
     bool endWorker(AnalyzerItem &item, const QDeadlineTimer &until);
     void takeOut(AnalyzerItem &item);
+    /// Puts another instance with the same settings in the item's place. @return what was there
+    [[nodiscard]] AnalyzerItem exchange(AnalyzerItem &item);
+    /// To be called before the item's results go: a reader that did not come out of them keeps them, with their
+    /// analyzer. @return whether the item has another instance now
+    [[nodiscard]] bool leaveResults(AnalyzerItem &item);
+    /// Goes on without the export, whose thread is held fast.
+    void leaveExport();
+    /// A reader has been held fast for too long. @param stuckIn  results of whom that is known
+    [[nodiscard]] static bool isOverdue(const AnalyzerItem &item, const std::vector<const AnalyzerResults *> &stuckIn);
+    /// Takes an item out of use in whose results readers are held fast.
+    void retire(AnalyzerItem &item);
+    [[nodiscard]] static QString textFault(const AnalyzerItem &item);
+    [[nodiscard]] bool owns(const AnalyzerResults *results) const override;
+    void keep(const AnalyzerResults *results, std::shared_ptr<ResultsReader> reader) override;
     /// The item's worker has nothing more to do, or there is none.
     static void letGo(AnalyzerItem &item);
     void dropItem(AnalyzerItem &item);
@@ -192,12 +213,14 @@ private:
     std::shared_ptr<CaptureView> deviceView = std::make_shared<CaptureView>(); ///< never null
     QVector<AnalyzerLib> libraries;
     QVector<PluginFolder::Refusal> m_refusals;
-    ResultsGate m_gate;
+    ResultsGate m_gate{this};
     AnalyzerSimulation m_simulation;
     std::vector<AnalyzerItem> items;
+    std::vector<AnalyzerItem> m_read; ///< without workers: readers did not come out of them
     std::vector<std::unique_ptr<LingeringWorker>> m_lingering;
     std::vector<std::unique_ptr<SmpLease>> m_heldForEver; ///< of workers that were left behind in `m_capture`
     QTimer m_lingerTimer;
+    QTimer m_watchTimer;                            ///< lookAfterReaders()
     QSet<QString> m_told;                           ///< name and words
     std::unique_ptr<ExportDataProMng> exportThread; ///< null when idle
     ExportOutcome m_exportOutcome;

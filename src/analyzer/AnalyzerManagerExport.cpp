@@ -12,22 +12,19 @@ void AnalyzerManager::startExport(AnalyzerResults *results, const QString &path,
         return;
     }
     m_exportOutcome = {};
-    exportThread = std::make_unique<ExportDataProMng>(results, m_gate);
+    results->StartExportThread(nullptr, displayBaseOf(displayBase), 0); // forgets the last export, and writes nothing
+    exportThread = std::make_unique<ExportDataProMng>(results, m_gate, ExportJob::Task{path, displayBase, option});
     connect(exportThread.get(), &ExportDataProMng::sigDeleteExportDataProMng, this,
             &AnalyzerManager::slotDeleteExportDataProMng);
     // Direct: the thread has left the results when the manager waits for their readers.
     connect(this, &AnalyzerManager::modifyPrepared, exportThread.get(), &ExportDataProMng::cancel,
             Qt::DirectConnection);
-    results->StartExportThread(nullptr, displayBaseOf(displayBase), 0); // forgets the last export, and writes nothing
-    exportThread->fileName = path;
-    exportThread->displayBase = displayBase;
-    exportThread->exportType = option;
-    exportThread->start();
+    m_watchTimer.start();
 }
 
 double AnalyzerManager::exportProgress() const
 {
-    return exportThread ? exportThread->results->GetProgress() : 1.0;
+    return exportThread ? exportThread->progress() : 1.0;
 }
 
 void AnalyzerManager::cancelExport()

@@ -1,66 +1,38 @@
 #pragma once
 
-#include "analyzer/ResultsGate.h"
-#include "settings/FileReplacement.h"
+#include "analyzer/ExportJob.h"
 
+#include <QObject>
 #include <QString>
-#include <QThread>
 
-#include <atomic>
-#include <cstdint>
-#include <optional>
-
-class AnalyzerResults;
-
-/// How an export ended.
-struct ExportOutcome {
-    bool cancelled = false;              ///< nothing was written
-    WriteFault fault = WriteFault::None; ///< why it failed
-    QString words;                       ///< what the decoder said about it, if anything; in its own language
-    [[nodiscard]] bool isDone() const { return !cancelled && fault == WriteFault::None; }
-};
+#include <memory>
+#include <thread>
 
 /// The thread of one export: has the decoder write its results beside the file that is asked for, which then takes that
 /// file's place, so that whatever ends the writing, an earlier file stays as it was.
 ///
-/// Made and destroyed on the main thread, by AnalyzerManager. It holds a ResultsPass from its beginning to its end.
-class ExportDataProMng : public QThread {
+/// Made and destroyed on the main thread, by AnalyzerManager. It holds a ResultsPass from its beginning to its end. A
+/// decoder that never comes back is left behind with its thread.
+class ExportDataProMng : public QObject {
     Q_OBJECT
 public:
-    /// @param exported  not owned, made ready by StartExportThread()
-    ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate);
-    /// The thread has ended.
+    /// Starts the thread. @param exported  not owned, made ready by StartExportThread()  @param gate  of the results
+    ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate, const ExportJob::Task &task);
+    /// Cancels it and waits for its thread, unless that has lost its pass: then it is left behind.
     ~ExportDataProMng() override;
 
-    AnalyzerResults *const results; ///< not owned
-    // Set before the start:
-    QString fileName;
-    std::int32_t displayBase = 0;
-    std::uint32_t exportType = 0; ///< the option's id
-
     /// Asks it to end without a file: within 100 ms. Main thread.
-    void cancel();
+    void cancel() { m_job->cancel(); }
+    [[nodiscard]] double progress() const { return m_job->progress(); }
+    [[nodiscard]] const std::shared_ptr<ResultsReader> &reader() const { return m_job->reader(); }
     /// Good once the thread has ended.
-    [[nodiscard]] const ExportOutcome &outcome() const { return m_outcome; }
+    [[nodiscard]] const ExportOutcome &outcome() const { return m_job->outcome(); }
 
 signals:
+    /// The file is written, or never will be.
     void sigDeleteExportDataProMng();
-    /// The file is written, or never will be. Emitted on the thread.
-    void sigQuit();
-
-public slots:
-    /// Waits for the thread, which has nothing more to do. Main thread.
-    void slotQuit();
-
-protected:
-    void run() override;
 
 private:
-    [[nodiscard]] ExportOutcome write();
-    void join();
-
-    std::optional<ResultsPass> m_pass; ///< given back on the thread
-    std::atomic<bool> m_cancelled{false};
-    std::atomic<bool> m_left{false}; ///< the thread has nothing more to do: orders its memory for who waited for it
-    ExportOutcome m_outcome;         ///< the thread's until it has ended
+    std::shared_ptr<ExportJob> m_job; ///< the thread's too
+    std::thread m_thread;
 };

@@ -36,8 +36,9 @@ bool LingeringWorker::hasLeft()
         return false;
     }
     m_gone = true;
-    if (m_terminated) {
-        // Its stack was torn off: what the decoder holds may be in any state and is not touched again.
+    if (m_terminated || item.isRead()) {
+        // Its stack was torn off: what the decoder holds may be in any state and is not touched again. Nor is what a
+        // reader has not come out of.
         keepForEver();
     } else {
         item.progMng.reset();
@@ -69,12 +70,16 @@ void LingeringWorker::leaveBehind()
     keepForEver();
 }
 
-/// All but the admission to the capture stays until the process ends, and is never used again.
 void LingeringWorker::keepForEver()
 {
-    static auto &kept = *new std::vector<AnalyzerItem>;
     std::unique_ptr<SmpLease> capture = std::move(item.capture);
-    kept.push_back(std::move(item));
+    ::keepForEver(std::move(item));
     item = AnalyzerItem();
     item.capture = std::move(capture);
+}
+
+void keepForEver(AnalyzerItem item)
+{
+    static auto &kept = *new std::vector<AnalyzerItem>;
+    kept.push_back(std::move(item));
 }

@@ -26,9 +26,13 @@ struct LingeringWorker {
 private:
     [[nodiscard]] bool hasLeft();
     void leaveBehind();
+    /// All but the admission to the capture.
     void keepForEver();
 
     QElapsedTimer m_clock;
     bool m_terminated = false;
     bool m_gone = false; ///< ended or left behind
 };
+
+/// The item stays until the process ends, and is never used again. Main thread.
+void keepForEver(AnalyzerItem item);

@@ -1,6 +1,7 @@
 #include "analyzer/ResultCursor.h"
 
 #include "analyzer/PluginCall.h"
+#include "analyzer/ResultsGate.h"
 
 #include <algorithm>
 #include <corvanlux/analyzer/AnalyzerResults.h>
@@ -40,14 +41,26 @@ void place(ResultCursor &cursor, std::uint64_t index)
     cursor.frameLast = frame.lastSample;
 }
 
-std::string textOf(const ResultCursor &cursor, std::uint64_t index)
+std::string textOf(const ResultCursor &cursor, std::uint64_t index, ResultsReader *reader)
 {
+    AnalyzerResults &results = *cursor.source.results;
     std::string text;
-    const QString fault = pluginFault([&] {
-        cursor.source.results->BuildTabularText(index, cursor.source.format);
-        text = cursor.source.results->GetTabularTextString();
-    });
-    return fault.isEmpty() ? text : std::string();
+    const auto make = [&] {
+        const QString fault = pluginFault([&] {
+            results.BuildTabularText(index, cursor.source.format);
+            text = results.GetTabularTextString();
+        });
+        if (!fault.isEmpty()) {
+            results.KeepTextFault(fault.toUtf8().constData());
+            text.clear();
+        }
+    };
+    if (reader == nullptr) {
+        make();
+    } else if (!reader->inside(&results, make)) {
+        throw PassTaken();
+    }
+    return text;
 }
 
 std::size_t next(const Cursors &cursors)

@@ -8,6 +8,7 @@
 
 class Analyzer;
 class AnalyzerResults;
+class ResultsReader;
 
 /// One analyzer whose frames are listed.
 struct ResultSource {
@@ -38,8 +39,13 @@ constexpr std::size_t none = std::size_t(-1);
 
 /// Moves a cursor to a frame, at most behind the last one.
 void place(ResultCursor &cursor, std::uint64_t index);
-/// The text of a frame, UTF-8; empty when the plug-in fails.
-[[nodiscard]] std::string textOf(const ResultCursor &cursor, std::uint64_t index);
+/// What leaves textOf(), and all around it, when the reader's pass was taken meanwhile: nothing that the cursors point
+/// at is there any more, perhaps. No std::exception.
+class PassTaken {};
+
+/// The text of a frame, UTF-8; empty when the plug-in fails, which is kept by its results.
+/// @param reader  who holds the pass; null for one that cannot lose it
+[[nodiscard]] std::string textOf(const ResultCursor &cursor, std::uint64_t index, ResultsReader *reader);
 
 /// The cursor before which the next row stands; none behind all frames.
 [[nodiscard]] std::size_t next(const Cursors &cursors);

@@ -36,7 +36,7 @@ bool isFull(const State &state)
 
 bool counts(const State &state, const ResultCursor &cursor, std::uint64_t index)
 {
-    return state.filter.isEmpty() || state.filter.matches(ResultMerge::textOf(cursor, index));
+    return state.filter.isEmpty() || state.filter.matches(ResultMerge::textOf(cursor, index, state.reader));
 }
 
 void raiseTotal(State &state)
@@ -52,7 +52,7 @@ bool fillDown(State &state)
         return false;
     }
     ResultCursor &cursor = state.fillCursors[at];
-    const std::string text = ResultMerge::textOf(cursor, cursor.frameIndex);
+    const std::string text = ResultMerge::textOf(cursor, cursor.frameIndex, state.reader);
     if (state.filter.matches(text)) {
         state.rows.append(shown(text));
         state.rowRanges.push_back(rowOf(cursor));
@@ -73,7 +73,7 @@ bool fillUp(State &state)
     }
     ResultCursor &cursor = state.pageCursors[at];
     ResultMerge::place(cursor, cursor.frameIndex - 1);
-    const std::string text = ResultMerge::textOf(cursor, cursor.frameIndex);
+    const std::string text = ResultMerge::textOf(cursor, cursor.frameIndex, state.reader);
     if (state.filter.matches(text)) {
         --state.topRow;
         state.rows.prepend(shown(text));
@@ -168,8 +168,10 @@ void slideUp(State &state, qint64 distance)
 void reset(State &state, std::span<const ResultSource> sources, const Query &query)
 {
     const int rowNum = state.rowNum;
+    ResultsReader *const reader = state.reader;
     state = {};
     state.rowNum = rowNum;
+    state.reader = reader;
     state.filter = RowFilter(query.searchText);
     state.hasData = query.endSample > 0;
     if (!state.hasData) {

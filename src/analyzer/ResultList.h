@@ -12,7 +12,8 @@
 /// over plain values. Any thread that may read the results.
 ///
 /// Without a search a row's number counts all frames from the first one on; with a search it counts those that match.
-/// Each step looks at one frame, so that its caller can hear requests between any two.
+/// Each step looks at one frame, so that its caller can hear requests between any two. All that makes texts may be left
+/// by ResultMerge::PassTaken.
 namespace ResultList {
 
 /// What is to be listed.
@@ -46,6 +47,7 @@ struct State {
     int rowNum = 0;       ///< rows that fit in the view
     bool hasData = false;
     RowFilter filter;
+    ResultsReader *reader = nullptr; ///< whose thread this is; not owned, null for one that cannot lose its pass
 };
 
 enum class Step {
@@ -54,7 +56,7 @@ enum class Step {
     Idle      ///< nothing is left to do
 };
 
-/// Starts anew. Keeps `rowNum`.
+/// Starts anew. Keeps `rowNum` and `reader`.
 void reset(State &state, std::span<const ResultSource> sources, const Query &query);
 /// Another number of rows fits in the view: the page is to be filled by step() from the same first row on.
 void setRowNum(State &state, int rowNum);

@@ -1,10 +1,61 @@
 #include "analyzer/ResultsGate.h"
 
-ResultsPass::ResultsPass(ResultsGate &gate) : m_gate(nullptr)
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::milliseconds betweenTakes{2}; ///< behind the patience, while a reader is outside of plug-ins
+
+} // namespace
+
+bool ResultsGate::takeLocked(const std::shared_ptr<ResultsReader> &reader)
+{
+    using State = ResultsReader::State;
+    if (m_keeper == nullptr || reader->m_state.load(std::memory_order_acquire) != State::Inside ||
+        !m_keeper->owns(reader->results())) {
+        return false;
+    }
+    State state = State::Inside;
+    if (!reader->m_state.compare_exchange_strong(state, State::Lost, std::memory_order_acq_rel)) {
+        return false;
+    }
+    m_keeper->keep(reader->results(), reader);
+    std::erase(m_holders, reader);
+    return true;
+}
+
+bool ResultsGate::take(const std::shared_ptr<ResultsReader> &reader)
+{
+    const std::lock_guard lock(m_mutex);
+    return takeLocked(reader);
+}
+
+std::vector<const AnalyzerResults *> ResultsGate::takeFromStuck()
+{
+    std::vector<const AnalyzerResults *> stuckIn;
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(m_mutex);
+    for (const std::shared_ptr<ResultsReader> &reader : std::vector(m_holders)) {
+        const std::uint64_t calls = reader->m_calls.load(std::memory_order_relaxed);
+        const bool isInside = reader->m_state.load(std::memory_order_relaxed) == ResultsReader::State::Inside;
+        if (!isInside || calls != reader->m_seenCalls || reader->m_isLong.load(std::memory_order_relaxed)) {
+            reader->m_seenCalls = calls;
+            reader->m_seenAt = now;
+        } else if (now - reader->m_seenAt >= grace && takeLocked(reader)) {
+            stuckIn.push_back(reader->results());
+        }
+    }
+    return stuckIn;
+}
+
+ResultsPass::ResultsPass(ResultsGate &gate, std::shared_ptr<ResultsReader> reader)
+    : m_gate(nullptr), m_reader(std::move(reader))
 {
     const std::lock_guard lock(gate.m_mutex);
     if (gate.m_changes == 0) {
-        ++gate.m_holders;
+        m_reader->m_seenAt = std::chrono::steady_clock::now();
+        gate.m_holders.push_back(m_reader);
         m_gate = &gate;
     }
 }
@@ -14,18 +65,31 @@ ResultsPass::~ResultsPass()
     if (m_gate == nullptr) {
         return;
     }
-    const std::lock_guard lock(m_gate->m_mutex);
-    if (--m_gate->m_holders == 0) {
+    if (m_reader->isLost()) {
+        m_reader->m_isOut.store(true, std::memory_order_release);
+        return;
+    }
+    const std::lock_guard lock(m_gate->m_mutex); // none is lost any more: it is inside of nothing
+    std::erase(m_gate->m_holders, m_reader);
+    if (m_gate->m_holders.empty()) {
         m_gate->m_changed.notify_all(); // under the lock: the gate may go as soon as it is open
     }
 }
 
 ResultsChange::ResultsChange(ResultsGate &gate) : m_gate(gate)
 {
+    const auto isFree = [&gate] { return gate.m_holders.empty(); };
     std::unique_lock lock(gate.m_mutex);
     ++gate.m_changes;
     gate.modifyPending.store(true, std::memory_order_release);
-    gate.m_changed.wait(lock, [&gate] { return gate.m_holders == 0; });
+    if (gate.m_changed.wait_for(lock, ResultsGate::patience, isFree)) {
+        return;
+    }
+    do {
+        for (const std::shared_ptr<ResultsReader> &reader : std::vector(gate.m_holders)) {
+            (void)gate.takeLocked(reader);
+        }
+    } while (!gate.m_changed.wait_for(lock, betweenTakes, isFree));
 }
 
 ResultsChange::~ResultsChange()

@@ -138,7 +138,7 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
     if (!waitForWorkers(manager)) {
         return Terminal::interrupted;
     }
-    const bool good = tellOfRuns(manager, faults);
+    bool good = tellOfRuns(manager, faults);
     FrameWriter::Capture capture{name, data.smpFrequ(), data.smpCount(), {}};
     for (int i = 0; i < manager.count(); ++i) {
         capture.analyzers.push_back(manager.analyzerAt(i));
@@ -148,6 +148,8 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
     if (!writeFrames(manager, writer, out, span.from * rate, span.to * rate)) {
         return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
+    manager.lookAfterReaders(); // there is no event loop that would
+    good = !faults.say() && good;
     return good ? Terminal::good : Terminal::badInput;
 }
 

@@ -1,5 +1,6 @@
 #include "cli/FrameWriter.h"
 
+#include "analyzer/PluginCall.h"
 #include "cli/Output.h"
 
 #include <QtGlobal>
@@ -38,10 +39,30 @@ std::span<const FrameValue> valuesOf(AnalyzerResults &results)
     return {values, count};
 }
 
+/// Runs code of a decoder; what it throws is kept with its results.
+template<class Call>
+void keepFault(AnalyzerResults &results, const Call &call)
+{
+    const QString fault = pluginFault(call);
+    if (!fault.isEmpty()) {
+        results.KeepTextFault(fault.toUtf8().constData());
+    }
+}
+
+std::string_view nameOf(const Analyzer &analyzer)
+{
+    const char *name = analyzer.AnalyzerName();
+    return name != nullptr ? name : "";
+}
+
 std::string tabularText(AnalyzerResults &results, std::uint64_t index)
 {
-    results.BuildTabularText(index, textBase);
-    return results.GetTabularTextString();
+    std::string text;
+    keepFault(results, [&] {
+        results.BuildTabularText(index, textBase);
+        text = results.GetTabularTextString();
+    });
+    return text;
 }
 
 void writeJsonSettings(Output &out, const Analyzer &analyzer)
@@ -66,7 +87,7 @@ void writeJsonSettings(Output &out, const Analyzer &analyzer)
 void writeJsonAnalyzer(Output &out, const Analyzer &analyzer)
 {
     out << "\"protocol\":";
-    writeJsonText(out, analyzer.AnalyzerName());
+    writeJsonText(out, nameOf(analyzer));
     out << ",\"settings\":";
     writeJsonSettings(out, analyzer);
 }
@@ -99,7 +120,7 @@ public:
     void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) override
     {
         const Frame frame = results.GetFrame(index);
-        results.BuildFrameValues(index);
+        keepFault(results, [&] { results.BuildFrameValues(index); });
         m_out << "{\"s\":" << frame.firstSample << ",\"e\":" << frame.lastSample << ",\"k\":";
         writeJsonText(m_out, kindOf(results));
         for (const FrameValue &value : valuesOf(results)) {
@@ -151,10 +172,10 @@ public:
     void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) override
     {
         const Frame frame = results.GetFrame(index);
-        results.BuildFrameValues(index);
+        keepFault(results, [&] { results.BuildFrameValues(index); });
         m_out << std::string_view(secondsText(frame.firstSample, m_capture.rate).constData()) << ','
               << frame.firstSample << ',' << frame.lastSample << ',';
-        field(m_capture.analyzers[analyzer]->AnalyzerName());
+        field(nameOf(*m_capture.analyzers[analyzer]));
         m_out << ',';
         field(kindOf(results));
         m_out << ',';
@@ -206,7 +227,7 @@ public:
     {
         m_out << std::string_view(secondsText(results.GetFrame(index).firstSample, m_capture.rate).constData()) << '\t';
         if (m_capture.analyzers.size() > 1) {
-            m_out << m_capture.analyzers[analyzer]->AnalyzerName() << '\t';
+            m_out << nameOf(*m_capture.analyzers[analyzer]) << '\t';
         }
         m_out << tabularText(results, index) << '\n';
     }

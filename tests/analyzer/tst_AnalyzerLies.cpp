@@ -1,6 +1,7 @@
 // Plug-ins that do what they must not: each is told once, takes its own analyzer out of use at most, and harms nobody.
 
 #include "AnalyzerDesk.h"
+#include "analyzer/AnalyzerDataGen.h"
 
 #include <QLibrary>
 
@@ -26,6 +27,10 @@ private slots:
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
     void textsThatThrowAreEmpty();
+    void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data();
+    void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse();
+    void aPluginThatAnswersWithNullHarmsNobody_data();
+    void aPluginThatAnswersWithNullHarmsNobody();
     void theProgramEndsWithADecoderThatNeverLeaves();
 };
 
@@ -231,6 +236,82 @@ void TstAnalyzerLies::textsThatThrowAreEmpty()
     std::uint32_t count = 1;
     desk.results()->GetResultStrings(&texts, &count);
     QCOMPARE(count, 0U);
+}
+
+void TstAnalyzerLies::textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("texts") << QStringLiteral("text-throws");
+    QTest::newRow("values") << QStringLiteral("values-throw");
+}
+
+void TstAnalyzerLies::textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse()
+{
+    QFETCH(QString, plugin);
+    AnalyzerDesk desk({plugin});
+    QVERIFY(desk.add());
+    QVERIFY(desk.waitForWorkers());
+    desk.manager->lookAfterReaders();
+    QVERIFY(!desk.manager->endedEarly(0)); // nobody has asked yet
+    for (std::uint64_t frame = 0; frame < 3; ++frame) {
+        desk.results()->BuildTabularText(frame, DisplayBase::Hexadecimal);
+        desk.results()->BuildFrameValues(frame);
+    }
+    QTRY_COMPARE(desk.told, QStringList{QStringLiteral("Lie: the plug-in threw")});
+    QCOMPARE(desk.manager->message(0), QStringLiteral("the plug-in threw"));
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(0));
+    desk.manager->restartAnalyzer(0);
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.frames() > 0);
+    desk.manager->lookAfterReaders();
+    QVERIFY(!desk.manager->endedEarly(0));
+    QCOMPARE(desk.told.size(), 1);
+}
+
+void TstAnalyzerLies::aPluginThatAnswersWithNullHarmsNobody_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::addColumn<bool>("hasFrames");
+    QTest::newRow("results") << QStringLiteral("null-results") << false;
+    QTest::newRow("texts") << QStringLiteral("null-texts") << true;
+}
+
+void TstAnalyzerLies::aPluginThatAnswersWithNullHarmsNobody()
+{
+    QFETCH(QString, plugin);
+    QFETCH(bool, hasFrames);
+    AnalyzerDesk desk({plugin});
+    AnalyzerManager &manager = *desk.manager;
+    desk.stored = {{plugin + QStringLiteral(".dll"), QString(), QStringLiteral("2")}};
+    manager.loadFromConfig();
+    QCOMPARE(manager.count(), 1);
+    manager.captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.results() != nullptr, hasFrames);
+    QCOMPARE(desk.frames(), std::uint64_t(hasFrames ? 1 : 0));
+    QCOMPARE(manager.analyzerTitle(0), QStringLiteral("Nulls"));
+    QCOMPARE(manager.shownStateList(), QStringList{QStringLiteral("Nulls,1")});
+    QCOMPARE(manager.message(0), QString());
+    QVERIFY(manager.analyzerChannels(0).isEmpty());
+
+    AnalyzerDataGen list(manager);
+    list.slotRowNumChanged(3);
+    list.reset({QString(), 0, double(desk.capture.smpCount())});
+    QTRY_VERIFY(list.isAtRest());
+    QCOMPARE(list.rows(), hasFrames ? QStringList{QString()} : QStringList());
+
+    std::vector<SimulationChannel> channels;
+    manager.saveToConfig();
+    manager.simulation().begin(1000);
+    manager.simulation().build(1000, 1000, channels);
+    manager.simulation().release();
+    QVERIFY(channels.empty());
+    manager.restartAnalyzer(0);
+    manager.removeAnalyzer(0);
+    QCOMPARE(desk.told, QStringList());
 }
 
 void TstAnalyzerLies::theProgramEndsWithADecoderThatNeverLeaves()

@@ -90,15 +90,21 @@ public:
             throwUp();
         }
         if (lie == "text-waits") {
-            textGate.inside = true;
+            ++textGate.inside;
             while (textGate.held) {
                 std::this_thread::yield();
             }
-            textGate.inside = false;
+            --textGate.inside;
         }
         out.add("edge ", lux::formatCount(frame.firstSample));
     }
-    void values(const FrameData &, lux::FrameValues &out) const override { out.kind("edge"); }
+    void values(const FrameData &, lux::FrameValues &out) const override
+    {
+        if (lie == "values-throw") {
+            throwUp();
+        }
+        out.kind("edge");
+    }
 };
 
 /// A frame for each edge of the line.

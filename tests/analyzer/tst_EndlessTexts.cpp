@@ -1,0 +1,227 @@
+// Plug-ins whose texts and exports never come to an end: nobody waits for them, and they are told once.
+
+#include "AnalyzerDesk.h"
+#include "analyzer/AnalyzerDataGen.h"
+#include "plugins/TextGate.h"
+
+#include <QLibrary>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <thread>
+
+namespace {
+
+constexpr int patience = 20000; // ms
+
+/// An analyzer whose texts never end while the gate is held, one that is sound, and a list of what they find.
+class EndlessDesk : public AnalyzerDesk {
+public:
+    EndlessDesk() : AnalyzerDesk({QStringLiteral("text-waits"), QStringLiteral("sound")})
+    {
+        gate().held = true;
+        list = std::make_unique<AnalyzerDataGen>(*manager);
+        list->slotRowNumChanged(3);
+        QObject::connect(list.get(), &AnalyzerDataGen::resetWanted, list.get(), [this] { resetList(); });
+        QObject::connect(manager.get(), &AnalyzerManager::analyzerItemChanged, list.get(), [this] { resetList(); });
+    }
+    /// Every thread that was left behind has come out when this is gone, so that the next test begins anew.
+    ~EndlessDesk()
+    {
+        TextGate &texts = gate();
+        list.reset();
+        manager.reset();
+        texts.held = false;
+        while (texts.inside > 0) {
+            std::this_thread::yield();
+        }
+    }
+    [[nodiscard]] bool addBoth() { return add(0, 0) && add(1, 1) && waitForWorkers(); }
+    void resetList() const { list->reset({QString(), 0, double(capture.smpCount())}); }
+    /// The list's thread goes into the texts and does not come out.
+    [[nodiscard]] bool holdList() const
+    {
+        resetList();
+        return QTest::qWaitFor([] { return gate().inside > 0; }, patience);
+    }
+    [[nodiscard]] bool waitForTold() const
+    {
+        return QTest::qWaitFor([this] { return !told.isEmpty(); }, patience);
+    }
+    [[nodiscard]] static TextGate &gate()
+    {
+        QLibrary file(folderOf(QStringLiteral("text-waits")) + QStringLiteral("/text-waits"));
+        return *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    }
+    /// Instances of the one with endless texts, without those of the tests before.
+    [[nodiscard]] int living() const { return alive() - m_aliveBefore; }
+    [[nodiscard]] static int alive()
+    {
+        QLibrary file(folderOf(QStringLiteral("text-waits")) + QStringLiteral("/text-waits"));
+        return reinterpret_cast<int (*)()>(file.resolve("LiveAnalyzers"))();
+    }
+
+    const QStringList doesNotStop{
+        QStringLiteral("Lie: The decoder does not stop. It is out of use until it is started again.")};
+    std::unique_ptr<AnalyzerDataGen> list; ///< goes before the manager
+
+private:
+    const int m_aliveBefore = alive();
+};
+
+} // namespace
+
+class TstEndlessTexts : public QObject {
+    Q_OBJECT
+private slots:
+    void aCaptureIsNotHeldUpByAnEndlessTextOfTheList();
+    void theListGoesOnWithoutAnAnalyzerWhoseTextNeverEnds();
+    void aTextThatComesBackInTimeIsNoFault();
+    void anAnalyzerCanBeRemovedDuringItsEndlessText();
+    void theProgramEndsDuringAnEndlessText();
+    void anEndlessExportEndsWhenItIsCancelled();
+    void aCaptureIsNotHeldUpByAnEndlessExport();
+    void anAnalyzerCanBeRemovedDuringItsEndlessExport();
+    void theProgramEndsDuringAnEndlessExport();
+};
+
+void TstEndlessTexts::aCaptureIsNotHeldUpByAnEndlessTextOfTheList()
+{
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.told, QStringList()); // it may still come back
+    QCOMPARE(desk.frames(0), std::uint64_t(desk.capture.entryCount(0) - 1));
+    QVERIFY(desk.waitForTold());
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(0), std::uint64_t(0)); // out of use
+    QVERIFY(desk.manager->endedEarly(0));
+    QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
+    desk.resetList();
+    QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
+    QCOMPARE(desk.told, desk.doesNotStop);
+}
+
+void TstEndlessTexts::theListGoesOnWithoutAnAnalyzerWhoseTextNeverEnds()
+{
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    QVERIFY(desk.waitForTold());
+    QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
+    QCOMPARE(desk.list->frameAt(0)->analyzer, desk.manager->analyzerAt(1));
+    QCOMPARE(desk.told, desk.doesNotStop);
+    QCOMPARE(desk.manager->count(), 2);
+}
+
+void TstEndlessTexts::aTextThatComesBackInTimeIsNoFault()
+{
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    desk.manager->captureStarts();
+    QCOMPARE(desk.living(), 2); // the one that is read, and another one in its place
+    desk.gate().held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(desk.living(), 1, patience);
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    desk.resetList();
+    QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
+    QCOMPARE(desk.list->frameAt(0)->analyzer, desk.manager->analyzerAt(0));
+    QCOMPARE(desk.told, QStringList());
+    QVERIFY(!desk.manager->endedEarly(0));
+}
+
+void TstEndlessTexts::anAnalyzerCanBeRemovedDuringItsEndlessText()
+{
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    desk.manager->removeAnalyzer(0);
+    QCOMPARE(desk.manager->count(), 1);
+    desk.resetList();
+    QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
+    QCOMPARE(desk.living(), 1);
+    desk.gate().held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(desk.living(), 0, patience);
+    QCOMPARE(desk.told, QStringList());
+}
+
+void TstEndlessTexts::theProgramEndsDuringAnEndlessText()
+{
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    desk.list.reset();
+    desk.manager.reset();
+    QCOMPARE(desk.gate().inside.load(), 1);
+}
+
+void TstEndlessTexts::anEndlessExportEndsWhenItIsCancelled()
+{
+    const QTemporaryDir folder;
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    desk.manager->startExport(desk.results(0), folder.filePath(QStringLiteral("frames.txt")), 1, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
+    desk.manager->cancelExport();
+    QVERIFY(desk.manager->isExporting()); // it may still end by itself
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
+    QVERIFY(desk.manager->exportOutcome().cancelled);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList());
+    QVERIFY(desk.waitForTold());
+    QCOMPARE(desk.told, desk.doesNotStop);
+    QVERIFY(desk.manager->endedEarly(0));
+
+    desk.manager->startExport(desk.results(1), folder.filePath(QStringLiteral("other.txt")), 1, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
+    QVERIFY(desk.manager->exportOutcome().isDone());
+}
+
+void TstEndlessTexts::aCaptureIsNotHeldUpByAnEndlessExport()
+{
+    const QTemporaryDir folder;
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    desk.manager->startExport(desk.results(0), folder.filePath(QStringLiteral("frames.txt")), 1, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
+    QVERIFY(desk.manager->exportOutcome().cancelled);
+    QVERIFY(desk.waitForTold());
+    QCOMPARE(desk.told, desk.doesNotStop);
+}
+
+void TstEndlessTexts::anAnalyzerCanBeRemovedDuringItsEndlessExport()
+{
+    const QTemporaryDir folder;
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    desk.manager->startExport(desk.results(0), folder.filePath(QStringLiteral("frames.txt")), 1, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
+    desk.manager->removeAnalyzer(0);
+    desk.manager->removeAnalyzer(0);
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList());
+}
+
+void TstEndlessTexts::theProgramEndsDuringAnEndlessExport()
+{
+    const QTemporaryDir folder;
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    desk.manager->startExport(desk.results(0), folder.filePath(QStringLiteral("frames.txt")), 1, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
+    desk.list.reset();
+    desk.manager.reset();
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList());
+}
+
+QTEST_GUILESS_MAIN(TstEndlessTexts)
+#include "tst_EndlessTexts.moc"
