@@ -2,6 +2,7 @@
 // 2.5 million frames each that show themselves on four rows, each with markers on one. The argument is the number of
 // frames in view. Each is to take at most 16 ms, and all frames in view at most twice as long as a thousand.
 
+#include "analyzer/AnalyzerManager.h"
 #include "controls/Look.h"
 #include "protocol/ResultsOnChannel.h"
 #include "wave/DecodedSource.h"
@@ -59,11 +60,13 @@ public:
     ~BusySource() override { gDecodedSource = nullptr; }
     void visit(int chn, const std::function<void(const DecodedChannel &)> &visit) const override
     {
-        visit(ResultsOnChannel(*m_results[std::size_t(chn / 4 % 4)], chn, int(DisplayBase::Hexadecimal)));
+        visit(ResultsOnChannel(*m_results[std::size_t(chn / 4 % 4)], chn, int(DisplayBase::Hexadecimal), m_maker));
     }
     [[nodiscard]] QString chnLabel(int) const override { return {}; }
 
 private:
+    AnalyzerManager m_manager{AnalyzerHost{}, QStringList(), QString()};
+    mutable BubbleMaker m_maker{m_manager, {}};
     std::array<std::unique_ptr<BusyResults>, 4> m_results;
 };
 

@@ -49,7 +49,7 @@ void MainWindow::buildResults()
 
 void MainWindow::buildAnalyzerPanel()
 {
-    m_decodedWave = std::make_unique<DecodedWave>(*analyzerMgr);
+    m_decodedWave = std::make_unique<DecodedWave>(*analyzerMgr, [this] { mainView->slotUpdateAnalyzerDecoded(); });
     protocolSetting = new ProtocolSetting(analyzerMgr);
     protocolSetting->extendMenu = [this](QMenu &menu, int itemIndex) { analyzerExport->extendMenu(menu, itemIndex); };
     analyzerView->addSection(AnalyzerView::Analyzers, protocolSetting);

@@ -4,8 +4,10 @@
 #include "protocol/ResultsOnChannel.h"
 
 #include <corvanlux/analyzer/Analyzer.h>
+#include <utility>
 
-DecodedWave::DecodedWave(const AnalyzerManager &manager) : m_manager(manager)
+DecodedWave::DecodedWave(AnalyzerManager &manager, std::function<void()> arrived)
+    : m_manager(manager), m_maker(manager, std::move(arrived))
 {
     gDecodedSource = this;
 }
@@ -20,7 +22,7 @@ void DecodedWave::visit(int chn, const std::function<void(const DecodedChannel &
     for (const Analyzer *analyzer : m_manager.analyzersOnChannel(chn)) {
         AnalyzerResults *results = nullptr;
         if (analyzer->GetAnalyzerResults(&results) && results != nullptr) {
-            visit(ResultsOnChannel(*results, chn, m_manager.formatOfAnalyzer(analyzer)));
+            visit(ResultsOnChannel(*results, chn, m_manager.formatOfAnalyzer(analyzer), m_maker));
         }
     }
 }

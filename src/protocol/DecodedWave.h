@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analyzer/BubbleMaker.h"
 #include "wave/DecodedSource.h"
 
 class AnalyzerManager;
@@ -10,7 +11,8 @@ class AnalyzerManager;
 class DecodedWave : public DecodedSource {
 public:
     /// @param manager  not owned, outlives this
-    explicit DecodedWave(const AnalyzerManager &manager);
+    /// @param arrived  called when there are texts of bubbles that a visit has told none of, since they took long
+    explicit DecodedWave(AnalyzerManager &manager, std::function<void()> arrived = {});
     ~DecodedWave() override;
     DecodedWave(const DecodedWave &) = delete;
     DecodedWave &operator=(const DecodedWave &) = delete;
@@ -20,4 +22,5 @@ public:
 
 private:
     const AnalyzerManager &m_manager;
+    mutable BubbleMaker m_maker;
 };

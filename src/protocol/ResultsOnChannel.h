@@ -1,17 +1,20 @@
 #pragma once
 
+#include "analyzer/BubbleMaker.h"
 #include "analyzer/DisplayFormat.h"
-#include "analyzer/PluginCall.h"
 #include "wave/DecodedSource.h"
 
 #include <corvanlux/analyzer/AnalyzerResults.h>
+#include <string>
+#include <vector>
 
 /// The results of one analyzer as the row of one channel shows them. A plain view: whoever makes it knows that the
 /// results live on. Main thread.
 class ResultsOnChannel : public DecodedChannel {
 public:
-    ResultsOnChannel(AnalyzerResults &results, int chn, int format)
-        : m_results(results), m_channel(0, std::uint32_t(chn)), m_base(displayBaseOf(format))
+    /// @param maker  of the texts; not owned
+    ResultsOnChannel(AnalyzerResults &results, int chn, int format, BubbleMaker &maker)
+        : m_results(results), m_channel(0, std::uint32_t(chn)), m_base(displayBaseOf(format)), m_maker(maker)
     {}
 
     bool hasBubbles() const override { return m_results.DoBubblesAppearOnChannel(m_channel); }
@@ -36,13 +39,14 @@ public:
     }
     DecodedTexts textsOf(std::uint64_t frame) const override
     {
-        DecodedTexts out;
-        const QString fault = pluginFault([&] {
-            Channel channel = m_channel;
-            m_results.BuildBubbleText(frame, channel, m_base);
-            m_results.GetResultStrings(&out.texts, &out.count);
-        });
-        return fault.isEmpty() && out.texts != nullptr ? out : DecodedTexts();
+        m_texts.clear();
+        const BubbleMaker::Texts *made = m_maker.texts({&m_results, frame, m_channel.channelIndex, m_base});
+        if (made != nullptr) {
+            for (const std::string &text : *made) {
+                m_texts.push_back(text.c_str());
+            }
+        }
+        return {m_texts.data(), std::uint32_t(m_texts.size())};
     }
 
     bool hasMarkers() const override { return m_results.DoMarkersAppearOnChannel(m_channel); }
@@ -64,4 +68,6 @@ private:
     AnalyzerResults &m_results;
     const Channel m_channel;
     const DisplayBase m_base;
+    BubbleMaker &m_maker;
+    mutable std::vector<const char *> m_texts; ///< what textsOf() told last
 };

@@ -2,6 +2,7 @@
 
 #include "AnalyzerDesk.h"
 #include "analyzer/AnalyzerDataGen.h"
+#include "analyzer/BubbleMaker.h"
 #include "plugins/TextGate.h"
 
 #include <QLibrary>
@@ -79,6 +80,10 @@ private slots:
     void aTextThatComesBackInTimeIsNoFault();
     void anAnalyzerCanBeRemovedDuringItsEndlessText();
     void theProgramEndsDuringAnEndlessText();
+    void aPaintIsNotHeldUpByAnEndlessText();
+    void textsThatComeLateAreThereForTheNextPaint();
+    void aCaptureIsNotHeldUpByAnEndlessTextOfABubble();
+    void theProgramEndsDuringAnEndlessTextOfABubble();
     void anEndlessExportEndsWhenItIsCancelled();
     void aCaptureIsNotHeldUpByAnEndlessExport();
     void anAnalyzerCanBeRemovedDuringItsEndlessExport();
@@ -158,7 +163,69 @@ void TstEndlessTexts::theProgramEndsDuringAnEndlessText()
     QVERIFY(desk.holdList());
     desk.list.reset();
     desk.manager.reset();
-    QCOMPARE(desk.gate().inside.load(), 1);
+    QVERIFY(desk.gate().inside > 0);
+}
+
+void TstEndlessTexts::aPaintIsNotHeldUpByAnEndlessText()
+{
+    EndlessDesk desk;
+    BubbleMaker maker(*desk.manager, {});
+    QVERIFY(desk.addBoth());
+    const BubbleMaker::Key endless{desk.results(0), 0, 0, DisplayBase::Decimal};
+    const BubbleMaker::Key sound{desk.results(1), 0, 1, DisplayBase::Decimal};
+    for (int i = 0; i < 1000; ++i) {
+        QVERIFY(maker.texts(endless) == nullptr); // only the first one waits
+        QVERIFY(maker.texts(sound) == nullptr);   // its turn does not come before the other's end
+    }
+    QVERIFY(desk.waitForTold());
+    QCOMPARE(desk.told, desk.doesNotStop);
+    QVERIFY(desk.results(0) == nullptr); // nobody asks it again
+    const BubbleMaker::Texts *texts = maker.texts(sound);
+    QVERIFY(texts != nullptr);
+    QVERIFY(texts->front().rfind("edge ", 0) == 0);
+}
+
+void TstEndlessTexts::textsThatComeLateAreThereForTheNextPaint()
+{
+    EndlessDesk desk;
+    int paints = 0;
+    BubbleMaker maker(*desk.manager, [&paints] { ++paints; });
+    QVERIFY(desk.addBoth());
+    const BubbleMaker::Key key{desk.results(0), 2, 0, DisplayBase::Decimal};
+    QVERIFY(maker.texts(key) == nullptr);
+    desk.gate().held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(paints, 1, patience);
+    desk.gate().held = true;
+    QVERIFY(maker.texts(key) != nullptr);
+    desk.gate().held = false;
+    QCOMPARE(desk.told, QStringList());
+}
+
+void TstEndlessTexts::aCaptureIsNotHeldUpByAnEndlessTextOfABubble()
+{
+    EndlessDesk desk;
+    BubbleMaker maker(*desk.manager, {});
+    QVERIFY(desk.addBoth());
+    QVERIFY(maker.texts({desk.results(0), 0, 0, DisplayBase::Decimal}) == nullptr);
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(maker.texts({desk.results(1), 0, 1, DisplayBase::Decimal}) != nullptr);
+    QVERIFY(desk.waitForTold());
+    QCOMPARE(desk.told, desk.doesNotStop);
+}
+
+void TstEndlessTexts::theProgramEndsDuringAnEndlessTextOfABubble()
+{
+    EndlessDesk desk;
+    {
+        BubbleMaker maker(*desk.manager, {});
+        QVERIFY(desk.addBoth());
+        QVERIFY(maker.texts({desk.results(0), 0, 0, DisplayBase::Decimal}) == nullptr);
+    }
+    desk.list.reset();
+    desk.manager.reset();
+    QVERIFY(desk.gate().inside > 0);
 }
 
 void TstEndlessTexts::anEndlessExportEndsWhenItIsCancelled()

@@ -87,21 +87,25 @@ void TstDecodedWave::textsFollowTheDisplayFormat()
 
 void TstDecodedWave::aFormatThatIsNoneIsHexadecimal()
 {
+    AnalyzerManager manager(AnalyzerHost{}, QStringList(), QString());
+    BubbleMaker maker(manager, {});
     BaseResults results;
     for (const auto &[format, text] : {std::pair(0, "base 0"), std::pair(1, "base 1"), std::pair(2, "base 2"),
                                        std::pair(-5, "base 2"), std::pair(5, "base 2"), std::pair(1000, "base 2")}) {
-        const ResultsOnChannel decoded(results, 0, format);
+        const ResultsOnChannel decoded(results, 0, format, maker);
         QCOMPARE(QByteArray(decoded.textsOf(0).texts[0]), QByteArray(text));
     }
 }
 
 void TstDecodedWave::framesOnSeveralChannelsAreShared()
 {
+    AnalyzerManager manager(AnalyzerHost{}, QStringList(), QString());
+    BubbleMaker maker(manager, {});
     BaseResults one({1});
-    QVERIFY(!ResultsOnChannel(one, 1, 2).sharesFrames());
+    QVERIFY(!ResultsOnChannel(one, 1, 2, maker).sharesFrames());
     BaseResults two({1, 31});
-    QVERIFY(ResultsOnChannel(two, 1, 2).sharesFrames());
-    QVERIFY(ResultsOnChannel(two, 31, 2).sharesFrames());
+    QVERIFY(ResultsOnChannel(two, 1, 2, maker).sharesFrames());
+    QVERIFY(ResultsOnChannel(two, 31, 2, maker).sharesFrames());
 }
 
 void TstDecodedWave::channelsTellWhoUsesThem()

@@ -1,0 +1,228 @@
+#include "analyzer/BubbleMaker.h"
+
+#include "analyzer/AnalyzerManager.h"
+#include "analyzer/PluginCall.h"
+#include "settings/PostedCall.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <corvanlux/analyzer/AnalyzerResults.h>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr std::uint64_t framesAtFirst = 4; ///< whose texts are made at once
+constexpr std::uint64_t framesInARow = 32; ///< the same when one frame after the other is asked for
+constexpr auto endPatience = std::chrono::milliseconds(20);
+constexpr auto betweenTakes = std::chrono::milliseconds(2);
+
+bool isAlike(const BubbleMaker::Key &one, const BubbleMaker::Key &other)
+{
+    return one.results == other.results && one.channel == other.channel && one.base == other.base;
+}
+
+BubbleMaker::Texts textsOf(const BubbleMaker::Key &key, std::uint64_t frame)
+{
+    BubbleMaker::Texts texts;
+    const QString fault = pluginFault([&] {
+        Channel channel(0, key.channel);
+        key.results->BuildBubbleText(frame, channel, key.base);
+        const char *const *strings = nullptr;
+        std::uint32_t count = 0;
+        key.results->GetResultStrings(&strings, &count);
+        texts.assign(strings, strings + count);
+    });
+    if (!fault.isEmpty()) {
+        key.results->KeepTextFault(fault.toUtf8().constData());
+        texts.clear();
+    }
+    return texts;
+}
+
+} // namespace
+
+/// What the thread and who asks it share.
+class BubbleMaker::Desk {
+public:
+    struct Job {
+        Key key;
+        std::uint64_t count = 0; ///< frames
+    };
+
+    Desk(ResultsGate &gate, std::function<void()> late) : m_gate(gate), m_late(std::move(late)) {}
+
+    const std::shared_ptr<ResultsReader> reader = std::make_shared<ResultsReader>();
+
+    void run()
+    {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_asked.wait(lock, [this] { return m_job || m_isOver; });
+            if (m_isOver) {
+                m_hasEnded = true;
+                m_answered.notify_all();
+                return;
+            }
+            const Job job = *m_job;
+            lock.unlock();
+            std::vector<Texts> made;
+            const bool isAnswered = make(job, made);
+            if (reader->isLost()) {
+                return; // whoever asked has gone on without this thread
+            }
+            lock.lock();
+            m_job.reset();
+            m_made = std::move(made);
+            m_answered.notify_all();
+            if (std::exchange(m_isAwaited, false) || !isAnswered) {
+                m_late();
+            }
+        }
+    }
+    void ask(const Job &job)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_job = job;
+        }
+        m_asked.notify_one();
+    }
+    /// @return false when there is none at the end of the patience: m_late will be called
+    [[nodiscard]] bool waitForAnswer(std::chrono::milliseconds most)
+    {
+        std::unique_lock lock(m_mutex);
+        const bool isThere = m_answered.wait_for(lock, most, [this] { return !m_job; });
+        m_isAwaited = !isThere;
+        return isThere;
+    }
+    [[nodiscard]] std::vector<Texts> take()
+    {
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_made, {});
+    }
+    void askToEnd()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isOver = true;
+        }
+        m_asked.notify_one();
+    }
+    [[nodiscard]] bool waitForEnd(std::chrono::milliseconds most)
+    {
+        std::unique_lock lock(m_mutex);
+        return m_answered.wait_for(lock, most, [this] { return m_hasEnded; });
+    }
+
+private:
+    /// @return false when results are being replaced, so that none can be made
+    [[nodiscard]] bool make(const Job &job, std::vector<Texts> &made) const
+    {
+        const ResultsPass pass(m_gate, reader);
+        if (!pass) {
+            return false;
+        }
+        const std::uint64_t frames = job.key.results->GetNumFrames();
+        const std::uint64_t end = std::min(job.key.frame + job.count, frames);
+        for (std::uint64_t frame = job.key.frame; frame < end && !m_gate.isWanted(); ++frame) {
+            if (!reader->inside(job.key.results, [&] { made.push_back(textsOf(job.key, frame)); })) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    ResultsGate &m_gate;
+    const std::function<void()> m_late;
+    std::mutex m_mutex; ///< of what follows
+    std::condition_variable m_asked;
+    std::condition_variable m_answered;
+    std::optional<Job> m_job; ///< until it is answered
+    std::vector<Texts> m_made;
+    bool m_isAwaited = false; ///< by nobody who waits
+    bool m_isOver = false;
+    bool m_hasEnded = false;
+};
+
+BubbleMaker::BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived)
+    : m_gate(manager.gate()), m_arrived(std::move(arrived))
+{
+    QObject::connect(
+        &manager, &AnalyzerManager::modifyPrepared, &m_context, [this] { forget(); }, Qt::DirectConnection);
+    startThread();
+}
+
+BubbleMaker::~BubbleMaker()
+{
+    m_desk->askToEnd();
+    auto most = endPatience;
+    while (!m_desk->waitForEnd(most)) {
+        if (m_desk->reader->isLost() || m_gate.take(m_desk->reader)) {
+            m_thread.detach(); // held fast in a plug-in
+            return;
+        }
+        most = betweenTakes;
+    }
+    m_thread.join();
+}
+
+void BubbleMaker::startThread()
+{
+    const auto late = [this] {
+        postCall(&m_context, [this] {
+            if (m_arrived) {
+                m_arrived();
+            }
+        });
+    };
+    m_desk = std::make_shared<Desk>(m_gate, late);
+    m_thread = std::thread([desk = m_desk] { desk->run(); });
+}
+
+void BubbleMaker::forget()
+{
+    m_made.clear();
+    m_madeKey = {};
+}
+
+const BubbleMaker::Texts *BubbleMaker::madeFor(const Key &key) const
+{
+    const bool isThere =
+        isAlike(key, m_madeKey) && key.frame >= m_madeKey.frame && key.frame - m_madeKey.frame < m_made.size();
+    return isThere ? &m_made[std::size_t(key.frame - m_madeKey.frame)] : nullptr;
+}
+
+const BubbleMaker::Texts *BubbleMaker::texts(const Key &key)
+{
+    if (m_desk->reader->isLost()) {
+        m_thread.detach();
+        m_isLate = false;
+        startThread();
+    }
+    if (m_isLate) {
+        if (!m_desk->waitForAnswer(std::chrono::milliseconds(0))) {
+            return madeFor(key);
+        }
+        m_isLate = false;
+        std::vector<Texts> late = m_desk->take();
+        if (m_madeKey.results != nullptr) { // its results have not been replaced meanwhile
+            m_made = std::move(late);
+        }
+    }
+    const bool isNext = isAlike(key, m_madeKey) && key.frame == m_lastFrame + 1;
+    m_lastFrame = key.frame;
+    if (const Texts *made = madeFor(key)) {
+        return made;
+    }
+    m_made.clear();
+    m_madeKey = key;
+    m_desk->ask({key, isNext ? framesInARow : framesAtFirst});
+    if (!m_desk->waitForAnswer(patience)) {
+        m_isLate = true;
+        return nullptr;
+    }
+    m_made = m_desk->take();
+    return madeFor(key);
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "analyzer/ResultsGate.h"
+
+#include <QObject>
+
+#include <corvanlux/analyzer/AnalyzerTypes.h>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+class AnalyzerManager;
+
+/// Has decoders make the texts of bubbles, on a thread of its own: a decoder that does not come back holds up nobody.
+///
+/// Main thread. Who asks waits for the texts, which are there within microseconds, and waits no longer than the
+/// patience in all until late ones have come: those are there when what is drawn is drawn again. The thread makes the
+/// texts of the frames that follow along with those that are asked for, since they mostly are what is asked for next.
+/// It holds a ResultsPass while it works.
+class BubbleMaker {
+public:
+    static constexpr std::chrono::milliseconds patience{40};
+    using Texts = std::vector<std::string>; ///< of one frame, in the order of their lengths, as UTF-8
+
+    struct Key {
+        AnalyzerResults *results = nullptr;
+        std::uint64_t frame = 0;
+        std::uint32_t channel = 0;
+        DisplayBase base = DisplayBase::Hexadecimal;
+    };
+
+    /// @param arrived  called when texts are there that were asked for in vain; on the main thread
+    BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived);
+    ~BubbleMaker();
+    BubbleMaker(const BubbleMaker &) = delete;
+    BubbleMaker &operator=(const BubbleMaker &) = delete;
+
+    /// @return good until the next call; null when they are not there, for a frame that does not exist too
+    [[nodiscard]] const Texts *texts(const Key &key);
+
+private:
+    class Desk;
+
+    void startThread();
+    /// No results are what they were.
+    void forget();
+    [[nodiscard]] const Texts *madeFor(const Key &key) const;
+
+    ResultsGate &m_gate;
+    const std::function<void()> m_arrived;
+    std::shared_ptr<Desk> m_desk; ///< the thread's too
+    std::thread m_thread;
+    bool m_isLate = false;     ///< texts are under way for which nobody waits
+    Key m_madeKey;             ///< of the first frame in m_made
+    std::vector<Texts> m_made; ///< of frames that follow each other
+    std::uint64_t m_lastFrame = 0;
+    QObject m_context; ///< of what is told: goes first
+};
