@@ -9,6 +9,28 @@
 #include <system_error>
 
 namespace lux {
+namespace {
+
+/// The file that a path names: UTF-8 on Windows, bytes as the system has them elsewhere.
+std::filesystem::path namedFile(const std::string &path)
+{
+#ifdef _WIN32
+    return std::u8string(path.begin(), path.end());
+#else
+    return path;
+#endif
+}
+
+std::FILE *openFile(const std::string &path, const char *mode)
+{
+#ifdef _WIN32
+    return _wfopen(namedFile(path).c_str(), std::filesystem::path(mode).c_str());
+#else
+    return std::fopen(path.c_str(), mode);
+#endif
+}
+
+} // namespace
 
 // ---- the file -------------------------------------------------------------------------------------------------------
 
@@ -21,7 +43,7 @@ ExportWriter::Private::Private(const char *filePath, DisplayBase displayBase, st
       cancelled(cancelFlag)
 {
     buffer.reserve(bufferSize);
-    file = std::fopen(filePath, "wb");
+    file = openFile(path, "wb");
     if (file == nullptr)
         fail();
 }
@@ -32,8 +54,9 @@ ExportWriter::Private::~Private()
         return; // whole
     std::fclose(file);
     std::error_code ignored;
-    if (std::filesystem::is_regular_file(path, ignored))
-        std::filesystem::remove(path, ignored);
+    const std::filesystem::path named = namedFile(path);
+    if (std::filesystem::is_regular_file(named, ignored))
+        std::filesystem::remove(named, ignored);
 }
 
 void ExportWriter::Private::fail() const
@@ -62,7 +85,7 @@ void ExportWriter::Private::close()
         fail();
     std::FILE *open = file;
     if (std::fclose(open) != 0) {
-        file = std::fopen(path.c_str(), "ab"); // for the destructor to remove it
+        file = openFile(path, "ab"); // for the destructor to remove it
         fail();
     }
     file = nullptr;

@@ -19,7 +19,21 @@ QString exportError(const AnalyzerResults &results)
 {
     std::array<char, 512> text{};
     results.GetExportError(text.data(), text.size());
+#ifdef Q_OS_WIN
+    return QString::fromUtf8(text.data()); // it names the file
+#else
     return QString::fromLocal8Bit(text.data());
+#endif
+}
+
+/// A path as decoders take it.
+QByteArray exportPath(const QString &path)
+{
+#ifdef Q_OS_WIN
+    return path.toUtf8();
+#else
+    return QFile::encodeName(path);
+#endif
 }
 
 /// The words end with the system's own for what went wrong.
@@ -105,7 +119,7 @@ QString ExportJob::build(const QString &partPath)
         results = m_results;
         m_partPath = partPath;
     }
-    const QByteArray path = QFile::encodeName(partPath);
+    const QByteArray path = exportPath(partPath);
     QString words;
     const bool hasPass = m_reader->inside(results, [&] {
         words = pluginFault(

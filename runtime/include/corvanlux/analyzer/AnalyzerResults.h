@@ -26,6 +26,7 @@ public:
     /// when the frame does not exist or says nothing on that channel.
     virtual void BuildBubbleText(std::uint64_t frame, Channel &channel, DisplayBase base) = 0;
     /// Writes all frames into a file, on the calling thread; see GetProgress().
+    /// @param path  UTF-8 on Windows; elsewhere as the system has it
     virtual void BuildExportFile(const char *path, DisplayBase base, std::uint32_t optionId) = 0;
     /// Makes a frame's line of the results list; see GetTabularTextString(). Empty when the frame does not exist.
     virtual void BuildTabularText(std::uint64_t frame, DisplayBase base) = 0;
