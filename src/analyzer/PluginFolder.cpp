@@ -150,6 +150,9 @@ QString distrust(const QString &path)
         return QStringLiteral("others may write to %1").arg(file.absoluteFilePath());
     }
 #else
+    // There a folder outside of the user's own and of "Program Files" lets everybody who is signed in change it, by its
+    // default rights, and a stick has no rights at all: to refuse these would take the decoders from a program that was
+    // unpacked there, which lies as open as they do. The user's data folder, the other one, is the user's alone.
     Q_UNUSED(path)
 #endif
     return {};

@@ -32,7 +32,8 @@ struct Scan {
 [[nodiscard]] QString storedName(const QString &diskName);
 /// The model codes of GetParaInfoList: decimal numbers between commas; empty parts are left out, no number is 0.
 [[nodiscard]] QVector<int> modelCodes(const QString &list);
-/// Why a folder or file must not be trusted: others than the user and the system may write to it. Empty if it may.
+/// Why a folder or file must not be trusted: others than the user and the system may write to it. Empty if it may, and
+/// on Windows always.
 [[nodiscard]] QString distrust(const QString &path);
 
 /// Loads what is in the folders. Never throws; a file that is not let in is told in the result alone. A file that was
