@@ -34,6 +34,7 @@ struct AnalyzerItem : AnalyzerLib {
     QString format; ///< a DisplayBase value in decimal
     bool showInList = true;
     QString fault;                      ///< why it is out of use until it is restarted; empty if it is not
+    int restarts = 0;                   ///< runs that it asked for itself, since it was started
     std::unique_ptr<Analyzer> analyzer; ///< never null
     std::vector<LostReader> readers;    ///< of its results, or of those of an analyzer that was here before
     // While a worker runs:

@@ -24,6 +24,7 @@ constexpr unsigned long lastStep = 10; // ms, the same when there is no event lo
 constexpr int lingerStep = 50;         // ms, between two looks at those that did not leave
 constexpr int watchStep = 500;         // ms, between two looks at the readers of results
 constexpr int defaultFormat = 2;       // hexadecimal
+constexpr int mostRestarts = 100;      // that a decoder may ask for; one that never has enough would run for ever
 
 } // namespace
 
@@ -152,6 +153,7 @@ void AnalyzerManager::run(AnalyzerItem &item, bool again)
         return;
     }
     const bool isOther = leaveResults(item);
+    item.restarts = again ? item.restarts + 1 : 0;
     // A writer of whom nobody told this manager: its thread waits until the workers have left.
     const auto writerCame = [this] { QMetaObject::invokeMethod(this, "leaveToWriter", Qt::QueuedConnection); };
     item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
@@ -322,6 +324,8 @@ void AnalyzerManager::slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anl
     const QString fault = pluginFault([&] { again = anly->NeedsRestart(); });
     if (!fault.isEmpty()) {
         fail(*item, fault);
+    } else if (again && item->restarts >= mostRestarts) {
+        fail(*item, ::tr("The decoder does not stop. It is out of use until it is started again."));
     } else if (again) {
         const ResultsChange change = prepareModify();
         run(*item, true);

@@ -23,6 +23,7 @@ private slots:
     void millionsOfMarkersAreStillSearchable();
     void endlessFramesEndWithTheMemoryBudget();
     void aDecoderThatReturnsIsComplete();
+    void aDecoderThatAlwaysWantsToRunAgainIsTakenOutOfUse();
     void aChannelThatTheCaptureLacksIsAMessage();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
@@ -184,6 +185,16 @@ void TstAnalyzerLies::aDecoderThatReturnsIsComplete()
     QVERIFY(desk.add());
     QVERIFY(desk.waitForWorkers());
     QVERIFY(desk.manager->analyzerAt(0)->GetDecodeStatus() == DecodeStatus::Complete);
+}
+
+void TstAnalyzerLies::aDecoderThatAlwaysWantsToRunAgainIsTakenOutOfUse()
+{
+    AnalyzerDesk desk({QStringLiteral("restarts-always")});
+    QVERIFY(desk.add());
+    QTRY_COMPARE_WITH_TIMEOUT(desk.told.size(), 1, 30000);
+    QVERIFY(desk.told.constFirst().startsWith(QStringLiteral("Lie: The decoder does not stop.")));
+    QVERIFY(!desk.manager->isWorkerRunning(0));
+    QVERIFY(desk.frames() > 0); // what it found stays
 }
 
 void TstAnalyzerLies::aChannelThatTheCaptureLacksIsAMessage()

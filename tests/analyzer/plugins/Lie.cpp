@@ -130,7 +130,7 @@ public:
         if (lie == "restart-throws" || lie == "throws-number") {
             throwUp();
         }
-        return lie == "restarts" && ++m_runs < 2;
+        return (lie == "restarts" && ++m_runs < 2) || lie == "restarts-always";
     }
 
 protected:
