@@ -1,6 +1,7 @@
 #include "cli/AnalyzerSetup.h"
 
 #include "analyzer/PluginCall.h"
+#include "cli/Terminal.h"
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
@@ -69,6 +70,17 @@ QString knownNames(const AnalyzerManager &manager)
         names.append(lib.fileName.section(QLatin1Char('.'), 0, -2));
     }
     return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
+}
+
+void sayPassedOver(const AnalyzerManager &manager)
+{
+    for (const PluginFolder::Refusal &refusal : manager.refusals()) {
+        if (refusal.passedOver) {
+            Terminal::say(QStringLiteral("%1 is passed over, since a program ended while it was tried; \"luxcli "
+                                         "analyzers --retry %1\" tries it again")
+                              .arg(refusal.fileName));
+        }
+    }
 }
 
 QString add(AnalyzerManager &manager, const Arguments::Request &request)

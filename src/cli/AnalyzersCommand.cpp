@@ -115,6 +115,7 @@ int Commands::analyzers(const QStringList &arguments)
         PluginGuard(PluginFolder::standardGuardFolder()).retry(*file);
     }
     AnalyzerManager manager;
+    AnalyzerSetup::sayPassedOver(manager);
     Output out{QString()};
     int code = Terminal::good;
     if (!parsed.operands.isEmpty()) {

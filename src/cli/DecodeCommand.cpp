@@ -73,6 +73,7 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
     }
     AnalyzerManager manager(hostOf(source));
     PluginFaults faults(manager);
+    AnalyzerSetup::sayPassedOver(manager);
     manager.setCapture(source.data.get(), std::uint32_t(source.model));
     bool wrongUsage = false;
     const QString error = addAnalyzers(manager, job, wrongUsage);

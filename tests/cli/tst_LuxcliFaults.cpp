@@ -19,6 +19,8 @@ private slots:
     void whatADecoderThrowsBehindItsRunIsToldOnceAndIsNoSuccess();
     void settingsThatThrowAreTold();
     void allTellsWhichFilesAreNoneAndWhy();
+    void aDecoderDuringWhichTheProgramDiedIsPassedOverUntilItIsTriedAgain();
+    void textsThatThrowAreToldAndAreNoSuccess();
 
 private:
     void offer(const QStringList &plugins);
@@ -113,6 +115,45 @@ void TstLuxcliFaults::allTellsWhichFilesAreNoneAndWhy()
     QVERIFY2(outcome.out.contains("sound\tLie\n"), outcome.out);
     QVERIFY2(outcome.out.contains("bare.dll\tnot loaded: it lacks an entry point of a decoder\n"), outcome.out);
     QVERIFY(!luxcli("analyzers").out.contains("bare"));
+}
+
+void TstLuxcliFaults::aDecoderDuringWhichTheProgramDiedIsPassedOverUntilItIsTriedAgain()
+{
+    offer({QStringLiteral("dies"), QStringLiteral("sound")});
+    qputenv("LUX_TEST_DIE", "1");
+    QCOMPARE(luxcli("analyzers").code, 66);
+    const QByteArray message = "luxcli: dies.dll is passed over, since a program ended while it was tried; \"luxcli "
+                               "analyzers --retry dies.dll\" tries it again\n";
+    const Outcome listed = luxcli("analyzers");
+    QCOMPARE(listed.code, 0);
+    QCOMPARE(listed.err, message);
+    QVERIFY2(listed.out.contains("sound\tLie\n") && !listed.out.contains("dies"), listed.out);
+    QVERIFY(luxcli("analyzers --all").out.contains("dies.dll\tnot loaded: the program ended while it was tried\n"));
+    const Outcome decoded = luxcli("decode %1 -a sound:line=0", saved("passed.cxdat", {}));
+    QCOMPARE(decoded.err, message);
+    QCOMPARE(decoded.code, 0);
+
+    QCOMPARE(luxcli("analyzers --retry dies.dll").code, 66); // and dies again
+    QCOMPARE(luxcli("analyzers").err, message);
+    qunsetenv("LUX_TEST_DIE");
+    QCOMPARE(luxcli("analyzers").err, message); // no try without being asked
+    for (const char *command : {"analyzers --retry dies.dll", "analyzers"}) {
+        const Outcome again = luxcli(command);
+        QCOMPARE(again.err, QByteArray());
+        QVERIFY2(again.out.contains("dies\tLie\n"), again.out);
+    }
+}
+
+void TstLuxcliFaults::textsThatThrowAreToldAndAreNoSuccess()
+{
+    for (const char *plugin : {"text-throws", "values-throw"}) {
+        const QString name = QString::fromLatin1(plugin);
+        offer({name});
+        const Outcome outcome = luxcli("decode %1", saved("texts.cxdat", {name}));
+        QCOMPARE(outcome.err, QByteArray("luxcli: Lie: the plug-in threw\n"));
+        QCOMPARE(outcome.code, 1);
+        QCOMPARE(outcome.out.count('\n'), 4);
+    }
 }
 
 QTEST_GUILESS_MAIN(TstLuxcliFaults)
