@@ -103,7 +103,7 @@ void UnioAnalyzer::readMessage(ChannelReader &line, const BitTime &bitTime, Samp
     }
     const bool isAnswered = answer != Bit::None; // which a header should not be
     results().add({.firstSample = middle - bitTime.quarters(34),
-                   .lastSample = middle + bitTime.quarters(6) - 1,
+                   .lastSample = std::min(middle + bitTime.quarters(6), sampleCount()) - 1,
                    .data = unio::header,
                    .kind = UnioResults::Header,
                    .flags = std::uint16_t(UnioResults::Mak | (isAnswered ? UnioResults::Sak : 0))});
@@ -170,7 +170,8 @@ bool UnioAnalyzer::readByte(ChannelReader &line, const BitTime &bitTime, Sample 
     isAnswered = answer == Bit::One;
     results().mark(m_settings.line, isAnswered ? sak : middle + bitTime.quarters(4),
                    isAnswered ? MarkerType::Dot : MarkerType::X);
-    const Sample last = (isAnswered ? sak + bitTime.quarters(2) : middle + bitTime.quarters(6)) - 1;
+    const Sample end = isAnswered ? sak + bitTime.quarters(2) : middle + bitTime.quarters(6);
+    const Sample last = std::min(end, sampleCount()) - 1; // all bits are there, if not the last one's end
     addByte(value >> 1, (goesOn ? unsigned(UnioResults::Mak) : 0U) | (isAnswered ? unsigned(UnioResults::Sak) : 0U),
             first, last);
     middle = isAnswered ? sak : middle;

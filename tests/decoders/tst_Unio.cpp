@@ -280,6 +280,7 @@ void TstUnio::aCutElementIsNotShown()
         const Decoded desk(wire, length);
         QCOMPARE(decoderChecks::faultOf(desk, length), std::string());
         QCOMPARE(decoderChecks::faultOfCut(desk.frames(), whole), std::string());
+        QCOMPARE(desk.message(), std::string()); // nothing reaches out of the capture
     }
 }
 
