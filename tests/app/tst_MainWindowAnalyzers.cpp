@@ -1,3 +1,4 @@
+#include "analyzer/AnalyzerManager.h"
 #include "app/WindowDesk.h"
 #include "controls/MyButton.h"
 #include "measure/AnalyzerView.h"
@@ -17,6 +18,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QStringListModel>
 #include <QTemporaryDir>
 
@@ -79,8 +81,11 @@ private slots:
     void aDoubleClickOnAFrameOpensItsSettings();
     void aNewCaptureEmptiesTheListAndFillsItAgain();
     void framesAreExportedFromTheRowsMenu();
+    void aDecoderDuringWhichTheProgramDiedIsOfferedToBeTriedAgain();
 
 private:
+    /// The user's.
+    static QString pluginFolder() { return QFileInfo(configPath()).path() + QStringLiteral("/Analyzer/"); }
     void bind()
     {
         m_panel = m_window->findChild<ProtocolSetting *>();
@@ -155,7 +160,7 @@ private:
 
 void TstMainWindowAnalyzers::initTestCase()
 {
-    const QString folder = QFileInfo(configPath()).path() + QStringLiteral("/Analyzer/");
+    const QString folder = pluginFolder();
     QVERIFY(QDir().mkpath(folder));
     for (const char *name : {"CAN.so", "I2C.so", "SPI.so", "UART.so"}) {
         const QString file = folder + QLatin1String(name);
@@ -345,6 +350,46 @@ void TstMainWindowAnalyzers::framesAreExportedFromTheRowsMenu()
     QCOMPARE(lines.size(), framesOf("Hello"));
     QVERIFY(QString::fromUtf8(lines.at(4)).endsWith(listed().at(4)));
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+}
+
+void TstMainWindowAnalyzers::aDecoderDuringWhichTheProgramDiedIsOfferedToBeTriedAgain()
+{
+    const auto isOffered = [this] {
+        const auto *manager = m_window->findChild<AnalyzerManager *>();
+        return !manager->libraryDisplayName(QStringLiteral("UART.dll")).isEmpty();
+    };
+    const auto startAndPress = [this](const char *button) {
+        QString text;
+        const DialogDriver<QMessageBox> notice([&](QMessageBox &box) {
+            text = box.text();
+            pressButton(box, QString::fromLatin1(button));
+        });
+        makeWindow();
+        bind();
+        QTest::qWait(0); // the box comes when the event loop runs
+        QTest::qWait(0);
+        return text;
+    };
+    QVERIFY(isOffered());
+    const QString guards = PluginFolder::standardGuardFolder();
+    const QFileInfo plugin(pluginFolder() + QStringLiteral("UART.so"));
+    QVERIFY(QDir().mkpath(guards));
+    m_window.reset();
+    {
+        QFile left(guards + QStringLiteral("/1.trying")); // as a program that died leaves it
+        QVERIFY(left.open(QIODevice::WriteOnly));
+        left.write(QStringLiteral("UART.dll\t%1\t%2")
+                       .arg(plugin.size())
+                       .arg(plugin.lastModified().toMSecsSinceEpoch())
+                       .toUtf8());
+    }
+    const QString told = startAndPress("Close");
+    QVERIFY2(told.contains(QLatin1String("UART.dll")), qPrintable(told));
+    QVERIFY(!isOffered());
+    QVERIFY(!startAndPress("Try again at the next start").isEmpty());
+    QVERIFY(!isOffered());
+    QCOMPARE(startAndPress("Close"), QString());
+    QVERIFY(isOffered());
 }
 
 LUX_GUI_TEST(TstMainWindowAnalyzers)
