@@ -1,5 +1,7 @@
 #include "files/SampleFiller.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -7,8 +9,10 @@ SampleFiller::SampleFiller(int row, std::vector<int> bits)
     : m_filler(int(bits.size())), m_row(row), m_bits(std::move(bits)), m_lastRow(std::size_t(row))
 {
     for (std::size_t i = 0; i < m_bits.size(); ++i) {
-        m_isPlain = m_isPlain && m_bits[i] == int(i);
-        m_mask |= m_bits[i] < 64 ? std::uint64_t(1) << m_bits[i] : 0;
+        if (const auto bit = std::size_t(m_bits[i]); bit < m_channels.size()) {
+            m_channels[bit] = int(i);
+            m_mask |= std::uint64_t(1) << bit;
+        }
     }
 }
 
@@ -22,50 +26,38 @@ std::uint64_t SampleFiller::gathered(const std::uint8_t *row) const
     return levels;
 }
 
-std::uint64_t SampleFiller::levelsOf(std::uint64_t word) const
-{
-    if (m_isPlain) {
-        return word;
-    }
-    std::uint64_t levels = 0;
-    for (std::size_t i = 0; i < m_bits.size(); ++i) {
-        levels |= (word >> m_bits[i] & 1) << i;
-    }
-    return levels;
-}
-
-/// Rows of 1, 2, 4 or 8 bytes.
+/// Rows of 1, 2, 4 or 8 bytes. The changes of several rows are found at once: which of them change is no branch.
 template<class Word>
 bool SampleFiller::addWords(const std::uint8_t *from, std::int64_t rows)
 {
-    constexpr std::int64_t perBlock = 8 / std::int64_t(sizeof(Word));
-    const auto wordAt = [from](std::int64_t row) {
-        Word word;
-        std::memcpy(&word, from + row * std::int64_t(sizeof word), sizeof word);
-        return word; // machines that this is built for are little-endian
-    };
-    std::int64_t row = 0;
-    while (row < rows) {
-        const Word whole = wordAt(row);
-        const std::uint64_t word = whole & m_mask;
-        if (word != m_last) {
-            m_last = word;
-            if (!m_filler.change(levelsOf(word), m_samples + row)) {
+    constexpr int rowBits = 8 * int(sizeof(Word));
+    constexpr int perBlock = 64 / rowBits;
+    std::uint64_t mask = m_mask;
+    for (int shift = rowBits; shift < 64; shift *= 2) {
+        mask |= mask << shift;
+    }
+    for (std::int64_t row = 0; row < rows; row += perBlock, from += sizeof(std::uint64_t)) {
+        const int count = int(std::min<std::int64_t>(perBlock, rows - row));
+        std::uint64_t block = 0; // the machines that this is built for are little-endian
+        std::uint64_t inside = mask;
+        if (count == perBlock) [[likely]] {
+            std::memcpy(&block, from, sizeof block);
+        } else {
+            std::memcpy(&block, from, std::size_t(count) * sizeof(Word));
+            inside &= (std::uint64_t(1) << count * rowBits) - 1;
+        }
+        std::uint64_t before = m_last; // the row in front of each
+        if constexpr (perBlock > 1) {
+            before |= block << rowBits;
+        }
+        for (std::uint64_t changed = (block ^ before) & inside; changed != 0; changed &= changed - 1) {
+            const auto bit = unsigned(std::countr_zero(changed));
+            const std::int64_t pos = m_samples + row + bit / rowBits;
+            if (!m_filler.flip(m_channels[bit % rowBits], pos)) [[unlikely]] {
                 return false;
             }
         }
-        ++row;
-        if (row + perBlock <= rows && wordAt(row) == whole) {
-            std::uint64_t pattern = whole;
-            for (std::size_t bits = 8 * sizeof(Word); bits < 64; bits *= 2) {
-                pattern |= pattern << bits;
-            }
-            std::uint64_t block = pattern;
-            while (row + perBlock <= rows && block == pattern) {
-                std::memcpy(&block, from + row * std::int64_t(sizeof(Word)), sizeof block);
-                row += block == pattern ? perBlock : 0;
-            }
-        }
+        m_last = block >> (count - 1) * rowBits;
     }
     m_samples += rows;
     return true;
@@ -102,7 +94,6 @@ bool SampleFiller::add(std::span<const std::uint8_t> bytes)
         m_filler.setStart(gathered(bytes.data()));
         std::memcpy(m_lastRow.data(), bytes.data(), std::size_t(m_row));
         std::memcpy(&m_last, bytes.data(), std::size_t(m_row < 8 ? m_row : 8));
-        m_last &= m_mask;
     }
     switch (m_row) {
     case 1:

@@ -2,6 +2,7 @@
 
 #include "files/CaptureFiller.h"
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -34,15 +35,14 @@ private:
     [[nodiscard]] bool addWords(const std::uint8_t *from, std::int64_t rows);
     [[nodiscard]] bool addWide(const std::uint8_t *from, std::int64_t rows);
     [[nodiscard]] std::uint64_t gathered(const std::uint8_t *row) const;
-    [[nodiscard]] std::uint64_t levelsOf(std::uint64_t word) const;
 
     CaptureFiller m_filler;
     const int m_row;
     const std::vector<int> m_bits;
-    bool m_isPlain = true;    ///< channel i is bit i
-    std::uint64_t m_mask = 0; ///< bits of a row of up to 8 bytes that are channels
+    std::array<int, 64> m_channels{}; ///< by the bits of a row of up to 8 bytes
+    std::uint64_t m_mask = 0;         ///< those that are channels
     std::int64_t m_samples = 0;
-    std::uint64_t m_last = 0; ///< masked word of the last row
+    std::uint64_t m_last = 0; ///< the last row of up to 8 bytes
     std::vector<std::uint8_t> m_lastRow;
     bool m_isTooLong = false;
 };

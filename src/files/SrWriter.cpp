@@ -2,9 +2,9 @@
 
 #include "files/SrWriter.h"
 
-#include "files/LevelWalk.h"
 #include "files/SrMetadata.h"
 #include "store/SmpData.h"
+#include "store/SmpEdgeReader.h"
 
 #include <QFile>
 
@@ -28,52 +28,90 @@ struct Job {
 };
 
 /// Makes the rows of a range.
+///
+/// A piece is first filled with what changes: each channel's transitions are set as bits of their rows, channel by
+/// channel, which no branch depends on. Then each row is the one before it, with its changes.
 class Rows {
 public:
-    static constexpr std::int64_t pieceSize = 1 << 16; ///< bytes
+    static constexpr std::int64_t pieceSize = 1 << 16;             ///< bytes
+    static constexpr std::size_t wordSize = sizeof(std::uint64_t); ///< bytes that are written at once
 
-    Rows(const Job &job, std::int64_t first, std::int64_t count)
-        : m_row(job.row), m_smpCount(job.data.smpCount()), m_pos(first), m_end(first + count), m_walk(job.data)
+    Rows(const Job &job, std::int64_t first, std::int64_t count) : m_row(job.row), m_pos(first), m_end(first + count)
     {
-        for (std::size_t i = 0; i < job.chosen.size(); ++i) {
-            m_levels |= std::uint64_t(m_walk.add(job.chosen[i], first)) << i;
+        for (const int chn : job.chosen) {
+            const SmpEdgeReader reader(job.data, chn, first);
+            m_levels |= std::uint64_t(reader.level()) << m_readers.size();
+            m_readers.push_back(reader);
         }
     }
 
-    /// Puts up to `bytes`, whole rows. @return the bytes put; 0 at the end
+    /// Puts whole rows into a piece, which has room for another word behind it. @return the bytes put; 0 at the end
     [[nodiscard]] std::int64_t put(std::uint8_t *to, std::int64_t bytes)
     {
-        const std::int64_t stop = std::min(m_end, m_pos + bytes / m_row);
-        const std::int64_t from = m_pos;
-        while (m_pos < stop) {
-            const std::int64_t runEnd = std::min(m_walk.nearest(), stop);
-            putRun(to + (m_pos - from) * m_row, runEnd - m_pos);
-            m_pos = runEnd;
-            if (m_walk.nearest() == runEnd && runEnd < m_smpCount) {
-                m_walk.pass([this](int column) { m_levels ^= std::uint64_t(1) << column; });
-            }
+        const std::int64_t rows = std::min(m_end - m_pos, bytes / m_row);
+        std::memset(to, 0, std::size_t(rows * m_row) + wordSize);
+        for (std::size_t column = 0; column < m_readers.size(); ++column) {
+            putChanges(to, column, m_pos + rows);
         }
-        return (m_pos - from) * m_row;
+        m_pos += rows;
+        if (wordSize % std::size_t(m_row) == 0) {
+            addUpWords(to, rows * m_row);
+        } else {
+            addUpRows(to, rows);
+        }
+        return rows * m_row;
     }
 
 private:
-    void putRun(std::uint8_t *to, std::int64_t rows) const
+    void putChanges(std::uint8_t *to, std::size_t column, std::int64_t stop)
     {
-        if (m_row == 1) {
-            std::memset(to, int(m_levels), std::size_t(rows));
-            return;
+        SmpEdgeReader &reader = m_readers[column];
+        const auto bit = std::uint8_t(1U << column % 8);
+        std::uint8_t *const first = to + column / 8;
+        while (reader.next() < stop) { // which is at most where the end mark stands
+            const SmpEdgeReader::Block block = reader.block();
+            int passed = 0;
+            for (std::int64_t pos = reader.next(); pos < stop;) {
+                first[(pos - m_pos) * m_row] ^= bit;
+                pos = ++passed < block.size() ? block.position(passed) : stop;
+            }
+            reader.pass(passed);
         }
+    }
+
+    /// Rows of 1, 2 or 4 bytes, several in a word; the machines that this is built for are little-endian.
+    void addUpWords(std::uint8_t *to, std::int64_t bytes)
+    {
+        const int rowBits = m_row * 8;
+        std::uint64_t last = m_levels; // in the lowest row
+        for (std::int64_t at = 0; at < bytes; at += std::int64_t(wordSize)) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, to + at, wordSize);
+            word ^= last;
+            for (int shift = rowBits; shift < 64; shift *= 2) {
+                word ^= word << shift;
+            }
+            std::memcpy(to + at, &word, wordSize);
+            last = word >> (64 - rowBits);
+        }
+        m_levels = last; // behind the last row nothing changes
+    }
+
+    void addUpRows(std::uint8_t *to, std::int64_t rows)
+    {
         for (; rows > 0; --rows, to += m_row) {
-            std::memcpy(to, &m_levels, std::size_t(m_row)); // little-endian
+            std::uint64_t changed = 0;
+            std::memcpy(&changed, to, std::size_t(m_row));
+            m_levels ^= changed;
+            std::memcpy(to, &m_levels, std::size_t(m_row));
         }
     }
 
     const int m_row;
-    const std::int64_t m_smpCount;
     std::int64_t m_pos;
     const std::int64_t m_end;
-    LevelWalk m_walk;
-    std::uint64_t m_levels = 0;
+    std::vector<SmpEdgeReader> m_readers;
+    std::uint64_t m_levels = 0; ///< before m_pos
 };
 
 /// One entry of samples, as the library asks for its bytes while it writes the archive.
@@ -95,7 +133,7 @@ private:
                                                   ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
         case ZIP_SOURCE_OPEN:
             m_rows = std::make_unique<Rows>(m_job, m_first, m_count);
-            m_piece.resize(std::size_t(Rows::pieceSize / m_job.row * m_job.row));
+            m_piece.resize(std::size_t(Rows::pieceSize) + Rows::wordSize);
             m_used = m_filled = 0;
             return 0;
         case ZIP_SOURCE_READ:
@@ -125,7 +163,7 @@ private:
         zip_int64_t put = 0;
         while (put < size) {
             if (m_used == m_filled) {
-                m_filled = m_rows->put(m_piece.data(), std::int64_t(m_piece.size()));
+                m_filled = m_rows->put(m_piece.data(), Rows::pieceSize);
                 m_used = 0;
                 if (m_filled == 0) {
                     break;
