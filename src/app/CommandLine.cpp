@@ -28,11 +28,13 @@ bool hasAny(const QStringList &arguments, const char *brief, const char *full)
 std::optional<QString> answer(const QStringList &arguments)
 {
     if (hasAny(arguments, "-h", "--help")) {
-        return QStringLiteral("Usage: corvanlux [FILE]\n"
-                              "Logic analyzer. FILE is a data file (.cxdat) or a settings file (.cxset) to open.\n"
-                              "\n"
-                              "  -h, --help     print this and exit\n"
-                              "  -v, --version  print the version and exit\n");
+        return QStringLiteral(
+            "Usage: corvanlux [FILE]\n"
+            "Logic analyzer. FILE is a data file (.cxdat), a settings file (.cxset) or another program's\n"
+            "capture (.sr, .vcd) to open.\n"
+            "\n"
+            "  -h, --help     print this and exit\n"
+            "  -v, --version  print the version and exit\n");
     }
     if (hasAny(arguments, "-v", "--version")) {
         return QStringLiteral("CorvanLUX " LUX_VERSION "\n");

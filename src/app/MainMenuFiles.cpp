@@ -116,6 +116,10 @@ void MainMenu::openFile(const QString &path)
 
 void MainMenu::openStartFile(const QString &path)
 {
+    if (isForeignCapture(path)) {
+        openFile(path); // its settings are made when it has been read
+        return;
+    }
     OpenedCapture opened = read(path, gDev->smpData.get());
     if (gDev->isCapturing()) {
         return; // the capture has overtaken the file

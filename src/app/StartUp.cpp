@@ -6,6 +6,7 @@
 #include "controls/Style.h"
 #include "device/DevModels.h"
 #include "files/CaptureFile.h"
+#include "files/ForeignFile.h"
 #include "settings/Config.h"
 #include "settings/ConfigDocument.h"
 #include "settings/Globals.h"
@@ -26,6 +27,10 @@ namespace {
 void loadNamedFile(const QStringList &arguments)
 {
     const QString path = globalsFileArgument(arguments);
+    if (isForeignCapture(path)) {
+        gOpenFile = path; // it has no settings: the window reads it
+        return;
+    }
     QByteArray block;
     if (path.isEmpty() || !configHeadOfFile(path, block)) {
         return;

@@ -25,7 +25,10 @@ QString globalsFileArgument(const QStringList &arguments)
     for (const QString &argument : arguments) {
         const QFileInfo file(argument);
         const QString suffix = file.suffix();
-        if ((suffix == QLatin1String("cxdat") || suffix == QLatin1String("cxset")) && file.isFile()) {
+        const QString lower = suffix.toLower();
+        const bool isOwn = suffix == QLatin1String("cxdat") || suffix == QLatin1String("cxset");
+        const bool isForeign = lower == QLatin1String("sr") || lower == QLatin1String("vcd");
+        if ((isOwn || isForeign) && file.isFile()) {
             return argument;
         }
     }

@@ -21,6 +21,6 @@ extern bool colorWaveform;
 /// Fills `gMeasureNames`.
 void globalsFillNames();
 
-/// The first of `arguments` that names an existing file of suffix "cxdat" or "cxset" (compared with case); empty if
-/// none does. `arguments` is without the program's own name.
+/// The first of `arguments` that names an existing file of suffix "cxdat" or "cxset" (compared with case), or "sr" or
+/// "vcd" (without); empty if none does. `arguments` is without the program's own name.
 QString globalsFileArgument(const QStringList &arguments);

@@ -3,6 +3,7 @@
 #include "device/DeviceGlobals.h"
 #include "files/DataBlocks.h"
 #include "files/DataFile.h"
+#include "settings/Config.h"
 #include "settings/Globals.h"
 #include "support/BoxCloser.h"
 
@@ -34,11 +35,14 @@ private slots:
     void anotherFileThatDoesNotOpenLeavesTheOneInView();
     void aFileDroppedDuringACaptureEndsItAndOpens();
     void theStartTimerLoadsTheFileOfTheCommandLine();
+    void theStartTimerLoadsAnotherProgramsCapture();
+    void theStartTimerTellsOfAnotherProgramsCaptureThatDoesNotLoad();
     void theStartTimerTellsOfAFileThatDoesNotLoad();
     void theStartTimerLeavesACaptureThatWasStartedBeforeItAlone();
 
 private:
     QString writeDataFile(const QString &name);
+    QString writeText(const QString &name, const QByteArray &text);
 
     QTemporaryDir m_dir;
 };
@@ -60,6 +64,12 @@ QString TstMainWindowFiles::writeDataFile(const QString &name)
     }
     job.file.close();
     return path;
+}
+
+QString TstMainWindowFiles::writeText(const QString &name, const QByteArray &text)
+{
+    QFile file(m_dir.filePath(name));
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size() ? file.fileName() : QString();
 }
 
 void TstMainWindowFiles::aDropWithoutALocalFileDoesNothing()
@@ -333,6 +343,37 @@ void TstMainWindowFiles::theStartTimerLoadsTheFileOfTheCommandLine()
     QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
     QTRY_COMPARE(gDev->smpData->sampleCount(), 50000);
     QVERIFY(!m_gen->digLine(0).empty());
+}
+
+void TstMainWindowFiles::theStartTimerLoadsAnotherProgramsCapture()
+{
+    const QString path = writeText(QStringLiteral("named.vcd"), "$timescale 1 us $end\n$var wire 1 ! clock $end\n"
+                                                                "$enddefinitions $end\n#0\n0!\n#20\n1!\n#30\n");
+    tearDown();
+    gOpenFile = path;
+    m_session = makeSession(6);
+    makeWindow();
+    QTRY_COMPARE(gDev->smpData->sampleCount(), 30);
+    QCOMPARE(gDev->smpData->nextEdge(0, 0), 20);
+    QCOMPARE(chnShowNameGet(0), QStringLiteral("clock"));
+    QCOMPARE(gOpenFile, path);
+    QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
+    QVERIFY(!m_gen->digLine(0).empty());
+}
+
+void TstMainWindowFiles::theStartTimerTellsOfAnotherProgramsCaptureThatDoesNotLoad()
+{
+    const QString path = writeText(QStringLiteral("bad.vcd"), "no dump");
+    tearDown();
+    gOpenFile = path;
+    m_session = makeSession(6);
+    BoxCloser closer;
+    makeWindow();
+    QTRY_COMPARE(closer.seen.count, 1);
+    QVERIFY(closer.seen.text.startsWith(QStringLiteral("File open failed.\r\n") + path + QStringLiteral("\r\n")));
+    QVERIFY(gOpenFile.isEmpty());
+    QCOMPARE(gDev->model, 6);
+    QVERIFY(m_window->windowTitle().startsWith(gDev->name));
 }
 
 void TstMainWindowFiles::theStartTimerTellsOfAFileThatDoesNotLoad()

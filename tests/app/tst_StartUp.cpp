@@ -24,6 +24,7 @@ private slots:
     void aSettingsFileGivesTheConfigurationAndIsNotOpenedAsData();
     void aDataFileGivesTheConfigurationAndIsLeftForTheWindow();
     void aDataFileThatCannotBeLoadedKeepsTheConfiguration();
+    void anotherProgramsCaptureKeepsTheConfigurationAndIsLeftForTheWindow();
     void onlyTheFirstSuitableFileCounts();
     void aFileWithoutSettingsIsForgotten_data();
     void aFileWithoutSettingsIsForgotten();
@@ -112,6 +113,17 @@ void TstStartUp::aDataFileThatCannotBeLoadedKeepsTheConfiguration()
     StartUp::initGlobals({write(QStringLiteral("good.cxdat"), theirs + head(8))});
     QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("1"));
     QCOMPARE(globalGet(QStringLiteral("windowPosition")), QStringLiteral("10,20,800,600"));
+}
+
+void TstStartUp::anotherProgramsCaptureKeepsTheConfigurationAndIsLeftForTheWindow()
+{
+    StartUp::initGlobals({});
+    globalSet(QStringLiteral("devModel"), QStringLiteral("7"));
+    QVERIFY(configSave(configPath()));
+    const QString path = write(QStringLiteral("a.vcd"), "no dump: the window tells");
+    StartUp::initGlobals({path});
+    QCOMPARE(gOpenFile, path);
+    QCOMPARE(globalGet(QStringLiteral("devModel")), QStringLiteral("7"));
 }
 
 void TstStartUp::onlyTheFirstSuitableFileCounts()

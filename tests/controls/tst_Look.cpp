@@ -27,6 +27,7 @@ private slots:
     void theFirstSuitableFileArgumentCounts();
     void aFileArgumentMustExistAndBeAPlainFile();
     void theSuffixOfAFileArgumentIsComparedWithCase();
+    void otherProgramsCapturesAreFileArguments();
     void withoutASuitableArgumentThereIsNoFile();
     void aFamilyFromTheLanguageFileIsTaken();
     void sysDefaultLeavesTheSystemFamily();
@@ -176,6 +177,16 @@ void TstLook::theSuffixOfAFileArgumentIsComparedWithCase()
     const QString data = makeFile(QStringLiteral("loud.CXDAT"));
     const QString longer = makeFile(QStringLiteral("x.cxdat.bak"));
     QCOMPARE(globalsFileArgument({data, longer}), QString());
+}
+
+void TstLook::otherProgramsCapturesAreFileArguments()
+{
+    const QString archive = makeFile(QStringLiteral("a.sr"));
+    const QString dump = makeFile(QStringLiteral("b.VCD"));
+    const QString values = makeFile(QStringLiteral("c.csv")); // does not tell all that is needed
+    QCOMPARE(globalsFileArgument({values, archive, dump}), archive);
+    QCOMPARE(globalsFileArgument({values, dump}), dump);
+    QCOMPARE(globalsFileArgument({values}), QString());
 }
 
 void TstLook::withoutASuitableArgumentThereIsNoFile()
