@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 #include "app/MainWindow.h"
+#include "app/PictureCommand.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatforms.h"
 #include "files/CaptureHistory.h"
@@ -59,6 +60,9 @@ int runWindow(const QStringList &missingFiles)
 
 int main(int argc, char *argv[])
 {
+    if (PictureCommand::isAsked(argumentsOf(argc, argv))) {
+        return PictureCommand::run(argc, argv);
+    }
     if (const auto answer = CommandLine::answer(argumentsOf(argc, argv))) {
         std::fputs(qPrintable(*answer), stdout);
         return 0;

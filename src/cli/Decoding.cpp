@@ -132,13 +132,21 @@ QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request
     return {};
 }
 
-int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name, FrameWriter &writer,
-          const Output &out, const Span &span)
+int finish(AnalyzerManager &manager, PluginFaults &faults)
 {
     if (!waitForWorkers(manager)) {
         return Terminal::interrupted;
     }
-    bool good = tellOfRuns(manager, faults);
+    return tellOfRuns(manager, faults) ? Terminal::good : Terminal::badInput;
+}
+
+int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name, FrameWriter &writer,
+          const Output &out, const Span &span)
+{
+    const int code = finish(manager, faults);
+    if (code == Terminal::interrupted) {
+        return code;
+    }
     FrameWriter::Capture capture{name, data.smpFrequ(), data.smpCount(), {}};
     for (int i = 0; i < manager.count(); ++i) {
         capture.analyzers.push_back(manager.analyzerAt(i));
@@ -149,8 +157,7 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
         return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
     }
     manager.lookAfterReaders(); // there is no event loop that would
-    good = !faults.say() && good;
-    return good ? Terminal::good : Terminal::badInput;
+    return faults.say() ? int(Terminal::badInput) : code;
 }
 
 } // namespace Decoding

@@ -25,6 +25,11 @@ struct Span {
 /// The values of the option "--analyzer". @return why one is wrong, for the user; empty if none is
 [[nodiscard]] QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request> &requests);
 
+/// Waits for the decoders that run, and tells what they have to tell. The user may end it. @param faults  of the
+/// manager: what has not been said is
+/// @return the exit code: bad input when a decoder did not come to the end, or did what it must not
+[[nodiscard]] int finish(AnalyzerManager &manager, PluginFaults &faults);
+
 /// Waits for the decoders that run on `data`, tells what they have to tell, and writes the head and the frames of all
 /// in the order of time. The user may end it. @param faults  of the manager: what has not been said is
 /// @return the exit code: bad input when a decoder did not come to the end, or did what it must not

@@ -25,7 +25,7 @@ constexpr std::array commands = {
     Command{"decode", Commands::decode, "decode captures, and write what was found"},
     Command{"devices", Commands::devices, "list the instruments that are plugged in"},
     Command{"diff", Commands::diff, "compare two captures"},
-    Command{"export", Commands::exportData, "write channels for other programs"},
+    Command{"export", Commands::exportData, "write channels for other programs, or a picture"},
     Command{"history", Commands::history, "list the captures that were kept, or fetch one"},
     Command{"info", Commands::info, "tell about captures"},
     Command{"measure", Commands::measure, "measure channels, and check what is expected of them"},
