@@ -5,6 +5,8 @@
 #include "cli/Output.h"
 #include "cli/Terminal.h"
 #include "device/DevModels.h"
+#include "files/CaptureFile.h"
+#include "files/ForeignFile.h"
 #include "settings/Config.h"
 
 #include <cstdio>
@@ -17,14 +19,46 @@ const char *const infoUsage = "Usage: luxcli info FILE...\n"
                               "\n"
                               "  -h, --help         this text\n";
 
-void writeChannels(Output &out, const SmpData &data)
+/// What is told of a file.
+struct Facts {
+    QString error;   ///< for the user; empty for none
+    QString warning; ///< the same
+    CaptureFacts capture;
+};
+
+CaptureFacts factsOf(const SmpData &data)
 {
+    CaptureFacts facts{data.smpCount(), data.smpFrequ(), data.trgPos(), {}};
     for (int chn = 0; chn < data.chnCount; ++chn) {
         const std::int64_t entries = data.entryCount(chn);
         if (entries > 0) { // the last one is the end mark
-            out << "channel " << chn << ": " << chnShowNameGet(chn).toStdString() << ", " << entries - 1 << " edges\n";
+            facts.channels.push_back({chn, entries - 1});
         }
     }
+    return facts;
+}
+
+/// Of a data file the heads tell all; those of other programs are read. The settings become the process's.
+Facts factsOf(const QString &path)
+{
+    Facts facts;
+    if (isForeignCapture(path)) {
+        const CaptureSource source = CaptureSource::open(path);
+        facts.error = source.error;
+        facts.warning = source.warning;
+        facts.capture = source.data ? factsOf(*source.data) : CaptureFacts();
+        return facts;
+    }
+    const OpenedCapture opened = CaptureFile(digitalChannelsOf).check(path, &facts.capture);
+    if (!opened.outcome.isDone()) {
+        facts.error = fileReason(opened.outcome);
+    } else if (!opened.isData) {
+        facts.error = QStringLiteral("The file holds settings and no capture.");
+    } else {
+        configTake(*opened.settings);
+        facts.warning = fileWarning(opened.outcome, [](int chn) { return chnShowNameGet(chn); }).simplified();
+    }
+    return facts;
 }
 
 void writeStoredAnalyzers(Output &out)
@@ -38,20 +72,31 @@ void writeStoredAnalyzers(Output &out)
 
 int tell(Output &out, const QString &path)
 {
-    const CaptureSource source = CaptureSource::openOrTell(path);
-    if (!source.data) {
-        return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
+    const Facts facts = factsOf(path);
+    if (Terminal::wasInterrupted()) {
+        return Terminal::interrupted;
     }
-    const SmpData &data = *source.data;
+    for (const QString &text : {facts.error, facts.warning}) {
+        if (!text.isEmpty()) {
+            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
+        }
+    }
+    if (!facts.error.isEmpty()) {
+        return Terminal::badInput;
+    }
+    const CaptureFacts &capture = facts.capture;
     out << "file: " << path.toStdString() << '\n';
-    out << "model: " << createDevice(source.model)->name.toStdString() << '\n';
-    out << "rate: " << data.smpFrequ() << " Hz\n";
-    out << "samples: " << data.smpCount() << '\n';
-    out << "length: " << secondsText(data.smpCount(), data.smpFrequ()).toStdString() << " s\n";
-    out << "trigger: " << data.trgPos() << '\n';
-    writeChannels(out, data);
+    out << "model: " << createDevice(globalGet(QStringLiteral("devModel")).toInt())->name.toStdString() << '\n';
+    out << "rate: " << capture.rate << " Hz\n";
+    out << "samples: " << capture.samples << '\n';
+    out << "length: " << secondsText(capture.samples, capture.rate).toStdString() << " s\n";
+    out << "trigger: " << capture.trigger << '\n';
+    for (const CaptureFacts::Channel &one : capture.channels) {
+        out << "channel " << one.chn << ": " << chnShowNameGet(one.chn).toStdString() << ", " << one.edges
+            << " edges\n";
+    }
     writeStoredAnalyzers(out);
-    return source.warning.isEmpty() ? Terminal::good : Terminal::badInput;
+    return facts.warning.isEmpty() ? Terminal::good : Terminal::badInput;
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -61,6 +62,18 @@ std::int64_t bytesOf(const SmpData *capture)
     return bytes;
 }
 
+/// @return false when the file cannot be read
+bool readFacts(QIODevice &device, const DataBlocksFound &found, CaptureFacts &facts)
+{
+    facts = {found.head.smpCount, found.head.smpFrequ, found.head.trgPos, {}};
+    for (const DataBlockPlace &place : found.places) {
+        facts.channels.push_back({place.chn, entriesBelow(device, place, found.head.smpCount)});
+    }
+    const auto byChannel = [](const auto &a, const auto &b) { return a.chn < b.chn; };
+    std::sort(facts.channels.begin(), facts.channels.end(), byChannel);
+    return std::none_of(facts.channels.begin(), facts.channels.end(), [](const auto &one) { return one.edges < 0; });
+}
+
 FileOutcome tooLong(const ConfigDocument &settings)
 {
     constexpr int named = 3;
@@ -110,7 +123,7 @@ FileOutcome CaptureFile::readSettings(QFile &file, Layout &layout, std::optional
     return {};
 }
 
-OpenedCapture CaptureFile::readHeads(const QString &path, Layout &layout) const
+OpenedCapture CaptureFile::readHeads(const QString &path, Layout &layout, CaptureFacts *facts) const
 {
     OpenedCapture opened;
     const QFileInfo info(path);
@@ -134,6 +147,9 @@ OpenedCapture CaptureFile::readHeads(const QString &path, Layout &layout) const
                                                        : DataBlocksResult::DeviceError;
         opened.outcome = outcomeOf(result, found);
         layout.bytes = found.bytes;
+        if (opened.outcome.isDone() && facts != nullptr && !readFacts(file, found, *facts)) {
+            opened.outcome = {FileResult::Failed};
+        }
     }
     if (!opened.outcome.isDone()) {
         opened.settings.reset();
@@ -141,10 +157,10 @@ OpenedCapture CaptureFile::readHeads(const QString &path, Layout &layout) const
     return opened;
 }
 
-OpenedCapture CaptureFile::check(const QString &path) const
+OpenedCapture CaptureFile::check(const QString &path, CaptureFacts *facts) const
 {
     Layout layout;
-    return readHeads(path, layout);
+    return readHeads(path, layout, facts);
 }
 
 OpenedCapture CaptureFile::open(const QString &path, const SmpData *former) const

@@ -64,6 +64,19 @@ struct OpenedCapture {
     QStringList notes{}; ///< of another program's file: what was passed over, in English
 };
 
+/// What a data file tells of its capture without being read as a whole.
+struct CaptureFacts {
+    /// A channel that is in the file.
+    struct Channel {
+        int chn = 0;
+        std::int64_t edges = 0;
+    };
+    std::int64_t samples = 0;
+    std::int64_t rate = 0;         ///< Hz
+    std::int64_t trigger = 0;      ///< sample
+    std::vector<Channel> channels; ///< in ascending order
+};
+
 /// What of a capture is written.
 struct CapturePart {
     std::vector<std::uint8_t> channels; ///< one flag per digital channel; shorter or longer than those is NoCapture
@@ -100,8 +113,9 @@ public:
     ///                memory only in its place is checked to the last entry, but not kept
     [[nodiscard]] OpenedCapture open(const QString &path, const SmpData *former = nullptr) const;
 
-    /// Looks at a file without reading the entries of its channels. Cost: one read a channel.
-    [[nodiscard]] OpenedCapture check(const QString &path) const;
+    /// Looks at a file without reading the entries of its channels. Cost: one read a channel, and some more for facts.
+    /// @param facts  out, of a data file that is Done; may be null. Entries are taken to be in order
+    [[nodiscard]] OpenedCapture check(const QString &path, CaptureFacts *facts = nullptr) const;
 
     /// Writes a data file: settings and digital channels.
     [[nodiscard]] FileOutcome save(const QString &path, SmpData &data, const CapturePart &part,
@@ -119,7 +133,7 @@ private:
         std::int64_t bytes = 0;    ///< of memory
         int chnCount = 0;
     };
-    [[nodiscard]] OpenedCapture readHeads(const QString &path, Layout &layout) const;
+    [[nodiscard]] OpenedCapture readHeads(const QString &path, Layout &layout, CaptureFacts *facts = nullptr) const;
     [[nodiscard]] FileOutcome readSettings(QFile &file, Layout &layout, std::optional<ConfigDocument> &settings) const;
     void load(const QString &path, const Layout &layout, bool keep, OpenedCapture &opened) const;
     [[nodiscard]] FileOutcome write(DataFile &job, const QString &path, const CapturePart &part, int mode,

@@ -229,6 +229,25 @@ DataBlocksResult readDataBlocks(QIODevice &device, SmpData &data, const DataPiec
     }
 }
 
+std::int64_t entriesBelow(QIODevice &device, const DataBlockPlace &place, std::int64_t pos)
+{
+    std::int64_t first = 0;
+    std::int64_t end = place.entryCount;
+    while (first < end) {
+        const std::int64_t middle = first + (end - first) / 2;
+        std::array<std::uint8_t, sizeof(std::uint64_t)> packed{};
+        if (!device.seek(place.at + middle * dataEntrySize) || !readAll(device, packed.data(), dataEntrySize)) {
+            return -1;
+        }
+        if (take40(packed.data()) < pos) {
+            first = middle + 1;
+        } else {
+            end = middle;
+        }
+    }
+    return first;
+}
+
 std::int64_t treeBytes(std::int64_t entries)
 {
     const std::int64_t leaves = entries / SmpEdgeLeaf::capacity + 1; // the end mark may take one
@@ -247,6 +266,7 @@ DataBlocksResult checkDataBlocks(QIODevice &device, int chnCount, bool andEntrie
         return buffer ? result : DataBlocksResult::NoMemory;
     }
     found = {};
+    found.head = head;
     BlockReader reader(device, head, afterPiece);
     for (;;) {
         DataBlockHead block;
@@ -256,6 +276,7 @@ DataBlocksResult checkDataBlocks(QIODevice &device, int chnCount, bool andEntrie
             return result;
         }
         found.bytes += treeBytes(block.entryCount);
+        found.places.push_back({block.chn, device.pos(), block.entryCount});
         std::int64_t last = -1;
         if (!andEntries) {
             result = device.seek(device.pos() + block.entryCount * dataEntrySize) ? DataBlocksResult::Done

@@ -73,9 +73,18 @@ enum class DataBlocksResult {
 /// @param done  reading: the device's position, bytes; writing: entries written so far, over all channels
 using DataPieceHook = std::function<bool(std::int64_t done)>;
 
+/// Where the entries of a channel are in a file.
+struct DataBlockPlace {
+    int chn = 0;
+    std::int64_t at = 0;         ///< bytes from the device's begin
+    std::int64_t entryCount = 0; ///< of dataEntrySize bytes, in increasing order
+};
+
 /// What a reader of the blocks found.
 struct DataBlocksFound {
-    int blocks = 0;           ///< whole ones
+    DataFileHead head;                  ///< checkDataBlocks() only
+    std::vector<DataBlockPlace> places; ///< the same; of whole blocks, in the file's order
+    int blocks = 0;                     ///< whole ones
     bool cut = false;         ///< the head promises more blocks than there are, the one that is cut short included
     std::vector<int> missing; ///< the channels of those, as far as the head names them
     std::int64_t bytes = 0;   ///< of the memory that the store takes for them
@@ -97,6 +106,10 @@ struct DataBlocksFound {
 /// @param andEntries  looks at the entries too; without, the cost is a read for each block
 [[nodiscard]] DataBlocksResult checkDataBlocks(QIODevice &device, int chnCount, bool andEntries, DataBlocksFound &found,
                                                const DataPieceHook &afterPiece = {});
+
+/// How many entries of a block lie below `pos`: transitions, for the capture's length. Searches: a few reads.
+/// @return -1 when the device does not read
+[[nodiscard]] std::int64_t entriesBelow(QIODevice &device, const DataBlockPlace &place, std::int64_t pos);
 
 /// The memory that the tree of a channel with `entries` entries takes at most, bytes.
 [[nodiscard]] std::int64_t treeBytes(std::int64_t entries);
