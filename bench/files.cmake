@@ -1,3 +1,8 @@
 lux_bench(bench_DataFile LINK lux_files)
 lux_bench(bench_DataExport LINK lux_files)
 lux_bench(bench_Foreign LINK lux_files)
+if(UNIX)
+  lux_bench(bench_Luxcli LINK lux_files)
+  target_compile_definitions(bench_Luxcli PRIVATE LUXCLI="$<TARGET_FILE:luxcli>")
+  add_dependencies(bench_Luxcli luxcli)
+endif()

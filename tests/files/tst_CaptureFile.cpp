@@ -58,6 +58,7 @@ private slots:
 
     void whatIsSavedOpensWithItsSettings();
     void anOpenedCaptureIsTakenOverByAStore();
+    void factsOfAFileAreThoseOfItsCapture();
     void settingsAloneAreSavedAndOpened();
     void anExportIsWritten();
     void aFailureTellsItsReason_data();
@@ -101,6 +102,34 @@ void TstCaptureFile::whatIsSavedOpensWithItsSettings()
     QCOMPARE(opened.capture->startLevels() >> 2 & 1, std::uint64_t(1));
     QVERIFY(m_folder.read(QStringLiteral("saved.cxdat")).startsWith("<?xml"));
     QCOMPARE(globalGet(QStringLiteral("chnShowName2")), QString()); // nothing of the program's has changed
+}
+
+void TstCaptureFile::factsOfAFileAreThoseOfItsCapture()
+{
+    std::vector<std::int64_t> many;
+    for (std::int64_t pos = 3; pos < 990; pos += 3) {
+        many.push_back(pos);
+    }
+    many.insert(many.end(), {1000, 1001, 5000}); // behind the end: no transitions of the capture
+    DataFileBytes data(8);
+    data.samples(1000).frequency(24000000).trigger(7);
+    data.block(5, 0, {999, 1000}).block(2, 1, many).block(0, 0, {1000}).block(7, 1, {});
+    const QString path = m_folder.write(settingsBlock() + data.bytes());
+    CaptureFacts facts;
+    QVERIFY(captureFile().check(path, &facts).outcome.isDone());
+    QCOMPARE(facts.samples, 1000);
+    QCOMPARE(facts.rate, 24000000);
+    QCOMPARE(facts.trigger, 7);
+    const OpenedCapture whole = captureFile().open(path);
+    QVERIFY(whole.capture);
+    QCOMPARE(facts.channels.size(), std::size_t(4));
+    int before = -1;
+    for (const CaptureFacts::Channel &one : facts.channels) {
+        QVERIFY(one.chn > before);
+        before = one.chn;
+        QCOMPARE(one.edges, whole.capture->entryCount(one.chn) - 1); // without the end mark
+    }
+    QCOMPARE(facts.channels[1].edges, 329);
 }
 
 void TstCaptureFile::anOpenedCaptureIsTakenOverByAStore()
