@@ -1,6 +1,6 @@
 # Precompiled headers of Qt and the standard library: most of the time of a small file is spent on reading them. Nothing
-# of the tree is in them. All targets with the same Qt modules share one. A file names what it needs all the same: the
-# preset "clang" compiles without them.
+# of the tree is in them, but for the decoders' one. All targets with the same Qt modules share one. A file names what
+# it needs all the same: the preset "clang" compiles without them.
 
 # lux_reaches(<variable> <target> <library>...): whether the target links one of the libraries, by whatever way.
 function(lux_reaches variable target)
@@ -33,6 +33,24 @@ set(LUX_PCH_Gui ${LUX_PCH_Core} <QColor> <QFont> <QFontMetrics> <QIcon> <QImage>
 set(LUX_PCH_Widgets ${LUX_PCH_Gui} <QApplication> <QBoxLayout> <QComboBox> <QDialog> <QGraphicsItem> <QGraphicsScene>
   <QGraphicsView> <QGridLayout> <QLabel> <QLineEdit> <QMenu> <QPushButton> <QRadioButton> <QScrollBar> <QWidget>)
 
+# What nearly every file of a decoder reads: headers of the tree too, which all decoders depend on in any case.
+set(LUX_PCH_Decoder <algorithm> <array> <charconv> <cmath> <cstdint> <memory> <span> <string> <string_view> <vector>
+  <corvanlux/analyzer/ChannelReader.h> <corvanlux/analyzer/Decoder.h> <corvanlux/analyzer/FrameText.h>
+  <corvanlux/analyzer/Simulation.h>)
+
+# lux_pch_library(<name> LINK <targets> HEADERS <headers>): compiles them for others, as CMake does for a source's sake.
+function(lux_pch_library name)
+  cmake_parse_arguments(ARG "" "" "LINK;HEADERS" ${ARGN})
+  set(source ${CMAKE_BINARY_DIR}/pch/${name}.cpp)
+  if(NOT EXISTS ${source})
+    file(WRITE ${source} "")
+  endif()
+  add_library(${name} STATIC ${source})
+  set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+  target_link_libraries(${name} PRIVATE ${ARG_LINK})
+  target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
 # lux_precompile(<target> [TEST]): to be called when the target's libraries are known.
 function(lux_precompile target)
   if(NOT LUX_PCH)
@@ -46,31 +64,40 @@ function(lux_precompile target)
       set(module ${candidate})
     endif()
   endforeach()
-  if(ARG_TEST)
-    set(kind lux_pch_test_${module})
-    get_target_property(plain ${target} LUX_NO_UBSAN)
-    if(plain)
-      set(kind ${kind}_plain) # a precompiled header holds for one set of sanitizers
-    endif()
-  elseif(module)
+  set(headers ${LUX_PCH_${module}} ${LUX_PCH_STD})
+  set(libraries lux_flags Threads::Threads)
+  if(module)
+    list(APPEND libraries Qt5::${module})
     set(kind lux_pch_${module})
   else()
-    return()
+    set(kind lux_pch_std)
+  endif()
+  if(ARG_TEST)
+    set(kind lux_pch_test_${module})
+    list(PREPEND headers <QtTest> <QSignalSpy>)
+    list(APPEND libraries Qt5::Test)
+    get_target_property(plain ${target} LUX_TEST_PLAIN)
+    if(plain)
+      set(kind ${kind}_plain) # a precompiled header holds for one set of options
+    endif()
   endif()
   if(NOT TARGET ${kind})
-    set(source ${CMAKE_BINARY_DIR}/pch/${kind}.cpp)
-    if(NOT EXISTS ${source})
-      file(WRITE ${source} "") # CMake compiles a precompiled header for the sake of a source
-    endif()
-    add_library(${kind} STATIC ${source})
-    set_target_properties(${kind} PROPERTIES UNITY_BUILD OFF)
-    target_link_libraries(${kind} PRIVATE lux_flags Qt5::${module} Threads::Threads)
+    lux_pch_library(${kind} LINK ${libraries} HEADERS ${headers})
     if(ARG_TEST)
-      target_link_libraries(${kind} PRIVATE Qt5::Test)
-      target_precompile_headers(${kind} PRIVATE <QtTest> <QSignalSpy>)
       lux_test_options(${kind})
     endif()
-    target_precompile_headers(${kind} PRIVATE ${LUX_PCH_${module}} ${LUX_PCH_STD})
   endif()
   target_precompile_headers(${target} REUSE_FROM ${kind})
+endfunction()
+
+# lux_precompile_decoder(<target>): of decoders/.
+function(lux_precompile_decoder target)
+  if(NOT LUX_PCH)
+    return()
+  endif()
+  if(NOT TARGET lux_pch_decoder)
+    lux_pch_library(lux_pch_decoder LINK lux_plugin_flags lux_runtime_headers HEADERS ${LUX_PCH_Decoder})
+    set_target_properties(lux_pch_decoder PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  endif()
+  target_precompile_headers(${target} REUSE_FROM lux_pch_decoder)
 endfunction()

@@ -13,7 +13,12 @@ if(LUX_WERROR)
   target_compile_options(lux_flags INTERFACE -Werror)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")
-  target_compile_options(lux_build INTERFACE -O1)
+  # A test runs once for each time it is compiled, the product many times; sanitizers make slow what is not optimized.
+  if(LUX_SANITIZE)
+    target_compile_options(lux_build INTERFACE -O1)
+  else()
+    target_compile_options(lux_build INTERFACE $<IF:$<BOOL:$<TARGET_PROPERTY:LUX_TEST_PLAIN>>,-O0,-O1>)
+  endif()
 endif()
 if(LUX_SANITIZE OR LUX_LINE_TABLES)
   # Lines for stacks, and no more: compiles and links in three quarters of the time.
@@ -42,7 +47,7 @@ if(LUX_SANITIZE)
   # UBSan takes two fifths of the time to build a test, and finds nothing of the product there.
   foreach(sanitizer IN LISTS LUX_SANITIZE)
     if(sanitizer STREQUAL "undefined")
-      target_compile_options(lux_build INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:LUX_NO_UBSAN>>>:-fsanitize=undefined>)
+      target_compile_options(lux_build INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:LUX_TEST_PLAIN>>>:-fsanitize=undefined>)
     else()
       target_compile_options(lux_build INTERFACE -fsanitize=${sanitizer})
     endif()
@@ -117,10 +122,11 @@ function(lux_no_gui_test program)
   endif()
 endfunction()
 
-# What tests and their helpers are compiled with. Where much of the product stands in headers, its tests are of it.
+# What tests and their helpers are compiled with. Where much of the product stands in headers, its tests are of it; the
+# others are "plain": little of the product is compiled with them.
 function(lux_test_options target)
   if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "/tests/(analysis|decoders|emulator|runtime|store)$")
-    set_target_properties(${target} PROPERTIES LUX_NO_UBSAN ON)
+    set_target_properties(${target} PROPERTIES LUX_TEST_PLAIN ON)
   endif()
   if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(${target} PRIVATE -O1) # what is tested is as it is shipped; the test itself is built faster
@@ -144,22 +150,4 @@ function(lux_test_environment name)
   endif()
 endfunction()
 
-# lux_test(<name> SOURCES <files> LINK <targets> [LABELS <labels>])
-# One Qt Test executable. It runs offscreen, with a home of its own below the build folder.
-function(lux_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
-  set_target_properties(${name} PROPERTIES AUTOMOC ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/bin)
-  target_link_libraries(${name} PRIVATE lux_flags Qt5::Test ${ARG_LINK})
-  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-  lux_test_options(${name})
-  lux_precompile(${name} TEST)
-  # A test's classes are in its source, which includes what moc made of them: this file is empty.
-  set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp PROPERTIES
-    SKIP_PRECOMPILE_HEADERS ON)
-  add_test(NAME ${name} COMMAND ${name})
-  lux_test_environment(${name})
-  if(ARG_LABELS)
-    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
-  endif()
-endfunction()
+include(LuxTest)
