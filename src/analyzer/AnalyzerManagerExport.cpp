@@ -13,7 +13,7 @@ void AnalyzerManager::startExport(AnalyzerResults *results, const QString &path,
     }
     m_exportOutcome = {};
     results->StartExportThread(nullptr, displayBaseOf(displayBase), 0); // forgets the last export, and writes nothing
-    exportThread = std::make_unique<ExportDataProMng>(results, m_gate, ExportJob::Task{path, displayBase, option});
+    exportThread = std::make_unique<ExportDataProMng>(results, m_gate, ResultsExport::Task{path, displayBase, option});
     connect(exportThread.get(), &ExportDataProMng::sigDeleteExportDataProMng, this,
             &AnalyzerManager::slotDeleteExportDataProMng);
     // Direct: the thread has left the results when the manager waits for their readers.

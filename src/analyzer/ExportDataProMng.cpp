@@ -8,9 +8,9 @@ constexpr auto betweenLooks = std::chrono::milliseconds(10);
 
 } // namespace
 
-ExportDataProMng::ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate, const ExportJob::Task &task)
-    : m_job(std::make_shared<ExportJob>(exported, gate, task,
-                                        [this] { postCall(this, [this] { emit sigDeleteExportDataProMng(); }); })),
+ExportDataProMng::ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate, const ResultsExport::Task &task)
+    : m_job(std::make_shared<ResultsExport>(exported, gate, task,
+                                            [this] { postCall(this, [this] { emit sigDeleteExportDataProMng(); }); })),
       m_thread([job = m_job] { job->run(); })
 {}
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analyzer/ExportJob.h"
+#include "analyzer/ResultsExport.h"
 
 #include <QObject>
 #include <QString>
@@ -17,7 +17,7 @@ class ExportDataProMng : public QObject {
     Q_OBJECT
 public:
     /// Starts the thread. @param exported  not owned, made ready by StartExportThread()  @param gate  of the results
-    ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate, const ExportJob::Task &task);
+    ExportDataProMng(AnalyzerResults *exported, ResultsGate &gate, const ResultsExport::Task &task);
     /// Cancels it and waits for its thread, unless that has lost its pass: then it is left behind.
     ~ExportDataProMng() override;
 
@@ -33,6 +33,6 @@ signals:
     void sigDeleteExportDataProMng();
 
 private:
-    std::shared_ptr<ExportJob> m_job; ///< the thread's too
+    std::shared_ptr<ResultsExport> m_job; ///< the thread's too
     std::thread m_thread;
 };

@@ -1,4 +1,4 @@
-#include "analyzer/ExportJob.h"
+#include "analyzer/ResultsExport.h"
 
 #include "analyzer/DisplayFormat.h"
 #include "analyzer/PluginCall.h"
@@ -62,14 +62,14 @@ QString partEnding(const QString &fileName)
 
 } // namespace
 
-ExportJob::ExportJob(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over)
+ResultsExport::ResultsExport(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over)
     : m_task(std::move(task)), m_results(results), m_over(std::move(over))
 {
     m_reader->setLong(true);
     m_pass.emplace(gate, m_reader);
 }
 
-void ExportJob::cancel()
+void ResultsExport::cancel()
 {
     m_cancelled.store(true, std::memory_order_relaxed);
     m_reader->setLong(false);
@@ -79,19 +79,19 @@ void ExportJob::cancel()
     }
 }
 
-double ExportJob::progress()
+double ResultsExport::progress()
 {
     const std::lock_guard lock(m_mutex);
     return m_results != nullptr ? m_results->GetProgress() : 1.0;
 }
 
-bool ExportJob::waitForEnd(std::chrono::milliseconds most)
+bool ResultsExport::waitForEnd(std::chrono::milliseconds most)
 {
     std::unique_lock lock(m_mutex);
     return m_ended.wait_for(lock, most, [this] { return m_isOver; });
 }
 
-void ExportJob::abandon()
+void ResultsExport::abandon()
 {
     cancel();
     const std::lock_guard lock(m_mutex);
@@ -101,7 +101,7 @@ void ExportJob::abandon()
     }
 }
 
-void ExportJob::leaveResults()
+void ResultsExport::leaveResults()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -111,7 +111,7 @@ void ExportJob::leaveResults()
     m_pass.reset();
 }
 
-QString ExportJob::build(const QString &partPath)
+QString ResultsExport::build(const QString &partPath)
 {
     AnalyzerResults *results = nullptr;
     {
@@ -134,7 +134,7 @@ QString ExportJob::build(const QString &partPath)
     return words;
 }
 
-ExportOutcome ExportJob::write()
+ExportOutcome ResultsExport::write()
 {
     if (!*m_pass) {
         return {true, WriteFault::None, {}};
@@ -153,7 +153,7 @@ ExportOutcome ExportJob::write()
     return {false, fault, words};
 }
 
-void ExportJob::run()
+void ResultsExport::run()
 {
     const ExportOutcome outcome = write();
     leaveResults();

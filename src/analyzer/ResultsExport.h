@@ -26,7 +26,7 @@ struct ExportOutcome {
 
 /// What the thread of one export does. The thread owns it together with who started it, who may have to go on without a
 /// thread that is held fast in the decoder.
-class ExportJob {
+class ResultsExport {
 public:
     struct Task {
         QString fileName;
@@ -36,9 +36,9 @@ public:
 
     /// @param results  not owned, made ready by StartExportThread(); good until the thread has left them
     /// @param over  called on the thread when the file is written, or never will be; not once abandon() was called
-    ExportJob(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over);
-    ExportJob(const ExportJob &) = delete;
-    ExportJob &operator=(const ExportJob &) = delete;
+    ResultsExport(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over);
+    ResultsExport(const ResultsExport &) = delete;
+    ResultsExport &operator=(const ResultsExport &) = delete;
 
     /// The thread's body.
     void run();
