@@ -16,7 +16,7 @@
 
 #include <algorithm>
 
-OffscreenView::OffscreenView(const AnalyzerManager &manager)
+OffscreenView::OffscreenView(AnalyzerManager &manager)
     : m_waves(new WaveDataGen(this)),
       m_ruler(new TimeView(m_waves, this)),
       m_rows(new MainView(m_waves, this)),

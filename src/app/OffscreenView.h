@@ -21,7 +21,7 @@ class OffscreenView : public QWidget {
     Q_OBJECT
 public:
     /// @param manager  what its analyzers have found is shown; not owned, outlives this
-    explicit OffscreenView(const AnalyzerManager &manager);
+    explicit OffscreenView(AnalyzerManager &manager);
     ~OffscreenView() override;
 
     /// Lays the view out and shows samples `start` to `end` in all its width.

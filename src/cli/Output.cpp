@@ -2,15 +2,26 @@
 
 #include "cli/Terminal.h"
 
+#include <QFileInfo>
+#include <QSaveFile>
+
 #include <cstdio>
 
 Output::Output(const QString &path)
 {
     m_buffer.reserve(flushSize + 4096);
-    if (!path.isEmpty() && path != QLatin1String("-")) {
-        m_file = std::make_unique<QSaveFile>(path);
-        m_good = m_file->open(QIODevice::WriteOnly);
+    if (path.isEmpty() || path == QLatin1String("-")) {
+        return;
     }
+    const QFileInfo there(path);
+    if (there.exists() && !there.isFile()) {
+        m_file = std::make_unique<QFile>(path); // another file in its place would take it from all who use it
+    } else {
+        auto file = std::make_unique<QSaveFile>(path);
+        m_replaced = file.get();
+        m_file = std::move(file);
+    }
+    m_good = m_file->open(QIODevice::WriteOnly);
 }
 
 void Output::flush()
@@ -35,10 +46,12 @@ void Output::handOver()
 int Output::finish(int code)
 {
     flush();
-    if (m_good && m_file && m_isEmpty && code != Terminal::good) {
-        m_file->cancelWriting(); // an earlier file is worth more than an empty one
+    if (m_good && m_replaced != nullptr && m_isEmpty && code != Terminal::good) {
+        m_replaced->cancelWriting(); // an earlier file is worth more than an empty one
+    } else if (m_good && m_replaced != nullptr) {
+        m_good = m_replaced->commit();
     } else if (m_good && m_file) {
-        m_good = m_file->commit();
+        m_good = m_file->flush();
     } else if (m_good) {
         m_good = std::fflush(stdout) == 0;
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QSaveFile>
+#include <QFileDevice>
 #include <QString>
 
 #include <charconv>
@@ -10,8 +10,10 @@
 #include <string>
 #include <string_view>
 
+class QSaveFile;
+
 /// Where a command writes its lines: the standard output, or a file that appears under its name only when it is whole.
-/// Buffered; main thread.
+/// A device or a pipe stays what it is, and takes the lines as they come. Buffered; main thread.
 class Output {
 public:
     /// @param path  empty or "-" for the standard output
@@ -50,7 +52,8 @@ private:
     void flush();
 
     std::string m_buffer;
-    std::unique_ptr<QSaveFile> m_file; ///< null for the standard output
+    std::unique_ptr<QFileDevice> m_file; ///< null for the standard output
+    QSaveFile *m_replaced = nullptr;     ///< the same, when it gets its name at the end
     bool m_good = true;
     bool m_isEmpty = true; ///< nothing was flushed so far
 };

@@ -10,8 +10,17 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QtTest>
+
+#include <algorithm>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
 
 /// The program as it was built, run as a user or a script runs it.
 class TstLuxcli : public QObject {
@@ -25,6 +34,7 @@ private slots:
     void framesOfSeveralDecodersComeInTheOrderOfTime();
     void withoutADecoderThoseOfTheFileAreTaken();
     void anOutputFileIsWrittenWhole();
+    void aPipeTakesTheOutputAndStaysAPipe();
     void anEarlierOutputStaysWhereAllInputIsBad();
     void severalFilesAreDecodedOneAfterTheOther();
     void decodersAndTheirSettingsAreListed();
@@ -234,6 +244,27 @@ void TstLuxcli::anOutputFileIsWrittenWhole()
     QCOMPARE(toFile.code, 0);
     QCOMPARE(toFile.out, QByteArray());
     QCOMPARE(m_folder.read(QStringLiteral("out.jsonl")), luxcli(arguments).out);
+}
+
+void TstLuxcli::aPipeTakesTheOutputAndStaysAPipe()
+{
+#ifdef Q_OS_UNIX
+    const QString path = m_folder.path(QStringLiteral("pipe"));
+    QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    const int pipe = open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    QVERIFY(pipe >= 0);
+    const auto close = qScopeGuard([pipe] { ::close(pipe); });
+    const QStringList arguments{QStringLiteral("decode"), m_capture, QStringLiteral("-a"), uart};
+    QCOMPARE(luxcli(arguments + QStringList{QStringLiteral("-o"), path}).code, 0);
+    QByteArray arrived(1 << 16, '\0');
+    arrived.truncate(int(std::max<ssize_t>(0, read(pipe, arrived.data(), std::size_t(arrived.size())))));
+    QCOMPARE(arrived, luxcli(arguments).out);
+    struct stat there {};
+    QCOMPARE(lstat(QFile::encodeName(path).constData(), &there), 0);
+    QVERIFY(S_ISFIFO(there.st_mode));
+#else
+    QSKIP("Pipes have no file names here.");
+#endif
 }
 
 void TstLuxcli::anEarlierOutputStaysWhereAllInputIsBad()
