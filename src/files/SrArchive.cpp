@@ -2,6 +2,8 @@
 
 #include "files/SrArchive.h"
 
+#include "files/Deflate.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -116,7 +118,14 @@ bool SrArchive::listEntries(std::int64_t fileSize)
         if (packed > std::uint64_t(fileSize)) {
             return fail(name, QStringLiteral("the entries overlap"));
         }
-        m_entries.push_back({name, zip_uint64_t(i), std::int64_t(stat.size)});
+        Entry entry{name, zip_uint64_t(i), std::int64_t(stat.size)};
+        constexpr zip_uint64_t neededAtOnce = ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC | ZIP_STAT_ENCRYPTION_METHOD;
+        if (Deflate::isBuilt() && (stat.valid & neededAtOnce) == neededAtOnce && stat.comp_method == ZIP_CM_DEFLATE &&
+            stat.encryption_method == ZIP_EM_NONE && std::max(stat.size, stat.comp_size) <= Deflate::blockMax) {
+            entry.packed = std::int64_t(stat.comp_size);
+            entry.checksum = stat.crc;
+        }
+        m_entries.push_back(entry);
     }
     return true;
 }
@@ -142,11 +151,29 @@ bool SrArchive::open(const Entry &entry)
     }
     m_open = entry.name;
     m_left = entry.size;
-    m_handles->entry = zip_fopen_index(m_handles->archive, entry.index, 0);
-    return m_handles->entry != nullptr || fail(m_open, QString::fromUtf8(zip_strerror(m_handles->archive)));
+    m_block.clear();
+    m_handles->entry = zip_fopen_index(m_handles->archive, entry.index, entry.packed > 0 ? ZIP_FL_COMPRESSED : 0);
+    if (m_handles->entry == nullptr) {
+        return fail(m_open, QString::fromUtf8(zip_strerror(m_handles->archive)));
+    }
+    return entry.packed == 0 || unpack(entry);
 }
 
-std::int64_t SrArchive::read(std::span<std::uint8_t> bytes)
+bool SrArchive::unpack(const Entry &entry)
+{
+    std::vector<std::uint8_t> packed(std::size_t(entry.packed));
+    const std::int64_t got = readFromLibrary(packed);
+    if (got < 0) {
+        return false;
+    }
+    m_block.resize(std::size_t(entry.size));
+    if (got != entry.packed || !Deflate::unpack(packed, m_block)) {
+        return fail(m_open, QStringLiteral("it cannot be unpacked, or is not as long as the archive tells"));
+    }
+    return Deflate::checksum(m_block) == entry.checksum || fail(m_open, QStringLiteral("its checksum is another"));
+}
+
+std::int64_t SrArchive::readFromLibrary(std::span<std::uint8_t> bytes)
 {
     std::int64_t got = 0;
     while (got < std::int64_t(bytes.size())) {
@@ -159,6 +186,21 @@ std::int64_t SrArchive::read(std::span<std::uint8_t> bytes)
             break;
         }
         got += more;
+    }
+    return got;
+}
+
+std::int64_t SrArchive::read(std::span<std::uint8_t> bytes)
+{
+    if (!m_block.empty()) {
+        const std::int64_t take = std::min(m_left, std::int64_t(bytes.size()));
+        std::copy_n(m_block.end() - m_left, take, bytes.begin());
+        m_left -= take;
+        return take;
+    }
+    const std::int64_t got = readFromLibrary(bytes);
+    if (got < 0) {
+        return got;
     }
     m_left -= got;
     if (m_left < 0 || (m_left > 0 && got < std::int64_t(bytes.size()))) {

@@ -20,7 +20,9 @@ public:
     struct Entry {
         QByteArray name;
         std::uint64_t index = 0;
-        std::int64_t size = 0; ///< bytes, unpacked, as the archive tells
+        std::int64_t size = 0;      ///< bytes, unpacked, as the archive tells
+        std::int64_t packed = 0;    ///< bytes in the file, of a deflated entry that is unpacked at once; else 0
+        std::uint32_t checksum = 0; ///< of such a one
     };
 
     /// False for a build without the library: opening then always fails.
@@ -46,11 +48,16 @@ public:
 private:
     struct Handles; ///< of the library
     [[nodiscard]] bool listEntries(std::int64_t fileSize);
+    /// Unpacks the whole entry. @return false if it is broken, which error() tells
+    [[nodiscard]] bool unpack(const Entry &entry);
+    /// Up to so many bytes of what the library reads. @return -1 when it is broken
+    [[nodiscard]] std::int64_t readFromLibrary(std::span<std::uint8_t> bytes);
     bool fail(const QByteArray &entry, const QString &what);
 
     std::unique_ptr<Handles> m_handles;
     std::vector<Entry> m_entries;
-    QByteArray m_open;       ///< the entry that is being read
-    std::int64_t m_left = 0; ///< bytes that it still promises
+    QByteArray m_open;                 ///< the entry that is being read
+    std::int64_t m_left = 0;           ///< bytes that it still promises
+    std::vector<std::uint8_t> m_block; ///< all of it, if it was unpacked at once; else empty
     QString m_error;
 };

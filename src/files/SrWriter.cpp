@@ -2,6 +2,7 @@
 
 #include "files/SrWriter.h"
 
+#include "files/Deflate.h"
 #include "files/SrMetadata.h"
 #include "store/SmpData.h"
 #include "store/SmpEdgeReader.h"
@@ -114,10 +115,15 @@ private:
     std::uint64_t m_levels = 0; ///< before m_pos
 };
 
-/// One entry of samples, as the library asks for its bytes while it writes the archive.
+/// One entry of samples, as the library asks for its bytes while it writes the archive: its samples, or those packed.
 class Chunk {
 public:
-    Chunk(Job &job, std::int64_t first, std::int64_t count) : m_job(job), m_first(first), m_count(count) {}
+    Chunk(Job &job, std::int64_t first, std::int64_t count, bool packs)
+        : m_job(job),
+          m_first(first),
+          m_count(count),
+          m_packsItself(packs && Deflate::isBuilt() && count * job.row <= Deflate::blockMax)
+    {}
 
     static zip_int64_t answer(void *self, void *data, zip_uint64_t size, zip_source_cmd_t command)
     {
@@ -132,21 +138,23 @@ private:
             return zip_source_make_command_bitmap(ZIP_SOURCE_OPEN, ZIP_SOURCE_READ, ZIP_SOURCE_CLOSE, ZIP_SOURCE_STAT,
                                                   ZIP_SOURCE_ERROR, ZIP_SOURCE_FREE, -1);
         case ZIP_SOURCE_OPEN:
-            m_rows = std::make_unique<Rows>(m_job, m_first, m_count);
-            m_piece.resize(std::size_t(Rows::pieceSize) + Rows::wordSize);
-            m_used = m_filled = 0;
-            return 0;
+            return open() ? 0 : -1;
         case ZIP_SOURCE_READ:
             return read(static_cast<std::uint8_t *>(data), zip_int64_t(size));
         case ZIP_SOURCE_CLOSE:
             m_rows.reset();
-            m_piece = {};
+            m_piece = std::vector<std::uint8_t>(); // there may be thousands of chunks
             return 0;
         case ZIP_SOURCE_STAT: {
             auto *stat = static_cast<zip_stat_t *>(data);
             zip_stat_init(stat);
             stat->size = zip_uint64_t(m_count * m_job.row);
             stat->valid = ZIP_STAT_SIZE;
+            if (m_packsItself) { // then it tells what the library finds out of what is not packed
+                stat->comp_method = ZIP_CM_DEFLATE;
+                stat->crc = m_checksum;
+                stat->valid |= ZIP_STAT_COMP_METHOD | ZIP_STAT_CRC;
+            }
             return sizeof *stat;
         }
         case ZIP_SOURCE_ERROR: {
@@ -158,20 +166,55 @@ private:
             return command == ZIP_SOURCE_FREE ? 0 : -1;
         }
     }
+    /// @return false when it was cancelled, or memory is spent
+    [[nodiscard]] bool open()
+    {
+        m_rows = std::make_unique<Rows>(m_job, m_first, m_count);
+        m_used = m_filled = 0;
+        if (!m_packsItself) {
+            m_piece.resize(std::size_t(Rows::pieceSize) + Rows::wordSize);
+            return true;
+        }
+        std::vector<std::uint8_t> block(std::size_t(m_count * m_job.row) + Rows::wordSize);
+        std::int64_t made = 0;
+        for (std::int64_t got = -1; got != 0; made += got) {
+            got = m_rows->put(block.data() + made, Rows::pieceSize);
+            if (!goesOn(got)) {
+                return false;
+            }
+        }
+        block.resize(std::size_t(made));
+        m_checksum = Deflate::checksum(block);
+        if (!Deflate::pack(block, m_piece)) {
+            return false;
+        }
+        m_filled = std::int64_t(m_piece.size());
+        return true;
+    }
+    /// After each piece. @return false when the job is cancelled
+    [[nodiscard]] bool goesOn(std::int64_t bytes)
+    {
+        m_job.done += bytes / m_job.row;
+        m_job.isCancelled = bytes > 0 && m_job.afterPiece && !m_job.afterPiece(m_job.done);
+        return !m_job.isCancelled;
+    }
+    /// The next piece of what is not packed here.
+    [[nodiscard]] bool refill()
+    {
+        m_used = 0;
+        m_filled = m_packsItself ? 0 : m_rows->put(m_piece.data(), Rows::pieceSize);
+        return goesOn(m_filled);
+    }
     zip_int64_t read(std::uint8_t *to, zip_int64_t size)
     {
         zip_int64_t put = 0;
         while (put < size) {
             if (m_used == m_filled) {
-                m_filled = m_rows->put(m_piece.data(), Rows::pieceSize);
-                m_used = 0;
+                if (!refill()) {
+                    return -1;
+                }
                 if (m_filled == 0) {
                     break;
-                }
-                m_job.done += m_filled / m_job.row;
-                if (m_job.afterPiece && !m_job.afterPiece(m_job.done)) {
-                    m_job.isCancelled = true;
-                    return -1;
                 }
             }
             const std::int64_t take = std::min<std::int64_t>(size - put, m_filled - m_used);
@@ -185,8 +228,10 @@ private:
     Job &m_job;
     const std::int64_t m_first;
     const std::int64_t m_count;
+    const bool m_packsItself; ///< the library gets packed bytes
+    std::uint32_t m_checksum = 0;
     std::unique_ptr<Rows> m_rows;
-    std::vector<std::uint8_t> m_piece;
+    std::vector<std::uint8_t> m_piece; ///< of rows, or all that is packed
     std::int64_t m_used = 0;
     std::int64_t m_filled = 0;
 };
@@ -307,8 +352,8 @@ FileResult writeSr(const QString &path, const SmpData &data, const DataSelection
     bool isGood = archive.isOpen() && archive.add("version", version) && archive.add("metadata", metadata);
     for (std::int64_t first = 0; first < samples && isGood; first += rows) {
         const std::int64_t count = std::min(rows, samples - first);
-        chunks.emplace_back(job, selection.posStart + first, count);
         const bool packs = edgesIn(job, selection.posStart + first, count) * packsBelow < count;
+        chunks.emplace_back(job, selection.posStart + first, count, packs);
         isGood = archive.add("logic-1-" + QByteArray::number(qlonglong(chunks.size())), chunks.back(), packs);
     }
     return isGood ? resultOf(archive.close(), job) : FileResult::Failed;

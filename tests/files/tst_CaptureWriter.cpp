@@ -84,6 +84,8 @@ private slots:
     void initTestCase();
     void itReadsBackToTheSameSamples_data();
     void itReadsBackToTheSameSamples();
+    void aLongArchiveReadsBack_data();
+    void aLongArchiveReadsBack();
     void aPartReadsBackToItsSamples_data() { kinds(); }
     void aPartReadsBackToItsSamples();
     void kindsAreNamed();
@@ -159,6 +161,37 @@ void TstCaptureWriter::itReadsBackToTheSameSamples()
     if (isText || kind == int(CaptureKind::Sr)) {
         QCOMPARE(read.names, namesOf(*data).mid(0, channels));
     }
+}
+
+/// Busy stretches of an archive are stored, and others packed; both in several pieces and entries.
+void TstCaptureWriter::aLongArchiveReadsBack()
+{
+    QFETCH(int, channels);
+    QFETCH(int, mean);
+    if (!foreignKindIsBuilt(ForeignKind::Sr)) {
+        QSKIP("built without the library for archives");
+    }
+    const auto data =
+        randomCapture(channels <= 8 ? 8 : 32, channels, 9'000'001 / ((channels + 7) / 8), mean, 1'000'000);
+    const QString path = m_folder.path(QStringLiteral("long"));
+    QCOMPARE(writeCaptureFile(path, *data, outOf(*data, CaptureKind::Sr)).result, FileResult::Done);
+    const ForeignCapture read = readForeign(path, ForeignKind::Sr);
+    QVERIFY2(read.isDone(), qPrintable(read.detail));
+    QCOMPARE(read.capture->smpCount(), data->smpCount());
+    for (int chn = 0; chn < channels; ++chn) {
+        QVERIFY(entriesOf(*read.capture, chn) == entriesOf(*data, chn));
+        QCOMPARE(read.capture->startLevels() >> chn & 1, data->startLevels() >> chn & 1);
+    }
+    QVERIFY((QFileInfo(path).size() < 4'000'000) == (mean > 1000));
+}
+
+void TstCaptureWriter::aLongArchiveReadsBack_data()
+{
+    QTest::addColumn<int>("channels");
+    QTest::addColumn<int>("mean");
+    QTest::newRow("8, busy") << 8 << 12;
+    QTest::newRow("8, calm") << 8 << 2000;
+    QTest::newRow("20, calm") << 20 << 3000;
 }
 
 void TstCaptureWriter::aPartReadsBackToItsSamples()

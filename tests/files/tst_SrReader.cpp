@@ -50,6 +50,7 @@ private slots:
     void badArchivesAreTold();
     void anArchiveCutAnywhereIsTold();
     void anEntryThatIsFlippedIsTold();
+    void chunksOfAnyLengthGoOn();
     void spentMemoryIsTold();
 };
 
@@ -277,6 +278,32 @@ void TstSrReader::anEntryThatIsFlippedIsTold()
         flipped[at] = char(flipped[at] ^ 0x10);
         const ForeignCapture read = foreign(flipped, ForeignKind::Sr);
         QVERIFY(read.isDone() ? read.capture->smpCount() == 100 : !read.detail.isEmpty());
+    }
+}
+
+/// Pieces of any length are read as the whole is: a row may be the first or the last of a word.
+void TstSrReader::chunksOfAnyLengthGoOn()
+{
+    QByteArray samples;
+    std::uint32_t random = 7;
+    for (int i = 0; i < 500; ++i) {
+        random = random * 1664525 + 1013904223;
+        samples += char(random >> 29);
+    }
+    const ForeignCapture whole = sr(ZipBytes().session(threeProbes, samples));
+    ZipBytes zip;
+    zip.add("version", "2").add("metadata", threeProbes);
+    int at = 0;
+    for (int length = 1; at < samples.size(); ++length) {
+        zip.add("logic-1-" + QByteArray::number(length), samples.mid(at, length));
+        at += length;
+    }
+    const ForeignCapture parts = sr(zip);
+    QVERIFY2(parts.isDone(), qPrintable(parts.detail));
+    QCOMPARE(parts.capture->smpCount(), 500);
+    for (int chn = 0; chn < 3; ++chn) {
+        QVERIFY(edgesOf(*whole.capture, chn).size() > 150);
+        QCOMPARE(edgesOf(*parts.capture, chn), edgesOf(*whole.capture, chn));
     }
 }
 
