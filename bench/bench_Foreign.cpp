@@ -2,9 +2,10 @@
 // what the same bytes cost without any work on them.
 //
 // A dump of 8 channels, 100 MB and some: the aim is 150 MB/s each way. A session archive of 200 million samples of 8
-// channels, of which one changes every other sample on average: its bytes are those of the samples. 5 million lines of
-// comma-separated values: at least a tenth of fwrite. All work from and to the page cache; TMPDIR chooses the file
-// system. Compare the bytes per second within one run only.
+// channels, of which one changes every other sample on average: its bytes are those of the samples. The same with one
+// change in eight samples (`packed`), which the archive packs. 5 million lines of comma-separated values: at least a
+// tenth of fwrite. All work from and to the page cache; TMPDIR chooses the file system. Compare the bytes per second
+// within one run only.
 
 #include "files/CaptureWriter.h"
 #include "files/ForeignFile.h"
@@ -122,6 +123,13 @@ const SmpData &samples()
     return *data;
 }
 
+/// A change of one channel in eight samples: an archive packs it.
+const SmpData &calmer()
+{
+    static const auto data = capture(200'000'000, 64);
+    return *data;
+}
+
 void fwriteValues(benchmark::State &state)
 {
     write(busy(), CaptureKind::Csv);
@@ -159,6 +167,16 @@ void srRead(benchmark::State &state)
     readKind(state, CaptureKind::Sr, ForeignKind::Sr, samples());
 }
 
+void srWritePacked(benchmark::State &state)
+{
+    writeKind(state, CaptureKind::Sr, calmer());
+}
+
+void srReadPacked(benchmark::State &state)
+{
+    readKind(state, CaptureKind::Sr, ForeignKind::Sr, calmer());
+}
+
 void csvWrite(benchmark::State &state)
 {
     writeKind(state, CaptureKind::Csv, busy());
@@ -175,6 +193,8 @@ BENCHMARK(vcdWrite)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Uni
 BENCHMARK(vcdRead)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(srWrite)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(srRead)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(srWritePacked)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(srReadPacked)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(fwriteValues)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(csvWrite)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(csvRead)->Iterations(1)->Repetitions(3)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
