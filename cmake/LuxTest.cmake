@@ -59,7 +59,7 @@ function(lux_test_compile target)
   lux_test_object(object ${target} ${ARGN})
   if(object)
     set_target_properties(${target} PROPERTIES SOURCES ${object} LINKER_LANGUAGE CXX)
-    set_source_files_properties(${object} PROPERTIES EXTERNAL_OBJECT ON)
+    set_source_files_properties(${object} PROPERTIES EXTERNAL_OBJECT ON GENERATED ON) # made by the other build
     set_property(GLOBAL APPEND PROPERTY LUX_TESTS_TAKEN ${target})
     return()
   endif()
