@@ -83,4 +83,7 @@ function(lux_test name)
   if(ARG_LABELS)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
   endif()
+  if("slow" IN_LIST ARG_LABELS)
+    set_tests_properties(${name} PROPERTIES COST 100) # begins first, so that nothing waits for it in the end
+  endif()
 endfunction()

@@ -27,3 +27,10 @@ build() {
     shift
     cmake --build "$root/$folder" --parallel "$(nproc)" "$@"
 }
+
+# run_tests FOLDER [CTEST-OPTION...]: more at a time than there are processors, for the longest ones wait most of the time.
+run_tests() {
+    local folder=$1
+    shift
+    ctest --test-dir "$root/$folder" --output-on-failure --no-tests=error -j $((2 * $(nproc))) "$@" </dev/null
+}
