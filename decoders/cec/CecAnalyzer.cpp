@@ -157,7 +157,8 @@ CecAnalyzer::BlockEnd CecAnalyzer::readBlock(Line &line, Message &message, Bit &
         const bool value = low <= m_look;
         const bool isRight = (value ? m_oneLow : m_zeroLow).has(low);
         isTimingWrong = isTimingWrong || !isRight;
-        results().mark(m_settings.line, bit.fall + m_look, isRight ? MarkerType::Dot : MarkerType::ErrorDot);
+        results().mark(m_settings.line, std::min(bit.fall + m_look, line.sampleCount() - 1),
+                       isRight ? MarkerType::Dot : MarkerType::ErrorDot);
         bits = bits << 1 | std::uint32_t(value);
         if (++i == bitsOfBlock) {
             break;

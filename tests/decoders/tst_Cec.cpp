@@ -323,6 +323,7 @@ void TstCec::aCutMessageIsNotShown()
     for (std::int64_t length = 1; length < wire.now(); length += 3) {
         const Decoded desk(wire, length);
         QCOMPARE(decoderChecks::faultOf(desk, length), std::string());
+        QCOMPARE(desk.message(), std::string());
         const auto cut = desk.frames();
         if (length < wire.falls[20] + 150) {
             QVERIFY(messages(desk).empty());
