@@ -1,6 +1,7 @@
 #include "CanAnalyzer.h"
 #include "CanSimulation.h"
 #include "DecoderChecks.h"
+#include "PcapFields.h"
 
 #include <QtTest>
 
@@ -227,6 +228,7 @@ private slots:
     void textsAndMarkersTellTheBits();
     void theCandumpLogHasTheSoundFrames();
     void thePcapFileHasItsStructure();
+    void thePcapFileCanBeReadByOthers();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void randomEdgesGiveFramesInOrder();
@@ -538,6 +540,22 @@ void TstCan::thePcapFileHasItsStructure()
     QCOMPARE(file.substr(40, 9), std::string("\x92\x34\x56\x78\x01\x00\x00\x00\xab", 9));
     QCOMPARE(little(56 + 8), 72U);
     QCOMPARE(file.substr(72, 10), std::string("\x00\x00\x00\x42\x02\x05\x00\x00\xab\xcd", 10));
+}
+
+void TstCan::thePcapFileCanBeReadByOthers()
+{
+    if (pcapFields::reader().isEmpty()) {
+        QSKIP("tshark is not installed");
+    }
+    Sender sender(40000000, bitRate);
+    sender.frame(extended(0x12345678, {0xab})).frame(standard(0x123, {1, 2})).fd(0x42, 2, {0xab, 0xcd}, 4.0);
+    const Decoded desk(sender, rate, 40000000);
+    const std::string file = decoderChecks::exported(desk, "tst_Can.pcap", CanSettings::Pcap);
+    const QStringList names = {QStringLiteral("can.id"), QStringLiteral("can.flags.xtd"), QStringLiteral("can.len"),
+                               QStringLiteral("canfd.flags.brs"), QStringLiteral("data.data")};
+    const QStringList expected = {QStringLiteral("305419896\t1\t1\t\tab"), QStringLiteral("291\t0\t2\t\t0102"),
+                                  QStringLiteral("66\t0\t2\t1\tabcd")};
+    QCOMPARE(pcapFields::read(file, names), expected);
 }
 
 void TstCan::theSimulationIsDecodedAsItWasSent_data()

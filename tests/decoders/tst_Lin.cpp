@@ -2,6 +2,7 @@
 #include "DecoderChecks.h"
 #include "LinAnalyzer.h"
 #include "LinSimulation.h"
+#include "PcapFields.h"
 
 #include <QtTest>
 
@@ -67,6 +68,7 @@ private slots:
     void settingsAreChecked();
     void exportsHaveAllFrames();
     void thePcapFileHasItsStructure();
+    void thePcapFileCanBeReadByOthers();
     void aCutFrameIsNotShown();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
@@ -357,6 +359,28 @@ void TstLin::thePcapFileHasItsStructure()
     QCOMPARE(file.substr(28, 4), std::string("\x40\x42\x0f\x00", 4)); // 20 bits of 50 us
     QCOMPARE(file.substr(40, 10), std::string("\x01\x00\x00\x00\x22\xa3\x29\x00\x11\x22", 10));
     QCOMPARE(file.substr(66, 8), std::string("\x01\x00\x00\x00\x00\xe3\x00\x05", 8)); // no response, parity
+}
+
+void TstLin::thePcapFileCanBeReadByOthers()
+{
+    if (pcapFields::reader().isEmpty()) {
+        QSKIP("tshark is not installed");
+    }
+    AsyncSender sender(bit);
+    sender.idle(20);
+    header(sender, 0xa3);
+    sender.bytes({0x11, 0x22, 0x29}).idle(60);
+    header(sender, 0xe3);
+    sender.idle(60);
+    const Decoded desk(sender, rate);
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out.pcap")).toStdString();
+    const std::string file = decoderChecks::exported(desk, path, LinSettings::Pcap);
+    const QStringList names = {QStringLiteral("lin.frame_id"), QStringLiteral("lin.length"),
+                               QStringLiteral("lin.errors"), QStringLiteral("lin.checksum"),
+                               QStringLiteral("data.data")};
+    const QStringList expected = {QStringLiteral("0x23\t2\t0x00\t0x29\t1122"), QStringLiteral("0x23\t0\t0x05\t0x00\t")};
+    QCOMPARE(pcapFields::read(file, names), expected);
 }
 
 void TstLin::aCutFrameIsNotShown()
