@@ -128,6 +128,10 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     Sample first = 0;
     Sample last = 0;
     while (bits.left() > 0 && bits.peek()) {
+        if (m_isLost && count > 0 && isRequestBehindPause(bits, last)) {
+            m_onesBefore = 0;
+            return;
+        }
         last = bits.next().at;
         first = count == 0 ? last : first;
         ++count;
@@ -154,6 +158,27 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
                    .kind = m_isAway ? SwdResults::Leave : SwdResults::Switch,
                    .extra = unsigned(sequence.target)});
     m_onesBefore = sequence.onesAtEnd;
+}
+
+/// Whether a sound request stands behind a rest without clocks, as behind idle bits; then it is taken next.
+/// @param last  the bit before
+bool SwdAnalyzer::isRequestBehindPause(const SwdBits &bits, Sample last)
+{
+    if (bits.left() < bitsOfRequest) {
+        return false;
+    }
+    SwdBits ahead(bits);
+    const Sample start = ahead.next().at;
+    if (start - last <= clocksOfRest * (ahead.next().at - start)) {
+        return false;
+    }
+    Request request;
+    ahead = bits;
+    if (!readRequest(ahead, request)) {
+        return false;
+    }
+    m_zeros = idleBitsOfRefused;
+    return isSound(ahead, request);
 }
 
 /// B4.2.2 to B4.2.6: after the turn-around the answer, after OK the data.

@@ -31,6 +31,7 @@ private:
     [[nodiscard]] static bool readRequest(SwdBits &bits, Request &request);
     [[nodiscard]] bool leadsOn(SwdBits bits, std::int64_t skipped) const;
     [[nodiscard]] bool isSound(SwdBits bits, const Request &request) const;
+    [[nodiscard]] bool isRequestBehindPause(const SwdBits &bits, lux::Sample last);
     void readOnes(SwdBits &bits);
     void readTransfer(SwdBits &bits, const Request &request);
     void passOver(SwdBits &bits);

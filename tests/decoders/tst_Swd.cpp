@@ -129,6 +129,7 @@ private slots:
     void banksAreFollowed();
     void cutEndsShowNothingFalse();
     void aCaptureMayBeginAnywhere();
+    void aRequestBehindARestWithoutClocksIsFound();
     void positionsAreWiderThan32Bits();
     void textsGoFromShortToLong();
     void errorsAreMarked();
@@ -409,6 +410,22 @@ void TstSwd::aCaptureMayBeginAnywhere()
         left = std::min(left, got.size() - std::size_t(hasReset));
         const bool isSame = std::equal(got.end() - std::ptrdiff_t(left), got.end(), whole.end() - std::ptrdiff_t(left));
         QVERIFY2(isSame && got.size() == left + std::size_t(hasReset), std::to_string(from).c_str());
+    }
+}
+
+/// The host leaves the line high and stops the clock; without a rest nothing parts the request from the ones before.
+void TstSwd::aRequestBehindARestWithoutClocksIsFound()
+{
+    for (const std::int64_t rest : {0, 50, 200}) {
+        Wires wires;
+        wires.read(Dp, 0xc, 0xf0000040).ones(3).wait(rest);
+        wires.read(Ap, 0xc, 0x12345678).read(Dp, 0xc, 1).idle();
+        const std::int64_t within = wires.starts[0] + 100;
+        const Texts got = Desk(wires, lines, 1000000, -1, within).summaries();
+        QCOMPARE(got.size(), std::size_t(rest > 80 ? 2 : 0));
+        if (!got.empty()) {
+            QCOMPARE(got[0], std::string("transfer ap=1 rd=1 addr=12 ack=OK v=305419896 perr=0"));
+        }
     }
 }
 
