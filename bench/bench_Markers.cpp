@@ -1,6 +1,7 @@
 // What a moved timing marker costs in the whole window, from the mouse event to the painted result: waves, ruler, the
 // marker's times, and the measurements that depend on it. One frame of a screen is 16 ms.
 
+#include "Yardsticks.h"
 #include "app/MainWindow.h"
 #include "controls/Look.h"
 #include "device/DevBase.h"
@@ -28,7 +29,6 @@ constexpr int pairs = 5;
 constexpr int channels = 16;
 constexpr std::int32_t pulse = 20; ///< samples
 constexpr std::int64_t transitions = 1'000'000;
-constexpr QSize fullHd(1920, 1080);
 
 /// Counts the paintings of a widget.
 class PaintCount : public QObject {
@@ -154,8 +154,15 @@ void movedMarkerAt192Dpi(benchmark::State &state)
     movedMarker(state, 192);
 }
 
+/// The yardstick.
+void fillOfFullHd(benchmark::State &state)
+{
+    fillFrames(state, fullHd);
+}
+
 BENCHMARK(movedMarkerAt96Dpi)->Arg(0)->Arg(10)->Unit(benchmark::kMillisecond);
 BENCHMARK(movedMarkerAt192Dpi)->Arg(10)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillOfFullHd)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -1,7 +1,9 @@
 // For how long the window stands still while it is used: the longest gap of the event loop in each of the things that
-// users do, in ms (`gap`), and the processor time in one (`gapProcessor`). One frame of a screen is 16 ms.
+// users do, in ms (`gap`), and the processor time in one (`gapProcessor`). One frame of a screen is 16 ms. The
+// yardstick is `bareWindow`.
 
 #include "LoopGap.h"
+#include "Yardsticks.h"
 #include "analyzer/AnalyzerManager.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
@@ -20,6 +22,7 @@
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/ConfigDocument.h"
+#include "settings/Language.h"
 #include "store/SmpWriter.h"
 #include "support/BareSession.h"
 #include "support/DialogDriver.h"
@@ -44,7 +47,6 @@
 namespace {
 
 constexpr int longWait = 60000; // ms
-constexpr QSize fullHd(1920, 1080);
 constexpr int few = 60;
 constexpr int many = 2'000'000; ///< enough for a progress dialog
 
@@ -163,6 +165,31 @@ void anotherModel(benchmark::State &state)
     }
 }
 BENCHMARK(anotherModel)->Arg(8)->Arg(9)->Arg(97)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// Chooses another language, and goes on without the restart that it takes.
+void anotherLanguage(benchmark::State &state)
+{
+    const Desk desk;
+    auto &menu = *desk.window().findChild<MainMenu *>();
+    menu.slotMainMenuPopup(); // builds it
+    QApplication::activePopupWidget()->close();
+    Desk::settle();
+    const QVector<LanguageInfo> languages = languageList();
+    const QString chosen = globalGet(QStringLiteral("userLang"));
+    QAction other(nullptr);
+    other.setData(languages.value(0).code == chosen ? 1 : 0);
+    DialogDriver<QMessageBox> box([](QMessageBox &dialog) { dialog.reject(); });
+    for (auto _ : state) {
+        LoopGap gap;
+        menu.slotLangMenuTrig(&other);
+        Desk::settle();
+        gap.report(state);
+    }
+    if (box.count == 0) {
+        state.SkipWithError("not asked");
+    }
+}
+BENCHMARK(anotherLanguage)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void exportCapture(benchmark::State &state)
 {
@@ -336,6 +363,13 @@ void decodedSession(benchmark::State &state)
     }
 }
 BENCHMARK(decodedSession)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// The yardstick.
+void bareWindow(benchmark::State &state)
+{
+    showBareWindows(state);
+}
+BENCHMARK(bareWindow)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -1,6 +1,8 @@
-// How long a user waits for the window, and what the idle program costs.
+// How long a user waits for the window, and what the idle program costs. The yardstick is `bareWindowUntilPainted`, an
+// empty window of Qt from its application object on.
 
 #include "LoopGap.h"
+#include "Yardsticks.h"
 #include "app/MainWindow.h"
 #include "app/StartUp.h"
 #include "device/UsbPlatformNone.h"
@@ -19,22 +21,6 @@
 
 namespace {
 
-/// Ends a loop when a widget has been painted.
-class PaintWatcher : public QObject {
-public:
-    explicit PaintWatcher(QEventLoop &loop) : m_loop(loop) {}
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint) {
-            QTimer::singleShot(0, &m_loop, &QEventLoop::quit);
-        }
-        return false;
-    }
-
-private:
-    QEventLoop &m_loop;
-};
-
 struct Program {
     int argc = 1;
     char name[10] = "corvanlux";
@@ -51,11 +37,7 @@ struct Program {
         StartUp::initLook();
         session = std::make_unique<Session>(std::make_unique<UsbPlatformNone>());
         window = std::make_unique<MainWindow>(*session);
-        window->show();
-        QEventLoop loop;
-        PaintWatcher watcher(loop);
-        window->installEventFilter(&watcher);
-        loop.exec();
+        showUntilPainted(*window);
     }
 
     ~Program()
@@ -77,6 +59,24 @@ void startUntilPainted(benchmark::State &state)
     }
 }
 BENCHMARK(startUntilPainted)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+/// The yardstick: the same with nothing in the window.
+void bareWindowUntilPainted(benchmark::State &state)
+{
+    for (auto _ : state) {
+        QElapsedTimer clock;
+        clock.start();
+        int argc = 1;
+        char name[] = "bare";
+        char *argv[] = {name, nullptr};
+        const QApplication application(argc, argv);
+        QWidget window;
+        window.resize(fullHd);
+        showUntilPainted(window);
+        state.SetIterationTime(double(clock.nsecsElapsed()) * 1e-9);
+    }
+}
+BENCHMARK(bareWindowUntilPainted)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 
 /// The longest gap of the event loop from the painted window to the end of what a start has to do.
 void gapsAfterTheStart(benchmark::State &state)

@@ -1,6 +1,7 @@
 // What a frame of the view costs. A frame has 30 ms; the lines of 16 dense channels over 1920 columns may take 10 ms of
 // them, the ruler's ticks 50 microseconds. Neither may allocate.
 
+#include "Yardsticks.h"
 #include "wave/AllocationCount.h"
 #include "wave/TimeTicks.h"
 #include "wave/WaveCapture.h"
@@ -58,10 +59,17 @@ void updateTimeTicks(benchmark::State &state)
     reportAllocations(state, before);
 }
 
+/// The yardstick.
+void fillOfFullHd(benchmark::State &state)
+{
+    fillFrames(state, fullHd);
+}
+
 } // namespace
 
 BENCHMARK(updateLines)->Arg(1)->Arg(100)->Unit(benchmark::kMillisecond);
 BENCHMARK(updateTimeTicks)->Arg(13)->Arg(40'000)->Arg(1'000'000'000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(fillOfFullHd)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {

@@ -3,6 +3,7 @@
 // at most 16 ms, and at most four times `fillOfFrame`, one memset of that frame in the same run. A repaint of grid and
 // both analog traces over 16 rows is to take at most 16 ms.
 
+#include "Yardsticks.h"
 #include "controls/Look.h"
 #include "wave/AnalogDesk.h"
 #include "wave/MarkerDesk.h"
@@ -13,13 +14,10 @@
 
 #include <benchmark/benchmark.h>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 namespace {
 
-constexpr QSize fullHd(1920, 1080);
-constexpr QSize ultraHd(3840, 2160);
 constexpr int samplesPerColumn = 10;
 
 /// All 16 channels change every `pulse` samples.
@@ -175,15 +173,16 @@ void bigMarkerStep(benchmark::State &state)
     }
 }
 
-/// The yardstick: the bytes of one frame, written once.
+/// The yardstick of what fills 3840 x 2160.
 void fillOfFrame(benchmark::State &state)
 {
-    QImage image(ultraHd, QImage::Format_RGB32);
-    int value = 0;
-    for (auto _ : state) {
-        std::memset(image.bits(), ++value, std::size_t(image.sizeInBytes()));
-        benchmark::ClobberMemory();
-    }
+    fillFrames(state, ultraHd);
+}
+
+/// The yardstick of what fills 1920 x 1080.
+void fillOfFullHd(benchmark::State &state)
+{
+    fillFrames(state, fullHd);
 }
 
 /// The samples of a pulse: an edge in every column, in every second, in every fifth, flat.
@@ -204,6 +203,7 @@ BENCHMARK(bigPanStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(bigHoverStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(bigMarkerStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(fillOfFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(fillOfFullHd)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
