@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace {
 
@@ -39,8 +40,9 @@ bool chooseText(const DecodedTexts &strings, const PixelScale &scale, BubbleText
     return true;
 }
 
-void addBubble(const DecodedChannel &decoded, std::uint64_t index, const DecodedSpan &frame, const DecodedView &view,
-               BubbleTexts &texts, std::vector<DecodedBubble> &out)
+/// Adds the frame's box. @return false when it says nothing on this row
+bool addBubble(const DecodedChannel &decoded, std::uint64_t index, const DecodedSpan &frame, const DecodedView &view,
+               bool shared, BubbleTexts &texts, std::vector<DecodedBubble> &out)
 {
     DecodedBubble bubble;
     bubble.x1 = view.column(double(frame.first));
@@ -48,12 +50,75 @@ void addBubble(const DecodedChannel &decoded, std::uint64_t index, const Decoded
     bool isSaid = true;
     if (bubble.x2 - bubble.x1 >= texts.narrowest()) {
         isSaid = chooseText(decoded.textsOf(index), view.scale, texts, bubble);
-    } else if (decoded.sharesFrames()) { // no text fits, but there must be one
+    } else if (shared) { // no text fits, but there must be one
         isSaid = decoded.textsOf(index).count > 0;
     }
     if (isSaid) {
         out.push_back(bubble);
     }
+    return isSaid;
+}
+
+/// The window of a probe and the frames that were found there. Frames between `first` and `last` may have ended before
+/// it, where frames lie within longer ones.
+struct ProbedFrames {
+    std::int64_t from = 0; ///< samples
+    std::int64_t to = 0;
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    bool shared = false; ///< some may say nothing on this row
+
+    [[nodiscard]] bool has(const DecodedSpan &frame) const { return frame.last > from && frame.first <= to; }
+};
+
+/// Too many frames share the window for one of them to be told.
+bool isCrowded(const DecodedChannel &decoded, const ProbedFrames &probed)
+{
+    if (probed.last - probed.first < mostFramesOfAPixel) {
+        return false;
+    }
+    for (std::uint64_t back = 1; back <= mostFramesOfAPixel; ++back) {
+        if (!probed.has(decoded.frame(probed.last - back))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Adds the box of the frame that this row tells of the window: the last one, or one before it when that says nothing
+/// here, or the one that all others lie in. @return its last sample; none when
+/// nothing was told
+std::optional<std::int64_t> addBubbleOf(const DecodedChannel &decoded, const ProbedFrames &probed,
+                                        const DecodedView &view, BubbleTexts &texts, std::vector<DecodedBubble> &out)
+{
+    const auto add = [&](std::uint64_t index, const DecodedSpan &frame) {
+        const double width = double(frame.last - frame.first) / view.ratio; // logical pixels
+        return width >= view.scale.s() && addBubble(decoded, index, frame, view, probed.shared, texts, out);
+    };
+    if (!isCrowded(decoded, probed)) {
+        const std::uint64_t looks = probed.shared ? mostFramesOfAPixel : 0;
+        for (std::uint64_t back = 0; back <= std::min(looks, probed.last - probed.first); ++back) {
+            const DecodedSpan frame = decoded.frame(probed.last - back);
+            if (probed.has(frame) && add(probed.last - back, frame)) {
+                return frame.last;
+            }
+        }
+    }
+    const DecodedSpan outer = decoded.frame(probed.first);
+    if (probed.first != probed.last && outer.last > probed.to && add(probed.first, outer)) {
+        return outer.last;
+    }
+    return std::nullopt;
+}
+
+/// Where the next probe begins when nothing was told of this one.
+std::int64_t pastUntold(const DecodedChannel &decoded, const ProbedFrames &probed, std::uint64_t lastOfView)
+{
+    const std::int64_t end = decoded.frame(probed.last).last;
+    if (!probed.shared || probed.last >= lastOfView) {
+        return end;
+    }
+    return std::min(end, decoded.frame(probed.last + 1).first); // which may be told here while this one lasts
 }
 
 /// Which markers stand alone, while they come by from left to right.
@@ -108,6 +173,8 @@ void addBubbles(const DecodedChannel &decoded, const DecodedView &view, BubbleTe
     if (!decoded.hasBubbles() || !decoded.framesInRange(probe, std::int64_t(end), first, last)) {
         return;
     }
+    const std::uint64_t lastOfView = last;
+    const bool shared = decoded.sharesFrames();
     const auto stride = std::int64_t(view.step()); // between whole samples; a probe's window is as wide
     while (double(probe) < end) {
         const std::int64_t next = probe + stride;
@@ -118,12 +185,9 @@ void addBubbles(const DecodedChannel &decoded, const DecodedView &view, BubbleTe
             probe = probeBefore(decoded.frame(first).first, next, stride, stride);
             continue;
         }
-        const DecodedSpan frame = decoded.frame(last);
-        const double width = double(frame.last - frame.first) / view.ratio; // logical pixels
-        if (last - first < mostFramesOfAPixel && width >= view.scale.s()) {
-            addBubble(decoded, last, frame, view, texts, out);
-        }
-        probe = std::max(frame.last, probe + 1);
+        const ProbedFrames probed{probe, next, first, last, shared};
+        const std::optional<std::int64_t> told = addBubbleOf(decoded, probed, view, texts, out);
+        probe = std::max(told ? *told : pastUntold(decoded, probed, lastOfView), probe + 1);
     }
 }
 

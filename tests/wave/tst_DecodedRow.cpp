@@ -111,7 +111,9 @@ DecodedFake randomResults(unsigned seed)
     const int dense = seed % 3 == 0 ? 3 : seed % 3 == 1 ? 40 : 900;
     DecodedFake decoded;
     for (std::int64_t at = upTo(50); at < 20'000; at += upTo(dense)) {
-        decoded.add(at, at + upTo(dense)); // some overlap, some last no time
+        const std::int64_t end = at + upTo(dense); // some last no time
+        decoded.add(at, end);
+        at = end + 1;
         if (upTo(20) == 0) {
             at += upTo(3000);
         }
@@ -140,6 +142,10 @@ private slots:
     void textsAreAskedForOnlyWhereABoxCanHoldOne();
     void aNarrowFrameWithoutTextsOnThisChannelGetsNoBox();
     void aDecoderWithoutBubblesOnTheChannelIsNotSearched();
+    void framesWithinALongerOneAreAllShown();
+    void aLongerFrameStandsOnItsRowThoughOthersLieInIt_data();
+    void aLongerFrameStandsOnItsRowThoughOthersLieInIt();
+    void framesOfTwoLinesAtOnceAreAllShown();
     void aFrameWiderThanTheViewIsOneBoxAndOneProbe();
     void textsOfStrangePluginsDoNoHarm();
     void markersWithRoomAroundThemAreKept();
@@ -273,6 +279,62 @@ void TstDecodedRow::aDecoderWithoutBubblesOnTheChannelIsNotSearched()
     decoded.bubbles = false;
     QVERIFY(bubblesOf(decoded, oneToOne()).empty());
     QCOMPARE(decoded.rangeQueries, 0);
+}
+
+void TstDecodedRow::framesWithinALongerOneAreAllShown()
+{
+    DecodedFake decoded;
+    decoded.add(100, 800);
+    for (int i = 0; i < 12; ++i) {
+        decoded.add(100 + 50 * i, 149 + 50 * i);
+    }
+    const std::vector<DecodedBubble> out = bubblesOf(decoded, oneToOne());
+    QCOMPARE(out.size(), std::size_t(12) + 1); // and the rest of the longer one, behind them
+    for (int i = 0; i < 12; ++i) {
+        QCOMPARE(out[std::size_t(i)].x1, std::int64_t(100 + 50 * i));
+    }
+}
+
+void TstDecodedRow::aLongerFrameStandsOnItsRowThoughOthersLieInIt_data()
+{
+    QTest::addColumn<double>("ratio");
+    QTest::newRow("each of the others is wide") << 1.0;
+    QTest::newRow("a pixel has many of the others") << 500.0;
+}
+
+void TstDecodedRow::aLongerFrameStandsOnItsRowThoughOthersLieInIt()
+{
+    QFETCH(double, ratio);
+    DecodedFake decoded;
+    decoded.shares = true;
+    for (std::int64_t at = 0; at < 100'000; at += 50'000) {
+        decoded.add(at, at + 40'000, {"long"});
+        for (std::int64_t inner = at; inner < at + 40'000; inner += 50) {
+            decoded.add(inner, inner + 49, {});
+        }
+    }
+    DecodedView view = oneToOne(200);
+    view.ratio = ratio;
+    view.viewStart = 20'000.0; // within the first one
+    const std::vector<DecodedBubble> out = bubblesOf(decoded, view);
+    QCOMPARE(out.size(), std::size_t(ratio > 1.0 ? 2 : 1));
+    QCOMPARE(out[0].x1, view.column(0.0));
+    QCOMPARE(out[0].x2, view.column(40'000.0));
+    QVERIFY(decoded.textQueries <= 2 * 5);
+}
+
+void TstDecodedRow::framesOfTwoLinesAtOnceAreAllShown()
+{
+    DecodedFake decoded; // the other line's say nothing here, and begin half a frame later
+    decoded.shares = true;
+    for (int i = 0; i < 8; ++i) {
+        decoded.add(100 + 100 * i, 199 + 100 * i).add(150 + 100 * i, 249 + 100 * i, {});
+    }
+    const std::vector<DecodedBubble> out = bubblesOf(decoded, oneToOne());
+    QCOMPARE(out.size(), std::size_t(8));
+    for (int i = 0; i < 8; ++i) {
+        QCOMPARE(out[std::size_t(i)].x1, std::int64_t(100 + 100 * i));
+    }
 }
 
 void TstDecodedRow::aFrameWiderThanTheViewIsOneBoxAndOneProbe()
