@@ -27,7 +27,8 @@ QString textOf(const QString &path)
 QStringList documents()
 {
     QStringList paths;
-    for (const QString &folder : {QStringLiteral("."), QStringLiteral("docs"), QStringLiteral("docs/adr")}) {
+    for (const QString &folder :
+         {QStringLiteral("."), QStringLiteral("docs"), QStringLiteral("docs/adr"), QStringLiteral("docs/decoders")}) {
         const QFileInfoList files =
             QDir(rootPath(folder)).entryInfoList({QStringLiteral("*.md")}, QDir::Files, QDir::Name);
         for (const QFileInfo &file : files) {
@@ -73,6 +74,7 @@ private slots:
     void everyLinkLeadsToAFileAndToAHeadingInIt();
     void aLinkToAHeadingThatIsMissingIsFound();
     void everyPictureIsShownSomewhereAndIsSmall();
+    void everyDecoderHasAPageThatTheGuideLeadsTo();
     void everyMessageThatTheGuideExplainsIsOneOfTheProgram();
 };
 
@@ -115,6 +117,29 @@ void TstDocuments::everyPictureIsShownSomewhereAndIsSmall()
         QVERIFY2(shown.contains(picture.canonicalFilePath()), qPrintable(picture.fileName()));
         QVERIFY2(picture.size() < pictureLimit, qPrintable(picture.fileName()));
     }
+}
+
+void TstDocuments::everyDecoderHasAPageThatTheGuideLeadsTo()
+{
+    const QFileInfoList pages =
+        QDir(rootPath(QStringLiteral("docs/decoders"))).entryInfoList({QStringLiteral("*.md")}, QDir::Files);
+    const QStringList targets = targetsIn(textOf(rootPath(QStringLiteral("docs/guide.md"))));
+    QString told;
+    for (const QFileInfo &page : pages) {
+        QVERIFY2(targets.contains(QStringLiteral("decoders/") + page.fileName()), qPrintable(page.fileName()));
+        told += textOf(page.absoluteFilePath());
+    }
+    int decoders = 0;
+    const QFileInfoList folders =
+        QDir(rootPath(QStringLiteral("decoders"))).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QFileInfo &folder : folders) {
+        if (QFileInfo::exists(folder.absoluteFilePath() + QStringLiteral("/README.md"))) {
+            const QString readme = QStringLiteral("`decoders/%1/README.md`").arg(folder.fileName());
+            QVERIFY2(told.contains(readme), qPrintable(readme));
+            ++decoders;
+        }
+    }
+    QCOMPARE(pages.size(), decoders);
 }
 
 void TstDocuments::everyMessageThatTheGuideExplainsIsOneOfTheProgram()
