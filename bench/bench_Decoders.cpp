@@ -109,6 +109,16 @@ void uartOfTwoSeconds(benchmark::State &state)
     measure(state, uart, *traffic.capture(200000000), traffic.edges);
 }
 
+/// 100 million samples with a million bytes.
+void spiOfOneSecond(benchmark::State &state)
+{
+    Traffic traffic(spi.idleLevels);
+    for (int i = 0; i < 1000000 / 8; ++i) {
+        addSpi(traffic);
+    }
+    measure(state, spi, *traffic.capture(100000000), traffic.edges);
+}
+
 /// The search alone: the rest of the capture is quiet.
 void autoRate(benchmark::State &state)
 {
@@ -131,6 +141,7 @@ BENCHMARK_CAPTURE(quiet, uart, uart)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(quiet, spi, spi)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(quiet, i2c, i2c)->Unit(benchmark::kMillisecond);
 BENCHMARK(uartOfTwoSeconds)->Unit(benchmark::kMillisecond)->Iterations(rounds);
+BENCHMARK(spiOfOneSecond)->Unit(benchmark::kMillisecond)->Iterations(rounds);
 BENCHMARK(autoRate)->Unit(benchmark::kMillisecond);
 
 } // namespace

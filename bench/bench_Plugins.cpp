@@ -1,5 +1,5 @@
-// What every decoder of the build promises about speed, on some 20 million edges of its own simulated traffic, alone
-// and two at once.
+// What every decoder of the build promises about speed: on some 20 million edges of its own simulated traffic, alone
+// and two at once, on noise, on a long quiet capture, and where it has to find the rate.
 
 #include "support/PluginChecks.h"
 #include "support/PluginFiles.h"
@@ -9,8 +9,10 @@
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <random>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -70,13 +72,13 @@ Traffic simulated(const PluginFile &plugin, std::int64_t samples)
 }
 
 /// Some of it tells how dense it is.
-Traffic ownTraffic(const PluginFile &plugin)
+Traffic ownTraffic(const PluginFile &plugin, std::int64_t wanted = edgesWanted)
 {
     constexpr std::int64_t longest = std::int64_t(1) << 39;
     std::int64_t samples = leastRate / 100;
     Traffic made = simulated(plugin, samples);
-    while (made.edges < edgesWanted / 2 && samples < longest) {
-        const std::int64_t factor = made.edges < 1000 ? 16 : edgesWanted / made.edges + 1;
+    while (made.edges < wanted / 2 && samples < longest) {
+        const std::int64_t factor = made.edges < 1000 ? 16 : wanted / made.edges + 1;
         samples = std::min(longest, samples * std::min<std::int64_t>(factor, 256));
         made = simulated(plugin, samples);
     }
@@ -97,6 +99,122 @@ void decode(benchmark::State &state, const PluginFile &plugin)
     state.counters["edges"] = double(traffic.edges);
     state.counters["frames"] = double(frames);
     state.counters["ms"] = least * 1e3;
+}
+
+/// Seconds of processor time, the least of some runs.
+double leastSeconds(const PluginFile &plugin, TestCapture &capture)
+{
+    double least = std::numeric_limits<double>::max();
+    for (int i = 0; i < rounds; ++i) {
+        const auto desk = connected(plugin);
+        least = std::min(least, seconds([&] { desk->run(capture); }));
+    }
+    return least;
+}
+
+/// The positions of a channel's edges.
+std::vector<std::int64_t> edgesOf(const SmpEdgeRoot &root, std::int64_t samples)
+{
+    std::vector<std::int64_t> edges;
+    for (int i = 0; i < root.midCount; ++i) {
+        for (int k = 0; k < root.mids[i]->leafCount; ++k) {
+            const SmpEdgeLeaf &leaf = *root.mids[i]->leaves[k];
+            for (int n = 0; n < leaf.count; ++n)
+                edges.push_back(leaf.position(n));
+        }
+    }
+    if (!edges.empty() && edges.back() >= samples)
+        edges.pop_back(); // the end mark
+    return edges;
+}
+
+/// Edges on the lines of `like`, one at a time and `mean` samples apart on average.
+Traffic noiseLike(const TestCapture &like, std::int64_t edges, std::int64_t mean)
+{
+    std::vector<std::uint32_t> lines;
+    for (std::uint32_t channel = 0; channel < 64; ++channel) {
+        if (like.root(channel) != nullptr)
+            lines.push_back(channel);
+    }
+    std::mt19937_64 random(1);
+    std::vector<std::vector<std::int64_t>> positions(lines.size());
+    std::int64_t at = 0;
+    for (std::int64_t i = 0; i < edges; ++i) {
+        at += 1 + std::int64_t(random() % std::uint64_t(2 * mean));
+        positions[random() % lines.size()].push_back(at);
+    }
+    Traffic made;
+    made.edges = edges;
+    made.capture = std::make_unique<TestCapture>(const_cast<TestCapture &>(like).device().smpFrequ, at + 2, 64);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        made.capture->channel(lines[i], like.root(lines[i])->startLevel != 0, positions[i]);
+    return made;
+}
+
+/// Noise as dense as the decoder's own traffic, eight times as dense and an eighth, by that traffic: the slowest.
+void noise(benchmark::State &state, const PluginFile &plugin)
+{
+    constexpr std::int64_t edges = 2000000;
+    constexpr std::int64_t denser = 8;
+    const Traffic own = ownTraffic(plugin, edges);
+    const std::int64_t mean =
+        std::max<std::int64_t>(own.capture->device().smpCount / std::max<std::int64_t>(own.edges, 1), 1);
+    double least = std::numeric_limits<double>::max();
+    for (auto _ : state) {
+        const double usual = double(own.edges) / leastSeconds(plugin, *own.capture);
+        state.counters["edges/s"] = usual;
+        for (const std::int64_t distance : {mean, std::max<std::int64_t>(mean / denser, 1), mean * denser}) {
+            const Traffic made = noiseLike(*own.capture, edges, distance);
+            least = std::min(least, double(made.edges) / leastSeconds(plugin, *made.capture) / usual);
+        }
+    }
+    state.counters["of usual"] = least;
+}
+
+/// Ten thousand million samples with a burst of the decoder's own traffic at each end.
+void quiet(benchmark::State &state, const PluginFile &plugin)
+{
+    constexpr std::int64_t samples = 10000000000;
+    constexpr std::int64_t edges = 2000;
+    const Traffic burst = ownTraffic(plugin, edges);
+    const std::int64_t length = burst.capture->device().smpCount;
+    TestCapture capture(burst.capture->device().smpFrequ, samples, 64);
+    for (std::uint32_t channel = 0; channel < 64; ++channel) {
+        const SmpEdgeRoot *root = burst.capture->root(channel);
+        if (root == nullptr)
+            continue;
+        std::vector<std::int64_t> positions = edgesOf(*root, length);
+        if (positions.size() % 2 != 0)
+            positions.pop_back(); // idle between the bursts
+        const std::size_t count = positions.size();
+        for (std::size_t i = 0; i < count; ++i)
+            positions.push_back(positions[i] + samples - length);
+        capture.channel(channel, root->startLevel != 0, positions);
+    }
+    for (auto _ : state)
+        state.counters["ms"] = leastSeconds(plugin, capture) * 1e3;
+    state.counters["edges"] = double(2 * burst.edges);
+}
+
+/// Decoders that find the rate or the form by themselves: a short capture, of which the search is the most.
+void autoRate(benchmark::State &state, const PluginFile &plugin)
+{
+    constexpr std::int64_t edges = 20000;
+    const Traffic traffic = ownTraffic(plugin, edges);
+    double least = std::numeric_limits<double>::max();
+    std::uint64_t frames = 0;
+    for (auto _ : state) {
+        for (int i = 0; i < rounds; ++i) {
+            const auto desk = connected(plugin);
+            if (plugin.name == "DMX512")
+                desk->edit({{"baudrate", "0"}}); // the others have it so
+            least = std::min(least, seconds([&] { desk->run(*traffic.capture); }));
+            frames = desk->results().GetNumFrames();
+        }
+    }
+    state.counters["ms"] = least * 1e3;
+    state.counters["edges"] = double(traffic.edges);
+    state.counters["frames"] = double(frames);
 }
 
 /// Two workers on threads of their own, by the time of one: 2 were twice the work in the same time. Processor time of
@@ -127,20 +245,21 @@ void twoAtOnce(benchmark::State &state, const PluginFile &plugin)
 int main(int argc, char **argv)
 {
     const std::vector<PluginFile> plugins = pluginsIn(QStringLiteral(LUX_PLUGIN_FOLDER));
-    for (const PluginFile &plugin : plugins) {
-        benchmark::RegisterBenchmark(("decode/" + plugin.name).c_str(),
-                                     [&plugin](benchmark::State &state) { decode(state, plugin); })
-            ->Unit(benchmark::kMillisecond)
-            ->Iterations(rounds);
-    }
-    for (const PluginFile &plugin : plugins) {
-        if (plugin.name == "SPI" || plugin.name == "UART") {
-            benchmark::RegisterBenchmark(("twoAtOnce/" + plugin.name).c_str(),
-                                         [&plugin](benchmark::State &state) { twoAtOnce(state, plugin); })
+    const auto add = [&plugins](const char *kind, auto *measure, int iterations, const std::vector<std::string> &only) {
+        for (const PluginFile &plugin : plugins) {
+            if (!only.empty() && std::find(only.begin(), only.end(), plugin.name) == only.end())
+                continue;
+            benchmark::RegisterBenchmark((kind + ('/' + plugin.name)).c_str(),
+                                         [&plugin, measure](benchmark::State &state) { measure(state, plugin); })
                 ->Unit(benchmark::kMillisecond)
-                ->Iterations(rounds);
+                ->Iterations(iterations);
         }
-    }
+    };
+    add("decode", &decode, rounds, {});
+    add("noise", &noise, 1, {});
+    add("quiet", &quiet, 1, {});
+    add("autoRate", &autoRate, 1, {"CAN", "DMX512", "IRNEC", "LIN", "Manchester", "UART"});
+    add("twoAtOnce", &twoAtOnce, rounds, {"SPI", "UART"});
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
