@@ -1,7 +1,11 @@
 #include "monkey/Monkey.h"
 
 #include "app/MainWindow.h"
+#include "measure/MeasureViewAChn.h"
+#include "measure/VoltageMeasureView.h"
 #include "support/DialogDriver.h"
+#include "wave/ItemAChnSidebar.h"
+#include "wave/WaveView.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -14,6 +18,20 @@
 #include <vector>
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+/// One of that class, or somewhere in one.
+bool isWithin(const QWidget &widget, const QMetaObject &kind)
+{
+    const QWidget *part = &widget;
+    while (part != nullptr && !part->metaObject()->inherits(&kind)) {
+        part = part->parentWidget();
+    }
+    return part != nullptr;
+}
+
+} // namespace
 
 Monkey::Monkey(std::uint32_t seed, Watchdog &watchdog) : m_chance(seed), m_program(m_chance), m_watchdog(watchdog) {}
 
@@ -157,6 +175,9 @@ void Monkey::actOnProgram()
     case 13:
         tell(m_program.touchInstrument());
         return;
+    case 14:
+        tell(m_program.chooseModel());
+        return;
     default:
         tell(m_program.runOrStop());
     }
@@ -204,6 +225,12 @@ QWidget *Monkey::topmost() const
 Monkey::Target Monkey::anyTarget()
 {
     QWidget *top = topmost();
+    if (top == &m_program.window() && m_chance.oneIn(4)) {
+        const Target analog = analogTarget();
+        if (analog.widget != nullptr) {
+            return analog;
+        }
+    }
     const QPoint pos(m_chance.below(top->width()), m_chance.below(top->height()));
     QWidget *child = top->childAt(pos);
     if (child == nullptr || child->window() != top->window()) {
@@ -212,10 +239,41 @@ Monkey::Target Monkey::anyTarget()
     return {child, child->mapFrom(top, pos)};
 }
 
+/// A place on what only a model with analog channels has: the sidebar with its flags, the area of the traces, and the
+/// two sections of the panel. They are a small part of the window, and would be met too seldom. Null without them.
+Monkey::Target Monkey::analogTarget()
+{
+    const MainWindow &window = m_program.window();
+    const auto *sidebar = window.findChild<ItemAChnSidebar *>();
+    if (sidebar == nullptr || !sidebar->isVisible()) {
+        return {};
+    }
+    if (m_chance.oneIn(4)) {
+        auto *waves = window.findChild<WaveView *>();
+        return {waves->viewport(), QPoint(m_chance.below(waves->width()), m_chance.below(sidebar->height()))};
+    }
+    static const std::vector<const QMetaObject *> kinds{&ItemAChnSidebar::staticMetaObject,
+                                                        &ItemAChnSidebar::staticMetaObject, // has most of the controls
+                                                        &MeasureViewAChn::staticMetaObject,
+                                                        &VoltageMeasureView::staticMetaObject};
+    const QMetaObject *kind = m_chance.of(kinds);
+    QVector<QWidget *> there;
+    for (QWidget *widget : window.findChildren<QWidget *>()) {
+        if (widget->isVisible() && isWithin(*widget, *kind)) {
+            there.append(widget);
+        }
+    }
+    if (there.isEmpty()) {
+        return {};
+    }
+    QWidget *widget = m_chance.of(there);
+    return {widget, QPoint(m_chance.below(widget->width()), m_chance.below(widget->height()))};
+}
+
 void Monkey::mouse(QEvent::Type type, const Target &target, Qt::MouseButton button, Qt::MouseButtons buttons)
 {
-    if (target.widget == nullptr || !target.widget->isEnabled()) {
-        return;
+    if (target.widget == nullptr || !target.widget->isEnabled() || !target.widget->isVisible()) {
+        return; // the system sends nothing to what is hidden, as a row that waits to be deleted
     }
     static const std::vector<Qt::KeyboardModifiers> all{Qt::NoModifier, Qt::NoModifier, Qt::NoModifier,
                                                         Qt::ShiftModifier, Qt::ControlModifier};

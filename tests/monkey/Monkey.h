@@ -54,6 +54,7 @@ private:
 
     [[nodiscard]] QWidget *topmost() const;
     [[nodiscard]] Target anyTarget();
+    [[nodiscard]] Target analogTarget();
     void mouse(QEvent::Type type, const Target &target, Qt::MouseButton button, Qt::MouseButtons buttons);
 
     Chance m_chance;

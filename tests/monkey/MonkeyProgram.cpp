@@ -32,9 +32,11 @@
 
 namespace {
 
+constexpr int analogModel = 97;
+
 /// One that streams bytes, one that streams slices, one with memory, the one with analog channels and one with two
 /// groups of thresholds.
-constexpr std::array models{1, 5, 8, 97, 9};
+constexpr std::array models{1, 5, 8, analogModel, 9};
 
 emulator::InstrumentOptions optionsOf(int model)
 {
@@ -155,6 +157,15 @@ QString MonkeyProgram::touchInstrument()
         }
         return QStringLiteral("no faults");
     }
+}
+
+QString MonkeyProgram::chooseModel()
+{
+    const int model = m_chance.oneIn(2) ? analogModel : m_chance.of(models);
+    if (gDev->connected) {
+        return QStringLiteral("model, refused"); // its menu is greyed out
+    }
+    return QStringLiteral("model %1 %2").arg(model).arg(m_session->chooseModel(model));
 }
 
 // ---- analyzers -----------------------------------------------------------------------------------------------------

@@ -33,6 +33,8 @@ public:
     [[nodiscard]] QString runOrStop();
     /// An instrument comes or goes, or something goes wrong with it from now on.
     [[nodiscard]] QString touchInstrument();
+    /// A model is chosen, if no instrument is connected; the one with analog channels in half of the cases.
+    [[nodiscard]] QString chooseModel();
     /// An analyzer is added, removed, run again or shown otherwise.
     [[nodiscard]] QString touchAnalyzer();
     /// A file is dropped on the window.
