@@ -341,6 +341,11 @@ void AnalyzerResults::ShowBubblesOn(const Channel &channel)
 
 // ---- export ---------------------------------------------------------------------------------------------------------
 
+#if defined(_WIN32)
+// What refers to a constant of an imported class looks for it in the library, which has it only if it is defined there.
+constexpr double AnalyzerResults::exportFailed;
+#endif
+
 void AnalyzerResults::StartExportThread(const char *path, DisplayBase base, std::uint32_t optionId)
 {
     m_private->joinExport();

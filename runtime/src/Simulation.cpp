@@ -11,6 +11,10 @@
 #include <vector>
 
 namespace lux {
+
+#if defined(_WIN32)
+constexpr std::uint32_t Simulation::mostLines; // see AnalyzerResults::exportFailed
+#endif
 namespace detail {
 
 constexpr std::int64_t longestRun = std::numeric_limits<std::int32_t>::max();
