@@ -13,6 +13,13 @@ namespace {
 constexpr qint64 grace = 2000;     // ms, to leave by itself
 constexpr qint64 afterForce = 500; // ms, to be gone when ended by force
 
+// Windows ends a thread wherever it is, also within the allocator, whose lock would then be taken for ever.
+#ifdef Q_OS_WIN
+constexpr bool endsByForce = false;
+#else
+constexpr bool endsByForce = true;
+#endif
+
 } // namespace
 
 LingeringWorker::LingeringWorker(QString decoder, AnalyzerItem taken) : name(std::move(decoder)), item(std::move(taken))
@@ -53,7 +60,7 @@ LingeringWorker::State LingeringWorker::look()
     if (hasLeft()) {
         return State::Ended;
     }
-    if (!m_terminated && m_clock.elapsed() >= grace) {
+    if (endsByForce && !m_terminated && m_clock.elapsed() >= grace) {
         m_terminated = true;
         item.progMng->terminate();
     }

@@ -7,9 +7,9 @@
 
 /// A worker that did not leave when it was asked to, with all that it can reach. Main thread.
 ///
-/// It has two seconds to leave; then its thread is ended by force, and if that does not help within another half second
-/// it is left behind: thread, analyzer and results are then never freed. Its admission to the capture stays in `item`
-/// for the owner, who has the store give the capture up before that is replaced or goes.
+/// It has two seconds to leave; then its thread is ended by force, where that is safe for the others, and if it is not
+/// gone within another half second it is left behind: thread, analyzer and results are then never freed. Its admission
+/// to the capture stays in `item` for the owner, who has the store give the capture up before that is replaced or goes.
 struct LingeringWorker {
     enum class State { Waiting, Ended, LeftBehind };
 

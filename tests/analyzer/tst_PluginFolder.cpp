@@ -213,8 +213,9 @@ void TstPluginFolder::aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried
 {
     QFETCH(QString, plugin);
     const QString name = plugin + QStringLiteral(".dll");
-    const QString plugins = copied(plugin.toLatin1().constData(), QStringLiteral("plugins"));
-    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    // A folder for each: Windows removes no library that is loaded.
+    const QString plugins = copied(plugin.toLatin1().constData(), QStringLiteral("plugins of ") + plugin);
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard of ") + plugin);
     QProcess victim;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("LUX_TEST_VICTIM"), plugins);
