@@ -8,20 +8,12 @@
 
 #include <cstdio>
 
-#ifdef Q_OS_WIN
-#include <fcntl.h>
-#include <io.h>
-#endif
-
 namespace CaptureJob {
 
 namespace {
 
 FileOutcome writeStandard(const SmpData &data, const CaptureOut &out)
 {
-#ifdef Q_OS_WIN
-    _setmode(_fileno(stdout), _O_BINARY);
-#endif
     QFile file;
     if (!file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         return {FileResult::Failed};

@@ -1,15 +1,11 @@
 #include "cli/Terminal.h"
 
+#include "cli/Console.h"
+
 #include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <utility>
-
-#ifdef Q_OS_WIN
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
 
 namespace Terminal {
 
@@ -23,20 +19,18 @@ extern "C" void takeSignal(int)
     signalled.store(true, std::memory_order_relaxed);
 }
 
-bool errorIsTerminal()
+/// In one piece: a console of Windows shows nothing of a character whose bytes come one by one.
+void write(const QString &text)
 {
-#ifdef Q_OS_WIN
-    return _isatty(_fileno(stderr)) != 0;
-#else
-    return isatty(STDERR_FILENO) != 0;
-#endif
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), stderr);
 }
 
 } // namespace
 
 void say(const QString &text)
 {
-    std::fprintf(stderr, "luxcli: %s\n", qUtf8Printable(text));
+    write(QStringLiteral("luxcli: %1\n").arg(text));
 }
 
 void catchSignals()
@@ -58,7 +52,7 @@ bool takeInterrupt()
     return signalled.exchange(false, std::memory_order_relaxed);
 }
 
-Progress::Progress(QString what) : m_what(std::move(what)), m_isTerminal(errorIsTerminal()) {}
+Progress::Progress(QString what) : m_what(std::move(what)), m_isTerminal(Console::errorIsTerminal()) {}
 
 Progress::~Progress()
 {
@@ -78,7 +72,7 @@ void Progress::show(double share)
     const QString line = share < 0 ? m_what : QStringLiteral("%1 %2 %").arg(m_what).arg(int(share * 100));
     if (m_isTerminal && line != m_shown) {
         m_shown = line;
-        std::fprintf(stderr, "\r\033[K%s", qUtf8Printable(line));
+        write(QStringLiteral("\r\033[K") + line);
         std::fflush(stderr);
     }
 }

@@ -1,5 +1,6 @@
 #include "analyzer/AnalyzerManager.h"
 #include "cli/Commands.h"
+#include "cli/Console.h"
 #include "cli/Terminal.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
@@ -73,6 +74,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("luxcli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
     Terminal::catchSignals();
+    const Console console;
     memBudgetInit();
     SetAnalyzerMemoryBudget(&memBudget);
     configLoad();

@@ -1,0 +1,20 @@
+#pragma once
+
+/// What the program's lines go to, as long as this lives. On Windows the standard output keeps its bytes, as an output
+/// file does, and a console is given what terminals have elsewhere: UTF-8 and the sequences that write a line anew; at
+/// the end it has again what it had before, for it outlives the program. Main thread, one; outlives who writes.
+class Console {
+public:
+    Console();
+    ~Console();
+    Console(const Console &) = delete;
+    Console &operator=(const Console &) = delete;
+
+    /// True if the standard error is a terminal that knows the sequences. Any thread.
+    [[nodiscard]] static bool errorIsTerminal();
+
+private:
+    // On Windows alone:
+    [[maybe_unused]] unsigned m_codePage = 0;  ///< that it had; 0 for none
+    [[maybe_unused]] unsigned long m_mode = 0; ///< that the standard error had; 0 for none
+};
