@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QStandardPaths>
 #include <QTest>
+#include <QThread>
 
 #include <semaphore>
 

@@ -11,9 +11,26 @@
 #include <cstring>
 #include <vector>
 
+#ifdef Q_OS_WIN
+// The first declares what the second needs, so this is not the order of the alphabet.
+// clang-format off
+#include <windows.h>
+#include <psapi.h>
+// clang-format on
+#endif
+
 namespace {
 
 /// Bytes of this process that lie in memory; -1 where the system does not tell.
+#ifdef Q_OS_WIN
+std::int64_t residentBytes()
+{
+    PROCESS_MEMORY_COUNTERS counters{};
+    return GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters)) != 0
+               ? std::int64_t(counters.WorkingSetSize)
+               : -1;
+}
+#else
 std::int64_t residentBytes()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
@@ -23,6 +40,7 @@ std::int64_t residentBytes()
     constexpr std::int64_t page = 4096;
     return file.readAll().split(' ').value(1, "-1").toLongLong() * page;
 }
+#endif
 
 } // namespace
 
