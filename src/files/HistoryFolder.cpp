@@ -74,7 +74,7 @@ QVector<PictureRow> readPicture(const QString &path)
 {
     QVector<PictureRow> rows;
     QFile file(picturePath(path));
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) { // as it was written
         return rows;
     }
     for (const QByteArray &line : file.read(pictureFileLimit).split('\n')) {
