@@ -219,7 +219,8 @@ void TstPackaging::theLinksOfTheInstalledDocumentsLeadToInstalledOnes()
     for (const QString &name : installed) {
         const QSet<QString> links = capturesIn(textOf(docs.filePath(name)), QStringLiteral("\\]\\(([^)\\s#]+)"));
         for (const QString &link : links) {
-            const bool isInstalled = installed.contains(link) || link.startsWith(QStringLiteral("pictures/"));
+            const bool isInstalled = installed.contains(link) || link.startsWith(QStringLiteral("decoders/")) ||
+                                     link.startsWith(QStringLiteral("pictures/"));
             QVERIFY2(isInstalled || link.contains(QStringLiteral("://")),
                      qPrintable(name + QStringLiteral(": ") + link));
         }
