@@ -93,7 +93,7 @@ void StorageCapture::recordTriggered(std::int64_t &effort)
 void StorageCapture::record(std::int64_t to, std::int64_t &effort)
 {
     if (m_memory.format() == RecordFormat::Mixed16) {
-        recordMixed(to);
+        recordMixed(to, effort);
         return;
     }
     while (m_position < to && effort > 0 && !m_memory.isFull()) {
@@ -103,11 +103,14 @@ void StorageCapture::record(std::int64_t to, std::int64_t &effort)
     }
 }
 
-void StorageCapture::recordMixed(std::int64_t to)
+/// As record(); each sample is a step.
+void StorageCapture::recordMixed(std::int64_t to, std::int64_t &effort)
 {
-    while (m_position < to && !m_memory.isFull()) {
+    while (m_position < to && effort > 0 && !m_memory.isFull()) {
         const SignalRun run = m_sampler.at(m_position, m_trigger.enabled);
-        for (const std::int64_t last = std::min(run.end, to); m_position < last; ++m_position) {
+        const std::int64_t last = std::min({run.end, to, m_position + effort});
+        effort -= last - m_position;
+        for (; m_position < last; ++m_position) {
             if (!m_memory.appendMixed(m_sampler.analogAt(0, m_position), m_sampler.analogAt(1, m_position),
                                       std::uint16_t(run.levels))) {
                 return;
@@ -142,7 +145,7 @@ void StorageCapture::end()
     m_memory.fill();
     // At least one group, so that there is something to read.
     while (!m_memory.isFull() && (whole || m_memory.groupOpen() || m_memory.recordCount() == 0)) {
-        std::int64_t effort = 1;
+        std::int64_t effort = whole ? RecordMemory::maxCount : 1;
         record(m_position + RecordMemory::maxCount, effort);
         m_memory.closeRecord();
     }

@@ -56,7 +56,7 @@ private:
     [[nodiscard]] bool step(std::int64_t &effort);
     void beginRecords(std::int64_t from);
     void record(std::int64_t to, std::int64_t &effort);
-    void recordMixed(std::int64_t to);
+    void recordMixed(std::int64_t to, std::int64_t &effort);
     void recordTriggered(std::int64_t &effort);
     void end();
 
