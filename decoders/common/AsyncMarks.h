@@ -16,7 +16,7 @@ inline void markCharacter(Results &results, const Channel &channel, const AsyncL
 {
     const unsigned stop = line.stopBit();
     if (!character.isBreak) {
-        std::array<Sample, BitGrid::mostBits> looks;
+        std::array<Sample, BitGrid::mostBits> looks{};
         std::size_t count = 0;
         for (unsigned bit = 1; bit < stop; ++bit) {
             looks[count++] = line.lookOf(bit);

@@ -21,6 +21,7 @@
 #include <QApplication>
 #include <QEventLoop>
 #include <QFileInfo>
+#include <QFont>
 
 #include <algorithm>
 #include <corvanlux/analyzer/Analyzer.h>
@@ -116,6 +117,15 @@ int makePicture(const ExportJob &job)
     return code == Terminal::good && !source.warning.isEmpty() ? Terminal::badInput : code;
 }
 
+/// The size of text that desktops have; a platform without a screen has a larger one, for which the ruler has no room.
+void takeDesktopFont()
+{
+    constexpr int points = 9;
+    QFont font = QApplication::font();
+    font.setPointSize(points);
+    QApplication::setFont(font);
+}
+
 /// Qt's remarks on a surrounding without a desktop: nothing that whoever asked for a picture could change.
 void passOver(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
@@ -153,6 +163,7 @@ int run(int argc, char *argv[])
     memBudgetInit();
     SetAnalyzerMemoryBudget(&memBudget);
     StartUp::initGlobals({});
+    takeDesktopFont();
     StartUp::initLook();
     return makePicture(job);
 }
