@@ -140,7 +140,7 @@ function(lux_test_environment name)
   set(suppressions ${CMAKE_SOURCE_DIR}/cmake/sanitizers)
   set_tests_properties(${name} PROPERTIES
     TIMEOUT 300
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_DATA_HOME=${home}/data;XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp;TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_DATA_HOME=${home}/data;XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;LC_ALL=C.UTF-8;LSAN_OPTIONS=suppressions=${suppressions}/lsan.supp:print_suppressions=0;TSAN_OPTIONS=suppressions=${suppressions}/tsan.supp:halt_on_error=1;UBSAN_OPTIONS=print_stacktrace=1")
   if(WIN32)
     # There the user's folder of data is told by no variable: whoever uses it is alone. It is used by all but these.
     get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
