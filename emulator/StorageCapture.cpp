@@ -6,7 +6,7 @@ namespace emulator {
 
 namespace {
 
-constexpr std::int64_t allOfIt = std::int64_t(1) << 62;
+constexpr std::int64_t effortAtStop = std::int64_t(1) << 24; // steps of the signal: a second or two at the most
 
 } // namespace
 
@@ -124,7 +124,7 @@ void StorageCapture::stop()
     if (m_phase == Phase::Idle || m_phase == Phase::Ended) {
         return;
     }
-    std::int64_t effort = allOfIt;
+    std::int64_t effort = effortAtStop; // an unpaced instrument may have any number of them to go
     if (m_phase == Phase::Triggered) {
         recordTriggered(effort);
     } else {

@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QThread>
 #include <QTimer>
 #include <QWheelEvent>
 #include <QtTest>
@@ -80,6 +81,12 @@ void Monkey::turn()
         return;
     }
     m_loop.quit();
+}
+
+bool Monkey::outermost() const
+{
+    // A report of the program opens a box too, whose loop no act of the monkey's has started.
+    return m_depth == 1 && QThread::currentThread()->loopLevel() <= 1;
 }
 
 bool Monkey::closeOne()

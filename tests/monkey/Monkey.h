@@ -37,7 +37,7 @@ private:
 
     void armNext();
     void turn();
-    [[nodiscard]] bool outermost() const { return m_depth == 1; }
+    [[nodiscard]] bool outermost() const;
     /// Closes one of the open menus and dialogs. @return false when there is none
     bool closeOne();
     void tell(const QString &what);
