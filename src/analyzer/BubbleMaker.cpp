@@ -5,6 +5,7 @@
 #include "settings/PostedCall.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <corvanlux/analyzer/AnalyzerResults.h>
 #include <mutex>
@@ -13,15 +14,14 @@
 
 namespace {
 
-constexpr std::uint64_t framesAtFirst = 4; ///< whose texts are made at once
-constexpr std::uint64_t framesInARow = 32; ///< the same when one frame after the other is asked for
+constexpr std::uint64_t framesAtFirst = 4;  ///< whose texts are made at once
+constexpr std::uint64_t framesInARow = 256; ///< the same, at most, when one frame after the other is asked for
+constexpr std::uint64_t rowGrowth = 8;      ///< from the former to the latter
+constexpr auto batchTime = std::chrono::milliseconds(8); ///< a slow decoder makes fewer at once
+constexpr std::size_t mostOfRow = 4096; ///< frames whose texts are kept; more than a screen has room for
+constexpr std::size_t mostRows = 256;
 constexpr auto endPatience = std::chrono::milliseconds(20);
 constexpr auto betweenTakes = std::chrono::milliseconds(2);
-
-bool isAlike(const BubbleMaker::Key &one, const BubbleMaker::Key &other)
-{
-    return one.results == other.results && one.channel == other.channel && one.base == other.base;
-}
 
 BubbleMaker::Texts textsOf(const BubbleMaker::Key &key, std::uint64_t frame)
 {
@@ -126,7 +126,11 @@ private:
         }
         const std::uint64_t frames = job.key.results->GetNumFrames();
         const std::uint64_t end = std::min(job.key.frame + job.count, frames);
+        const auto until = std::chrono::steady_clock::now() + batchTime;
         for (std::uint64_t frame = job.key.frame; frame < end && !m_gate.isWanted(); ++frame) {
+            if (!made.empty() && std::chrono::steady_clock::now() > until) {
+                break;
+            }
             if (!reader->inside(job.key.results, [&] { made.push_back(textsOf(job.key, frame)); })) {
                 return false;
             }
@@ -183,15 +187,42 @@ void BubbleMaker::startThread()
 
 void BubbleMaker::forget()
 {
-    m_made.clear();
-    m_madeKey = {};
+    m_rows.clear();
+    m_asked = {};
 }
 
-const BubbleMaker::Texts *BubbleMaker::madeFor(const Key &key) const
+BubbleMaker::Row &BubbleMaker::rowOf(const Key &key)
 {
-    const bool isThere =
-        isAlike(key, m_madeKey) && key.frame >= m_madeKey.frame && key.frame - m_madeKey.frame < m_made.size();
-    return isThere ? &m_made[std::size_t(key.frame - m_madeKey.frame)] : nullptr;
+    const std::tuple row(key.results, key.channel, key.base);
+    const auto found = m_rows.find(row);
+    if (found != m_rows.end()) {
+        return found->second;
+    }
+    if (m_rows.size() >= mostRows) {
+        m_rows.clear();
+    }
+    return m_rows[row];
+}
+
+void BubbleMaker::keep(std::vector<Texts> made)
+{
+    if (m_asked.results == nullptr) {
+        return; // its results have been replaced meanwhile
+    }
+    Row &row = rowOf(m_asked);
+    if (row.texts.size() + made.size() > mostOfRow) {
+        row.texts.clear();
+    }
+    for (std::size_t i = 0; i < made.size(); ++i) {
+        row.texts.insert_or_assign(m_asked.frame + i, std::move(made[i]));
+    }
+}
+
+const BubbleMaker::Texts *BubbleMaker::madeFor(const Key &key)
+{
+    const Row &row = rowOf(key);
+    const auto found = row.texts.find(key.frame);
+    return found == row.texts.end() ? nullptr : &found->second;
 }
 
 const BubbleMaker::Texts *BubbleMaker::texts(const Key &key)
@@ -201,28 +232,22 @@ const BubbleMaker::Texts *BubbleMaker::texts(const Key &key)
         m_isLate = false;
         startThread();
     }
-    if (m_isLate) {
-        if (!m_desk->waitForAnswer(std::chrono::milliseconds(0))) {
-            return madeFor(key);
-        }
+    if (m_isLate && m_desk->waitForAnswer(std::chrono::milliseconds(0))) {
         m_isLate = false;
-        std::vector<Texts> late = m_desk->take();
-        if (m_madeKey.results != nullptr) { // its results have not been replaced meanwhile
-            m_made = std::move(late);
-        }
+        keep(m_desk->take());
     }
-    const bool isNext = isAlike(key, m_madeKey) && key.frame == m_lastFrame + 1;
-    m_lastFrame = key.frame;
-    if (const Texts *made = madeFor(key)) {
+    if (const Texts *made = madeFor(key); made != nullptr || m_isLate) {
         return made;
     }
-    m_made.clear();
-    m_madeKey = key;
-    m_desk->ask({key, isNext ? framesInARow : framesAtFirst});
+    Row &row = rowOf(key);
+    row.batch = row.batch > 0 && key.frame == row.end ? std::min(row.batch * rowGrowth, framesInARow) : framesAtFirst;
+    row.end = key.frame + row.batch;
+    m_asked = key;
+    m_desk->ask({key, row.batch});
     if (!m_desk->waitForAnswer(patience)) {
         m_isLate = true;
         return nullptr;
     }
-    m_made = m_desk->take();
+    keep(m_desk->take());
     return madeFor(key);
 }

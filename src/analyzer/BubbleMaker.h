@@ -7,9 +7,12 @@
 #include <corvanlux/analyzer/AnalyzerTypes.h>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <unordered_map>
 #include <vector>
 
 class AnalyzerManager;
@@ -18,8 +21,9 @@ class AnalyzerManager;
 ///
 /// Main thread. Who asks waits for the texts, which are there within microseconds, and waits no longer than the
 /// patience in all until late ones have come: those are there when what is drawn is drawn again. The thread makes the
-/// texts of the frames that follow along with those that are asked for, since they mostly are what is asked for next.
-/// It holds a ResultsPass while it works.
+/// texts of the frames that follow along with those that are asked for, since they mostly are what is asked for next;
+/// what has been made is kept until results are replaced, so that drawing the same again asks for nothing. It holds a
+/// ResultsPass while it works.
 class BubbleMaker {
 public:
     static constexpr std::chrono::milliseconds patience{40};
@@ -45,17 +49,25 @@ private:
     class Desk;
 
     void startThread();
+    /// What is made for one row of one decoder. It holds as long as the results do.
+    struct Row {
+        std::unordered_map<std::uint64_t, Texts> texts; ///< by frame
+        std::uint64_t end = 0;                          ///< behind the frames that were asked for last
+        std::uint64_t batch = 0;                        ///< how many that were
+    };
+
     /// No results are what they were.
     void forget();
-    [[nodiscard]] const Texts *madeFor(const Key &key) const;
+    [[nodiscard]] Row &rowOf(const Key &key);
+    void keep(std::vector<Texts> made);
+    [[nodiscard]] const Texts *madeFor(const Key &key);
 
     ResultsGate &m_gate;
     const std::function<void()> m_arrived;
     std::shared_ptr<Desk> m_desk; ///< the thread's too
     std::thread m_thread;
-    bool m_isLate = false;     ///< texts are under way for which nobody waits
-    Key m_madeKey;             ///< of the first frame in m_made
-    std::vector<Texts> m_made; ///< of frames that follow each other
-    std::uint64_t m_lastFrame = 0;
+    bool m_isLate = false; ///< texts are under way for which nobody waits
+    Key m_asked;           ///< of the first frame that was asked for last; without results when they have been replaced
+    std::map<std::tuple<AnalyzerResults *, std::uint32_t, DisplayBase>, Row> m_rows;
     QObject m_context; ///< of what is told: goes first
 };
