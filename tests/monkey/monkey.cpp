@@ -31,6 +31,15 @@ int main(int argc, char **argv)
     line.addHelpOption();
     line.process(application);
 
+    for (const QCommandLineOption &number : {seconds, seed, still}) {
+        bool isNumber = false;
+        (void)line.value(number).toUInt(&isNumber);
+        if (!isNumber) {
+            std::fprintf(stderr, "monkey: --%s takes a number\n", qPrintable(number.names().constFirst()));
+            return 2;
+        }
+    }
+
     startGuiTest();
     SetAnalyzerMemoryBudget(&memBudget);
     bool good = false;
