@@ -6,7 +6,7 @@
 class Console {
 public:
     Console();
-    ~Console();
+    ~Console(); // NOLINT(performance-trivially-destructible): it is not, on Windows
     Console(const Console &) = delete;
     Console &operator=(const Console &) = delete;
 

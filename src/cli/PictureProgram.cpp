@@ -38,7 +38,7 @@ QString path()
 int run(const QStringList &arguments)
 {
     constexpr int lookMs = 100;
-    constexpr qint64 mostMs = 10 * 60 * 1000;
+    constexpr qint64 mostMs = qint64(10) * 60 * 1000;
     const QString program = path();
     if (!QFileInfo(program).isExecutable()) {
         Terminal::say(QStringLiteral("pictures are made by the program with the window, and %1 is missing")
