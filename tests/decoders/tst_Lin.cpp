@@ -341,7 +341,10 @@ void TstLin::exportsHaveAllFrames()
     QVERIFY2(text.find("ID 0x23, enhanced checksum 0x29: 0x11 0x22") != std::string::npos, text.c_str());
 }
 
-void TstLin::thePcapFileHasItsStructure()
+namespace {
+
+/// A whole frame, then a header with a wrong parity bit that nobody answers.
+AsyncSender oneAnswerOfTwo()
 {
     AsyncSender sender(bit);
     sender.idle(20);
@@ -349,7 +352,14 @@ void TstLin::thePcapFileHasItsStructure()
     sender.bytes({0x11, 0x22, 0x29}).idle(60);
     header(sender, 0xe3);
     sender.idle(60);
-    const Decoded desk(sender, rate);
+    return sender;
+}
+
+} // namespace
+
+void TstLin::thePcapFileHasItsStructure()
+{
+    const Decoded desk(oneAnswerOfTwo(), rate);
     QTemporaryDir folder;
     const std::string path = folder.filePath(QStringLiteral("out.pcap")).toStdString();
     const std::string file = decoderChecks::exported(desk, path, LinSettings::Pcap);
@@ -366,13 +376,7 @@ void TstLin::thePcapFileCanBeReadByOthers()
     if (pcapFields::reader().isEmpty()) {
         QSKIP("tshark is not installed");
     }
-    AsyncSender sender(bit);
-    sender.idle(20);
-    header(sender, 0xa3);
-    sender.bytes({0x11, 0x22, 0x29}).idle(60);
-    header(sender, 0xe3);
-    sender.idle(60);
-    const Decoded desk(sender, rate);
+    const Decoded desk(oneAnswerOfTwo(), rate);
     QTemporaryDir folder;
     const std::string path = folder.filePath(QStringLiteral("out.pcap")).toStdString();
     const std::string file = decoderChecks::exported(desk, path, LinSettings::Pcap);
