@@ -11,9 +11,6 @@
 
 namespace {
 
-constexpr auto endPatience = std::chrono::milliseconds(20);
-constexpr auto betweenTakes = std::chrono::milliseconds(2);
-
 std::vector<ResultSource> shownSources(const AnalyzerManager &manager)
 {
     std::vector<ResultSource> sources;
@@ -47,15 +44,8 @@ AnalyzerDataGen::AnalyzerDataGen(AnalyzerManager &manager, QObject *parent)
 AnalyzerDataGen::~AnalyzerDataGen()
 {
     m_worker->askToEnd();
-    auto most = endPatience;
-    while (!m_worker->waitForEnd(most)) {
-        if (m_worker->reader()->isLost() || m_gate.take(m_worker->reader())) {
-            m_thread.detach(); // held fast in a plug-in
-            return;
-        }
-        most = betweenTakes;
-    }
-    m_thread.join();
+    m_gate.endThread(m_thread, m_worker->reader(),
+                     [this](std::chrono::milliseconds most) { return m_worker->waitForEnd(most); });
 }
 
 void AnalyzerDataGen::startWorker()

@@ -20,8 +20,6 @@ constexpr std::uint64_t rowGrowth = 8;      ///< from the former to the latter
 constexpr auto batchTime = std::chrono::milliseconds(8); ///< a slow decoder makes fewer at once
 constexpr std::size_t mostOfRow = 4096; ///< frames whose texts are kept; more than a screen has room for
 constexpr std::size_t mostRows = 256;
-constexpr auto endPatience = std::chrono::milliseconds(20);
-constexpr auto betweenTakes = std::chrono::milliseconds(2);
 
 BubbleMaker::Texts textsOf(const BubbleMaker::Key &key, std::uint64_t frame)
 {
@@ -76,7 +74,7 @@ public:
             m_job.reset();
             m_made = std::move(made);
             m_answered.notify_all();
-            if (std::exchange(m_isAwaited, false) || !isAnswered) {
+            if (std::exchange(m_isLate, false) || !isAnswered) {
                 m_late();
             }
         }
@@ -94,7 +92,7 @@ public:
     {
         std::unique_lock lock(m_mutex);
         const bool isThere = m_answered.wait_for(lock, most, [this] { return !m_job; });
-        m_isAwaited = !isThere;
+        m_isLate = !isThere;
         return isThere;
     }
     [[nodiscard]] std::vector<Texts> take()
@@ -145,7 +143,7 @@ private:
     std::condition_variable m_answered;
     std::optional<Job> m_job; ///< until it is answered
     std::vector<Texts> m_made;
-    bool m_isAwaited = false; ///< by nobody who waits
+    bool m_isLate = false; ///< who asked has gone on
     bool m_isOver = false;
     bool m_hasEnded = false;
 };
@@ -161,15 +159,8 @@ BubbleMaker::BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived
 BubbleMaker::~BubbleMaker()
 {
     m_desk->askToEnd();
-    auto most = endPatience;
-    while (!m_desk->waitForEnd(most)) {
-        if (m_desk->reader->isLost() || m_gate.take(m_desk->reader)) {
-            m_thread.detach(); // held fast in a plug-in
-            return;
-        }
-        most = betweenTakes;
-    }
-    m_thread.join();
+    m_gate.endThread(m_thread, m_desk->reader,
+                     [this](std::chrono::milliseconds most) { return m_desk->waitForEnd(most); });
 }
 
 void BubbleMaker::startThread()

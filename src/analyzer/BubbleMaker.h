@@ -48,7 +48,6 @@ public:
 private:
     class Desk;
 
-    void startThread();
     /// What is made for one row of one decoder. It holds as long as the results do.
     struct Row {
         std::unordered_map<std::uint64_t, Texts> texts; ///< by frame
@@ -56,6 +55,7 @@ private:
         std::uint64_t batch = 0;                        ///< how many that were
     };
 
+    void startThread();
     /// No results are what they were.
     void forget();
     [[nodiscard]] Row &rowOf(const Key &key);

@@ -5,6 +5,7 @@
 
 namespace {
 
+constexpr std::chrono::milliseconds endPatience{20}; ///< with a thread that was asked to end
 constexpr std::chrono::milliseconds betweenTakes{2}; ///< behind the patience, while a reader is outside of plug-ins
 
 } // namespace
@@ -47,6 +48,18 @@ std::vector<const AnalyzerResults *> ResultsGate::takeFromStuck()
         }
     }
     return stuckIn;
+}
+
+void ResultsGate::endThread(std::thread &thread, const std::shared_ptr<ResultsReader> &reader,
+                            const std::function<bool(std::chrono::milliseconds)> &waitForEnd)
+{
+    for (auto most = endPatience; !waitForEnd(most); most = betweenTakes) {
+        if (reader->isLost() || take(reader)) {
+            thread.detach();
+            return;
+        }
+    }
+    thread.join();
 }
 
 ResultsPass::ResultsPass(ResultsGate &gate, std::shared_ptr<ResultsReader> reader)

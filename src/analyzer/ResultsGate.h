@@ -4,8 +4,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 class AnalyzerResults;
@@ -45,6 +47,11 @@ public:
     /// Takes the pass from those that have been inside of one text since `grace`, as calls of this tell.
     /// @return what they are in. Main thread, every now and then.
     [[nodiscard]] std::vector<const AnalyzerResults *> takeFromStuck();
+    /// Joins the thread of a reader that was asked to end; one that is held fast in a plug-in is left behind. Main
+    /// thread.
+    /// @param waitForEnd  waits at most that long, and tells whether the thread has nothing more to do
+    void endThread(std::thread &thread, const std::shared_ptr<ResultsReader> &reader,
+                   const std::function<bool(std::chrono::milliseconds)> &waitForEnd);
 
 private:
     friend class ResultsPass;

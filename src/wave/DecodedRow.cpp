@@ -86,8 +86,8 @@ bool isCrowded(const DecodedChannel &decoded, const ProbedFrames &probed)
 }
 
 /// Adds the box of the frame that this row tells of the window: the last one, or one before it when that says nothing
-/// here, or the one that all others lie in. @return its last sample; none when
-/// nothing was told
+/// here, or the one that all others lie in.
+/// @return its last sample; none when nothing was told
 std::optional<std::int64_t> addBubbleOf(const DecodedChannel &decoded, const ProbedFrames &probed,
                                         const DecodedView &view, BubbleTexts &texts, std::vector<DecodedBubble> &out)
 {
