@@ -183,13 +183,7 @@ wait_for 60 "the number of elements" control_is_shown label "${#frames[@]}"
 find_rare
 expect_message 5
 
-click_on 'push button' 'Settings of I2C'
-click_on 'menu item' 'Export Data...'
-wait_window 30 '^Export File Select$' >/dev/null
-click_on 'radio button' 'CSV file (*.csv)'
-click_on 'push button' OK
-type_path 'Export Data' "$folder/frames.csv"
-press_button Save
+export_csv I2C "$folder/frames.csv"
 wait_for 60 "the exported file" test -s "$folder/frames.csv"
 wait_for 30 "the end of the export" window_is_gone '^Save file$'
 awk -F , '

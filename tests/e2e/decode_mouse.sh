@@ -37,12 +37,6 @@ wait_for 30 "the row that is searched for" only_row_is "$rare_row"
 click_on 'list item' "$rare_row"
 expect_middle "$rare"
 
-click_on 'push button' 'Settings of UART/RS232/485'
-click_on 'menu item' 'Export Data...'
-wait_window 30 '^Export File Select$' >/dev/null
-click_on 'radio button' 'CSV file (*.csv)'
-click_on 'push button' OK
-type_path 'Export Data' "$folder/frames.csv"
-press_button Save
+export_csv UART/RS232/485 "$folder/frames.csv"
 expect_export "$folder/frames.csv"
 expect_back

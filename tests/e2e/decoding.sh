@@ -147,6 +147,17 @@ press_button() {
     click_on 'push button' "$1"
 }
 
+# export_csv ANALYZER PATH: what it has decoded, by mouse.
+export_csv() {
+    click_on 'push button' "Settings of $1"
+    click_on 'menu item' 'Export Data...'
+    wait_window 30 '^Export File Select$' >/dev/null
+    click_on 'radio button' 'CSV file (*.csv)'
+    click_on 'push button' OK
+    type_path 'Export Data' "$2"
+    press_button Save
+}
+
 # expect_export FILE
 expect_export() {
     wait_for 60 "the exported file" test -s "$1"
