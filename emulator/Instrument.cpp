@@ -66,7 +66,6 @@ Instrument::Instrument(const InstrumentOptions &options, std::shared_ptr<LogicSi
 }
 
 // ---- the plug
-// --------------------------------------------------------------------------------------------------------
 
 void Instrument::attach()
 {
@@ -149,7 +148,6 @@ double Instrument::sampleRate() const
 }
 
 // ---- standard requests
-// -----------------------------------------------------------------------------------------------
 
 DescriptorFacts Instrument::descriptorFacts() const
 {

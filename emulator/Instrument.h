@@ -77,8 +77,8 @@ public:
     void tick(std::uint64_t nanoseconds);
     [[nodiscard]] std::uint64_t now() const { return m_now; }
 
-    // ---- the bench: what is set up and looked at beside the wire
-    // -----------------------------------------------------
+    // ---- the bench
+    // What is set up and looked at beside the wire.
 
     void setSignal(std::shared_ptr<LogicSignal> signal) { m_signal = std::move(signal); }
     [[nodiscard]] const InstrumentOptions &options() const { return m_options; }
@@ -93,8 +93,6 @@ public:
     [[nodiscard]] const Outputs &outputs() const { return m_outputs; }
     [[nodiscard]] const StorageCapture &capture() const { return m_capture; }
     [[nodiscard]] const RecordMemory &memory() const { return m_memory; }
-    [[nodiscard]] const SampleConfig &sampleConfig() const { return m_sample; }
-    [[nodiscard]] const TriggerConfig &triggerConfig() const { return m_trigger; }
     /// Bytes that the last run of bulk reads has sent.
     [[nodiscard]] std::uint64_t inBytes() const { return m_inBytes; }
     /// Samples a second with the present configuration.
@@ -112,7 +110,6 @@ private:
 
     [[nodiscard]] DescriptorFacts descriptorFacts() const;
     void powerOn();
-    void leaveForRestart();
 
     // Control requests; each gives the bytes moved, or nothing for a stall.
     using Moved = std::optional<std::size_t>;

@@ -53,8 +53,6 @@ public:
     [[nodiscard]] std::uint32_t recordCount() const;
     /// Samples in the records that are kept. Cost: one step a record.
     [[nodiscard]] std::int64_t samplesKept() const;
-    /// Samples appended since begin(), dropped ones too.
-    [[nodiscard]] std::int64_t appended() const { return m_appended; }
     /// Byte address in the ring behind the last whole group.
     [[nodiscard]] std::uint32_t endAddress() const { return m_next; }
 
@@ -79,7 +77,7 @@ private:
     std::uint32_t m_next = 0;                         ///< where the open group will stand
     std::uint32_t m_groups = 0;                       ///< kept in the memory
     std::uint32_t m_limit = 0;                        ///< groups to keep while sliding
-    std::int64_t m_appended = 0;
+    std::int64_t m_appended = 0;                      ///< samples since begin(), dropped ones too
     bool m_sliding = false;
 };
 

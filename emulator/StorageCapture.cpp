@@ -6,7 +6,7 @@ namespace emulator {
 
 namespace {
 
-constexpr std::int64_t effortAtStop = std::int64_t(1) << 24; // steps of the signal: a second or two at the most
+constexpr std::int64_t effortAtStop = std::int64_t(1) << 22; // steps of the signal: the bus waits for them
 
 } // namespace
 

@@ -11,6 +11,10 @@ namespace {
 
 constexpr int analogPeriod = 256;
 
+// Noise is made in stretches that are known by their number, so that a far position costs no walk from the start.
+constexpr std::int64_t stretch = std::int64_t(1) << 28;
+constexpr std::int64_t longestInStretches = stretch / 4; // noise with longer runs than that is walked
+
 std::int64_t endOf(std::int64_t start, std::int64_t width)
 {
     return width >= never - start ? never : start + std::max<std::int64_t>(width, 1);
@@ -23,6 +27,13 @@ std::uint32_t nextRandom(std::uint32_t &state)
     state ^= state >> 17;
     state ^= state << 5;
     return state;
+}
+
+/// The seed of stretch `number` of noise: never 0, and that of the noise for the first.
+std::uint32_t seedOfStretch(std::uint32_t seed, std::int64_t number)
+{
+    std::uint32_t state = seed ^ (std::uint32_t(number) * 0x9E3779B9U);
+    return state == 0 ? 1 : state;
 }
 
 } // namespace
@@ -99,6 +110,36 @@ void WaveSignal::rewind(Track &track)
     track.index = 0;
     track.random = track.wave.seed;
     track.end = track.wave.kind == Kind::Constant ? never : endOf(track.wave.delay, nextWidth(track));
+    const bool inStretches = track.wave.kind == Kind::Noise && track.wave.longest <= longestInStretches;
+    track.stretchEnd = inStretches ? stretch : never;
+}
+
+/// To the first run of the stretch that holds `position`. It is at the start level, and joined to the run before if
+/// that has the same.
+void WaveSignal::enterStretch(Track &track, std::int64_t position)
+{
+    const std::int64_t number = position / stretch;
+    track.level = track.wave.startLevel;
+    track.begin = number * stretch;
+    track.random = seedOfStretch(track.wave.seed, number);
+    track.end = endOf(track.begin, nextWidth(track));
+    track.stretchEnd = number < never / stretch ? track.begin + stretch : never;
+}
+
+/// To the next run.
+void WaveSignal::step(Track &track)
+{
+    if (track.end == track.stretchEnd) {
+        enterStretch(track, track.end);
+        return;
+    }
+    track.level = !track.level;
+    track.begin = track.end;
+    track.end = endOf(track.begin, nextWidth(track));
+    // No run may come to be shorter than the shortest.
+    if (track.end > track.stretchEnd - track.wave.shortest && track.stretchEnd != never) {
+        track.end = track.stretchEnd;
+    }
 }
 
 std::int64_t WaveSignal::nextWidth(Track &track)
@@ -117,10 +158,11 @@ std::int64_t WaveSignal::nextWidth(Track &track)
 
 void WaveSignal::advance(Track &track, std::int64_t position)
 {
-    // One step is what reading forward takes.
-    track.level = !track.level;
-    track.begin = track.end;
-    track.end = endOf(track.begin, nextWidth(track));
+    if (position >= track.stretchEnd) {
+        enterStretch(track, position);
+    } else {
+        step(track); // what reading forward takes
+    }
     if (track.end <= position && track.wave.kind == Kind::Square) {
         // Jumps over the whole periods.
         const std::int64_t half = std::max<std::int64_t>(track.wave.widths[0], 1);
@@ -130,9 +172,7 @@ void WaveSignal::advance(Track &track, std::int64_t position)
         track.end = endOf(track.begin, half);
     }
     while (track.end <= position) {
-        track.level = !track.level;
-        track.begin = track.end;
-        track.end = endOf(track.end, nextWidth(track));
+        step(track);
     }
 }
 

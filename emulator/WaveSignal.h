@@ -8,7 +8,8 @@
 
 namespace emulator {
 
-/// A generated signal: each channel constant, a square wave, a repeated pattern of widths, or seeded noise.
+/// A generated signal: each channel constant, a square wave, a repeated pattern of widths, or seeded noise. Any
+/// position is reached at once but for a pattern, which is walked.
 class WaveSignal : public LogicSignal {
 public:
     enum class Kind { Constant, Square, Pattern, Noise };
@@ -53,9 +54,12 @@ private:
         std::int64_t end = never;
         std::size_t index = 0; ///< Pattern: of the next width
         std::uint32_t random = 1;
+        std::int64_t stretchEnd = never; ///< Noise: where it begins anew with another seed
     };
 
     static void rewind(Track &track);
+    static void enterStretch(Track &track, std::int64_t position);
+    static void step(Track &track);
     [[nodiscard]] static std::int64_t nextWidth(Track &track);
     static void advance(Track &track, std::int64_t position);
 

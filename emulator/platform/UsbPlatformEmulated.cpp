@@ -2,29 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <utility>
 
-using emulator::Outcome;
 using emulator::Urb;
 
 namespace {
-
-UsbError errorOf(Outcome outcome)
-{
-    switch (outcome) {
-    case Outcome::Done:
-        return UsbError::None;
-    case Outcome::NotYet:
-        return UsbError::Pending;
-    case Outcome::Stalled:
-        return UsbError::Halted;
-    case Outcome::Failed:
-        return UsbError::Failed;
-    case Outcome::Gone:
-        break;
-    }
-    return UsbError::Gone;
-}
 
 std::string pathOf(int port, unsigned generation)
 {
@@ -33,87 +16,7 @@ std::string pathOf(int port, unsigned generation)
 
 } // namespace
 
-// ---- the bus
-// ---------------------------------------------------------------------------------------------------------
-
-EmulatedBus::EmulatedBus(double timeScale) : InstrumentBus(timeScale)
-{
-    start();
-}
-
-EmulatedBus::~EmulatedBus()
-{
-    stop();
-}
-
-void EmulatedBus::submit(const std::shared_ptr<Transfer> &transfer, Urb urb)
-{
-    transfer->key = ++m_lastKey;
-    transfer->endpoint = urb.endpoint;
-    urb.key = transfer->key;
-    m_transfers[transfer->key] = transfer;
-    m_ports[std::size_t(transfer->port)]->urbs->submit(urb);
-}
-
-void EmulatedBus::end(const std::shared_ptr<Transfer> &transfer, UsbError error, std::size_t moved)
-{
-    transfer->ended = true;
-    transfer->error = error;
-    transfer->moved = moved;
-    m_transfers.erase(transfer->key);
-    m_transferEnded.notify_all();
-}
-
-void EmulatedBus::cancel(const std::shared_ptr<Transfer> &transfer, UsbError error)
-{
-    if (transfer->ended) {
-        return;
-    }
-    const auto urb = m_ports[std::size_t(transfer->port)]->urbs->cancel(transfer->key);
-    end(transfer, error, urb ? urb->actual : 0);
-}
-
-void EmulatedBus::completed(int /*port*/, const Urb &urb)
-{
-    const auto found = m_transfers.find(urb.key);
-    if (found != m_transfers.end()) {
-        end(std::shared_ptr<Transfer>(found->second), errorOf(urb.outcome), urb.actual);
-    }
-}
-
-/// Ends what is late.
-void EmulatedBus::afterPump()
-{
-    const Clock::time_point now = Clock::now();
-    std::vector<std::shared_ptr<Transfer>> late;
-    for (const auto &[key, transfer] : m_transfers) {
-        if (now >= transfer->deadline) {
-            late.push_back(transfer);
-        }
-    }
-    for (const auto &transfer : late) {
-        cancel(transfer, UsbError::TimedOut);
-    }
-}
-
-void EmulatedBus::changed(int /*port*/, bool /*attached*/, unsigned /*generation*/)
-{
-    std::function<void()> tell;
-    {
-        const std::lock_guard lock(m_mutex);
-        tell = m_changed;
-        m_calling = bool(tell);
-    }
-    if (tell) {
-        tell();
-        const std::lock_guard lock(m_mutex);
-        m_calling = false;
-        m_transferEnded.notify_all();
-    }
-}
-
 // ---- finding and opening
-// ---------------------------------------------------------------------------------------------
 
 UsbPlatformEmulated::~UsbPlatformEmulated()
 {
@@ -225,15 +128,10 @@ UsbResult UsbPlatformEmulated::initInterface(UsbFile file, UsbInterface &iface)
 void UsbPlatformEmulated::freeInterface(UsbInterface iface)
 {
     const Turn turn(m_bus);
-    std::vector<std::shared_ptr<EmulatedBus::Transfer>> pending;
-    for (const auto &[key, transfer] : m_bus.m_transfers) {
-        if (transfer->owner == std::uintptr_t(iface)) {
-            pending.push_back(transfer);
-        }
-    }
-    for (const auto &transfer : pending) {
-        m_bus.cancel(transfer, UsbError::Aborted);
-    }
+    const auto isOurs = [iface](const EmulatedBus::Transfer &transfer) {
+        return transfer.owner == std::uintptr_t(iface);
+    };
+    m_bus.cancelAll(isOurs, UsbError::Aborted);
     m_interfaces.erase(std::uintptr_t(iface));
 }
 
@@ -246,7 +144,6 @@ bool UsbPlatformEmulated::registerHotplug(std::uintptr_t /*window*/, std::functi
 }
 
 // ---- what a device is
-// ------------------------------------------------------------------------------------------------
 
 UsbPlatformEmulated::Interface *UsbPlatformEmulated::find(UsbInterface iface)
 {
@@ -329,7 +226,6 @@ UsbResult UsbPlatformEmulated::setPipePolicy(UsbInterface iface, std::uint8_t pi
 }
 
 // ---- transfers
-// -------------------------------------------------------------------------------------------------------
 
 EmulatedBus::Clock::time_point UsbPlatformEmulated::deadline(const Interface &iface, std::uint8_t pipe) const
 {
@@ -387,7 +283,6 @@ UsbResult UsbPlatformEmulated::writePipe(UsbInterface iface, std::uint8_t pipe, 
 }
 
 // ---- reads
-// -----------------------------------------------------------------------------------------------------------
 
 struct UsbPlatformEmulated::Slot final : UsbReadSlot {
     std::shared_ptr<EmulatedBus::Transfer> transfer; ///< null while idle
@@ -462,15 +357,10 @@ UsbResult UsbPlatformEmulated::abortPipe(UsbInterface iface, std::uint8_t pipe)
     if (findPipe(*opened, pipe) == nullptr) {
         return {UsbError::NotFound};
     }
-    std::vector<std::shared_ptr<EmulatedBus::Transfer>> pending;
-    for (const auto &[key, transfer] : m_bus.m_transfers) {
-        if (transfer->owner == std::uintptr_t(iface) && transfer->endpoint == pipe) {
-            pending.push_back(transfer);
-        }
-    }
-    for (const auto &transfer : pending) {
-        m_bus.cancel(transfer, UsbError::Aborted);
-    }
+    const auto isOurs = [iface, pipe](const EmulatedBus::Transfer &transfer) {
+        return transfer.owner == std::uintptr_t(iface) && transfer.endpoint == pipe;
+    };
+    m_bus.cancelAll(isOurs, UsbError::Aborted);
     return {isPresent(*opened) ? UsbError::None : UsbError::Gone};
 }
 

@@ -17,7 +17,6 @@ enum class Command : std::uint32_t { Submit = 1, Unlink = 2, SubmitAnswer = 3, U
 
 constexpr std::size_t operationSize = 8; ///< head of an operation
 constexpr std::size_t busIdSize = 32;
-constexpr std::size_t deviceSize = 312;
 constexpr std::size_t headSize = 48;
 constexpr const char *busId = "1-1";
 

@@ -63,6 +63,8 @@ private Q_SLOTS:
     void aSquareWaveTogglesEveryHalfPeriod();
     void aPatternRepeatsItsWidths();
     void noiseStaysWithinItsWidthsAndRepeatsForItsSeed();
+    void farNoiseIsWhatAWalkThereFinds();
+    void noiseIsReachedAnywhereAtOnce();
     void runsAndSingleSamplesAgree();
     void anEdgeListTellsLevelsForwardAndBackward();
     void channelsOutsideTheMaskEndNoRun();
@@ -104,6 +106,40 @@ void TstEmulatorSignals::noiseStaysWithinItsWidthsAndRepeatsForItsSeed()
         const std::int64_t end = one.at(at, 1).end;
         QVERIFY(end - at >= 5 && end - at <= 9);
         at = end;
+    }
+}
+
+void TstEmulatorSignals::farNoiseIsWhatAWalkThereFinds()
+{
+    constexpr std::int64_t shortest = 1 << 20;
+    constexpr std::int64_t end = std::int64_t(1) << 31;
+    const Wave wave = Wave::noise(7, shortest, 2 * shortest);
+    WaveSignal walked(1, {wave});
+    WaveSignal jumped(1, {wave});
+    std::uint32_t before = walked.at(0, 1).levels;
+    std::int64_t changed = 0;
+    for (std::int64_t at = walked.at(0, 1).end; at < end;) {
+        const SignalRun run = walked.at(at, 1);
+        if (run.levels != before) {
+            QVERIFY(at - changed >= shortest);
+            changed = at;
+            before = run.levels;
+        }
+        WaveSignal fresh(1, {wave});
+        QCOMPARE(fresh.at(at, 1).levels, run.levels);
+        QCOMPARE(fresh.at(at, 1).end, run.end);
+        QCOMPARE(jumped.at(end - at, 1).levels, WaveSignal(1, {wave}).at(end - at, 1).levels);
+        at = run.end;
+    }
+}
+
+void TstEmulatorSignals::noiseIsReachedAnywhereAtOnce()
+{
+    // A walk from 0 would not end.
+    WaveSignal signal(1, {Wave::noise(7, 1, 9)});
+    for (const std::int64_t at : {std::int64_t(1) << 60, std::int64_t(1) << 40, (std::int64_t(1) << 61) + 1}) {
+        const SignalRun run = signal.at(at, 1);
+        QVERIFY(run.end > at && run.end <= at + 10);
     }
 }
 

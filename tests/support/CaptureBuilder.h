@@ -28,7 +28,7 @@ struct CaptureBuilder {
             (void)data.addPulses(widths, chn, pos);
         }
         SmpWriter(data).setSmpCount(samples);
-        data.finish(samples);
         SmpWriter(data).setTrgPos(trigger);
+        data.finish(samples); // from here on others may read
     }
 };

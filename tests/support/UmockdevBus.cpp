@@ -188,7 +188,6 @@ UmockdevBus::~UmockdevBus()
 }
 
 // ---- coming and going, on the bus's thread
-// ---------------------------------------------------------------------------
 
 void UmockdevBus::changed(int port, bool attached, unsigned generation)
 {
@@ -278,7 +277,6 @@ void UmockdevBus::leave(int port)
 }
 
 // ---- orders of the program
-// -------------------------------------------------------------------------------------------
 
 int UmockdevBus::handle(Node &node, unsigned long request, void *argument)
 {
@@ -416,7 +414,6 @@ void UmockdevBus::forgetClient(Node &node)
 }
 
 // ---- ends of transfers
-// -----------------------------------------------------------------------------------------------
 
 UmockdevBus::Node *UmockdevBus::nodeOf(int port, std::uint64_t key)
 {
