@@ -14,6 +14,23 @@
 using lux::detail::Leave;
 using lux::detail::MarkerStore;
 
+namespace {
+
+/// Whether the samples are in order and lie from 0 to below `end`. Without a branch for each.
+bool areRising(const std::int64_t *samples, std::size_t count, std::int64_t end)
+{
+    if (count == 0 || samples[count - 1] >= end)
+        return false;
+    auto signs = std::uint64_t(samples[0]);
+    for (std::size_t i = 1; i < count; ++i) {
+        const auto sample = std::uint64_t(samples[i]);
+        signs |= sample | (sample - std::uint64_t(samples[i - 1]));
+    }
+    return std::int64_t(signs) >= 0;
+}
+
+} // namespace
+
 // ---- what the runtime keeps -----------------------------------------------------------------------------------------
 
 AnalyzerResults::Private::Private() = default;
@@ -55,6 +72,12 @@ std::int64_t AnalyzerResults::Private::inside(std::int64_t sample)
         return sample;
     ++outside;
     return std::clamp<std::int64_t>(sample, 0, sampleCount - 1);
+}
+
+bool AnalyzerResults::Private::isTidy(const FrameData &frame) const
+{
+    return frame.firstSample >= frames.newestFirst() && frame.lastSample >= frame.firstSample &&
+           frame.lastSample < sampleCount;
 }
 
 FrameData AnalyzerResults::Private::tidied(const FrameData &frame)
@@ -263,7 +286,8 @@ void AnalyzerResults::AddFrame(const FrameData &frame)
 {
     m_private->leaveWhenAsked();
     try {
-        if (!m_private->frames.add(m_private->tidied(frame)))
+        lux::detail::FrameStore &frames = m_private->frames;
+        if (!(m_private->isTidy(frame) ? frames.add(frame) : frames.add(m_private->tidied(frame))))
             m_private->outOfMemory();
     } catch (const std::bad_alloc &) {
         m_private->outOfMemory();
@@ -318,10 +342,15 @@ void AnalyzerResults::AddMarkers(const Channel &channel, const std::int64_t *sam
     if (channel.channelIndex >= Private::channels)
         return; // of a line that is not connected
     MarkerStore &list = m_private->markersFor(channel.channelIndex);
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!list.add(m_private->inside(samples[i]), type))
-            m_private->outOfMemory();
+    bool isDone = true;
+    if (areRising(samples, count, m_private->sampleCount)) [[likely]] {
+        isDone = list.addRising(samples, count, type);
+    } else {
+        for (std::size_t i = 0; i < count && isDone; ++i)
+            isDone = list.add(m_private->inside(samples[i]), type);
     }
+    if (!isDone)
+        m_private->outOfMemory();
 }
 
 std::uint64_t AnalyzerResults::AddPayload(const std::uint8_t *bytes, std::size_t size)

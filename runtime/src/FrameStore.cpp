@@ -41,16 +41,6 @@ FrameStore::FrameStore(const MemoryBudget &budget) : m_frames(budget)
         level = std::make_unique<Level>(budget);
 }
 
-bool FrameStore::add(const FrameData &frame)
-{
-    if (!m_frames.append(frame))
-        return false;
-    m_newestFirst = frame.firstSample;
-    if (m_open.empty())
-        publish();
-    return true;
-}
-
 std::uint64_t FrameStore::open(std::int64_t firstSample)
 {
     FrameData frame;
@@ -104,15 +94,8 @@ void FrameStore::dropAll()
 void FrameStore::publish()
 {
     const std::uint64_t upTo = m_open.empty() ? m_frames.size() : m_open.front().index;
-    for (; m_published < upTo; ++m_published) {
-        if ((m_published & (fan - 1)) == 0)
-            beginGroups(m_published);
-        const std::int64_t last = m_frames[m_published].lastSample;
-        m_greatest = std::max(m_greatest, last);
-        m_levels[0]->openGreatest = std::max(m_levels[0]->openGreatest, last);
-        if ((m_published & (fan - 1)) == fan - 1)
-            endGroups(m_published);
-    }
+    while (m_published < upTo)
+        publishNext(m_frames[m_published].lastSample);
     m_count.store(upTo, std::memory_order_release);
 }
 

@@ -3,6 +3,7 @@
 #include "BlockList.h"
 #include "corvanlux/analyzer/AnalyzerTypes.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -24,7 +25,17 @@ public:
     // ---- the worker ------------------------------------------------------------------------------------------------
 
     /// The frame's first sample must be at or behind that of the frame before. @return false when memory is spent
-    [[nodiscard]] bool add(const FrameData &frame);
+    [[nodiscard]] bool add(const FrameData &frame)
+    {
+        if (!m_frames.append(frame))
+            return false;
+        m_newestFirst = frame.firstSample;
+        if (m_open.empty()) { // all before are published
+            publishNext(frame.lastSample);
+            m_count.store(m_published, std::memory_order_release);
+        }
+        return true;
+    }
     /// Adds a place that holds the publishing of itself and all behind it. @return its number, 0 when memory is spent
     [[nodiscard]] std::uint64_t open(std::int64_t firstSample);
     /// A number that is not open is passed over.
@@ -66,6 +77,18 @@ private:
     };
 
     void publish();
+    /// @param lastSample  of the first frame that is not published
+    void publishNext(std::int64_t lastSample)
+    {
+        const std::uint64_t index = m_published;
+        if ((index & (fan - 1)) == 0)
+            beginGroups(index);
+        m_greatest = std::max(m_greatest, lastSample);
+        m_levels[0]->openGreatest = std::max(m_levels[0]->openGreatest, lastSample);
+        if ((index & (fan - 1)) == fan - 1)
+            endGroups(index);
+        m_published = index + 1;
+    }
     void beginGroups(std::uint64_t index);
     void endGroups(std::uint64_t index);
     [[nodiscard]] std::vector<Place>::iterator placeOf(std::uint64_t number);

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace lux::detail {
@@ -20,37 +21,47 @@ class MarkerStore {
 public:
     explicit MarkerStore(const MemoryBudget &budget) : m_words(budget), m_heads(budget), m_wide(budget)
     {
-        m_held.reserve(mostHeld);
+        m_held.resize(mostHeld);
     }
 
     // ---- the worker ------------------------------------------------------------------------------------------------
 
-    /// Holds a marker back until publish().
-    /// @param sample    0 to 2^40 - 1
+    /// Holds markers back until publish().
+    /// @param samples   each 0 to 2^40 - 1; none before the one in front of it
     /// @return false when memory is spent
-    [[nodiscard]] bool add(std::int64_t sample, MarkerType type)
+    [[nodiscard]] bool addRising(const std::int64_t *samples, std::size_t count, MarkerType type)
     {
-        const std::uint64_t word = std::uint64_t(sample) << typeBits | (std::uint64_t(type) & typeMask);
-        m_isSorted = m_isSorted && word >> typeBits >= m_last;
-        m_last = word >> typeBits;
-        m_held.push_back(word);
-        return m_held.size() < mostHeld || publish();
+        while (count > 0) {
+            const std::size_t part = std::min(count, mostHeld - m_heldCount);
+            std::uint64_t *held = m_held.data() + m_heldCount;
+            for (std::size_t i = 0; i < part; ++i)
+                held[i] = std::uint64_t(samples[i]) << typeBits | (std::uint64_t(type) & typeMask);
+            m_isSorted = m_isSorted && std::uint64_t(samples[0]) >= m_last;
+            m_last = std::uint64_t(samples[part - 1]);
+            m_heldCount += part;
+            samples += part;
+            count -= part;
+            if (m_heldCount == mostHeld && !publish())
+                return false;
+        }
+        return true;
     }
+    [[nodiscard]] bool add(std::int64_t sample, MarkerType type) { return addRising(&sample, 1, type); }
     /// Sorts what is held back, and lets readers see it. @return false when memory is spent; the rest is lost then
     [[nodiscard]] bool publish()
     {
         if (!m_isSorted)
             putInOrder();
         bool isDone = true;
-        for (std::size_t from = 0; from < m_held.size() && isDone;) {
+        for (std::size_t from = 0; from < m_heldCount && isDone;) {
             const std::size_t room = groupSize - std::size_t(m_words.size() & (groupSize - 1));
-            const std::size_t count = std::min(room, m_held.size() - from);
+            const std::size_t count = std::min(room, m_heldCount - from);
             isDone = addToGroup(m_held.data() + from, count);
             from += count;
         }
-        if (!m_held.empty())
-            m_last = m_newest = m_held.back() >> typeBits;
-        m_held.clear();
+        if (m_heldCount > 0)
+            m_last = m_newest = m_held[m_heldCount - 1] >> typeBits;
+        m_heldCount = 0;
         m_isSorted = true;
         m_count.store(m_stored, std::memory_order_release);
         return isDone;
@@ -119,13 +130,14 @@ private:
     /// Small disorder is put right; what would come before published markers is moved up to the last of them.
     void putInOrder()
     {
-        for (std::uint64_t &word : m_held) {
+        const std::span held(m_held.data(), m_heldCount);
+        for (std::uint64_t &word : held) {
             if (word >> typeBits < m_newest) {
                 word = m_newest << typeBits | (word & typeMask);
                 ++m_disordered;
             }
         }
-        std::stable_sort(m_held.begin(), m_held.end(),
+        std::stable_sort(held.begin(), held.end(),
                          [](std::uint64_t a, std::uint64_t b) { return a >> typeBits < b >> typeBits; });
     }
     /// Stores words that have room in the last group.
@@ -171,11 +183,12 @@ private:
     BlockList<std::uint32_t, 12> m_words; ///< all markers, those of wide groups to no use
     BlockList<std::uint64_t, 8> m_heads;  ///< the sample of a group's first marker, or isWide and a place in m_wide
     BlockList<std::uint64_t, 10> m_wide;  ///< sample and type, 64 a group
-    std::vector<std::uint64_t> m_held;    ///< sample and type, not published yet
-    bool m_isSorted = true;               ///< what is held
-    std::uint64_t m_last = 0;             ///< the sample of the last one that was added
-    std::uint64_t m_newest = 0;           ///< that of the last published one
-    std::uint64_t m_stored = 0;           ///< the writer's own m_count
+    std::vector<std::uint64_t> m_held;    ///< sample and type, not published yet; room for mostHeld
+    std::size_t m_heldCount = 0;
+    bool m_isSorted = true;     ///< what is held
+    std::uint64_t m_last = 0;   ///< the sample of the last one that was added
+    std::uint64_t m_newest = 0; ///< that of the last published one
+    std::uint64_t m_stored = 0; ///< the writer's own m_count
     std::uint64_t m_disordered = 0;
     std::atomic<std::uint64_t> m_count{0};
 };

@@ -27,6 +27,8 @@ struct LUX_HIDDEN AnalyzerResults::Private {
     void attach(lux::detail::Run *newRun);
     /// After it: nothing stays open or held back.
     void finish();
+    /// In the order of time and within the capture, as it is.
+    [[nodiscard]] bool isTidy(const FrameData &frame) const;
     [[nodiscard]] FrameData tidied(const FrameData &frame);
     [[nodiscard]] std::int64_t inside(std::int64_t sample);
     [[noreturn]] void outOfMemory();

@@ -49,8 +49,7 @@ char *mappedInLargePages(std::size_t bytes)
 
 void *newSlab(std::size_t bytes)
 {
-    void *spare = bytes == slabBytes ? SlabReturns::instance().take() : nullptr;
-    if (spare != nullptr)
+    if (void *spare = SlabReturns::instance().take(bytes); spare != nullptr)
         return spare;
     if (bytes >= largePage)
         return mappedInLargePages(bytes);

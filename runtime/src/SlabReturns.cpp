@@ -24,12 +24,23 @@ SlabReturns::~SlabReturns()
         m_thread.join();
 }
 
-void *SlabReturns::take()
+void *SlabReturns::take(std::size_t bytes)
 {
     const std::lock_guard lock(m_mutex);
-    if (m_waiting != nullptr && m_waiting->bytes == slabBytes) // as good as a marked one, and not even marked
+    if (m_waiting != nullptr && m_waiting->bytes == bytes) // as good as a marked one, and not even marked
         return std::exchange(m_waiting, m_waiting->next);
-    return m_spareCount > 0 ? m_spare[--m_spareCount] : nullptr;
+    for (std::size_t i = m_spareCount; i > 0; --i) {
+        if (m_spare[i - 1].bytes == bytes) {
+            m_spareBytes -= bytes;
+            return std::exchange(m_spare[i - 1], m_spare[--m_spareCount]).slab;
+        }
+    }
+    return nullptr;
+}
+
+bool SlabReturns::hasRoomFor(std::size_t bytes) const
+{
+    return !m_ending && m_spareCount < most && m_spareBytes + bytes <= mostBytes;
 }
 
 void SlabReturns::free(void *slab, std::size_t bytes) noexcept
@@ -60,21 +71,23 @@ void SlabReturns::run()
             return;
         Waiting *slab = std::exchange(m_waiting, m_waiting->next);
         const std::size_t bytes = slab->bytes;
-        const bool isWanted = !m_ending && bytes == slabBytes && m_spareCount < most;
+        const bool isWanted = hasRoomFor(bytes);
         lock.unlock();
-        const bool isMarked = isWanted && mark(slab);
+        const bool isMarked = isWanted && mark(slab, bytes);
         if (!isMarked)
             munmap(slab, bytes);
         lock.lock();
-        if (isMarked) // only this thread adds
-            m_spare[m_spareCount++] = slab;
+        if (isMarked) { // only this thread adds
+            m_spare[m_spareCount++] = {slab, bytes};
+            m_spareBytes += bytes;
+        }
     }
 }
 
-bool SlabReturns::mark(Waiting *slab)
+bool SlabReturns::mark(Waiting *slab, std::size_t bytes)
 {
 #if defined(MADV_FREE)
-    return madvise(slab, slabBytes, MADV_FREE) == 0;
+    return madvise(slab, bytes, MADV_FREE) == 0;
 #else
     return false;
 #endif

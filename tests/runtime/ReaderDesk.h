@@ -40,6 +40,7 @@ public:
     lux::ChannelReader &readerOf(std::uint32_t channel) { return reader(Channel(0, channel)); }
     lux::ChannelReader &readerOfNone() { return reader(Channel()); }
     ScriptResults &out() { return results(); }
+    [[nodiscard]] std::int64_t rate() const { return sampleRate(); }
     void failWith(const std::string &text) { fail(text); }
     void tellThat(const std::string &text) { tell(text); }
     Script script;

@@ -33,6 +33,7 @@ private slots:
     void wordsThatAreNoPayloadGiveNothing();
     void textsAndValuesComeFromOneDescription();
     void aFrameThatDoesNotExistIsEmptyEverywhere();
+    void theFirstFaultOfATextIsKept();
     void aFrameTakesAtMost48BytesAndAMarker24();
     void memoryOfEarlierResultsHoldsLaterOnes();
 };
@@ -184,9 +185,11 @@ void TstAnalyzerResults::anOpenFrameHoldsBackWhatFollowsUntilItIsFilled()
         QCOMPARE(out.frameCount(), std::uint64_t(4));
         out.fill(outer, frameOf(0, 99, 9)); // no longer open
         out.add(frameOf(40, 41, 5));
+        out.fill(out.open(50), frameOf(0, 45, 6)); // it cannot end before it begins
     });
-    QCOMPARE(desk->results().GetNumFrames(), std::uint64_t(5));
-    for (std::uint64_t i = 0; i < 5; ++i)
+    QCOMPARE(desk->results().GetNumFrames(), std::uint64_t(6));
+    QCOMPARE(desk->results().GetFrame(5).lastSample, 50);
+    for (std::uint64_t i = 0; i < 6; ++i)
         QCOMPARE(desk->results().GetFrame(i).data, i + 1);
     QCOMPARE(desk->results().GetFrame(1).firstSample, 10);
     QCOMPARE(desk->results().GetFrame(1).lastSample, 30);
@@ -385,6 +388,19 @@ void TstAnalyzerResults::aFrameThatDoesNotExistIsEmptyEverywhere()
     QCOMPARE(desk->frame(5).summary(), std::string());
     QVERIFY(desk->bubble(0, Channel(0, 0), DisplayBase::Binary).empty());
     QCOMPARE(desk->results().GetMarker(Channel(0, 0), 3).sample, std::uint64_t(0));
+}
+
+void TstAnalyzerResults::theFirstFaultOfATextIsKept()
+{
+    const auto desk = withResults([](ScriptResults &out) { out.add(frameOf(10, 20)); });
+    AnalyzerResults &results = desk->results();
+    char text[6] = "text";
+    QCOMPARE(results.GetTextFault(text, sizeof text), std::size_t(0));
+    QCOMPARE(std::string(text), std::string());
+    results.KeepTextFault("number");
+    results.KeepTextFault("another");
+    QCOMPARE(results.GetTextFault(text, sizeof text), std::size_t(6));
+    QCOMPARE(std::string(text), std::string("numbe"));
 }
 
 void TstAnalyzerResults::aFrameTakesAtMost48BytesAndAMarker24()

@@ -18,8 +18,10 @@ private slots:
     void settingsThatGoNotTogetherFailTheRunWithTheirSentence();
     void aStopIsHeardByALoopThatOnlyReadsLevels();
     void aStopIsHeardByALoopThatOnlyAddsFrames();
+    void aStopIsHeardByALoopThatOnlyTakesEdges();
     void aRunCanBeRepeatedOnTheSameInstance();
     void aDecoderThatOverridesRunWorkerItselfEndsTheSameWay();
+    void aNewRunDropsTheResultsOfADecoderThatMakesNone();
     void progressRisesToOne();
     void remarksOfTheDecoderAreKept();
     void anEmptyCaptureEndsAtTheFirstRead();
@@ -153,6 +155,23 @@ void TstAnalyzerRun::aStopIsHeardByALoopThatOnlyAddsFrames()
     QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Stopped);
 }
 
+void TstAnalyzerRun::aStopIsHeardByALoopThatOnlyTakesEdges()
+{
+    constexpr std::int64_t count = 3 * SmpEdgeLeaf::capacity;
+    TestCapture capture(1000000, count * 2 + 10);
+    capture.channel(0, false, dense(count));
+    int edges = 0;
+    const auto desk = decode(capture, [&edges](ScriptDecoder &decoder) {
+        for (;;) {
+            decoder.readerOf(0).nextEdge();
+            if (++edges == 10)
+                decoder.StopWorkerThread();
+        }
+    });
+    QVERIFY(edges <= SmpEdgeLeaf::capacity); // where it passes on to the next block
+    QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Stopped);
+}
+
 void TstAnalyzerRun::aRunCanBeRepeatedOnTheSameInstance()
 {
     TestCapture capture(1000000, 1000);
@@ -187,7 +206,11 @@ public:
     std::uint32_t NeededSampleRate() override { return 0; }
     const char *AnalyzerName() const override { return "Plain"; }
     bool NeedsRestart() override { return false; }
+    void makeResults() { SetAnalyzerResults(new readerDesk::ScriptResults(m_settings)); }
     int edges = 0;
+
+private:
+    readerDesk::ScriptSettings m_settings;
 };
 
 } // namespace
@@ -209,6 +232,17 @@ void TstAnalyzerRun::aDecoderThatOverridesRunWorkerItselfEndsTheSameWay()
     QCOMPARE(analyzer.GetDecodeStatus(), DecodeStatus::Complete);
     AnalyzerResults *results = nullptr;
     QVERIFY(!analyzer.GetAnalyzerResults(&results));
+}
+
+void TstAnalyzerRun::aNewRunDropsTheResultsOfADecoderThatMakesNone()
+{
+    PlainAnalyzer analyzer;
+    analyzer.makeResults();
+    AnalyzerResults *results = nullptr;
+    QVERIFY(analyzer.GetAnalyzerResults(&results) && results != nullptr);
+    analyzer.SetupResults();
+    QVERIFY(!analyzer.GetAnalyzerResults(&results));
+    QVERIFY(results == nullptr);
 }
 
 void TstAnalyzerRun::progressRisesToOne()

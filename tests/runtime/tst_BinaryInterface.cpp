@@ -15,8 +15,16 @@ class TstBinaryInterface : public QObject {
 private slots:
     void theLibraryExportsWhatTheListSays();
     void theTablesAreInTheirOrder();
+    void theEnumerationsHaveTheirValues();
     void theLibrarysNameHasTheVersionOfTheHeader();
 };
+
+// Opaque pointers beside the table: of a class one, of an interface's subclass another one.
+static_assert(sizeof(AnalyzerSettingInterfaceChannel) == 3 * sizeof(void *));
+static_assert(sizeof(AnalyzerSettingInterfaceNumberList) == 3 * sizeof(void *));
+static_assert(sizeof(AnalyzerSettingInterfaceInteger) == 3 * sizeof(void *));
+static_assert(sizeof(AnalyzerSettingInterfaceText) == 3 * sizeof(void *));
+static_assert(sizeof(AnalyzerSettingInterfaceBool) == 3 * sizeof(void *));
 
 #ifdef __linux__
 namespace {
@@ -90,6 +98,25 @@ void TstBinaryInterface::theTablesAreInTheirOrder()
 #else
     QSKIP("looks into pointers to virtual operations as Linux's compilers make them");
 #endif
+}
+
+void TstBinaryInterface::theEnumerationsHaveTheirValues()
+{
+    QCOMPARE(int(AnalyzerInterfaceTypeId::Channel), 1);
+    QCOMPARE(int(AnalyzerInterfaceTypeId::NumberList), 2);
+    QCOMPARE(int(AnalyzerInterfaceTypeId::Integer), 3);
+    QCOMPARE(int(AnalyzerInterfaceTypeId::Text), 4);
+    QCOMPARE(int(AnalyzerInterfaceTypeId::Bool), 5);
+    QCOMPARE(int(DisplayBase::Binary), 0);
+    QCOMPARE(int(DisplayBase::Decimal), 1);
+    QCOMPARE(int(DisplayBase::Hexadecimal), 2);
+    QCOMPARE(int(DisplayBase::Ascii), 3);
+    QCOMPARE(int(DisplayBase::AsciiHex), 4);
+    QCOMPARE(int(BitState::Low), 0);
+    QCOMPARE(int(MarkerType::Dot), 0);
+    QCOMPARE(int(MarkerType::Zero), 11);
+    QCOMPARE(int(DecodeStatus::Failed), 5);
+    QCOMPARE(int(FrameValueType::Hex), 4);
 }
 
 void TstBinaryInterface::theLibrarysNameHasTheVersionOfTheHeader()

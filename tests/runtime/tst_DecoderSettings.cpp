@@ -30,6 +30,16 @@ protected:
     [[nodiscard]] std::string check() const override { return baudrate == 13 ? "Thirteen is no rate." : ""; }
 };
 
+/// Two lines that may be one and the same.
+class SharingSettings : public lux::Settings {
+public:
+    lux::ChannelSetting select{*this, "select", "Select", ""};
+    lux::ChannelSetting enable{*this, "enable", "Enable", ""};
+
+protected:
+    [[nodiscard]] bool channelsMayBeShared() const override { return true; }
+};
+
 template<class Face>
 Face &faceOf(const lux::Settings &settings, const std::string &key)
 {
@@ -49,6 +59,7 @@ private slots:
     void interfacesAreMadeFromTheMembersChannelsFirst();
     void editedValuesCountOnlyOnceTheyAreApplied();
     void whatIsRefusedIsToldAndChangesNothing();
+    void aDecoderMayAllowOneChannelForTwoSettings();
     void storedValuesThatGoNotTogetherAreTold();
     void aTextGivesTheSameSettingsAgain();
     void storedTextsHoldNoSeparatorOfTheConfiguration();
@@ -128,6 +139,17 @@ void TstDecoderSettings::whatIsRefusedIsToldAndChangesNothing()
     QCOMPARE(std::string(settings.GetSaveErrorMessage()), std::string());
 }
 
+void TstDecoderSettings::aDecoderMayAllowOneChannelForTwoSettings()
+{
+    SharingSettings settings;
+    faceOf<AnalyzerSettingInterfaceChannel>(settings, "select").SetChannel(Channel(0, 4));
+    QVERIFY(!settings.ApplyInterfaces()); // but both must be there
+    faceOf<AnalyzerSettingInterfaceChannel>(settings, "enable").SetChannel(Channel(0, 4));
+    QVERIFY(settings.ApplyInterfaces());
+    QCOMPARE(settings.enable.value().channelIndex, settings.select.value().channelIndex);
+    QCOMPARE(settings.problem(), std::string());
+}
+
 void TstDecoderSettings::storedValuesThatGoNotTogetherAreTold()
 {
     SampleSettings settings;
@@ -146,6 +168,10 @@ void TstDecoderSettings::storedValuesThatGoNotTogetherAreTold()
 
 void TstDecoderSettings::aTextGivesTheSameSettingsAgain()
 {
+    SampleSettings brief;
+    brief.LoadText("rx=1,baudrate=9600");
+    QCOMPARE(std::string(brief.GetSettingBrief()), std::string(brief.SaveText()));
+    QCOMPARE(std::string(brief.SaveText()), std::string(brief.SaveText()));
     SampleSettings settings;
     settings.LoadText("baudrate=115200,rx=7,tx=0,parity=odd,note=x%2Cy%3Bz%25%C3%A9,inverted=true");
     SampleSettings other;
@@ -239,6 +265,9 @@ void TstDecoderSettings::theUndefinedChannelIsReadBackAndIsNoRealOne()
     face.SetChannel(Channel(0, 3));
     face.SetChannel(Channel(std::uint64_t(-1), std::uint32_t(-1)));
     QCOMPARE(face.GetChannel().channelIndex, std::uint32_t(-1));
+    QCOMPARE(face.GetChannel().deviceId, std::uint64_t(-1));
+    face.SetChannel(Channel(0, std::uint32_t(-1))); // the index alone tells
+    QCOMPARE(face.GetChannel().deviceId, std::uint64_t(-1));
     QVERIFY(!face.GetChannel().isDefined());
     for (std::uint32_t real = 0; real < 64; ++real)
         QVERIFY(face.GetChannel().channelIndex != real);

@@ -18,6 +18,7 @@ private slots:
     void aChannelThatIsNotThereTakesPartAsALowOne();
     void aMoveTellsWhoseLevelChanged();
     void theLastEdgeOfAllLeavesTheDecode();
+    void aGroupOfNoChannelLeavesTheDecode();
 };
 
 void TstEdgeGroup::edgesOfAllLinesComeInTheOrderOfTime()
@@ -97,6 +98,20 @@ void TstEdgeGroup::theLastEdgeOfAllLeavesTheDecode()
             group.nextEdge();
     });
     QCOMPARE(edges, 2);
+    QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Complete);
+}
+
+void TstEdgeGroup::aGroupOfNoChannelLeavesTheDecode()
+{
+    TestCapture capture(1000000, 1000);
+    int edges = 0;
+    const auto desk = decode(capture, [&edges](ScriptDecoder & /*decoder*/) {
+        EdgeGroup group(std::span<ChannelReader *const>{});
+        QVERIFY(!group.hasEdge());
+        for (; edges < 10; ++edges)
+            group.nextEdge();
+    });
+    QCOMPARE(edges, 0);
     QCOMPARE(desk->analyzer->GetDecodeStatus(), DecodeStatus::Complete);
 }
 

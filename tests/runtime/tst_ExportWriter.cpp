@@ -50,6 +50,7 @@ private:
 std::atomic<bool> settingsLive{false};
 std::atomic<bool> exportRuns{false};
 std::atomic<bool> exportOutlivedSettings{false};
+std::atomic<bool> exportOutlivedResults{false};
 std::atomic<bool> resultsOutlivedSettings{false};
 
 class MortalSettings : public lux::Settings {
@@ -66,7 +67,11 @@ public:
     explicit MortalResults(const MortalSettings & /*settings*/) {}
     MortalResults(const MortalResults &) = delete;
     MortalResults &operator=(const MortalResults &) = delete;
-    ~MortalResults() override { resultsOutlivedSettings = !settingsLive; }
+    ~MortalResults() override
+    {
+        resultsOutlivedSettings = !settingsLive;
+        exportOutlivedResults = exportRuns.load();
+    }
 
 protected:
     void describe(const FrameData & /*frame*/, lux::FrameText & /*out*/) const override {}
@@ -74,7 +79,11 @@ protected:
     void exportFile(lux::ExportWriter &out, std::uint32_t /*optionId*/) const override
     {
         const struct AtEnd {
-            ~AtEnd() { exportOutlivedSettings = !settingsLive; }
+            ~AtEnd()
+            {
+                exportOutlivedSettings = !settingsLive;
+                exportRuns = false;
+            }
         } atEnd;
         exportRuns = true;
         for (;;)
@@ -105,6 +114,7 @@ private slots:
     void aFullDiskIsToldAsFailed();
     void anExceptionOfTheDecoderIsToldAsFailed();
     void theLibrarysThreadWritesTheFile();
+    void anExportThatTellsNoProgressIsWholeAtItsEnd();
     void anExceptionThatIsNoneOfTheStandardsIsToldByTheLibrarysThread();
     void theResultsOfADecoderGoBeforeItsSettings();
 
@@ -279,6 +289,35 @@ void TstExportWriter::theLibrarysThreadWritesTheFile()
     results.CancelExport();
     QTRY_COMPARE(results.GetProgress(), 1.0);
     QVERIFY(!QFile::exists(path("endless")));
+
+    go = true; // and the one behind a cancelled one
+    results.StartExportThread(path("again").toLocal8Bit().constData(), DisplayBase::Decimal, 0);
+    QTRY_COMPARE(results.GetProgress(), 1.0);
+    QVERIFY(QFile::exists(path("again")));
+}
+
+namespace {
+
+/// Written to the plain interface: it knows nothing of the library's progress.
+class PlainResults final : public AnalyzerResults {
+public:
+    void BuildBubbleText(std::uint64_t, Channel &, DisplayBase) override {}
+    void BuildExportFile(const char *, DisplayBase, std::uint32_t) override { ++written; }
+    void BuildTabularText(std::uint64_t, DisplayBase) override {}
+    void BuildMessageText(std::uint64_t, DisplayBase) override {}
+    void BuildGroupText(std::uint64_t, DisplayBase) override {}
+    std::atomic<int> written{0};
+};
+
+} // namespace
+
+void TstExportWriter::anExportThatTellsNoProgressIsWholeAtItsEnd()
+{
+    PlainResults results;
+    results.StartExportThread(path("plain").toLocal8Bit().constData(), DisplayBase::Decimal, 0);
+    QTRY_COMPARE(results.GetProgress(), 1.0);
+    QCOMPARE(results.written.load(), 1);
+    results.StartExportThread(nullptr, DisplayBase::Decimal, 0); // waits for the thread
 }
 
 void TstExportWriter::anExceptionThatIsNoneOfTheStandardsIsToldByTheLibrarysThread()
@@ -304,6 +343,7 @@ void TstExportWriter::theResultsOfADecoderGoBeforeItsSettings()
     decoder.reset();
     QVERIFY(!settingsLive);
     QVERIFY(!exportOutlivedSettings);
+    QVERIFY(!exportOutlivedResults);
     QVERIFY(!resultsOutlivedSettings);
 }
 

@@ -43,8 +43,11 @@ private slots:
     void aRunLongerThanAWidthIsCutAndGoesOn();
     void positionsBeyond32BitsStayExact();
     void theUndefinedChannelIsDrivenUnseen();
+    void aLineThatComesLateBeginsWithItsBlock();
     void theSequenceOfRandomNumbersIsTheSameEachTime();
     void aDecoderIsAskedUntilItsSignalIsLongEnough();
+    void aDecoderBeginsAnewForAnotherCapture();
+    void aDecoderIsToldTheRateOfTheSimulation();
     void aDecoderWithoutSimulationHandsOutNothing();
     void anElementWithoutEndIsLeftByUnwinding_data();
     void anElementWithoutEndIsLeftByUnwinding();
@@ -170,6 +173,20 @@ void TstSimulation::theUndefinedChannelIsDrivenUnseen()
     QCOMPARE(&simulation.line(Channel(), false), &hidden);
 }
 
+void TstSimulation::aLineThatComesLateBeginsWithItsBlock()
+{
+    Simulation simulation(1000);
+    simulation.hold(10);
+    (void)take(simulation, 10);
+    SimulationLine &line = simulation.line(Channel(0, 2), false);
+    simulation.hold(3);
+    line.set(true);
+    simulation.hold(20);
+    const Block block = take(simulation, 20);
+    QCOMPARE(block.widths, (Widths{3, 7}));
+    QCOMPARE(block.current, true);
+}
+
 void TstSimulation::theSequenceOfRandomNumbersIsTheSameEachTime()
 {
     Simulation one(1000);
@@ -223,6 +240,44 @@ void TstSimulation::aDecoderIsAskedUntilItsSignalIsLongEnough()
         for (int i = 0; i < 2000; ++i)
             QCOMPARE(leaf.position(i), std::int64_t((i + 1) / 2 * 7 + (i % 2 == 0 ? 3 : 0)));
     }
+}
+
+void TstSimulation::aDecoderBeginsAnewForAnotherCapture()
+{
+    Blinker blinker(true);
+    blinker.GetAnalyzerSettings()->LoadText("a=3");
+    std::int64_t rate = 1000;
+    blinker.Init(nullptr, reinterpret_cast<ConditionManager *>(&rate), nullptr);
+    const auto widths = [&blinker](std::int64_t newest, std::uint32_t hz) {
+        SimulationChannelDescriptor *channels = nullptr;
+        if (blinker.BuildSimulation(newest, hz, &channels) != 1)
+            return Widths{};
+        return Widths{channels[0].GetData()->begin, channels[0].GetData()->end};
+    };
+    const Widths first = widths(20, 1000);
+    QCOMPARE(std::accumulate(first.begin(), first.end(), 0U), 20U);
+    const Widths next = widths(30, 1000);
+    QCOMPARE(std::accumulate(next.begin(), next.end(), 0U), 10U);
+    QCOMPARE(widths(20, 1000), first); // not behind the last one
+    QCOMPARE(widths(20, 1000), first);
+    const Widths other = widths(30, 2000); // another rate
+    QCOMPARE(std::accumulate(other.begin(), other.end(), 0U), 30U);
+}
+
+/// Which stands where a decode has a condition.
+void TstSimulation::aDecoderIsToldTheRateOfTheSimulation()
+{
+    readerDesk::ScriptDecoder decoder([](readerDesk::ScriptDecoder & /*decoder*/) {});
+    std::int64_t rate = 12345;
+    decoder.Init(nullptr, reinterpret_cast<ConditionManager *>(&rate), nullptr);
+    QCOMPARE(decoder.rate(), 12345);
+    rate = 54321;
+    QCOMPARE(decoder.rate(), 54321);
+    DeviceCollection device;
+    device.smpFrequ = 1000;
+    decoder.Init(&device, nullptr, nullptr);
+    decoder.InitialWorkerThread();
+    QCOMPARE(decoder.rate(), 1000);
 }
 
 void TstSimulation::aDecoderWithoutSimulationHandsOutNothing()

@@ -39,8 +39,8 @@ public:
     }
     void showBubblesOn(const Channel &channel) { ShowBubblesOn(channel); }
 
-    // ---- reading; any thread
-    // -----------------------------------------------------------------------------------------
+    // ---- reading
+    // Any thread.
 
     [[nodiscard]] std::span<const std::uint8_t> bytes(std::uint64_t payload) const
     {

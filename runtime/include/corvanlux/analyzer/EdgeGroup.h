@@ -44,6 +44,8 @@ public:
     Sample nextEdge()
     {
         const Sample nearest = peekEdge();
+        if (m_count == 0) [[unlikely]]
+            leaveWithoutReaders();
         m_changed = 0;
         for (std::size_t i = 0; i < m_count; ++i) {
             ChannelReader &reader = *m_readers[i];
@@ -76,6 +78,12 @@ public:
     }
 
 private:
+    LUX_COLD [[noreturn]] static void leaveWithoutReaders()
+    {
+        detail::RunControl nobodys;
+        detail::leaveDecode(nobodys);
+    }
+
     ChannelReader *m_readers[most] = {};
     std::size_t m_count = 0;
     std::uint64_t m_changed = 0;
