@@ -21,8 +21,9 @@ public:
 
     CanTiming() = default;
     /// @param sampleRate  Hz @param bitRate  bits/s @param samplePoint  thousandths of a bit, 1 to 999
-    /// @param jumpWidth  thousandths of a bit
-    CanTiming(std::int64_t sampleRate, std::int64_t bitRate, std::int64_t samplePoint, std::int64_t jumpWidth)
+    /// @param jumpWidth  thousandths of a bit @param switchPoint  where nodes change the rate, their sample point
+    CanTiming(std::int64_t sampleRate, std::int64_t bitRate, std::int64_t samplePoint, std::int64_t jumpWidth,
+              std::int64_t switchPoint)
     {
         constexpr std::int64_t parts = 1000;
         for (std::size_t i = 0; i < mostBits; ++i) {
@@ -31,17 +32,21 @@ public:
             m_look[i] = ((bit * parts + samplePoint) * sampleRate << fractionBits) / (bitRate * parts);
         }
         m_jumpWidth = (jumpWidth * sampleRate << fractionBits) / (bitRate * parts);
+        m_switch = (switchPoint * sampleRate << fractionBits) / (bitRate * parts);
     }
     [[nodiscard]] CanTime start(unsigned bit) const { return m_start[bit % mostBits]; }
     [[nodiscard]] CanTime look(unsigned bit) const { return m_look[bit % mostBits]; }
     [[nodiscard]] CanTime bit() const { return m_start[1]; }
     /// The most that one resynchronisation moves the bits.
     [[nodiscard]] CanTime jumpWidth() const { return m_jumpWidth; }
+    /// From the begin of a bit in which the rate changes to that change.
+    [[nodiscard]] CanTime switchPoint() const { return m_switch; }
 
 private:
     std::array<CanTime, mostBits> m_start{};
     std::array<CanTime, mostBits> m_look{};
     CanTime m_jumpWidth = 0;
+    CanTime m_switch = 0;
 };
 
 /// How the bits of a line are found.
@@ -88,12 +93,12 @@ public:
     /// @return false when the capture ends within the bit
     bool nextOfOther(CanTime at, bool &recessive)
     {
-        recessive = !isDominantAt(sampleAt(at));
         const CanTime middle = m_sync + m_timing->look(m_bit);
         const CanTime end = m_sync + m_timing->start(m_bit + 1);
-        if (sampleAt(end) >= m_reader.sampleCount()) {
+        if (sampleAt(std::max(at, end)) >= m_reader.sampleCount()) {
             return false;
         }
+        recessive = !isDominantAt(sampleAt(at));
         m_look = sampleAt(at);
         m_wasRecessive = true;
         while (m_wasRecessive && timeOf(m_reader.peekEdge()) < end) {
@@ -120,7 +125,7 @@ public:
         const lux::Sample look = sampleAt(m_sync + m_timing->look(m_bit + bits - 1));
         return m_wasRecessive && !isDominant() && look < m_reader.peekEdge();
     }
-    /// The bit rate changes in the sample point of the last bit (11.3.1.1).
+    /// The bit rate changes in the last bit, in the sample point of the nodes (11.3.1.1), wherever it was looked at.
     void switchToData() { switchTo(m_times->data); }
     void switchToNominal() { switchTo(m_times->nominal); }
     [[nodiscard]] CanTime bitTime() const { return m_timing->bit(); }
@@ -161,9 +166,9 @@ private:
     }
     void switchTo(const CanTiming &timing)
     {
-        const CanTime look = m_sync + m_timing->look(m_bit - 1);
+        const CanTime change = m_sync + m_timing->start(m_bit - 1) + m_timing->switchPoint();
         m_timing = &timing;
-        m_sync = look - timing.look(0);
+        m_sync = change - timing.switchPoint();
         m_bit = 1;
     }
 

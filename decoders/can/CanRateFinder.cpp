@@ -87,20 +87,24 @@ std::int64_t CanRateFinder::findDataRate(std::int64_t rate) const
     }
     std::int64_t best = 0;
     int most = 0;
-    for (const std::int64_t dataRate : candidates) {
+    const auto consider = [&](std::int64_t dataRate) {
         if (dataRate < rate || m_sampleRate < leastSamplesPerBit * dataRate) {
-            continue;
+            return;
         }
         const int sound = tryRates(rate, dataRate).sound;
         if (sound > most) {
             most = sound;
             best = dataRate;
         }
+    };
+    std::for_each(candidates.begin(), candidates.end(), consider);
+    const std::int64_t measured = measuredDataRate(rate);
+    if (best == 0 || std::abs(double(measured - best)) >= usualWithin * double(best)) {
+        consider(measured);
     }
     return best;
 }
 
-/// From the width of the shortest pulses that are there often: one bit, as the bits of a check differ enough.
 std::int64_t CanRateFinder::measuredRate() const
 {
     ChannelReader line(m_line);
@@ -110,6 +114,43 @@ std::int64_t CanRateFinder::measuredRate() const
         const Sample from = line.nextEdge();
         widths.push_back(line.peekEdge() - from);
     }
+    return rateOf(widths);
+}
+
+/// From what lies between the first and the last pulse of a frame that are shorter than a nominal bit: these belong to
+/// the data, or to the bits within which the rate changes, and these two are left out.
+std::int64_t CanRateFinder::measuredDataRate(std::int64_t rate) const
+{
+    const Sample bit = m_sampleRate / rate;
+    const Sample idle = idleBits * m_sampleRate / rate;
+    ChannelReader line(m_line);
+    line.seek(0);
+    std::vector<Sample> widths;
+    std::vector<Sample> ofFrame;
+    std::size_t behindShort = 0; ///< of the frame's pulses so many are up to the last short one
+    for (std::int64_t edges = 0; edges < mostEdges && line.edgesLeft() > 1; ++edges) {
+        const Sample from = line.nextEdge();
+        const Sample width = line.peekEdge() - from;
+        if (width >= idle) {
+            if (behindShort > 2) {
+                widths.insert(widths.end(), ofFrame.begin() + 1, ofFrame.begin() + std::ptrdiff_t(behindShort) - 1);
+            }
+            ofFrame.clear();
+            behindShort = 0;
+            continue;
+        }
+        const bool isShort = 10 * width < 9 * bit;
+        if (isShort || !ofFrame.empty()) {
+            ofFrame.push_back(width);
+            behindShort = isShort ? ofFrame.size() : behindShort;
+        }
+    }
+    return rateOf(widths);
+}
+
+/// From the width of the shortest that are there often: one bit, as the bits of a check differ enough.
+std::int64_t CanRateFinder::rateOf(std::vector<Sample> &widths) const
+{
     if (widths.empty()) {
         return 0;
     }

@@ -35,6 +35,9 @@ private:
 
     [[nodiscard]] Score tryRates(std::int64_t rate, std::int64_t dataRate) const;
     [[nodiscard]] std::int64_t measuredRate() const;
+    [[nodiscard]] std::int64_t measuredDataRate(std::int64_t rate) const;
+    /// Of pulses that are whole bits. @param widths  are put in order
+    [[nodiscard]] std::int64_t rateOf(std::vector<lux::Sample> &widths) const;
 
     const lux::ChannelReader &m_line;
     std::int64_t m_sampleRate;

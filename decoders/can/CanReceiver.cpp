@@ -76,7 +76,6 @@ bool CanReceiver::bits(unsigned count, std::uint32_t &value)
 }
 
 // ---- fields, in the order of 10.4.2
-// -----------------------------------------------------------------------------------
 
 bool CanReceiver::startOfFrame()
 {
@@ -305,7 +304,9 @@ bool CanReceiver::acknowledgeSlot(bool &recessive)
     if (!m_isFitted) {
         return look(recessive, false);
     }
-    constexpr CanTime early = CanTime(3) << (CanTiming::fractionBits - 2);
+    // With two samples a bit an edge that is a sample late would be taken for one that is in time.
+    constexpr CanTime coarse = CanTime(9) << (CanTiming::fractionBits - 2);
+    const CanTime early = m_line.bitTime() <= coarse ? CanTime(3) << (CanTiming::fractionBits - 2) : 0;
     if (!m_line.nextOfOther(followedEnd() + m_line.bitTime() / 2 - early, recessive)) {
         return fail(CanFault::CaptureEnd);
     }

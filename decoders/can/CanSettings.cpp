@@ -44,8 +44,8 @@ CanBitTimes CanSettings::bitTimes(const CanRates &rates) const
 {
     const std::int64_t point = samplePointThousandths();
     const std::int64_t jump = thousand - point; // as much as phase segment 2 is long (11.3.1.3)
-    return {.nominal = CanTiming(rates.sample, rates.nominal, point, jump),
-            .data = CanTiming(rates.sample, rates.data, point, jump),
+    return {.nominal = CanTiming(rates.sample, rates.nominal, point, jump, point),
+            .data = CanTiming(rates.sample, rates.data, point, jump, point),
             .dominantHigh = invert};
 }
 
@@ -69,11 +69,11 @@ std::vector<CanBitTimes> CanSettings::lookTimes(const CanRates &rates) const
         for (const std::int64_t side : {-1, 1}) {
             const auto timing = [&](std::int64_t rate) {
                 const std::int64_t halfSample = thousand / 2 * rate / rates.sample;
-                return CanTiming(rates.sample, rate, thousand / 2 + side * halfSample, jump);
+                return CanTiming(rates.sample, rate, thousand / 2 + side * halfSample, jump, samplePointThousandths());
             };
             times.push_back({.nominal = timing(rates.nominal), .data = timing(rates.data), .dominantHigh = invert});
             if (isCoarse) {
-                times.back().fitted = CanTiming(rates.sample, rates.nominal, thousand / 2, thousand / 2);
+                times.back().fitted = CanTiming(rates.sample, rates.nominal, thousand / 2, thousand / 2, thousand / 2);
             }
         }
     }

@@ -16,6 +16,9 @@ constexpr std::uint32_t noAcknowledgeEvery = 29;
 constexpr std::uint32_t stuffErrorEvery = 37;
 constexpr std::uint32_t formErrorEvery = 53;
 constexpr std::uint32_t overloadEvery = 47;
+constexpr std::uint32_t fixedStuffErrorEvery = 35; ///< where it is a frame of CAN FD
+constexpr std::uint32_t crcDelimiterEvery = 59;
+constexpr std::uint32_t ackDelimiterEvery = 61;
 constexpr std::uint32_t pauseEvery = 8;
 
 constexpr std::int64_t simulatedRate = 500000;
@@ -121,6 +124,11 @@ CanEncoder::CanEncoder(const CanFrame &frame, CanMishap mishap)
     for (unsigned i = 0; i < frame.length; ++i) {
         add(frame.data[i], 8);
     }
+    if (mishap == CanMishap::FixedStuffError) {
+        plain(m_last);
+        flag();
+        return;
+    }
     if (frame.fd) {
         checkOfFd(frame, mishap);
     } else {
@@ -181,11 +189,20 @@ void CanEncoder::checkOfFd(const CanFrame &frame, CanMishap mishap)
 void CanEncoder::tail(CanMishap mishap)
 {
     constexpr unsigned intermission = 3;
-    plain(true); // CRC delimiter
+    plain(mishap != CanMishap::CrcDelimiter);
     if (m_isFast) {
         switchRate();
     }
+    if (mishap == CanMishap::CrcDelimiter) {
+        flag();
+        return;
+    }
     plain(mishap == CanMishap::NoAcknowledge);
+    if (mishap == CanMishap::AckDelimiter) {
+        plain(false);
+        flag();
+        return;
+    }
     plain(true); // ACK delimiter
     const unsigned good = mishap == CanMishap::FormError ? 2 : can::endOfFrameBits;
     for (unsigned i = 0; i < good; ++i) {
@@ -231,12 +248,15 @@ CanSimulated CanSimulated::of(std::uint32_t number, bool maySwitchRate)
     for (unsigned i = 0; i < frame.length; ++i) {
         frame.data[i] = std::uint8_t((random & 8U) != 0 ? mixed(random + i) : number + i);
     }
-    made.mishap = isOneOf(number, wrongCrcEvery)        ? CanMishap::WrongCrc
-                  : isOneOf(number, noAcknowledgeEvery) ? CanMishap::NoAcknowledge
-                  : isOneOf(number, stuffErrorEvery)    ? CanMishap::StuffError
-                  : isOneOf(number, formErrorEvery)     ? CanMishap::FormError
-                  : isOneOf(number, overloadEvery)      ? CanMishap::Overload
-                                                        : CanMishap::None;
+    made.mishap = isOneOf(number, wrongCrcEvery)                      ? CanMishap::WrongCrc
+                  : isOneOf(number, noAcknowledgeEvery)               ? CanMishap::NoAcknowledge
+                  : isOneOf(number, stuffErrorEvery)                  ? CanMishap::StuffError
+                  : isOneOf(number, formErrorEvery)                   ? CanMishap::FormError
+                  : isOneOf(number, overloadEvery)                    ? CanMishap::Overload
+                  : isOneOf(number, crcDelimiterEvery)                ? CanMishap::CrcDelimiter
+                  : isOneOf(number, ackDelimiterEvery)                ? CanMishap::AckDelimiter
+                  : frame.fd && isOneOf(number, fixedStuffErrorEvery) ? CanMishap::FixedStuffError
+                                                                      : CanMishap::None;
     return made;
 }
 

@@ -5,7 +5,17 @@
 #include <cstdint>
 
 /// What goes wrong with a frame of the simulation.
-enum class CanMishap : std::uint8_t { None, WrongCrc, NoAcknowledge, StuffError, FormError, Overload };
+enum class CanMishap : std::uint8_t {
+    None,
+    WrongCrc,
+    NoAcknowledge,
+    StuffError,
+    FixedStuffError, ///< of CAN FD
+    CrcDelimiter,
+    AckDelimiter,
+    FormError, ///< in the end of frame
+    Overload,
+};
 
 /// One frame of the simulation: all kinds in turn, with identifiers and data that change.
 struct CanSimulated {

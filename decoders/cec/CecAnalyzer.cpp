@@ -56,16 +56,11 @@ void CecAnalyzer::decode()
     m_look = lux::samplesIn(look, rate);
     m_usualBit = lux::samplesIn(usualBit, rate);
     m_leastErrorLow = lux::samplesIn(leastErrorLow, rate);
-    const Sample shortest = lux::samplesIn(glitch, rate);
-    if (shortest > 1) {
-        decodeLine(lux::FilteredLine(reader(m_settings.line), shortest));
-    } else {
-        decodeLine(reader(m_settings.line));
-    }
+    const Sample shortest = lux::samplesUpTo(glitch, rate) + 1; // an edge is known to a sample
+    decodeLine(lux::FilteredLine(reader(m_settings.line), shortest));
 }
 
-template<class Line>
-void CecAnalyzer::decodeLine(Line line)
+void CecAnalyzer::decodeLine(lux::FilteredLine line)
 {
     if (!line.level() && line.hasEdge()) {
         line.nextEdge();
@@ -81,8 +76,7 @@ void CecAnalyzer::decodeLine(Line line)
 }
 
 /// The line is high; goes to the rise behind its next fall.
-template<class Line>
-CecAnalyzer::Bit CecAnalyzer::readBit(Line &line)
+CecAnalyzer::Bit CecAnalyzer::readBit(lux::FilteredLine &line)
 {
     Bit bit{.fall = line.peekEdge(), .rise = line.sampleCount(), .next = line.sampleCount(), .isEnd = true};
     if (!line.hasEdge()) {
@@ -105,8 +99,7 @@ bool CecAnalyzer::isStart(const Bit &bit) const
 }
 
 /// @param after  becomes the first bit that is not of the message @return false where the capture cuts it
-template<class Line>
-bool CecAnalyzer::readMessage(Line &line, const Bit &start, Bit &after)
+bool CecAnalyzer::readMessage(lux::FilteredLine &line, const Bit &start, Bit &after)
 {
     Message message{.place = results().open(start.fall), .first = start.fall, .last = start.next - 1};
     results().mark(m_settings.line, start.fall, MarkerType::Start);
@@ -139,8 +132,7 @@ bool CecAnalyzer::readMessage(Line &line, const Bit &start, Bit &after)
 }
 
 /// @param bit  in: the block's first one; out: its last one, or the one that is none
-template<class Line>
-CecAnalyzer::BlockEnd CecAnalyzer::readBlock(Line &line, Message &message, Bit &bit)
+CecAnalyzer::BlockEnd CecAnalyzer::readBlock(lux::FilteredLine &line, Message &message, Bit &bit)
 {
     const Sample first = bit.fall;
     std::uint32_t bits = 0;

@@ -48,14 +48,10 @@ private:
     };
     enum class BlockEnd : std::uint8_t { Good, Cut, LineError, CaptureEnd };
 
-    template<class Line>
-    void decodeLine(Line line);
-    template<class Line>
-    static Bit readBit(Line &line);
-    template<class Line>
-    bool readMessage(Line &line, const Bit &start, Bit &after);
-    template<class Line>
-    BlockEnd readBlock(Line &line, Message &message, Bit &bit);
+    void decodeLine(lux::FilteredLine line);
+    static Bit readBit(lux::FilteredLine &line);
+    bool readMessage(lux::FilteredLine &line, const Bit &start, Bit &after);
+    BlockEnd readBlock(lux::FilteredLine &line, Message &message, Bit &bit);
     void addBlock(Message &message, std::uint32_t bits, lux::Sample first, lux::Sample last, bool isTimingWrong);
     void addMessage(const Message &message, BlockEnd end);
     [[nodiscard]] bool isStart(const Bit &bit) const;

@@ -37,6 +37,8 @@ struct AsyncCharacter {
 /// of it, so that it never leaves the decode at the data's end; several lines can be read in turn.
 class AsyncLine {
 public:
+    /// The most bits of a character, its start bit and a stop bit included, and some to spare.
+    static constexpr unsigned mostBits = 16;
     /// A bit of at least so many samples is looked at three times, a sixteenth of a bit apart.
     static constexpr std::int64_t samplesForVote = 16;
 
@@ -95,6 +97,22 @@ public:
         }
         return character;
     }
+    /// A break may begin within a character, and hides its stop bit.
+    /// @param character  the one that was read last @param least  samples of a break
+    /// @return where it begins; the capture's length when there is none
+    [[nodiscard]] Sample breakWithin(const AsyncCharacter &character, Sample least) const
+    {
+        const bool isLow = character.stopMissing && !character.isBreak && m_line.level() != m_format.idleHigh;
+        return isLow && m_line.peekEdge() - m_line.lastEdge() >= least ? m_line.lastEdge() : m_line.sampleCount();
+    }
+    /// Reads the break that began within the last character, and goes behind it.
+    [[nodiscard]] AsyncCharacter readBreak()
+    {
+        m_start = m_line.lastEdge();
+        AsyncCharacter character{.first = m_start, .stopMissing = true};
+        endOfBreak(character);
+        return character;
+    }
     /// A character that began before the line was known is none: looks for the next start right behind this one.
     void forget() { m_line.seek(m_start); }
     /// The sample where a bit is looked at; 0 is the start bit.
@@ -112,9 +130,10 @@ private:
     [[nodiscard]] bool look(unsigned bit) const
     {
         const Sample middle = m_start + m_looks[bit];
-        const bool before = m_line.peekLevel(middle - m_vote);
-        const bool at = m_line.peekLevel(middle);
-        return at == before ? at : m_line.peekLevel(middle + m_vote);
+        ChannelReader line(m_line);
+        const bool before = line.levelAt(middle - m_vote);
+        const bool at = line.levelAt(middle);
+        return at == before ? at : line.levelAt(middle + m_vote);
     }
     /// The bits from the start bit, which is the lowest, to the first stop bit, 1 for the idle level. Goes to the last
     /// edge before the look at the stop bit.
@@ -124,27 +143,40 @@ private:
     [[nodiscard]] std::uint32_t readBits()
     {
         const Sample last = m_start + m_looks[m_bitsToStop];
+        const ChannelReader atStart(m_line);
         std::uint32_t bits = 0;
         Sample narrowest = INT64_MAX;
         Sample before = m_start;
         while (m_line.peekEdge() <= last) {
             const Sample edge = m_line.nextEdge();
-            const unsigned bit = m_grid.bitAt(edge - m_start);
-            bits ^= ~std::uint32_t(0) << (bit + unsigned(edge - m_start > m_looks[bit]));
+            bits ^= bitsBehind(edge - m_start);
             narrowest = std::min(narrowest, edge - before);
             before = edge;
         }
         narrowest = std::min(narrowest, m_line.peekEdge() - before);
-        return narrowest > 2 * m_vote ? bits : voteBits();
+        return narrowest > 2 * m_vote ? bits : voteBits(atStart);
     }
-    /// The same where a pulse is so short that it is not seen by all three looks.
-    [[nodiscard]] std::uint32_t voteBits() const
+    /// The same where a pulse is so short that it is not seen by all three looks: what two of them see.
+    /// @param line  at the start edge
+    [[nodiscard]] std::uint32_t voteBits(ChannelReader line) const
     {
-        std::uint32_t bits = 0;
-        for (unsigned bit = 1; bit <= m_bitsToStop; ++bit) {
-            bits |= std::uint32_t(look(bit) == m_format.idleHigh) << bit;
+        const Sample last = m_start + m_looks[m_bitsToStop] + m_vote;
+        std::uint32_t early = 0;
+        std::uint32_t middle = 0;
+        std::uint32_t late = 0;
+        while (line.peekEdge() <= last) {
+            const Sample edge = line.nextEdge() - m_start;
+            early ^= bitsBehind(edge + m_vote);
+            middle ^= bitsBehind(edge);
+            late ^= bitsBehind(std::max<Sample>(edge - m_vote, 0));
         }
-        return bits;
+        return (early & middle) | (middle & late) | (early & late);
+    }
+    /// The bits that are looked at at or behind an edge, so far from that of the start bit.
+    [[nodiscard]] std::uint32_t bitsBehind(Sample edge) const
+    {
+        const unsigned bit = m_grid.bitAt(edge);
+        return ~std::uint32_t(0) << (bit + unsigned(edge > m_looks[bit]));
     }
     void endOfBreak(AsyncCharacter &character)
     {
@@ -178,9 +210,9 @@ private:
     ChannelReader m_line;
     BitGrid m_grid;
     AsyncFormat m_format;
-    unsigned m_bitsToStop;            ///< bits before the stop element
-    Sample m_vote;                    ///< from the middle look to the two others
-    std::array<Sample, 16> m_looks{}; ///< where each bit is looked at, from the start edge
+    unsigned m_bitsToStop;                  ///< bits before the stop element
+    Sample m_vote;                          ///< from the middle look to the two others
+    std::array<Sample, mostBits> m_looks{}; ///< where each bit is looked at, from the start edge
     Sample m_length;
     Sample m_start = 0;
 };

@@ -16,7 +16,7 @@ inline void markCharacter(Results &results, const Channel &channel, const AsyncL
 {
     const unsigned stop = line.stopBit();
     if (!character.isBreak) {
-        std::array<Sample, BitGrid::mostBits> looks{};
+        std::array<Sample, AsyncLine::mostBits> looks; // not cleared: that would take longer than to fill it
         std::size_t count = 0;
         for (unsigned bit = 1; bit < stop; ++bit) {
             looks[count++] = line.lookOf(bit);
@@ -30,6 +30,20 @@ inline void markCharacter(Results &results, const Channel &channel, const AsyncL
     if (character.isBreak || character.stopMissing) {
         results.mark(channel, line.lookOf(stop), MarkerType::ErrorX);
     }
+}
+
+/// The same of one that may have been ended by a break: then what lies before that.
+inline void markWholeOrBroken(Results &results, const Channel &channel, const AsyncLine &line,
+                              const AsyncCharacter &character)
+{
+    if (character.isBreak || character.last >= line.lookOf(line.stopBit())) {
+        markCharacter(results, channel, line, character);
+        return;
+    }
+    for (unsigned bit = 1; line.lookOf(bit) <= character.last; ++bit) {
+        results.mark(channel, line.lookOf(bit), MarkerType::Dot);
+    }
+    results.mark(channel, character.last, MarkerType::ErrorX);
 }
 
 } // namespace lux

@@ -65,4 +65,17 @@ private:
     bool m_level;
 };
 
+/// Goes to the next edge behind which the level stays for `width` samples: what FilteredLine shows, of a reader that is
+/// not to be ahead. Leaves the decode when there is none.
+inline Sample nextSteadyEdge(ChannelReader &line, Sample width)
+{
+    for (;;) {
+        const Sample edge = line.nextEdge();
+        if (!line.hasEdgeBefore(edge + width)) {
+            return edge;
+        }
+        line.nextEdge();
+    }
+}
+
 } // namespace lux

@@ -72,6 +72,14 @@ public:
         bit(false);
         bit(true);
     }
+    /// Both lines go high without a stop, and stay so for quarters of a bit.
+    void letGo(std::int64_t quarters)
+    {
+        m_data.set(true);
+        wait(1);
+        m_clock.set(true);
+        wait(quarters);
+    }
     /// Lets quarters of a bit pass.
     void wait(std::int64_t quarters) { m_simulation.holdTime(quarters, m_rate * quartersOfBit); }
     /// The bytes since the last stop, with addresses.

@@ -4,6 +4,7 @@
 #include "common/BitRateFinder.h"
 #include "common/Duration.h"
 
+#include <algorithm>
 #include <string>
 
 using lux::AsyncCharacter;
@@ -44,30 +45,65 @@ void DmxAnalyzer::decode()
         fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
     AsyncLine line(reader(m_settings.rx), grid, format());
+    const auto isCut = [this](const AsyncCharacter &character) {
+        return character.isBreak && character.last + 1 >= sampleCount();
+    };
+    // An edge is known to a sample, so a break that is one too short may be long enough.
+    const Sample shortestBreak = times(leastBreak, rate) - 1;
     Packet packet;
     while (line.findStart()) {
-        const AsyncCharacter character = line.read();
-        if (character.isBreak && character.last + 1 >= sampleCount()) {
-            return; // the capture cuts it
+        AsyncCharacter character = line.read();
+        bool isBreak = character.isBreak && character.last - character.first + 1 >= shortestBreak;
+        if (!isBreak && !isCut(character)) {
+            const Sample breakBegin = line.breakWithin(character, shortestBreak);
+            character.last = std::min(character.last, breakBegin - 1);
+            if (packet.isOpen) {
+                addSlot(line, character, packet, grid);
+            }
+            isBreak = breakBegin < sampleCount();
+            character = isBreak ? line.readBreak() : character;
         }
-        const Sample samples = character.last - character.first + 1;
-        // An edge is known to a sample, so a break that is one too short may be long enough.
-        if (character.isBreak && samples + 1 >= times(leastBreak, rate)) {
-            addBreak(line, character, packet);
-        } else if (packet.isOpen) {
-            addSlot(line, character, packet, grid);
+        if (isBreak && !isCut(character)) {
+            addBreak(character, packet);
         }
     }
 }
 
+/// A dark stage has slots of zero only, whose nine low bits a finder takes for one: the standard's rate is tried first.
 std::int64_t DmxAnalyzer::findBitRate()
 {
-    const std::int64_t found = lux::BitRateFinder(reader(m_settings.rx), sampleRate(), format()).find();
+    const std::int64_t found = fitsStandardRate()
+                                   ? DmxSettings::standardRate
+                                   : lux::BitRateFinder(reader(m_settings.rx), sampleRate(), format()).find();
     if (found < 1) {
         fail("No bit rate can be found: the line has too few edges");
     }
     tell("Bit rate found: " + std::to_string(found) + " bits/s");
     return found;
+}
+
+/// Whether the line has slots at the rate of the standard, nearly all of them sound.
+bool DmxAnalyzer::fitsStandardRate()
+{
+    constexpr int mostCharacters = 1000;
+    constexpr int mostWrong = 10; // percent
+    const BitGrid grid(sampleRate(), DmxSettings::standardRate);
+    if (grid.isCoarserThan(leastSamplesPerBit)) {
+        return false;
+    }
+    AsyncLine line(reader(m_settings.rx), grid, format());
+    int slots = 0;
+    int wrong = 0;
+    for (int i = 0; i < mostCharacters && line.findStart(); ++i) {
+        const AsyncCharacter character = line.read();
+        const Sample samples = character.last - character.first + 1;
+        const bool isCut = character.isBreak && character.last + 1 >= sampleCount();
+        if (!isCut && (!character.isBreak || samples + 1 < times(leastBreak, DmxSettings::standardRate))) {
+            ++slots;
+            wrong += int(character.stopMissing || character.isBreak);
+        }
+    }
+    return slots > 0 && 100 * wrong <= mostWrong * slots;
 }
 
 /// A time of the standard in samples; at another rate than the standard's it scales with the bit.
@@ -76,10 +112,10 @@ Sample DmxAnalyzer::times(std::int64_t nanoseconds, std::int64_t rate) const
     return lux::samplesIn(nanoseconds * DmxSettings::standardRate / rate, sampleRate());
 }
 
-void DmxAnalyzer::addBreak(const AsyncLine &line, const AsyncCharacter &character, Packet &packet)
+void DmxAnalyzer::addBreak(const AsyncCharacter &character, Packet &packet)
 {
     packet = {.isOpen = true, .breakEnd = character.last + 1, .end = character.last + 1};
-    results().mark(m_settings.rx, line.start(), MarkerType::Start);
+    results().mark(m_settings.rx, character.first, MarkerType::Start);
     const bool isTooLong = character.last - character.first >= lux::samplesIn(longest, sampleRate());
     results().add({.firstSample = character.first,
                    .lastSample = character.last,
@@ -102,7 +138,7 @@ void DmxAnalyzer::addSlot(const AsyncLine &line, const AsyncCharacter &character
     }
     // A break that is too short for one is a slot of zero whose stop bits are missing.
     const bool hasFramingError = character.stopMissing || character.isBreak;
-    lux::markCharacter(results(), m_settings.rx, line, character);
+    lux::markWholeOrBroken(results(), m_settings.rx, line, character);
     results().add({.firstSample = character.first,
                    .lastSample = character.last,
                    .data = character.value,

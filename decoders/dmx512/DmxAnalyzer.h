@@ -30,8 +30,9 @@ private:
 
     [[nodiscard]] lux::AsyncFormat format() const;
     [[nodiscard]] std::int64_t findBitRate();
+    [[nodiscard]] bool fitsStandardRate();
     [[nodiscard]] lux::Sample times(std::int64_t nanoseconds, std::int64_t rate) const;
-    void addBreak(const lux::AsyncLine &line, const lux::AsyncCharacter &character, Packet &packet);
+    void addBreak(const lux::AsyncCharacter &character, Packet &packet);
     void addSlot(const lux::AsyncLine &line, const lux::AsyncCharacter &character, Packet &packet,
                  const lux::BitGrid &grid);
 

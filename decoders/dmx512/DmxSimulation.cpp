@@ -13,6 +13,9 @@ DmxSimulated DmxSimulated::of(std::uint32_t number)
     static constexpr std::array<std::uint32_t, 5> sizes = {24, 48, 96, 120, 512};
     DmxSimulated made;
     made.slotCount = sizes[number % sizes.size()];
+    if (number % 15 == 9) {
+        made.slotCount += 2; // more than there may be
+    }
     if (number % 6 == 5) {
         made.startCode = otherCodes[number / 6 % otherCodes.size()];
     }

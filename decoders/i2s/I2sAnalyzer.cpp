@@ -41,6 +41,7 @@ void I2sAnalyzer::decode()
 {
     Clocks clocks(reader(m_settings.sck), reader(m_settings.ws), reader(m_settings.sd),
                   m_settings.edge == I2sEdge::Rising);
+    m_rules = rules();
     m_usual = 0;
     m_before = 0;
     if (m_settings.isStereo()) {
@@ -50,13 +51,23 @@ void I2sAnalyzer::decode()
     }
 }
 
+I2sAnalyzer::Rules I2sAnalyzer::rules() const
+{
+    return {.sd = m_settings.sd,
+            .format = m_settings.format,
+            .bitOrder = m_settings.bitOrder,
+            .isLeftHigh = m_settings.isLeftHigh(),
+            .wanted = std::uint64_t(m_settings.bits.value()),
+            .firstSlot = m_settings.firstSlot()};
+}
+
 /// NXP UM11732, 3.1 and 3.2: the word select tells the side, and each of its changes ends a word. In I2S the lowest bit
 /// still comes with the clock that shows the change. What comes before the first change may be cut, and is not shown.
 void I2sAnalyzer::readStereo(Clocks &clocks)
 {
-    const bool isLate = m_settings.format == I2sFormat::I2s;
-    const bool isRight = m_settings.format == I2sFormat::Right;
-    const auto wanted = std::uint64_t(m_settings.bits.value());
+    const bool isLate = m_rules.format == I2sFormat::I2s;
+    const bool isRight = m_rules.format == I2sFormat::Right;
+    const std::uint64_t wanted = m_rules.wanted;
     Bits bits;
     Clock clock;
     if (!clocks.next(clock)) {
@@ -84,7 +95,7 @@ void I2sAnalyzer::readStereo(Clocks &clocks)
     }
     // The word that the capture's end cuts: its value is known when all of its bits are there.
     if (hasBegin && !isRight && wanted > 0 && bits.count >= wanted) {
-        addWord(bits, 0, unsigned(wanted), ws == m_settings.isLeftHigh() ? 0 : 1, false);
+        addWord(bits, 0, unsigned(wanted), ws == m_rules.isLeftHigh ? 0 : 1, false);
     }
 }
 
@@ -93,10 +104,10 @@ void I2sAnalyzer::endHalf(const Bits &bits, bool ws)
     if (bits.count == 0) {
         return;
     }
-    const std::uint64_t slot = ws == m_settings.isLeftHigh() ? 0 : 1;
-    const auto wanted = std::uint64_t(m_settings.bits.value());
+    const std::uint64_t slot = ws == m_rules.isLeftHigh ? 0 : 1;
+    const std::uint64_t wanted = m_rules.wanted;
     const std::uint64_t there = std::min<std::uint64_t>(bits.count, Bits::most);
-    const bool isRight = m_settings.format == I2sFormat::Right;
+    const bool isRight = m_rules.format == I2sFormat::Right;
     if (wanted == 0) {
         // All bits that there are: as many as two halves in a row had last, or a clock went missing.
         m_usual = bits.count == m_before || m_usual == 0 ? bits.count : m_usual;
@@ -167,7 +178,7 @@ void I2sAnalyzer::readFrames(Clocks &clocks)
 
 void I2sAnalyzer::endSlot(const Bits &bits, std::uint64_t slot, unsigned width)
 {
-    addWord(bits, 0, std::min(width, unsigned(bits.count)), slot + m_settings.firstSlot(), bits.count < width);
+    addWord(bits, 0, std::min(width, unsigned(bits.count)), slot + m_rules.firstSlot, bits.count < width);
 }
 
 /// The clocks from the first rise of the word select to the second; 0 where there are none.
@@ -193,16 +204,17 @@ void I2sAnalyzer::addWord(const Bits &bits, std::uint64_t first, unsigned width,
 {
     const std::uint64_t kept = std::min<std::uint64_t>(bits.count, Bits::most);
     // The last bits lie lowest; the first ones are above those that follow them.
-    const std::uint64_t behind = m_settings.format == I2sFormat::Right ? 0 : kept - width;
+    const std::uint64_t behind = m_rules.format == I2sFormat::Right ? 0 : kept - width;
     const std::uint64_t mask = ~std::uint64_t(0) >> (Bits::most - width);
     const std::uint64_t value = bits.value >> behind & mask;
     const Sample begin = bits.at[first % Bits::most];
     const Sample end = bits.at[(first + width - 1) % Bits::most];
-    results().mark(m_settings.sd, begin, isWrong ? MarkerType::ErrorX : MarkerType::Start);
-    results().add({.firstSample = begin,
-                   .lastSample = end,
-                   .data = m_settings.bitOrder == lux::BitOrder::MsbFirst ? value : lux::reversed(value, width),
-                   .kind = I2sResults::Word,
-                   .flags = std::uint16_t(isWrong ? I2sResults::WrongCount : 0),
-                   .extra = std::uint32_t(slot << 16 | width)});
+    I2sResults &out = results();
+    out.mark(m_rules.sd, begin, isWrong ? MarkerType::ErrorX : MarkerType::Start);
+    out.add({.firstSample = begin,
+             .lastSample = end,
+             .data = m_rules.bitOrder == lux::BitOrder::MsbFirst ? value : lux::reversed(value, width),
+             .kind = I2sResults::Word,
+             .flags = std::uint16_t(isWrong ? I2sResults::WrongCount : 0),
+             .extra = std::uint32_t(slot << 16 | width)});
 }

@@ -51,7 +51,17 @@ private:
         bool sd = false;
     };
     class Clocks;
+    /// The settings that each word needs: noise has a word every other clock.
+    struct Rules {
+        Channel sd;
+        I2sFormat format = I2sFormat::I2s;
+        lux::BitOrder bitOrder = lux::BitOrder::MsbFirst;
+        bool isLeftHigh = false;
+        std::uint64_t wanted = 0; ///< bits of a word, 0 for all that are there
+        unsigned firstSlot = 0;
+    };
 
+    [[nodiscard]] Rules rules() const;
     void readStereo(Clocks &clocks);
     void readFrames(Clocks &clocks);
     void endHalf(const Bits &bits, bool ws);
@@ -61,6 +71,7 @@ private:
 
     void sendFrame(lux::Simulation &simulation, std::uint64_t slotCount, std::uint64_t width);
 
+    Rules m_rules;
     std::uint64_t m_usual = 0;  ///< clocks between two changes of the word select, 0 before there are any
     std::uint64_t m_before = 0; ///< those of the last half
     std::uint32_t m_sent = 0;   ///< frames of the simulation

@@ -13,11 +13,12 @@ constexpr std::int64_t samplesPerClock = 8;
 constexpr std::int64_t partsOfClock = 2;
 constexpr std::uint64_t usualBits = 16;
 constexpr std::uint64_t usualSlots = 4;       ///< of TDM
+constexpr std::uint32_t shortEvery = 23;      ///< frames: one lacks its last clock
 constexpr std::uint32_t scatter = 2654435761; ///< an odd number, so that words differ in many bits
 
 } // namespace
 
-/// Frame after frame; the words count up in scattered steps.
+/// Frame after frame; the words count up in scattered steps, and now and then the last one lacks a bit.
 void I2sAnalyzer::simulate(Simulation &simulation)
 {
     const auto bits = std::uint64_t(m_settings.bits.value());
@@ -44,7 +45,8 @@ void I2sAnalyzer::sendFrame(Simulation &simulation, std::uint64_t slotCount, std
     SimulationLine &sck = simulation.line(m_settings.sck, !isRise);
     SimulationLine &ws = simulation.line(m_settings.ws, !m_settings.isLeftHigh());
     SimulationLine &sd = simulation.line(m_settings.sd, false);
-    const std::uint64_t clocks = slotCount * width;
+    const bool isShort = bits == width && width > 1 && m_sent % shortEvery == shortEvery - 1;
+    const std::uint64_t clocks = slotCount * width - std::uint64_t(isShort);
     if (m_sent == 0) {
         simulation.holdTime(2, rate); // the lines at rest
     }

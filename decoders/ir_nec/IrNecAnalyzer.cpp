@@ -23,6 +23,10 @@ constexpr std::int64_t repeatPeriod = 108000000;
 
 /// More than three periods of a carrier of 30 kHz, less than any space.
 constexpr std::int64_t carrierGap = 120000;
+/// An eighth of a bit's mark: what is shorter is no mark, and no space either.
+constexpr std::int64_t spike = bitMark / 8;
+/// Pulses of a mark without a carrier that has spikes in it; a carrier has twenty in a bit's mark.
+constexpr std::int64_t mostSpikes = 8;
 
 constexpr unsigned frameBits = 32;
 
@@ -37,8 +41,10 @@ void IrNecAnalyzer::decode()
                           .zero = windowOf(zeroSpace),
                           .one = windowOf(oneSpace)};
     m_carrierTold = m_settings.carrier == IrCarrier::Off;
-    const Sample gap = m_settings.carrier == IrCarrier::Off ? 0 : lux::samplesIn(carrierGap, sampleRate());
-    IrMarks marks(reader(m_settings.ir), isActiveHigh(), gap);
+    const Sample shortest = lux::samplesIn(spike, sampleRate());
+    const bool hasCarrier = m_settings.carrier != IrCarrier::Off;
+    const Sample gap = hasCarrier ? lux::samplesIn(carrierGap, sampleRate()) : shortest;
+    IrMarks marks(reader(m_settings.ir), isActiveHigh(), gap, shortest, hasCarrier ? INT64_MAX : mostSpikes);
     Last last;
     IrMark mark;
     bool hasMark = marks.next(mark);

@@ -2,6 +2,7 @@
 
 #include "common/AsyncMarks.h"
 #include "common/Duration.h"
+#include "common/FilteredLine.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -34,6 +35,16 @@ constexpr std::int64_t mostOffPercent = 15;
 /// So little does not matter within a character, and is what few samples a bit cannot tell.
 constexpr std::int64_t slightlyOffPercent = 2;
 
+/// A break may come at any time (2.3.1.1), also within a character, which it ends then.
+AsyncCharacter readCharacter(AsyncLine &line, const BitGrid &grid)
+{
+    AsyncCharacter character = line.read();
+    if (character.stopMissing) {
+        character.last = std::min(character.last, line.breakWithin(character, grid.endOf(leastBreak) - 1) - 1);
+    }
+    return character;
+}
+
 } // namespace
 
 std::uint32_t LinAnalyzer::NeededSampleRate()
@@ -48,13 +59,13 @@ void LinAnalyzer::decode()
     if (grid.isCoarserThan(leastSamplesPerBit)) {
         fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
-    Clock clock{.nominal = grid, .measured = grid};
+    Clock clock{.nominal = grid, .measured = grid, .spike = std::max<Sample>(grid.atQuarter(1) / 2, 1)};
     ChannelReader line(reader(m_settings.rx));
     line.waitForLevel(true);
     for (;;) {
         const Sample idleFrom = line.position();
-        const Sample fall = line.nextEdge();
-        const Sample rise = line.nextEdge();
+        const Sample fall = lux::nextSteadyEdge(line, clock.spike);
+        const Sample rise = lux::nextSteadyEdge(line, clock.spike);
         if (rise - fall >= grid.endOf(leastBreak) - 1) {
             readHeader(line, fall, clock);
         } else if (isWakeUp(line, fall, fall - idleFrom, grid)) {
@@ -80,7 +91,7 @@ void LinAnalyzer::readHeader(ChannelReader &line, Sample breakFall, Clock &clock
     const Sample latest = breakEnd + clock.nominal.endOf(mostToIdentifier);
     LinSync sync;
     ChannelReader ahead(line);
-    const bool hasSync = sync.read(ahead) && sync.first < latest;
+    const bool hasSync = sync.read(ahead, clock.spike) && sync.first < latest;
     const BitGrid *grid = hasSync ? gridOf(sync, clock) : nullptr;
     if (grid == nullptr) {
         if (latest < sampleCount()) {
@@ -97,13 +108,13 @@ void LinAnalyzer::readHeader(ChannelReader &line, Sample breakFall, Clock &clock
         return;
     }
     const bool isInTime = characters.start() <= latest;
-    const AsyncCharacter identifier = isInTime ? characters.read() : AsyncCharacter();
+    const AsyncCharacter identifier = isInTime ? readCharacter(characters, *grid) : AsyncCharacter();
     if (!isInTime || identifier.isBreak) {
         addBreak(breakFall, sync.end, true);
         return;
     }
     results().mark(m_settings.rx, breakFall, MarkerType::Start);
-    lux::markCharacter(results(), m_settings.rx, characters, identifier);
+    lux::markWholeOrBroken(results(), m_settings.rx, characters, identifier);
     LinFrame frame{.pid = std::uint8_t(identifier.value), .framingError = identifier.stopMissing};
     Sample last = identifier.last;
     bool isCut = false;
@@ -134,11 +145,11 @@ void LinAnalyzer::readAnswer(AsyncLine &line, const BitGrid &grid, LinFrame &fra
         if (line.start() > latest) {
             return;
         }
-        const AsyncCharacter character = line.read();
+        const AsyncCharacter character = readCharacter(line, grid);
         if (character.isBreak && character.last - character.first >= grid.endOf(leastBreak) - 2) {
             return;
         }
-        lux::markCharacter(results(), m_settings.rx, line, character);
+        lux::markWholeOrBroken(results(), m_settings.rx, line, character);
         last = character.last;
         frame.framingError = character.stopMissing;
         if (!frame.framingError) {

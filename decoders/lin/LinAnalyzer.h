@@ -26,6 +26,7 @@ private:
         lux::BitGrid nominal;
         lux::BitGrid measured;
         lux::Sample measuredEight = 0; ///< samples of eight bits, for which `measured` was made
+        lux::Sample spike = 1;         ///< shorter pulses are not seen within a break and a sync field
     };
 
     [[nodiscard]] std::int64_t findBitRate();

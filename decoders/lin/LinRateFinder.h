@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/FilteredLine.h"
+
 #include <array>
 #include <cmath>
 #include <corvanlux/analyzer/ChannelReader.h>
@@ -16,15 +18,17 @@ struct LinSync {
     lux::Sample end = 0;   ///< the rise to the stop bit
 
     /// Reads a sync field. The line stands at the rise that ends the break, and goes to the field's last rise.
-    /// @return false, with the line anywhere, when what follows is none; also at the capture's end
-    [[nodiscard]] bool read(lux::ChannelReader &line)
+    /// @param spike  samples: shorter pulses are not seen
+    /// @return false, with the line where it was, when what follows is none; also at the capture's end
+    [[nodiscard]] bool read(lux::ChannelReader &line, lux::Sample spike = 1)
     {
         std::array<lux::Sample, bits + 2> edges{};
-        if (line.edgesLeft() < std::int64_t(edges.size())) {
-            return false;
-        }
+        lux::FilteredLine steady(line, spike);
         for (lux::Sample &edge : edges) {
-            edge = line.nextEdge();
+            if (!steady.hasEdge()) {
+                return false;
+            }
+            edge = steady.nextEdge();
         }
         first = edges.front();
         last = edges[bits];
@@ -37,6 +41,7 @@ struct LinSync {
                 return false;
             }
         }
+        line.advanceTo(end);
         return true;
     }
 };

@@ -19,9 +19,9 @@ constexpr std::int64_t wakeUpBits = 5;
 
 LinSimulated LinSimulated::of(std::uint32_t number, const LinSettings &settings)
 {
-    static constexpr std::array<LinMishap, 5> mishaps = {LinMishap::NoAnswer, LinMishap::WrongChecksum,
-                                                         LinMishap::WrongParity, LinMishap::NoIdentifier,
-                                                         LinMishap::WakeUp};
+    static constexpr std::array<LinMishap, 8> mishaps = {
+        LinMishap::NoAnswer, LinMishap::WrongChecksum, LinMishap::WrongParity, LinMishap::NoIdentifier,
+        LinMishap::WakeUp,   LinMishap::FramingError,  LinMishap::NoSync,      LinMishap::OneByte};
     LinSimulated made;
     if (number % mishapEvery == mishapEvery - 1) {
         made.mishap = mishaps[number / mishapEvery % mishaps.size()];
@@ -49,6 +49,13 @@ LinSimulated LinSimulated::of(std::uint32_t number, const LinSettings &settings)
     if (made.mishap == LinMishap::WrongChecksum) {
         made.frame.bytes[size] ^= 0x5aU;
     }
+    if (made.mishap == LinMishap::FramingError) {
+        made.frame.framingError = true;
+        made.frame.count = size;
+    }
+    if (made.mishap == LinMishap::OneByte) {
+        made.frame.count = 1;
+    }
     return made;
 }
 
@@ -65,12 +72,13 @@ void LinAnalyzer::simulate(Simulation &simulation)
         line.set(level);
         simulation.holdTime(bits, rate);
     };
-    const auto sendByte = [&](unsigned byte) {
+    const auto sendByte = [&](unsigned byte, bool hasStop = true) {
         send(false, 1);
         for (unsigned i = 0; i < 8; ++i) {
             send((byte >> i & 1U) != 0, 1);
         }
-        send(true, 1 + simulation.random(3));
+        send(hasStop, 1);
+        send(true, simulation.random(3) + (hasStop ? 0 : 1));
     };
     LinSimulated next = LinSimulated::of(m_sent++, m_settings);
     send(true, 40 + simulation.random(60));
@@ -80,6 +88,10 @@ void LinAnalyzer::simulate(Simulation &simulation)
         return;
     }
     send(false, 13 + simulation.random(4));
+    if (next.mishap == LinMishap::NoSync) {
+        send(true, 60);
+        return;
+    }
     send(true, 1 + simulation.random(3));
     sendByte(0x55);
     if (next.mishap == LinMishap::NoIdentifier) {
@@ -90,5 +102,8 @@ void LinAnalyzer::simulate(Simulation &simulation)
     send(true, simulation.random(8));
     for (std::size_t i = 0; i < next.frame.count; ++i) {
         sendByte(next.frame.bytes[i]);
+    }
+    if (next.frame.framingError) {
+        sendByte(next.frame.bytes[next.frame.count], false);
     }
 }

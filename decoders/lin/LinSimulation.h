@@ -5,7 +5,17 @@
 #include <cstdint>
 
 /// What goes wrong with an element of the simulation.
-enum class LinMishap : std::uint8_t { None, NoAnswer, WrongChecksum, WrongParity, NoIdentifier, WakeUp };
+enum class LinMishap : std::uint8_t {
+    None,
+    NoAnswer,
+    WrongChecksum,
+    WrongParity,
+    NoIdentifier,
+    WakeUp,
+    FramingError, ///< the byte behind those of the frame has no stop bit
+    NoSync,
+    OneByte, ///< of an answer
+};
 
 /// One element of the simulation: identifiers and data that change, and now and then an error.
 struct LinSimulated {

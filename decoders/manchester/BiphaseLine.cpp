@@ -1,6 +1,7 @@
 #include "BiphaseLine.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 using lux::ChannelReader;
 using lux::Sample;
@@ -15,13 +16,18 @@ constexpr unsigned enoughVotes = 24 * sureVote;
 constexpr unsigned clearlyMore =
     3 * sureVote; ///< votes that a violation needs to change the phase: longer bits have two
 constexpr unsigned edgesToLearn = 20000;
-constexpr Sample leastRest = 4; ///< halves of a bit: what is shorter may be a part of a leader
+constexpr Sample spikesInHalf = 4; ///< a pulse of up to a quarter of half a bit is not seen
+constexpr Sample leastRest = 4;    ///< halves of a bit: what is shorter may be a part of a leader
+// RC-6 of infrared remote controls: a leader of six halves, two of rest, and bits of which the fifth, the trailer, is
+// twice as long as the others (Philips, "RC-6 Mode 0").
+constexpr Sample halvesOfLeader = 6;
+constexpr std::size_t bitsBeforeTrailer = 4;
 
 } // namespace
 
 BiphaseLine::BiphaseLine(const ChannelReader &line, const HalfClock &clock, BiphaseCode code, ManchesterSense sense,
                          bool restsHigh)
-    : m_line(line),
+    : m_line(line, clock.half() / spikesInHalf + 1), // an edge is known to a sample
       m_clock(clock),
       m_code(code),
       m_sense(sense),
@@ -32,9 +38,9 @@ BiphaseLine::BiphaseLine(const ChannelReader &line, const HalfClock &clock, Biph
 }
 
 /// For each whole bit between two edges, whether an even or an odd number of halves lies before it.
-BiphaseLine::Votes BiphaseLine::votesFrom(const ChannelReader &line, unsigned mostEdges) const
+BiphaseLine::Votes BiphaseLine::votesFrom(const lux::FilteredLine &line, unsigned mostEdges) const
 {
-    ChannelReader ahead(line);
+    lux::FilteredLine ahead(line);
     Votes votes{};
     unsigned halves = 0;
     for (unsigned i = 0; i < mostEdges && ahead.hasEdge() && votes[0] + votes[1] < enoughVotes; ++i) {
@@ -54,7 +60,7 @@ BiphaseLine::Votes BiphaseLine::votesFrom(const ChannelReader &line, unsigned mo
 /// What the first edge of a run is, as most runs at the capture's begin have it.
 void BiphaseLine::learn()
 {
-    ChannelReader line(m_line);
+    lux::FilteredLine line(m_line);
     Votes votes{};
     for (unsigned edges = 0; edges < edgesToLearn && line.hasEdge(); ++edges) {
         const Sample before = line.position();
@@ -92,6 +98,7 @@ unsigned BiphaseLine::parityHere()
 /// Goes to the first edge of a run. @return false when there is none
 bool BiphaseLine::goToRun()
 {
+    m_leadIn = 0;
     if (m_isRestart) {
         m_hasBegin = m_isLonger;
         return true;
@@ -106,6 +113,7 @@ bool BiphaseLine::goToRun()
     if (!isBegin || m_clock.widthOf(m_line.peekEdge()) != HalfClock::Full) {
         const Sample rest = m_line.level() == m_restsHigh ? m_line.peekEdge() - m_line.position() : 0;
         m_isFresh = m_isFresh || rest > leastRest * m_clock.half();
+        m_leadIn = m_line.peekEdge() - m_line.position();
         m_line.nextEdge();
     }
     return true;
@@ -121,6 +129,7 @@ bool BiphaseLine::next(BiphaseRun &run)
         if (!m_isLonger) {
             m_before = HalfClock::Silence;
             m_lastOwn = -1;
+            m_hasTrailer = passLeader();
         }
         const End end = read(run);
         m_isLonger = end == End::Length;
@@ -173,6 +182,10 @@ BiphaseLine::End BiphaseLine::read(BiphaseRun &run)
             m_kept = width == HalfClock::Full ? int((m_parity + halves) & 1U) : -1;
             return m_line.hasEdge() ? End::Violation : End::CaptureEnd;
         }
+        if (isOwn && m_hasTrailer && run.bits.size() == bitsBeforeTrailer && readTrailer(run)) {
+            halves = m_parity + unsigned(m_before == HalfClock::Full); // a whole bit may end at a bit's begin here
+            continue;
+        }
         if (width == HalfClock::Silence) {
             return End::Silence;
         }
@@ -182,6 +195,59 @@ BiphaseLine::End BiphaseLine::read(BiphaseRun &run)
         halves += width;
         m_line.nextEdge();
     }
+}
+
+/// Goes from the end of an RC-6 leader, where a run seems to begin, to its start bit.
+bool BiphaseLine::passLeader()
+{
+    if (m_code != BiphaseCode::Manchester || !isHalves(m_leadIn, halvesOfLeader) || m_line.level() != m_restsHigh ||
+        !m_line.hasEdge() || widthHere() != HalfClock::Full) {
+        return false;
+    }
+    lux::FilteredLine ahead(m_line);
+    const Sample begin = ahead.nextEdge();
+    if (!ahead.hasEdge() || m_clock.widthOf(ahead.peekEdge() - begin) != HalfClock::Half) {
+        return false; // the start bit is a 1, with an edge at its begin
+    }
+    m_line = ahead;
+    m_parity = 1;
+    return true;
+}
+
+/// Reads the bit that is twice as long, from the middle of the one before it. The line then stands at the next edge
+/// behind the trailer's middle: two halves on where the next bit begins, three halves on in its middle.
+/// @return false when there is none; nothing has changed then
+bool BiphaseLine::readTrailer(BiphaseRun &run)
+{
+    lux::FilteredLine ahead(m_line);
+    const Sample before = ahead.position();
+    const bool hasBegin = isHalves(ahead.peekEdge() - before, 1);
+    if (hasBegin && ahead.hasEdge()) {
+        ahead.nextEdge();
+    }
+    const Sample begin = hasBegin ? ahead.position() : before + m_clock.half();
+    const Sample middle = ahead.peekEdge();
+    if (!ahead.hasEdge() || !isHalves(middle - ahead.position(), hasBegin ? 2 : 3)) {
+        return false;
+    }
+    ahead.nextEdge();
+    const Sample behind = ahead.peekEdge() - middle;
+    if (!ahead.hasEdge() || (!isHalves(behind, 2) && !isHalves(behind, 3))) {
+        return false;
+    }
+    run.bits.push_back({.begin = begin, .at = middle, .value = isOne(ahead.level())});
+    run.end = middle + 2 * m_clock.half();
+    m_lastOwn = middle;
+    m_previous = middle;
+    m_before = isHalves(behind, 2) ? HalfClock::Full : HalfClock::Silence;
+    ahead.nextEdge();
+    m_line = ahead;
+    return true;
+}
+
+bool BiphaseLine::isHalves(Sample samples, Sample count) const
+{
+    return 2 * std::abs(samples - count * m_clock.half()) < m_clock.half();
 }
 
 /// The bit in whose middle the line stands. Its begin has an edge of its own or lies half a bit before.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ManchesterSettings.h"
+#include "common/FilteredLine.h"
 
 #include <array>
 #include <corvanlux/analyzer/ChannelReader.h>
@@ -80,17 +81,21 @@ private:
     using Votes = std::array<unsigned, 2>;
     enum class End : std::uint8_t { Silence, Violation, Length, CaptureEnd };
 
-    [[nodiscard]] Votes votesFrom(const lux::ChannelReader &line, unsigned mostEdges) const;
+    [[nodiscard]] Votes votesFrom(const lux::FilteredLine &line, unsigned mostEdges) const;
     void learn();
     [[nodiscard]] unsigned parityHere();
     [[nodiscard]] bool goToRun();
     [[nodiscard]] End read(BiphaseRun &run);
+    [[nodiscard]] bool passLeader();
+    [[nodiscard]] bool readTrailer(BiphaseRun &run);
+    /// Whether a time is that many halves, give or take half of one.
+    [[nodiscard]] bool isHalves(lux::Sample samples, lux::Sample count) const;
     void addAtMiddle(BiphaseRun &run);
     void addAtEnd(BiphaseRun &run) const;
     [[nodiscard]] HalfClock::Width widthHere() const;
     [[nodiscard]] bool isOne(bool level) const { return level == m_oneIsHigh; }
 
-    lux::ChannelReader m_line;
+    lux::FilteredLine m_line;
     HalfClock m_clock;
     BiphaseCode m_code;
     ManchesterSense m_sense;
@@ -104,6 +109,8 @@ private:
     bool m_isFresh = false;    ///< no run was seen since the line rested
     int m_kept = -1;           ///< the parity that the run before leaves to the next one; -1 for none
     bool m_isTold = false;     ///< the run's own edges tell which those are that each bit has
+    bool m_hasTrailer = false; ///< the run is one of RC-6
+    lux::Sample m_leadIn = 0;  ///< the pulse before the run's first edge
     unsigned m_parity = 0;     ///< of halves from the run's first edge to those that each bit has
     lux::Sample m_lastEnd = 0; ///< of the run before
     // Where the line stands within a run.

@@ -1,7 +1,9 @@
 #include "HalfBitFinder.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace {
 
@@ -31,11 +33,19 @@ HalfBitFinder::HalfBitFinder(const lux::ChannelReader &line)
     if (ahead.hasEdge()) {
         ahead.nextEdge();
     }
+    std::array<std::vector<lux::Sample>, 2> ofLevel;
     while (m_widths.size() < mostWidths && ahead.hasEdge()) {
         const lux::Sample from = ahead.position();
-        m_widths.push_back(ahead.nextEdge() - from);
+        std::vector<lux::Sample> &own = ofLevel[std::size_t(ahead.level())];
+        own.push_back(ahead.nextEdge() - from);
+        m_widths.push_back(own.back());
     }
     std::sort(m_widths.begin(), m_widths.end());
+    for (std::vector<lux::Sample> &own : ofLevel) {
+        const auto tenth = own.begin() + std::ptrdiff_t(own.size() / 10);
+        std::nth_element(own.begin(), tenth, own.end());
+        m_shortest += own.empty() ? 0.0 : double(*tenth) / 2;
+    }
 }
 
 double HalfBitFinder::find() const
@@ -43,17 +53,21 @@ double HalfBitFinder::find() const
     if (m_widths.size() < leastWidths) {
         return 0;
     }
-    double best = 0;
-    double most = leastShare;
+    Found found{.share = leastShare};
     for (const std::size_t tenths : {9U, 8U, 7U, 6U, 5U, 4U, 3U, 2U, 1U}) {
-        const double half = refined(double(m_widths[m_widths.size() * tenths / 10]));
-        const double share = shareOf(half);
-        if (half >= 1.0 && share > most + (best == 0 ? 0.0 : clearlyMore)) {
-            best = half;
-            most = share;
-        }
+        tryHalf(double(m_widths[m_widths.size() * tenths / 10]), found);
     }
-    return best;
+    tryHalf(m_shortest, found); // receivers of light or radio make one level longer, and the other one shorter
+    return found.half;
+}
+
+void HalfBitFinder::tryHalf(double near, Found &found) const
+{
+    const double half = refined(near);
+    const double share = shareOf(half);
+    if (half >= 1.0 && share > found.share + (found.half == 0 ? 0.0 : clearlyMore)) {
+        found = {.half = half, .share = share};
+    }
 }
 
 bool HalfBitFinder::fits(double half) const

@@ -16,8 +16,14 @@ public:
     [[nodiscard]] bool fits(double half) const;
 
 private:
+    struct Found {
+        double half = 0;  ///< 0 for none
+        double share = 0; ///< of pulses that it must fit better
+    };
+    void tryHalf(double near, Found &found) const;
     [[nodiscard]] double shareOf(double half) const;
     [[nodiscard]] double refined(double half) const;
 
     std::vector<lux::Sample> m_widths; ///< in rising order
+    double m_shortest = 0;             ///< the mean of either level's short pulses
 };

@@ -14,8 +14,6 @@ using lux::Sample;
 
 LUX_PLUGIN(ManchesterAnalyzer)
 
-namespace {} // namespace
-
 std::uint32_t ManchesterAnalyzer::NeededSampleRate()
 {
     return std::uint32_t(leastSamplesPerBit * m_settings.bitrate.value());

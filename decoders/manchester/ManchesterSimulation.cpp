@@ -8,6 +8,8 @@ using lux::SimulationLine;
 namespace {
 
 constexpr std::int64_t simulatedAutoRate = 20000;
+constexpr std::uint32_t violationEvery = 6;
+constexpr std::int64_t samplesOfViolation = 40; ///< a bit needs so many, so that it is no spike
 
 } // namespace
 
@@ -20,6 +22,7 @@ ManchesterSimulated ManchesterSimulated::of(std::uint32_t number)
             made.bits.push_back((byte >> (bit - 1) & 1U) != 0);
         }
     };
+    made.hasViolation = number % violationEvery == violationEvery - 1;
     add(preamble);
     for (std::uint32_t i = 0; i <= number % 12; ++i) {
         add(number * 29 + i * 83 + 1);
@@ -71,7 +74,12 @@ void ManchesterAnalyzer::simulate(Simulation &simulation)
     for (const bool value : run.bits) {
         bit(value);
     }
-    if (m_settings.decodeAs == BiphaseCode::Mark || m_settings.decodeAs == BiphaseCode::Space) {
+    if (run.hasViolation && simulation.sampleRate() >= samplesOfViolation * rate) {
+        line.toggle();
+        simulation.holdTime(1, 6 * rate); // a third of half a bit
+        line.toggle();
+        half();
+    } else if (m_settings.decodeAs == BiphaseCode::Mark || m_settings.decodeAs == BiphaseCode::Space) {
         line.toggle(); // ends the last bit
         half();
     }

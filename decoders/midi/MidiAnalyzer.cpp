@@ -36,6 +36,7 @@ void MidiAnalyzer::decode()
         fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
     AsyncLine line(reader(m_settings.rx), grid, format());
+    const Channel rx = m_settings.rx;
     Receiver receiver;
     while (line.findStart()) {
         const AsyncCharacter character = line.read();
@@ -43,7 +44,7 @@ void MidiAnalyzer::decode()
             line.forget(); // it began before the capture, and this was no start bit
             continue;
         }
-        lux::markCharacter(results(), m_settings.rx, line, character);
+        lux::markCharacter(results(), rx, line, character);
         const auto byte = std::uint8_t(character.value);
         if (character.stopMissing) {
             addFramingError(receiver, character);

@@ -47,7 +47,10 @@ MidiSimulated MidiSimulated::of(std::uint32_t number)
         made.bytes.push_back(MidiParser::endOfExclusive);
     }
     made.isError = number % kinds.size() == kinds.size() - 1;
-    if (number % 5 == 4 && made.bytes.size() > 1) {
+    made.hasFramingError = made.isError && round % 2 == 1;
+    if (made.hasFramingError) {
+        made.bytes.push_back(std::uint8_t(1 + number % 0x7fU)); // a zero would be a break
+    } else if (number % 5 == 4 && made.bytes.size() > 1) {
         made.realTime = number % 2 == 0 ? 0xfe : 0xf8;
     }
     return made;
@@ -67,10 +70,13 @@ void MidiAnalyzer::simulate(Simulation &simulation)
         line.set(mark == idle);
         simulation.holdTime(bits, rate);
     };
-    const auto sendByte = [&](unsigned byte) {
+    const auto sendByte = [&](unsigned byte, bool hasStop = true) {
         send(false, 1);
         for (unsigned i = 0; i < 8; ++i) {
             send((byte >> i & 1U) != 0, 1);
+        }
+        if (!hasStop) {
+            send(false, 1);
         }
         send(true, 1 + simulation.random(2));
     };
@@ -83,6 +89,6 @@ void MidiAnalyzer::simulate(Simulation &simulation)
         if (next.realTime != 0 && i + 1 == next.bytes.size()) {
             sendByte(next.realTime);
         }
-        sendByte(next.bytes[i]);
+        sendByte(next.bytes[i], !next.hasFramingError || i + 1 < next.bytes.size());
     }
 }

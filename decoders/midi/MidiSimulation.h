@@ -8,6 +8,7 @@ struct MidiSimulated {
     std::vector<std::uint8_t> bytes; ///< as they are sent; of the error, what there is of a message
     std::uint8_t realTime = 0;       ///< is sent before the last of the bytes; 0 for none
     bool isError = false;
+    bool hasFramingError = false; ///< the error: the last byte has no stop bit
 
     /// @param number  from 0 in the order of time
     [[nodiscard]] static MidiSimulated of(std::uint32_t number);

@@ -69,6 +69,18 @@ bool ModbusReceiver::findStart()
     return m_hasStart;
 }
 
+/// Reads the character whose start was found. @return false when it began before the capture, and this was no start bit
+bool ModbusReceiver::read(AsyncCharacter &character)
+{
+    m_hasStart = false;
+    character = m_line.read();
+    if (character.stopMissing && !character.isBreak && character.first < m_line.length()) {
+        m_line.forget();
+        return false;
+    }
+    return true;
+}
+
 void ModbusReceiver::add(Received &received, const AsyncCharacter &character) const
 {
     if (received.bytes.empty()) {
@@ -95,12 +107,15 @@ bool ModbusReceiver::nextRtu(Received &received, const Watcher &watch)
         if (!received.bytes.empty() && endsBefore(m_line.start(), received)) {
             break;
         }
-        m_hasStart = false;
-        const AsyncCharacter character = m_line.read();
-        const bool isTail = character.stopMissing && !character.isBreak && character.first < m_line.length();
-        if (isTail) {
-            m_line.forget(); // it began before the capture, and this was no start bit
+        AsyncCharacter character;
+        if (!read(character)) {
             continue;
+        }
+        if (character.isBreak && character.last - character.first >= m_longSilence) {
+            if (received.bytes.empty()) {
+                continue;
+            }
+            break; // nobody drives the line: a silence as well
         }
         watch(m_line, character);
         add(received, character);
@@ -118,7 +133,9 @@ bool ModbusReceiver::endsBefore(Sample start, Received &received) const
 {
     const Sample silence = start - received.last - 1;
     const bool isWhole = received.bytes.size() >= leastRtu && m_crc.value() == 0;
-    if (silence >= m_longSilence || (isWhole && silence > m_shortSilence)) {
+    // The last character before the capture's first silence may be read late, from an edge within it on.
+    const bool mayBeTail = !m_hasFrame && received.first < m_longSilence;
+    if (silence >= m_longSilence - (mayBeTail ? m_line.length() : 0) || (isWhole && silence > m_shortSilence)) {
         return true;
     }
     received.hasPause = received.hasPause || silence > m_shortSilence;
@@ -143,8 +160,10 @@ bool ModbusReceiver::nextAscii(Received &received, const Watcher &watch)
         if (isOpen && m_line.start() - received.last > m_timeout) {
             return true;
         }
-        m_hasStart = false;
-        const AsyncCharacter character = m_line.read();
+        AsyncCharacter character;
+        if (!read(character)) {
+            continue;
+        }
         watch(m_line, character);
         if (isOpen && character.value == asciiStart) {
             m_hasColon = true;

@@ -37,6 +37,7 @@ private:
     enum class Step : std::uint8_t { Goes, Ends, Breaks };
 
     [[nodiscard]] bool findStart();
+    [[nodiscard]] bool read(lux::AsyncCharacter &character);
     void add(Received &received, const lux::AsyncCharacter &character) const;
     [[nodiscard]] bool nextRtu(Received &received, const Watcher &watch);
     [[nodiscard]] bool endsBefore(lux::Sample start, Received &received) const;

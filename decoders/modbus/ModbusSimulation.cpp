@@ -2,6 +2,7 @@
 
 #include "ModbusAnalyzer.h"
 
+#include <iterator>
 #include <numeric>
 
 using lux::BitGrid;
@@ -14,6 +15,7 @@ namespace {
 constexpr std::int64_t simulatedAutoRate = 19200;
 constexpr std::uint32_t exceptionEvery = 9;
 constexpr std::uint32_t wrongCheckEvery = 23;
+constexpr std::uint32_t mishapEvery = 7; ///< exchanges, too
 
 void addWord(std::vector<std::uint8_t> &bytes, std::uint32_t word)
 {
@@ -39,6 +41,11 @@ ModbusSimulated ModbusSimulated::of(std::uint32_t number)
     ModbusSimulated made;
     made.isResponse = number % 2 == 1;
     made.isCheckWrong = made.isResponse && exchange % wrongCheckEvery == wrongCheckEvery - 1;
+    static constexpr ModbusMishap mishaps[] = {ModbusMishap::Parity, ModbusMishap::Framing, ModbusMishap::Pause,
+                                               ModbusMishap::Cut};
+    if (made.isResponse && exchange % mishapEvery == mishapEvery - 1) {
+        made.mishap = mishaps[exchange / mishapEvery % std::size(mishaps)];
+    }
     static constexpr std::uint8_t functions[] = {3, 4, 1, 2, 6, 16, 5, 15};
     const std::uint8_t function = functions[exchange % sizeof functions];
     made.bytes = {std::uint8_t(1 + exchange % 20), function};
@@ -86,35 +93,56 @@ void ModbusAnalyzer::simulate(Simulation &simulation)
         line.set(mark == idle);
         simulation.holdTime(quarters, rate * BitGrid::quarters);
     };
-    const auto sendByte = [&](unsigned byte) {
+    const auto sendByte = [&](unsigned byte, ModbusMishap mishap = ModbusMishap::None) {
         send(false, BitGrid::quarters);
         for (unsigned i = 0; i < format.dataBits; ++i) {
             send((byte >> i & 1U) != 0, BitGrid::quarters);
         }
         if (format.parity != Parity::None) {
-            send(parityBit(byte, format.parity), BitGrid::quarters);
+            send(parityBit(byte, format.parity) != (mishap == ModbusMishap::Parity), BitGrid::quarters);
+        }
+        if (mishap == ModbusMishap::Framing) {
+            send(false, BitGrid::quarters);
         }
         send(true, format.stopQuarters);
     };
     send(true, std::int64_t(BitGrid::quarters) * (50 + simulation.random(60))); // more than 3.5 characters of 11 bits
     simulation.holdTime(2, 1000);                                               // and more than 1.75 ms
-    std::vector<std::uint8_t> bytes = next.bytes;
-    if (m_settings.mode == ModbusMode::Rtu) {
-        const std::uint32_t crc = ModbusCrc::of(bytes) ^ (next.isCheckWrong ? 0x100U : 0U);
-        bytes.push_back(std::uint8_t(crc));
-        bytes.push_back(std::uint8_t(crc >> 8));
-        for (const std::uint8_t byte : bytes) {
-            sendByte(byte);
+    const std::vector<std::uint8_t> wire = next.wire(m_settings.mode);
+    for (std::size_t i = 0; i < wire.size(); ++i) {
+        const bool isLast = i + 1 == wire.size();
+        sendByte(wire[i], isLast ? next.mishap : ModbusMishap::None);
+        if (i == 1 && next.mishap == ModbusMishap::Pause && m_settings.mode == ModbusMode::Rtu) {
+            // Two characters, or 1 ms on fast lines: more than 1.5 and less than 3.5 (750 us and 1.75 ms).
+            simulation.holdTime(2, std::min<std::int64_t>(rate / 11, 2000));
         }
-    } else {
-        const unsigned sum = std::accumulate(bytes.begin(), bytes.end(), next.isCheckWrong ? 1U : 0U);
-        bytes.push_back(std::uint8_t(0U - sum));
-        sendByte(':');
-        for (const std::uint8_t byte : bytes) {
-            sendByte(unsigned("0123456789ABCDEF"[byte >> 4]));
-            sendByte(unsigned("0123456789ABCDEF"[byte & 15U]));
-        }
-        sendByte('\r');
-        sendByte('\n');
     }
+}
+
+/// The characters, with CRC or LRC.
+std::vector<std::uint8_t> ModbusSimulated::wire(ModbusMode mode) const
+{
+    std::vector<std::uint8_t> all = bytes;
+    if (mishap == ModbusMishap::Cut) {
+        all.resize(2);
+    } else if (mode == ModbusMode::Rtu) {
+        const std::uint32_t crc = ModbusCrc::of(bytes) ^ (isCheckWrong ? 0x100U : 0U);
+        all.push_back(std::uint8_t(crc));
+        all.push_back(std::uint8_t(crc >> 8));
+    } else {
+        all.push_back(std::uint8_t(0U - std::accumulate(bytes.begin(), bytes.end(), isCheckWrong ? 1U : 0U)));
+    }
+    if (mode == ModbusMode::Rtu) {
+        return all;
+    }
+    std::vector<std::uint8_t> text = {':'};
+    for (const std::uint8_t byte : all) {
+        text.push_back(std::uint8_t("0123456789ABCDEF"[byte >> 4]));
+        text.push_back(std::uint8_t("0123456789ABCDEF"[byte & 15U]));
+    }
+    if (mishap != ModbusMishap::Cut) {
+        text.push_back('\r');
+        text.push_back('\n');
+    }
+    return text;
 }

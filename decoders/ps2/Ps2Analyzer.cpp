@@ -4,7 +4,9 @@
 #include "common/Duration.h"
 #include "common/Parity.h"
 
-using lux::ChannelReader;
+#include <algorithm>
+
+using lux::FilteredLine;
 using lux::Sample;
 
 LUX_PLUGIN(Ps2Analyzer)
@@ -19,6 +21,7 @@ constexpr std::int64_t inhibitTime = 100000;  ///< the host holds the clock low 
 constexpr std::int64_t mostPause = 200000;    ///< a clock is high for 50 us at most; longer ones are accepted to here
 constexpr std::int64_t leastIdle = 120000;    ///< longer than the clock is high within a byte
 constexpr std::int64_t mostAnswer = 15000000; ///< the keyboard begins to clock what the host wants to send
+constexpr std::int64_t spike = 4000; ///< pulses of up to this are not seen: lines bounce that nobody drives high
 constexpr std::int64_t leastSampleRate = 100000; ///< Hz; the shortest pulse is 30 us long
 
 } // namespace
@@ -39,8 +42,9 @@ void Ps2Analyzer::decode()
     m_isInStep = false;
     m_transfer = {};
     m_sequence = {};
-    ChannelReader clock = reader(m_settings.clock);
-    ChannelReader data = reader(m_settings.data);
+    const Sample shortest = lux::samplesIn(spike, sampleRate()) + 1; // an edge is known to a sample
+    FilteredLine clock(reader(m_settings.clock), shortest);
+    FilteredLine data(reader(m_settings.data), shortest);
     if (!clock.level() && clock.hasEdge()) {
         m_lastRise = clock.nextEdge();
     }
@@ -57,7 +61,7 @@ void Ps2Analyzer::decode()
     }
 }
 
-void Ps2Analyzer::takeClock(const Clock &clock, ChannelReader &data)
+void Ps2Analyzer::takeClock(const Clock &clock, FilteredLine &data)
 {
     const Sample pause = clock.fall - m_lastRise;
     const bool isFirstOfHost = m_transfer.sender == Sender::Host && m_transfer.count == 0;
@@ -66,6 +70,9 @@ void Ps2Analyzer::takeClock(const Clock &clock, ChannelReader &data)
     }
     m_isInStep = m_isInStep || pause >= m_leastIdle;
     if (clock.rise - clock.fall >= m_inhibit) {
+        if (m_transfer.count + 1 == clocksOfByte) {
+            takeLastClock(clock, data);
+        }
         if (!clock.hasRise) {
             return;
         }
@@ -79,6 +86,18 @@ void Ps2Analyzer::takeClock(const Clock &clock, ChannelReader &data)
         m_transfer = {};
         return;
     }
+    takeBit(clock, data);
+}
+
+/// Behind the tenth clock a byte is sent to its end: a host that has seen the last one fall may hold it low at once,
+/// until it has read the byte.
+void Ps2Analyzer::takeLastClock(const Clock &clock, FilteredLine &data)
+{
+    takeBit({.fall = clock.fall, .rise = std::min(clock.rise, clock.fall + m_transfer.low), .hasRise = true}, data);
+}
+
+void Ps2Analyzer::takeBit(const Clock &clock, FilteredLine &data)
+{
     if (m_transfer.sender == Sender::Host) {
         takeHostBit(clock, data);
     } else {
@@ -97,6 +116,7 @@ void Ps2Analyzer::takeKeyboardBit(const Clock &clock, bool bit)
         m_transfer = {.first = clock.fall};
     }
     m_transfer.bits |= std::uint32_t(bit) << m_transfer.count;
+    m_transfer.low = clock.rise - clock.fall;
     m_transfer.last = clock.rise - 1;
     ++m_transfer.count;
     results().mark(m_settings.clock, clock.fall, MarkerType::DownArrow);
@@ -105,7 +125,7 @@ void Ps2Analyzer::takeKeyboardBit(const Clock &clock, bool bit)
     }
 }
 
-void Ps2Analyzer::takeHostBit(const Clock &clock, ChannelReader &data)
+void Ps2Analyzer::takeHostBit(const Clock &clock, FilteredLine &data)
 {
     const bool isLast = m_transfer.count + 1 == clocksOfByte;
     if (!isLast && !clock.hasRise) {
@@ -116,6 +136,7 @@ void Ps2Analyzer::takeHostBit(const Clock &clock, ChannelReader &data)
     }
     const Sample look = isLast ? clock.fall : clock.rise;
     m_transfer.bits |= std::uint32_t(data.levelAt(look)) << m_transfer.count;
+    m_transfer.low = clock.rise - clock.fall;
     m_transfer.last = clock.rise - 1;
     ++m_transfer.count;
     results().mark(m_settings.clock, look, isLast ? MarkerType::DownArrow : MarkerType::UpArrow);

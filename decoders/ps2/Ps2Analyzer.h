@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ps2Results.h"
+#include "common/FilteredLine.h"
 
 #include <cstdint>
 
@@ -32,6 +33,7 @@ private:
         std::uint32_t bits = 0; ///< the lowest was first
         lux::Sample first = 0;
         lux::Sample last = 0;
+        lux::Sample low = 0; ///< how long the last clock was
     };
     /// What the bytes before say about the next one.
     struct Sequence {
@@ -42,9 +44,11 @@ private:
         unsigned identityBytes = 0; ///< to come
     };
 
-    void takeClock(const Clock &clock, lux::ChannelReader &data);
+    void takeClock(const Clock &clock, lux::FilteredLine &data);
+    void takeLastClock(const Clock &clock, lux::FilteredLine &data);
+    void takeBit(const Clock &clock, lux::FilteredLine &data);
     void takeKeyboardBit(const Clock &clock, bool bit);
-    void takeHostBit(const Clock &clock, lux::ChannelReader &data);
+    void takeHostBit(const Clock &clock, lux::FilteredLine &data);
     void addByte(std::uint32_t bits, unsigned flags);
     void nameKeyboardByte(FrameData &frame);
     void nameKey(FrameData &frame);

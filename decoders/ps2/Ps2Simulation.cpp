@@ -38,7 +38,7 @@ public:
         m_data.set(true);
         wait(1000);
     }
-    void host(std::uint32_t byte)
+    void host(std::uint32_t byte, bool isAnswered = true)
     {
         m_clock.set(false);
         wait(120);
@@ -55,7 +55,7 @@ public:
             m_clock.set(true);
             wait(half);
         }
-        m_data.set(false); // the keyboard's acknowledgement
+        m_data.set(!isAnswered); // the keyboard's acknowledgement
         pulse();
         m_data.set(true);
         wait(1000);
@@ -80,7 +80,7 @@ private:
 /// Keys, a host's commands and errors in turn, with a byte that counts up.
 void Ps2Analyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Make, Break, Extended, Leds, WrongParity, WrongStop, CutByte, SelfTest };
+    enum Form : std::uint32_t { Make, Break, Extended, Leds, WrongParity, WrongStop, CutByte, SelfTest, NoAnswer };
     if (simulation.sampleRate() < std::int64_t(NeededSampleRate())) {
         simulation.hold(simulation.sampleRate()); // no clock could be told
         return;
@@ -88,7 +88,7 @@ void Ps2Analyzer::simulate(Simulation &simulation)
     Port port(simulation, m_settings.clock, m_settings.data);
     const std::uint32_t number = m_sent & 0xffU;
     port.wait(500 + simulation.random(5000));
-    switch (m_sent % (SelfTest + 1)) {
+    switch (m_sent % (NoAnswer + 1)) {
     case Make:
         port.keyboard(number & 0x7fU);
         break;
@@ -115,10 +115,13 @@ void Ps2Analyzer::simulate(Simulation &simulation)
     case CutByte:
         port.keyboard(number, {.clocks = 5});
         break;
-    default:
+    case SelfTest:
         port.host(0xff);
         port.keyboard(ps2::acknowledge);
         port.keyboard(0xaa);
+        break;
+    default:
+        port.host(0xee, false);
         break;
     }
     ++m_sent;

@@ -25,6 +25,8 @@ void UartAnalyzer::decode()
     if (grid.isCoarserThan(leastSamplesPerBit)) {
         fail(lux::tooFewSamples(rate, leastSamplesPerBit));
     }
+    m_hasAddressBit = m_settings.addressBit;
+    m_idleShown = m_settings.idleBits > 0 ? grid.endOf(m_settings.idleBits) : INT64_MAX;
     std::vector<Direction> lines;
     addDirection(lines, m_settings.rx, UartResults::Rx, grid);
     addDirection(lines, m_settings.tx, UartResults::Tx, grid);
@@ -39,7 +41,7 @@ void UartAnalyzer::decode()
             addIdle(*first);
         } else {
             addCharacter(*first);
-            findNext(*first, grid);
+            findNext(*first);
         }
     }
 }
@@ -67,16 +69,19 @@ void UartAnalyzer::addDirection(std::vector<Direction> &all, const Channel &chan
     }
     all.push_back(
         {.line = lux::AsyncLine(reader(channel), grid, m_settings.format()), .channel = channel, .number = number});
-    findNext(all.back(), grid);
+    findNext(all.back());
 }
 
-void UartAnalyzer::findNext(Direction &direction, const BitGrid &grid) const
+void UartAnalyzer::findNext(Direction &direction) const
 {
+    if (direction.hasBreak) {
+        direction.next = direction.idleFrom;
+        return;
+    }
     direction.isOver = !direction.line.findStart();
     direction.next = direction.line.start();
     const Sample idle = direction.next - direction.idleFrom;
-    const std::int32_t shown = m_settings.idleBits;
-    direction.isIdle = !direction.isOver && shown > 0 && direction.idleFrom > 0 && idle >= grid.endOf(shown);
+    direction.isIdle = !direction.isOver && direction.idleFrom > 0 && idle >= m_idleShown;
     if (direction.isIdle) {
         direction.next = direction.idleFrom;
     }
@@ -94,19 +99,25 @@ void UartAnalyzer::addIdle(Direction &direction)
 
 void UartAnalyzer::addCharacter(Direction &direction)
 {
-    const AsyncCharacter character = direction.line.read();
+    const AsyncCharacter character = direction.hasBreak ? direction.late : direction.line.read();
     if (character.stopMissing && !character.isBreak && character.first < direction.line.length()) {
         direction.line.forget(); // it began before the capture, and this was no start bit
         return;
     }
-    lux::markCharacter(results(), direction.channel, direction.line, character);
-    results().add({.firstSample = character.first,
-                   .lastSample = character.last,
-                   .data = character.value,
-                   .kind = std::uint8_t(character.isBreak ? UartResults::Break : UartResults::Byte),
-                   .line = direction.number,
-                   .flags = flagsOf(character)});
+    UartResults &out = results();
+    lux::markCharacter(out, direction.channel, direction.line, character);
+    out.add({.firstSample = character.first,
+             .lastSample = character.last,
+             .data = character.value,
+             .kind = std::uint8_t(character.isBreak ? UartResults::Break : UartResults::Byte),
+             .line = direction.number,
+             .flags = flagsOf(character)});
     direction.idleFrom = character.last + 1;
+    direction.hasBreak = direction.line.breakWithin(character, direction.line.length()) < sampleCount();
+    if (direction.hasBreak) {
+        direction.late = direction.line.readBreak();
+        direction.late.first = direction.idleFrom;
+    }
 }
 
 std::uint16_t UartAnalyzer::flagsOf(const AsyncCharacter &character) const
@@ -121,7 +132,7 @@ std::uint16_t UartAnalyzer::flagsOf(const AsyncCharacter &character) const
     if (character.stopMissing) {
         flags |= UartResults::FramingError;
     }
-    if (m_settings.addressBit && (character.value & 0x100U) != 0) {
+    if (m_hasAddressBit && (character.value & 0x100U) != 0) {
         flags |= UartResults::Address;
     }
     return std::uint16_t(flags);

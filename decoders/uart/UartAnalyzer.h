@@ -30,12 +30,14 @@ private:
         lux::Sample idleFrom = 0; ///< behind the last character; 0 before the first
         bool isIdle = false;      ///< the next element is the pause before the next character
         bool isOver = false;
+        bool hasBreak = false;         ///< the next element is a break that began within the last character
+        lux::AsyncCharacter late = {}; ///< this break, as far as it lies behind the character
     };
 
     [[nodiscard]] std::int64_t findBitRate();
     void addDirection(std::vector<Direction> &all, const Channel &channel, UartResults::Line number,
                       const lux::BitGrid &grid);
-    void findNext(Direction &direction, const lux::BitGrid &grid) const;
+    void findNext(Direction &direction) const;
     void addIdle(Direction &direction);
     void addCharacter(Direction &direction);
     [[nodiscard]] std::uint16_t flagsOf(const lux::AsyncCharacter &character) const;
@@ -43,5 +45,7 @@ private:
     [[nodiscard]] std::int64_t simulatedRate(std::int64_t sampleRate) const;
     [[nodiscard]] std::uint32_t nextToSend() const;
 
-    std::uint32_t m_sent = 0; ///< characters of the simulation
+    bool m_hasAddressBit = false; ///< these two of the settings, for each character
+    lux::Sample m_idleShown = 0;  ///< the shortest pause that is shown
+    std::uint32_t m_sent = 0;     ///< characters of the simulation
 };

@@ -44,6 +44,25 @@ inline std::vector<std::int64_t> randomEdges(std::uint32_t seed, std::int64_t me
     return edges;
 }
 
+/// The line with a spike in the middle of pulses and pauses that have room for it.
+/// @param width  samples of a spike @param every  1 for each pulse and pause, 2 for each second one
+inline EdgeLine withSpikes(const EdgeLine &line, std::int64_t width, std::size_t every = 1)
+{
+    constexpr std::int64_t room = 4;
+    std::size_t count = 0;
+    EdgeLine spiked(line.startLevel());
+    std::vector<std::int64_t> ends = line.edges();
+    ends.push_back(line.position());
+    for (const std::int64_t end : ends) {
+        const std::int64_t begin = spiked.position();
+        if (++count % every == 0 && end - begin >= room * width) {
+            spiked.hold((end - begin - width) / 2).set(!spiked.level()).hold(width).set(!spiked.level());
+        }
+        spiked.holdUntil(end).set(!spiked.level());
+    }
+    return spiked;
+}
+
 /// Frames of a capture that was cut at its end: the first ones of the whole, of which the last may end early.
 inline std::string faultOfCut(const std::vector<DecodedFrame> &cut, const std::vector<DecodedFrame> &whole)
 {
@@ -58,12 +77,18 @@ inline std::string faultOfCut(const std::vector<DecodedFrame> &cut, const std::v
     return {};
 }
 
-/// The text of a file, which is removed.
-[[nodiscard]] inline std::string exported(const DecodeDesk &desk, const std::string &path, std::uint32_t option)
+/// Writes a file, numbers in hexadecimal.
+inline void exportTo(const DecodeDesk &desk, const std::string &path, std::uint32_t option)
 {
     AnalyzerResults &results = desk.results();
     results.StartExportThread(nullptr, DisplayBase::Hexadecimal, option);
     results.BuildExportFile(path.c_str(), DisplayBase::Hexadecimal, option);
+}
+
+/// The text of a file, which is removed.
+[[nodiscard]] inline std::string exported(const DecodeDesk &desk, const std::string &path, std::uint32_t option)
+{
+    exportTo(desk, path, option);
     std::string text;
     if (std::FILE *file = std::fopen(path.c_str(), "rb"); file != nullptr) {
         char bytes[4096];

@@ -2,6 +2,7 @@
 #include "CanSimulation.h"
 #include "DecoderChecks.h"
 #include "PcapFields.h"
+#include "PythonReader.h"
 
 #include <QtTest>
 
@@ -184,6 +185,7 @@ private:
 constexpr std::int64_t sampleRate = 8000000;
 constexpr std::int64_t bitRate = 500000; ///< 16 samples
 const std::string rate = "baudrate=500000,data_baudrate=2000000";
+const std::string oneRate = "baudrate=500000,data_baudrate=500000"; ///< so many samples a bit are looked at once only
 
 Texts kinds(const DecodeDesk &desk)
 {
@@ -203,6 +205,25 @@ void addClocks()
     QTest::newRow("fast") << 1.004;
 }
 
+/// What the values say of a frame of the simulation.
+std::string faultOf(CanMishap mishap)
+{
+    switch (mishap) {
+    case CanMishap::StuffError:
+        return "stuff";
+    case CanMishap::FixedStuffError:
+        return "fixed_stuff";
+    case CanMishap::CrcDelimiter:
+        return "crc_delimiter";
+    case CanMishap::AckDelimiter:
+        return "ack_delimiter";
+    case CanMishap::FormError:
+        return "end_of_frame";
+    default:
+        return "(absent)";
+    }
+}
+
 } // namespace
 
 class TstCan : public QObject {
@@ -218,15 +239,24 @@ private slots:
     void overloadFramesFollowAFrame();
     void theClockOfASenderMayBeHalfAPercentOff();
     void twoSamplesABitAreEnough();
+    void theRateSwitchesInTheSamplePointHoweverBitsAreLookedAt_data();
+    void theRateSwitchesInTheSamplePointHoweverBitsAreLookedAt();
     void onlyAnAcknowledgementInItsSlotCountsAtTwoSamplesABit_data();
     void onlyAnAcknowledgementInItsSlotCountsAtTwoSamplesABit();
     void aFlagBehindTheSlotIsNoAcknowledgement_data();
     void aFlagBehindTheSlotIsNoAcknowledgement();
     void theRatesAreFoundAndTold();
+    void anUnusualDataRateIsFound_data();
+    void anUnusualDataRateIsFound();
+    void aBitIsLookedAtWhereTheSamplePointIs();
+    void aSenderThatIsTooFarOffIsNotRead();
     void aFrameThatTheCaptureCutsIsNoWholeFrame();
+    void aCaptureThatEndsInAFrameHasThoseBefore();
+    void anAcknowledgementMayComeLate();
     void settingsAreCheckedAndTheSamplePointTakesAFraction();
     void textsAndMarkersTellTheBits();
     void theCandumpLogHasTheSoundFrames();
+    void theCandumpLogCanBeReadByOthers();
     void thePcapFileHasItsStructure();
     void thePcapFileCanBeReadByOthers();
     void theSimulationIsDecodedAsItWasSent_data();
@@ -376,6 +406,32 @@ void TstCan::twoSamplesABitAreEnough()
     }
 }
 
+void TstCan::theRateSwitchesInTheSamplePointHoweverBitsAreLookedAt_data()
+{
+    QTest::addColumn<qint64>("samples"); // of a bit of the data
+    QTest::newRow("three") << qint64(3);
+    QTest::newRow("four") << qint64(4);
+}
+
+/// With few samples a bit is looked at near its middle; the nodes still change the rate in their sample point.
+void TstCan::theRateSwitchesInTheSamplePointHoweverBitsAreLookedAt()
+{
+    QFETCH(qint64, samples);
+    constexpr unsigned count = 60;
+    for (const double off : {0.998, 1.002}) {
+        Sender sender(4 * samples * bitRate, bitRate * off);
+        for (unsigned i = 0; i < count; ++i) {
+            sender.fd(0x100 + i * 7, 8, {i, 0, 0xff, 0x13, 0xa0, 0x2d, 0, i}, 4).idle(8 + i * 0.37);
+        }
+        const Decoded desk(sender, rate, 4 * samples * bitRate);
+        const auto frames = desk.frames();
+        QCOMPARE(frames.size(), std::size_t(count));
+        for (const DecodedFrame &frame : frames) {
+            QCOMPARE(frame.value("crcok"), std::string("1"));
+        }
+    }
+}
+
 void TstCan::onlyAnAcknowledgementInItsSlotCountsAtTwoSamplesABit_data()
 {
     addClocks();
@@ -457,6 +513,70 @@ void TstCan::theRatesAreFoundAndTold()
     QCOMPARE(none.analyzer->GetDecodeStatus(), DecodeStatus::Failed);
 }
 
+void TstCan::anUnusualDataRateIsFound_data()
+{
+    QTest::addColumn<double>("factor");
+    for (const double factor : {1.3, 3.7, 7.3, 11.0}) {
+        QTest::addRow("%g times as fast", factor) << factor;
+    }
+}
+
+void TstCan::anUnusualDataRateIsFound()
+{
+    QFETCH(double, factor);
+    Sender sender(80000000, bitRate);
+    for (unsigned i = 0; i < 6; ++i) {
+        sender.frame(standard(0x100 + i, {i, 2, 3})).fd(0x42, 8, {1, 0x55, 3, 0, 5, 0xff, 7, i}, factor);
+    }
+    const Decoded desk(sender, "baudrate=0,data_baudrate=0", 80000000);
+    QCOMPARE(kinds(desk), Texts(12, "frame"));
+    QCOMPARE(desk.frame(1).value("crcok") + desk.frame(11).value("crcok"), std::string("11"));
+    const std::string told = "Data bit rate found: ";
+    const std::size_t at = desk.message().find(told);
+    QVERIFY(at != std::string::npos);
+    const double found = std::stod(desk.message().substr(at + told.size()));
+    QVERIFY2(std::abs(found - bitRate * factor) < 0.01 * bitRate * factor, desk.message().c_str());
+}
+
+void TstCan::aBitIsLookedAtWhereTheSamplePointIs()
+{
+    // A slow rise: each edge to recessive comes late by a part of a bit.
+    const auto isRead = [](double late, const std::string &point) {
+        Sender sender(sampleRate, bitRate);
+        sender.frame(standard(0x555, {0x55, 0xaa, 0x0f}));
+        EdgeLine line(true);
+        for (const std::int64_t edge : sender.line().edges()) {
+            const bool rises = !line.level();
+            line.holdUntil(edge + (rises ? std::int64_t(late * double(sampleRate) / bitRate) : 0)).set(rises);
+        }
+        line.hold(20 * sampleRate / std::int64_t(bitRate));
+        TestCapture capture(sampleRate, line.position());
+        capture.channel(3, line);
+        DecodeDesk desk(std::make_unique<CanAnalyzer>(), "can_rx=3," + oneRate + point);
+        desk.run(capture);
+        return desk.frames().size() == 1 && desk.frame(0).summary().find("crcok=1") != std::string::npos;
+    };
+    QVERIFY(isRead(0.70, ",sample_point=75"));
+    QVERIFY(!isRead(0.85, ",sample_point=75"));
+    QVERIFY(isRead(0.80, ",sample_point=87.5"));
+    QVERIFY(!isRead(0.95, ",sample_point=87.5"));
+    QVERIFY(isRead(0.45, ",sample_point=50"));
+    QVERIFY(!isRead(0.60, ",sample_point=50"));
+}
+
+/// Ten bits may lie between two edges to dominant: each has room for 7.5 % before its sample point, and for 2.5 %
+/// behind.
+void TstCan::aSenderThatIsTooFarOffIsNotRead()
+{
+    for (const double off : {0.985, 1.015, 0.90, 1.05}) {
+        Sender sender(sampleRate, bitRate * off);
+        sender.frame(standard(0x7c1, {0x07, 0xc1, 0xf0, 0xff, 0xff, 0xff}));
+        const Decoded desk(sender, oneRate, sampleRate);
+        const bool isRead = !desk.frames().empty() && desk.frame(0).value("crcok") == "1";
+        QVERIFY2(isRead == (std::abs(off - 1.0) < 0.02), std::to_string(off).c_str());
+    }
+}
+
 void TstCan::aFrameThatTheCaptureCutsIsNoWholeFrame()
 {
     Sender sender(sampleRate, bitRate);
@@ -473,6 +593,40 @@ void TstCan::aFrameThatTheCaptureCutsIsNoWholeFrame()
     capture.channel(3, line);
     DecodeDesk desk(std::make_unique<CanAnalyzer>(), "can_rx=3," + rate);
     QVERIFY(desk.run(capture).frames().empty());
+}
+
+/// With few samples a bit, and with the data's bit rate to be found.
+void TstCan::aCaptureThatEndsInAFrameHasThoseBefore()
+{
+    for (const std::int64_t samples : {2, 3, 8}) {
+        for (const double clock : {0.996, 1.0, 1.004}) {
+            Sender sender(samples * bitRate, bitRate * clock);
+            sender.frame(standard(0x123, {1, 2})).frame(standard(0x321, {3}));
+            for (std::int64_t length = sender.starts[1] + 1; length <= sender.now(); ++length) {
+                const Decoded desk(sender, "baudrate=500000", samples * bitRate, length);
+                QVERIFY(!desk.frames().empty());
+                QCOMPARE(desk.frames()[0].value("crcok"), std::string("1"));
+            }
+        }
+    }
+}
+
+/// As much as a fifth of a bit for the way there and back.
+void TstCan::anAcknowledgementMayComeLate()
+{
+    constexpr unsigned count = 40;
+    for (const std::int64_t samples : {3, 4, 8}) {
+        Sender sender(samples * bitRate, bitRate * 1.001);
+        for (unsigned i = 0; i < count; ++i) {
+            sender.bits(extended(0x9f80100 + i * 77, {i, 0, 0xff, 0x13}) + "1").idle(0.2);
+            sender.bits("0").idle(0.8).bits("1111111").bits(intermission).idle(i * 0.37);
+        }
+        const auto frames = Decoded(sender, rate, samples * bitRate).frames();
+        QCOMPARE(frames.size(), std::size_t(count));
+        for (const DecodedFrame &frame : frames) {
+            QCOMPARE(frame.value("crcok") + frame.value("ack"), std::string("11"));
+        }
+    }
 }
 
 void TstCan::settingsAreCheckedAndTheSamplePointTakesAFraction()
@@ -515,6 +669,29 @@ void TstCan::theCandumpLogHasTheSoundFrames()
     QVERIFY(log.find(" can0 12345678#AB\n") != std::string::npos);
     QVERIFY(log.find(" can0 055#R4\n") != std::string::npos);
     QVERIFY(log.find(" can0 042##1ABCD\n") != std::string::npos);
+}
+
+void TstCan::theCandumpLogCanBeReadByOthers()
+{
+    Sender sender(40000000, bitRate);
+    sender.frame(standard(0x123, {0x11, 0x22})).frame(extended(0x12345678, {0xab}));
+    sender.frame(classic("0" + binary(0x55, 11) + "100" + binary(4, 4), {})).fd(0x42, 2, {0xab, 0xcd}, 4.0);
+    const Decoded desk(sender, rate, 40000000);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("out.log"));
+    decoderChecks::exportTo(desk, path.toStdString(), CanSettings::CandumpLog);
+    const auto text = pythonReader::read("can",
+                                         "for m in can.CanutilsLogReader(sys.argv[1]):\n"
+                                         "    print('%.6f %X' % (m.timestamp, m.arbitration_id),\n"
+                                         "          int(m.is_extended_id), int(m.is_remote_frame),\n"
+                                         "          int(m.is_fd), int(m.bitrate_switch), m.dlc,\n"
+                                         "          m.data.hex())\n",
+                                         path);
+    if (!text) {
+        QSKIP("python3-can is not installed");
+    }
+    QCOMPARE(*text, std::string("0.000024 123 0 0 0 0 2 1122 0.000154 12345678 1 0 0 0 1 ab 0.000306 55 0 1 0 0 4 "
+                                "0.000404 42 0 0 1 1 2 abcd"));
 }
 
 void TstCan::thePcapFileHasItsStructure()
@@ -573,10 +750,10 @@ void TstCan::theSimulationIsDecodedAsItWasSent()
     QFETCH(std::int64_t, rate);
     QFETCH(QString, settings);
     DecodeDesk desk(std::make_unique<CanAnalyzer>(), "can_rx=0," + settings.toStdString());
-    const auto capture = desk.simulate(rate, rate / 10, 65536);
+    const auto capture = desk.simulate(rate, rate < 10000000 ? rate : rate / 10, 65536);
     QCOMPARE(decoderChecks::faultOf(desk.run(*capture), capture->device().smpCount), std::string());
     auto frames = desk.frames();
-    QVERIFY(frames.size() > 50);
+    QVERIFY(frames.size() > 75); // all mishaps
     if (frames.back().kind == "cut") {
         frames.pop_back(); // by the end
     }
@@ -585,7 +762,10 @@ void TstCan::theSimulationIsDecodedAsItWasSent()
         const CanSimulated sent = CanSimulated::of(number, true);
         const DecodedFrame &frame = frames[at++];
         QCOMPARE(frame.value("id"), std::to_string(sent.frame.id));
-        if (sent.mishap == CanMishap::StuffError) {
+        const std::string fault = faultOf(sent.mishap);
+        QCOMPARE(frame.value("fault"), fault);
+        if (sent.mishap == CanMishap::StuffError || sent.mishap == CanMishap::FixedStuffError ||
+            sent.mishap == CanMishap::CrcDelimiter) {
             QCOMPARE(frame.kind, std::string("cut"));
         } else {
             QCOMPARE(frame.value("dlc"), std::to_string(sent.frame.dlc));
@@ -598,7 +778,7 @@ void TstCan::theSimulationIsDecodedAsItWasSent()
             }
             QCOMPARE(frame.value("data"), data);
         }
-        const bool hasError = sent.mishap == CanMishap::StuffError || sent.mishap == CanMishap::FormError;
+        const bool hasError = fault != "(absent)";
         if ((hasError || sent.mishap == CanMishap::Overload) && at < frames.size()) {
             QCOMPARE(frames[at++].kind, std::string(hasError ? "error" : "overload"));
         }

@@ -200,6 +200,11 @@ void TstDecoderEngines::theFilteredLineHasNoShortPulses()
     QVERIFY(again.levelAt(28));
     QVERIFY(again.hasEdgeBefore(41));
     QVERIFY(!again.hasEdgeBefore(40));
+    lux::ChannelReader reader(ChannelReader(capture.root(0), control, 100));
+    QCOMPARE(lux::nextSteadyEdge(reader, 5), std::int64_t(20));
+    QCOMPARE(reader.peekEdge(), std::int64_t(26)); // it is not ahead
+    QCOMPARE(lux::nextSteadyEdge(reader, 5), std::int64_t(40));
+    QCOMPARE(lux::nextSteadyEdge(reader, 1), std::int64_t(50));
 }
 
 void TstDecoderEngines::busLinesAreReadAsANumber()

@@ -1,5 +1,6 @@
 #include "DecoderChecks.h"
 #include "I2sAnalyzer.h"
+#include "PythonReader.h"
 #include "WireBundle.h"
 
 #include <QtTest>
@@ -426,28 +427,21 @@ void TstI2s::soundIsExported()
 
 void TstI2s::waveFilesAreReadByOthers()
 {
-    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
-    if (python.isEmpty()) {
-        QSKIP("there is no python3 to read the file with");
-    }
     const Sender sender = i2sFrames({0x0102, 0x8304, 0x0506, 0xf708}, 16);
     const Desk desk(sender, with("bits=16"));
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("out.wav"));
-    AnalyzerResults &results = desk.results();
-    results.StartExportThread(nullptr, DisplayBase::Hexadecimal, I2sSettings::Wave);
-    results.BuildExportFile(path.toLocal8Bit().constData(), DisplayBase::Hexadecimal, I2sSettings::Wave);
-    QProcess reader;
-    reader.start(python, {QStringLiteral("-c"),
-                          QStringLiteral("import sys,wave\n"
+    decoderChecks::exportTo(desk, path.toStdString(), I2sSettings::Wave);
+    const auto text = pythonReader::read("wave",
                                          "w = wave.open(sys.argv[1])\n"
                                          "print(w.getnchannels(), w.getsampwidth(), w.getframerate(), w.getnframes())\n"
-                                         "print(w.readframes(9).hex())"),
-                          path});
-    QVERIFY(reader.waitForFinished());
-    const QString text = QString::fromLatin1(reader.readAllStandardOutput());
+                                         "print(w.readframes(9).hex())",
+                                         path);
+    if (!text) {
+        QSKIP("python3 is not installed");
+    }
     // The frame before the first whole one has its right word alone.
-    QCOMPARE(text.simplified(), QStringLiteral("2 2 3125 3 00000000020104830605") + QStringLiteral("08f7"));
+    QCOMPARE(*text, std::string("2 2 3125 3 0000000002010483060508f7"));
 }
 
 void TstI2s::theSimulationIsDecodedAsItWasSent_data()
@@ -464,7 +458,8 @@ void TstI2s::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("TDM") << "bits=16,format=tdm,slots=8,slot_width=32" << 500000000 << 100000;
 }
 
-/// Word n is n times an odd number, in slot after slot.
+/// Word n is n times an odd number, in slot after slot. The last one of each 23rd frame lacks its last bit, where words
+/// have no room around them.
 void TstI2s::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(QString, settings);
@@ -482,13 +477,20 @@ void TstI2s::theSimulationIsDecodedAsItWasSent()
                           settings.contains(QLatin1String("tdm"));
     const unsigned count = numberAt("slots=", isFramed ? 1 : 2);
     const unsigned firstSlot = settings.contains(QLatin1String("tdm")) ? 1 : 0;
+    const bool isWide = settings.contains(QLatin1String("slot_width"));
+    const bool isLsb = settings.contains(QLatin1String("lsb"));
     const Texts got = desk.summaries();
     QVERIFY(got.size() > 50);
     // Words before the first change that is seen are missing.
     std::uint32_t number = 0;
     const auto text = [&](std::uint32_t n) {
         const std::uint64_t value = (n * 2654435761U) & (~std::uint64_t(0) >> (64 - bits));
-        return sample(int(n % count + firstSlot), value);
+        const std::string whole = sample(int(n % count + firstSlot), value);
+        if (isWide || n % count != count - 1 || n / count % 23 != 22) {
+            return whole;
+        }
+        const std::uint64_t left = isLsb ? value & (~std::uint64_t(0) >> (65 - bits)) : value >> 1;
+        return sample(int(n % count + firstSlot), left) + " n=" + std::to_string(bits - 1);
     };
     while (number < 2 * count && text(number) != got.front()) {
         ++number;

@@ -88,6 +88,8 @@ private slots:
     void aFrameThatBreaksOffHidesNoOther();
     void aCarrierIsTakenAwayAndTold();
     void aCarrierIsNoneWhereItIsSetOff();
+    void spikesAreNotSeen_data();
+    void spikesAreNotSeen();
     void otherRemotesAreNoFrames();
     void textsGoFromShortToLong();
     void eachBitHasAMarker();
@@ -244,6 +246,31 @@ void TstIrNec::aCarrierIsNoneWhereItIsSetOff()
     const Decoded desk(remote, low + ",carrier=off");
     QCOMPARE(desk.frames().size(), std::size_t(1));
     QVERIFY(desk.message().empty());
+}
+
+void TstIrNec::spikesAreNotSeen_data()
+{
+    QTest::addColumn<QString>("carrier");
+    QTest::addColumn<int>("samples");
+    QTest::addColumn<bool>("isRead");
+    QTest::newRow("shorter than an eighth of a bit's mark") << "off" << 69 << true;
+    QTest::newRow("longer") << "off" << 72 << false;
+    QTest::newRow("beside a carrier") << "auto" << 69 << true;
+}
+
+void TstIrNec::spikesAreNotSeen()
+{
+    QFETCH(QString, carrier);
+    QFETCH(int, samples);
+    QFETCH(bool, isRead);
+    Remote remote;
+    remote.frame({0x40, 0xbf, 0x44, 0xbb}).repeat();
+    const EdgeLine spiked = decoderChecks::withSpikes(remote.line(), samples);
+    const DecodedLine desk(std::make_unique<IrNecAnalyzer>(), spiked, low + ",carrier=" + carrier.toStdString(),
+                           sampleRate);
+    const Texts expected = {"frame bytes=40BF44BB address=64 command=68 ext=0 ok=1", "repeat address=64 command=68"};
+    QCOMPARE(desk.summaries() == expected, isRead);
+    QVERIFY(!isRead || desk.frame(0).first == remote.begins[0]);
 }
 
 void TstIrNec::otherRemotesAreNoFrames()

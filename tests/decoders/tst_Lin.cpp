@@ -53,12 +53,15 @@ private slots:
     void aPauseEndsTheAnswerOnlyWhenItIsTooLong();
     void aFramingErrorEndsTheAnswer();
     void aBreakEndsTheAnswer();
+    void aBreakMayBeginWithinACharacter();
     void aBreakHasElevenBits_data();
     void aBreakHasElevenBits();
     void aSenderMayBeFourteenPercentOff_data();
     void aSenderMayBeFourteenPercentOff();
     void aBreakWithoutHeaderIsTold();
     void aLonePulseIsAWakeUpSignal();
+    void spikesAreNotSeen();
+    void aLongerSpikeBreaksTheHeader();
     void theRateIsFoundAndTold_data();
     void theRateIsFoundAndTold();
     void withoutHeadersNoRateIsFound();
@@ -181,6 +184,27 @@ void TstLin::aBreakEndsTheAnswer()
                     "frame id=1 pid=193 par=1 data=1111 ck=28 enh=1 cls=0"}));
 }
 
+void TstLin::aBreakMayBeginWithinACharacter()
+{
+    AsyncSender sender(bit);
+    sender.idle(20);
+    header(sender, 0xa3);
+    sender.byte(0x11).low(1).idle(3); // the master does not wait for the answer's end
+    header(sender, 0xa3);
+    sender.bytes({0x11, 0x22, 0x29}).idle(60);
+    sender.low(13).idle(1).byte(0x55).low(2).idle(4); // nor for that of its identifier
+    const std::int64_t broken = sender.now();
+    header(sender, 0xc1);
+    sender.bytes({0x11, 0x11, 0x1c}).idle(60);
+    const Decoded desk(sender, rate);
+    QCOMPARE(desk.summaries(),
+             (Texts{"frame id=35 pid=163 par=1 data=11 fe=1", "frame id=35 pid=163 par=1 data=1122 ck=41 enh=1 cls=0",
+                    "frame id=30 pid=30 par=0 data= fe=1", "frame id=1 pid=193 par=1 data=1111 ck=28 enh=1 cls=0"}));
+    QCOMPARE(desk.message(), std::string()); // such as that markers are not in the order of time
+    QCOMPARE(desk.frame(2).last, broken - 1);
+    QCOMPARE(desk.frame(3).first, broken);
+}
+
 void TstLin::aBreakHasElevenBits_data()
 {
     QTest::addColumn<double>("bits");
@@ -246,6 +270,27 @@ void TstLin::aLonePulseIsAWakeUpSignal()
     const Decoded desk(sender, rate);
     QCOMPARE(desk.summaries(), (Texts{"wakeup", "frame id=35 pid=163 par=1 data=1122 ck=41 enh=1 cls=0"}));
     QCOMPARE(desk.frame(0).text, std::string("Wake-up signal of 250 us"));
+}
+
+void TstLin::spikesAreNotSeen()
+{
+    const AsyncSender sender = frameOf(0x4a, {0x55, 0x93, 0xe5, 0xe6});
+    const Texts whole = Decoded(sender, rate).summaries();
+    const EdgeLine spiked = decoderChecks::withSpikes(sender.line(), 3); // a sixteenth of a bit
+    const DecodedLine desk(std::make_unique<LinAnalyzer>(), spiked, rate, sampleRate);
+    QCOMPARE(desk.summaries(), whole);
+    QCOMPARE(desk.frame(0).first, std::int64_t(20 * 50));
+}
+
+void TstLin::aLongerSpikeBreaksTheHeader()
+{
+    for (const int spike : {5, 7}) { // samples; an eighth of a bit has 6
+        AsyncSender sender(bit);
+        const double bits = spike / bit;
+        sender.idle(20).low(6).idle(bits).low(7 - bits).idle(1).byte(0x55).byte(0x4a);
+        sender.bytes({0x55, 0x93, 0xe5, 0xe6}).idle(60);
+        QCOMPARE(Decoded(sender, rate).frames().size(), std::size_t(spike == 5 ? 1 : 0));
+    }
 }
 
 void TstLin::theRateIsFoundAndTold_data()
@@ -422,16 +467,17 @@ void TstLin::theSimulationIsDecodedAsItWasSent()
     QFETCH(int, rate);
     QFETCH(int, block);
     DecodeDesk desk(std::make_unique<LinAnalyzer>(), "rx=0," + settings.toStdString());
-    const auto capture = desk.simulate(rate, rate * std::int64_t(4), block);
+    const auto capture =
+        desk.simulate(rate, rate * std::int64_t(settings.contains(QLatin1String("2400")) ? 12 : 4), block);
     QCOMPARE(decoderChecks::faultOf(desk.run(*capture), capture->device().smpCount), std::string());
     const auto frames = desk.frames();
-    QVERIFY(frames.size() > 40);
+    QVERIFY(frames.size() > 72); // all mishaps
     LinSettings own;
     own.LoadText(("rx=0," + settings.toStdString()).c_str());
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const LinSimulated sent = LinSimulated::of(std::uint32_t(i), own);
         const bool isWakeUp = sent.mishap == LinMishap::WakeUp && !settings.contains(QLatin1String("250000"));
-        const bool isBreak = sent.mishap == LinMishap::NoIdentifier;
+        const bool isBreak = sent.mishap == LinMishap::NoIdentifier || sent.mishap == LinMishap::NoSync;
         QCOMPARE(frames[i].kind, std::string(isWakeUp ? "wakeup" : isBreak ? "break" : "frame"));
         if (frames[i].kind != "frame") {
             continue;
@@ -444,8 +490,9 @@ void TstLin::theSimulationIsDecodedAsItWasSent()
         QCOMPARE(frames[i].value("pid"), std::to_string(sent.frame.pid));
         QCOMPARE(frames[i].value("par"), std::string(sent.mishap == LinMishap::WrongParity ? "0" : "1"));
         const bool isRight = frames[i].text.find("checksum error") == std::string::npos;
+        QCOMPARE(frames[i].value("fe"), std::string(sent.frame.framingError ? "1" : "(absent)"));
         const bool isWrongOnPurpose = sent.mishap == LinMishap::WrongChecksum;
-        QVERIFY2(isRight != isWrongOnPurpose, frames[i].text.c_str());
+        QVERIFY2(isRight != isWrongOnPurpose || sent.frame.framingError, frames[i].text.c_str());
     }
 }
 

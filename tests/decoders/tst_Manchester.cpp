@@ -100,7 +100,8 @@ private slots:
     void aRunReachesFromItsFirstBitToItsLast();
     void eitherConventionMayBeSet();
     void theConventionIsToldByTheStartBitWhereTheLineRestsHigh();
-    void aLeaderAndALongerBitSplitARun();
+    void theTrailerOfRc6IsOneBit();
+    void aLeaderWithoutATrailerBeginsARunAsAnySilenceDoes();
     void differentialCodeHasAnEdgeAtTheBeginOfAZero();
     void biphaseMarkHasAnEdgeInTheMiddleOfAOne();
     void biphaseSpaceHasAnEdgeInTheMiddleOfAZero();
@@ -109,6 +110,9 @@ private slots:
     void withoutOtherRunsEqualBitsAreOnes();
     void aMiddleWithoutEdgeIsAViolation();
     void aGlitchEndsARun();
+    void spikesAreNotSeen_data();
+    void spikesAreNotSeen();
+    void aSampleIsASpikeWhereABitHasTen();
     void pulsesMayBeFortyPercentOff_data();
     void pulsesMayBeFortyPercentOff();
     void fewerThanFourBitsAreNoise();
@@ -116,6 +120,7 @@ private slots:
     void wordsHaveTheSetLength();
     void theRateIsFoundAndTold_data();
     void theRateIsFoundAndTold();
+    void theRateIsFoundWhereOneLevelIsLonger();
     void aRateThatFitsNoEdgesIsNotTaken();
     void withoutEdgesNoRateIsFound();
     void textsGoFromShortToLong();
@@ -165,19 +170,37 @@ void TstManchester::theConventionIsToldByTheStartBitWhereTheLineRestsHigh()
 }
 
 /// As RC-6 has it: a leader of six halves and two, a start bit, three bits, one of twice the length, sixteen bits.
-void TstManchester::aLeaderAndALongerBitSplitARun()
+void TstManchester::theTrailerOfRc6IsOneBit()
 {
-    for (const bool toggle : {false, true}) {
-        Sender sender(true);
-        for (const char *data : {"0000010011001010", "0100010011001011"}) {
-            sender.pause(40).level(false, 6).level(true, 2).rising("1000");
-            sender.level(!toggle, 2).level(toggle, 2).rising(data).pause(2);
+    // The bit is twice as long; a run with its neighbours' halves has pulses of three halves.
+    for (const char *mode : {"1000", "1110", "1001"}) {
+        for (const bool toggle : {false, true}) {
+            Sender sender(true);
+            for (const char *data : {"0000010011001010", "1100010011001011"}) {
+                sender.pause(40).level(false, 6).level(true, 2).rising(mode);
+                sender.level(!toggle, 2).level(toggle, 2).rising(data).pause(2);
+            }
+            sender.pause(40);
+            const std::string head = mode + std::string(toggle ? "1" : "0");
+            const Decoded desk(sender, rate + "polarity=low");
+            QCOMPARE(brief(desk), (Texts{head + "0000010011001010", head + "1100010011001011"}));
+            QCOMPARE(desk.frame(0).first, sender.begins[0]);
+            QCOMPARE(desk.frame(0).last, sender.begins[1] + 16 * 50 - 1);
         }
-        sender.pause(40);
-        Texts got = brief(Decoded(sender, rate + "polarity=low"));
-        got.erase(std::remove(got.begin(), got.end(), "violation"), got.end());
-        QCOMPARE(got, (Texts{"1000", "0000010011001010", "1000", "0100010011001011"}));
     }
+}
+
+void TstManchester::aLeaderWithoutATrailerBeginsARunAsAnySilenceDoes()
+{
+    Sender sender(true);
+    sender.pause(40).level(false, 6).level(true, 2).rising("100001001100").pause(40);
+    QCOMPARE(brief(Decoded(sender, rate + "polarity=low")), Texts{"100001001100"});
+    Sender split(true); // two halves more in the fifth bit than a trailer has
+    split.pause(40).level(false, 6).level(true, 2).rising("1000").level(true, 3).level(false, 3);
+    split.rising("0100010011001011").pause(40);
+    Texts got = brief(Decoded(split, rate + "polarity=low"));
+    got.erase(std::remove(got.begin(), got.end(), "violation"), got.end());
+    QCOMPARE(got, (Texts{"1000", "0100010011001011"}));
 }
 
 void TstManchester::differentialCodeHasAnEdgeAtTheBeginOfAZero()
@@ -255,10 +278,39 @@ void TstManchester::aMiddleWithoutEdgeIsAViolation()
 void TstManchester::aGlitchEndsARun()
 {
     Sender sender;
-    sender.pause(10).rising("10010110").level(false, 0.5).level(true, 0.2).level(false, 0.5).pause(10);
+    sender.pause(10).rising("10010110").level(false, 0.5).level(true, 0.3).level(false, 0.5).pause(10);
     const Decoded desk(sender, rate + "convention=802.3");
     QCOMPARE(brief(desk).front(), std::string("10010110"));
     QCOMPARE(desk.frame(1).kind, std::string("violation"));
+}
+
+void TstManchester::spikesAreNotSeen_data()
+{
+    QTest::addColumn<int>("samples");
+    QTest::addColumn<bool>("isRead");
+    QTest::newRow("up to a quarter of half a bit") << 6 << true;
+    QTest::newRow("longer") << 7 << false;
+}
+
+void TstManchester::spikesAreNotSeen()
+{
+    QFETCH(int, samples);
+    QFETCH(bool, isRead);
+    Sender sender;
+    sender.pause(10).rising("1001011011100010").pause(10);
+    const EdgeLine spiked = decoderChecks::withSpikes(sender.line(), samples, 3);
+    const DecodedLine desk(std::make_unique<ManchesterAnalyzer>(), spiked, rate + "convention=802.3", sampleRate);
+    QCOMPARE(brief(desk) == Texts{"1001011011100010"}, isRead);
+}
+
+void TstManchester::aSampleIsASpikeWhereABitHasTen()
+{
+    Sender sender(false, 5);
+    sender.pause(10).rising("1001011011100010").pause(10);
+    const EdgeLine spiked = decoderChecks::withSpikes(sender.line(), 1, 3);
+    const std::string settings = "data=3,bitrate=100000,convention=802.3";
+    QCOMPARE(brief(DecodedLine(std::make_unique<ManchesterAnalyzer>(), spiked, settings, sampleRate)),
+             Texts{"1001011011100010"});
 }
 
 void TstManchester::pulsesMayBeFortyPercentOff_data()
@@ -349,6 +401,25 @@ void TstManchester::theRateIsFoundAndTold()
     const Decoded desk(sender, "data=3,convention=802.3");
     QCOMPARE(desk.message(), "Bit rate found: " + told.toStdString() + " bits/s");
     QCOMPARE(brief(desk), Texts(20, "10110010101011"));
+}
+
+void TstManchester::theRateIsFoundWhereOneLevelIsLonger()
+{
+    // What a receiver of infrared light makes of it: each pulse is longer by a part of half a bit, or shorter.
+    const std::string halves = "0110010101101001100110";
+    for (const double longer : {-0.28, -0.2, 0.2, 0.28}) {
+        Sender sender;
+        sender.pause(10);
+        for (int run = 0; run < 20; ++run) {
+            for (std::size_t i = 0; i < halves.size(); ++i) {
+                const bool high = halves[i] == '1';
+                const bool isEdge = i > 0 && halves[i - 1] != halves[i];
+                sender.level(high, 1 + (isEdge ? (high ? longer : -longer) : 0.0));
+            }
+            sender.pause(10);
+        }
+        QCOMPARE(brief(Decoded(sender, "data=3,convention=802.3")), Texts(20, "10111001010"));
+    }
 }
 
 void TstManchester::aRateThatFitsNoEdgesIsNotTaken()
@@ -533,12 +604,18 @@ void TstManchester::theSimulationIsDecodedAsItWasSent()
     const bool isDifferential = settings.contains(QLatin1String("differential"));
     const Texts got = brief(desk);
     QVERIFY(got.size() > 80);
+    const bool hasRoom = rate == 1000000 && !settings.contains(QLatin1String("100000")); // 40 samples a bit
+    std::uint32_t number = 0;
     for (std::size_t i = 0; i + 1 < got.size(); ++i) { // the last one may be cut
+        const ManchesterSimulated sent = ManchesterSimulated::of(number++);
         std::string expected;
-        for (const bool bit : ManchesterSimulated::of(std::uint32_t(i)).bits) {
+        for (const bool bit : sent.bits) {
             expected += bit ? '1' : '0';
         }
         QCOMPARE(got[i], isDifferential ? expected.substr(1) : expected);
+        if (sent.hasViolation && hasRoom && i + 2 < got.size()) {
+            QCOMPARE(got[++i], std::string("violation"));
+        }
     }
 }
 

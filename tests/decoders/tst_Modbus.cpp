@@ -92,6 +92,7 @@ private slots:
     void silenceOfThreeAndAHalfCharactersEndsAFrame_data();
     void silenceOfThreeAndAHalfCharactersEndsAFrame();
     void aWholeFrameEndsWithAShorterSilence();
+    void aLineThatNobodyDrivesIsSilent();
     void aPauseWithinAFrameIsTold();
     void fastLinesHaveTheirOwnSilence();
     void charactersThatAreTooFewAreAnError();
@@ -112,6 +113,7 @@ private slots:
     void theRegistersAreExportedOneALine();
     void aCutFrameIsNotShown();
     void aFrameThatTheCapturesBeginCutsIsNotShown();
+    void theTailOfACharacterHidesNoColon();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void randomEdgesGiveFramesInOrder();
@@ -165,6 +167,18 @@ void TstModbus::aWholeFrameEndsWithAShorterSilence()
         sender.bytes(withCrc({1, 3, 2, 0, 5})).idle(50);
         QCOMPARE(Decoded(sender, rate).frames().size(), std::size_t(characters > 1.5 ? 2 : 1));
     }
+}
+
+void TstModbus::aLineThatNobodyDrivesIsSilent()
+{
+    AsyncSender sender(bit);
+    sender.idle(50);
+    for (const double low : {60.0, 33.0}) {
+        sender.low(low).idle(5).bytes(withCrc({1, 7})).idle(5);
+    }
+    sender.low(60).idle(5).bytes({1, 2, 3, 4, 5}).low(60).idle(5).bytes({1, 2}).low(20).idle(5).bytes({3, 4}).idle(50);
+    QCOMPARE(brief(Decoded(sender, rate)), (Texts{"frame 010741E2 1", "frame 010741E2 1", "frame 0102030405 0",
+                                                  "frame 0102000304 0"})); // the last break is too short
 }
 
 void TstModbus::aPauseWithinAFrameIsTold()
@@ -445,9 +459,22 @@ void TstModbus::aFrameThatTheCapturesBeginCutsIsNotShown()
         const Texts both{"frame 1122334455 0", "frame 010741E2 1"};
         QCOMPARE(brief(Decoded(sender, rate)), idle < 32 ? whole : both);
     }
+    AsyncSender late(bit); // ends three bits behind the edge that is taken for a start
+    late.low(2).idle(1).low(1).idle(2 + 35).bytes({0x11, 0x22, 0x33, 0x44, 0x55}).idle(50);
+    QCOMPARE(brief(Decoded(late, rate)), Texts{"frame 1122334455 0"});
     AsyncSender right(bit);
     right.idle(4).bytes(withCrc({1, 7})).idle(50);
     QCOMPARE(brief(Decoded(right, rate)), Texts{"frame 010741E2 1"});
+}
+
+void TstModbus::theTailOfACharacterHidesNoColon()
+{
+    AsyncSender sender(bit);
+    sender.idle(1).low(2).idle(4); // the last bits of a character; read from their edge on, it ends within the colon
+    for (const char character : ascii({1, 7})) {
+        sender.byte(unsigned(character));
+    }
+    QCOMPARE(brief(Decoded(sender.idle(50), rate + ",mode=ascii")), Texts{"frame 0107F8 1"});
 }
 
 void TstModbus::theSimulationIsDecodedAsItWasSent_data()
@@ -471,20 +498,33 @@ void TstModbus::theSimulationIsDecodedAsItWasSent()
     const auto capture = desk.simulate(rate, rate * std::int64_t(2), block);
     QCOMPARE(decoderChecks::faultOf(desk.run(*capture), capture->device().smpCount), std::string());
     const auto frames = desk.frames();
-    QVERIFY(frames.size() > 50);
+    constexpr std::size_t untilAllMishaps = 56;
+    QVERIFY(frames.size() > untilAllMishaps);
     const std::size_t check = settings.contains(QLatin1String("ascii")) ? 2 : 4; // digits
+    const bool isAscii = check == 2;
+    const bool hasParity = settings.contains(QLatin1String("parity"));
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const ModbusSimulated sentNow = ModbusSimulated::of(std::uint32_t(i));
+        const bool isCut = sentNow.mishap == ModbusMishap::Cut;
+        QCOMPARE(frames[i].kind, std::string(isCut ? "error" : "frame"));
         std::string expected;
         for (const std::uint8_t byte : sentNow.bytes) {
             expected += QString::asprintf("%02X", unsigned(byte)).toStdString();
         }
         const std::string got = frames[i].value("v");
-        QVERIFY2(got.substr(0, got.size() - check) == expected,
-                 (std::to_string(i) + " " + got + " " + expected).c_str());
+        if (isCut) {
+            QCOMPARE(got, expected.substr(0, 4));
+            continue;
+        }
         QCOMPARE(got.substr(0, got.size() - check), expected);
         QCOMPARE(frames[i].value("crc"), std::string(sentNow.isCheckWrong ? "0" : "1"));
         QCOMPARE(frames[i].value("side"), std::string(sentNow.isResponse ? "response" : "request"));
+        const auto is = [&](ModbusMishap mishap, bool may = true) {
+            return std::string(may && sentNow.mishap == mishap ? "1" : "(absent)");
+        };
+        QCOMPARE(frames[i].value("pe"), is(ModbusMishap::Parity, hasParity));
+        QCOMPARE(frames[i].value("fe"), is(ModbusMishap::Framing));
+        QCOMPARE(frames[i].value("pause"), is(ModbusMishap::Pause, !isAscii));
     }
 }
 

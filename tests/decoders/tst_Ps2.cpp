@@ -70,6 +70,8 @@ public:
     }
     Wire &command(std::uint32_t value) { return request().host(bitsOf(value) >> 1); }
     [[nodiscard]] std::int64_t now() const { return m_now; }
+    [[nodiscard]] const EdgeLine &clockLine() const { return m_clock; }
+    [[nodiscard]] const EdgeLine &dataLine() const { return m_data; }
     [[nodiscard]] std::unique_ptr<TestCapture> capture(std::int64_t length = -1, std::int64_t from = 0,
                                                        std::int64_t shift = 0) const
     {
@@ -115,9 +117,9 @@ Texts plain(const DecodeDesk &desk)
 {
     Texts all;
     for (const DecodedFrame &frame : desk.frames()) {
-        all.push_back(frame.kind == "short"
-                          ? "short " + frame.value("n")
-                          : frame.kind + " " + frame.value("v") + " " + frame.value("pe") + frame.value("fe"));
+        all.push_back(frame.kind == "short" ? "short " + frame.value("n")
+                                            : frame.kind + " " + frame.value("v") + " " + frame.value("pe") +
+                                                  frame.value("fe") + (frame.value("ack") == "0" ? " unanswered" : ""));
     }
     return all;
 }
@@ -138,7 +140,9 @@ private slots:
     void answersAreNoKeys();
     void aPauseCutsAByte();
     void anInhibitCutsAByte();
+    void anInhibitOfTheLastClockLeavesTheByteWhole();
     void aByteWithoutStartBitIsNone();
+    void spikesAreNotSeen();
     void aCaptureMayBeginAnywhere();
     void aCaptureMayBeginBehindACutByte();
     void aCutElementIsNotShown();
@@ -288,11 +292,38 @@ void TstPs2::anInhibitCutsAByte()
     QCOMPARE(plain(Decoded(wire)), (Texts{"short 7", "byte 28 00"}));
 }
 
+void TstPs2::anInhibitOfTheLastClockLeavesTheByteWhole()
+{
+    Wire wire;
+    const std::uint32_t bits = Wire::bitsOf(0x1c);
+    for (unsigned i = 0; i < 11; ++i) {
+        wire.data((bits >> i & 1U) != 0).wait(20).pulse(i < 10 ? 40 : 700).wait(20);
+    }
+    wire.wait(500).keyboard(0xf0);
+    const Decoded desk(wire);
+    QCOMPARE(plain(desk), (Texts{"byte 28 00", "byte 240 00"}));
+    QCOMPARE(desk.frame(0).last, wire.falls[10] + 40 - 1);
+}
+
 void TstPs2::aByteWithoutStartBitIsNone()
 {
     Wire wire;
     wire.send(0x7ff).keyboard(0x1c);
     QCOMPARE(plain(Decoded(wire)), (Texts{"byte 28 00"}));
+}
+
+void TstPs2::spikesAreNotSeen()
+{
+    Wire wire;
+    wire.keyboard(0x1c).command(0xed).keyboard(0xfa).wait(500);
+    for (const std::int64_t spike : {4, 5}) { // microseconds
+        TestCapture capture(sampleRate, wire.now());
+        capture.channel(clockChannel, decoderChecks::withSpikes(wire.clockLine(), spike, 3));
+        capture.channel(dataChannel, decoderChecks::withSpikes(wire.dataLine(), spike, 3));
+        DecodeDesk desk(std::make_unique<Ps2Analyzer>(), lines);
+        desk.run(capture);
+        QCOMPARE(plain(desk) == (Texts{"byte 28 00", "host 237 00", "byte 250 00"}), spike < 5);
+    }
 }
 
 void TstPs2::aCaptureMayBeginAnywhere()
@@ -383,7 +414,7 @@ void TstPs2::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("20 MHz") << 20000000 << 65536;
 }
 
-/// Eight forms in turn, with a byte that counts up.
+/// Nine forms in turn, with a byte that counts up.
 void TstPs2::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
@@ -403,8 +434,9 @@ void TstPs2::theSimulationIsDecodedAsItWasSent()
                                {byte(n, " 10")},
                                {byte(n, " 01")},
                                {"short 5"},
-                               {"host 255 00", byte(0xfa), byte(0xaa)}};
-        expected.insert(expected.end(), forms[i % 8].begin(), forms[i % 8].end());
+                               {"host 255 00", byte(0xfa), byte(0xaa)},
+                               {"host 238 00 unanswered"}};
+        expected.insert(expected.end(), forms[i % 9].begin(), forms[i % 9].end());
     }
     QVERIFY(got.size() > 300);
     expected.resize(got.size());

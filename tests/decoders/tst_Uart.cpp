@@ -4,7 +4,9 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -61,14 +63,16 @@ public:
             }
             const unsigned value = bits >> 1 & 0xffU;
             const bool stop = (bits >> 9 & 1U) != 0;
-            const bool isTail =
-                !stop && value != 0 && at < std::size_t(std::lround(10.0 * double(sampleRate) / double(m_rate)));
+            const bool isTail = !stop && value != 0 && at < length();
             if ((bits & 1U) != 0 || isTail) {
                 ++at;
                 continue;
             }
             const std::string text = !stop && value == 0 ? "break" : std::to_string(value) + (stop ? "" : "f");
             all.push_back(std::to_string(at) + ":" + text);
+            if (!stop && value != 0 && lowAround(at + look(9)) >= std::ptrdiff_t(length())) {
+                all.push_back(std::to_string(at + length()) + ":break");
+            }
             at += look(9);
         }
         return all;
@@ -89,6 +93,17 @@ private:
     {
         const std::int64_t middle = (2 * bit + 1) * sampleRate / (2 * m_rate);
         return std::size_t(middle - (bit == 9 ? sampleRate / (4 * m_rate) / 8 : 0));
+    }
+    [[nodiscard]] std::size_t length() const
+    {
+        return std::size_t(std::lround(10.0 * double(sampleRate) / double(m_rate)));
+    }
+    /// For how long the line is low around a sample; 0 where it is high.
+    [[nodiscard]] std::ptrdiff_t lowAround(std::size_t at) const
+    {
+        const auto here = m_levels.begin() + std::ptrdiff_t(at);
+        const auto first = std::find(std::make_reverse_iterator(here), m_levels.rend(), true).base();
+        return m_levels[at] ? 0 : std::find(here, m_levels.end(), true) - first;
     }
     [[nodiscard]] std::size_t vote() const
     {
@@ -118,6 +133,7 @@ private slots:
     void theSecondStopBitIsAskedForWhereItIsSet();
     void aLongLowIsOneBreak();
     void aBreakMayLastToTheCapturesEnd();
+    void aBreakMayBeginWithinACharacter();
     void aSenderMayBeFivePercentOffAndNotSix_data();
     void aSenderMayBeFivePercentOffAndNotSix();
     void aPulseOfLessThanHalfABitIsNoStart();
@@ -251,6 +267,17 @@ void TstUart::aBreakMayLastToTheCapturesEnd()
     const Decoded desk(sender, "baudrate=50000");
     QCOMPARE(brief(desk), Texts{"break"});
     QCOMPARE(desk.frame(0).last, std::int64_t(32 * 20 - 1));
+}
+
+void TstUart::aBreakMayBeginWithinACharacter()
+{
+    Sender sender(20);
+    sender.idle(20).byte(0x41).low(3).idle(2).low(14).idle(2).byte(0x42).idle(2).low(5).idle(1).low(9).idle(2);
+    const Decoded desk(sender, "baudrate=50000");
+    QCOMPARE(brief(desk), (Texts{"65", "12f", "break", "66", "16f"})); // the last one is shorter than a character
+    QCOMPARE(desk.message(), std::string()); // such as that markers are not in the order of time
+    QCOMPARE(desk.frame(2).first, desk.frame(1).last + 1);
+    QCOMPARE(desk.frame(2).last, std::int64_t(49 * 20 - 1));
 }
 
 void TstUart::aSenderMayBeFivePercentOffAndNotSix_data()
