@@ -14,8 +14,11 @@ namespace {
 // Universal Serial Bus Specification 2.0, 7.1.7.
 constexpr std::int64_t leastSuspend = 3000; ///< us of idle (7.1.7.6)
 constexpr std::int64_t leastResume = 900;   ///< us of K; a device drives it for 1 ms at least (7.1.7.7)
+constexpr std::int64_t partsOfReset = 2;    ///< of a time in whole microseconds
+constexpr std::int64_t microsecondsOfParts = 5;
 constexpr std::int64_t bitsOfKeepAlive = 4; ///< at most; it is two bits of SE0
 constexpr std::int64_t bitsOfTimeout = 30;  ///< 18 bits, and the delay of hubs and cables (7.1.19)
+constexpr std::int64_t lowBit = 8;          ///< of a full-speed bus: a bit of low speed
 constexpr std::int64_t bitsOfIdle = 8;      ///< no packet has so many without an edge
 
 } // namespace
@@ -29,9 +32,7 @@ std::uint32_t UsbAnalyzer::NeededSampleRate()
 /// SE0 for 2.5 us resets a device, whatever was before (7.1.7.5).
 bool UsbAnalyzer::isReset(Sample length) const
 {
-    constexpr std::int64_t parts = 2;
-    constexpr std::int64_t microsecondsOfParts = 5;
-    return parts * length >= microseconds(microsecondsOfParts);
+    return partsOfReset * length >= m_times.resetParts;
 }
 
 Sample UsbAnalyzer::microseconds(std::int64_t count) const
@@ -46,8 +47,13 @@ void UsbAnalyzer::decode()
         return;
     }
     const UsbReceiver receiver(sampleRate(), m_fullSpeed);
+    m_times = {.suspend = microseconds(leastSuspend),
+               .resume = microseconds(leastResume),
+               .resetParts = microseconds(microsecondsOfParts)};
     UsbLine line(reader(m_settings.dp), reader(m_settings.dm), m_fullSpeed);
-    UsbTransactions transactions(results(), receiver.samplesOf(bitsOfTimeout));
+    const Sample timeout = receiver.samplesOf(bitsOfTimeout);
+    UsbTransactions transactions(results(), timeout,
+                                 m_fullSpeed ? receiver.samplesOf(bitsOfTimeout * lowBit) : timeout);
     waitForIdle(line, receiver, true);
     while (line.hasChange()) {
         switch (line.state()) {
@@ -126,7 +132,7 @@ void UsbAnalyzer::idle(UsbLine &line, UsbTransactions &transactions)
     const Sample first = line.begin();
     transactions.timePasses(line.peekChange());
     line.next();
-    if (line.begin() - first >= microseconds(leastSuspend)) {
+    if (line.begin() - first >= m_times.suspend) {
         transactions.add(FrameData{.firstSample = first, .lastSample = line.begin() - 1, .kind = UsbResults::Suspend});
     }
 }
@@ -172,10 +178,13 @@ void UsbAnalyzer::addError(const UsbPacket &packet, const UsbReceiver &receiver,
 void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransactions &transactions)
 {
     const Sample length = line.peekChange() - line.begin();
-    if (length >= microseconds(leastResume)) {
+    if (length >= m_times.resume) {
         const Sample first = line.begin();
         line.next();
         transactions.add(FrameData{.firstSample = first, .lastSample = line.begin() - 1, .kind = UsbResults::Resume});
+        if (line.state() == UsbState::Se0 && line.hasChange() && !isReset(line.peekChange() - line.begin())) {
+            line.next(); // ends the resume, and is no keep-alive (7.1.7.7)
+        }
         return;
     }
     if (2 * length < receiver.samplesOf(1)) {

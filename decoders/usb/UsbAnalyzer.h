@@ -34,6 +34,13 @@ private:
     [[nodiscard]] lux::Sample microseconds(std::int64_t count) const;
 
     UsbPacket m_packet; ///< the one that is being received: a kilobyte that is not made anew for each
+    /// Limits in samples.
+    struct Times {
+        lux::Sample suspend = 1;
+        lux::Sample resume = 1;
+        lux::Sample resetParts = 1; ///< 5 us
+    };
+    Times m_times;
     bool m_fullSpeed = false;
     std::uint32_t m_sent = 0; ///< rounds of the simulation
 };

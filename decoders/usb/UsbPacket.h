@@ -116,4 +116,28 @@ struct UsbPacket {
     {
         return count() < 3 ? std::span<const std::uint8_t>() : std::span(bytes.data() + 1, count() - 3);
     }
+    /// Tokens have 5 bits of check, data has 16; a handshake has none (8.3.5).
+    [[nodiscard]] bool isCheckRight() const
+    {
+        switch (kind()) {
+        case usb::Kind::Token:
+        case usb::Kind::Frame:
+            return count() == 3 && usb::checkOfToken(tokenBits()) == tokenBits() >> 11;
+        case usb::Kind::Data: {
+            if (count() < 3) {
+                return false;
+            }
+            const std::uint32_t sent = std::uint32_t(bytes[count() - 2]) | std::uint32_t(bytes[count() - 1]) << 8;
+            return lux::Crc<usb::crc16>::of(data()) == sent;
+        }
+        default:
+            return true;
+        }
+    }
+    /// Nothing in it tells an error.
+    [[nodiscard]] bool isRight() const
+    {
+        return (end == UsbEnd::EndOfPacket || end == UsbEnd::Preamble) && sync == usb::sync &&
+               kind() != usb::Kind::Unknown && isCheckRight();
+    }
 };

@@ -4,6 +4,12 @@
 
 using lux::Sample;
 
+namespace {
+
+constexpr std::int64_t enoughSamples = 3; ///< a bit
+
+} // namespace
+
 /// Undoes NRZI and bit stuffing (7.1.8, 7.1.9), and gathers bytes, their lowest bit first.
 class UsbReceiver::Bits {
 public:
@@ -59,32 +65,61 @@ private:
 UsbReceiver::UsbReceiver(std::int64_t sampleRate, bool fullSpeed)
     : m_bit((sampleRate << fractionBits) / (fullSpeed ? fullRate : lowRate)),
       m_lowBit((sampleRate << fractionBits) / lowRate),
-      m_fullSpeed(fullSpeed)
+      m_fullSpeed(fullSpeed),
+      m_hasFewSamples(m_bit < enoughSamples << fractionBits)
 {}
 
 /// Behind a PRE, and in the answer to it, a full-speed bus has packets of low speed (8.6.5): the first K and J of their
-/// sync pattern are eight times as long.
+/// sync pattern are eight times as long. Both lines may change at different times, as far apart as half such a bit.
 bool UsbReceiver::isLowSpeedPacket(const UsbLine &line) const
 {
-    constexpr std::int64_t least = 4;
+    constexpr std::int64_t halfLowBit = 4;
+    const Sample least = samplesOf(halfLowBit);
     if (!m_fullSpeed) {
         return true;
     }
+    if (line.peekChange() - line.begin() < least) {
+        return false; // mostly that tells already, without a copy of the line
+    }
     UsbLine ahead(line);
-    for (int i = 0; i < 2; ++i) {
-        const Sample begin = ahead.begin();
-        if (!ahead.hasChange() || ahead.peekChange() - begin < samplesOf(least)) {
+    const auto passSkew = [&ahead, least] {
+        while ((ahead.state() == UsbState::Se0 || ahead.state() == UsbState::Se1) && ahead.hasChange() &&
+               ahead.peekChange() - ahead.begin() < least) {
+            ahead.next();
+        }
+    };
+    for (const UsbState wanted : {UsbState::K, UsbState::J}) {
+        if (ahead.state() != wanted || !ahead.hasChange() || ahead.peekChange() - ahead.begin() < least) {
             return false;
         }
         ahead.next();
-        if (ahead.state() == UsbState::Se0 || ahead.state() == UsbState::Se1) {
-            return false;
-        }
+        passSkew();
     }
-    return true;
+    return ahead.state() == UsbState::K;
 }
 
 void UsbReceiver::receive(UsbLine &line, UsbPacket &packet) const
+{
+    if (!m_hasFewSamples) {
+        read(line, packet, Plain());
+        return;
+    }
+    const UsbLine start(line);
+    const Time bias = m_bit / 8;
+    constexpr Time slack = Time(3) << (fractionBits - 3);
+    for (const Way &way : {Way{}, Way{-bias, slack}, Way{bias, slack}, Way{-bias, 0}, Way{bias, 0}, Way{0, slack}}) {
+        line = start;
+        read(line, packet, way);
+        if (packet.isRight()) {
+            return;
+        }
+    }
+    line = start;
+    read(line, packet, Way{});
+}
+
+template<class HowTaken>
+void UsbReceiver::read(UsbLine &line, UsbPacket &packet, const HowTaken &way) const
 {
     packet.first = line.begin();
     packet.end = UsbEnd::EndOfPacket;
@@ -96,16 +131,18 @@ void UsbReceiver::receive(UsbLine &line, UsbPacket &packet) const
     const Time mostJump = bit / 4;
     Bits bits(packet);
     UsbState before = UsbState::J;
-    // A change seen at sample p was half a sample earlier on the average; a time within a sample is seen in it.
-    Time look = (line.begin() << fractionBits) - (Time(1) << (fractionBits - 1)) + bit / 2;
+    // A change seen at sample p was half a sample earlier on the average, each of them: that needs no correction.
+    Time look = (line.begin() << fractionBits) + bit / 2;
     for (;;) {
         bool mayJump = packet.bits > 0;
-        while ((line.peekChange() << fractionBits) <= look && line.hasChange()) {
+        while ((line.peekChange() << fractionBits) + way.bias < look && line.hasChange()) {
             line.next();
             const bool isData = line.state() == UsbState::J || line.state() == UsbState::K;
             if (mayJump && isData && line.state() != before) {
-                const Time at = (line.begin() << fractionBits) - (Time(1) << (fractionBits - 1));
-                look += std::clamp(at - (look - bit / 2), -mostJump, mostJump);
+                const Time at = line.begin() << fractionBits;
+                const Time error = at - (look - bit / 2);
+                const Time jump = error - std::clamp(error, -way.slack, way.slack);
+                look += std::clamp(jump, -mostJump, mostJump);
                 mayJump = false;
             }
         }
@@ -115,7 +152,7 @@ void UsbReceiver::receive(UsbLine &line, UsbPacket &packet) const
             return;
         }
         UsbState state = line.state();
-        if (state == UsbState::Se0 && endsHere(line)) {
+        if (state == UsbState::Se0 && endsHere(line, bit)) {
             endOfPacket(line, packet);
             return;
         }
@@ -132,9 +169,9 @@ void UsbReceiver::receive(UsbLine &line, UsbPacket &packet) const
     }
 }
 
-bool UsbReceiver::endsHere(UsbLine &line) const
+bool UsbReceiver::endsHere(const UsbLine &line, Time bit)
 {
-    return !line.hasChange() || isEndOfPacket(line.peekChange() - line.begin());
+    return !line.hasChange() || isLongerThanSkew(line.peekChange() - line.begin(), bit);
 }
 
 /// Two bits of SE0, and a J (7.1.13.2). A longer SE0 is a reset behind a packet, which is not taken here.

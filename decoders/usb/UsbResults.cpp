@@ -35,26 +35,6 @@ std::span<const std::uint8_t> dataOf(std::span<const std::uint8_t> bytes)
     return bytes.size() < 1 + checkBytes ? std::span<const std::uint8_t>() : bytes.subspan(1, bytes.size() - 3);
 }
 
-/// Tokens have 5 bits of check, data has 16; a handshake has none (8.3.5).
-bool isCheckRight(const UsbPacket &packet)
-{
-    switch (packet.kind()) {
-    case usb::Kind::Token:
-    case usb::Kind::Frame:
-        return packet.count() == tokenBytes && usb::checkOfToken(packet.tokenBits()) == packet.tokenBits() >> 11;
-    case usb::Kind::Data: {
-        if (packet.count() < 1 + checkBytes) {
-            return false;
-        }
-        const std::size_t at = packet.count() - checkBytes;
-        const std::uint32_t sent = std::uint32_t(packet.bytes[at]) | std::uint32_t(packet.bytes[at + 1]) << 8;
-        return lux::Crc<usb::crc16>::of(packet.data()) == sent;
-    }
-    default:
-        return true;
-    }
-}
-
 } // namespace
 
 UsbResults::UsbResults(const UsbSettings &settings) : m_dp(settings.dp), m_dm(settings.dm)
@@ -78,7 +58,7 @@ FrameData UsbResults::frameOf(const UsbPacket &packet)
     const auto flag = [](bool isSet, Flag value) { return isSet ? unsigned(value) : 0U; };
     constexpr unsigned syncBits = 8;
     const unsigned flags = flag(packet.bits >= syncBits && packet.sync != usb::sync, SyncWrong) |
-                           flag(!isCheckRight(packet), CrcWrong) | flag(isInline, Inline) | flag(count == 0, Short) |
+                           flag(!packet.isCheckRight(), CrcWrong) | flag(isInline, Inline) | flag(count == 0, Short) |
                            flag(packet.isLowSpeed, LowSpeed);
     return {.firstSample = packet.first,
             .lastSample = packet.last,

@@ -7,6 +7,12 @@
 
 using lux::Simulation;
 
+namespace {
+
+constexpr unsigned stuffAfter = 6;
+
+} // namespace
+
 UsbDriver::UsbDriver(Simulation &simulation, const Channel &dp, const Channel &dm, bool fullSpeed)
     : m_simulation(simulation),
       m_j(simulation.line(fullSpeed ? dp : dm, true)),
@@ -34,10 +40,9 @@ void UsbDriver::wait(std::int64_t bits)
     m_simulation.holdTime(bits, m_rate);
 }
 
-/// The sync pattern, the bytes, two bits of SE0 and one of J (7.1.7.4, 7.1.8, 7.1.9).
-void UsbDriver::send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap)
+/// The sync pattern and the bytes (7.1.8, 7.1.9).
+void UsbDriver::sendBits(const std::vector<std::uint8_t> &bytes)
 {
-    constexpr unsigned stuffAfter = 6;
     bool j = true;
     unsigned ones = 0;
     const auto sendByte = [&](std::uint8_t byte) {
@@ -57,11 +62,22 @@ void UsbDriver::send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap)
     for (const std::uint8_t byte : bytes) {
         sendByte(byte);
     }
+}
+
+void UsbDriver::send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap)
+{
+    sendBits(bytes);
     if (mishap == UsbMishap::StuffError) {
         for (unsigned i = 0; i < 2 * stuffAfter; ++i) {
             drive(false);
         }
     }
+    endOfPacket();
+}
+
+/// Two bits of SE0 and one of J (7.1.7.4).
+void UsbDriver::endOfPacket()
+{
     singleEndedZero();
     m_simulation.holdTime(2, m_rate);
     wait(1);
@@ -100,9 +116,32 @@ void UsbDriver::handshake(std::uint8_t pid)
 
 void UsbDriver::keepAlive()
 {
+    endOfPacket();
+}
+
+void UsbDriver::suspendAndResume()
+{
+    constexpr std::int64_t hertz = 1000;
+    wait(0);
+    m_simulation.holdTime(4, hertz);
+    m_j.set(false);
+    m_k.set(true);
+    m_simulation.holdTime(2, hertz); // much shorter than a host's
     singleEndedZero();
-    m_simulation.holdTime(2, m_rate);
-    wait(1);
+    m_simulation.holdTime(2, UsbReceiver::lowRate);
+    wait(8);
+}
+
+void UsbDriver::preamble()
+{
+    sendBits({usb::preamble});
+    wait(4);
+    m_rate = UsbReceiver::lowRate;
+}
+
+void UsbDriver::endOfLowSpeed()
+{
+    m_rate = UsbReceiver::fullRate;
 }
 
 void UsbDriver::reset()
@@ -116,8 +155,9 @@ void UsbDriver::reset()
 namespace {
 
 constexpr std::uint32_t rounds = 8;
-constexpr std::int64_t turnaround = 4; ///< bits between packets of a transaction (7.1.18)
-constexpr std::int64_t rest = 40;      ///< longer than a device may wait with its answer
+constexpr std::uint32_t suspendEvery = 64; ///< rounds
+constexpr std::int64_t turnaround = 4;     ///< bits between packets of a transaction (7.1.18)
+constexpr std::int64_t rest = 40;          ///< longer than a device may wait with its answer
 
 constexpr std::array<std::uint8_t, 8> getDeviceDescriptor = {0x80, 6, 0, 1, 0, 0, 18, 0};
 constexpr std::array<std::uint8_t, 18> deviceDescriptor = {18,   1,    0x10, 0x01, 0, 0, 0, 8, 0x34,
@@ -151,6 +191,20 @@ void readDescriptor(UsbDriver &bus)
     bus.handshake(usb::ack);
 }
 
+/// OUT with data to a device behind a hub, which has no time for it.
+void sendToLowSpeed(UsbDriver &bus, std::uint32_t address, std::span<const std::uint8_t> bytes)
+{
+    bus.preamble();
+    bus.token(usb::out, address, 6);
+    bus.endOfLowSpeed();
+    bus.wait(turnaround);
+    bus.preamble();
+    bus.data(usb::data0, bytes);
+    bus.wait(turnaround); // the device's answer has no preamble
+    bus.handshake(usb::nak);
+    bus.endOfLowSpeed();
+}
+
 } // namespace
 
 /// Transactions of all kinds in turn, with data that counts up, and now and then each error.
@@ -173,6 +227,14 @@ void UsbAnalyzer::simulate(Simulation &simulation)
         bus.keepAlive();
     }
     bus.wait(rest);
+    if (number % suspendEvery == suspendEvery - 1) {
+        bus.suspendAndResume();
+        return;
+    }
+    if (fullSpeed && number % suspendEvery == suspendEvery / 2 - 1) {
+        sendToLowSpeed(bus, number & 0x7fU, bytes);
+        return;
+    }
     switch (number % rounds) {
     case 0:
         bus.reset();
@@ -188,27 +250,22 @@ void UsbAnalyzer::simulate(Simulation &simulation)
         bus.handshake(usb::ack);
         break;
     case 3:
-        bus.token(usb::in, number & 0x7fU, 1);
+    case 4: {
+        const bool isStall = number % rounds == 4;
+        bus.token(usb::in, number & 0x7fU, isStall ? 3 : 1);
         bus.wait(turnaround);
-        bus.handshake(usb::nak);
+        bus.handshake(isStall ? usb::stall : usb::nak);
         break;
-    case 4:
-        bus.token(usb::in, number & 0x7fU, 3);
-        bus.wait(turnaround);
-        bus.handshake(usb::stall);
-        break;
+    }
     case 5:
         bus.token(usb::in, number & 0x7fU, 15, UsbMishap::WrongCrc);
         break;
-    case 6:
-        bus.token(usb::in, number & 0x7fU, 4);
+    default: {
+        const bool isCrc = number % rounds == 6;
+        bus.token(usb::in, number & 0x7fU, isCrc ? 4 : 5);
         bus.wait(turnaround);
-        bus.data(usb::data0, bytes, UsbMishap::WrongCrc);
+        bus.data(usb::data0, bytes, isCrc ? UsbMishap::WrongCrc : UsbMishap::StuffError);
         break;
-    default:
-        bus.token(usb::in, number & 0x7fU, 5);
-        bus.wait(turnaround);
-        bus.data(usb::data0, bytes, UsbMishap::StuffError);
-        break;
+    }
     }
 }

@@ -21,13 +21,20 @@ public:
     void handshake(std::uint8_t pid);
     void keepAlive();
     void reset();
+    /// Three milliseconds of J, then K for longer than a device may drive it, and its end (7.1.7.6, 7.1.7.7).
+    void suspendAndResume();
+    /// Of a full-speed bus: packets to a low-speed device behind a hub (8.6.5), until `endOfLowSpeed`.
+    void preamble();
+    void endOfLowSpeed();
     /// J for so many bits.
     void wait(std::int64_t bits);
 
 private:
     void send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap = UsbMishap::None);
+    void sendBits(const std::vector<std::uint8_t> &bytes);
     void sendToken(std::uint8_t pid, std::uint32_t bits, UsbMishap mishap);
     void drive(bool j);
+    void endOfPacket();
     void singleEndedZero();
 
     lux::Simulation &m_simulation;

@@ -11,10 +11,16 @@ void UsbTransactions::add(const UsbPacket &packet)
     const bool isRight = UsbResults::isRight(frame) && packet.end == UsbEnd::EndOfPacket;
     const usb::Kind kind = isRight ? packet.kind() : usb::Kind::Unknown;
     const bool isOpen = !m_packets.empty();
-    if (kind == usb::Kind::Token) {
+    if (packet.end == UsbEnd::Preamble && isOpen && m_isLowSpeed && !m_preamble) {
+        m_preamble = frame;
+    } else if (kind == usb::Kind::Token) {
         close();
         open(packet, frame);
     } else if (kind == usb::Kind::Data && isOpen && m_parts.dataPid == 0) {
+        if (m_preamble) {
+            m_packets.push_back(*m_preamble);
+            m_preamble.reset();
+        }
         m_parts.dataPid = packet.pid();
         m_data.assign(packet.data().begin(), packet.data().end());
         m_packets.push_back(frame);
@@ -41,7 +47,8 @@ void UsbTransactions::add(const FrameData &frame)
 
 void UsbTransactions::timePasses(lux::Sample sample)
 {
-    if (!m_packets.empty() && sample - m_packets.back().lastSample > m_timeout) {
+    const lux::Sample timeout = m_isLowSpeed ? m_lowTimeout : m_timeout;
+    if (!m_packets.empty() && sample - m_packets.back().lastSample > timeout) {
         close();
     }
 }
@@ -50,6 +57,7 @@ void UsbTransactions::open(const UsbPacket &packet, const FrameData &frame)
 {
     m_parts = {.token = packet.pid(), .address = packet.address(), .endpoint = packet.endpoint()};
     m_data.clear();
+    m_isLowSpeed = packet.isLowSpeed;
     m_packets.push_back(frame);
 }
 
@@ -73,6 +81,10 @@ void UsbTransactions::flush()
         m_results.add(frame);
     }
     m_packets.clear();
+    if (m_preamble) {
+        m_results.add(*m_preamble);
+        m_preamble.reset();
+    }
 }
 
 /// The stages of a control transfer: SETUP, data in one direction, status in the other.

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -11,8 +12,10 @@
 /// transfers (8.5.3). A transaction's frame stands before those of its packets, which wait here until it is over.
 class UsbTransactions {
 public:
-    /// @param timeout  samples; no answer comes later (8.7.2)
-    UsbTransactions(UsbResults &results, lux::Sample timeout) : m_results(results), m_timeout(timeout) {}
+    /// @param timeout  samples; no answer comes later (8.7.2) @param lowTimeout  the same behind packets of low speed
+    UsbTransactions(UsbResults &results, lux::Sample timeout, lux::Sample lowTimeout)
+        : m_results(results), m_timeout(timeout), m_lowTimeout(lowTimeout)
+    {}
 
     void add(const UsbPacket &packet);
     /// Something that is no packet.
@@ -38,7 +41,11 @@ private:
 
     UsbResults &m_results;
     lux::Sample m_timeout;
+    lux::Sample m_lowTimeout;
     std::vector<FrameData> m_packets; ///< of the open transaction
+    bool m_isLowSpeed = false;        ///< so are its packets
+    /// A PRE behind a packet of low speed: its data or the next token follows (8.6.5).
+    std::optional<FrameData> m_preamble;
     UsbResults::Parts m_parts;
     std::vector<std::uint8_t> m_data;
     std::unordered_map<std::uint8_t, Transfer> m_transfers; ///< of the endpoint 0 of each address

@@ -202,6 +202,7 @@ private slots:
     void anSe0Of2500NanosecondsIsAReset();
     void threeMillisecondsOfIdleAreASuspend();
     void aLongKIsAResume();
+    void lowSpeedPacketsFollowAPreamble_data();
     void lowSpeedPacketsFollowAPreamble();
     void theSpeedIsFound_data();
     void theSpeedIsFound();
@@ -327,6 +328,12 @@ void TstUsb::theBitRateMayDiffer_data()
     QTest::newRow("low speed, 1.5 % slow") << false << qint64(8000) << qint64(8120);
     QTest::newRow("two samples a bit") << true << qint64(2000) << qint64(2000);
     QTest::newRow("two samples a bit, fast") << true << qint64(2000) << qint64(1995);
+    QTest::newRow("two samples a bit, slow") << true << qint64(2000) << qint64(2005);
+    QTest::newRow("two samples a bit, low speed, fast") << false << qint64(2000) << qint64(1975);
+    QTest::newRow("two samples a bit, low speed, slow") << false << qint64(2000) << qint64(2025);
+    QTest::newRow("a bit more than two samples a bit") << true << qint64(2083) << qint64(2083);
+    QTest::newRow("a bit more than two samples a bit, slow") << true << qint64(2083) << qint64(2088);
+    QTest::newRow("two samples and a quarter a bit, fast") << false << qint64(2250) << qint64(2217);
     QTest::newRow("an odd number of samples") << true << qint64(4167) << qint64(4167);
 }
 
@@ -433,8 +440,17 @@ void TstUsb::aLongKIsAResume()
 }
 
 /// 8.6.5: hubs send the packet behind a PRE on at low speed, with the polarity of full speed on this bus.
+void TstUsb::lowSpeedPacketsFollowAPreamble_data()
+{
+    QTest::addColumn<qint64>("skew"); // samples by which D- changes later; a bit of low speed has 64
+    QTest::newRow("straight") << qint64(0);
+    QTest::newRow("D- late") << qint64(20);
+    QTest::newRow("D- early") << qint64(-20);
+}
+
 void TstUsb::lowSpeedPacketsFollowAPreamble()
 {
+    QFETCH(qint64, skew);
     Wire wire(true, 8000);
     wire.idle(20).bits(Wire::bitsOf({0x80, 0x3c})).idle(6);
     const std::int64_t before = wire.now();
@@ -450,7 +466,7 @@ void TstUsb::lowSpeedPacketsFollowAPreamble()
             lux::detail::RunControl control;
             lux::ChannelReader reader(part->root(i), control, wire.now());
             while (reader.hasEdge()) {
-                edges.push_back(reader.nextEdge());
+                edges.push_back(reader.nextEdge() + (part == slow.get() && i == 1 ? skew : 0));
             }
         }
         std::sort(edges.begin(), edges.end());
@@ -668,6 +684,8 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
     desk.run(*desk.simulate(rate, isLow ? 800000 : 2000000, block));
     unsigned number = ~0U;
     std::size_t checked = 0;
+    std::size_t preambles = 0;
+    bool hasSuspended = false;
     for (const DecodedFrame &frame : desk.frames()) {
         const std::string got = frame.summary();
         const std::string address = std::to_string(number & 0x7fU);
@@ -677,7 +695,18 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
             QVERIFY(isLow || got == "packet pid=SOF n=" + std::to_string(number & 0x7ffU) + " err=0");
             continue;
         }
-        if (frame.kind == "transaction" && number % 8 != 1) {
+        if (number % 64 == 63) {
+            QVERIFY2(got == (hasSuspended ? "resume" : "suspend"), got.c_str());
+            hasSuspended = !hasSuspended;
+            ++checked;
+        } else if (!isLow && number % 64 == 31) {
+            const std::string out = "pid=OUT addr=" + address + " ep=6 ";
+            const Texts expected = {"packet pid=PRE err=0", "packet " + out + "err=0",
+                                    "packet pid=DATA0 data=" + bytes + " err=0", "packet pid=NAK err=0",
+                                    "transaction " + out + "data=" + bytes + " result=NAK"};
+            QVERIFY2(std::find(expected.begin(), expected.end(), got) != expected.end(), got.c_str());
+            preambles += got == expected[0] ? 1 : 0;
+        } else if (frame.kind == "transaction" && number % 8 != 1) {
             const Texts expected = {"",
                                     "",
                                     "OUT addr=" + address + " ep=2 data=" + bytes + " result=ACK",
@@ -697,6 +726,7 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
         }
     }
     QVERIFY(checked > 20);
+    QVERIFY(isLow || preambles > 0);
 }
 
 void TstUsb::aTooLowSampleRateIsRefused()
