@@ -55,17 +55,24 @@ void SwdAnalyzer::decode()
             m_onesBefore = 0;
             continue;
         }
-        Request request;
-        SwdBits ahead(bits);
-        if (!m_isAway && m_onesBefore == 0 && readRequest(ahead, request) &&
-            (!m_isLost || (m_zeros >= idleBits && isSound(ahead, request)))) {
-            m_zeros = 0;
-            bits = ahead;
-            readTransfer(bits, request);
-        } else {
+        const bool mayBegin = !m_isAway && m_onesBefore == 0 && (!m_isLost || m_zeros >= idleBits);
+        if (!mayBegin || !takeTransfer(bits)) {
             readOnes(bits);
         }
     }
+}
+
+/// @return false, with the bits where they were, when they begin no request that can be believed
+bool SwdAnalyzer::takeTransfer(SwdBits &bits)
+{
+    Request request;
+    if (!peekRequest(bits, request) || (m_isLost && (!request.hasParity || !isSound(bits, request)))) {
+        return false;
+    }
+    m_zeros = 0;
+    bits.skip(bitsOfRequest);
+    readTransfer(bits, request);
+    return true;
 }
 
 bool SwdAnalyzer::beginsAtRest(SwdBits bits)
@@ -78,19 +85,19 @@ bool SwdAnalyzer::beginsAtRest(SwdBits bits)
 }
 
 /// B4.2.1: start, APnDP, RnW, A[2:3], parity, stop, park.
-bool SwdAnalyzer::readRequest(SwdBits &bits, Request &request)
+bool SwdAnalyzer::peekRequest(SwdBits &bits, Request &request)
 {
     if (bits.left() < bitsOfRequest) {
         return false;
     }
-    const SwdBits::Bit start = bits.next();
-    request.first = start.at;
-    const unsigned word = unsigned(start.value) | unsigned(bits.number(bitsOfRequest - 1, request.last)) << 1;
+    const auto word = unsigned(bits.peek(bitsOfRequest));
     constexpr unsigned frameBits = 0xc1; // start, stop and park
     constexpr unsigned frameLevels = 0x81;
     if ((word & frameBits) != frameLevels) {
         return false;
     }
+    request.first = bits.peekAt(0);
+    request.last = bits.peekAt(bitsOfRequest - 1);
     request.isAp = (word & 0x02U) != 0;
     request.isRead = (word & 0x04U) != 0;
     request.address = word >> 1 & 0x0cU;
@@ -98,26 +105,18 @@ bool SwdAnalyzer::readRequest(SwdBits &bits, Request &request)
     return true;
 }
 
-/// Whether what stands behind a request is an answer, with data of right parity behind OK, and then something that
-/// leads on: only then does it end a stretch that nobody understands.
+/// Whether what stands behind the request at the next bit is an answer, with data of right parity behind OK, and then
+/// something that leads on: only then does it end a stretch that nobody understands.
 bool SwdAnalyzer::isSound(SwdBits bits, const Request &request) const
 {
-    if (!request.hasParity || bits.left() < m_turn + bitsOfAck) {
+    if (!request.hasParity) {
         return false;
     }
-    bits.skip(m_turn);
-    Sample last = 0;
-    const SwdAck ack = ackOf(bits.number(bitsOfAck, last));
-    if (ack == SwdAck::Wait || ack == SwdAck::Fault) {
+    const Sequel answer = answerTo(bits, request, m_turn);
+    if (answer == Sequel::Refused) {
         return m_zeros >= idleBitsOfRefused && (leadsOn(bits, m_turn) || leadsOn(bits, m_turn + bitsOfData + 1));
     }
-    if (ack != SwdAck::Ok || bits.left() < m_turn + bitsOfData + 1) {
-        return false;
-    }
-    bits.skip(request.isRead ? 0 : m_turn);
-    const std::uint64_t data = bits.number(bitsOfData, last);
-    const bool parity = bits.next().value;
-    return (std::popcount(data) % 2 != 0) == parity && leadsOn(bits, request.isRead ? m_turn : 0);
+    return answer == Sequel::Sound && leadsOn(bits, request.isRead ? m_turn : 0);
 }
 
 /// Ones that begin no request: a line reset, or a stretch that nobody understands. A sequence may follow.
@@ -162,23 +161,21 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
 
 /// Whether a sound request stands behind a rest without clocks, as behind idle bits; then it is taken next.
 /// @param last  the bit before
-bool SwdAnalyzer::isRequestBehindPause(const SwdBits &bits, Sample last)
+bool SwdAnalyzer::isRequestBehindPause(SwdBits &bits, Sample last)
 {
     if (bits.left() < bitsOfRequest) {
         return false;
     }
-    SwdBits ahead(bits);
-    const Sample start = ahead.next().at;
-    if (start - last <= clocksOfRest * (ahead.next().at - start)) {
+    const Sample start = bits.peekAt(0);
+    if (start - last <= clocksOfRest * (bits.peekAt(1) - start)) {
         return false;
     }
     Request request;
-    ahead = bits;
-    if (!readRequest(ahead, request)) {
+    if (!peekRequest(bits, request)) {
         return false;
     }
     m_zeros = idleBitsOfRefused;
-    return isSound(ahead, request);
+    return isSound(bits, request);
 }
 
 /// B4.2.2 to B4.2.6: after the turn-around the answer, after OK the data.
@@ -217,8 +214,8 @@ void SwdAnalyzer::readTransfer(SwdBits &bits, const Request &request)
     results().add(frame);
     if (request.isRead) {
         bits.skip(m_turn);
-    } else {
-        takeWrite(request, std::uint32_t(frame.data));
+    } else if ((frame.flags & SwdResults::WrongParity) == 0) { // else the target does without (B4.2.5)
+        takeWrite(bits, request, std::uint32_t(frame.data));
     }
 }
 
@@ -240,8 +237,8 @@ bool SwdAnalyzer::readData(SwdBits &bits, FrameData &frame)
     return true;
 }
 
-/// What a write changes in how the rest is read.
-void SwdAnalyzer::takeWrite(const Request &request, std::uint32_t value)
+/// What a write changes in how the rest is read. @param bits  behind it
+void SwdAnalyzer::takeWrite(const SwdBits &bits, const Request &request, std::uint32_t value)
 {
     if (request.isAp) {
         return;
@@ -254,45 +251,102 @@ void SwdAnalyzer::takeWrite(const Request &request, std::uint32_t value)
     } else if (request.address == 0x4 && m_select.dpBank == 0) {
         m_alwaysHasData = (value & runDetect) != 0;
     } else if (request.address == 0x4 && m_select.dpBank == 1) {
-        m_turn = (value >> 8 & 3U) + 1; // DLCR, TURNROUND
+        const unsigned turn = (value >> 8 & 3U) + 1; // DLCR, TURNROUND; not every port has that field
+        m_turn = answeredBehind(bits, turn) > answeredBehind(bits, m_turn) ? turn : m_turn;
     }
 }
 
 /// Behind an answer other than OK comes a turn-around, or all of the data's clocks: always when overruns are detected
-/// (B4.2.5), and at a host that sends whole transfers ahead. What follows tells which.
+/// (B4.2.5), and at a host that sends whole transfers ahead. What follows tells which. Not each write of CTRL/STAT that
+/// sets overrun detection does so in truth: a request behind the turn-around that is answered tells otherwise.
 void SwdAnalyzer::passOver(SwdBits &bits)
 {
     const std::int64_t brief = m_turn;
     const std::int64_t whole = m_turn + bitsOfData + 1;
-    const std::int64_t usual = m_alwaysHasData ? whole : brief;
-    const std::int64_t other = m_alwaysHasData ? brief : whole;
-    if (leadsOn(bits, usual)) {
-        bits.skip(usual);
-    } else if (leadsOn(bits, other)) {
-        bits.skip(other);
-    } else {
-        bits.skip(brief);
-        m_isLost = true;
+    const Sequel behindBrief = sequelOf(bits, brief, m_turn);
+    const bool isSure = behindBrief == Sequel::Sound || (behindBrief != Sequel::None && !m_alwaysHasData);
+    const Sequel behindWhole = isSure ? Sequel::None : sequelOf(bits, whole, m_turn);
+    const bool isAnswered = behindBrief >= Sequel::Refused && behindBrief >= behindWhole;
+    const bool isBrief = behindBrief != Sequel::None && (!m_alwaysHasData || isAnswered);
+    bits.skip(isBrief || behindWhole == Sequel::None ? brief : whole);
+    m_isLost = behindBrief == Sequel::None && behindWhole == Sequel::None;
+}
+
+void SwdAnalyzer::skipRest(SwdBits &bits)
+{
+    while (bits.left() > 0 && !bits.peek()) {
+        bits.next();
     }
 }
 
 /// Whether behind so many bits there is the line at rest, then a request or a line reset, or the capture's end.
-bool SwdAnalyzer::leadsOn(SwdBits bits, std::int64_t skipped) const
+bool SwdAnalyzer::leadsOn(const SwdBits &bits, std::int64_t skipped) const
+{
+    return sequelOf(bits, skipped, m_turn) != Sequel::None;
+}
+
+SwdAnalyzer::Sequel SwdAnalyzer::sequelOf(SwdBits bits, std::int64_t skipped, unsigned turn, bool mayLookOn)
 {
     bits.skip(skipped);
-    while (bits.left() > 0 && !bits.peek()) {
-        bits.next();
+    skipRest(bits);
+    if (bits.left() < bitsOfRequest) {
+        return Sequel::Possible;
     }
     Request request;
-    SwdBits ahead(bits);
-    if (bits.left() < bitsOfRequest || (readRequest(ahead, request) && request.hasParity)) {
-        return true;
+    if (peekRequest(bits, request) && request.hasParity) {
+        const Sequel sequel = answerTo(bits, request, turn);
+        const bool isRefusedTwice =
+            sequel == Sequel::Refused && mayLookOn && sequelOf(bits, turn, turn, false) >= sequel;
+        return isRefusedTwice ? Sequel::Sound : sequel;
     }
     std::int64_t ones = 0;
     while (bits.left() > 0 && ones < onesOfReset && bits.next().value) {
         ++ones;
     }
-    return ones >= onesOfReset;
+    return ones >= onesOfReset ? Sequel::Possible : Sequel::None;
+}
+
+/// How many requests in a row, up to a few, are answered when a turn-around has so many clocks.
+unsigned SwdAnalyzer::answeredBehind(SwdBits bits, unsigned turn)
+{
+    constexpr unsigned enough = 4;
+    for (unsigned count = 0; count < enough; ++count) {
+        skipRest(bits);
+        Request request;
+        if (bits.left() < bitsOfRequest) {
+            return enough; // the capture's end
+        }
+        if (!peekRequest(bits, request) || !request.hasParity) {
+            return count;
+        }
+        const Sequel sequel = answerTo(bits, request, turn);
+        if (sequel < Sequel::Refused) {
+            return count;
+        }
+        bits.skip(request.isRead || sequel == Sequel::Refused ? turn : 0);
+    }
+    return enough;
+}
+
+/// @param bits  from the request on; goes behind the answer, and behind the data that follows it
+SwdAnalyzer::Sequel SwdAnalyzer::answerTo(SwdBits &bits, const Request &request, unsigned turn)
+{
+    if (bits.left() < bitsOfRequest + turn + bitsOfAck) {
+        return Sequel::Possible;
+    }
+    bits.skip(bitsOfRequest + turn);
+    Sample last = 0;
+    const SwdAck ack = ackOf(bits.number(bitsOfAck, last));
+    if (ack == SwdAck::Wait || ack == SwdAck::Fault) {
+        return Sequel::Refused;
+    }
+    if (ack != SwdAck::Ok || bits.left() < turn + bitsOfData + 1) {
+        return Sequel::Possible;
+    }
+    bits.skip(request.isRead ? 0 : turn);
+    const std::uint64_t data = bits.number(bitsOfData, last);
+    const bool parity = bits.next().value;
+    return (std::popcount(data) % 2 != 0) == parity ? Sequel::Sound : Sequel::Possible;
 }
 
 FrameData SwdAnalyzer::frameOf(const Request &request, SwdResults::Kind kind) const

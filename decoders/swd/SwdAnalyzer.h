@@ -28,17 +28,30 @@ private:
     };
 
     [[nodiscard]] static bool beginsAtRest(SwdBits bits);
-    [[nodiscard]] static bool readRequest(SwdBits &bits, Request &request);
-    [[nodiscard]] bool leadsOn(SwdBits bits, std::int64_t skipped) const;
+    [[nodiscard]] static bool peekRequest(SwdBits &bits, Request &request);
+    /// What a place in the bits leads to, from less likely to more.
+    enum class Sequel : std::uint8_t {
+        None,
+        Possible, ///< a request, a line reset, or the capture's end
+        Refused,  ///< a request that is answered by WAIT or FAULT
+        Sound,    ///< one with data of right parity, or one that is refused and another that is answered
+    };
+    [[nodiscard]] static Sequel sequelOf(SwdBits bits, std::int64_t skipped, unsigned turn, bool mayLookOn = true);
+    static void skipRest(SwdBits &bits);
+    [[nodiscard]] static unsigned answeredBehind(SwdBits bits, unsigned turn);
+    [[nodiscard]] static Sequel answerTo(SwdBits &bits, const Request &request, unsigned turn);
+    [[nodiscard]] bool leadsOn(const SwdBits &bits, std::int64_t skipped) const;
     [[nodiscard]] bool isSound(SwdBits bits, const Request &request) const;
-    [[nodiscard]] bool isRequestBehindPause(const SwdBits &bits, lux::Sample last);
+    [[nodiscard]] bool isRequestBehindPause(SwdBits &bits, lux::Sample last);
+    [[nodiscard]] bool takeTransfer(SwdBits &bits);
     void readOnes(SwdBits &bits);
     void readTransfer(SwdBits &bits, const Request &request);
     void passOver(SwdBits &bits);
     [[nodiscard]] bool readData(SwdBits &bits, FrameData &frame);
-    void takeWrite(const Request &request, std::uint32_t value);
+    void takeWrite(const SwdBits &bits, const Request &request, std::uint32_t value);
     [[nodiscard]] FrameData frameOf(const Request &request, SwdResults::Kind kind) const;
 
+    void leave(lux::Simulation &simulation, bool isDormant);
     void sendBits(lux::Simulation &simulation, std::uint64_t bits, unsigned count);
     void sendTransfer(lux::Simulation &simulation, unsigned request, SwdAck ack, std::uint32_t value,
                       bool wrongParity = false);

@@ -50,21 +50,20 @@ SwdSequence activationAt(SwdBits bits)
 
 } // namespace
 
-SwdSequence sequenceAt(const SwdBits &bits, std::int64_t ones)
+SwdSequence sequenceAt(SwdBits &bits, std::int64_t ones)
 {
     constexpr unsigned most = 31;
     if (ones < sequences[5].onesBefore || bits.left() < sequences[0].bits) {
         return {};
     }
-    SwdBits ahead(bits);
-    lux::Sample last = 0;
     const auto count = unsigned(bits.left() < most ? sequences[0].bits : most);
-    const std::uint64_t number = ahead.number(count, last);
+    const std::uint64_t number = bits.peek(count);
     for (const Known &known : sequences) {
         const std::uint64_t mask = (std::uint64_t(1) << known.bits) - 1;
         if (ones >= known.onesBefore && count >= known.bits && (number & mask) == known.number) {
             return {known.target, known.bits, known.onesAtEnd};
         }
     }
-    return ones >= onesBeforeAlert ? activationAt(bits) : SwdSequence{};
+    const std::uint64_t alertBegin = alertFirst & ((std::uint64_t(1) << count) - 1);
+    return ones >= onesBeforeAlert && number == alertBegin ? activationAt(bits) : SwdSequence{};
 }

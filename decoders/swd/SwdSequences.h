@@ -15,4 +15,4 @@ struct SwdSequence {
 };
 
 /// The sequence that stands at the next bit. @param ones  how many ones came right before
-[[nodiscard]] SwdSequence sequenceAt(const SwdBits &bits, std::int64_t ones);
+[[nodiscard]] SwdSequence sequenceAt(SwdBits &bits, std::int64_t ones);

@@ -17,12 +17,13 @@ constexpr unsigned bitsOfData = 32;
 constexpr std::uint32_t resetEvery = 32; ///< transfers
 constexpr std::uint32_t waitEvery = 5;
 constexpr std::uint32_t faultEvery = 31;
+constexpr std::uint32_t silenceEvery = 29;
 constexpr std::uint32_t wrongParityEvery = 67;
 
 } // namespace
 
-/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with WAIT, FAULT and wrong
-/// parity in between.
+/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with answers of all kinds and
+/// wrong parity in between. The port is left to JTAG or to the dormant state by turns, and switched to again.
 void SwdAnalyzer::simulate(Simulation &simulation)
 {
     const std::uint32_t number = m_sent++;
@@ -33,11 +34,33 @@ void SwdAnalyzer::simulate(Simulation &simulation)
         sendBits(simulation, 0, 4);
         sendTransfer(simulation, 0x2, SwdAck::Ok, 0x2ba01477); // read of DPIDR
     }
-    const SwdAck ack = number % faultEvery == 3 ? SwdAck::Fault : number % waitEvery == 2 ? SwdAck::Wait : SwdAck::Ok;
+    const SwdAck ack = number % silenceEvery == 6 ? SwdAck::NoReply
+                       : number % faultEvery == 3 ? SwdAck::Fault
+                       : number % waitEvery == 2  ? SwdAck::Wait
+                                                  : SwdAck::Ok;
     // APnDP, RnW, A[2:3]; writes go to an access port, so that they change nothing of the port itself.
     const unsigned request = (number % 3 == 0 ? 0x2U : 0x1U) | (number >> 2 & 3U) << 2;
     sendTransfer(simulation, request, ack, number, number % wrongParityEvery == 5);
-    sendBits(simulation, 0, 2 + simulation.random(8));
+    sendBits(simulation, 0, 8 + simulation.random(8));
+    if (number % resetEvery == resetEvery - 1) {
+        leave(simulation, number / resetEvery % 2 == 0);
+    }
+}
+
+/// By a sequence behind a line reset (ARM IHI 0031, B5.3); the dormant port is woken again, by the alert and the
+/// activation code of SWD.
+void SwdAnalyzer::leave(Simulation &simulation, bool isDormant)
+{
+    sendBits(simulation, allOnes, onesOfReset);
+    sendBits(simulation, isDormant ? 0xe3bc : 0xe73c, 16);
+    if (!isDormant) {
+        return;
+    }
+    sendBits(simulation, allOnes, 8);
+    sendBits(simulation, 0x86852d956209f392, 64);
+    sendBits(simulation, 0x19bc0ea2e3ddafe9, 64);
+    sendBits(simulation, 0, 4);
+    sendBits(simulation, 0x1a, 8);
 }
 
 /// @param request  APnDP, RnW, A[2], A[3] from the lowest bit on
@@ -48,7 +71,7 @@ void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck 
     const auto parity = unsigned(std::popcount(request)) % 2;
     sendBits(simulation, 0x81U | request << 1 | parity << 5, 8);
     sendBits(simulation, 1, 1);
-    sendBits(simulation, ack == SwdAck::Ok ? 1 : ack == SwdAck::Wait ? 2 : 4, 3);
+    sendBits(simulation, ack == SwdAck::Ok ? 1 : ack == SwdAck::Wait ? 2 : ack == SwdAck::Fault ? 4 : 7, 3);
     if (!isRead || ack != SwdAck::Ok) {
         sendBits(simulation, 1, 1);
     }

@@ -116,6 +116,7 @@ private slots:
     void otherAnswersHaveNoData();
     void aHostMayClockTheDataThatNobodySends();
     void overrunDetectionKeepsTheData();
+    void dataThatIsNotThereIsNotPassedOver();
     void aRequestWithWrongParityIsNoTransfer();
     void fiftyOnesAreAReset_data();
     void fiftyOnesAreAReset();
@@ -124,6 +125,8 @@ private slots:
     void aDormantPortIsWoken();
     void whatComesBehindASwitchToJtagIsPassedOver();
     void turnAroundsMayBeLonger();
+    void aTurnAroundThatStaysAsItIsIsFollowed();
+    void aWriteOfWrongParityChangesNothing();
     void oneOfSeveralTargetsIsSelectedWithoutAnAnswer();
     void registersHaveTheirNames();
     void banksAreFollowed();
@@ -234,6 +237,21 @@ void TstSwd::overrunDetectionKeepsTheData()
                     transfer(1, true, 12, "WAIT"), transfer(1, true, 12, "OK", value(9))}));
 }
 
+/// ORUNDETECT is written, but WAIT and FAULT stay without data; so many clocks behind the first, in the zeros of the
+/// next transfer, begins one that is sound as well.
+void TstSwd::dataThatIsNotThereIsNotPassedOver()
+{
+    Wires wires;
+    wires.reset().write(Dp, 4, 1).idle().refused(Ap, false, 12, Wait).idle(2).write(Ap, 4, 0).idle(2).read(Ap, 12, 9);
+    wires.idle(8).refused(Ap, true, 12, Wait).idle(2).refused(Ap, true, 12, Fault).idle(2).write(Ap, 4, 0).idle(2);
+    wires.read(Dp, 0, 7).idle();
+    QCOMPARE(Desk(wires, lines).summaries(),
+             (Texts{"reset", transfer(0, false, 4, "OK", value(1)), transfer(1, false, 12, "WAIT"),
+                    transfer(1, false, 4, "OK", value(0)), transfer(1, true, 12, "OK", value(9)),
+                    transfer(1, true, 12, "WAIT"), transfer(1, true, 12, "FAULT"),
+                    transfer(1, false, 4, "OK", value(0)), transfer(0, true, 0, "OK", value(7))}));
+}
+
 void TstSwd::aRequestWithWrongParityIsNoTransfer()
 {
     Wires wires;
@@ -338,6 +356,25 @@ void TstSwd::turnAroundsMayBeLonger()
              (Texts{transfer(1, true, 0, "OK", value(0x77)), transfer(1, false, 4, "OK", value(0x88)), "reset",
                     transfer(0, true, 0, "OK", value(0x99))}));
     QCOMPARE(desk.frame(2).text, std::string("Write DLCR: 0x00000200, OK"));
+}
+
+/// A port without the field TURNROUND.
+void TstSwd::aTurnAroundThatStaysAsItIsIsFollowed()
+{
+    Wires wires;
+    wires.reset().write(Dp, 8, 1).idle().write(Dp, 4, 0x300).idle().refused(Ap, false, 4, Wait).idle();
+    wires.read(Ap, 12, 0x12345678).idle().write(Ap, 4, 9).idle();
+    QCOMPARE(Desk(wires, lines).summaries(),
+             (Texts{"reset", transfer(0, false, 8, "OK", value(1)), transfer(0, false, 4, "OK", value(0x300)),
+                    transfer(1, false, 4, "WAIT"), transfer(1, true, 12, "OK", value(0x12345678)),
+                    transfer(1, false, 4, "OK", value(9))}));
+}
+
+void TstSwd::aWriteOfWrongParityChangesNothing()
+{
+    Wires wires;
+    wires.reset().write(Dp, 8, 0).idle().write(Dp, 8, 0x010000f0, true).idle().read(Ap, 12, 1).idle();
+    QCOMPARE(textsOf(Desk(wires, lines)).back(), std::string("Read AP 0 DRW: 0x00000001, OK"));
 }
 
 void TstSwd::oneOfSeveralTargetsIsSelectedWithoutAnAnswer()
@@ -502,15 +539,22 @@ void TstSwd::theSimulationIsDecodedAsItWasSent()
             expected.insert(expected.end(), {"reset", "switch", "reset"});
             expected.push_back(transfer(0, true, 0, "OK", value(0x2ba01477)));
         }
-        const bool isFault = n % 31 == 3;
-        const bool isWait = n % 5 == 2 && !isFault;
+        const bool isSilent = n % 29 == 6;
+        const bool isFault = n % 31 == 3 && !isSilent;
+        const bool isWait = n % 5 == 2 && !isFault && !isSilent;
         const bool isDp = n % 3 == 0;
         const unsigned address = (n >> 2 & 3U) << 2;
         expected.push_back(transfer(isDp ? 0 : 1, isDp, address,
-                                    isFault  ? "FAULT"
-                                    : isWait ? "WAIT"
-                                             : "OK",
-                                    isFault || isWait ? std::string() : value(n, n % 67 == 5)));
+                                    isSilent  ? "NOREPLY"
+                                    : isFault ? "FAULT"
+                                    : isWait  ? "WAIT"
+                                              : "OK",
+                                    isFault || isWait || isSilent ? std::string() : value(n, n % 67 == 5)));
+        if (n % 64 == 31) {
+            expected.insert(expected.end(), {"reset", "leave to=dormant", "switch"});
+        } else if (n % 64 == 63) {
+            expected.insert(expected.end(), {"reset", "leave to=jtag"});
+        }
     }
     expected.resize(got.size());
     QCOMPARE(got, expected);
