@@ -25,12 +25,14 @@ void QspiAnalyzer::decode()
                   {&reader(channels[0]), &reader(channels[1]), &reader(channels[2]), &reader(channels[3])},
                   m_settings.clockEdge.value() != 0);
     lux::FilteredLine select(reader(m_settings.cs), std::max(1, m_settings.glitch.value()));
-    if (!select.level() && select.hasEdge()) {
+    bool isBegin = !select.level() && beginsWithTransfer(wire, std::min(select.peekEdge(), sampleCount() - 1));
+    if (!select.level() && !isBegin && select.hasEdge()) {
         select.nextEdge(); // a transfer that the capture's begin cuts
     }
     QspiResults::Content content;
-    while (select.hasEdge()) {
-        const Sample begin = select.nextEdge();
+    while (isBegin || select.hasEdge()) {
+        const Sample begin = isBegin ? 0 : select.nextEdge();
+        isBegin = false;
         const Sample end = select.peekEdge();
         const bool isWhole = select.hasEdge();
         const std::uint64_t place = results().open(begin);
@@ -53,9 +55,32 @@ void QspiAnalyzer::decode()
     }
 }
 
+/// A capture that the select itself has triggered begins with a whole transfer: the clock stands still for longer than
+/// a period before it runs, and a command comes that there is.
+bool QspiAnalyzer::beginsWithTransfer(const QspiWire &wire, Sample end) const
+{
+    QspiWire clock(wire);
+    clock.select(0, end);
+    QspiBits first;
+    QspiBits second;
+    if (!clock.take(1, 1, false, false, first) || !clock.take(1, 1, false, false, second)) {
+        return false;
+    }
+    if (first.first <= second.first - first.first + 1) {
+        return false;
+    }
+    QspiWire code(wire);
+    code.select(0, end);
+    QspiBits bits;
+    return m_settings.mode == QspiMode::M444 ||
+           (code.take(byteBits, m_chip.isQpi ? allLines : 1, false, false, bits) &&
+            findCommand(m_settings.set, std::uint8_t(bits.value), m_chip.isQpi) != nullptr);
+}
+
 /// @return false when there is not even a command
 bool QspiAnalyzer::readTransfer(QspiWire &wire, QspiResults::Content &content)
 {
+    m_keepsReading = false;
     if (m_settings.mode == QspiMode::M444) {
         readRaw(wire, content);
         return !content.data.empty();
@@ -140,10 +165,16 @@ bool QspiAnalyzer::readHead(QspiWire &wire, QspiResults::Content &content, const
         }
         content.mode = std::uint8_t(bits.value);
         content.flags |= QspiResults::HasMode;
+        m_keepsReading = continues(content.mode);
         addPhase(QspiResults::Mode, bits);
     }
     wire.finishDouble();
-    return readDummy(wire, dummyClocks(command));
+    bool firstBit = true;
+    if (!readDummy(wire, dummyClocks(command), firstBit)) {
+        return false;
+    }
+    m_keepsReading = m_keepsReading || (m_chip.mayGoOn && command.isFastRead() && !firstBit);
+    return true;
 }
 
 /// Behind the head of a read; in QPI the chip was told how many there are, the mode's two included.
@@ -161,10 +192,11 @@ unsigned QspiAnalyzer::dummyClocks(const QspiCommand &command) const
         command.addressBytes == QspiCommand::addressAsSet) {
         return command.hasMode ? m_chip.qpiClocks - clocksOfMode : m_chip.qpiClocks;
     }
-    return command.dummyClocks;
+    return m_chip.configuredClocks != 0 ? m_chip.configuredClocks : command.dummyClocks;
 }
 
-bool QspiAnalyzer::readDummy(QspiWire &wire, unsigned clocks)
+/// @param firstBit  out: IO0 at the first clock
+bool QspiAnalyzer::readDummy(QspiWire &wire, unsigned clocks, bool &firstBit)
 {
     if (clocks == 0) {
         return true;
@@ -175,7 +207,10 @@ bool QspiAnalyzer::readDummy(QspiWire &wire, unsigned clocks)
         if (!wire.take(1, 1, false, false, bits)) {
             return false;
         }
-        all.first = i == 0 ? bits.first : all.first;
+        if (i == 0) {
+            all.first = bits.first;
+            firstBit = bits.value != 0;
+        }
         all.last = bits.last;
     }
     all.value = clocks;
@@ -260,8 +295,7 @@ void QspiAnalyzer::obey(const QspiCommand &command, const QspiResults::Content &
 {
     using Effect = QspiCommand::Effect;
     const bool wasContinued = (content.flags & QspiResults::Continued) != 0;
-    const bool hasMode = (content.flags & QspiResults::HasMode) != 0;
-    if (hasMode && continues(content.mode)) {
+    if (m_keepsReading) {
         if (!wasContinued) {
             m_chip.ongoing = findCommand(m_settings.set, command.code, m_chip.isQpi);
         }
@@ -287,6 +321,13 @@ void QspiAnalyzer::obey(const QspiCommand &command, const QspiResults::Content &
     case Effect::ReadParameters: // P5-4 (W25Q128JV, 8.2.44)
         if (!content.data.empty()) {
             m_chip.qpiClocks = 2 + 2 * (content.data[0] >> 4 & 3U);
+        }
+        break;
+    case Effect::Configuration: // bits 7 to 4, 15 is as from the factory; bit 3 (MT25QL128ABA rev. F, table 10)
+        if (!content.data.empty()) {
+            const unsigned clocks = content.data[0] >> 4;
+            m_chip.configuredClocks = clocks == 15 ? 0 : clocks;
+            m_chip.mayGoOn = (content.data[0] & 8U) == 0;
         }
         break;
     case Effect::None:

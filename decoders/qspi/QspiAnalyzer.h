@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+class QspiBus;
+
 /// A serial flash memory on one to four data lines.
 class QspiAnalyzer final : public lux::Decoder<QspiSettings, QspiResults> {
 public:
@@ -22,14 +24,17 @@ private:
     struct Chip {
         bool isQpi = false;
         bool hasFourBytes = false;
-        unsigned qpiClocks = 2;               ///< between address and data of fast reads in QPI, mode included
+        unsigned qpiClocks = 2;        ///< between address and data of fast reads in QPI, mode included
+        unsigned configuredClocks = 0; ///< of a MT25's configuration, dummy clocks; 0 for those of the command
+        bool mayGoOn = false;          ///< by a MT25's configuration, the first dummy clock keeps the chip reading
         const QspiCommand *ongoing = nullptr; ///< transfers begin with the address of this one
     };
 
+    [[nodiscard]] bool beginsWithTransfer(const QspiWire &wire, lux::Sample end) const;
     [[nodiscard]] bool readTransfer(QspiWire &wire, QspiResults::Content &content);
     [[nodiscard]] bool readCommand(QspiWire &wire, QspiResults::Content &content, QspiCommand &command);
     [[nodiscard]] bool readHead(QspiWire &wire, QspiResults::Content &content, const QspiCommand &command);
-    [[nodiscard]] bool readDummy(QspiWire &wire, unsigned clocks);
+    [[nodiscard]] bool readDummy(QspiWire &wire, unsigned clocks, bool &firstBit);
     void readData(QspiWire &wire, QspiResults::Content &content, const QspiCommand &command);
     void readRaw(QspiWire &wire, QspiResults::Content &content);
     void readSingle(QspiWire &wire, QspiResults::Content &content);
@@ -40,5 +45,9 @@ private:
     void addPhase(QspiResults::Kind kind, const QspiBits &bits, unsigned flags = 0, std::uint32_t code = 0);
 
     Chip m_chip;
-    std::uint32_t m_sent = 0; ///< transfers of the simulation
+    bool m_keepsReading = false; ///< the head of the read said so
+    // Of the simulation.
+    void simulateCommand(QspiBus &bus, std::uint32_t number);
+    std::uint32_t m_sent = 0;              ///< transfers
+    const QspiCommand *m_goesOn = nullptr; ///< the next transfer has no code, but goes on with this one
 };

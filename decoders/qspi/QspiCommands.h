@@ -9,7 +9,16 @@ enum class QspiSet : std::uint8_t { Winbond, Macronix, Micron };
 /// How one command is sent: which phases there are behind its code, and on how many lines.
 struct QspiCommand {
     enum class Data : std::uint8_t { None, Read, Write };
-    enum class Effect : std::uint8_t { None, FourBytes, ThreeBytes, EnterQpi, ExitQpi, ReadParameters, Reset };
+    enum class Effect : std::uint8_t {
+        None,
+        FourBytes,
+        ThreeBytes,
+        EnterQpi,
+        ExitQpi,
+        ReadParameters,
+        Configuration,
+        Reset
+    };
     static constexpr std::uint8_t addressAsSet = 255;
 
     std::uint8_t code = 0;

@@ -9,9 +9,10 @@ QspiWire::QspiWire(const ChannelReader &clk, const std::array<ChannelReader *, 4
     : m_clk(clk), m_lines{*lines[0], *lines[1], *lines[2], *lines[3]}, m_takenAtRise(takenAtRise)
 {}
 
+/// The rise of the first clock may lie in the sample of the select.
 void QspiWire::select(Sample begin, Sample end)
 {
-    m_clk.advanceTo(begin);
+    m_clk.advanceTo(begin - 1);
     m_end = end;
     m_clocks = 0;
     m_single = 0;

@@ -3,20 +3,15 @@
 #include "common/Duration.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <span>
 
 using lux::ChannelReader;
 using lux::Sample;
 using lux::SelectSpan;
 
 LUX_PLUGIN(SpiAnalyzer)
-
-namespace {
-
-/// A clock that is still for longer than so many of its periods is between two words.
-constexpr Sample pauseInClocks = 2;
-
-} // namespace
 
 /// SPI Block Guide V03.06, 4.3: words at the edges of a clock while the device is selected.
 void SpiAnalyzer::decode()
@@ -41,16 +36,22 @@ void SpiAnalyzer::readSpan(const SelectSpan &span, ChannelReader &clk, ChannelRe
     const Sample idle = m_settings.idleTime.value() > 0
                             ? std::max<Sample>(1, lux::samplesIn(m_settings.idleTime.value(), sampleRate()))
                             : INT64_MAX;
-    Word word;
     bool isFirst = true;
+    Word word;
+    std::array<Sample, SpiSettings::mostBits> looks; // of the word's bits, so that they are marked at once
+    const auto endWord = [&](SpiResults::Kind kind) {
+        results().mark(m_settings.clk, std::span(looks).first(word.count), arrow);
+        addWord(word, kind, isFirst);
+        word = {};
+        isFirst = kind == SpiResults::Cut;
+    };
     Sample before = INT64_MAX; ///< the last edge at which nothing is taken
-    clk.advanceTo(span.begin);
+    // The leading edge of the first clock may lie in the sample of the select; a trailing one there has none before it.
+    clk.advanceTo(span.hasBegin && !trailing ? span.begin - 1 : span.begin);
     skipCutWord(span, clk);
     while (clk.hasEdgeBefore(span.end + 1)) {
         if (word.count > 0 && clk.peekEdge() - clk.position() >= idle) {
-            addWord(word, SpiResults::Cut, isFirst);
-            word = {};
-            isFirst = true;
+            endWord(SpiResults::Cut);
         }
         // The device may let go in the same sample as the last edge; further ones are none of its own.
         if (clk.peekEdge() == span.end && word.count + 1 != bits) {
@@ -67,23 +68,23 @@ void SpiAnalyzer::readSpan(const SelectSpan &span, ChannelReader &clk, ChannelRe
         word.mosi = word.mosi << 1 | std::uint64_t(mosi.levelAt(edge));
         word.miso = word.miso << 1 | std::uint64_t(miso.levelAt(edge));
         word.last = edge;
-        results().mark(m_settings.clk, edge, arrow);
+        looks[word.count] = edge;
         if (++word.count == bits) {
             if (!trailing) {
                 word.last = std::max(edge, std::min(clk.peekEdge(), span.end) - 1);
             }
-            addWord(word, SpiResults::Word, isFirst);
-            word = {};
-            isFirst = false;
+            endWord(SpiResults::Word);
         }
     }
     if (word.count > 0 && span.hasEnd) {
-        addWord(word, SpiResults::Cut, isFirst);
+        endWord(SpiResults::Cut);
+    } else if (word.count > 0) {
+        results().mark(m_settings.clk, std::span(looks).first(word.count), arrow);
     }
 }
 
 /// A capture that begins within a transfer may begin within a word: words are counted back from the transfer's end
-/// then, unless the clock stands still in the beginning, as it does between words.
+/// then, unless the clock stands still for longer than a period in the beginning, as it does between words.
 void SpiAnalyzer::skipCutWord(const SelectSpan &span, ChannelReader &clk) const
 {
     if (span.hasBegin || !span.hasEnd) {
@@ -92,7 +93,7 @@ void SpiAnalyzer::skipCutWord(const SelectSpan &span, ChannelReader &clk) const
     const bool takenAtRise = (m_settings.cpol.value() != 0) == (m_settings.cpha.value() != 0);
     const std::int64_t untilTaken = clk.level() == takenAtRise ? 2 : 1; // edges to the first that takes a bit
     ChannelReader ahead(clk);
-    if (clk.edgesLeft() >= 3 && clk.peekEdge() > pauseInClocks * (ahead.skipEdges(3) - clk.peekEdge())) {
+    if (clk.edgesLeft() >= 3 && clk.peekEdge() > ahead.skipEdges(3) - clk.peekEdge() + 1) {
         return;
     }
     ahead = clk;

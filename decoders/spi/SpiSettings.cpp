@@ -12,7 +12,7 @@ SpiSettings::SpiSettings()
            {{0, "0", "0: low when idle"}, {1, "1", "1: high when idle"}}, 0),
       cpha(*this, "cpha", "Clock phase (CPHA)", "The edge of the clock at which data is taken",
            {{0, "0", "0: the leading edge"}, {1, "1", "1: the trailing edge"}}, 0),
-      word(*this, "word", "Bits per word", "", {.least = 2, .most = 64}, 8),
+      word(*this, "word", "Bits per word", "", {.least = 2, .most = mostBits}, 8),
       bitOrder(*this, "bit_order", "Bit order", "Which bit of a word is sent first",
                {{int(BitOrder::MsbFirst), "msb", "Highest first"}, {int(BitOrder::LsbFirst), "lsb", "Lowest first"}},
                BitOrder::MsbFirst),

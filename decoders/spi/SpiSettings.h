@@ -16,6 +16,7 @@ enum class SpiSelect : std::uint8_t {
 /// The settings of a serial peripheral interface.
 class SpiSettings final : public lux::Settings {
 public:
+    static constexpr std::int32_t mostBits = 64; ///< of a word
     enum Export : std::uint32_t { MosiWords = 1, MisoWords = 2, Transfers = 3 };
 
     SpiSettings();

@@ -193,6 +193,7 @@ private slots:
     void qpiDummyClocksAreThoseOfTheParameters();
     void fourByteAddressesFollowTheChip();
     void readingGoesOnWithoutACommand();
+    void theConfigurationKeepsTheChipReading();
     void chipsUnderstandCommandsDifferently();
     void otherCommandsAreAsTheModeTells();
     void dataMayComeWithoutCommands();
@@ -200,12 +201,14 @@ private slots:
     void glitchesOfTheSelectArePassedOver();
     void theClockMayFall();
     void theLastEdgeMayFallTogetherWithTheRelease();
+    void theFirstEdgeMayFallTogetherWithTheSelect();
     void dummyClocksMayBeSet();
     void linesMayBeListed();
     void settingsThatDoNotGoTogetherAreRefused();
     void bubblesGoFromShortToLong();
     void exportsHaveTheDataOfEachDirection();
     void whatTheCaptureCutsIsNotShown();
+    void aCaptureThatTheSelectTriggersBeginsWithATransfer();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void itIsOfferedForModelsThatAreFastEnough();
@@ -404,6 +407,34 @@ void TstQspi::readingGoesOnWithoutACommand()
     QVERIFY(desk.frame(6).text.find("Fast read quad I/O, continued 0x000002") != std::string::npos);
 }
 
+void TstQspi::theConfigurationKeepsTheChipReading()
+{
+    const auto read = [](Wire &wire, bool hasCode, unsigned address, unsigned firstBit, unsigned value) {
+        wire.select();
+        if (hasCode) {
+            wire.one(0xeb, 8);
+        }
+        wire.wide(address, 24, 4).one(firstBit, 1).clocks(5).wide(value, 8, 4).release();
+    };
+    Wire wire; // six dummy clocks; the first one keeps the chip reading
+    wire.select().one(0x8163, 16).release();
+    read(wire, true, 1, 0, 0x12);
+    read(wire, false, 2, 0, 0x34);
+    read(wire, false, 3, 1, 0x56);
+    wire.select().one(0x06, 8).release();
+    wire.select().one(0x816b, 16).release(); // not any more
+    read(wire, true, 4, 0, 0x78);
+    wire.select().one(0x05, 8).release();
+    const Texts got = Decoded(wire, with("set=micron")).transfers();
+    QCOMPARE(got.size(), std::size_t(8));
+    QCOMPARE(got[1], std::string("transfer cmd=EB addr=000001 lines=4 data=12 data4=12"));
+    QCOMPARE(got[2], std::string("transfer cmd=EB addr=000002 lines=4 data=34 data4=34"));
+    QCOMPARE(got[3], std::string("transfer cmd=EB addr=000003 lines=4 data=56 data4=56"));
+    QCOMPARE(got[4], std::string("transfer cmd=06"));
+    QCOMPARE(got[6], std::string("transfer cmd=EB addr=000004 lines=4 data=78 data4=78"));
+    QCOMPARE(got[7].substr(0, 15), std::string("transfer cmd=05"));
+}
+
 void TstQspi::chipsUnderstandCommandsDifferently()
 {
     Wire wire;
@@ -503,6 +534,23 @@ void TstQspi::theLastEdgeMayFallTogetherWithTheRelease()
     QCOMPARE(decoderChecks::faultOf(desk, wire.now() + 50), std::string());
 }
 
+void TstQspi::theFirstEdgeMayFallTogetherWithTheSelect()
+{
+    EdgeLine clk(false);
+    EdgeLine cs(true);
+    EdgeLine io0(true);
+    cs.hold(20).set(false).holdUntil(110).set(true);
+    clk.hold(20);
+    for (int i = 0; i < 8; ++i) {
+        clk.bit(true, half).bit(false, half);
+    }
+    io0.hold(25).set(false).holdUntil(45).set(true).holdUntil(95).set(false); // 1001 1111
+    TestCapture capture(sampleRate, 200);
+    capture.channel(0, clk).channel(csChannel, cs).channel(io0Channel, io0);
+    DecodeDesk desk(std::make_unique<QspiAnalyzer>(), "clk=0,cs=1,io0=2,io1=none");
+    QCOMPARE(desk.run(capture).frame(0).value("cmd"), std::string("9F"));
+}
+
 void TstQspi::dummyClocksMayBeSet()
 {
     const Decoded desk(readWire(0xeb, 4, true, 6, 4), with("dummy=6"));
@@ -585,6 +633,21 @@ void TstQspi::whatTheCaptureCutsIsNotShown()
     }
 }
 
+void TstQspi::aCaptureThatTheSelectTriggersBeginsWithATransfer()
+{
+    Wire wire;
+    wire.select().one(0x05, 8).one(0x5a, 8, true).release();
+    wire.select().one(0x9f, 8).one(0x12, 8, true).release();
+    const Texts whole = Decoded(wire).transfers();
+    // The first rise comes 12 samples behind the select, and a clock is 10 samples.
+    QCOMPARE(Decoded(wire, allLines, -1, wire.begins[0]).transfers(), whole);
+    QCOMPARE(Decoded(wire, allLines, -1, wire.begins[0] + 1).transfers(), Texts{whole[1]});
+    Wire unknown; // a pause within a transfer, behind which no command comes
+    unknown.select().wait(100).one(0xf7, 8).one(0x5a, 8, true).release();
+    QCOMPARE(Decoded(unknown, allLines, -1, unknown.begins[0] + 1).transfers(), Texts());
+    QCOMPARE(Decoded(unknown).transfers().size(), std::size_t(1));
+}
+
 void TstQspi::theSimulationIsDecodedAsItWasSent_data()
 {
     QTest::addColumn<QString>("settings");
@@ -610,6 +673,8 @@ void TstQspi::theSimulationIsDecodedAsItWasSent()
     const Texts codes = isQpi ? Texts{"EB", "06", "02", "05", "0B"}
                               : Texts{"9F", "06", "02", "05", "03", "0B", "3B", "BB", "6B", "EB", "32", "0D", "ED"};
     const int digits = settings.contains(QLatin1String("address=4")) ? 8 : 6;
+    std::string ongoing; // the command that the transfer before keeps
+    unsigned continued = 0;
     unsigned number = 0;
     for (const DecodedFrame &frame : desk.frames()) {
         if (frame.kind != "transfer" && frame.kind != "short") {
@@ -617,10 +682,12 @@ void TstQspi::theSimulationIsDecodedAsItWasSent()
         }
         if (isRaw) {
             QCOMPARE(frame.value("data"), QString::asprintf("%08X", number).toStdString());
-        } else if (number % 17 == 16) {
+        } else if (ongoing.empty() && number % 17 == 16) {
             QCOMPARE(frame.summary(), std::string(isQpi ? "short n=1" : "short n=3"));
         } else {
-            const std::string &code = codes[number % codes.size()];
+            const bool isContinued = !ongoing.empty();
+            const std::string code = isContinued ? ongoing : codes[number % codes.size()];
+            continued += isContinued ? 1 : 0;
             QCOMPARE(frame.value("cmd"), code);
             const bool hasAddress = code != "9F" && code != "06" && code != "05";
             const std::string address = QString::asprintf("%0*X", digits, number).toStdString();
@@ -630,10 +697,14 @@ void TstQspi::theSimulationIsDecodedAsItWasSent()
                 data += QString::asprintf("%02X", (number + i) & 0xffU).toStdString();
             }
             QCOMPARE(frame.value("data"), code == "06" ? std::string("(absent)") : data);
+            const bool keeps = frame.value("mode") != "(absent)" && !isContinued && number / codes.size() % 2 != 0;
+            QVERIFY(frame.value("mode") == (keeps ? "A5" : "FF") || frame.value("mode") == "(absent)");
+            ongoing = keeps ? code : std::string();
         }
         ++number;
     }
     QVERIFY(number > 50);
+    QVERIFY(isRaw || continued > 0 || settings.contains(QLatin1String("micron")));
 }
 
 void TstQspi::itIsOfferedForModelsThatAreFastEnough()

@@ -138,6 +138,7 @@ private slots:
     void clocksOfAnotherDeviceAreNoWords();
     void aWordThatTheReleaseCutsIsToldAsCut();
     void theLastEdgeMayFallTogetherWithTheRelease();
+    void theFirstEdgeMayFallTogetherWithTheSelect();
     void withoutASelectWordsFollowEachOther();
     void anIdleTimeBeginsAWordAnew();
     void linesMayBeMissing();
@@ -257,6 +258,31 @@ void TstSpi::theLastEdgeMayFallTogetherWithTheRelease()
     }
 }
 
+void TstSpi::theFirstEdgeMayFallTogetherWithTheSelect()
+{
+    // A leading edge is the first of the word; a trailing one has none before it.
+    for (const bool idle : {false, true}) {
+        EdgeLine clk(idle);
+        EdgeLine mosi(true);
+        EdgeLine cs(true);
+        cs.hold(20).set(false);
+        clk.hold(20);
+        mosi.hold(25).set(false); // the highest bit alone is 1
+        for (int i = 0; i < 8; ++i) {
+            clk.bit(!idle, 5).bit(idle, 5);
+        }
+        cs.holdUntil(110).set(true);
+        TestCapture capture(sampleRate, 300);
+        capture.channel(clkChannel, clk).channel(mosiChannel, mosi).channel(csChannel, cs);
+        const std::string cpol = idle ? ",cpol=1" : ",cpol=0";
+        DecodeDesk leading(std::make_unique<SpiAnalyzer>(), "clk=0,mosi=1,cs=3" + cpol);
+        QCOMPARE(leading.run(capture).summaries(), Texts{"word mosi=128"});
+        const std::string other = idle ? ",cpol=0,cpha=1" : ",cpol=1,cpha=1";
+        DecodeDesk trailing(std::make_unique<SpiAnalyzer>(), "clk=0,mosi=1,cs=3" + other);
+        QCOMPARE(trailing.run(capture).summaries(), Texts{"cut n=7 mosi=0"});
+    }
+}
+
 void TstSpi::withoutASelectWordsFollowEachOther()
 {
     Wire wire;
@@ -305,6 +331,12 @@ void TstSpi::aPauseBeforeTheFirstClockIsAWordsBegin()
     Wire wire;
     wire.wait(20).select(true).wait(50).word(0x22).bits("111", "000").select(false);
     QCOMPARE(Decoded(wire, allLines, -1, 30).summaries(), (Texts{"word mosi=34 miso=221", "cut n=3 mosi=7 miso=0"}));
+    // Right behind the select, which has triggered it: 12 samples to the first edge, of a clock of 10.
+    Wire triggered;
+    triggered.wait(20).select(true).wait(7).word(0x22).bits("111", "000").select(false);
+    const std::int64_t edge = triggered.starts[0];
+    QCOMPARE(Decoded(triggered, allLines, -1, edge - 12).frame(0).summary(), std::string("word mosi=34 miso=221"));
+    QVERIFY(Decoded(triggered, allLines, -1, edge - 11).frame(0).summary() != "word mosi=34 miso=221");
 }
 
 void TstSpi::aCutWordAtTheEndIsNotShown_data()
