@@ -5,7 +5,7 @@
 
 using lux::Simulation;
 
-/// Messages with bytes that count up, of eight forms in turn.
+/// Messages with bytes that count up, of nine forms in turn.
 void I2cAnalyzer::simulate(Simulation &simulation)
 {
     enum Form : std::uint32_t {
@@ -16,6 +16,7 @@ void I2cAnalyzer::simulate(Simulation &simulation)
         GeneralCall,
         NobodyThere,
         Slow,
+        LostStop,
         Broken
     };
     lux::StartStopSender bus(simulation, m_settings.scl, m_settings.sda);
@@ -49,6 +50,12 @@ void I2cAnalyzer::simulate(Simulation &simulation)
         bus.byte(0xa0);
         bus.wait(40); // the target holds the clock
         bus.byte(number);
+        break;
+    case LostStop:
+        bus.byte(0xa0);
+        bus.letGo(80); // much longer than before a repeated start
+        bus.start();
+        bus.bytes({0xa0, number});
         break;
     default: // a stop within a byte
         bus.byte(0xa0);

@@ -24,6 +24,10 @@ void JtagAnalyzer::decode()
     // to the same one from all of them sooner or later, at the latest five high ones.
     m_state = JtagState::RunTestIdle;
     m_possible = beginsWithinClocks(tck) ? JtagStates() : JtagStates(m_state);
+    if (hasReset && !trst.level()) {
+        m_state = JtagState::TestLogicReset;
+        m_possible = JtagStates(m_state);
+    }
     m_isKnown = false;
     m_since = 0;
     m_clocks = 0;
@@ -56,7 +60,8 @@ void JtagAnalyzer::decode()
     }
 }
 
-/// Whether no more than a clock and a half is missing before the first rise.
+/// Whether no more than a clock and a half is missing before the first rise. Where a clock is but two or three samples,
+/// the sample that each edge comes late counts.
 bool JtagAnalyzer::beginsWithinClocks(ChannelReader tck)
 {
     const std::int64_t toRise = tck.level() ? 2 : 1;
@@ -65,7 +70,7 @@ bool JtagAnalyzer::beginsWithinClocks(ChannelReader tck)
     }
     tck.skipEdges(toRise);
     const Sample first = tck.position();
-    return 2 * first < 3 * (tck.skipEdges(2) - first);
+    return 2 * (first - 1) < 3 * (tck.skipEdges(2) - first + 1);
 }
 
 void JtagAnalyzer::takeClock(bool tms, Sample edge)

@@ -59,6 +59,7 @@ private:
 
     void clock(lux::Simulation &simulation, bool tms, bool tdi, bool tdo);
     void scan(lux::Simulation &simulation, bool isIr, unsigned bits, std::uint32_t value);
+    void cut(lux::Simulation &simulation, std::uint32_t value);
     void lead(lux::Simulation &simulation, std::initializer_list<int> tms);
 
     JtagState m_state = JtagState::RunTestIdle;

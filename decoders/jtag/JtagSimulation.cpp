@@ -4,6 +4,7 @@
 #include <cstdint>
 
 using lux::Simulation;
+using lux::SimulationLine;
 
 namespace {
 
@@ -15,10 +16,13 @@ constexpr unsigned bitsOfDr = 32;
 constexpr unsigned bitsOfChain = 100; ///< more than a word
 constexpr std::uint32_t resetEvery = 16;
 constexpr std::uint32_t longEvery = 7;
+constexpr std::uint32_t cutEvery = 11;
+constexpr unsigned bitsOfCut = 3;
 
 } // namespace
 
-/// A reset now and then, an instruction, then data, with a pause in the middle of each.
+/// A reset now and then, an instruction, then data, with a pause in the middle of each. Where there is TRST it cuts a
+/// shift now and then.
 void JtagAnalyzer::simulate(Simulation &simulation)
 {
     simulation.line(m_settings.tck, false);
@@ -26,6 +30,9 @@ void JtagAnalyzer::simulate(Simulation &simulation)
     const std::uint32_t number = m_sent++;
     if (number % resetEvery == 0) {
         lead(simulation, {1, 1, 1, 1, 1, 0});
+    }
+    if (m_settings.trst.isDefined() && number % cutEvery == cutEvery - 1) {
+        cut(simulation, number);
     }
     scan(simulation, true, bitsOfIr, number);
     scan(simulation, false, number % longEvery == 0 ? bitsOfChain : bitsOfDr, number);
@@ -51,6 +58,21 @@ void JtagAnalyzer::scan(Simulation &simulation, bool isIr, unsigned bits, std::u
         }
     }
     lead(simulation, {1, 0});
+}
+
+/// From Run-Test/Idle into a shift, which TRST ends, and back.
+void JtagAnalyzer::cut(Simulation &simulation, std::uint32_t value)
+{
+    lead(simulation, {1, 0, 0});
+    for (unsigned i = 0; i < bitsOfCut; ++i) {
+        const bool isOne = (value >> i & 1U) != 0;
+        clock(simulation, false, isOne, !isOne);
+    }
+    SimulationLine &trst = simulation.line(m_settings.trst, true);
+    trst.set(false);
+    lead(simulation, {1});
+    trst.set(true);
+    lead(simulation, {0});
 }
 
 void JtagAnalyzer::lead(Simulation &simulation, std::initializer_list<int> tms)

@@ -17,6 +17,8 @@ constexpr std::uint8_t eightLines = 0x3;
 constexpr std::uint8_t fourLines = 0x2;
 /// HD44780U data sheet (ADE-207-272), figure 24: the start-up is looked for in so many accesses at the capture's begin.
 constexpr std::size_t startUpWithin = 16;
+/// Which half of a byte is the first of a capture is told from so many accesses at most.
+constexpr std::size_t mostOfBegin = 64;
 
 } // namespace
 
@@ -91,11 +93,11 @@ void LcdAnalyzer::readBytes(Bus &bus)
 /// Four lines: a controller that has just got its power reads each access as one of eight lines, the lower four of
 /// which are not there, until it is told that there are four. From then on the upper half of a byte comes before the
 /// lower. A capture that begins later begins anywhere in a byte: where a start-up follows soon the halves are counted
-/// back from it, else the pauses tell. A half whose other half is of another kind stands alone.
+/// back from it, else registers and pauses tell. A half whose other half is of another kind stands alone.
 void LcdAnalyzer::readNibbles(Bus &bus)
 {
     std::vector<Access> begin;
-    for (Access access; begin.size() < startUpWithin && bus.next(access);) {
+    for (Access access; begin.size() < mostOfBegin && bus.next(access);) {
         begin.push_back(access);
     }
     const std::size_t startUp = startUpIn(begin);
@@ -135,30 +137,51 @@ void LcdAnalyzer::readNibbles(Bus &bus)
     }
 }
 
-/// The place of a start-up: 3 3 3 2 anywhere, or at the begin what only a start-up begins with: 3, or 2 2. The number
-/// of accesses where there is none.
+/// The place of a start-up: 3 3 3 2 anywhere, or at the begin what only a start-up begins with: 3 up to a 2, or 2 2.
+/// The number of accesses where there is none. A 3 at the begin may be the lower half of a byte, which the pauses tell.
 std::size_t LcdAnalyzer::startUpIn(const std::vector<Access> &accesses)
 {
     const std::size_t count = accesses.size();
-    for (std::size_t i = 0; i + 3 < count; ++i) {
+    for (std::size_t i = 0; i + 3 < std::min(count, startUpWithin); ++i) {
         if (accesses[i].isInstruction(eightLines) && accesses[i + 1].isInstruction(eightLines) &&
             accesses[i + 2].isInstruction(eightLines) && accesses[i + 3].isInstruction(fourLines)) {
             return i;
         }
     }
+    std::size_t first = 0; // that is no 3
+    while (first < count && accesses[first].isInstruction(eightLines)) {
+        ++first;
+    }
     const bool begins =
-        count > 0 && (accesses[0].isInstruction(eightLines) ||
-                      (count > 1 && accesses[0].isInstruction(fourLines) && accesses[1].isInstruction(fourLines)));
+        first > 0 ? (first == count || accesses[first].isInstruction(fourLines)) && !pausesTellLowerHalf(accesses)
+                  : count > 1 && accesses[0].isInstruction(fourLines) && accesses[1].isInstruction(fourLines);
     return begins ? 0 : count;
 }
 
-/// The halves of a byte are nearer to each other than bytes, between which the controller works for 37 us (table 6).
+/// Both halves of a byte go to the same register in the same direction. Where all do so however they are paired, the
+/// pauses tell.
 bool LcdAnalyzer::beginsWithLowerHalf(const std::vector<Access> &accesses)
+{
+    std::size_t changes[] = {0, 0}; // before accesses at even places, and at odd ones
+    for (std::size_t i = 1; i < accesses.size(); ++i) {
+        const bool isSame =
+            accesses[i].isData == accesses[i - 1].isData && accesses[i].isRead == accesses[i - 1].isRead;
+        changes[i % 2] += isSame ? 0 : 1;
+    }
+    // Within bytes nothing changes; a single change may come of a half that is lost.
+    if (std::min(changes[0], changes[1]) == 0 && std::max(changes[0], changes[1]) > 1) {
+        return changes[0] == 0;
+    }
+    return pausesTellLowerHalf(accesses);
+}
+
+/// The halves of a byte are nearer to each other than bytes, between which the controller works for 37 us (table 6).
+bool LcdAnalyzer::pausesTellLowerHalf(const std::vector<Access> &accesses)
 {
     constexpr std::size_t least = 4;
     Sample within = 0;
     Sample between = INT64_MAX;
-    for (std::size_t i = 1; i < accesses.size(); ++i) {
+    for (std::size_t i = 1; i < std::min(accesses.size(), startUpWithin); ++i) {
         const Sample distance = accesses[i].last - accesses[i - 1].last;
         within = i % 2 == 0 ? std::max(within, distance) : within;
         between = i % 2 != 0 ? std::min(between, distance) : between;

@@ -37,7 +37,11 @@ private:
     void addByte(const Access &first, const Access &last, std::uint8_t value);
     [[nodiscard]] static std::size_t startUpIn(const std::vector<Access> &accesses);
     [[nodiscard]] static bool beginsWithLowerHalf(const std::vector<Access> &accesses);
+    [[nodiscard]] static bool pausesTellLowerHalf(const std::vector<Access> &accesses);
 
+    void simulateStartUp(lux::Simulation &simulation);
+    void simulateText(lux::Simulation &simulation);
+    void simulateGraphic(lux::Simulation &simulation);
     void send(lux::Simulation &simulation, std::uint32_t value, bool isData, bool isRead);
     void pulse(lux::Simulation &simulation, std::uint32_t value);
     void nibble(lux::Simulation &simulation, std::uint32_t value);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 using lux::Simulation;
 using lux::SimulationLine;
@@ -10,7 +11,7 @@ namespace {
 
 constexpr std::int64_t usualRate = 10000000; ///< states/s: T_LPX is at least 50 ns (D-PHY 1.1, table 14)
 constexpr std::int64_t samplesPerState = 4;
-constexpr std::uint32_t rounds = 8;
+constexpr std::uint32_t rounds = 10;
 
 /// A lane in low-power mode.
 class Lane {
@@ -70,10 +71,11 @@ public:
         state(false, false, 40);
         stop(4);
     }
-    void packet(std::uint32_t head, std::uint8_t damage = 0)
+    /// @param damage  changes the check @param flipped  changes the head, of which the check knows nothing
+    void packet(std::uint32_t head, std::uint8_t damage = 0, std::uint32_t flipped = 0)
     {
         for (unsigned shift = 0; shift < dsi::checkedBits; shift += 8) {
-            byte(head >> shift);
+            byte((head ^ flipped) >> shift);
         }
         byte(std::uint32_t(dsi::eccOf(head) ^ damage));
     }
@@ -94,16 +96,52 @@ private:
     std::int64_t m_rate;
 };
 
+constexpr std::uint32_t shortWrite = 0x15;
+constexpr std::uint32_t longWrite = 0x39;
+
+using Payload = std::array<std::uint8_t, 5>;
+constexpr std::uint32_t longHead = longWrite | std::uint32_t(std::tuple_size_v<Payload>) << 8;
+
+Payload payloadOf(std::uint32_t number)
+{
+    return {0x2a, std::uint8_t(number), std::uint8_t(number >> 8), 0xff, 0x00};
+}
+
+/// Each error in turn.
+void sendWrong(Lane &lane, std::uint32_t number)
+{
+    const std::uint32_t shortHead = shortWrite | (number & 0xffffU) << 8;
+    switch (number % rounds) {
+    case 6: // two wrong bits
+        lane.enter(dsi::lowPowerData);
+        lane.packet(shortHead, 0x03);
+        break;
+    case 7: // one, which can be corrected
+        lane.enter(dsi::lowPowerData);
+        lane.packet(shortHead, 0, 0x800000);
+        break;
+    case 8:
+        lane.enter(dsi::lowPowerData);
+        lane.packet(longHead);
+        lane.payload(payloadOf(number), 1);
+        break;
+    default: // a burst, and a packet that ends early
+        lane.burst();
+        lane.enter(dsi::lowPowerData);
+        lane.packet(longHead);
+        lane.byte(number);
+        break;
+    }
+    lane.leave();
+}
+
 } // namespace
 
 /// Packets with parameters that count up, triggers, states and turnarounds, and now and then each error.
 void DsiAnalyzer::simulate(Simulation &simulation)
 {
-    constexpr std::uint32_t shortWrite = 0x15;
-    constexpr std::uint32_t longWrite = 0x39;
     const std::uint32_t number = m_sent++;
-    const std::array<std::uint8_t, 5> bytes = {0x2a, std::uint8_t(number), std::uint8_t(number >> 8), 0xff, 0x00};
-    const auto length = std::uint32_t(bytes.size());
+    const Payload bytes = payloadOf(number);
     const auto lines = m_settings.lines();
     Lane lane(simulation, lines[0]);
     for (std::size_t i = 1; i < std::size_t(m_settings.lanes.value()); ++i) {
@@ -118,7 +156,7 @@ void DsiAnalyzer::simulate(Simulation &simulation)
         break;
     case 1: // two packets in one transmission
         lane.enter(dsi::lowPowerData);
-        lane.packet(longWrite | length << 8);
+        lane.packet(longHead);
         lane.payload(bytes, 0);
         lane.packet(0x08 | 0x0f0fU << 8);
         lane.leave();
@@ -138,23 +176,19 @@ void DsiAnalyzer::simulate(Simulation &simulation)
         lane.leave();
         lane.turnaround();
         break;
-    case 5:
-        lane.enter(dsi::lowPowerData);
-        lane.packet(shortWrite | (number & 0xffffU) << 8, 0x03);
+    case 5: // the other lanes
+        for (std::size_t i = 1; i < std::size_t(m_settings.lanes.value()); ++i) {
+            Lane other(simulation, lines[i]);
+            other.enter(dsi::ultraLowPower);
+            other.state(false, false, 100);
+            other.leave();
+            other.burst();
+        }
+        lane.enter(number % (2 * rounds) == 5 ? dsi::ultraLowPower : dsi::acknowledgeTrigger);
         lane.leave();
         break;
-    case 6:
-        lane.enter(dsi::lowPowerData);
-        lane.packet(longWrite | length << 8);
-        lane.payload(bytes, 1);
-        lane.leave();
-        break;
-    default: // a burst, and a packet that ends early
-        lane.burst();
-        lane.enter(dsi::lowPowerData);
-        lane.packet(longWrite | length << 8);
-        lane.byte(number);
-        lane.leave();
+    default:
+        sendWrong(lane, number);
         break;
     }
 }

@@ -33,7 +33,7 @@ OneWireAnalyzer::Times::Times(const OneWireTimes &times, std::int64_t sampleRate
     : mostOne(lux::samplesUpTo(times.mostOne, sampleRate)),
       slot(lux::samplesIn(times.slot, sampleRate)),
       mostZero(lux::samplesUpTo(times.mostZero, sampleRate)),
-      leastReset(lux::samplesIn(times.leastReset, sampleRate)),
+      leastReset(lux::samplesIn(times.leastReset, sampleRate) - 1), // edges are a sample off
       presenceLook(lux::samplesUpTo(times.presenceLook, sampleRate)),
       mostPresence(lux::samplesUpTo(times.mostPresence, sampleRate))
 {}

@@ -6,7 +6,14 @@ using lux::ActiveLevel;
 using lux::Simulation;
 using lux::SimulationLine;
 
-/// A command with some words of data, then a read of its state and of data. The chip select frames them.
+namespace {
+
+constexpr std::uint32_t clashEvery = 16;
+
+} // namespace
+
+/// A command with some words of data, then a read of its state and of data, now and then with both strobes. The chip
+/// select frames them.
 void Parallel8080Analyzer::simulate(Simulation &simulation)
 {
     const bool selected = m_settings.csPolarity == ActiveLevel::High;
@@ -26,6 +33,13 @@ void Parallel8080Analyzer::simulate(Simulation &simulation)
     if (m_settings.rd.isDefined()) {
         access(simulation, false, false, ~number);
         access(simulation, false, true, number);
+    }
+    if (number % clashEvery == clashEvery - 1 && m_settings.wr.isDefined() && m_settings.rd.isDefined()) {
+        SimulationLine &rd = simulation.line(m_settings.rd, !active);
+        rd.set(active);
+        access(simulation, true, true, number);
+        rd.set(!active);
+        simulation.holdTime(1, lux::strobedQuarters(simulation));
     }
     select.set(!selected);
 }

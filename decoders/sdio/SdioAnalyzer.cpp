@@ -76,9 +76,13 @@ void SdioAnalyzer::readData(SdioDataLines &lines, SdioTransfer &transfer, Sample
 bool SdioAnalyzer::readBlock(SdioDataLines &lines, SdioTransfer &transfer, Sample stop)
 {
     SdioBlock block;
+    const Sample start = lines.rise();
     lines.readBlock(block, transfer.blockLength(), stop);
     if (!block.isWhole && stop == INT64_MAX) {
-        return false; // the capture's end
+        // The capture's end; or the blocks are shorter than is known, and others follow.
+        lines.returnTo(start);
+        transfer.giveUp();
+        return false;
     }
     results().mark(m_settings.d0, block.first, MarkerType::Start);
     results().mark(m_settings.d0, block.last, block.isWhole && block.endRight ? MarkerType::Stop : MarkerType::ErrorX);

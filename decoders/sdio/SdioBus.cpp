@@ -257,6 +257,14 @@ void SdioDataLines::skipTo(Sample sample)
     m_lines[0].advanceTo(sample);
 }
 
+void SdioDataLines::returnTo(Sample sample)
+{
+    m_clk.seek(sample);
+    for (ChannelReader &line : m_lines) {
+        line.seek(sample);
+    }
+}
+
 bool SdioDataLines::findStart(Sample end)
 {
     ChannelReader &dat0 = m_lines[0];

@@ -88,6 +88,8 @@ public:
     [[nodiscard]] lux::Sample rise() const { return m_rise; }
     /// What comes before that sample is not looked at.
     void skipTo(lux::Sample sample);
+    /// Back to that sample, where what comes behind it was not what was looked for.
+    void returnTo(lux::Sample sample);
     /// The lines in use for the next search: a status comes on DAT0 alone.
     void useDat0(bool alone) { m_used = alone ? 1 : m_width; }
 

@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::int64_t usualRate = 400000; ///< clocks/s while a card is identified (4.2.1)
 constexpr std::int64_t samplesPerClock = 8;
-constexpr std::uint32_t wrongCrcEvery = 5; ///< rounds
+constexpr std::uint32_t wrongCrcEvery = 5;  ///< rounds
+constexpr std::uint32_t functionsEvery = 4; ///< rounds
 constexpr std::size_t blockBytes = 8;
 
 constexpr lux::CrcModel crc7 = {.width = 7, .polynomial = 0x09};
@@ -109,6 +110,12 @@ public:
         clock();
         idle(gap);
     }
+    /// The first clocks of a block that the host stops: ones.
+    void blockBegin(unsigned clocks)
+    {
+        clock(true, ~((1U << m_width) - 1U));
+        idle(clocks);
+    }
     void blockStatus(std::uint32_t status, unsigned busyClocks)
     {
         clock(true, ~1U);
@@ -200,9 +207,29 @@ void transfer(Bus &bus, std::uint32_t round)
     }
 }
 
+/// A card with input and output: SDIO 3.00, 5.1 and 5.3; and a block that is stopped before its end.
+void useFunctions(Bus &bus, std::uint32_t round)
+{
+    constexpr std::uint32_t readBytes = 1U << 28 | std::uint32_t(blockBytes); ///< of function 1, by bytes
+    bus.command(sdio::ioSendOpCond, 0x100000);
+    bus.responseWithoutCheck(0x90100000);
+    bus.command(sdio::ioReadWriteDirect, 1U << 31 | 2U << 9 | 2U);
+    bus.response(sdio::ioReadWriteDirect, 0x1002);
+    bus.command(sdio::ioReadWriteExtended, readBytes);
+    bus.response(sdio::ioReadWriteExtended, 0x1000);
+    bus.block(round, false);
+    bus.command(sdio::setBlockLength, 512);
+    bus.response(sdio::setBlockLength, readyInTransfer);
+    bus.command(sdio::readMultipleBlock, round);
+    bus.response(sdio::readMultipleBlock, readyInTransfer);
+    bus.blockBegin(64);
+    bus.command(sdio::stopTransmission, 0);
+    bus.response(sdio::stopTransmission, 0xb00);
+}
+
 } // namespace
 
-/// A card is identified once, and then read and written; now and then a check is wrong.
+/// A card is identified once, and then read and written; now and then a check is wrong, and its functions are used.
 void SdioAnalyzer::simulate(Simulation &simulation)
 {
     Bus bus(simulation, m_settings);
@@ -210,6 +237,8 @@ void SdioAnalyzer::simulate(Simulation &simulation)
     bus.idle(8);
     if (m_sent == 0) {
         identify(bus, m_sent);
+    } else if (m_sent % functionsEvery == functionsEvery - 1) {
+        useFunctions(bus, m_sent);
     } else {
         transfer(bus, m_sent);
     }

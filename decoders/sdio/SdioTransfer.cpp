@@ -11,8 +11,8 @@ void SdioTransfer::command(const SdioToken &token)
     m_mayBeBusy = false;
     if (token.index == sdio::stopTransmission || token.index == 0) {
         m_direction = Direction::None;
-    } else if (m_isApplication && !sdio::commandName(token.index, true).empty()) {
-        applicationData(token.index);
+    } else if (m_isApplication) {
+        applicationData(token);
     } else {
         plainData(token);
     }
@@ -41,6 +41,11 @@ void SdioTransfer::blockDone()
     }
 }
 
+void SdioTransfer::giveUp()
+{
+    m_direction = Direction::None;
+}
+
 void SdioTransfer::begin(Direction direction, std::size_t length, std::uint32_t blocks)
 {
     m_direction = direction;
@@ -48,13 +53,14 @@ void SdioTransfer::begin(Direction direction, std::size_t length, std::uint32_t 
     m_blocksLeft = blocks;
 }
 
-/// ACMD13, 22 and 51 (SD Physical Layer Simplified Specification 6.00, 4.7.4).
-void SdioTransfer::applicationData(std::uint8_t index)
+/// ACMD13, 22 and 51 (SD Physical Layer Simplified Specification 6.00, 4.7.4). One that is not defined does what the
+/// plain command does (4.3.9).
+void SdioTransfer::applicationData(const SdioToken &token)
 {
     constexpr std::size_t statusBytes = 64;
     constexpr std::size_t countBytes = 4;
     constexpr std::size_t scrBytes = 8;
-    switch (index) {
+    switch (token.index) {
     case 13:
         begin(Direction::Read, statusBytes);
         break;
@@ -64,13 +70,13 @@ void SdioTransfer::applicationData(std::uint8_t index)
     case 51:
         begin(Direction::Read, scrBytes);
         break;
-    case sdio::readSingleBlock:
-    case sdio::readMultipleBlock:
-    case sdio::writeBlock:
-    case sdio::writeMultipleBlock:
-        plainData({.index = index});
+    case 6: // these have no data: bus width, blocks to erase, start-up, card detection
+    case 23:
+    case sdio::sendOpCond:
+    case 42:
         break;
     default:
+        plainData(token);
         break;
     }
 }

@@ -17,6 +17,8 @@ public:
     void response(const SdioToken &token);
     /// Takes note of a block that was read.
     void blockDone();
+    /// What comes on the data lines is not what was announced.
+    void giveUp();
     [[nodiscard]] Direction direction() const { return m_direction; }
     [[nodiscard]] std::size_t blockLength() const { return m_length; }
     /// The length of the response that comes next.
@@ -35,7 +37,7 @@ private:
     static constexpr std::uint32_t endless = UINT32_MAX;
 
     void begin(Direction direction, std::size_t length, std::uint32_t blocks = 1);
-    void applicationData(std::uint8_t index);
+    void applicationData(const SdioToken &token);
     void plainData(const SdioToken &token);
     void extended(std::uint32_t argument);
     void direct(std::uint32_t argument);

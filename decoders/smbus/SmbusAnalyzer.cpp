@@ -15,6 +15,7 @@ constexpr unsigned bitsOfByte = 8;
 constexpr std::int64_t spike = 50;              ///< ns, SMBus 3.1, table 13, t_SPIKE
 constexpr std::int64_t leastTimeout = 25000000; ///< ns, t_TIMEOUT: a device may let go
 constexpr std::int64_t mostTimeout = 35000000;  ///< ns: each device has let go
+constexpr std::size_t mostWaiting = 64;         ///< conditions before a transaction takes its place
 
 } // namespace
 
@@ -26,6 +27,7 @@ void SmbusAnalyzer::decode()
     m_bytes.clear();
     m_isHeld = false;
     m_late.clear();
+    m_conditions.clear();
     const Sample shortest = lux::samplesIn(spike, sampleRate());
     if (shortest > 1) {
         decodeBus(lux::FilteredLine(reader(m_settings.scl), shortest),
@@ -34,6 +36,7 @@ void SmbusAnalyzer::decode()
         decodeBus(reader(m_settings.scl), reader(m_settings.sda));
     }
     addHeldByte(false);
+    addConditions();
 }
 
 template<class Line>
@@ -91,13 +94,18 @@ void SmbusAnalyzer::takeCondition(const BusEvent &event, Sample sclRise)
     const bool isRestart = isStart && m_transaction.isOpen;
     if (isStart && !isRestart) {
         m_bytes.clear();
-        m_transaction = {.isOpen = true, .place = results().open(event.at), .first = event.at};
+        m_transaction = {.isOpen = true, .first = event.at};
     }
-    results().add({.firstSample = event.at,
-                   .lastSample = event.at,
-                   .kind = std::uint8_t(!isStart    ? SmbusResults::Stop
-                                        : isRestart ? SmbusResults::Restart
-                                                    : SmbusResults::Start)});
+    m_conditions.push_back({.firstSample = event.at,
+                            .lastSample = event.at,
+                            .kind = std::uint8_t(!isStart    ? SmbusResults::Stop
+                                                 : isRestart ? SmbusResults::Restart
+                                                             : SmbusResults::Start)});
+    if (m_transaction.isPlaced || !isStart) {
+        addConditions();
+    } else if (m_conditions.size() > mostWaiting) {
+        placeTransaction();
+    }
     m_transaction.hasAddress = false;
     if (!isStart) {
         endTransaction(event.at);
@@ -106,6 +114,7 @@ void SmbusAnalyzer::takeCondition(const BusEvent &event, Sample sclRise)
 
 void SmbusAnalyzer::addByte(bool acknowledge, Sample last)
 {
+    placeTransaction();
     addHeldByte(false);
     FrameData frame{.firstSample = m_byte.first, .lastSample = last, .data = m_byte.bits, .kind = SmbusResults::Data};
     const bool isAddress = !m_transaction.hasAddress;
@@ -130,6 +139,24 @@ void SmbusAnalyzer::addByte(bool acknowledge, Sample last)
         m_isHeld = true;
     }
     m_byte = {};
+}
+
+/// Conditions without a byte between them make no transaction: its place is taken by what comes first in it.
+void SmbusAnalyzer::placeTransaction()
+{
+    if (m_transaction.isOpen && !m_transaction.isPlaced) {
+        m_transaction.isPlaced = true;
+        m_transaction.place = results().open(m_transaction.first);
+        addConditions();
+    }
+}
+
+void SmbusAnalyzer::addConditions()
+{
+    for (const FrameData &condition : m_conditions) {
+        results().add(condition);
+    }
+    m_conditions.clear();
 }
 
 /// @param isLast  a stop follows: the byte may be the packet error code
@@ -158,6 +185,7 @@ void SmbusAnalyzer::addWithLate(const FrameData &byte)
 /// A condition or a time-out ends a byte that is not complete.
 void SmbusAnalyzer::cutByte(Sample last)
 {
+    placeTransaction();
     addHeldByte(false);
     results().mark(m_settings.sda, last, MarkerType::ErrorX);
     addWithLate({.firstSample = m_byte.first,
@@ -174,6 +202,7 @@ void SmbusAnalyzer::takeTimeout(Sample rise, Sample lowTime)
 {
     const Sample fall = rise - lowTime;
     const bool isOver = lowTime >= lux::samplesIn(mostTimeout, sampleRate());
+    placeTransaction();
     if (isOver && m_byte.count > 0) {
         cutByte(fall - 1);
     }
@@ -193,9 +222,9 @@ void SmbusAnalyzer::takeTimeout(Sample rise, Sample lowTime)
 
 void SmbusAnalyzer::endTransaction(Sample last)
 {
-    if (m_bytes.empty()) {
+    if (m_bytes.empty() && m_transaction.isPlaced) {
         results().drop(m_transaction.place);
-    } else {
+    } else if (!m_bytes.empty()) {
         const bool hasPec = m_bytes.size() > 2 && !m_transaction.isBroken && smbus::Pec::of(m_bytes) == 0;
         results().fill(m_transaction.place,
                        {.firstSample = m_transaction.first,

@@ -27,6 +27,7 @@ private:
     /// What stands between a start and a stop.
     struct Transaction {
         bool isOpen = false;
+        bool isPlaced = false; ///< its frame has a place before those of its parts
         std::uint64_t place = 0;
         lux::Sample first = 0;
         bool hasAddress = false; ///< since the last start
@@ -45,6 +46,8 @@ private:
     void cutByte(lux::Sample last);
     void addHeldByte(bool isLast);
     void addWithLate(const FrameData &byte);
+    void placeTransaction();
+    void addConditions();
     void endTransaction(lux::Sample last);
 
     Byte m_byte;
@@ -52,6 +55,7 @@ private:
     std::vector<std::uint8_t> m_bytes; ///< of the transaction, with addresses
     FrameData m_held;                  ///< a data byte waits until it is known whether it is the last one
     bool m_isHeld = false;
-    std::vector<FrameData> m_late; ///< time-outs within the byte that is being read, or held
-    std::uint32_t m_sent = 0;      ///< transactions of the simulation
+    std::vector<FrameData> m_conditions; ///< of a transaction that has no place yet
+    std::vector<FrameData> m_late;       ///< time-outs within the byte that is being read, or held
+    std::uint32_t m_sent = 0;            ///< transactions of the simulation
 };

@@ -141,7 +141,9 @@ void SmbusResults::values(const FrameData &frame, FrameValues &out) const
     case Transaction: {
         const std::span<const std::uint8_t> all = bytes(frame.data);
         const bool hasPec = (frame.flags & RightPec) != 0;
-        out.kind("transaction").hex("v", all).number("pec", hasPec);
+        // The value tells of the bytes alone, also where a bus protocol has no packet error code.
+        const bool isZero = (frame.flags & Broken) == 0 && smbus::Pec::of(all) == 0;
+        out.kind("transaction").hex("v", all).number("pec", isZero);
         out.text("protocol",
                  (frame.flags & Broken) != 0
                      ? "broken"

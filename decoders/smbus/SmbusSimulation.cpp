@@ -25,7 +25,15 @@ enum Form : std::uint32_t {
     WrongPec,
     NobodyThere,
     Broken,
-    ClockHeld
+    ClockHeld,
+    ReceiveByte,
+    WriteByte,
+    ReadWord,
+    BlockWrite,
+    BlockProcessCall,
+    Write32,
+    Read64,
+    Forms
 };
 
 /// The controller and the devices of a simulated bus.
@@ -35,6 +43,40 @@ public:
 
     /// The packet error code over what was sent since the last stop.
     void pec(bool nack = false, std::uint32_t error = 0) { byte(smbus::Pec::of(sent()) ^ error, nack); }
+    /// The further protocols.
+    void more(std::uint32_t form, std::uint32_t value)
+    {
+        switch (form) {
+        case ReceiveByte:
+            bytes({fromDevice, value});
+            break;
+        case WriteByte:
+            bytes({toDevice, 0x24, value});
+            break;
+        case ReadWord:
+            bytes({toDevice, 0x25});
+            start();
+            bytes({fromDevice, value, 0x12});
+            break;
+        case BlockWrite:
+            bytes({toDevice, 0x26, 4, 0x11, 0x12, 0x13, value});
+            break;
+        case BlockProcessCall:
+            bytes({toDevice, 0x27, 2, 0x11, value});
+            start();
+            bytes({fromDevice, 2, 0x21, value});
+            break;
+        case Write32:
+            bytes({toDevice, 0x28, 0x11, 0x12, 0x13, value});
+            break;
+        default: // Read64
+            bytes({toDevice, 0x29});
+            start();
+            bytes({fromDevice, 0x21, 0x22, 0x23, 0x24, 0x25, 0x26, 0x27, value});
+            break;
+        }
+        pec(form == ReceiveByte || form == ReadWord || form == BlockProcessCall || form == Read64);
+    }
     void readByte(std::uint32_t value, std::uint32_t pecError = 0)
     {
         bytes({toDevice, 0x21});
@@ -67,7 +109,7 @@ void SmbusAnalyzer::simulate(Simulation &simulation)
     const std::uint32_t number = m_sent & 0xffU;
     bus.wait(16 + simulation.random(64));
     bus.start();
-    switch (m_sent % (ClockHeld + 1)) {
+    switch (m_sent % Forms) {
     case Quick:
         bus.byte(toDevice);
         break;
@@ -105,9 +147,12 @@ void SmbusAnalyzer::simulate(Simulation &simulation)
         bus.byte(toDevice);
         bus.cutByte();
         break;
-    default: // devices let go, and the controller starts anew
+    case ClockHeld: // devices let go, and the controller starts anew
         bus.bytes({toDevice, number});
         simulation.holdTime(36, 1000);
+        break;
+    default:
+        bus.more(m_sent % Forms, number);
         break;
     }
     bus.stop();

@@ -54,6 +54,9 @@ void SwiAnalyzer::decode()
     } else {
         decodeLine(reader(m_settings.line));
     }
+    if (sampleCount() - m_lastToken > m_timeout) {
+        breakOff(m_lastToken + m_timeout, Stage::Flag); // as any later bit would
+    }
 }
 
 void SwiAnalyzer::setTimes()

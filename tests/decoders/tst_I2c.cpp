@@ -303,7 +303,7 @@ void TstI2c::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("100 MHz") << 100000000 << 65536;
 }
 
-/// Eight forms of message in turn, each with a byte that counts up.
+/// Nine forms of message in turn, each with a byte that counts up.
 void TstI2c::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
@@ -328,14 +328,19 @@ void TstI2c::theSimulationIsDecodedAsItWasSent()
                                   {address(0, 0), data(6, 0, 1)},
                                   {address(0x21, 0, 0)},
                                   {address(0x50, 0), data(n, 0, 1)},
+                                  {address(0x50, 0), "restart", address(0x50, 0), data(n, 0, 1)},
                                   {address(0x50, 0), "cut n=3 v=5"}};
         expected.push_back("start");
-        expected.insert(expected.end(), messages[i % 8].begin(), messages[i % 8].end());
+        expected.insert(expected.end(), messages[i % 9].begin(), messages[i % 9].end());
         expected.push_back("stop");
     }
     QVERIFY(got.size() > 100);
     expected.resize(got.size());
     QCOMPARE(got, expected);
+    const auto frames = desk.frames();
+    QVERIFY(std::any_of(frames.begin(), frames.end(), [](const DecodedFrame &frame) {
+        return frame.text == "Repeated start, the stop before is missing";
+    }));
 }
 
 void TstI2c::randomEdgesGiveFramesInOrder()

@@ -27,7 +27,10 @@ constexpr const char *noStates = "tck=0,tms=1,tdi=2,tdo=3,states=false";
 /// A port's lines by IEEE 1149.1-2013, 4.3 to 4.6: they change at the fall of TCK; a clock is 10 samples.
 class Port : public WireBundle {
 public:
-    explicit Port(std::int64_t rest = 20) : WireBundle(5, 1U << trst | 1U << tms) { wait(rest); }
+    explicit Port(std::int64_t rest = 20, bool isReset = false) : WireBundle(5, (isReset ? 0U : 1U << trst) | 1U << tms)
+    {
+        wait(rest);
+    }
     Port &clock(bool mode, bool in = false, bool out = false)
     {
         set(tck, false).set(tms, mode).set(tdi, in).set(tdo, out).wait(5);
@@ -112,12 +115,14 @@ private slots:
     void fiveClocksLeadToResetFromEachState();
     void stateFramesFollowEachOther();
     void theResetLineCutsAShift();
+    void aCaptureMayBeginWithinAReset();
     void theHighestBitMayComeFirst();
     void aLateOutputIsReadLater();
     void linesMayBeMissing();
     void theCodeOfAllOnesIsBypass();
     void cutEndsShowNothingFalse();
     void aCaptureThatBeginsBetweenClocksShowsNothingFalse();
+    void aSlowlySampledCaptureThatBeginsBetweenClocksShowsNothingFalse();
     void positionsAreWiderThan32Bits();
     void settingsThatDoNotGoTogetherAreRefused();
     void textsGoFromShortToLong();
@@ -237,6 +242,19 @@ void TstJtag::theResetLineCutsAShift()
     QCOMPARE(std::count(states.begin(), states.end(), "Test-Logic-Reset"), std::ptrdiff_t(2));
 }
 
+void TstJtag::aCaptureMayBeginWithinAReset()
+{
+    for (const int ones : {0, 1, 2, 3}) {
+        Port port(20, true);
+        port.clock(true).clock(false).set(trst, true).wait(3);
+        for (int i = 0; i < ones; ++i) {
+            port.clock(true);
+        }
+        port.lead({0}).dr("1101", "0110");
+        QCOMPARE(Desk(port, std::string(noStates) + ",trst=4").summaries(), Texts{"shift reg=DR n=4 tdi=B tdo=6"});
+    }
+}
+
 void TstJtag::theHighestBitMayComeFirst()
 {
     Port port;
@@ -334,6 +352,18 @@ void TstJtag::aCaptureThatBeginsBetweenClocksShowsNothingFalse()
     }
 }
 
+/// A clock of 2.2 samples: its first rise may come at the third one, and the next one two behind it.
+void TstJtag::aSlowlySampledCaptureThatBeginsBetweenClocksShowsNothingFalse()
+{
+    WireBundle port(4, 1U << tck);
+    port.wait(1).set(tck, false);
+    const int modes[] = {0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 0, 0, 1, 1, 0};
+    for (int i = 0; i < 15; ++i) {
+        port.wait(i == 0 ? 1 : 0).set(tck, false).set(tms, modes[i] != 0).wait(1).set(tck, true).wait(1);
+    }
+    QCOMPARE(Desk(port, noStates).summaries(), Texts());
+}
+
 void TstJtag::positionsAreWiderThan32Bits()
 {
     constexpr std::int64_t far = std::int64_t(1) << 34;
@@ -393,19 +423,23 @@ void TstJtag::vectorsAreExported()
 
 void TstJtag::theSimulationIsDecodedAsItWasSent_data()
 {
+    QTest::addColumn<QString>("settings");
     QTest::addColumn<int>("rate");
     QTest::addColumn<int>("block");
-    QTest::newRow("10 MHz") << 10000000 << 50000;
-    QTest::newRow("20 kHz, small blocks") << 20000 << 53;
-    QTest::newRow("500 MHz") << 500000000 << 100000;
+    QTest::newRow("10 MHz") << noStates << 10000000 << 50000;
+    QTest::newRow("20 kHz, small blocks") << noStates << 20000 << 53;
+    QTest::newRow("500 MHz") << noStates << 500000000 << 100000;
+    QTest::newRow("with TRST") << QStringLiteral("%1,trst=4").arg(QLatin1String(noStates)) << 10000000 << 50000;
 }
 
-/// Scan n: the number in five bits of the instruction, then in 32 bits of data, or in 100 of which 68 are zeros.
+/// Scan n: the number in five bits of the instruction, then in 32 bits of data, or in 100 of which 68 are zeros. TRST
+/// cuts a shift of three bits before each eleventh one.
 void TstJtag::theSimulationIsDecodedAsItWasSent()
 {
+    QFETCH(QString, settings);
     QFETCH(int, rate);
     QFETCH(int, block);
-    DecodeDesk desk(std::make_unique<JtagAnalyzer>(), noStates);
+    DecodeDesk desk(std::make_unique<JtagAnalyzer>(), settings.toStdString());
     const auto capture = desk.simulate(rate, rate >= 500000000 ? 20000000 : 1000000, block);
     desk.run(*capture);
     const Texts got = desk.summaries();
@@ -413,6 +447,9 @@ void TstJtag::theSimulationIsDecodedAsItWasSent()
     const auto digits = [](std::uint32_t value) { return QString::number(value, 16).toUpper().toStdString(); };
     Texts expected;
     for (std::uint32_t n = 0; expected.size() < got.size(); ++n) {
+        if (settings.contains(QLatin1String("trst")) && n % 11 == 10) {
+            expected.push_back("cut n=3 tdi=" + digits(n & 7U) + " tdo=" + digits(~n & 7U));
+        }
         expected.push_back("shift reg=IR n=5 tdi=" + digits(n & 0x1fU) + " tdo=" + digits(~n & 0x1fU));
         if (n % 7 == 0) {
             expected.push_back("shift reg=DR n=100 tdi=" + digits(n) + " tdo=" + repeated("F", 17) + digits(~n));

@@ -81,7 +81,9 @@ private slots:
     void inTheStartUpEachAccessIsACommand();
     void aHalfBeforeTheStartUpStandsAlone();
     void aCaptureMayBeginWithinAByte();
+    void aLowerHalfOfThreeIsNoStartUp();
     void withoutAStartUpThePausesTellTheHalves();
+    void withoutPausesTheRegistersTellTheHalves();
     void aHalfOfAnotherKindStandsAlone();
     void aHalfRightBeforeTheStartUpStandsAlone();
     void linesMayLieInARow();
@@ -99,6 +101,7 @@ private slots:
     void theTextIsExportedAsItIsShown();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
+    void aGraphicDisplayIsSimulated();
     void randomEdgesGiveFramesInOrder();
 };
 
@@ -191,6 +194,20 @@ void TstLcd::aCaptureMayBeginWithinAByte()
     QCOMPARE(got.back(), std::string("data v=90"));
 }
 
+void TstLcd::aLowerHalfOfThreeIsNoStartUp()
+{
+    for (const unsigned next : {0x28U, 0x41U}) {
+        Host host(4);
+        host.wait(20);
+        host.pulse(0x3).wait(60);
+        host.send(next).wait(60);
+        host.send(0x0c).wait(60);
+        host.send('A', true).wait(60);
+        const Texts got = Desk(host, fourLines).summaries();
+        QCOMPARE(got, (Texts{"nibble v=3", "command v=" + std::to_string(next), "command v=12", "data v=65"}));
+    }
+}
+
 void TstLcd::withoutAStartUpThePausesTellTheHalves()
 {
     Host host(4);
@@ -210,6 +227,28 @@ void TstLcd::withoutAStartUpThePausesTellTheHalves()
     const Texts steady = Desk(whole, fourLines).summaries();
     QCOMPARE(steady.size(), text.size());
     QCOMPARE(steady[0], std::string("data v=66"));
+}
+
+/// A host that asks whether the display is busy makes no pauses.
+void TstLcd::withoutPausesTheRegistersTellTheHalves()
+{
+    for (const bool isLate : {false, true}) {
+        Host host(4);
+        host.wait(20);
+        if (isLate) {
+            host.pulse(0x1, false, true);
+        }
+        Texts expected = isLate ? Texts{"nibble v=1"} : Texts();
+        for (const unsigned value : {0x21U, 0x22U, 0x23U}) {
+            for (int i = 0; i < 8; ++i) {
+                host.send(0x85, false, true);
+                expected.push_back("status v=133");
+            }
+            host.send(value, true);
+            expected.push_back("data v=" + std::to_string(value));
+        }
+        QCOMPARE(Desk(host, fourLines).summaries(), expected);
+    }
 }
 
 void TstLcd::aHalfOfAnotherKindStandsAlone()
@@ -429,6 +468,7 @@ void TstLcd::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("four lines, slow") << fourLines << 20000 << 61;
     QTest::newRow("eight lines") << eightLines << 10000000 << 65536;
     QTest::newRow("four lines, no reads") << "rs=0,e=2,d4=3,d5=4,d6=5,d7=6" << 5000000 << 777;
+    QTest::newRow("ST7920") << QString::fromStdString(std::string(eightLines) + ",controller=st7920") << 5000000 << 777;
 }
 
 /// After the start-up line n: the state, busy and then not, the address, the text with a digit that counts, a read.
@@ -451,6 +491,9 @@ void TstLcd::theSimulationIsDecodedAsItWasSent()
     expected.insert(expected.end(), {isNibble ? "command v=40" : "command v=56", "command v=12", "command v=1"});
     expected.push_back("command v=6");
     for (unsigned n = 0; expected.size() < got.size(); ++n) {
+        if (isNibble && n % 8 == 7) {
+            expected.push_back("nibble v=4");
+        }
         if (hasRead) {
             expected.push_back("status v=" + std::to_string(0x80U | (n & 0x7fU)));
             expected.push_back("status v=" + std::to_string(n & 0x7fU));
@@ -461,6 +504,36 @@ void TstLcd::theSimulationIsDecodedAsItWasSent()
         }
         if (hasRead) {
             expected.push_back("read v=" + std::to_string((n + 1) & 0xffU));
+        }
+        if (settings.contains(QLatin1String("st7920")) && n % 4 == 3) {
+            expected.insert(expected.end(), {"command v=52", "command v=54", "command v=128", "command v=133"});
+            expected.push_back("data v=" + std::to_string((n + 1) & 0xffU));
+            expected.insert(expected.end(), {"data v=170", "command v=48"});
+        }
+    }
+    expected.resize(got.size());
+    QCOMPARE(got, expected);
+}
+
+/// Page after page, the left half and the right one.
+void TstLcd::aGraphicDisplayIsSimulated()
+{
+    DecodeDesk desk(std::make_unique<LcdAnalyzer>(), std::string(eightLines) + ",controller=ks0108,cs1=11,cs2=12");
+    const auto capture = desk.simulate(5000000, 1000000, 777);
+    desk.run(*capture);
+    const Texts got = desk.summaries();
+    QVERIFY(got.size() > 100);
+    Texts expected;
+    for (unsigned n = 0; expected.size() < got.size(); ++n) {
+        const std::string half = n % 2 == 0 ? " cs=1" : " cs=2";
+        if (n < 2) {
+            expected.insert(expected.end(), {"command v=63" + half, "command v=192" + half});
+        }
+        expected.push_back("status v=0" + half);
+        expected.push_back("command v=" + std::to_string(184 + n / 2 % 8) + half);
+        expected.push_back("command v=64" + half);
+        for (unsigned i = 0; i < 8; ++i) {
+            expected.push_back("data v=" + std::to_string((n + i) & 0xffU) + half);
         }
     }
     expected.resize(got.size());

@@ -481,16 +481,19 @@ void TstMipiDsiLp::theSimulationIsDecodedAsItWasSent_data()
 {
     QTest::addColumn<int>("rate");
     QTest::addColumn<int>("block");
-    QTest::newRow("usual") << 100000000 << 100000;
-    QTest::newRow("slow, small blocks") << 1000 << 61;
-    QTest::newRow("fast") << 1000000000 << 1048576;
+    QTest::addColumn<int>("lanes");
+    QTest::newRow("usual") << 100000000 << 100000 << 1;
+    QTest::newRow("slow, small blocks") << 1000 << 61 << 1;
+    QTest::newRow("fast") << 1000000000 << 1048576 << 1;
+    QTest::newRow("two lanes") << 100000000 << 100000 << 2;
 }
 
 void TstMipiDsiLp::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
     QFETCH(int, block);
-    DecodeDesk desk(std::make_unique<DsiAnalyzer>(), oneLane);
+    QFETCH(int, lanes);
+    DecodeDesk desk(std::make_unique<DsiAnalyzer>(), lanes == 1 ? oneLane : "d0p=0,d0n=1,d1p=2,d1n=3,lanes=2");
     const std::int64_t length = rate == 1000000000 ? 4000000 : rate == 1000 ? 200000 : 600000;
     desk.run(*desk.simulate(rate, length, block));
     Texts expected;
@@ -504,18 +507,24 @@ void TstMipiDsiLp::theSimulationIsDecodedAsItWasSent()
     for (unsigned number = 0; expected.size() < got.size(); ++number) {
         const std::string low = QString::asprintf("%02X", number & 0xffU).toStdString();
         const std::string high = QString::asprintf("%02X", number >> 8 & 0xffU).toStdString();
+        const std::string flipped = QString::asprintf("%02X", (number >> 8 ^ 0x80U) & 0xffU).toStdString();
         const std::string payload = "packet vc=0 dt=57 data=2A" + low + high + "FF00 ecc=1 crc=";
         const Texts rounds[] = {
             {data, "packet vc=0 dt=21 data=36" + low + " ecc=1"},
             {data, payload + "1", "packet vc=0 dt=8 data=0F0F ecc=1"},
-            {number % 16 == 2 ? "entry v=01100010" : "entry v=01011101"},
+            {number % 20 == 2 ? "entry v=01100010" : "entry v=01011101"},
             {"entry v=00011110", "ulps"},
             {"bta", "entry v=00100001", "bta"},
+            number % 20 == 5 ? Texts{"entry v=00011110", "ulps"} : Texts{"entry v=00100001"},
             {data, "packet vc=0 dt=21 data=" + low + high + " ecc=0"},
+            {data, "packet vc=0 dt=21 data=" + low + flipped + " ecc=0"},
             {data, payload + "0"},
             {"hs", data, "cut n=5"},
         };
-        expected.insert(expected.end(), rounds[number % 8].begin(), rounds[number % 8].end());
+        if (number % 10 == 5 && lanes == 2) {
+            expected.insert(expected.end(), {"entry v=00011110 lane=1", "ulps lane=1", "hs lane=1"});
+        }
+        expected.insert(expected.end(), rounds[number % 10].begin(), rounds[number % 10].end());
     }
     expected.resize(got.size());
     QVERIFY(got.size() > 60);

@@ -56,15 +56,8 @@ private:
     bool m_active;
 };
 
-Host someAccesses()
-{
-    Host host;
-    host.wait(10);
-    host.select(true).write(false, 0x2a).write(true, 0x01).read(true, 0xef).read(false, 0x55).select(false);
-    return host;
-}
-
-const Texts someTexts = {"write rs=0 v=42", "write rs=1 v=1", "read rs=1 v=239", "read rs=0 v=85"};
+const strobedTraffic::Tests<Parallel6800Analyzer, Host> tests(lines);
+const auto &someTexts = strobedTraffic::someTexts;
 
 } // namespace
 
@@ -90,7 +83,7 @@ private slots:
 
 void TstParallel6800::theDirectionTellsWritesFromReads()
 {
-    const Host host = someAccesses();
+    const Host host = tests.someAccesses();
     const Desk desk(host, lines);
     QCOMPARE(desk.summaries(), someTexts);
     for (std::uint64_t i = 0; i < someTexts.size(); ++i) {
@@ -142,7 +135,7 @@ void TstParallel6800::sixteenLinesMakeAWord()
 
 void TstParallel6800::linesMayBeMissing()
 {
-    const Host host = someAccesses();
+    const Host host = tests.someAccesses();
     // Without R/W all are writes.
     QCOMPARE(Desk(host, "e=3,d0=4,d1=5,d2=6,d3=7").summaries(),
              (Texts{"write rs=null v=10", "write rs=null v=1", "write rs=null v=15", "write rs=null v=5"}));
@@ -153,33 +146,17 @@ void TstParallel6800::linesMayBeMissing()
 
 void TstParallel6800::aCutBeginShowsTheAccess()
 {
-    const Host host = someAccesses();
-    const Desk desk(host, lines, 1000000, -1, host.starts[0] + 2);
-    QCOMPARE(desk.summaries(), someTexts);
-    QCOMPARE(desk.frame(0).first, std::int64_t(0));
+    tests.aCutBeginShowsTheAccess();
 }
 
 void TstParallel6800::cutEndsShowNothingFalse()
 {
-    const Host host = someAccesses();
-    const auto whole = Desk(host, lines).frames();
-    for (std::int64_t length = 1; length <= host.now(); ++length) {
-        const auto cut = Desk(host, lines, 1000000, length).frames();
-        QCOMPARE(decoderChecks::faultOfCut(cut, whole), std::string());
-        QVERIFY(cut.size() == 4 || length <= host.ends[cut.size()]);
-    }
+    tests.cutEndsShowNothingFalse();
 }
 
 void TstParallel6800::positionsAreWiderThan32Bits()
 {
-    constexpr std::int64_t far = std::int64_t(1) << 37;
-    Host host;
-    host.wait(far);
-    host.select(true).write(false, 0x77);
-    const Desk desk(host, lines);
-    QCOMPARE(desk.summaries(), Texts{"write rs=0 v=119"});
-    QCOMPARE(desk.frame(0).first, far + 8);
-    QCOMPARE(desk.frame(0).last, far + 13);
+    tests.positionsAreWiderThan32Bits();
 }
 
 void TstParallel6800::settingsThatDoNotGoTogetherAreRefused()
@@ -193,22 +170,12 @@ void TstParallel6800::settingsThatDoNotGoTogetherAreRefused()
 
 void TstParallel6800::textsGoFromShortToLong()
 {
-    const Desk desk(someAccesses(), lines);
-    const Channel highest(0, 11);
-    QCOMPARE(desk.bubble(0, highest, DisplayBase::Hexadecimal), (Texts{"0x2A", "W 0x2A", "Write command 0x2A"}));
-    QCOMPARE(desk.bubble(1, highest, DisplayBase::Decimal), (Texts{"1", "W 1", "Write data 1"}));
-    QCOMPARE(desk.bubble(2, highest, DisplayBase::Hexadecimal), (Texts{"0xEF", "R 0xEF", "Read data 0xEF"}));
-    QCOMPARE(desk.frame(3).text, std::string("Read status 0x55"));
+    tests.textsGoFromShortToLong();
 }
 
 void TstParallel6800::exportsHaveDataAndCommands()
 {
-    Host host = someAccesses();
-    host.select(true).write(false, 0x2c).write(true, 0x41).select(false);
-    const Desk desk(host, lines);
-    QTemporaryDir folder;
-    const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
-    QCOMPARE(strobedTraffic::faultOfExports(desk, path), std::string());
+    tests.exportsHaveDataAndCommands();
 }
 
 void TstParallel6800::theSimulationIsDecodedAsItWasSent_data()
@@ -226,12 +193,7 @@ void TstParallel6800::theSimulationIsDecodedAsItWasSent()
     QFETCH(QString, settings);
     QFETCH(int, rate);
     QFETCH(int, block);
-    DecodeDesk desk(std::make_unique<Parallel6800Analyzer>(), with(settings.toStdString()));
-    const auto capture = desk.simulate(rate, 300000, block);
-    desk.run(*capture);
-    const Texts got = desk.summaries();
-    QVERIFY2(got.size() > 500, std::to_string(got.size()).c_str());
-    QCOMPARE(got, strobedTraffic::ofSimulation(got.size()));
+    tests.theSimulationIsDecodedAsItWasSent(settings, rate, block, false);
 }
 
 void TstParallel6800::randomEdgesGiveFramesInOrder()

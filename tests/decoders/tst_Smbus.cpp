@@ -78,6 +78,7 @@ private slots:
     void busProtocolsHaveTheirNames();
     void thePacketErrorCodeIsThatOfTheStandard();
     void aRightPacketErrorCodeIsTold();
+    void aShortTransactionTellsItsRemainderWithoutACode();
     void fixedAddressesHaveTheirNames();
     void nobodyAnswersAnAddress();
     void aCutByteBreaksItsTransaction();
@@ -186,6 +187,16 @@ void TstSmbus::aRightPacketErrorCodeIsTold()
     QCOMPARE(none.frame(0).text, std::string("Write Word 0x5A, command 0x11: 0xB4 0x11 0x22 0x33"));
     QCOMPARE(none.frame(3).text, std::string("Command 0x11, ACK"));
     QCOMPARE(none.frame(5).text, std::string("Data 0x33, ACK"));
+}
+
+void TstSmbus::aShortTransactionTellsItsRemainderWithoutACode()
+{
+    const Decoded general(sent("00"));
+    QCOMPARE(transactions(general), (Texts{"Quick Command 00 1"}));
+    const Decoded sendByte(sent("B4+"));
+    QCOMPARE(sendByte.frame(0).value("pec"), std::string("1"));
+    QCOMPARE(sendByte.frame(0).value("protocol"), std::string("Send Byte"));
+    QCOMPARE(sendByte.frame(0).text.find("PEC"), std::string::npos);
 }
 
 void TstSmbus::fixedAddressesHaveTheirNames()
@@ -376,7 +387,7 @@ void TstSmbus::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("50 MHz") << 50000000 << 65536;
 }
 
-/// Twelve forms of transaction in turn, each with data that counts up.
+/// Nineteen forms of transaction in turn, each with data that counts up.
 void TstSmbus::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
@@ -408,8 +419,15 @@ void TstSmbus::theSimulationIsDecodedAsItWasSent()
                                {withPec("Read Word", "B421B5" + n, 1)},
                                {"Quick Command 42 0"},
                                {"broken B4 0"},
-                               {"broken B4" + n + " 0", "timeout"}};
-        expected.insert(expected.end(), forms[i % 12].begin(), forms[i % 12].end());
+                               {"broken B4" + n + " 0", "timeout"},
+                               {withPec("Receive Byte", "B5" + n)},
+                               {withPec("Write Byte", "B424" + n)},
+                               {withPec("Read Word", "B425B5" + n + "12")},
+                               {withPec("Block Write", "B42604111213" + n)},
+                               {withPec("Block Process Call", "B4270211" + n + "B50221" + n)},
+                               {withPec("Write 32", "B428111213" + n)},
+                               {withPec("Read 64", "B429B521222324252627" + n)}};
+        expected.insert(expected.end(), forms[i % 19].begin(), forms[i % 19].end());
     }
     expected.resize(got.size());
     QCOMPARE(got, expected);

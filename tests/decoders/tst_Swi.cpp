@@ -284,6 +284,11 @@ void TstSwi::aPauseCutsABlock()
         const Texts got = plain(Decoded(wire));
         QCOMPARE(got.at(2), std::string(wait == 850000 ? "block 1B001234 0" : "cut 1B00"));
     }
+    for (const int wait : {850000, 850001}) { // to the capture's end, which tells nothing before
+        Wire wire;
+        wire.wake().byte(0x77).all({7, 0x1b, 0x00}).wait(wait - 390);
+        QCOMPARE(plain(Decoded(wire)).size(), std::size_t(wait == 850000 ? 2 : 3));
+    }
     Wire wire; // within a byte
     wire.wake().byte(0x77).all({7, 0x1b, 0x00}).bit(true).wait(900000).byte(0xcc).wait(500);
     const Decoded desk(wire);
