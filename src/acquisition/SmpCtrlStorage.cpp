@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int pollMs = 50;
+constexpr int startMs = 1;       ///< a device may begin so much later than its start is acknowledged
 constexpr int wideChannels = 32; ///< of the device that sends records of 32 bits
 
 } // namespace
@@ -46,6 +47,16 @@ std::optional<SmpCtrlStorage::Window> SmpCtrlStorage::windowOf(const SmpCaptureI
     return Window{address, std::int32_t(size)};
 }
 
+std::int64_t SmpCtrlStorage::dueMs(std::int64_t depth, std::int64_t frequency)
+{
+    return depth * 1000 / std::max<std::int64_t>(frequency, 1);
+}
+
+int SmpCtrlStorage::firstPollMs(std::int64_t due)
+{
+    return int(due % pollMs) + 1 + startMs; // `due` is cut to whole milliseconds
+}
+
 void SmpCtrlStorage::work()
 {
     if (!awaitCapture()) {
@@ -80,9 +91,10 @@ bool SmpCtrlStorage::awaitCapture()
         m_device->stopDevice(); // the stop that was asked for may have come before the start
     }
     // Progress is time by the capture's length; the wait for the trigger takes any time and does not count.
-    const std::int64_t dueMs = m_settings.depth * 1000 / std::max<std::int64_t>(m_settings.frequency, 1);
-    const std::int64_t due = std::max<std::int64_t>(dueMs, pollMs);
+    const std::int64_t expected = dueMs(m_settings.depth, m_settings.frequency);
+    const std::int64_t due = std::max<std::int64_t>(expected, pollMs);
     std::int64_t ticks = 0;
+    m_host.waitForStop(firstPollMs(expected));
     while (!m_host.smpStop.load(std::memory_order_acquire)) {
         std::uint16_t status = 0;
         int error = m_device->readStatus(status);

@@ -33,6 +33,13 @@ public:
     /// bytes. Pure.
     [[nodiscard]] static std::optional<Window> windowOf(const SmpCaptureInfo &info, SmpRecordFormat format,
                                                         std::int32_t memSize);
+    /// How long a capture takes that waits for no trigger, whole milliseconds; a frequency below 1 Hz counts as 1.
+    /// Pure.
+    [[nodiscard]] static std::int64_t dueMs(std::int64_t depth, std::int64_t frequency);
+    /// When the status is asked for first, milliseconds after the start; then every 50 ms. So that the end of a capture
+    /// that waits for no trigger is learnt at once, not up to 50 ms later, one of the questions is put just behind it.
+    /// Pure. @param due  see dueMs(); 0 or above
+    [[nodiscard]] static int firstPollMs(std::int64_t due);
 
 protected:
     void work() override;

@@ -26,7 +26,7 @@ bool SmpStreamWindow::mayDrop(std::int64_t bytes) const
 {
     // The trigger comes in the group in progress at the earliest, which a later buffer ends.
     const std::int64_t groups = recvGroups() - groupBehind(m_dropBytes + bytes);
-    return groups >= 0 && groups * groupSamples >= m_preTrig;
+    return groups > 0 && groups * groupSamples >= m_preTrig;
 }
 
 std::int64_t SmpStreamWindow::trigger(std::int64_t sample)

@@ -23,7 +23,8 @@ public:
     void drop(std::int64_t bytes);
 
     /// True when the oldest buffer, of `bytes`, may go while the trigger has not come: those behind it hold the samples
-    /// to keep before the earliest sample at which it still can come.
+    /// to keep before the earliest sample at which it still can come, and a group at least, which is what a wait shows
+    /// that is stopped.
     [[nodiscard]] bool mayDrop(std::int64_t bytes) const;
 
     /// Tells that the trigger is the stream's sample `sample`: from here on the capture begins with the group that

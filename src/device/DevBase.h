@@ -81,8 +81,8 @@ public:
     void stopCapture();
     /// True until the last thread of a capture has ended, some moments behind isCapturing().
     [[nodiscard]] bool hasThreads() const;
-    /// The object is to go: asks a capture to end without publishing its data, and receives nothing any more. Waits
-    /// for a simulated capture alone. Behind it come waitForThreads() and the destructor, which then waits for nobody.
+    /// The object is to go: asks a capture to end without publishing its data, and receives nothing any more. Does not
+    /// wait: that is for waitForThreads(), behind which the destructor waits for nobody.
     void leave();
     /// @return false when a thread of a capture still runs after `most`
     [[nodiscard]] bool waitForThreads(std::chrono::milliseconds most);

@@ -183,14 +183,19 @@ void DevRun::end()
 
 void DevRun::endSimulation()
 {
+    abortSimulation();
+    m_simulate.join();
+}
+
+void DevRun::abortSimulation()
+{
     m_simulate.abort.store(true, std::memory_order_release);
     m_device.wake();
-    m_simulate.join();
 }
 
 void DevRun::leave()
 {
-    endSimulation();
+    abortSimulation();
     const bool ran = abortHardware();
     ++m_captures; // what was asked for the capture is answered to nobody
     if (ran) {

@@ -34,6 +34,7 @@ private:
     void startHardware();
     /// The instrument has been set up for the capture of that number, or could not be.
     void beginRun(std::uint32_t capture, const SmpRunSettings &settings, int error);
+    void abortSimulation();
     void endSimulation();
     /// A capture is to end, wherever it is; what it was to become does not matter any more.
     /// @return whether an instrument ran, which is to be stopped

@@ -59,12 +59,11 @@ struct ForeignCapture {
 /// Asked after each piece with the part of the file that was read, 0 to 1; false cancels. May be empty.
 using ForeignHook = std::function<bool(double share)>;
 
-/// More channels than this are refused, unless some are picked.
-inline constexpr int foreignChannelMax = 32;
 /// Letters of a channel's name; the rest is cut.
 inline constexpr int foreignNameMax = 200;
 
-/// Reads a whole file into a store of its own. Memory: that of the store (5.1 bytes an edge) and less than 64 MB,
-/// whatever the file holds. Cost: one pass over the file; a second one if a VCD's comment tells a wrong rate.
+/// Reads a whole file into a store of its own. More channels than CaptureFiller::channelMax are refused, unless some
+/// are picked. Memory: that of the store (5.1 bytes an edge) and less than 64 MB, whatever the file holds. Cost: one
+/// pass over the file; a second one if a VCD's comment tells a wrong rate.
 [[nodiscard]] ForeignCapture readForeign(const QString &path, ForeignKind kind, const ForeignOptions &options = {},
                                          const ForeignHook &hook = {});

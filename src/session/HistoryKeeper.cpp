@@ -38,7 +38,7 @@ void HistoryKeeper::dataReady()
     const bool isWanted = options.keep == KeepCaptures::All
                               ? run != Run::None
                               : options.keep == KeepCaptures::OfInstruments && run == Run::OnInstrument;
-    if (isWanted && !gDev->isAnalogModel()) {
+    if (isWanted) {
         const HistoryLimits limits{options.captures, std::int64_t(options.gigabytes) << 30};
         m_history.keep({gDev->smpData.get(), gDev->name, now(), limits}, configCopy());
     }

@@ -9,7 +9,8 @@ class CaptureHistory;
 class Session;
 
 /// Has the captures of a session kept in a history, as the stored options say: those of an instrument, or simulated
-/// ones too. What a file holds is none. Nor are those of the model with analog channels, since no file holds these.
+/// ones too. What a file holds is none. Of the model with analog channels the digital ones are kept: no file holds
+/// others.
 ///
 /// Lives on the main thread, beside the session, and shows nothing.
 class HistoryKeeper final : public QObject {

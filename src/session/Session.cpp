@@ -96,6 +96,14 @@ void Session::stopCapture()
     gDev->stopCapture();
 }
 
+void Session::endCaptures()
+{
+    gDev->endCapture();
+    for (const std::unique_ptr<DevBase> &device : m_leaving) {
+        device->endCapture();
+    }
+}
+
 void Session::makeDevice(int model)
 {
     gDev = createDevice(model).release();
@@ -120,7 +128,8 @@ void Session::replaceDevice(int model)
     emit sigDeviceLeaves();
     std::unique_ptr<DevBase> old(std::exchange(gDev, nullptr));
     old->leave();
-    // A thread of its capture may be waiting for an instrument that does not answer.
+    // A thread of its capture may be waiting for an instrument that does not answer, or for a decoder that is to drive
+    // a simulated one.
     constexpr std::chrono::milliseconds most(30);
     if (!old->waitForThreads(most)) {
         m_leaving.push_back(std::move(old));

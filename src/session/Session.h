@@ -69,6 +69,9 @@ public:
     bool startCapture();
     /// Asks the running capture to end; does not wait. Harmless without one.
     void stopCapture();
+    /// Ends the capture, and those of device objects which have been replaced, without publishing their data, and waits
+    /// for their threads: for who takes away what they need, such as the source of their data.
+    void endCaptures();
 
     // ---- the device -------------------------------------------------------------------------------------------------
 

@@ -67,6 +67,15 @@ public:
         wake();
         device.stopDevice();
     }
+    /// Stops a streamed run before it hands out that buffer.
+    void stopAtBuffer(int number)
+    {
+        bulk.beforeBuffer = [this, number](int buffer) {
+            if (buffer == number) {
+                stop();
+            }
+        };
+    }
     /// Waits for the run's end and hears all that it tells. @return true when it left nothing behind
     [[nodiscard]] bool runToEnd()
     {

@@ -66,7 +66,7 @@ public:
         Random random(int(count) + chns);
         fill(randomRecords(count, std::uint32_t(chns), random));
         settings.memSize = 1 << 20;
-        settings.depth = 1 << 30;
+        settings.depth = 1'000'000'000; // more than any ring holds, and the first question comes at once
         device.info.trgRecord = std::uint32_t(count / 3);
     }
     void fill(const std::vector<Record> &list)
@@ -112,6 +112,7 @@ private slots:
     void mixedSignalsComeBackWhateverTheBuffers();
     void thePollShowsHowFarTheDeviceIs();
     void aVeryShortCaptureDividesByFiftyMilliseconds();
+    void theEndOfACaptureIsAskedForAsSoonAsItIsDue();
     void theWaitForATriggerShowsNoProgress();
     void theReadBackShowsItsShare();
     void theWindowOfARing_data();
@@ -322,6 +323,26 @@ void TstSmpStorageRun::aVeryShortCaptureDividesByFiftyMilliseconds()
     desk.device.answerStatuses({starts, starts, fills, ended});
     QVERIFY(desk.run());
     QCOMPARE(desk.states.mid(0, 4), (QVector<State>{{0, 0, 0}, {1, 0, 0}, {1, 0, 100}, {3, 0, 200}}));
+}
+
+void TstSmpStorageRun::theEndOfACaptureIsAskedForAsSoonAsItIsDue()
+{
+    QCOMPARE(SmpCtrlStorage::dueMs(8000, 10'000'000), std::int64_t(0));
+    QCOMPARE(SmpCtrlStorage::dueMs(8000, 1'000'000), std::int64_t(8));
+    QCOMPARE(SmpCtrlStorage::dueMs(10'000'000'000, 20'000), std::int64_t(500'000'000));
+    QCOMPARE(SmpCtrlStorage::dueMs(8000, 0), std::int64_t(8'000'000));
+    QCOMPARE(SmpCtrlStorage::firstPollMs(0), 2);
+    QCOMPARE(SmpCtrlStorage::firstPollMs(8), 10);
+    QCOMPARE(SmpCtrlStorage::firstPollMs(80), 32);
+    constexpr std::int64_t interval = 50;
+    for (std::int64_t due = 0; due < 500; ++due) {
+        // `due` is cut: the capture may last until the next millisecond.
+        std::int64_t question = SmpCtrlStorage::firstPollMs(due);
+        while (question <= due) {
+            question += interval;
+        }
+        QCOMPARE(question, due + 2);
+    }
 }
 
 void TstSmpStorageRun::theWaitForATriggerShowsNoProgress()

@@ -23,6 +23,7 @@ private slots:
     void droppedBytesAreCountedAsTheyAre();
     void theOldestBufferGoesOnlyWhenTheOthersFillTheWindow();
     void aGroupInProgressIsNeverDropped();
+    void theLastWholeGroupIsNeverDropped();
     void withoutChannelsTheArithmeticHolds();
     void aStartForgetsTheLastStream();
     void theTriggerStandsOnItsSampleForBuffersOfAnySize_data();
@@ -109,9 +110,21 @@ void TstSmpStreamWindow::aGroupInProgressIsNeverDropped()
     window.start(3, 0);
     window.receive(8);
     QVERIFY(!window.mayDrop(8)); // a third of the second group would be lost
-    window.receive(4);
+    window.receive(10);
     QVERIFY(window.mayDrop(8));
-    QVERIFY(window.mayDrop(12));
+}
+
+void TstSmpStreamWindow::theLastWholeGroupIsNeverDropped()
+{
+    SmpStreamWindow window;
+    window.start(3, 0);
+    window.receive(6);
+    QVERIFY(!window.mayDrop(6));
+    window.receive(5);
+    QVERIFY(!window.mayDrop(6));
+    window.receive(1);
+    QVERIFY(window.mayDrop(6));
+    QVERIFY(!window.mayDrop(12));
 }
 
 void TstSmpStreamWindow::withoutChannelsTheArithmeticHolds()

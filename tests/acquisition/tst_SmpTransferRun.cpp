@@ -147,6 +147,7 @@ private slots:
     void aFinishedCaptureStopsTheDeviceOnce();
 
     void aStopWhileWaitingKeepsWhatIsHeld();
+    void aStopWhileWaitingWithoutAWindowKeepsTheLastBuffer();
     void aStopBeforeTheWindowIsFullKeepsWhatIsHeld();
     void aStopWhileSamplingKeepsWhatIsThere();
     void aStopBeforeTheStartStopsTheDeviceAgain();
@@ -460,11 +461,7 @@ void TstSmpTransferRun::aStopWhileWaitingKeepsWhatIsHeld()
     PulseDesk desk(5, 64000, 64000); // no pulse
     desk.settings.preTrig = 500;
     desk.bulk.sizes = {1000}; // 100 groups
-    desk.bulk.beforeBuffer = [&](int buffer) {
-        if (buffer == 20) {
-            desk.stop();
-        }
-    };
+    desk.stopAtBuffer(20);
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
@@ -472,6 +469,19 @@ void TstSmpTransferRun::aStopWhileWaitingKeepsWhatIsHeld()
     QVERIFY(holds(*desk.smpData, desk.samples, 0, 1600, desk.used)); // one buffer is the whole window
     QCOMPARE(desk.published, 1);
     QCOMPARE(desk.course(), (QVector<int>{0, 2, 4, 5}));
+    QCOMPARE(desk.leak(), std::int64_t(0));
+}
+
+void TstSmpTransferRun::aStopWhileWaitingWithoutAWindowKeepsTheLastBuffer()
+{
+    PulseDesk desk(5, 64000, 64000); // no pulse
+    desk.settings.preTrig = 0;
+    desk.bulk.sizes = {1000}; // 100 groups
+    desk.stopAtBuffer(20);
+    desk.startStreaming();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QVERIFY(holds(*desk.smpData, desk.samples, 0, 1600, desk.used));
     QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
@@ -489,11 +499,7 @@ void TstSmpTransferRun::aStopBeforeTheWindowIsFullKeepsWhatIsHeld()
     desk.settings.preTrig = 10000;
     desk.bulk.stream = smpStreams::sliced(samples, used);
     desk.bulk.sizes = {1000}; // cuts groups
-    desk.bulk.beforeBuffer = [&](int buffer) {
-        if (buffer == 7) {
-            desk.stop();
-        }
-    };
+    desk.stopAtBuffer(7);
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.course(), (QVector<int>{0, 1, 4, 5}));
@@ -504,11 +510,7 @@ void TstSmpTransferRun::aStopWhileSamplingKeepsWhatIsThere()
 {
     PulseDesk desk(4, 64000, 900);
     desk.settings.depth = 60000;
-    desk.bulk.beforeBuffer = [&](int buffer) {
-        if (buffer == 6) {
-            desk.stop();
-        }
-    };
+    desk.stopAtBuffer(6);
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{5, 0, 0}));
@@ -537,11 +539,7 @@ void TstSmpTransferRun::afterAStopNoErrorIsShownWhateverTheReadSays()
     PulseDesk desk(4, 64000, 900);
     desk.settings.depth = 60000;
     desk.bulk.answer = SmpTransport::runFailed;
-    desk.bulk.beforeBuffer = [&](int buffer) {
-        if (buffer == 3) {
-            desk.stop();
-        }
-    };
+    desk.stopAtBuffer(3);
     desk.startStreaming();
     QVERIFY(desk.runToEnd());
     QCOMPARE(desk.last(), (State{5, 0, 0}));

@@ -58,29 +58,24 @@ public:
     {
         const std::uint32_t sum = crc(bytes) ^ (lies.checksum ? 1U : 0U);
         const auto told = std::uint32_t(lies.size >= 0 ? lies.size : bytes.size());
-        QByteArray fields;
-        put16(fields, 20);   // version needed
-        put16(fields, 0);    // flags
-        put16(fields, 0);    // stored
-        put16(fields, 0);    // time
-        put16(fields, 0x21); // date
-        put32(fields, sum);
-        put32(fields, told);
-        put32(fields, told);
-        put16(fields, std::uint16_t(name.size()));
-        put16(fields, 0); // extra field
-        QByteArray head("PK\1\2");
-        put16(head, 20);
-        head += fields;
-        put16(head, 0); // comment
-        put16(head, 0); // disk
-        put16(head, 0); // attributes
-        put32(head, 0);
-        put32(head, std::uint32_t(lies.offset >= 0 ? lies.offset : m_entries.size()));
-        m_directory += head + name;
-        m_entries += QByteArray("PK\3\4") + fields + name + bytes;
-        ++m_count;
-        return *this;
+        return addEntry(name, bytes, stored, sum, told, told, lies.offset);
+    }
+    /// An entry that is packed (RFC 1951). @param size  what it tells to unpack to
+    ZipBytes &addDeflated(const QByteArray &name, const QByteArray &bytes, std::int64_t size)
+    {
+        return addPacked(name, deflated(bytes), crc(bytes), size);
+    }
+    /// The same, of bytes that have been packed before.
+    ZipBytes &addPacked(const QByteArray &name, const QByteArray &packed, std::uint32_t sum, std::int64_t size)
+    {
+        return addEntry(name, packed, deflate, sum, std::uint32_t(packed.size()), std::uint32_t(size), -1);
+    }
+    [[nodiscard]] static QByteArray deflated(const QByteArray &bytes)
+    {
+        constexpr int sizeBytes = 4; // which Qt puts in front of the head of RFC 1950
+        constexpr int headBytes = 2;
+        constexpr int checkBytes = 4;
+        return qCompress(bytes).mid(sizeBytes + headBytes).chopped(checkBytes);
     }
     /// "version", "metadata" with so many channels, and one chunk of samples.
     ZipBytes &session(const QByteArray &metadata, const QByteArray &samples)
@@ -99,25 +94,63 @@ public:
         return m_entries + m_directory + end;
     }
 
+    static std::uint32_t crc(const QByteArray &bytes)
+    {
+        static const std::array<std::uint32_t, 256> table = [] {
+            std::array<std::uint32_t, 256> sums{};
+            for (std::uint32_t byte = 0; byte < sums.size(); ++byte) {
+                std::uint32_t sum = byte;
+                for (int bit = 0; bit < 8; ++bit) {
+                    sum = (sum & 1U) != 0 ? sum >> 1 ^ 0xEDB88320U : sum >> 1;
+                }
+                sums[byte] = sum;
+            }
+            return sums;
+        }();
+        std::uint32_t sum = 0xFFFFFFFFU;
+        for (const char c : bytes) {
+            sum = sum >> 8 ^ table[(sum ^ std::uint8_t(c)) & 0xFFU];
+        }
+        return ~sum;
+    }
+
 private:
+    static constexpr std::uint16_t stored = 0; // methods
+    static constexpr std::uint16_t deflate = 8;
+
+    ZipBytes &addEntry(const QByteArray &name, const QByteArray &bytes, std::uint16_t method, std::uint32_t sum,
+                       std::uint32_t packed, std::uint32_t size, std::int64_t offset)
+    {
+        QByteArray fields;
+        put16(fields, 20); // version needed
+        put16(fields, 0);  // flags
+        put16(fields, method);
+        put16(fields, 0);    // time
+        put16(fields, 0x21); // date
+        put32(fields, sum);
+        put32(fields, packed);
+        put32(fields, size);
+        put16(fields, std::uint16_t(name.size()));
+        put16(fields, 0); // extra field
+        QByteArray head("PK\1\2");
+        put16(head, 20);
+        head += fields;
+        put16(head, 0); // comment
+        put16(head, 0); // disk
+        put16(head, 0); // attributes
+        put32(head, 0);
+        put32(head, std::uint32_t(offset >= 0 ? offset : m_entries.size()));
+        m_directory += head + name;
+        m_entries += QByteArray("PK\3\4") + fields + name + bytes;
+        ++m_count;
+        return *this;
+    }
     static void put16(QByteArray &out, std::uint16_t value) { out.append(char(value)).append(char(value >> 8)); }
     static void put32(QByteArray &out, std::uint32_t value)
     {
         put16(out, std::uint16_t(value));
         put16(out, std::uint16_t(value >> 16));
     }
-    static std::uint32_t crc(const QByteArray &bytes)
-    {
-        std::uint32_t sum = 0xFFFFFFFFU;
-        for (const char c : bytes) {
-            sum ^= std::uint8_t(c);
-            for (int bit = 0; bit < 8; ++bit) {
-                sum = (sum & 1U) != 0 ? sum >> 1 ^ 0xEDB88320U : sum >> 1;
-            }
-        }
-        return ~sum;
-    }
-
     QByteArray m_entries;
     QByteArray m_directory;
     int m_count = 0;

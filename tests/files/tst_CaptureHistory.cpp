@@ -3,13 +3,12 @@
 #include "files/FileSizeLimit.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
+#include "support/Tokens.h"
 
 #include <QDir>
 #include <QStandardPaths>
 #include <QTest>
 #include <QThread>
-
-#include <semaphore>
 
 namespace {
 
@@ -82,8 +81,8 @@ private:
     QString m_path;
     std::unique_ptr<CaptureHistory> m_history;
     std::int64_t m_room = plenty;
-    std::counting_semaphore<> m_asked{0};
-    std::counting_semaphore<> m_mayGo{0};
+    Tokens m_asked;
+    Tokens m_mayGo;
 };
 
 void TstCaptureHistory::initTestCase()

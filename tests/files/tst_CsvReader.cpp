@@ -190,6 +190,7 @@ void TstCsvReader::badLinesAreTold_data()
         "line 5: this time needs more than 2^40 samples");
     row("times too far for a rate", "Time,A\n0,1\n4000000,0\n4000001,0\n", 1'000'000,
         "line 4: this time needs more than 2^40 samples");
+    row("time of 2^63", "Time,A\n0,1\n9223372036854775808,0\n", 0, "line 3: this is no time in seconds");
     row("analog", "Time,A\n0,1\n1,3.3\n", 0, "line 3: column 2 is neither 0 nor 1");
     row("more columns", "Time,A\n0,1\n1,0,1\n", 0, "line 3: more than 2 columns");
     row("less columns", "Time,A,B\n0,1,0\n1,0\n", 0, "line 3: less than 3 columns");

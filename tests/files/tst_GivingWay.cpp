@@ -1,13 +1,13 @@
 #include "files/DataFileBytes.h"
 #include "files/GivingWay.h"
 #include "store/MemBudget.h"
+#include "support/Tokens.h"
 
 #include <QFile>
 #include <QTest>
 
 #include <atomic>
 #include <chrono>
-#include <semaphore>
 #include <thread>
 
 namespace {
@@ -18,8 +18,8 @@ using namespace std::chrono_literals;
 class SlowFile : public QFile {
 public:
     using QFile::QFile;
-    std::binary_semaphore entered{0};
-    std::binary_semaphore mayGo{0};
+    Tokens entered;
+    Tokens mayGo;
 
 protected:
     qint64 writeData(const char *bytes, qint64 size) override

@@ -48,6 +48,8 @@ private slots:
     void ratesAreReadAsTheyAreWritten();
     void badArchivesAreTold_data();
     void badArchivesAreTold();
+    void aZipBombIsTold_data();
+    void aZipBombIsTold();
     void anArchiveCutAnywhereIsTold();
     void anEntryThatIsFlippedIsTold();
     void chunksOfAnyLengthGoOn();
@@ -244,12 +246,6 @@ void TstSrReader::badArchivesAreTold_data()
     row("wrong place", ZipBytes().session(threeProbes, "a").add("logic-1-2", "abc", {-1, 1 << 29, false}).bytes(), "");
     row("wrong checksum", ZipBytes().session(threeProbes, "a").add("logic-1-2", "abc", {-1, -1, true}).bytes(),
         "logic-1-2: ");
-    const QByteArray many(40'000, '\1');
-    ZipBytes bomb = ZipBytes().session(threeProbes, many);
-    for (int i = 2; i < 10; ++i) {
-        bomb.add("logic-1-" + QByteArray::number(i), many.left(0), {many.size(), 0, false});
-    }
-    row("entries in one place", bomb.bytes(), "");
 }
 
 void TstSrReader::badArchivesAreTold()
@@ -260,6 +256,38 @@ void TstSrReader::badArchivesAreTold()
     QCOMPARE(read.result, FileResult::Damaged);
     QVERIFY2(read.detail.startsWith(detail) && !read.detail.isEmpty(), qPrintable(read.detail));
     QVERIFY(!read.capture);
+}
+
+void TstSrReader::aZipBombIsTold_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("detail");
+    const auto row = [](const char *name, const QByteArray &bytes, const char *detail) {
+        QTest::newRow(name) << bytes << QString::fromLatin1(detail);
+    };
+    const QByteArray many(40'000, '\1');
+    ZipBytes bomb = ZipBytes().session(threeProbes, many);
+    for (int i = 2; i < 10; ++i) {
+        bomb.add("logic-1-" + QByteArray::number(i), many.left(0), {many.size(), 0, false});
+    }
+    QByteArray longList = ZipBytes().session(threeProbes, "a").bytes();
+    constexpr int sizeOfList = 22 - 12; // from the end, in the end record
+    qToLittleEndian<quint32>(7 << 20, longList.data() + longList.size() - sizeOfList);
+    row("millions of entries", longList, "a list of 7340032 bytes is too long");
+    row("entries in one place", bomb.bytes(), "");
+    const auto packed = [](std::int64_t told) {
+        return ZipBytes().session(threeProbes, "a").addDeflated("logic-1-2", QByteArray(1 << 16, '\0'), told).bytes();
+    };
+    row("an entry that unpacks to more than it tells", packed(1000), "logic-1-2: ");
+    row("an entry that unpacks to less than it tells", packed(1 << 17), "logic-1-2: ");
+    row("a huge entry that unpacks to less than it tells", packed(std::int64_t(3) << 30), "logic-1-2: ");
+    row("metadata", ZipBytes().add("version", "2").addDeflated("metadata", QByteArray(2 << 20, '#'), 2 << 20).bytes(),
+        "metadata: 2097152 bytes are too many");
+}
+
+void TstSrReader::aZipBombIsTold()
+{
+    badArchivesAreTold();
 }
 
 void TstSrReader::anArchiveCutAnywhereIsTold()

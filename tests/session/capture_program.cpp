@@ -1,18 +1,23 @@
 // A program without windows: captures with an emulated instrument, exports what came as text and saves it.
 
 #include "device/DevBase.h"
+#include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
-#include "files/DataFile.h"
+#include "files/CaptureFile.h"
 #include "platform/UsbPlatformEmulated.h"
+#include "session/CaptureRun.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "store/MemBudget.h"
 
 #include <QCoreApplication>
 
+using namespace std::chrono_literals;
+
 int main(int argc, char *argv[])
 {
-    QCoreApplication application(argc, argv);
+    const QCoreApplication application(argc, argv);
+    const QString base = QCoreApplication::arguments().value(1) + QStringLiteral("/capture.");
     memBudgetInit();
     configLoad();
     EmulatedBus bus;
@@ -21,33 +26,18 @@ int main(int argc, char *argv[])
     options.pace = 0;
     bus.plug(bus.add(options));
     Session session(std::make_unique<UsbPlatformEmulated>(bus));
-    QObject::connect(&session, &Session::sigInitSta, [&session](int sta, int err, int) {
-        constexpr int connected = 6;
-        if (err != 0) {
-            QCoreApplication::exit(1);
-        } else if (sta == connected) {
-            gDev->setSmpDepthIndex(0);
-            (void)session.startCapture();
-        }
-    });
-    QObject::connect(&session, &Session::sigSmpDataReady, [] {
-        const QString folder = QCoreApplication::arguments().value(1);
-        DataFile text(gDev->smpData.get());
-        const std::vector<std::uint8_t> all(std::size_t(gDev->chnEnable.size()), 1);
-        text.chnSelect = all.data();
-        text.file.setFileName(folder + QStringLiteral("/capture.txt"));
-        text.setRange(0, double(gDev->smpData->sampleCount()));
-        const bool exported = text.file.open(QIODevice::WriteOnly | QIODevice::Text) && text.exportText();
-        const QString path = folder + QStringLiteral("/capture.cxdat");
-        DataFile data(gDev->smpData.get());
-        data.chnSelect = all.data();
-        data.file.setFileName(path);
-        data.setRange(0, double(gDev->smpData->sampleCount()));
-        const bool saved =
-            configSave(path) && data.file.open(QIODevice::WriteOnly | QIODevice::Append) && data.saveData();
-        QCoreApplication::exit(exported && saved ? 0 : 2);
-    });
-    (void)session.watchDevices();
-    session.lookForDevice();
-    return QCoreApplication::exec();
+    CaptureRun run(session);
+    if (run.bringUp(30s).end != CaptureRun::End::Done) {
+        return 1;
+    }
+    gDev->setSmpDepthIndex(0);
+    if (run.capture({}).end != CaptureRun::End::Done) {
+        return 2;
+    }
+    SmpData &data = *gDev->smpData;
+    const CapturePart whole{std::vector<std::uint8_t>(std::size_t(data.chnCount), 1), 0, double(data.sampleCount())};
+    const CaptureFile file(digitalChannelsOf);
+    const bool isDone = file.exportTo(base + QStringLiteral("txt"), data, whole, ExportKind::Text).isDone() &&
+                        file.save(base + QStringLiteral("cxdat"), data, whole, configCopy()).isDone();
+    return isDone ? 0 : 3;
 }

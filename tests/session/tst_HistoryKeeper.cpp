@@ -25,7 +25,7 @@ private slots:
     void theDataOfAFileIsNotKept();
     void aCaptureOfWhichNothingCameIsForgotten();
     void anotherModelTakesNoCaptureAway();
-    void thoseOfTheAnalogModelAreNotKept();
+    void theDigitalChannelsOfTheAnalogModelAreKept();
     void theLimitsAreThoseOfTheOptions();
 
 private:
@@ -114,6 +114,7 @@ void TstHistoryKeeper::theDataOfAFileIsNotKept()
     const auto session = makeSession(0);
     const HistoryKeeper keeper(*session, *m_history);
     captureSimulated(*session);
+    QCOMPARE(kept(), 1); // written: it would give way to the file's data
     CaptureBuilder{100}.fill(*gDev->smpData);
     emit gDev->sigSmpDataReady();
     QCOMPARE(kept(), 1);
@@ -147,17 +148,27 @@ void TstHistoryKeeper::anotherModelTakesNoCaptureAway()
     QCOMPARE(kept(), 1);
 }
 
-void TstHistoryKeeper::thoseOfTheAnalogModelAreNotKept()
+void TstHistoryKeeper::theDigitalChannelsOfTheAnalogModelAreKept()
 {
     choose(KeepCaptures::All);
     constexpr int withAnalog = 97;
     const auto session = makeSession(withAnalog);
     QVERIFY(gDev->isAnalogModel());
     const HistoryKeeper keeper(*session, *m_history);
-    emit gDev->sigSmpSta(0, 0, 0);
-    CaptureBuilder{100}.fill(*gDev->smpData);
-    emit gDev->sigSmpDataReady();
-    QCOMPARE(kept(), 0);
+    captureSimulated(*session);
+    QCOMPARE(kept(), 1);
+    const HistoryEntry entry = m_history->entries().constFirst();
+    QCOMPARE(entry.model, gDev->name);
+    const OpenedCapture opened =
+        CaptureFile([](const ConfigDocument &) { return gDev->chnEnable.size(); }).open(entry.path);
+    QVERIFY(opened.outcome.isDone() && opened.capture);
+    const SmpData &shown = *gDev->smpData;
+    QCOMPARE(opened.capture->smpCount(), shown.smpCount());
+    for (int chn = 0; chn < shown.chnCount; ++chn) {
+        QCOMPARE(opened.capture->edgeCount(chn, 0, shown.smpCount()), shown.edgeCount(chn, 0, shown.smpCount()));
+    }
+    SmpAChnPoint point{};
+    QCOMPARE(opened.capture->aChnPoints(0, 0.0, 1.0, 1, &point), 0);
 }
 
 void TstHistoryKeeper::theLimitsAreThoseOfTheOptions()

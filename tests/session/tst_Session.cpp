@@ -1,11 +1,45 @@
 // One running program without its windows: who may what, and what is told when the device is replaced.
 
+#include "acquisition/SmpSimulate.h"
 #include "device/BringUpDesk.h"
 #include "device/DeviceGlobals.h"
 #include "support/BareSession.h"
 #include "support/CaptureBuilder.h"
+#include "support/Tokens.h"
 
 #include <QSignalSpy>
+
+#include <chrono>
+#include <future>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Drives no channel, and comes out of the first block when it is let go.
+class HeldSource : public SimulationSource {
+public:
+    HeldSource() { gSimulationSource = this; }
+    ~HeldSource() override { gSimulationSource = nullptr; }
+    void begin(std::int64_t /*frequency*/) override {}
+    void build(std::int64_t /*newest*/, std::int64_t /*frequency*/, std::vector<SimulationChannel> & /*out*/) override
+    {
+        entered.release();
+        (void)m_mayLeave.wait_for(10s);
+    }
+    void release() override { isReleased = true; }
+    void letGo() { m_go.set_value(); }
+
+    Tokens entered;
+    std::atomic<bool> isReleased{false};
+
+private:
+    std::promise<void> m_go;
+    std::future<void> m_mayLeave = m_go.get_future();
+};
+
+} // namespace
 
 class TstSession : public QObject {
     Q_OBJECT
@@ -22,6 +56,9 @@ private slots:
     void aCaptureMayNotStartTwiceNorBesideAFile();
     void aCaptureIsToldAndItsDataToo();
     void theReportsOfAnEarlierDeviceObjectAreDropped();
+    void aDeviceIsReplacedWithoutWaitingForTheSourceOfItsCapture();
+    void theProgramEndsWithoutWaitingForTheSourceOfItsCapture();
+    void whoTakesTheSourceAwayWaitsForAllCaptures();
     void aChangeOfChannelsIsTold();
     void aReplacedConfigurationMakesTheDeviceObjectAnew();
     void aReplacedConfigurationKeepsTheInstrument();
@@ -157,6 +194,47 @@ void TstSession::theReportsOfAnEarlierDeviceObjectAreDropped()
     QCOMPARE(told, 0);
     emit gDev->sigSmpDataReady();
     QCOMPARE(told, 1);
+}
+
+void TstSession::aDeviceIsReplacedWithoutWaitingForTheSourceOfItsCapture()
+{
+    HeldSource source;
+    const auto session = makeSession(0);
+    int published = 0;
+    connect(session.get(), &Session::sigSmpDataReady, this, [&published] { ++published; });
+    QVERIFY(session->startCapture());
+    source.entered.acquire();
+    QVERIFY(session->chooseModel(9));
+    QVERIFY2(!source.isReleased && !session->mayStartCapture(), "the former capture has not ended");
+    source.letGo();
+    QTRY_VERIFY(session->mayStartCapture());
+    QVERIFY(source.isReleased);
+    QCOMPARE(published, 0);
+}
+
+void TstSession::theProgramEndsWithoutWaitingForTheSourceOfItsCapture()
+{
+    HeldSource source;
+    const auto session = makeSession(0);
+    QVERIFY(session->startCapture());
+    source.entered.acquire();
+    QVERIFY(!session->end(1ms));
+    QVERIFY(!source.isReleased);
+    source.letGo();
+    QVERIFY(session->end(10s));
+}
+
+void TstSession::whoTakesTheSourceAwayWaitsForAllCaptures()
+{
+    HeldSource source;
+    const auto session = makeSession(0);
+    QVERIFY(session->startCapture());
+    source.entered.acquire();
+    QVERIFY(session->chooseModel(9));
+    std::thread helper([&source] { source.letGo(); });
+    session->endCaptures();
+    QVERIFY(source.isReleased);
+    helper.join();
 }
 
 void TstSession::aChangeOfChannelsIsTold()

@@ -22,7 +22,8 @@
 namespace {
 
 constexpr int longWait = 30000; // ms: never waited for when all is well
-constexpr int timeOutMs = 2000; // of a request
+/// Of a request, ms: far longer than a busy machine may hold up a thread that waits for nobody.
+constexpr int timeOutMs = 20000;
 
 /// The beats of the main thread's event loop, and the longest time between two.
 class Heart : public QObject {
@@ -220,7 +221,7 @@ void TstSilentInstrument::theMainThreadNeverWaitsForASilentInstrument()
         }
         longest = std::max(longest, life.heart.longestMs);
         // A request on the main thread would take it for the whole time limit.
-        QVERIFY2(life.heart.longestMs < 1000, qPrintable(QStringLiteral("request %1").arg(k)));
+        QVERIFY2(life.heart.longestMs < timeOutMs / 2, qPrintable(QStringLiteral("request %1").arg(k)));
     }
     qInfo("model %d: %d requests, longest gap of the event loop %.1f ms", model, requests, longest);
 }
