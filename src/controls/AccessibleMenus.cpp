@@ -53,12 +53,16 @@ public:
     }
 };
 
-/// Asked for each class of an object, from its own up to QObject. "QWidget" is reached by what Qt knows no better.
+/// Asked for each class of an object, from its own up to QObject. "QFrame" and "QWidget" are reached by what Qt knows
+/// no better; the roles are those that it gives them.
 QAccessibleInterface *makeInterface(const QString &className, QObject *object)
 {
     auto *widget = qobject_cast<QWidget *>(object);
     if (widget != nullptr && className == QLatin1String("MenuDialog")) {
         return new AccessibleForms(widget);
+    }
+    if (widget != nullptr && className == QLatin1String("QFrame")) {
+        return new AccessibleMenuOwner(widget, QAccessible::Border);
     }
     const bool isPanel = widget != nullptr && className == QLatin1String("QWidget");
     return isPanel ? new AccessibleMenuOwner(widget, QAccessible::Client) : nullptr;

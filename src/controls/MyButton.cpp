@@ -138,7 +138,7 @@ void MyButton::paintEvent(QPaintEvent *)
 
 void MyButton::paintFocus(QPainter &painter) const
 {
-    if (!m_keyFocus || !hasFocus()) {
+    if (!hasKeyFocus()) {
         return;
     }
     const double width = dp(1);
@@ -171,6 +171,12 @@ void MyButton::focusInEvent(QFocusEvent *event)
         m_keyFocus = event->reason() != Qt::MouseFocusReason;
     }
     update();
+}
+
+void MyButton::takeFocusFrom(const MyButton &replaced)
+{
+    m_keyFocus = replaced.m_keyFocus;
+    setFocus(Qt::ActiveWindowFocusReason); // which says nothing about how it came
 }
 
 void MyButton::focusOutEvent(QFocusEvent *event)

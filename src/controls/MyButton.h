@@ -46,6 +46,10 @@ public:
     void setUseCheckedIcon(bool on);
     /// All four corners alike, pixels.
     void setRadius(int radius);
+    /// The focus came by key.
+    [[nodiscard]] bool hasKeyFocus() const { return m_keyFocus && hasFocus(); }
+    /// Takes the keyboard's focus over from the button whose place it takes, and shows it if that one did.
+    void takeFocusFrom(const MyButton &replaced);
 
     [[nodiscard]] QSize sizeHint() const override;
 

@@ -8,18 +8,36 @@
 #include <QStyledItemDelegate>
 
 #include <algorithm>
+#include <charconv>
+#include <string_view>
 
 namespace {
 
-/// Fills a sheet: "@0" to "@9" become the greys, "#N#" becomes dp(N) with its unit.
+/// Fills a sheet: "@0" to "@9" become the greys, "#N#" becomes dp(N) with its unit; other signs '#' begin a colour.
+/// Cost: one pass, since it is done for each of the widgets of a window.
 QString filled(const char *sheet)
 {
-    QString text = QString::fromLatin1(sheet);
-    for (int i = 0; i < gGreys.size(); ++i) {
-        text.replace(QLatin1Char('@') + QString::number(i), gGreys[i].name());
-    }
-    for (const int pixels : {1, 2, 3, 4, 5, 6, 8, 10, 11, 12, 14, 16, 20, 22, 26, 64}) {
-        text.replace(QStringLiteral("#%1#").arg(pixels), QString::number(dp(pixels)) + QStringLiteral("px"));
+    QString text;
+    for (std::string_view rest(sheet); !rest.empty();) {
+        const std::size_t sign = rest.find_first_of("@#");
+        text += QLatin1String(rest.data(), int(std::min(sign, rest.size())));
+        if (sign == std::string_view::npos) {
+            break;
+        }
+        rest.remove_prefix(sign);
+        int number = 0;
+        const auto end = std::from_chars(rest.data() + 1, rest.data() + rest.size(), number).ptr;
+        const auto taken = std::size_t(end - rest.data());
+        if (rest.front() == '@') {
+            text += gGreys.value(number).name();
+            rest.remove_prefix(taken);
+        } else if (taken > 1 && taken < rest.size() && *end == '#') {
+            text += QString::number(dp(number)) + QStringLiteral("px");
+            rest.remove_prefix(taken + 1);
+        } else {
+            text += QLatin1Char('#');
+            rest.remove_prefix(1);
+        }
     }
     return text;
 }
@@ -43,7 +61,7 @@ QString comboBoxStyle()
         "QComboBox:focus{border:#2# solid @0;padding:0 #3# 0 #5#;}"
         "QComboBox:disabled{color:@3;border-color:@4;}"
         "QComboBox::drop-down{subcontrol-origin:padding;subcontrol-position:right center;width:#16#;border:0;}"
-        "QComboBox::down-arrow{image:url(:/res/icoDropDown);width:#10#;height:#10#;}"
+        "QComboBox::down-arrow{image:url(:/res/icoDropDown.svg);width:#10#;height:#10#;}"
         "QComboBox QAbstractItemView{background-color:@7;color:@0;border:#1# solid @3;outline:0;"
         "selection-background-color:@5;selection-color:@0;}"
         "QComboBox QAbstractItemView::item{min-height:#20#;padding:0 #6#;border:0;background:transparent;}"
@@ -52,11 +70,21 @@ QString comboBoxStyle()
 
 void dressComboBox(QComboBox &box)
 {
+    dressClosedComboBox(box);
+    dressComboList(box);
+}
+
+void dressClosedComboBox(QComboBox &box)
+{
     box.setMaxVisibleItems(20);
-    box.setItemDelegate(new QStyledItemDelegate(&box)); // the box's own delegate does not know style sheets
     new ComboKeys(&box);
     box.ensurePolished();
     box.setFixedHeight(controlHeight(box.fontMetrics()));
+}
+
+void dressComboList(QComboBox &box)
+{
+    box.setItemDelegate(new QStyledItemDelegate(&box)); // the box's own delegate does not know style sheets
 }
 
 int controlHeight(const QFontMetrics &metrics)
@@ -97,7 +125,7 @@ QString checkBoxStyle()
                   "border:#1# solid @2;}"
                   "QCheckBox::indicator{border-radius:#2#;}"
                   "QCheckBox::indicator:hover,QRadioButton::indicator:hover{background-color:@6;}"
-                  "QCheckBox::indicator:checked{background-color:@1;image:url(:/res/icoCheck);}"
+                  "QCheckBox::indicator:checked{background-color:@1;image:url(:/res/icoCheck.svg);}"
                   "QRadioButton::indicator:checked{background-color:qradialgradient(cx:0.5,cy:0.5,radius:0.5,fx:0.5,"
                   "fy:0.5,stop:0 @0,stop:0.5 @0,stop:0.6 @8,stop:1 @8);}"
                   "QCheckBox::indicator:disabled,QRadioButton::indicator:disabled{border-color:@4;}"
@@ -114,7 +142,8 @@ QString groupBoxStyle()
 QString pushButtonStyle()
 {
     // The dot leaves out derived buttons: MyButton paints itself, and a sheet would change its size.
-    return filled(".QPushButton{background-color:@7;color:@0;border:#1# solid @2;border-radius:#3#;padding:0 #4#;}"
+    return filled(".QPushButton{background-color:@7;color:@0;border:#1# solid @2;border-radius:#3#;padding:0 #4#;"
+                  "outline:0;}" // the border tells of the focus
                   ".QPushButton:hover{background-color:@6;}"
                   ".QPushButton:pressed{background-color:@9;}"
                   ".QPushButton:focus{border:#2# solid @0;padding:0 #3#;}"
@@ -166,7 +195,7 @@ QString menuStyle()
                   "QMenu::item:selected{background-color:@5;}"
                   "QMenu::item:disabled{color:@3;}"
                   "QMenu::indicator{width:#10#;height:#10#;left:#6#;border-radius:#2#;border:#1# solid @2;}"
-                  "QMenu::indicator:checked{background-color:@1;image:url(:/res/icoCheck);}"
+                  "QMenu::indicator:checked{background-color:@1;image:url(:/res/icoCheck.svg);}"
                   "QMenu::right-arrow{width:#10#;height:#10#;right:#6#;}"
                   "QMenu::separator{height:#1#;background-color:@5;margin:#2# #8#;}");
 }
@@ -225,7 +254,7 @@ QString menuDialogStyle()
                   "QMenu QCheckBox::indicator,QMenu QRadioButton::indicator{width:#12#;height:#12#;"
                   "border:#1# solid @6;background-color:white;}"
                   "QMenu QCheckBox::indicator{border-radius:#2#;}"
-                  "QMenu QCheckBox::indicator:checked{background-color:white;image:url(:/res/icoCheck);}"
+                  "QMenu QCheckBox::indicator:checked{background-color:white;image:url(:/res/icoCheck.svg);}"
                   "QMenu QCheckBox::indicator:checked:disabled{background-color:@1;}"
                   "QMenu "
                   "QRadioButton::indicator:checked{background-color:qradialgradient(cx:0.5,cy:0.5,radius:0.5,fx:0.5,fy:"
@@ -233,7 +262,7 @@ QString menuDialogStyle()
                   "stop:0 black,stop:0.5 black,stop:0.6 white,stop:1 white);}"
                   "QMenu QCheckBox::indicator:disabled,QMenu QRadioButton::indicator:disabled{border-color:@4;}"
                   "QMenu QPushButton{background-color:@1;color:black;border:#1# solid @4;border-radius:#3#;"
-                  "padding:0 #12#;min-height:#22#;}"
+                  "padding:0 #12#;min-height:#22#;outline:0;}"
                   "QMenu QPushButton:hover{background-color:white;}"
                   "QMenu QPushButton:focus{border:#2# solid black;padding:0 #11#;min-height:#20#;}") +
            QStringLiteral("QMenu QRadioButton::indicator{%1}").arg(roundBy(12, 1));

@@ -39,3 +39,6 @@ class QFontMetrics;
 /// What a sheet cannot say of a combo box: at most 20 entries in its list, entries with room, the height, and that a
 /// box reached by key keeps its keys from the window's shortcuts.
 void dressComboBox(QComboBox &box);
+/// Its two halves: the box, and the list, which is built for it.
+void dressClosedComboBox(QComboBox &box);
+void dressComboList(QComboBox &box);

@@ -55,7 +55,7 @@ void PulseMeasure::reload(const DevBase &device)
     typeMenu->hide();
     timeMenu->hide();
     menuRow = -1;
-    fillChnMenu();
+    chnMenu->shorten(m_device->chnEnable.size());
     for (TimingMarkerTip *label : valueLabels) {
         label->setText(unknownText());
     }

@@ -79,6 +79,7 @@ public slots:
 
 private:
     void buildMenus();
+    /// Again when it is opened: with another model the entries would cost more than all else here.
     void fillChnMenu();
     void appendRow(int type, int chn);
     [[nodiscard]] QList<QWidget *> widgetsOf(int row) const;

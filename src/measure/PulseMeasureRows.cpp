@@ -46,8 +46,7 @@ void PulseMeasure::buildMenus()
 
 void PulseMeasure::fillChnMenu()
 {
-    const int count = m_device->chnEnable.size();
-    chnMenu->shorten(count);
+    const int count = m_device ? m_device->chnEnable.size() : 0;
     for (int chn = chnMenu->actions().size(); chn < count; ++chn) {
         chnMenu->addEntry(pulseChnText(chn));
     }
@@ -197,6 +196,7 @@ void PulseMeasure::slotBtTypeClicked()
 
 void PulseMeasure::slotBtChnClicked()
 {
+    fillChnMenu();
     for (QAction *entry : chnMenu->actions()) {
         entry->setEnabled(isChannelInUse(m_device, entry->data().toInt()));
     }

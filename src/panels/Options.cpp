@@ -57,6 +57,7 @@ Options::Options(QWidget *parent, bool checksAtStart)
     buttons->addWidget(cancel);
     column->addStretch(1);
     column->addLayout(buttons);
+    m_update->checkedButton()->setFocus(); // by itself it would begin on the first one, whichever is chosen
     connect(ok, &QPushButton::clicked, this, &Options::accept);
     connect(cancel, &QPushButton::clicked, this, &Options::reject);
     // As large as its texts need, in any language.

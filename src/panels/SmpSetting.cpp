@@ -1,5 +1,6 @@
 #include "panels/SmpSetting.h"
 
+#include "controls/LazyComboBox.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
 #include "device/DevBase.h"
@@ -9,6 +10,8 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
+
+#include <algorithm>
 
 QString sampleTimeText(std::int64_t depth, std::int64_t rate)
 {
@@ -48,8 +51,8 @@ SmpSetting::SmpSetting(QWidget *parent) : QWidget(parent)
     depthLabel = new QLabel(this);
     depthLabel->setObjectName(QStringLiteral("depthLabel"));
     auto *frequLabel = new QLabel(::tr("Speed(Sample rate)"), this);
-    depthBox = addBox(QStringLiteral("depthBox"));
-    frequBox = addBox(QStringLiteral("frequBox"));
+    depthBox = addBox(QStringLiteral("depthBox"), gDev->smpDepthTexts());
+    frequBox = addBox(QStringLiteral("frequBox"), gDev->smpFrequTexts());
     frequBox->setAccessibleName(frequLabel->text());
     depthLabel->setBuddy(depthBox);
     frequLabel->setBuddy(frequBox);
@@ -65,10 +68,8 @@ SmpSetting::SmpSetting(QWidget *parent) : QWidget(parent)
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
 
     frequBox->setToolTip(::tr("Samples per second of the next capture"));
-    frequBox->addItems(gDev->smpFrequTexts());
     frequBox->setCurrentIndex(gDev->smpFrequIndex);
     connect(frequBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SmpSetting::sampleFrequClickedSlot);
-    depthBox->addItems(gDev->smpDepthTexts());
     depthBox->setToolTip(depthToolTip(gDev->smpDepthTexts()));
     depthBox->setCurrentIndex(gDev->smpDepthIndex);
     connect(depthBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &SmpSetting::sampleDepthClickedSlot);
@@ -76,13 +77,12 @@ SmpSetting::SmpSetting(QWidget *parent) : QWidget(parent)
     updateDepthLabel();
 }
 
-QComboBox *SmpSetting::addBox(const QString &name)
+QComboBox *SmpSetting::addBox(const QString &name, const QStringList &entries)
 {
-    auto *box = new QComboBox(this);
+    auto *box = new LazyComboBox(this); // with each model the bar is built anew
     box->setObjectName(name);
-    dressComboBox(*box);
-    box->setMinimumWidth(dp(120));
-    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    box->addItems(entries);
+    box->setFixedWidth(std::max(dp(120), box->widthOfEntries()));
     return box;
 }
 

@@ -41,6 +41,7 @@ public slots:
     void sampleFrequClickedSlot(int index);
 
 private:
-    QComboBox *addBox(const QString &name);
+    /// A list of entries that do not change any more, as wide as they need.
+    QComboBox *addBox(const QString &name, const QStringList &entries);
     void updateDepthLabel();
 };

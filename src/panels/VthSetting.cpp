@@ -1,5 +1,6 @@
 #include "panels/VthSetting.h"
 
+#include "controls/LazyComboBox.h"
 #include "controls/Look.h"
 #include "controls/NoticeBox.h"
 #include "controls/NumberField.h"
@@ -93,13 +94,12 @@ void VthSetting::addRow(const QString &label)
 {
     const QString number = QString::number(labels.size() + 1);
     auto *text = new QLabel(label, this);
-    auto *box = new QComboBox(this);
+    auto *box = new LazyComboBox(this); // with each model the bar is built anew
     box->setObjectName(QStringLiteral("levelBox") + number);
     for (const QPair<QString, double> &preset : qAsConst(presets)) {
         box->addItem(preset.first);
     }
-    box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    dressComboBox(*box);
+    box->setFixedWidth(box->widthOfEntries());
     box->setAccessibleName(label);
     text->setBuddy(box);
     auto *edit = new QLineEdit(this);

@@ -5,6 +5,7 @@
 
 #include <QAccessible>
 #include <QCheckBox>
+#include <QFrame>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -12,6 +13,11 @@ namespace {
 
 /// A panel of one's own.
 class Panel : public QWidget {
+    Q_OBJECT
+};
+
+/// One with a frame, as the panels of the analog area.
+class FramedPanel : public QFrame {
     Q_OBJECT
 };
 
@@ -37,6 +43,7 @@ private slots:
         installAccessibleMenus();
     }
     void anOpenMenuIsAChildOfItsOwner();
+    void theFormsOfAFramedPanelAreInTheTree();
     void aMenuMadeAfterItsOwnerWasAskedForIsFoundToo();
     void theFormsOfAMenuAreItsChildren();
     void aSelectedButtonIsChecked();
@@ -60,6 +67,20 @@ void TstAccessibleMenus::anOpenMenuIsAChildOfItsOwner()
     QCOMPARE(childNames(panel), QStringList());
     QCOMPARE(face->child(0), nullptr);
     QCOMPARE(face->child(-1), nullptr);
+}
+
+void TstAccessibleMenus::theFormsOfAFramedPanelAreInTheTree()
+{
+    FramedPanel panel;
+    MyButton button(QStringLiteral("of the panel"), &panel);
+    MenuDialog menu(&panel);
+    menu.setAccessibleName(QStringLiteral("sensitivity"));
+    menu.addForm(new QCheckBox(QStringLiteral("on")));
+    panel.show();
+    QCOMPARE(childNames(panel), QStringList{QStringLiteral("of the panel")});
+    menu.popup(QPoint(0, 0));
+    QCOMPARE(childNames(panel), (QStringList{QStringLiteral("of the panel"), QStringLiteral("sensitivity")}));
+    QCOMPARE(QAccessible::queryAccessibleInterface(&panel)->role(), QAccessible::Border);
 }
 
 void TstAccessibleMenus::aMenuMadeAfterItsOwnerWasAskedForIsFoundToo()

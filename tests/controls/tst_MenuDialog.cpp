@@ -124,7 +124,6 @@ void TstMenuDialog::thePanelIsLight()
 }
 
 // ---- keys in a form
-// --------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -233,7 +232,6 @@ void TstMenuDialog::aMenuWithoutAFormKeepsItsKeys()
 }
 
 // ---- off the screen for a box
-// ----------------------------------------------------------------------------------------
 
 void TstMenuDialog::aMenuThatStepsAsideComesBackWhereItWas()
 {

@@ -19,6 +19,7 @@ private slots:
     void theCheckedIconTakesOverWhenSelectedOrAskedFor();
     void aTextIsLightAndGreyWhenDisabled();
     void theFocusIsShownWhenItCameByKey();
+    void aButtonInAnothersPlaceTakesItsFocusAsItCame();
     void aLumpLeavesItsMarginsFree();
 };
 
@@ -212,6 +213,26 @@ void TstMyButton::theFocusIsShownWhenItCameByKey()
     QCOMPARE(painted(*button).pixelColor(20, 20), face);
     button->clearFocus();
     QCOMPARE(painted(*button).pixelColor(0, 20), face);
+}
+
+void TstMyButton::aButtonInAnothersPlaceTakesItsFocusAsItCame()
+{
+    QWidget window;
+    auto *before = new MyButton(&window);
+    auto *after = new MyButton(&window);
+    plain(*before);
+    plain(*after);
+    window.resize(60, 60);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    before->setFocus(Qt::MouseFocusReason);
+    after->takeFocusFrom(*before);
+    QVERIFY(after->hasFocus());
+    QCOMPARE(painted(*after).pixelColor(0, 20), face);
+    before->setFocus(Qt::TabFocusReason);
+    after->takeFocusFrom(*before);
+    QVERIFY(after->hasFocus());
+    QCOMPARE(painted(*after).pixelColor(0, 20), gGreys[0]);
 }
 
 void TstMyButton::aLumpLeavesItsMarginsFree()

@@ -27,6 +27,7 @@ private slots:
     void radioButtonsAreRoundOnEveryScreen_data();
     void radioButtonsAreRoundOnEveryScreen();
     void buttonsOfDialogsAreAsHighAsAHandNeeds();
+    void theFaceOfAFocusedButtonIsOfOneColour();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText();
 };
@@ -136,6 +137,28 @@ void TstStyle::buttonsOfDialogsAreAsHighAsAHandNeeds()
     QCoreApplication::processEvents();
     QVERIFY(button->height() >= dp(22));
     QVERIFY(button->width() >= dp(64));
+}
+
+/// The border alone tells of the focus: the system's style would put a rectangle of its own behind the text.
+void TstStyle::theFaceOfAFocusedButtonIsOfOneColour()
+{
+    qApp->setStyleSheet(programStyle());
+    QDialog dialog;
+    auto *column = new QVBoxLayout(&dialog);
+    auto *button = new QPushButton(QStringLiteral("        "), &dialog);
+    column->addWidget(button);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(&dialog, Qt::Key_Tab); // by the keyboard, so that styles show where it is
+    QVERIFY(button->hasFocus());
+    const QImage image = button->grab().toImage();
+    QCOMPARE(image.pixelColor(0, image.height() / 2), gGreys[0]);
+    const QRect face = image.rect().adjusted(4, 4, -4, -4);
+    for (int y = face.top(); y <= face.bottom(); ++y) {
+        for (int x = face.left(); x <= face.right(); ++x) {
+            QCOMPARE(image.pixelColor(x, y).name(), gGreys[7].name());
+        }
+    }
 }
 
 void TstStyle::aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data()

@@ -245,10 +245,14 @@ void TstPulseMeasureChoices::theChannelMenuFollowsTheModel()
 {
     MainViewDesk desk(1);
     PulseMeasure panel(*gDev);
+    PulseRows::add(panel, 1);
+    PulseRows::show(panel);
     QCOMPARE(panel.chnMenu->actions().size(), 8);
     for (const int model : {9, 0, 1, 9}) {
         desk.replaceDevice(model);
         panel.reload(*gDev);
+        QTest::mouseClick(panel.chnButtons.first(), Qt::LeftButton);
+        QVERIFY(panel.chnMenu->isVisible());
         QCOMPARE(panel.chnMenu->actions().size(), gDev->chnEnable.size());
         QCOMPARE(panel.chnMenu->actions().last()->data().toInt(), gDev->chnEnable.size() - 1);
     }

@@ -182,7 +182,6 @@ void TstDevSetting::thePanelIsRounded()
 }
 
 // ---- the menus
-// -------------------------------------------------------------------------------------------------------
 
 void TstDevSetting::theButtonsHaveIconsAndNames()
 {

@@ -145,7 +145,6 @@ QVector<bool> TstMenuChnSettings::checkedChannels() const
 }
 
 // ---- what it shows
-// ---------------------------------------------------------------------------------------------------
 
 void TstMenuChnSettings::theRangesFollowTheModelsLimits_data()
 {
@@ -345,7 +344,6 @@ void TstMenuChnSettings::theMenuFitsALowScreen()
 }
 
 // ---- what is typed and clicked
-// ---------------------------------------------------------------------------------------
 
 void TstMenuChnSettings::noRangeIsCheckedAtFirst()
 {
@@ -449,7 +447,6 @@ void TstMenuChnSettings::enterOnCancelCancels()
 }
 
 // ---- OK and Cancel
-// ---------------------------------------------------------------------------------------------------
 
 void TstMenuChnSettings::okAppliesEverythingAndCloses()
 {
@@ -665,7 +662,6 @@ void TstMenuChnSettings::expectNothingChanged()
 }
 
 // ---- the box, and devices that go
-// ------------------------------------------------------------------------------------
 
 /// Runs `act` as soon as a message box is shown.
 class AtBox : public QObject {

@@ -27,6 +27,8 @@ private slots:
     void theLimitsOfTheHistoryAreShownAndStored();
     void withoutAHistoryItsLimitsAreDisabled();
     void theDialogIsAnsweredByKeysAlone();
+    void theFocusBeginsOnWhatIsChosen_data();
+    void theFocusBeginsOnWhatIsChosen();
 
 private:
     static QList<QGroupBox *> groups(const Options &dialog) { return dialog.findChildren<QGroupBox *>(); }
@@ -255,6 +257,28 @@ void TstOptions::withoutAHistoryItsLimitsAreDisabled()
         QCOMPARE(limits.at(0)->isEnabled(), place != 2);
         QCOMPARE(limits.at(1)->isEnabled(), place != 2);
     }
+}
+
+void TstOptions::theFocusBeginsOnWhatIsChosen_data()
+{
+    QTest::addColumn<QString>("disAutoUpdate");
+    QTest::addColumn<int>("place");
+    QTest::newRow("enabled") << "0" << 0;
+    QTest::newRow("disabled") << "1" << 1;
+}
+
+void TstOptions::theFocusBeginsOnWhatIsChosen()
+{
+    QFETCH(QString, disAutoUpdate);
+    QFETCH(int, place);
+    globalSet(QStringLiteral("disAutoUpdate"), disAutoUpdate);
+    Options dialog;
+    dialog.show();
+    dialog.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QCOMPARE(dialog.focusWidget(), button(dialog, 0, place));
+    QTest::keyClick(dialog.focusWidget(), Qt::Key_Space);
+    QCOMPARE(checked(dialog).constFirst(), place);
 }
 
 void TstOptions::theDialogIsAnsweredByKeysAlone()

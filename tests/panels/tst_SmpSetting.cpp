@@ -256,6 +256,11 @@ void TstSmpSetting::theMarkOfADepthIsExplainedWhereItIsShown()
     const QString marked = depthToolTip({QStringLiteral("50 M Samples"), QStringLiteral("200 M* Samples")});
     QVERIFY(!plain.contains(QLatin1Char('*')));
     QVERIFY(marked.startsWith(plain + QStringLiteral("\n* ")));
+    const PanelDevice device(storage16Model);
+    const SmpSetting setting;
+    QCOMPARE(setting.depthBox->toolTip(), depthToolTip(gDev->smpDepthTexts()));
+    QVERIFY(setting.depthBox->toolTip().contains(QLatin1Char('*')));
+    QCOMPARE(setting.frequBox->toolTip(), QStringLiteral("Samples per second of the next capture"));
 }
 
 QTEST_MAIN(TstSmpSetting)
