@@ -2,6 +2,7 @@
 
 #include "controls/Contrast.h"
 #include "controls/Icons.h"
+#include "controls/LazyComboBox.h"
 #include "controls/Look.h"
 #include "controls/MenuDialog.h"
 #include "controls/MyButton.h"
@@ -50,7 +51,7 @@ AChnParameterSet::AChnParameterSet(int channel, QWidget *parent)
       probeTexts{QStringLiteral("X1"), QStringLiteral("X10"), QStringLiteral("X100")},
       enableBox(new QCheckBox(this)),
       nameLabel(new QLabel(this)),
-      voltCombo(new QComboBox(this)),
+      voltCombo(new LazyComboBox(this)),
       probeBtn(new QPushButton(this)),
       settingBtn(new MyButton(this))
 {
@@ -115,7 +116,6 @@ void AChnParameterSet::buildVolts()
 {
     voltCombo->setObjectName(QStringLiteral("volt"));
     voltCombo->addItems(voltTexts);
-    dressComboBox(*voltCombo);
     voltCombo->setAccessibleName(spoken(::tr("Volts per division")));
     voltCombo->setAccessibleDescription(voltCombo->accessibleName()); // on Linux a list's name is what it shows
     voltCombo->setToolTip(::tr("Volts per division"));

@@ -3,7 +3,6 @@
 #include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
-#include "controls/NoticeBox.h"
 #include "controls/PopupPlace.h"
 #include "controls/Style.h"
 #include "controls/Truncate.h"
@@ -11,33 +10,36 @@
 #include "settings/Config.h"
 #include "settings/Language.h"
 #include "store/SmpTrigCode.h"
+#include "wave/AnalogTriggerParts.h"
 #include "wave/SensitivityMenu.h"
 #include "wave/SidebarLook.h"
+#include "wave/TriggerPosition.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSpinBox>
 
 #include <algorithm>
 #include <array>
 
+using AnalogTriggerParts::filterField;
+using AnalogTriggerParts::leastField;
+using AnalogTriggerParts::makeZero;
+using AnalogTriggerParts::spoken;
+
 namespace {
 
 constexpr int leastLevel = -32768; ///< millivolts, as the one below
 constexpr int mostLevel = 32767;
-constexpr int leastField = 40; ///< pixels at 96 dpi
 
 const QString keyLevel = QStringLiteral("ATrigValue");
 const QString keyChannel = QStringLiteral("ATrigChn");
 const QString keyDisabled = QStringLiteral("ATrigDisab");
 const QString keySensitivity = QStringLiteral("ATrigSenstivity");
-const QString keyPosition = QStringLiteral("trgPosition");
 
 struct AnalogEdge {
     int code;
@@ -46,22 +48,10 @@ struct AnalogEdge {
 constexpr std::array<AnalogEdge, 2> analogEdges{
     {{smpTrigCode::risingEdge, ":/res/btnPosEdge"}, {smpTrigCode::fallingEdge, ":/res/btnNegEdge"}}};
 
-QString trigSpoken(const QString &control)
-{
-    return ::tr("Analog trigger") + QStringLiteral(", ") + control;
-}
-
 QString storedSensitivity(const DevBase &device)
 {
     const QString stored = deviceGet(device.name, keySensitivity);
     return stored.isEmpty() ? QStringLiteral("0.5") : stored;
-}
-
-/// Keys of a field with arrows, which would zoom the view.
-bool belongsToField(const QKeyEvent &event)
-{
-    const int key = event.key();
-    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
 }
 
 } // namespace
@@ -75,8 +65,7 @@ AChnTriggerSet::AChnTriggerSet(QWidget *parent)
       levelLabel(new QLabel(QStringLiteral("V:"), this)),
       levelSpin(new QSpinBox(this)),
       levelUnit(new QLabel(QStringLiteral("mV"), this)),
-      horLabel(new QLabel(QStringLiteral("H:"), this)),
-      horEdit(new QLineEdit(this))
+      m_position(new TriggerPosition(this))
 {
     setObjectName(QStringLiteral("aChnTrigger"));
     auto *grid = new QGridLayout(this);
@@ -86,7 +75,8 @@ AChnTriggerSet::AChnTriggerSet(QWidget *parent)
     buildHead(*grid);
     buildEdges(*grid);
     buildLevel(*grid);
-    buildPosition(*grid);
+    m_position->addTo(*grid, 3);
+    connect(m_position, &TriggerPosition::mayBeDeleted, this, &AChnTriggerSet::mayBeDeleted);
     for (QPushButton *button : findChildren<QPushButton *>()) {
         button->setAutoDefault(true); // Enter presses it, as Space does
     }
@@ -96,7 +86,7 @@ AChnTriggerSet::~AChnTriggerSet()
 {
     // A field that goes away gives up its focus: that is no end of an edit.
     levelSpin->disconnect(this);
-    horEdit->disconnect(this);
+    delete m_position;
 }
 
 void AChnTriggerSet::buildHead(QGridLayout &grid)
@@ -110,7 +100,7 @@ void AChnTriggerSet::buildHead(QGridLayout &grid)
     settingBtn->setRadius(dp(3));
     settingBtn->setFixedSize(sidebarLine(), sidebarLine());
     settingBtn->setToolTip(::tr("Trigger sensitivity"));
-    settingBtn->setAccessibleName(trigSpoken(settingBtn->toolTip()));
+    settingBtn->setAccessibleName(spoken(settingBtn->toolTip()));
     connect(settingBtn, &QPushButton::clicked, this, &AChnTriggerSet::openExtendSetMenu);
     grid.addWidget(enableBox, 0, 0, 1, 3);
     grid.addWidget(settingBtn, 0, 3);
@@ -133,7 +123,7 @@ void AChnTriggerSet::buildEdges(QGridLayout &grid)
         button->checkedIcon = sharedIcon(path + QStringLiteral("_s"));
         button->value = code;
         button->setObjectName(path.section(QLatin1Char('/'), -1));
-        button->setAccessibleName(trigSpoken(text));
+        button->setAccessibleName(spoken(text));
         button->setCheckable(true); // a screen reader tells which one is set
         button->setGeometry(uiScale() + i * dp(16), uiScale(), dp(16), dp(16));
         connect(button, &QPushButton::clicked, this, &AChnTriggerSet::slotTrigMouseClicked);
@@ -151,17 +141,6 @@ void AChnTriggerSet::buildEdges(QGridLayout &grid)
     grid.addLayout(line, 1, 0, 1, 4);
 }
 
-QPushButton *AChnTriggerSet::makeZero(const QString &name)
-{
-    auto *button = new MyButton(sharedIcon(QStringLiteral(":/res/reset")), ::tr("Reset to Zero"), this);
-    button->setObjectName(name);
-    dressFlat(*button);
-    button->setRadius(dp(3));
-    button->setIconSize(QSize(dp(14), dp(14)));
-    button->setFixedSize(sidebarLine(), sidebarLine());
-    return button;
-}
-
 void AChnTriggerSet::buildLevel(QGridLayout &grid)
 {
     levelSpin->setObjectName(QStringLiteral("trigLevel"));
@@ -169,39 +148,19 @@ void AChnTriggerSet::buildLevel(QGridLayout &grid)
     levelSpin->setKeyboardTracking(false); // a level is taken when it has been typed, not digit by digit
     levelSpin->setFocusPolicy(Qt::StrongFocus);
     levelSpin->setToolTip(::tr("Number between -32768 and 32767."));
-    levelSpin->setAccessibleName(trigSpoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
+    levelSpin->setAccessibleName(spoken(::tr("Trigger level") + QStringLiteral(" [mV]")));
     levelSpin->setFixedHeight(sidebarFieldHeight(QApplication::font()));
     levelSpin->setMinimumWidth(dp(leastField)); // the column decides; the style would ask for more
     levelSpin->installEventFilter(this);
     levelLabel->setBuddy(levelSpin);
     connect(levelSpin, &QSpinBox::editingFinished, this, &AChnTriggerSet::slotTrigVoltageClicked);
     connect(levelSpin, QOverload<int>::of(&QSpinBox::valueChanged), this, &AChnTriggerSet::storeLevel);
-    levelZero = makeZero(QStringLiteral("trigLevelZero"));
-    levelZero->setAccessibleName(trigSpoken(::tr("Trigger level") + QStringLiteral(", ") + levelZero->toolTip()));
+    levelZero = makeZero(QStringLiteral("trigLevelZero"), ::tr("Trigger level"), this);
     connect(levelZero, &QPushButton::clicked, this, &AChnTriggerSet::slotVoltageZreoClicked);
     grid.addWidget(levelLabel, 2, 0);
     grid.addWidget(levelSpin, 2, 1);
     grid.addWidget(levelUnit, 2, 2);
     grid.addWidget(levelZero, 2, 3);
-}
-
-void AChnTriggerSet::buildPosition(QGridLayout &grid)
-{
-    horEdit->setObjectName(QStringLiteral("trigPosition"));
-    horEdit->setToolTip(::tr("Number between 0 and 100."));
-    horEdit->setAccessibleName(trigSpoken(::tr("Trigger Position") + QStringLiteral(" [%]")));
-    horEdit->setFixedHeight(sidebarFieldHeight(QApplication::font()));
-    horEdit->setMinimumWidth(dp(leastField));
-    horEdit->installEventFilter(this);
-    horLabel->setBuddy(horEdit);
-    connect(horEdit, &QLineEdit::editingFinished, this, &AChnTriggerSet::slotHorEditClicked);
-    horZero = makeZero(QStringLiteral("trigPositionZero"));
-    horZero->setAccessibleName(trigSpoken(::tr("Trigger Position") + QStringLiteral(", ") + horZero->toolTip()));
-    connect(horZero, &QPushButton::clicked, this, &AChnTriggerSet::slotHorZreoClicked);
-    grid.addWidget(horLabel, 3, 0);
-    grid.addWidget(horEdit, 3, 1);
-    grid.addWidget(new QLabel(QStringLiteral("%"), this), 3, 2);
-    grid.addWidget(horZero, 3, 3);
 }
 
 QVector<QWidget *> AChnTriggerSet::tabStops() const
@@ -210,26 +169,12 @@ QVector<QWidget *> AChnTriggerSet::tabStops() const
     for (MyButton *button : edgeBtns) {
         stops.append(button);
     }
-    return stops + QVector<QWidget *>{levelSpin, levelZero, horEdit, horZero};
+    return stops + QVector<QWidget *>{levelSpin, levelZero} + m_position->tabStops();
 }
 
 bool AChnTriggerSet::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::ShortcutOverride && belongsToField(*static_cast<QKeyEvent *>(event))) {
-        event->accept();
-        return true;
-    }
-    if (event->type() == QEvent::Wheel && !static_cast<QWidget *>(watched)->hasFocus()) {
-        event->ignore(); // what lies around the field scrolls
-        return true;
-    }
-    if (m_device && event->type() == QEvent::KeyPress && watched == horEdit &&
-        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape) {
-        horEdit->setText(QString::number(m_device->trgPosition));
-        horEdit->clearFocus();
-        return true;
-    }
-    return QFrame::eventFilter(watched, event);
+    return filterField(watched, event) || QFrame::eventFilter(watched, event);
 }
 
 // ---- what is shown
@@ -245,7 +190,7 @@ void AChnTriggerSet::refresh(DevBase &device)
         const QSignalBlocker noEntry(levelSpin);
         levelSpin->setValue(deviceGet(m_device->name, keyLevel).toInt());
     }
-    horEdit->setText(QString::number(m_device->trgPosition));
+    m_position->refresh(device);
     const int chn = deviceGet(m_device->name, keyChannel).toInt();
     showChannel(chn == 1 ? 1 : 0);
     emit aChnTrigSetChanged(aTrigChange::channel, QString::number(channel()));
@@ -269,7 +214,7 @@ void AChnTriggerSet::showEdges()
 void AChnTriggerSet::showChannel(int index)
 {
     chnBtn->setText(chnTexts.at(index));
-    chnBtn->setAccessibleName(trigSpoken(::tr("Trigger channel") + QLatin1Char(' ') + chnBtn->text()));
+    chnBtn->setAccessibleName(spoken(::tr("Trigger channel") + QLatin1Char(' ') + chnBtn->text()));
 }
 
 int AChnTriggerSet::level() const
@@ -280,11 +225,6 @@ int AChnTriggerSet::level() const
 int AChnTriggerSet::channel() const
 {
     return chnBtn->text() == chnTexts.first() ? 0 : 1;
-}
-
-bool AChnTriggerSet::isTriggerOn() const
-{
-    return enableBox->isChecked();
 }
 
 int AChnTriggerSet::chosenEdge() const
@@ -375,49 +315,7 @@ void AChnTriggerSet::slotVoltageZreoClicked()
 
 bool AChnTriggerSet::mayGo()
 {
-    m_leaving = m_telling;
-    return !m_telling;
-}
-
-void AChnTriggerSet::slotHorEditClicked()
-{
-    if (m_telling || m_leaving || !m_device) {
-        return; // the box takes the focus away, which finishes the field once more
-    }
-    if (horEdit->hasFocus()) {
-        horEdit->clearFocus();
-        return;
-    }
-    bool isNumber = false;
-    const int percent = horEdit->text().trimmed().toInt(&isNumber);
-    if (isNumber && percent == m_device->trgPosition) {
-        horEdit->setText(QString::number(percent)); // "05" is 5
-        return;                                     // who only passes through the field changes nothing
-    }
-    if (!m_device->setTrgPosition(isNumber ? percent : -1)) {
-        m_telling = true;
-        showNotice(window(), QMessageBox::Warning, ::tr("An error occurred"), ::tr("Trigger position setting failed."),
-                   QStringLiteral("color:black;"));
-        m_telling = false;
-        if (m_leaving) {
-            emit mayBeDeleted();
-            return;
-        }
-        if (!m_device) {
-            return;
-        }
-    }
-    horEdit->setText(QString::number(m_device->trgPosition));
-}
-
-void AChnTriggerSet::slotHorZreoClicked()
-{
-    if (!m_device) {
-        return;
-    }
-    m_device->trgPosition = 0;
-    deviceSet(m_device->name, keyPosition, QStringLiteral("0"));
-    horEdit->setText(QStringLiteral("0"));
+    return m_position->mayGo();
 }
 
 // ---- the menu

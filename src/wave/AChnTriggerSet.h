@@ -11,10 +11,10 @@ class MyButton;
 class QCheckBox;
 class QGridLayout;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 class QSpinBox;
 class SensitivityMenu;
+class TriggerPosition;
 
 /// The kinds of change that AChnTriggerSet tells of.
 namespace aTrigChange {
@@ -46,7 +46,6 @@ public:
     void setLevel(double millivolts);
     /// The analog channel of the trigger, 0 or 1.
     [[nodiscard]] int channel() const;
-    [[nodiscard]] bool isTriggerOn() const;
     /// False while a box is open that this has asked for: it is to be kept, out of sight, until mayBeDeleted().
     [[nodiscard]] bool mayGo();
     /// The controls in the order of Tab.
@@ -61,8 +60,6 @@ public slots:
     void slotTrigChnClicked();
     void slotSenstivityChanged(); ///< as slotTrigVoltageClicked()
     void slotVoltageZreoClicked();
-    void slotHorEditClicked(); ///< as slotTrigVoltageClicked()
-    void slotHorZreoClicked();
 
 signals:
     /// @param trig  of aTrigChange
@@ -77,8 +74,6 @@ private:
     void buildHead(QGridLayout &grid);
     void buildEdges(QGridLayout &grid);
     void buildLevel(QGridLayout &grid);
-    void buildPosition(QGridLayout &grid);
-    [[nodiscard]] QPushButton *makeZero(const QString &name);
     void storeLevel();
     void showChannel(int index);
     [[nodiscard]] int chosenEdge() const;
@@ -91,12 +86,8 @@ private:
     QLabel *levelLabel;
     QSpinBox *levelSpin;
     QLabel *levelUnit;
-    QPushButton *levelZero = nullptr;
-    QLabel *horLabel;
-    QLineEdit *horEdit;
-    QPushButton *horZero = nullptr;
+    MyButton *levelZero = nullptr;
+    TriggerPosition *m_position;
     SensitivityMenu *extendMenu = nullptr; ///< made at first use
-    bool m_telling = false;                ///< a box is open that takes the focus away
-    bool m_leaving = false;                ///< the device has gone meanwhile
     QPointer<DevBase> m_device;            ///< null once it has gone
 };

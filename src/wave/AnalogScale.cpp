@@ -23,18 +23,20 @@ int leadingNumber(const QString &text)
     return text.leftRef(digits).toInt();
 }
 
-/// Cuts a stroke at a row far outside of the area, where the painter's own numbers would end.
-void cutAt(QLineF &line, double row, bool below)
+/// Cuts off what of a stroke lies on the far side of a row. @return false when that is all of it
+bool cutAt(QLineF &line, double row, bool below)
 {
     const auto isBeyond = [=](double y) { return below ? y > row : y < row; };
     const bool first = isBeyond(line.y1());
     const bool second = isBeyond(line.y2());
     if (first && second) {
-        line = {line.x1(), row, line.x2(), row};
-    } else if (first || second) {
+        return false;
+    }
+    if (first || second) {
         const QPointF cut(line.x1() + line.dx() * (row - line.y1()) / line.dy(), row);
         line = first ? QLineF(cut, line.p2()) : QLineF(line.p1(), cut);
     }
+    return true;
 }
 
 /// Adds a stroke from one column to the next as two bars that meet at half of its height.
@@ -139,18 +141,16 @@ void traceStrokes(std::span<const SmpAChnPoint> points, const TraceScale &trace,
     bool lastIsBar = false;
     for (const SmpAChnPoint &point : points.subspan(1)) {
         const QPointF to(columnOf(point), rowOf(point));
-        if (to.x() >= left - stroke && from.x() <= right + stroke) {
-            QLineF line(from, to);
-            cutAt(line, -double(trace.height), false);
-            cutAt(line, 2.0 * trace.height, true);
-            const bool isSteep = to.x() - from.x() <= stroke && std::abs(line.dy()) > steepStroke * stroke;
-            if (isSteep) {
-                addBars(line, stroke, lastIsBar, strokes.bars);
-            } else {
-                strokes.lines.push_back(line);
-            }
-            lastIsBar = isSteep && line.p2() == to;
+        QLineF line(from, to);
+        const bool isExposed = to.x() >= left - stroke && from.x() <= right + stroke;
+        const bool isSeen = isExposed && cutAt(line, 0, false) && cutAt(line, trace.height - 1, true);
+        const bool isSteep = to.x() - from.x() <= stroke && std::abs(line.dy()) > steepStroke * stroke;
+        if (isSeen && isSteep) {
+            addBars(line, stroke, lastIsBar, strokes.bars);
+        } else if (isSeen) {
+            strokes.lines.push_back(line);
         }
+        lastIsBar = isSeen && isSteep && line.p2() == to;
         from = to;
     }
 }

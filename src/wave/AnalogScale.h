@@ -58,7 +58,8 @@ struct TraceStrokes {
 };
 
 /// The strokes between neighbouring points, each at the device column of its sample (PixelScale::column), so that it
-/// stands above what a digital channel shows of the same sample. What is far above or below the area is cut off there.
+/// stands above what a digital channel shows of the same sample. What is above or below the area is cut off, also for
+/// drawings that know no clip.
 /// Steep strokes from one column to the next become bars in both, which cost a fraction of slanted lines and cannot be
 /// told from them. Nothing for a full scale or a height of 0, or for a single point.
 /// @param left, right  device columns: strokes that lie beyond them are left out

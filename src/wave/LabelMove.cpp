@@ -81,6 +81,9 @@ bool LabelMove::event(QEvent *event)
     if (event->type() == QEvent::WindowBlocked) { // a modal box takes the mouse away
         letGo();
     }
+    if (event->type() == QEvent::Polish) {
+        return QFrame::event(event); // a label that takes the focus would make a text document of its number
+    }
     return QLabel::event(event);
 }
 

@@ -12,31 +12,22 @@
 #include "wave/PulsePointer.h"
 #include "wave/PulseRequests.h"
 #include "wave/RowColumn.h"
+#include "wave/SeenTransitions.h"
 #include "wave/VoltageBoard.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveGestures.h"
+#include "wave/WaveKeys.h"
 #include "wave/WaveView.h"
 #include "wave/ZoomFlag.h"
 
 #include <QAction>
-#include <QCursor>
 #include <QFrame>
 #include <QGraphicsScene>
 #include <QHBoxLayout>
 #include <QMouseEvent>
 #include <QScrollBar>
-#include <QShortcut>
-
-#include <algorithm>
 
 MainView *gMainView = nullptr;
-
-namespace {
-
-constexpr int markersOfKeys = 10;     ///< five pairs
-constexpr double beyondEnds = 1000.0; ///< samples by which Home and End pass the data, to show where it ends
-
-} // namespace
 
 MainView::MainView(WaveDataGen *generator, QWidget *parent)
     : QWidget(parent),
@@ -50,7 +41,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
       m_voltages(new VoltageBoard(*scene, this)),
       m_pulse(new PulsePointer(*scene, *generator, this)),
       m_edges(new EdgeJump(*scene, *generator, this)),
-      m_gestures(new WaveGestures({*waveView, *m_rows, *m_markers, *m_voltages, *m_pulse, *m_edges, *generator}, this))
+      m_gestures(new WaveGestures(parts(), this))
 {
     gMainView = this;
     buildViews();
@@ -58,8 +49,7 @@ MainView::MainView(WaveDataGen *generator, QWidget *parent)
     connectScrolling();
     connectParts();
     connectVoltages();
-    buildKeys();
-    buildMarkerKeys();
+    connectKeys();
 }
 
 MainView::~MainView()
@@ -71,11 +61,16 @@ MainView::~MainView()
     gMainView = nullptr;
 }
 
+WaveParts MainView::parts() const
+{
+    return {*waveView, *m_rows, *m_markers, *m_voltages, *m_pulse, *m_edges, *waveGen};
+}
+
 void MainView::buildViews()
 {
     scene->setBackgroundBrush(gGreys[7]);
     waveView->hint = [this] {
-        const bool isEmpty = !m_rows->isAnalog() && waveGen->sampleCount() < 1;
+        const bool isEmpty = waveGen->sampleCount() < 1;
         return isEmpty ? ::tr("Press F5 to capture, or open a file with Ctrl+O.") : QString();
     };
     waveView->groundOfRows = [this] { return m_rows->ground(); };
@@ -84,60 +79,6 @@ void MainView::buildViews()
     mainLayout->setSpacing(0);
     mainLayout->addWidget(m_rows, 0);
     mainLayout->addWidget(waveView, 1);
-}
-
-void MainView::buildKeys()
-{
-    for (const int key : {Qt::Key_Up, Qt::Key_Plus, Qt::Key_Equal}) {
-        addShortcut(key, &MainView::slotShortCutZoomIn);
-    }
-    for (const int key : {Qt::Key_Down, Qt::Key_Minus}) {
-        addShortcut(key, &MainView::slotShortCutZoomOut);
-    }
-    addShortcut(Qt::Key_Home, &MainView::slotShortCutMovToBeg);
-    addShortcut(Qt::Key_End, &MainView::slotShortCutMovToEnd);
-    for (int key = Qt::Key_0; key <= Qt::Key_9; ++key) {
-        addShortcut(key, &MainView::slotShortCutTimeMarker);
-    }
-    for (const int step : {-1, 1}) {
-        addKey(step < 0 ? Qt::Key_Left : Qt::Key_Right, [this, step] { m_gestures->pan(step); });
-    }
-    QShortcut *back = addKey(Qt::Key_Backspace, [this] { waveGen->goBack(); });
-    back->setAutoRepeat(false); // held down it would run through all views
-    addKey(int(Qt::CTRL) | int(Qt::Key_C), [this] { emit pictureWanted(); })->setAutoRepeat(false);
-}
-
-void MainView::buildMarkerKeys()
-{
-    for (const int step : {-1, 1}) {
-        const int sideways = step < 0 ? Qt::Key_Left : Qt::Key_Right;
-        addKey(int(Qt::SHIFT) | sideways, [this, step] { m_markers->moveByKey(step); });
-        addKey(int(Qt::CTRL) | int(Qt::SHIFT) | sideways,
-               [this, step] { m_markers->moveToEdge(step, m_rows->enabledChannels()); });
-        addKey(int(Qt::SHIFT) | (step < 0 ? Qt::Key_Up : Qt::Key_Down), [this, step] { m_voltages->moveByKey(step); });
-    }
-    for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
-        QShortcut *lays = addKey(key, [this] { m_voltages->layDown(); });
-        lays->setAutoRepeat(false);
-        lays->setEnabled(false); // at all other times Enter belongs to what has the focus
-        connect(m_voltages, &VoltageBoard::followingChanged, lays, &QShortcut::setEnabled);
-    }
-}
-
-QShortcut *MainView::addKey(int key, const std::function<void()> &act)
-{
-    auto *shortcut = new QShortcut(QKeySequence(key), this); // held down it goes on
-    connect(shortcut, &QShortcut::activated, this, act);
-    shortcuts.append(shortcut);
-    return shortcut;
-}
-
-void MainView::addShortcut(int key, void (MainView::*slot)())
-{
-    auto *shortcut = new QShortcut(QKeySequence(key), this);
-    shortcut->setAutoRepeat(false);
-    connect(shortcut, &QShortcut::activated, this, slot);
-    shortcuts.append(shortcut);
 }
 
 void MainView::connectWaveView()
@@ -176,6 +117,13 @@ void MainView::connectParts()
     connect(m_gestures, &WaveGestures::zoomChangedByMouse, this, &MainView::zoomChangedByMouse);
     connect(m_gestures, &WaveGestures::pointerMoved, this, &MainView::pointerMoved);
     connect(m_gestures, &WaveGestures::mouseDraged, this, &MainView::mouseDraged);
+}
+
+void MainView::connectKeys()
+{
+    const auto *keys = new WaveKeys(parts(), *m_gestures, this);
+    connect(keys, &WaveKeys::zoomChangedByMouse, this, &MainView::zoomChangedByMouse);
+    connect(keys, &WaveKeys::pictureWanted, this, &MainView::pictureWanted);
 }
 
 void MainView::connectVoltages()
@@ -353,27 +301,9 @@ void MainView::clearForNewData()
 void MainView::showAllIfFlat()
 {
     const QRect seen = waveView->mapToScene(waveView->viewport()->rect()).boundingRect().toRect();
-    const QVector<int> channels = m_rows->enabledChannels();
-    const bool showsTransition = std::any_of(channels.begin(), channels.end(), [&](int chn) {
-        const auto runs = waveGen->digLine(chn);
-        constexpr int transition = 2;
-        return m_rows->placeOf(chn).intersects(seen) &&
-               std::any_of(runs.begin(), runs.end(), [](const SmpWaveRun &run) { return run.kind == transition; });
-    });
-    if (!showsTransition && hasTransitions()) {
+    if (!SeenTransitions::areIn(seen, *m_rows, *waveGen) && SeenTransitions::areAnywhere(*m_rows, *waveGen)) {
         waveGen->zoomFit();
     }
-}
-
-bool MainView::hasTransitions() const
-{
-    const SmpData *capture = waveGen->source();
-    const SmpReadLock lock(capture);
-    const QVector<int> channels = m_rows->enabledChannels();
-    return lock && std::any_of(channels.begin(), channels.end(), [capture](int chn) {
-               const std::int64_t edge = capture->nextEdge(chn, 0);
-               return edge > 0 && edge < capture->smpCount();
-           });
 }
 
 void MainView::slotPulseMeasureInfoChanged()
@@ -421,19 +351,7 @@ void MainView::slotVoltageAChnChanged(int chnIndex)
     m_voltages->setChannel(chnIndex);
 }
 
-void MainView::slotShortCutTimeMarker()
-{
-    const auto *shortcut = qobject_cast<const QShortcut *>(sender());
-    if (shortcut == nullptr) {
-        return;
-    }
-    const int key = shortcut->key()[0] - Qt::Key_0;
-    const QPoint pointer = waveView->viewport()->mapFromGlobal(QCursor::pos());
-    const bool inside = waveView->viewport()->rect().contains(pointer);
-    m_markers->callByKey((key + markersOfKeys - 1) % markersOfKeys, inside ? pointer.x() : waveView->width() / 2);
-}
-
-// ---- gestures and keys
+// ---- gestures
 
 void MainView::slotWheelChanged(int flag, QPoint point)
 {
@@ -459,36 +377,4 @@ void MainView::slotMouseReleased(QMouseEvent *event)
 void MainView::slotMouseLeave()
 {
     m_gestures->leave();
-}
-
-void MainView::zoomAboutMiddle(int flag)
-{
-    if (m_gestures->canMoveTime()) {
-        emit zoomChangedByMouse(flag, QPoint(waveView->width() / 2, 0));
-    }
-}
-
-void MainView::slotShortCutZoomIn()
-{
-    zoomAboutMiddle(zoomFlag::in);
-}
-
-void MainView::slotShortCutZoomOut()
-{
-    zoomAboutMiddle(zoomFlag::out);
-}
-
-void MainView::slotShortCutMovToBeg()
-{
-    if (m_gestures->canMoveTime()) {
-        waveGen->setViewStart(-beyondEnds);
-    }
-}
-
-void MainView::slotShortCutMovToEnd()
-{
-    if (m_gestures->canMoveTime()) {
-        const auto samples = double(waveGen->sampleCount());
-        waveGen->setViewStart(samples - waveGen->viewWidth() * waveGen->ratioSasPix() + beyondEnds);
-    }
 }

@@ -8,8 +8,6 @@
 #include <QVector>
 #include <QWidget>
 
-#include <functional>
-
 class AnalogArea;
 class DevBase;
 class EdgeJump;
@@ -19,12 +17,12 @@ class QAction;
 class QGraphicsScene;
 class QHBoxLayout;
 class QMouseEvent;
-class QShortcut;
 class RowColumn;
 class VoltageBoard;
 class WaveDataGen;
 class WaveGestures;
 class WaveView;
+struct WaveParts;
 
 /// The central widget: the column of channel sidebars and, beside it, the scene with the waves.
 ///
@@ -101,14 +99,6 @@ public slots:
     /// Counts the edges and pulses anew for all rows that ask for them.
     void slotPulseMeasureInfoChanged();
 
-    /// The sender is the shortcut of a marker's number.
-    void slotShortCutTimeMarker();
-
-    void slotShortCutZoomIn();
-    void slotShortCutZoomOut();
-    void slotShortCutMovToBeg();
-    void slotShortCutMovToEnd();
-
 signals:
     /// The key for a copy of the view was pressed, where nothing else takes it.
     void pictureWanted();
@@ -143,25 +133,21 @@ protected:
 
 private:
     void buildViews();
-    void buildKeys();
-    void buildMarkerKeys();
+    [[nodiscard]] WaveParts parts() const;
     void connectVoltages();
     void connectWaveView();
     void connectScrolling();
     void connectParts();
+    void connectKeys();
     void connectSidebar(ItemChnSidebar *sidebar);
-    void addShortcut(int key, void (MainView::*slot)());
-    QShortcut *addKey(int key, const std::function<void()> &act);
 
     void layoutRows();
     void setTimeWidth();
     /// Keeps the seen time span. @param oldWidth  logical pixels, as the generator's
     void setAnalogTimeWidth(int oldWidth);
     void rowsMoved();
-    [[nodiscard]] bool hasTransitions() const;
     /// Tab walks the sidebars from top to bottom, and then the scroll bar.
     void orderTabs(QVector<QWidget *> stops);
-    void zoomAboutMiddle(int flag);
     /// Counts anew what is asked about the pair, whose markers have changed.
     void refreshPulsesOfPair(int group);
 
@@ -176,7 +162,6 @@ private:
     PulsePointer *m_pulse;
     EdgeJump *m_edges;
     WaveGestures *m_gestures;
-    QVector<QShortcut *> shortcuts;
     bool pulseInfoDirty = false; ///< pulses are to be counted anew at the next refresh
     bool m_sized = false;        ///< the window has given this widget its size
 };

@@ -8,11 +8,8 @@
 #include "wave/MarkerChange.h"
 #include "wave/WaveDataGen.h"
 
-#include <QGraphicsScene>
-
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace {
 
@@ -24,7 +21,7 @@ constexpr int newMarkerWhole = 5;
 
 MarkerBoard::MarkerBoard(QGraphicsScene &scene, WaveDataGen &waveGen, QObject *parent)
     : QObject(parent),
-      m_scene(scene),
+      m_markers(scene),
       m_waveGen(waveGen),
       m_timeUnits{QStringLiteral("ps"), QStringLiteral("ns"), QStringLiteral("us"), QStringLiteral("ms"),
                   QStringLiteral("s")}
@@ -35,9 +32,7 @@ MarkerBoard::~MarkerBoard() = default; // the scene, a sibling, has the items
 void MarkerBoard::setArea(QSize area)
 {
     m_area = area;
-    for (CursorBody *marker : m_markers) {
-        marker->setColumnHeight(area.height());
-    }
+    m_markers.setColumnHeight(area.height());
 }
 
 TimeWindow MarkerBoard::window() const
@@ -50,20 +45,7 @@ bool MarkerBoard::hasSamples() const
     return m_waveGen.sampleCount() > 0;
 }
 
-// ---- the list
-
-QVector<ShownPair> MarkerBoard::shownPairs() const
-{
-    QVector<ShownPair> pairs;
-    for (int i = 0; i + 1 < m_markers.size(); i += 2) {
-        const CursorBody *first = m_markers[i];
-        const CursorBody *second = m_markers[i + 1];
-        if (first->isShown() && second->isShown()) {
-            pairs.append({first->id() / 2, first->name(), second->name(), first->samplePos, second->samplePos});
-        }
-    }
-    return pairs;
-}
+// ---- the pairs
 
 int MarkerBoard::indexOf(int id)
 {
@@ -71,53 +53,29 @@ int MarkerBoard::indexOf(int id)
         return -1;
     }
     const int firstId = MarkerTimes::firstOfPair(id);
-    const auto at = std::find_if(m_markers.cbegin(), m_markers.cend(),
-                                 [firstId](const CursorBody *marker) { return marker->id() >= firstId; });
-    const auto position = int(at - m_markers.cbegin());
-    if (at == m_markers.cend() || (*at)->id() != firstId) {
-        addPair(position, firstId);
-    }
-    return position + id - firstId;
+    const int position = m_markers.positionOf(firstId);
+    return (position < 0 ? addPair(firstId) : position) + id - firstId;
 }
 
-void MarkerBoard::addPair(int position, int firstId)
+int MarkerBoard::addPair(int firstId)
 {
-    for (const int offset : {0, 1}) {
-        auto *marker = new CursorBody(firstId + offset);
-        marker->setColumnHeight(m_area.height());
-        m_markers.insert(position + offset, marker);
-        m_scene.addItem(marker);
-    }
+    const int position = m_markers.add(firstId);
     emit timMarkPairChanged(markerChange::pairMade, firstId, QString(), QString());
     emit timeMarkBodyChanged(markerChange::state, firstId, int(MarkerState::off));
     emit timeMarkBodyChanged(markerChange::state, firstId + 1, int(MarkerState::off));
+    return position;
 }
 
 void MarkerBoard::removePair(int id)
 {
     const int firstId = MarkerTimes::firstOfPair(id);
-    const auto at = std::find_if(m_markers.cbegin(), m_markers.cend(),
-                                 [firstId](const CursorBody *marker) { return marker->id() == firstId; });
-    if (at == m_markers.cend()) {
+    const int position = m_markers.positionOf(firstId);
+    if (position < 0) {
         return;
     }
-    const auto position = int(at - m_markers.cbegin());
     emit timeMarkBodyChanged(markerChange::pairGone, position, -1);
-    delete m_markers.takeAt(position);
-    delete m_markers.takeAt(position);
+    m_markers.remove(position);
     emit pairChanged(firstId / 2);
-}
-
-void MarkerBoard::clear()
-{
-    qDeleteAll(std::exchange(m_markers, {}));
-}
-
-int MarkerBoard::firstIn(MarkerState state) const
-{
-    const auto found = std::find_if(m_markers.cbegin(), m_markers.cend(),
-                                    [state](const CursorBody *marker) { return marker->markerState() == state; });
-    return found == m_markers.cend() ? -1 : int(found - m_markers.cbegin());
 }
 
 // ---- requests
@@ -153,7 +111,7 @@ void MarkerBoard::pressButton(int id)
         return;
     }
     const int index = indexOf(id);
-    const int following = firstIn(MarkerState::following);
+    const int following = m_markers.firstIn(MarkerState::following);
     if (following >= 0) {
         setState(following, MarkerState::off);
     }
@@ -170,7 +128,7 @@ void MarkerBoard::pressButton(int id)
 void MarkerBoard::showPair(int id)
 {
     const int group = id / 2;
-    for (const ShownPair &pair : shownPairs()) {
+    for (const ShownPair &pair : m_markers.shown()) {
         if (pair.group == group) {
             const auto [from, to] = std::minmax(pair.firstSample, pair.secondSample);
             m_waveGen.zoomToRange(from, to);
@@ -185,7 +143,7 @@ void MarkerBoard::callByKey(int id, int x)
     if (!m_waveGen.isComplete()) {
         return;
     }
-    const int following = firstIn(MarkerState::following);
+    const int following = m_markers.firstIn(MarkerState::following);
     if (following >= 0) {
         setState(following, MarkerState::off);
     }
@@ -198,7 +156,7 @@ void MarkerBoard::callByKey(int id, int x)
 
 void MarkerBoard::setStateAt(int index, MarkerState state, int x)
 {
-    if (!has(index)) {
+    if (!m_markers.has(index)) {
         return;
     }
     showState(index, state);
@@ -209,7 +167,7 @@ void MarkerBoard::setStateAt(int index, MarkerState state, int x)
 
 void MarkerBoard::setState(int index, MarkerState state)
 {
-    if (!has(index)) {
+    if (!m_markers.has(index)) {
         return;
     }
     const bool wasShown = m_markers[index]->isShown();
@@ -223,7 +181,7 @@ void MarkerBoard::showState(int index, MarkerState state)
 {
     if (state == MarkerState::following) {
         emit pickedUp();
-        const int other = firstIn(MarkerState::following);
+        const int other = m_markers.firstIn(MarkerState::following);
         if (other >= 0 && other != index) {
             showState(other, MarkerState::placed);
         }
@@ -310,26 +268,18 @@ void MarkerBoard::tellTexts(int index)
 
 // ---- moves by key
 
-int MarkerBoard::touched() const
-{
-    const auto found = std::find_if(m_markers.cbegin(), m_markers.cend(), [this](const CursorBody *marker) {
-        return marker->id() == m_touched && marker->isShown();
-    });
-    return found == m_markers.cend() ? -1 : int(found - m_markers.cbegin());
-}
-
 void MarkerBoard::moveByKey(int step)
 {
-    const int index = touched();
-    if (has(index)) {
+    const int index = m_markers.shownWith(m_touched);
+    if (m_markers.has(index)) {
         moveTo(index, m_markers[index]->samplePos + step * std::max(1.0, std::floor(window().ratio)));
     }
 }
 
 void MarkerBoard::moveToEdge(int step, const QVector<int> &channels)
 {
-    const int index = touched();
-    if (!has(index)) {
+    const int index = m_markers.shownWith(m_touched);
+    if (!m_markers.has(index)) {
         return;
     }
     const int row = m_markers[index]->row;
@@ -371,25 +321,20 @@ void MarkerBoard::moveTo(int index, double sample)
 
 bool MarkerBoard::isGrabbable() const
 {
-    return firstIn(MarkerState::following) >= 0 || firstIn(MarkerState::hovered) >= 0;
+    return m_markers.firstIn(MarkerState::following) >= 0 || m_markers.firstIn(MarkerState::hovered) >= 0;
 }
 
 // ---- the pointer
 
 bool MarkerBoard::pointerMoved(QPoint point, int chn)
 {
-    const int following = firstIn(MarkerState::following);
+    const int following = m_markers.firstIn(MarkerState::following);
     if (following >= 0) {
         snap(following, point, chn);
         return true;
     }
-    int hit = -1;
-    for (int i = 0; i < m_markers.size() && hit < 0; ++i) {
-        if (m_markers[i]->isShown() && TimeMarkers::covers(point.x(), int(m_markers[i]->x()), screenScale())) {
-            hit = i;
-        }
-    }
-    const int hovered = firstIn(MarkerState::hovered);
+    const int hit = m_markers.at(point.x());
+    const int hovered = m_markers.firstIn(MarkerState::hovered);
     if (hovered >= 0 && hovered != hit) {
         setState(hovered, MarkerState::placed);
     }
@@ -401,7 +346,7 @@ bool MarkerBoard::pointerMoved(QPoint point, int chn)
 
 bool MarkerBoard::clicked(Qt::MouseButton button)
 {
-    const int following = firstIn(MarkerState::following);
+    const int following = m_markers.firstIn(MarkerState::following);
     if (following >= 0 && button == Qt::LeftButton) {
         setState(following, MarkerState::placed);
         return true;
@@ -411,7 +356,7 @@ bool MarkerBoard::clicked(Qt::MouseButton button)
         setState(following, MarkerState::off);
         return true;
     }
-    const int hovered = firstIn(MarkerState::hovered);
+    const int hovered = m_markers.firstIn(MarkerState::hovered);
     if (following < 0 && hovered >= 0 && button == Qt::LeftButton) {
         setState(hovered, MarkerState::following);
         return true;
@@ -421,5 +366,5 @@ bool MarkerBoard::clicked(Qt::MouseButton button)
 
 void MarkerBoard::pointerLeft()
 {
-    setState(firstIn(MarkerState::hovered), MarkerState::placed);
+    setState(m_markers.firstIn(MarkerState::hovered), MarkerState::placed);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "wave/MarkerPairs.h"
 #include "wave/TimeMarkers.h"
 
 #include <QObject>
@@ -7,18 +8,8 @@
 #include <QStringList>
 #include <QVector>
 
-class CursorBody;
 class QGraphicsScene;
 class WaveDataGen;
-
-/// A pair of timing markers that are both shown on the wave.
-struct ShownPair {
-    int group;           ///< 0 to 4, for the letters A to E
-    QString firstName;   ///< such as "A1"
-    QString secondName;  ///< such as "A2"
-    double firstSample;  ///< where the first stands; either may be the earlier
-    double secondSample; ///< where the second stands
-};
 
 /// What the list of pairs asks of the timing markers.
 enum class PairRequest { add, remove, marker, location };
@@ -26,9 +17,8 @@ enum class PairRequest { add, remove, marker, location };
 /// The timing markers of the waves: their pairs, states and places, and what pointer, keys, ruler and list of pairs do
 /// to them.
 ///
-/// Owns the items in the scene. It knows neither rows nor widgets: who calls tells the channel under the pointer. GUI
-/// thread, owned by the main view. `x` and points are device pixels of the waves; positions are those of the list,
-/// which is sorted by id.
+/// It knows neither rows nor widgets: who calls tells the channel under the pointer. GUI thread, owned by the main
+/// view. `x` and points are device pixels of the waves; positions are those of the list, which is sorted by id.
 class MarkerBoard : public QObject {
     Q_OBJECT
 public:
@@ -40,9 +30,9 @@ public:
     void setArea(QSize area);
 
     /// The pairs whose markers are both shown, in the order of their letters.
-    [[nodiscard]] QVector<ShownPair> shownPairs() const;
+    [[nodiscard]] QVector<ShownPair> shownPairs() const { return m_markers.shown(); }
     /// Forgets all pairs, without telling.
-    void clear();
+    void clear() { m_markers.clear(); }
     /// Puts all markers in the state `off`; the pairs stay.
     void takeOff();
     /// Brings every shown marker in line with the generator's window.
@@ -63,7 +53,7 @@ public:
     /// The same to the previous or next edge of the channel over which it was last held, or of any of `channels`.
     void moveToEdge(int step, const QVector<int> &channels);
 
-    [[nodiscard]] bool isFollowing() const { return firstIn(MarkerState::following) >= 0; }
+    [[nodiscard]] bool isFollowing() const { return m_markers.firstIn(MarkerState::following) >= 0; }
     /// True while a marker follows the pointer or lies under it.
     [[nodiscard]] bool isGrabbable() const;
     /// The pointer has moved over the waves, no button down.
@@ -86,28 +76,23 @@ signals:
 private:
     [[nodiscard]] TimeWindow window() const;
     [[nodiscard]] bool hasSamples() const;
-    [[nodiscard]] bool has(int index) const { return index >= 0 && index < m_markers.size(); }
     /// The position of the marker, whose pair is made if need be; -1 for a negative id.
     [[nodiscard]] int indexOf(int id);
-    void addPair(int position, int firstId);
+    /// @return its position
+    int addPair(int firstId);
     void removePair(int id);
     void pressButton(int id);
     void showPair(int id);
-    /// The position of the first marker in that state, -1 for none.
-    [[nodiscard]] int firstIn(MarkerState state) const;
     /// Only one marker follows the pointer: another one is put down.
     void showState(int index, MarkerState state);
     void place(int index);
     void snap(int index, QPoint point, int chn);
     void hasMoved(int index);
-    /// The position of the shown marker that was touched last, -1 for none.
-    [[nodiscard]] int touched() const;
     void moveTo(int index, double sample);
     void tellTexts(int index);
 
-    QGraphicsScene &m_scene;
+    MarkerPairs m_markers;
     WaveDataGen &m_waveGen;
-    QVector<CursorBody *> m_markers; ///< in pairs, by id
     QSize m_area;
     int m_touched = -1; ///< id of the marker that was called, picked up or moved last
     const QStringList m_timeUnits;

@@ -20,6 +20,7 @@ namespace {
 constexpr int leastUnit = 42; ///< pixels at 96 dpi, as the one below
 constexpr int mostUnit = 120;
 constexpr int analogUnits = 8; ///< height of the analog area in units of a row
+constexpr int rowsATurn = 4;   ///< of the rows below the view, which are made ready while nobody waits for them
 
 // z values of background and line: below all other items at rest, above them while dragged
 constexpr qreal restingBackground = 0;
@@ -40,6 +41,9 @@ RowColumn::RowColumn(QGraphicsScene &scene, const WaveDataGen &waveGen, QWidget 
     setFocusPolicy(Qt::NoFocus); // the rows are scrolled by the bar over the waves
     setFixedWidth(dp(ItemChnSidebar::columnWidth));
     setStyleSheet(QStringLiteral("QScrollArea{background-color:%1;border:0;}").arg(gGreys[7].name()));
+    m_showRest.setSingleShot(true);
+    connect(&m_showRest, &QTimer::timeout, this, [this] { showRest(rowsATurn); });
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { showRest(count()); });
     m_frame->setObjectName(QStringLiteral("sidebarFrame"));
     m_frame->setStyleSheet(QStringLiteral("#sidebarFrame{background-color:%1;border:0;}").arg(gGreys[7].name()));
 }
@@ -149,12 +153,44 @@ void RowColumn::placeRow(int chn)
     const int top = m_layout.tops[row];
     const QSize size(m_waveWidth, m_layout.heights[row]);
     m_sidebars[chn]->setGeometry(0, top, dp(ItemChnSidebar::columnWidth), size.height());
-    m_sidebars[chn]->setVisible(size.height() > 0); // what has no place must not take the focus
+    showRow(chn);
     m_backgrounds[chn]->setSize(size);
     m_backgrounds[chn]->setPos(0, top);
     m_lines[chn]->setSize(size);
     m_lines[chn]->setPos(0, top);
     m_lines[chn]->update(); // the line is new even where the row stays
+}
+
+bool RowColumn::isBelowView(int top) const
+{
+    return top >= verticalScrollBar()->value() + height();
+}
+
+void RowColumn::showRow(int chn)
+{
+    ItemChnSidebar &sidebar = *m_sidebars[chn];
+    const auto row = std::size_t(sidebar.row());
+    const bool hasPlace = m_layout.heights[row] > 0;
+    if (hasPlace && sidebar.isHidden() && isVisible() && isBelowView(m_layout.tops[row])) {
+        m_showRest.start();
+    } else {
+        sidebar.setVisible(hasPlace); // what has no place must not take the focus
+    }
+}
+
+void RowColumn::showRest(int most)
+{
+    m_showRest.stop();
+    for (int chn = 0; chn < int(m_chns.size()); ++chn) {
+        const bool waits = m_sidebars[chn]->isHidden() && placeOf(chn).height() > 0;
+        if (waits && most-- == 0) {
+            m_showRest.start();
+            return;
+        }
+        if (waits) {
+            m_sidebars[chn]->show();
+        }
+    }
 }
 
 QRect RowColumn::placeOf(int chn) const

@@ -10,6 +10,7 @@
 #include <QRegion>
 #include <QScrollArea>
 #include <QStringList>
+#include <QTimer>
 #include <QVector>
 
 #include <vector>
@@ -87,6 +88,13 @@ private:
     void addRow(int chn);
     void fillRow(int chn, int row, int multiplier);
     void placeRow(int chn);
+    /// Shows a row that has a place; one below the visible part on one of the loop's next turns, since a row that is
+    /// shown for the first time is many widgets to be dressed.
+    void showRow(int chn);
+    /// At most so many of the rows that wait for that.
+    void showRest(int most);
+    /// @param top  of a row, pixels of the column
+    [[nodiscard]] bool isBelowView(int top) const;
     [[nodiscard]] std::vector<ChannelRow> channelRows() const;
     void dragRow(int offsetY);
     void dropRow(int offsetY);
@@ -117,6 +125,7 @@ private:
         int trigger;
     };
     std::vector<Arranged> m_beforeReset; ///< by channel; empty when there is nothing to take back
+    QTimer m_showRest;                   ///< runs while rows wait to be shown
     RowDrag m_drag;                      ///< layout and order follow it at each step
     int m_dragScroll = 0;                ///< scroll position at the press
 };

@@ -48,7 +48,7 @@ SensitivityMenu::~SensitivityMenu()
 
 QLineEdit *SensitivityMenu::makeField(QWidget *box)
 {
-    static const QRegularExpression pattern(QStringLiteral("[0][.][0-9]+$"));
+    static const QRegularExpression pattern(QStringLiteral("[0][.,][0-9]+$"));
     auto *field = new QLineEdit(box);
     field->setObjectName(QStringLiteral("sense"));
     field->setFixedSize(dp(fieldWidth), dp(fieldHeight));
@@ -74,7 +74,7 @@ void SensitivityMenu::abandon()
 
 QString SensitivityMenu::sensitivity() const
 {
-    return senseEdit->text();
+    return senseEdit->text().replace(QLatin1Char(','), QLatin1Char('.')); // as it is stored
 }
 
 bool SensitivityMenu::giveFocusAway()

@@ -15,6 +15,7 @@ public:
     void ask(const QString &sensitivity, QPoint place);
     /// Closes the menu; what was being typed is forgotten.
     void abandon();
+    /// What was typed, with a point for a comma.
     [[nodiscard]] QString sensitivity() const;
     /// The field has the focus and gives it away, which ends the edit once more.
     [[nodiscard]] bool giveFocusAway();

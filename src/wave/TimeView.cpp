@@ -41,6 +41,25 @@ int besideFlags(const QRect &label, std::span<const QRect> flags, int gap)
     return left;
 }
 
+std::vector<std::optional<int>> labelsBesideFlags(std::span<const QRect> labels, std::span<const QRect> flags, int gap)
+{
+    std::vector<std::optional<int>> places(labels.size());
+    std::vector<QRect> taken;
+    for (std::size_t i = labels.size(); i-- > 0;) { // who is moved to the right finds the others there already
+        const QRect &label = labels[i];
+        const QRect place(QPoint(besideFlags(label, flags, gap), label.top()), label.size());
+        const bool isMoved = place.left() != label.left();
+        if (isMoved && std::any_of(taken.begin(), taken.end(), [&](const QRect &other) {
+                return other.intersects(place.adjusted(-gap, 0, gap, 0));
+            })) {
+            continue;
+        }
+        places[i] = place.left();
+        taken.push_back(place);
+    }
+    return places;
+}
+
 TimeView::TimeView(const WaveDataGen *waveGen, QWidget *parent)
     : QWidget(parent), m_waveGen(waveGen), m_pointer(new PointerTag(this))
 {
@@ -64,14 +83,22 @@ void TimeView::paintEvent(QPaintEvent *)
         const int ascent = metrics.tightBoundingRect(QStringLiteral("0")).height();
         return QRect(baseline.x(), baseline.y() - ascent, metrics.horizontalAdvance(text), ascent);
     };
+    const auto ticks = m_waveGen->timeTicks();
+    std::vector<RulerMark> marks;
+    std::vector<QRect> labels;
+    for (const TimeTick &tick : ticks) {
+        marks.push_back(rulerMark(tick, gDpi, height()));
+        labels.push_back(labelRect(marks.back().text, QString::fromLatin1(tick.text)));
+    }
+    const std::vector<std::optional<int>> places = labelsBesideFlags(labels, flags, dp(2));
     m_lines.clear();
-    for (const TimeTick &tick : m_waveGen->timeTicks()) {
-        const RulerMark mark = rulerMark(tick, gDpi, height());
-        const QString text = QString::fromLatin1(tick.text);
-        painter.setPen(QPen(tick.kind == tickKind::base ? gGreys[2] : gGreys[0], uiScale()));
-        painter.drawText(besideFlags(labelRect(mark.text, text), flags, dp(2)), mark.text.y(), text);
-        if (!mark.line.isNull()) {
-            m_lines.append(mark.line);
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        if (places[i]) {
+            painter.setPen(QPen(ticks[i].kind == tickKind::base ? gGreys[2] : gGreys[0], uiScale()));
+            painter.drawText(*places[i], marks[i].text.y(), QString::fromLatin1(ticks[i].text));
+        }
+        if (!marks[i].line.isNull()) {
+            m_lines.append(marks[i].line);
         }
     }
     painter.setPen(QPen(gGreys[0], uiScale()));
@@ -157,6 +184,7 @@ void TimeView::removePair(int position)
     }
     for (int i = 0; i < 2; ++i) {
         CursorHandle *handle = handles.takeAt(position);
+        handle->disconnect(this); // the pointer that rests on it leaves it now, which would make the pair anew
         handle->hide();
         handle->deleteLater(); // the click that removes it may have come through it
     }

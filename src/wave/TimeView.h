@@ -9,6 +9,7 @@
 #include <QVector>
 #include <QWidget>
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -29,6 +30,13 @@ struct RulerMark {
 /// cover it.
 /// @param flags  from left to right
 [[nodiscard]] int besideFlags(const QRect &label, std::span<const QRect> flags, int gap);
+
+/// The same for all labels of a ruler: none is moved to where another one stands, but is left out instead.
+/// @param labels  from left to right; a label at the very left may come last
+/// @return for each where it begins; none for one that is left out
+/// Cost: follows the square of the labels' number.
+[[nodiscard]] std::vector<std::optional<int>> labelsBesideFlags(std::span<const QRect> labels,
+                                                                std::span<const QRect> flags, int gap);
 
 /// The ruler above the waves: paints the ticks of the generator's newest frame and carries the flags of the timing
 /// markers, which can be picked up, moved and put down there as in the waves.

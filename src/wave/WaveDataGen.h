@@ -1,31 +1,27 @@
 #pragma once
 
 #include "store/SmpData.h"
-#include "wave/AnalogMeasurer.h"
+#include "wave/AnalogReadings.h"
+#include "wave/FrameMaker.h"
+#include "wave/RulerMetrics.h"
 #include "wave/TimeAxis.h"
 #include "wave/TimeTicks.h"
 #include "wave/ViewHistory.h"
 #include "wave/WaveFrame.h"
 
-#include <QFont>
-#include <QStringList>
+#include <QString>
 #include <QThread>
-#include <QVector>
 
-#include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <span>
 
 /// The view's time window, and the lines that the items draw: computed once a frame, in place.
 ///
 /// Pixels are logical: device pixels / uiScale(). One object for the life of the program, on the main thread, with a
-/// worker thread of its own for animated zooms. The GUI and the worker never share a buffer: the worker computes whole
-/// frames (window, lines, ticks) and hands them over; the GUI takes the newest one on its own thread before
-/// sigViewRefresh. A call on the main thread that changes the window computes its frame at once and makes what the
-/// worker may still be computing void. An animation that is under way then goes on from the new window with the frames
-/// that it has left, unless the call ends in a settle, which takes the animation's place.
+/// worker thread of its own for animated zooms, whose work is FrameMaker's. A call on the main thread that changes the
+/// window computes its frame at once and makes what the worker may still be computing void. An animation that is under
+/// way then goes on from the new window with the frames that it has left, unless the call ends in a settle, which takes
+/// the animation's place. The worker's newest frame is taken on the main thread before sigViewRefresh.
 class WaveDataGen : public QThread {
     Q_OBJECT
 public:
@@ -43,7 +39,7 @@ public:
     [[nodiscard]] double viewStart() const;   ///< sample position of logical pixel 0 of the frame that is shown
     [[nodiscard]] int viewWidth() const;      ///< logical pixels
     /// The capture that is shown; null while the device object is being replaced. To be read under a SmpReadLock.
-    [[nodiscard]] const SmpData *source() const { return m_input.source; }
+    [[nodiscard]] const SmpData *source() const { return m_maker.source(); }
     [[nodiscard]] std::int64_t sampleCount() const; ///< of the source, 0 unless it is complete
     [[nodiscard]] bool isComplete() const;          ///< the source is complete, be it empty
 
@@ -60,8 +56,9 @@ public:
 
     /// Computes the lines and ticks of the present window anew. Emits nothing.
     void updateLines();
-    /// A capture or a file has delivered data: places the window by `viewState`. The analog channels are measured on a
-    /// thread of its own; until sigParameterRefreshAch their texts are those of the capture before.
+    /// A capture or a file has delivered data: places the window by `viewState`. Ends an animation, which was of the
+    /// capture before. The analog channels are measured on a thread of its own; until sigParameterRefreshAch their
+    /// texts are those of the capture before.
     void dataReady();
     /// The whole capture fills the view.
     void zoomFit();
@@ -120,80 +117,22 @@ protected:
     void run() override;
 
 private:
-    enum class AnimMode { zoomIn, zoomOut, settle };
-
-    /// What the worker is asked for: the latest request is what its next round sees.
-    struct Animation {
-        AnimMode mode = AnimMode::zoomIn;
-        int steps = 0;             ///< frames still to produce; the worker sleeps while it is below 1
-        int done = 0;              ///< frames produced since `base`; 0 takes the present window as base
-        int focusX = 0;            ///< logical pixel held still during a zoom
-        TimeWindow base;           ///< window that the zoom's frames are reckoned from
-        std::uint64_t request = 0; ///< raised by every request
-    };
-
-    /// A frame that the worker makes without the lock, and what tells whether it is still wanted.
-    struct FrameJob {
-        WaveInput input;
-        Animation animation;
-        std::uint64_t generation = 0;
-    };
-
-    using Lock = std::unique_lock<std::mutex>;
-    using Clock = std::chrono::steady_clock;
-
-    // main thread
     [[nodiscard]] const TimeWindow &window() const { return m_front.window(); }
     void showWindow(const TimeWindow &window);
     void refresh(const TimeWindow &window);
     void leave(ViewHistory::Step step) { m_history.leave(window(), step); }
-    void settle();
-    void animate(AnimMode mode, int x);
-    void zoomAt(AnimMode mode, int x);
+    void zoomAt(bool in, int x);
     void placeCapture();
-    void measureAnalog();
-    void takeAChnTexts();
     void updateMetrics();
     void takeFrame();
-    void resizeFrames();
-    void dropFrames();
 
-    // worker
-    void request(AnimMode mode, int steps, int focusX);
-    [[nodiscard]] bool waitForSettle(Lock &lock);
-    [[nodiscard]] bool waitForAck(Lock &lock);
-    void produceFrame(Lock &lock);
-    void publish(const FrameJob &job, bool atLimit);
-    void pace(Lock &lock, Clock::time_point begun);
-    [[nodiscard]] TimeAxis::Settled settled(Lock &lock);
-
-    WaveFrame m_front; ///< main thread: what the items draw
+    WaveFrame m_front; ///< what the items draw
     ViewHistory m_history;
-    QStringList m_aChnParamTexts;
-    QVector<int> m_aChnProbes;
+    RulerMetrics m_metrics;
     std::int64_t m_lastTriggerPos = 0; ///< of the capture that was placed last
     bool m_placementDue = false;       ///< a capture came while the view had no columns
-    QFont m_metricsFont;               ///< that m_input.metrics are of
-    int m_metricsDpi = 0;
-
-    mutable std::mutex m_mutex;         ///< guards all below; never held while computing, emitting or calling out
-    std::condition_variable m_wake;     ///< for the worker: a request, an acknowledgement, the end
-    std::condition_variable m_released; ///< for the main thread: m_computing has become false
-    bool m_quitting = false;
-    bool m_computing = false;  ///< the worker reads the source and writes m_back
-    bool m_frameAck = false;   ///< the last frame has been painted
-    bool m_clampToData = true; ///< the window is pulled back into the data after a change
-    int m_width = 0;           ///< written by the main thread only
-    WaveInput m_input;         ///< source written by the main thread only; window: of the newest frame
-    Animation m_animation;
-    std::uint64_t m_generation = 0; ///< raised by what makes a frame in the making void
-    WaveFrame m_back;               ///< the worker's, while m_computing
-    WaveFrame m_ready;              ///< handed over, not yet taken
-    bool m_hasReady = false;        ///< m_ready is newer than what is shown
-    bool m_refreshDue = false;      ///< frameReady is under way
-    bool m_decRefreshDue = false;
-
-    AnalogMeasurer m_measurer; ///< last: it ends before what it reports to
+    FrameMaker m_maker;                ///< the worker's part
+    AnalogReadings m_readings;
 };
 
 /// The one generator, for items and panels. Set by the constructor, cleared by the destructor.

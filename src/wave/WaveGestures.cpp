@@ -98,6 +98,7 @@ void WaveGestures::move(const QMouseEvent &event)
     m_dragged = true;
     if (m_banding && event.buttons() == Qt::LeftButton) {
         dragBand(event.x());
+        tellPointer(event.pos());
     } else if (isOverEdge(event.pos())) {
         pointAt(event.pos());
     } else if (event.buttons() == Qt::NoButton) {

@@ -21,6 +21,13 @@ void fillStep(AnalogDesk &desk, int samples)
         capture().channels(16, 2).pulses(0, {samples / 2}));
 }
 
+/// A volt up and a volt down from sample to sample, on both analog channels.
+void fillAlternating(AnalogDesk &desk, int samples)
+{
+    desk.fill(
+        samples, [](int, int sample) { return sample % 2 == 0 ? 25 : -26; }, capture().channels(16, 2));
+}
+
 int brightness(QRgb pixel)
 {
     return qGray(pixel);
@@ -30,6 +37,16 @@ int brightness(QRgb pixel)
 bool isTraceAt(const QImage &picture, int x, int y)
 {
     return x >= 0 && x < picture.width() && y >= 0 && y < picture.height() && brightness(picture.pixel(x, y)) > 0xb8;
+}
+
+/// The same at most two rows above or below.
+bool isTraceNear(const QImage &picture, int x, int y)
+{
+    bool found = false;
+    for (int d = -2; d <= 2; ++d) {
+        found = found || isTraceAt(picture, x, y + d);
+    }
+    return found;
 }
 
 } // namespace
@@ -54,6 +71,8 @@ private slots:
     void aSampleStandsAboveItsDigitalEdge();
     void theTraceEndsWhereTheDigitalOneEnds();
     void aValueStandsAtItsHeightAboveTheZeroLevel();
+    void belowASampleAColumnStraightStrokesJoinTheSamples();
+    void aboveASampleAColumnAFastSignalAliases();
     void aReversedTraceIsMirroredAtOnce();
     void aChannelThatIsOffIsNotDrawn();
     void aTraceBeyondTheAreaDoesNotCrossTheRows();
@@ -184,6 +203,7 @@ void TstAnalogArea::theGridHasTenDivisionsAndALineAtEachTick()
     for (int i = 1; i <= 9; ++i) {
         const int y = int(i * (desk.height() / s) * 0.1) * s + s / 2;
         QVERIFY2(dotsInRow(y) > dp(900) / 4, qPrintable(QString::number(i)));
+        QVERIFY(dotsInRow(y) < dp(900) * 3 / 4);      // with gaps between them
         QVERIFY(dotsInRow(y - 2 * s) < dp(900) / 10); // the vertical lines alone
     }
     QVERIFY(desk.gen.timeTicks().size() > 3);
@@ -282,6 +302,43 @@ void TstAnalogArea::aValueStandsAtItsHeightAboveTheZeroLevel()
     }
 }
 
+void TstAnalogArea::belowASampleAColumnStraightStrokesJoinTheSamples()
+{
+    AnalogDesk desk;
+    desk.part<QCheckBox>(1, "enable")->click();
+    fillAlternating(desk, 1000);
+    desk.gen.setViewStart(0);
+    desk.gen.setRatioKeepStart(0.05); // a sample each 20 columns
+    const QImage picture = desk.picture();
+    const int zero = desk.area().zeroY(0);
+    const int step = mixedHeight / 10; // a volt
+    for (int sample = 1; sample < 20; ++sample) {
+        const int x = sample * 20;
+        const int y = sample % 2 == 0 ? zero - step : zero + step;
+        QVERIFY(isTraceNear(picture, x, y));
+        QVERIFY(isTraceNear(picture, x + 10, zero));
+        QVERIFY(!isTraceNear(picture, x, zero));
+        QVERIFY(!isTraceNear(picture, x + 10, y));
+    }
+}
+
+void TstAnalogArea::aboveASampleAColumnAFastSignalAliases()
+{
+    AnalogDesk desk;
+    desk.part<QCheckBox>(1, "enable")->click();
+    fillAlternating(desk, desk.gen.viewWidth() * 2);
+    QCOMPARE(desk.gen.ratioSasPix(), 2.0);
+    const QImage picture = desk.picture();
+    const int zero = desk.area().zeroY(0);
+    const int step = mixedHeight / 10;
+    // Of two samples, one up and one down, a column takes the first.
+    for (int x = 3; x < 980; x += 7) {
+        QVERIFY(isTraceNear(picture, x, zero - step));
+        QVERIFY(!isTraceNear(picture, x, zero));
+        QVERIFY(!isTraceNear(picture, x, zero + step));
+    }
+}
+
 void TstAnalogArea::aReversedTraceIsMirroredAtOnce()
 {
     AnalogDesk desk;
@@ -289,8 +346,12 @@ void TstAnalogArea::aReversedTraceIsMirroredAtOnce()
     desk.fill(
         1000, [](int, int) { return 25; }, capture().channels(16, 2));
     AnalogDesk::clickOn(desk.part<QWidget>(0, "setting"));
+    QSignalSpy repainted(desk.waves->scene(), &QGraphicsScene::changed);
+    QCoreApplication::processEvents(); // of the capture
+    repainted.clear();
     desk.part<QCheckBox>("reverse")->click();
     QVERIFY(gDev->aChnReverse.at(0));
+    QTRY_VERIFY(!repainted.isEmpty());
     const int y = int(desk.area().zeroY(0) + 1000.0 * mixedHeight / 10'000);
     const QImage picture = desk.picture();
     QVERIFY(isTraceAt(picture, 500, y));

@@ -61,6 +61,7 @@ private slots:
     void withoutATriggerItsControlsAndItsFlagAreOff();
     void anEmptySensitivityReadsAsAHalf();
     void aSensitivityIsTakenByEnterAndClosesTheMenu();
+    void aCommaIsTheDecimalPointOfASensitivity();
     void onlyASensitivityBelowOneCanBeTyped();
     void theWheelChangesNoFieldThatHasNotTheFocus();
 
@@ -396,6 +397,14 @@ void TstAnalogControls::aSensitivityIsTakenByEnterAndClosesTheMenu()
     desk.part<MenuDialog>("trigExtend")->close();
 }
 
+void TstAnalogControls::aCommaIsTheDecimalPointOfASensitivity()
+{
+    const AnalogDesk desk;
+    AnalogDesk::clickOn(desk.part<QWidget>("trigSetting"));
+    AnalogDesk::type(desk.part<QLineEdit>("sense"), QStringLiteral("0,25"));
+    QCOMPARE(storedOfDevice("ATrigSenstivity"), QStringLiteral("0.25"));
+}
+
 void TstAnalogControls::onlyASensitivityBelowOneCanBeTyped()
 {
     const AnalogDesk desk;
@@ -484,6 +493,7 @@ void TstAnalogControls::aRefusedPositionIsToldOnceAndTheDevicesIsShown()
     QTest::keyClicks(field, text);
     QTest::keyClick(field, Qt::Key_Return);
     QCOMPARE(closer.seen.count, 1);
+    QCOMPARE(closer.seen.title, QStringLiteral("An error occurred"));
     QCOMPARE(closer.seen.text, positionError);
     QCOMPARE(closer.seen.icon, QMessageBox::Warning);
     QCOMPARE(closer.seen.button, QStringLiteral("Close"));

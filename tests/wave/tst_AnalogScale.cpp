@@ -47,6 +47,8 @@ private slots:
     void steepStrokesFromColumnToColumnAreBars_data();
     void steepStrokesFromColumnToColumnAreBars();
     void aGentleStrokeBetweenColumnsStaysALine();
+    void noBarLeavesTheArea_data();
+    void noBarLeavesTheArea();
     void barsReachFromPointToPointWithoutAGap();
 };
 
@@ -185,13 +187,16 @@ void TstAnalogScale::aSinglePointAndAFullScaleOfZeroDrawNothing()
 
 void TstAnalogScale::aStrokeThatLeavesTheAreaIsCutOnItsWay()
 {
-    // 50 V where 0.5 V fill the area: at a tenth of the way the stroke has gone 10 heights.
-    const auto up = strokes({{0, 0.0}, {100, 50'000.0}}, {0, 500, false, height});
-    QCOMPARE(up[0], QLineF(0, 0, 1, -height));
-    const auto down = strokes({{0, -50'000.0}, {100, 0.0}}, {0, 500, false, height});
-    QCOMPARE(down[0], QLineF(98, 2 * height, 100, 0));
-    const auto outside = strokes({{0, 50'000.0}, {100, 40'000.0}}, {0, 500, false, height});
-    QCOMPARE(outside[0], QLineF(0, -height, 100, -height));
+    // 50 V where 0.5 V fill the area, 500 rows: 500 rows a column.
+    const TraceScale scale{250, 500, false, height};
+    const auto up = strokes({{0, 0.0}, {100, 50'000.0}}, scale);
+    QCOMPARE(up[0], QLineF(0, 250, 0.5, 0));
+    const auto down = strokes({{0, -49'751.0}, {100, 249.0}}, scale);
+    QCOMPARE(down[0], QLineF(99.004, height - 1, 100, 1));
+    const auto across = strokes({{0, 25'000.0}, {100, -25'000.0}}, scale);
+    QCOMPARE(across[0], QLineF(49.5, 0, 50.498, height - 1));
+    QVERIFY(strokes({{0, 50'000.0}, {100, 40'000.0}}, scale).empty());
+    QVERIFY(strokes({{0, -50'000.0}, {100, -40'000.0}}, scale).empty());
 }
 
 void TstAnalogScale::strokesBesideTheExposedColumnsAreLeftOut()
@@ -228,6 +233,33 @@ void TstAnalogScale::aGentleStrokeBetweenColumnsStaysALine()
     const auto all = allStrokes({{10, 0.0}, {11, 320.0}, {12, 0.0}}, {250, tenVolts, false, height});
     QCOMPARE(all.lines.size(), std::size_t(2));
     QVERIFY(all.bars.empty());
+}
+
+void TstAnalogScale::noBarLeavesTheArea_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96") << 96;
+    QTest::newRow("192") << 192;
+}
+
+void TstAnalogScale::noBarLeavesTheArea()
+{
+    QFETCH(int, dpi);
+    const int s = dpi / 96;
+    std::vector<SmpAChnPoint> points;
+    for (int x = 0; x < 200; ++x) {
+        points.push_back({x, double(x * 7919 % 9001) * 4 - 18'000.0});
+    }
+    const auto all = allStrokes(points, {250 * s, tenVolts, false, height * s}, dpi);
+    QVERIFY(all.bars.size() > 100);
+    for (const QRect &bar : all.bars) {
+        QVERIFY(bar.top() >= -s / 2);
+        QVERIFY(bar.bottom() < height * s);
+    }
+    for (const QLineF &line : all.lines) {
+        QVERIFY(std::min(line.y1(), line.y2()) >= 0);
+        QVERIFY(std::max(line.y1(), line.y2()) <= height * s - 1);
+    }
 }
 
 void TstAnalogScale::barsReachFromPointToPointWithoutAGap()

@@ -113,6 +113,7 @@ private slots:
     void aReleaseEitherPicksUpOrPutsDown();
     void ofAFollowingAndAHoveredFlagTheFirstOneDecides();
     void aFlagThatWasPutDownIsHoveredAgainByTheNextMove();
+    void aPairThatGoesFromUnderThePointerDoesNotComeBack();
     void withoutAFlagTheMouseDoesNothing();
 };
 
@@ -397,6 +398,19 @@ void TstCursorHandle::aFlagThatWasPutDownIsHoveredAgainByTheNextMove()
     QCOMPARE(ruler.stateOf(0), MarkerState::placed);
     ruler.move(101, 25);
     QCOMPARE(ruler.stateOf(0), MarkerState::hovered);
+}
+
+void TstCursorHandle::aPairThatGoesFromUnderThePointerDoesNotComeBack()
+{
+    Ruler ruler;
+    QVERIFY(ruler.shown);
+    ruler.state(0, 3);
+    ruler.place(0, 100);
+    ruler.move(100, 25);
+    QCOMPARE(ruler.stateOf(0), MarkerState::hovered);
+    ruler.view.slotMainViewMarkerChanged(9, 0, -1); // by a key
+    ruler.move(300, 25);
+    QCOMPARE(ruler.ids(), QVector<int>());
 }
 
 void TstCursorHandle::withoutAFlagTheMouseDoesNothing()

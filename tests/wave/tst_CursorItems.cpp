@@ -1,6 +1,7 @@
 #include "controls/Look.h"
 #include "wave/CursorBody.h"
 #include "wave/CursorMarker.h"
+#include "wave/ItemWaveArrow.h"
 #include "wave/NextEdge.h"
 
 #include <QPainter>
@@ -124,6 +125,7 @@ void TstCursorItems::aMarkerLiesOverTheWavesAndBelowTheArrow()
 {
     QCOMPARE(CursorBody(0).zValue(), 1.0);
     QCOMPARE(CursorMarker(0).zValue(), 2.0);
+    QCOMPARE(ItemWaveArrow().zValue(), 2.0);
     QCOMPARE(NextEdge().zValue(), 3.0);
 }
 

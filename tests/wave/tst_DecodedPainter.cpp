@@ -183,6 +183,7 @@ private slots:
     void aTextScrollsAwayWithItsFrame();
     void withoutDecodersNothingIsPainted();
     void touchingWallsAreOneRectangle();
+    void aBoxWiderThanTheRowIsCutTenPixelsBeyondBothEnds();
 };
 
 void TstDecodedPainter::init()
@@ -333,6 +334,18 @@ void TstDecodedPainter::touchingWallsAreOneRectangle()
     QVERIFY(shapes.insides.empty());
     boxes[50].x1 = 40;
     QCOMPARE(apartFromBegin(boxes), std::size_t(50));
+}
+
+void TstDecodedPainter::aBoxWiderThanTheRowIsCutTenPixelsBeyondBothEnds()
+{
+    const std::vector<DecodedBubble> boxes{{-5'000'000'000, 5'000'000'000, {}, 0}};
+    BubbleShapes shapes;
+    bubbleShapes(boxes, 300, 0, 299, PixelScale{96}, cornerCuts(PixelScale{96}), shapes);
+    QCOMPARE(shapes.lids, (std::vector<QRect>{QRect(-10, 0, 321, 1), QRect(-10, 14, 321, 1)}));
+    QCOMPARE(shapes.walls, (std::vector<QRect>{QRect(-10, 1, 1, 13), QRect(310, 1, 1, 13)}));
+    QCOMPARE(shapes.insides, std::vector<QRect>{QRect(-9, 1, 319, 13)});
+    bubbleShapes(boxes, 600, 0, 599, PixelScale{192}, cornerCuts(PixelScale{192}), shapes);
+    QCOMPARE(shapes.insides, std::vector<QRect>{QRect(-19, 2, 638, 26)});
 }
 
 LUX_GUI_TEST(TstDecodedPainter)

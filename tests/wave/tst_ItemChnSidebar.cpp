@@ -39,6 +39,7 @@ private slots:
     void colourRepeatsAfterTheLastOfTheTable();
     void theWidthIsFixed();
     void theNumberIsBlackAtTheRightOfItsColumn();
+    void theNumberTakesNoTextDocument();
     void twoDigitsFitTheNumbersColumn_data();
     void twoDigitsFitTheNumbersColumn();
     void theControlsStandAtTheirStatedPlaces_data();
@@ -144,6 +145,13 @@ void TstItemChnSidebar::theNumberIsBlackAtTheRightOfItsColumn()
     }
     QVERIFY(darkest < 20);
     QVERIFY(right > 12);
+}
+
+void TstItemChnSidebar::theNumberTakesNoTextDocument()
+{
+    const ItemChnSidebar sidebar(3, 3, 1, nullptr);
+    sidebar.handle()->ensurePolished();
+    QCOMPARE(sidebar.handle()->children().size(), 0); // of 32 rows they would be seen when the model is changed
 }
 
 void TstItemChnSidebar::twoDigitsFitTheNumbersColumn_data()

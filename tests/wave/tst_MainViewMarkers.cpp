@@ -26,8 +26,10 @@ private slots:
     void aRightClickTakesTheMarkerOffAndDoesNotZoom();
     void theMiddleButtonLeavesAFollowingMarker();
     void aDragPansAndDoesNotPutTheMarkerDown();
+    void aDragThatEndsOverAMarkerNeitherZoomsNorPicksItUp();
     void thePointerBrightensAMarkerOneStrokeAround_data();
     void thePointerBrightensAMarkerOneStrokeAround();
+    void aMarkerThatIsOffStaysOffUnderThePointer();
     void onlyOneOfTwoNeighboursIsBright();
     void aClickPicksUpTheMarkerUnderThePointerAndDoesNotPutItDownAtOnce();
     void aRightClickOnAMarkerZoomsOut();
@@ -229,6 +231,23 @@ void TstMainViewMarkers::aDragPansAndDoesNotPutTheMarkerDown()
     QVERIFY(desk.zooms.isEmpty());
 }
 
+void TstMainViewMarkers::aDragThatEndsOverAMarkerNeitherZoomsNorPicksItUp()
+{
+    MarkerDesk desk;
+    desk.load(squareWave());
+    desk.gen.zoomSetRatio(0.1);
+    desk.put(0, 250);
+    desk.move(251, quietY);
+    QCOMPARE(desk.state(0), MarkerState::hovered);
+    desk.press(251, quietY);
+    desk.move(301, quietY);
+    desk.view.refreshWave();
+    QCOMPARE(desk.x(0), 300); // it has come along
+    desk.release(301, quietY);
+    QCOMPARE(desk.state(0), MarkerState::hovered);
+    QVERIFY(desk.zooms.isEmpty());
+}
+
 void TstMainViewMarkers::thePointerBrightensAMarkerOneStrokeAround_data()
 {
     QTest::addColumn<int>("dpi");
@@ -254,6 +273,19 @@ void TstMainViewMarkers::thePointerBrightensAMarkerOneStrokeAround()
         QCOMPARE(desk.state(0), over ? MarkerState::hovered : MarkerState::placed);
         QCOMPARE(desk.flag(0)->markerState(), desk.state(0));
     }
+}
+
+void TstMainViewMarkers::aMarkerThatIsOffStaysOffUnderThePointer()
+{
+    MarkerDesk desk;
+    desk.load(squareWave());
+    desk.move(250, quietY);
+    desk.key(Qt::Key_1);
+    desk.click(250, quietY, Qt::RightButton);
+    desk.move(400, quietY);
+    desk.move(250, quietY);
+    QCOMPARE(desk.x(0), 250); // where it was
+    QCOMPARE(desk.state(0), MarkerState::off);
 }
 
 void TstMainViewMarkers::onlyOneOfTwoNeighboursIsBright()

@@ -141,6 +141,9 @@ private slots:
     void aReleaseOutsideTheWindowEndsTheDrag();
     void anotherModelDuringADragLeavesItsOwnOrder();
     void anotherModelKeepsTheRowsThatItHasAsWell();
+    void rowsBelowTheViewAreShownOnTheNextTurns();
+    void rowsThatWaitAreShownAtOnceWhenTheColumnIsScrolled();
+    void rowsThatGoWhileTheyWaitAreForgotten();
     void rowsThatAreKeptShowWhatIsStored();
     void aResetCanBeTakenBackOnce();
     void aWindowHiddenDuringADragEndsIt();
@@ -341,6 +344,45 @@ void TstMainViewRows::anotherModelKeepsTheRowsThatItHasAsWell()
     rows.replaceDevice(thirtyTwoChannelModel);
     QCOMPARE(&rows.sidebar(7), kept.data());
     QCOMPARE(rows.items<ItemWaveLine>().size(), 32);
+}
+
+void TstMainViewRows::rowsBelowTheViewAreShownOnTheNextTurns()
+{
+    Rows rows(eightChannelModel);
+    rows.replaceDevice(thirtyTwoChannelModel); // rows of 42, the last in view is 19
+    for (int chn = 0; chn < 32; ++chn) {
+        QCOMPARE(rows.sidebar(chn).isVisible(), chn < 20);
+    }
+    QTRY_VERIFY(rows.sidebar(31).isVisible());
+    for (int chn = 20; chn < 31; ++chn) {
+        QVERIFY(rows.sidebar(chn).isVisible());
+    }
+}
+
+void TstMainViewRows::rowsThatWaitAreShownAtOnceWhenTheColumnIsScrolled()
+{
+    Rows rows(eightChannelModel);
+    rows.replaceDevice(thirtyTwoChannelModel);
+    rows.disable({30});
+    QVERIFY(!rows.sidebar(31).isVisible());
+    rows.column()->setRange(0, 31 * 42 - 800); // as the loop's next turn would set it
+    rows.column()->setValue(rows.column()->maximum());
+    QVERIFY(rows.sidebar(31).isVisible());
+    QVERIFY(!rows.sidebar(30).isVisible());
+}
+
+void TstMainViewRows::rowsThatGoWhileTheyWaitAreForgotten()
+{
+    Rows rows(eightChannelModel);
+    rows.replaceDevice(thirtyTwoChannelModel);
+    rows.replaceDevice(eightChannelModel);
+    QCoreApplication::processEvents();
+    QVERIFY(rows.sidebar(7).isVisible());
+    rows.replaceDevice(thirtyTwoChannelModel);
+    gDev->chnEnable.fill(false);
+    rows.view.slotChnEnaChanged();
+    QCoreApplication::processEvents();
+    QVERIFY(!rows.sidebar(31).isVisible());
 }
 
 void TstMainViewRows::rowsThatAreKeptShowWhatIsStored()

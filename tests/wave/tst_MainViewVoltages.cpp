@@ -155,6 +155,9 @@ void TstMainViewVoltages::overTheRowsTheMarkerStaysAndAClickZooms()
     QCOMPARE(desk.line(0).position, 100);
     QCOMPARE(desk.lineState(0), MarkerState::following);
     QCOMPARE(desk.zooms.size(), 1);
+    desk.click(300, row, Qt::RightButton);
+    QCOMPARE(desk.lineState(0), MarkerState::following);
+    QCOMPARE(desk.zooms.size(), 2);
 }
 
 void TstMainViewVoltages::aDragPansAndDoesNotLayTheMarkerDown()

@@ -1,9 +1,13 @@
 #include "controls/Look.h"
+#include "wave/CursorHandle.h"
+#include "wave/MarkerChange.h"
 #include "wave/TimeView.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"
 
 #include <QtTest>
+
+#include <algorithm>
 
 class TstTimeView : public QObject {
     Q_OBJECT
@@ -17,6 +21,8 @@ private slots:
     void aRelativeTickIsShorterAndItsLabelLower();
     void labelsAtTheLeftEndAreNotCut();
     void aLabelGivesWayToTheFlagsThatWouldCoverIt();
+    void aLabelIsLeftOutWhereItWouldBeMovedOntoAnother();
+    void noLabelIsPaintedBelowAFlag();
     void onAScaledScreenTicksStandOnScaledColumns();
     void eachTickIsPaintedAtItsColumn_data();
     void eachTickIsPaintedAtItsColumn();
@@ -33,6 +39,26 @@ TimeTick tick(int x, int kind)
 bool isLit(const QImage &image, int x, int y)
 {
     return image.pixelColor(x, y) == gGreys[0];
+}
+
+/// The ruler alone, without the flags that stand in it.
+QImage paintedBelowFlags(TimeView &ruler)
+{
+    QImage image(ruler.size(), QImage::Format_RGB32);
+    ruler.render(&image, {}, {}, QWidget::RenderFlags());
+    return image;
+}
+
+/// Pixels of that part that are no ground.
+int inked(const QImage &image, const QRect &part)
+{
+    int count = 0;
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+        for (int x = part.left(); x <= part.right(); ++x) {
+            count += image.pixelColor(x, y) != gGreys[8] ? 1 : 0;
+        }
+    }
+    return count;
 }
 
 } // namespace
@@ -85,6 +111,49 @@ void TstTimeView::aLabelGivesWayToTheFlagsThatWouldCoverIt()
     QCOMPARE(besideFlags(label, std::span(flags).first(1), 2), 110);
     QCOMPARE(besideFlags(label, flags, 2), 122);
     QCOMPARE(besideFlags(QRect(96, 6, 30, 10), flags, 2), 96); // above the flags
+}
+
+void TstTimeView::aLabelIsLeftOutWhereItWouldBeMovedOntoAnother()
+{
+    using Places = std::vector<std::optional<int>>;
+    const std::vector<QRect> labels{QRect(10, 20, 30, 8), QRect(60, 20, 30, 8), QRect(110, 20, 30, 8)};
+    QCOMPARE(labelsBesideFlags(labels, {}, 2), (Places{10, 60, 110}));
+    const std::vector<QRect> flags{QRect(65, 19, 15, 17), QRect(105, 19, 15, 17)};
+    // Behind the first flag there is no room before the second, and behind that stands the last label.
+    QCOMPARE(labelsBesideFlags(labels, flags, 2), (Places{10, std::nullopt, 122}));
+    QCOMPARE(labelsBesideFlags(labels, std::span(flags).first(1), 2), (Places{10, std::nullopt, 110})); // 82 to 112
+    const std::vector<QRect> apart{labels[0], labels[1], QRect(200, 20, 30, 8)};
+    QCOMPARE(labelsBesideFlags(apart, flags, 2), (Places{10, 122, 200}));
+    // Without a flag nothing is left out, however close.
+    const std::vector<QRect> close{QRect(10, 20, 30, 8), QRect(30, 20, 30, 8)};
+    QCOMPARE(labelsBesideFlags(close, flags, 2), (Places{10, 30}));
+}
+
+void TstTimeView::noLabelIsPaintedBelowAFlag()
+{
+    const auto data = capture().samples(500).build();
+    WaveDataGen gen;
+    gen.setDataSource(data.get());
+    gen.setViewWidth(500);
+    gen.zoomFit();
+    TimeView ruler(&gen);
+    ruler.resize(500, dp(36));
+    const auto ticks = gen.timeTicks();
+    const auto tick = std::find_if(ticks.begin(), ticks.end(),
+                                   [](const TimeTick &each) { return each.kind == tickKind::relative && each.x > 50; });
+    QVERIFY(tick != ticks.end());
+    ruler.slotMainViewMarkerChanged(markerChange::state, 0, int(MarkerState::placed));
+    ruler.slotMainViewMarkerChanged(markerChange::place, 0, 5);
+    const auto flags = ruler.findChildren<CursorHandle *>();
+    const auto flag =
+        std::find_if(flags.begin(), flags.end(), [](const CursorHandle *each) { return each->id() == 0; });
+    const int baseline = rulerMark(*tick, gDpi, ruler.height()).text.y();
+    const auto room = [&] { return QRect((*flag)->x(), baseline - 7, (*flag)->width(), 7).translated(tick->x - 5, 0); };
+    const QRect covered = room();
+    QVERIFY(inked(paintedBelowFlags(ruler), covered) > 0); // its label stands there
+    ruler.slotMainViewMarkerChanged(markerChange::place, 0, tick->x);
+    QCOMPARE((*flag)->x(), covered.x());
+    QCOMPARE(inked(paintedBelowFlags(ruler), covered), 0);
 }
 
 void TstTimeView::onAScaledScreenTicksStandOnScaledColumns()

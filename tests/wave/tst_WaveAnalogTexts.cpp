@@ -50,6 +50,7 @@ private slots:
     void theTextsStayUntilTheNextOnesAreThere();
     void aChannelThatIsNoWaveHasNoText();
     void anotherSourceDropsWhatIsUnderWay();
+    void valuesOfASourceThatHasGoneDoNotComeLater();
     void ofCapturesInQuickSuccessionTheNewestIsShown();
     void aCaptureInProgressGivesNoTexts();
     void aCaptureMayBeginWhileTheLastOneIsMeasured();
@@ -115,6 +116,19 @@ void TstWaveAnalogTexts::anotherSourceDropsWhatIsUnderWay()
     QCOMPARE(view.gen.aChnParamText(0), QString());
     view.gen.dataReady(); // nothing to measure: told at once
     QCOMPARE(view.texts.size(), 2);
+}
+
+void TstWaveAnalogTexts::valuesOfASourceThatHasGoneDoNotComeLater()
+{
+    const auto data = captureOf(triangle(60), triangle(60));
+    TextViewer view(data.get());
+    view.gen.dataReady();
+    view.gen.setDataSource(nullptr);
+    TextViewer later(data.get());
+    later.gen.dataReady();
+    QTRY_VERIFY_WITH_TIMEOUT(!later.texts.isEmpty(), 30000); // by then the first ones would be there
+    QVERIFY(view.texts.isEmpty());
+    QCOMPARE(view.gen.aChnParamText(0), QString());
 }
 
 void TstWaveAnalogTexts::ofCapturesInQuickSuccessionTheNewestIsShown()

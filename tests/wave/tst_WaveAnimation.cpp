@@ -1,13 +1,14 @@
 #include "settings/Globals.h"
+#include "support/Tokens.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"
 #include "wave/WaveViewer.h"
 
+#include <QElapsedTimer>
 #include <QtTest>
 
 #include <atomic>
 #include <cmath>
-#include <semaphore>
 #include <thread>
 
 namespace {
@@ -49,6 +50,8 @@ private slots:
     void aZoomInHalvesTheRatioInSevenFrames();
     void aZoomOutDoublesTheRatioInSevenFrames();
     void eachFrameIsTheSeventhRootOfTwo();
+    void framesComeNoFasterThanThirtyMilliseconds();
+    void anOvershootIsSeenForATenthOfASecond();
     void aZoomInEndsEarlyAtTheDeepestRatio();
     void aZoomOutPastTheCaptureSpringsBack();
     void eachFrameAfterTheFirstWaitsForTheOneBefore();
@@ -66,6 +69,7 @@ private slots:
     void aFrameOfTheFormerSourceThatIsUnderWayIsDropped();
     void aSourceMayBeDeletedAsSoonAsItIsReplaced();
     void dataThatVanishDuringTheOvershootMakeTheRatioZero();
+    void anAnimationOfTheFormerCaptureDoesNotGoOnInTheNextOne();
     void aWriterMayReplaceTheCaptureDuringAnimations();
     void manyCallsDuringAnimationsLeaveASettledView();
     void destroyingTheGeneratorEndsItsWorker_data();
@@ -117,6 +121,31 @@ void TstWaveAnimation::eachFrameIsTheSeventhRootOfTwo()
     for (std::size_t i = 0; i < view.ratios.size(); ++i) {
         QVERIFY(isNear(view.ratios[i], 8.0 / std::pow(2.0, double(i + 1) / 7.0)));
     }
+}
+
+void TstWaveAnimation::framesComeNoFasterThanThirtyMilliseconds()
+{
+    const auto data = capture().samples(8000).build();
+    WaveViewer view(data.get());
+    showAll(view);
+    QElapsedTimer timer;
+    timer.start();
+    view.gen.zoomInAt(500);
+    QTRY_VERIFY_WITH_TIMEOUT(!view.gen.isAnimating(), 30000);
+    QVERIFY(timer.elapsed() >= 6 * 30); // a busy machine takes longer
+}
+
+void TstWaveAnimation::anOvershootIsSeenForATenthOfASecond()
+{
+    const auto data = capture().samples(8000).build();
+    WaveViewer view(data.get());
+    view.gen.setRatioKeepStart(2.0);
+    QElapsedTimer timer;
+    timer.start();
+    view.gen.setViewStart(-1000.0);
+    QTRY_VERIFY_WITH_TIMEOUT(!view.gen.isAnimating(), 30000);
+    QCOMPARE(view.gen.viewStart(), 0.0);
+    QVERIFY(timer.elapsed() >= 100);
 }
 
 void TstWaveAnimation::aZoomInEndsEarlyAtTheDeepestRatio()
@@ -334,7 +363,7 @@ void TstWaveAnimation::aFrameOfTheFormerSourceThatIsUnderWayIsDropped()
     const auto other = capture().samples(500).build();
     WaveViewer view(data.get());
     showAll(view);
-    std::binary_semaphore handedOver{0};
+    Tokens handedOver;
     connect(
         &view.gen, &WaveDataGen::frameReady, &view.gen, [&handedOver] { handedOver.release(); }, Qt::DirectConnection);
     view.acknowledging = false;
@@ -378,6 +407,22 @@ void TstWaveAnimation::dataThatVanishDuringTheOvershootMakeTheRatioZero()
     capture().samples(8000).fill(*data);
     view.gen.dataReady();
     QCOMPARE(view.gen.ratioSasPix(), 8.0);
+}
+
+void TstWaveAnimation::anAnimationOfTheFormerCaptureDoesNotGoOnInTheNextOne()
+{
+    const auto data = capture().samples(8000).build();
+    WaveViewer view(data.get());
+    showAll(view);
+    view.gen.zoomInAt(500);
+    QVERIFY(showFirstFrame(view)); // a capture begins: nothing is shown, nor acknowledged
+    capture().samples(4000).fill(*data);
+    viewState = 1;
+    view.gen.dataReady();
+    goOn(view);
+    QTRY_VERIFY(!view.gen.isAnimating());
+    QCOMPARE(view.gen.ratioSasPix(), 4.0);
+    QCOMPARE(view.gen.viewStart(), 0.0);
 }
 
 void TstWaveAnimation::aWriterMayReplaceTheCaptureDuringAnimations()

@@ -5,12 +5,14 @@
 #include "wave/MarkerDesk.h"
 #include "wave/PointerTag.h"
 
+#include <QScrollBar>
 #include <QWheelEvent>
 #include <QtTest>
 
 namespace {
 
 constexpr int viewWidth = 1000; ///< of a desk's waves, pixels
+constexpr int thirtyTwoChannelModel = 9;
 
 /// 100,000 samples in a view of 1,000 pixels at ten samples a pixel, from sample 20,000 on.
 void showMiddle(MarkerDesk &desk)
@@ -61,8 +63,11 @@ private slots:
     void aClickBelowTheLastRowZoomsNothing();
     void thePointerShowsWhatCanBeDone();
     void theRulerTellsTimeAndSampleUnderThePointer();
+    void theRulerTellsThemWhileAZoomIsMarked();
+    void aViewWithoutACaptureSaysHowToBegin_data();
     void aViewWithoutACaptureSaysHowToBegin();
     void aFileOfFlatLinesInViewIsShownWhole();
+    void aTransitionInARowOutOfViewDoesNotCount();
     void aFileWhoseViewShowsATransitionStaysInPlace();
 };
 
@@ -271,14 +276,35 @@ void TstWaveGestures::theRulerTellsTimeAndSampleUnderThePointer()
     QVERIFY(tag->isHidden());
 }
 
-void TstWaveGestures::aViewWithoutACaptureSaysHowToBegin()
+void TstWaveGestures::theRulerTellsThemWhileAZoomIsMarked()
 {
     MarkerDesk desk;
+    desk.load(squareWave().trigger(400));
+    const auto *tag = desk.ruler.findChild<PointerTag *>();
+    desk.move(300, quietY);
+    pressWithControl(desk, 300, quietY);
+    desk.move(450, quietY);
+    QCOMPARE(tag->text(), QStringLiteral("50us  [50]"));
+    QVERIFY(tag->x() > 450);
+    desk.release(450, quietY);
+}
+
+void TstWaveGestures::aViewWithoutACaptureSaysHowToBegin_data()
+{
+    QTest::addColumn<int>("model");
+    QTest::newRow("digital") << 0;
+    QTest::newRow("analog") << 97;
+}
+
+void TstWaveGestures::aViewWithoutACaptureSaysHowToBegin()
+{
+    QFETCH(int, model);
+    MarkerDesk desk(model);
     const QImage empty = desk.waves->grab().toImage();
     QVERIFY(!desk.waves->hint().isEmpty());
     desk.waves->hint = nullptr;
     QVERIFY(desk.waves->grab().toImage() != empty); // it is seen
-    MarkerDesk full;
+    MarkerDesk full(model);
     full.load(squareWave());
     QVERIFY(full.waves->hint().isEmpty());
 }
@@ -291,6 +317,20 @@ void TstWaveGestures::aFileOfFlatLinesInViewIsShownWhole()
     desk.gen.setViewStart(500.0);
     desk.view.showAllIfFlat();
     QCOMPARE(desk.gen.viewStart(), 0.0);
+    QCOMPARE(desk.gen.ratioSasPix(), 100.0);
+}
+
+void TstWaveGestures::aTransitionInARowOutOfViewDoesNotCount()
+{
+    MarkerDesk desk(thirtyTwoChannelModel);
+    desk.load(capture().channels(32).samples(100000).pulses(31, {500}));
+    desk.gen.zoomSetRatio(1.0);
+    desk.gen.setViewStart(0.0);
+    desk.waves->verticalScrollBar()->setValue(32 * 42);
+    desk.view.showAllIfFlat();
+    QCOMPARE(desk.gen.ratioSasPix(), 1.0); // its row is in view
+    desk.waves->verticalScrollBar()->setValue(0);
+    desk.view.showAllIfFlat();
     QCOMPARE(desk.gen.ratioSasPix(), 100.0);
 }
 

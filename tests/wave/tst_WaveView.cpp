@@ -185,6 +185,7 @@ void TstWaveView::theSceneLiesAtTheTopLeftWithoutNativeScrollBars()
     QVERIFY(!shown.view.horizontalScrollBar()->isVisible());
     QCOMPARE(shown.view.viewport()->size(), shown.view.size());
     QVERIFY(!shown.view.acceptDrops());
+    QCOMPARE(shown.view.styleSheet(), QStringLiteral("QGraphicsView{background-color:#2f2f2f;border:0;}"));
 }
 
 QTEST_MAIN(TstWaveView)
