@@ -2,6 +2,7 @@
 
 #include "analyzer/AnalyzerManager.h"
 #include "analyzer/DisplayFormat.h"
+#include "analyzer/LeftBehind.h"
 #include "analyzer/ResultsGate.h"
 #include "settings/PostedCall.h"
 
@@ -62,7 +63,7 @@ void AnalyzerDataGen::startWorker()
 void AnalyzerDataGen::request(const std::function<void(ListWorker::Requests &)> &write)
 {
     if (m_worker->reader()->isLost()) {
-        m_thread.detach();
+        LeftBehind::leave(m_thread);
         startWorker();
         m_worker->request([this](ListWorker::Requests &requests) {
             requests.rowNumRequest = true;
@@ -89,6 +90,7 @@ void AnalyzerDataGen::reset(const ResultList::Query &query, Clicked clicked)
     ++m_lastReset;
     request([&](ListWorker::Requests &requests) {
         requests.resetRequest = true;
+        requests.keepsPlace = clicked == Clicked::Keep;
         requests.scrollRequest = false;
         requests.query = query;
         requests.sources = std::move(sources);

@@ -10,6 +10,7 @@
 #include <vector>
 
 class AnalyzerProgMng;
+class AnalyzerResults;
 class ResultsReader;
 class SmpLease;
 struct SmpEdgeRoot;
@@ -33,8 +34,10 @@ struct LostReader {
 struct AnalyzerItem : AnalyzerLib {
     QString format; ///< a DisplayBase value in decimal
     bool showInList = true;
-    QString fault;                      ///< why it is out of use until it is restarted; empty if it is not
-    int restarts = 0;                   ///< runs that it asked for itself, since it was started
+    QString fault;          ///< why it is out of use until it is restarted; empty if it is not
+    quint64 lingering = 0;  ///< its last worker among LingeringWorkers: it runs when that one has left; 0 for none
+    bool runsLater = false; ///< then
+    int restarts = 0;       ///< runs that it asked for itself, since it was started
     std::unique_ptr<Analyzer> analyzer; ///< never null
     std::vector<LostReader> readers;    ///< of its results, or of those of an analyzer that was here before
     // While a worker runs:
@@ -47,6 +50,17 @@ struct AnalyzerItem : AnalyzerLib {
     AnalyzerItem &operator=(AnalyzerItem &&) noexcept;
     ~AnalyzerItem();
 
+    /// The analyzer's own, or the plug-in's where it tells none.
+    [[nodiscard]] QString name() const;
+    /// What the user should know about its last run, as AnalyzerList tells it.
+    [[nodiscard]] QString message() const;
+    /// Null when the analyzer has none.
+    [[nodiscard]] AnalyzerResults *results() const;
+    /// What the texts of its results threw, for the user; empty for nothing.
+    [[nodiscard]] QString textFault() const;
     /// A lost reader is still inside of the results that the analyzer has now.
     [[nodiscard]] bool isRead() const;
+    /// A lost reader has been in some results of this item for too long.
+    /// @param stuckIn  results of whom that is known
+    [[nodiscard]] bool isHeldFast(const std::vector<const AnalyzerResults *> &stuckIn) const;
 };

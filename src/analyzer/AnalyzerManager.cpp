@@ -1,49 +1,38 @@
 #include "analyzer/AnalyzerManager.h"
 
-#include "analyzer/AbsentAnalyzer.h"
 #include "analyzer/AnalyzerProgMng.h"
-#include "analyzer/LingeringWorker.h"
+#include "analyzer/DisplayFormat.h"
 #include "analyzer/PluginCall.h"
-#include "settings/Language.h"
 #include "settings/PostedCall.h"
-#include "store/SmpData.h"
-#include "store/SmpLease.h"
-
-#include <QDeadlineTimer>
-#include <QThread>
 
 #include <algorithm>
+#include <corvanlux/analyzer/AnalyzerResults.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
-#include <iterator>
 #include <utility>
 
 namespace {
 
-constexpr int patience = 50;           // ms, that the main thread waits for a worker
-constexpr unsigned long lastStep = 10; // ms, the same when there is no event loop any more
-constexpr int lingerStep = 50;         // ms, between two looks at those that did not leave
-constexpr int watchStep = 500;         // ms, between two looks at the readers of results
-constexpr int defaultFormat = 2;       // hexadecimal
-constexpr int mostRestarts = 100;      // that a decoder may ask for; one that never has enough would run for ever
+constexpr int watchStep = 500; // ms, between two looks at the readers of results
 
 } // namespace
 
 AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, const QString &guardFolder,
                                  QObject *parent)
     : QObject(parent),
-      m_host(std::move(host)),
-      m_guard(guardFolder),
+      AnalyzerList(std::move(host), folders, guardFolder),
       m_simulation([this](const QString &name, const QString &what) {
-          postCall(this, [this, name, what] { tell(name, what); });
-      })
+          postCall(this, [this, name, what] { m_faults.tell(name, what); });
+      }),
+      m_maker(libraries, m_faults),
+      m_runs({items, m_maker, m_faults, m_gate})
 {
-    PluginFolder::Scan scan = PluginFolder::scan(folders, m_guard);
-    libraries = std::move(scan.libraries);
-    m_refusals = std::move(scan.refusals);
-    m_lingerTimer.setInterval(lingerStep);
-    qRegisterMetaType<AnalyzerProgMng *>();
-    qRegisterMetaType<Analyzer *>();
-    connect(&m_lingerTimer, &QTimer::timeout, this, &AnalyzerManager::lookAfterLingering);
+    // Queued: no receiver may change the list under a walk.
+    connect(&m_faults, &FaultTeller::told, this, &AnalyzerManager::analyzerFailed, Qt::QueuedConnection);
+    connect(&m_maker, &AnalyzerMaker::workerEnded, this, &AnalyzerManager::slotStopWorkThread);
+    connect(&m_runs, &AnalyzerRuns::modifyPrepared, this, &AnalyzerManager::modifyPrepared);
+    connect(&m_runs, &AnalyzerRuns::begins, &m_watchTimer, qOverload<>(&QTimer::start));
+    connect(&m_runs, &AnalyzerRuns::started, this, &AnalyzerManager::analyzerStarted);
+    connect(&m_runs, &AnalyzerRuns::ended, this, &AnalyzerManager::analyzerDecodedChanged);
     m_watchTimer.setInterval(watchStep);
     connect(&m_watchTimer, &QTimer::timeout, this, &AnalyzerManager::lookAfterReaders);
 }
@@ -55,85 +44,42 @@ AnalyzerManager::~AnalyzerManager()
         const ResultsChange change(m_gate); // takes its pass if it must
         exportThread.reset();
     }
-    for (AnalyzerItem &item : items) {
-        item.progMng->askToStop(); // all at once
-    }
-    const QDeadlineTimer until(patience); // of all
-    for (AnalyzerItem &item : items) {
-        if (item.progMng->waitParked(int(until.remainingTime()))) {
-            dropItem(item);
-        } else {
-            m_lingering.push_back(std::make_unique<LingeringWorker>(QString(), std::move(item)));
-        }
-    }
-    for (lookAfterLingering(); !m_lingering.empty(); lookAfterLingering()) {
-        QThread::msleep(lastStep);
-    }
-    leaveCapture();
-    for (AnalyzerItem &item : m_read) {
-        if (item.isRead()) {
-            keepForEver(std::move(item));
-        }
-    }
-}
-
-void AnalyzerManager::leaveCapture()
-{
-    if (m_capture == nullptr || (m_lingering.empty() && m_heldForEver.empty())) {
-        return;
-    }
-    m_capture->leaveBehind();
-    m_heldForEver.clear();
-    for (const auto &worker : m_lingering) {
-        worker->item.capture.reset();
-    }
+    m_runs.endAll();
 }
 
 // ---- the capture
 
 void AnalyzerManager::setCapture(SmpData *capture, std::uint32_t deviceCode)
 {
-    stopAllWorkers();
-    if (capture != m_capture) {
-        leaveCapture();
-    }
-    m_capture = capture;
-    deviceView = std::make_shared<CaptureView>();
-    DeviceCollection &device = deviceView->device;
-    device.deviceCode = deviceCode;
-    const SmpReadLock lock(capture);
-    if (lock) {
-        const std::span<const SmpEdgeRoot *const> roots = capture->chnRoots();
-        deviceView->roots.assign(roots.begin(), roots.end());
-        device.chnRoots = deviceView->roots.data();
-        device.smpCount = capture->smpCount();
-        device.smpFrequ = capture->smpFrequ();
-        device.trgPos = capture->trgPos();
-        device.chnCount = capture->chnCount;
-    }
+    m_runs.setCapture(capture, deviceCode);
 }
 
 void AnalyzerManager::captureReady()
 {
-    setCapture(m_capture, deviceView->device.deviceCode);
-    const ResultsChange change = prepareModify();
-    for (AnalyzerItem &item : items) {
-        if (item.fault.isEmpty()) {
-            run(item, false);
+    m_runs.takeCapture();
+    const ResultsChange change = m_runs.prepareModify();
+    std::vector<const Analyzer *> all;
+    for (const AnalyzerItem &item : items) {
+        all.push_back(item.analyzer.get());
+    }
+    for (const Analyzer *analyzer : all) {
+        AnalyzerItem *item = itemOf(analyzer); // who heard of the last one's start may have changed the list
+        if (item != nullptr && item->fault.isEmpty()) {
+            m_runs.run(*item, false);
         }
     }
 }
 
 void AnalyzerManager::captureStarts()
 {
-    stopAllWorkers();
-    leaveCapture();
-    const ResultsChange change = prepareModify();
+    m_runs.stopAll();
+    m_runs.leaveCapture();
+    const ResultsChange change = m_runs.prepareModify();
     for (AnalyzerItem &item : items) {
-        (void)leaveResults(item);
+        m_runs.leaveResults(item);
         const QString fault = pluginFault([&item] { item.analyzer->SetupResults(); });
         if (!fault.isEmpty()) {
-            fail(item, fault);
+            m_faults.fail(item, fault);
         }
     }
     tellSimulation();
@@ -141,349 +87,104 @@ void AnalyzerManager::captureStarts()
 
 // ---- runs
 
-ResultsChange AnalyzerManager::prepareModify()
-{
-    emit modifyPrepared();
-    return ResultsChange(m_gate);
-}
-
-void AnalyzerManager::run(AnalyzerItem &item, bool again)
-{
-    if (!item.progMng->isIdle() && !endWorker(item)) {
-        return;
-    }
-    const bool isOther = leaveResults(item);
-    item.restarts = again ? item.restarts + 1 : 0;
-    // A writer of whom nobody told this manager: its thread waits until the workers have left.
-    const auto writerCame = [this] { QMetaObject::invokeMethod(this, "leaveToWriter", Qt::QueuedConnection); };
-    item.capture = std::make_unique<SmpLease>(m_capture, writerCame);
-    if (!*item.capture) {
-        item.capture.reset();
-        return;
-    }
-    m_watchTimer.start();
-    item.view = deviceView;
-    const QString fault = pluginFault([&] {
-        if (!again || isOther) {
-            item.analyzer->Init(&item.view->device, nullptr, item.progMng.get());
-        }
-        item.analyzer->SetupResults();
-        item.analyzer->InitialWorkerThread();
-        item.analyzer->StartProcessing();
-    });
-    if (!fault.isEmpty()) {
-        fail(item, fault);
-    }
-    if (item.progMng->isIdle()) {
-        letGo(item); // it started no worker
-        return;
-    }
-    emit analyzerStarted();
-}
-
-void AnalyzerManager::letGo(AnalyzerItem &item)
-{
-    item.progMng->letGo();
-    item.capture.reset();
-    item.view.reset();
-}
-
 void AnalyzerManager::startAnalyzer(int index)
 {
-    AnalyzerItem &item = items[std::size_t(index)];
-    item.fault.clear();
-    run(item, false);
+    m_runs.start(items[std::size_t(index)]);
 }
 
 void AnalyzerManager::restartAnalyzer(int index)
 {
+    const Analyzer *analyzer = analyzerAt(index);
     saveToConfig();
-    const QString head = nameOf(items[std::size_t(index)]) + QLatin1Char('\n');
-    for (auto words = m_told.begin(); words != m_told.end();) {
-        words = words->startsWith(head) ? m_told.erase(words) : std::next(words); // a new try may fail anew
+    AnalyzerItem *item = itemOf(analyzer); // who heard of it may have changed the list
+    if (item == nullptr) {
+        return;
     }
-    const ResultsChange change = prepareModify();
-    startAnalyzer(index);
-}
-
-bool AnalyzerManager::endWorker(AnalyzerItem &item)
-{
-    return endWorker(item, QDeadlineTimer(patience));
-}
-
-bool AnalyzerManager::endWorker(AnalyzerItem &item, const QDeadlineTimer &until)
-{
-    item.progMng->askToStop();
-    if (!item.progMng->waitParked(int(until.remainingTime()))) {
-        takeOut(item);
-        return false;
-    }
-    letGo(item);
-    return true;
-}
-
-AnalyzerItem AnalyzerManager::exchange(AnalyzerItem &item)
-{
-    const QByteArray settings = settingsText(item).toLatin1();
-    const QString name = nameOf(item);
-    const AnalyzerLib lib = item;
-    std::unique_ptr<Analyzer> analyzer = newAnalyzer(lib);
-    if (!analyzer) {
-        analyzer = std::make_unique<AbsentAnalyzer>(name.toUtf8(), settings);
-    }
-    AnalyzerItem fresh = makeItem(lib, std::move(analyzer));
-    fresh.format = item.format;
-    fresh.showInList = item.showInList;
-    fresh.fault = item.fault;
-    fresh.readers = item.readers;
-    (void)pluginFault([&] { fresh.analyzer->GetAnalyzerSettings()->LoadText(settings.constData()); });
-    return std::exchange(item, std::move(fresh));
-}
-
-void AnalyzerManager::takeOut(AnalyzerItem &item)
-{
-    const ResultsChange change = prepareModify(); // its results go some time after the item has others
-    const QString name = nameOf(item);
-    m_lingering.push_back(std::make_unique<LingeringWorker>(name, exchange(item)));
-    m_lingerTimer.start();
-    fail(item, ::tr("The decoder does not stop. It is out of use until it is started again."));
-}
-
-void AnalyzerManager::lookAfterLingering()
-{
-    for (auto worker = m_lingering.begin(); worker != m_lingering.end();) {
-        const LingeringWorker::State state = (*worker)->look();
-        if (state == LingeringWorker::State::Waiting) {
-            ++worker;
-            continue;
-        }
-        if (state == LingeringWorker::State::LeftBehind) {
-            if ((*worker)->item.capture) {
-                m_heldForEver.push_back(std::move((*worker)->item.capture));
-            }
-            tell((*worker)->name, ::tr("The decoder could not be ended. It is left running until the program ends."));
-        }
-        worker = m_lingering.erase(worker);
-    }
-    if (m_lingering.empty()) {
-        m_lingerTimer.stop();
-    }
+    m_faults.forget(item->name()); // a new try may fail anew
+    const ResultsChange change = m_runs.prepareModify();
+    m_runs.start(*item);
 }
 
 void AnalyzerManager::stopWorker(int index)
 {
-    endWorker(items[std::size_t(index)]);
+    m_runs.stop(items[std::size_t(index)]);
 }
 
 void AnalyzerManager::stopAllWorkers()
 {
-    for (AnalyzerItem &item : items) {
-        if (!item.progMng->isIdle()) {
-            item.progMng->askToStop(); // all at once
-        }
-    }
-    const QDeadlineTimer until(patience); // of all
-    for (AnalyzerItem &item : items) {
-        endWorker(item, until);
-    }
-}
-
-void AnalyzerManager::leaveToWriter()
-{
-    const QDeadlineTimer until(patience); // of all
-    for (AnalyzerItem &item : items) {
-        if (item.capture && item.capture->writerWaits()) {
-            endWorker(item, until);
-        }
-    }
-}
-
-bool AnalyzerManager::isWorkerRunning(int index) const
-{
-    return !items[std::size_t(index)].progMng->isIdle();
-}
-
-AnalyzerItem *AnalyzerManager::itemOf(const AnalyzerProgMng *progMng)
-{
-    const auto same = [progMng](const AnalyzerItem &item) { return item.progMng.get() == progMng; };
-    const auto found = std::find_if(items.begin(), items.end(), same);
-    return found != items.end() ? &*found : nullptr;
+    m_runs.stopAll();
 }
 
 void AnalyzerManager::slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anly)
 {
-    AnalyzerItem *item = itemOf(progMng);
-    if (item == nullptr || item->analyzer.get() != anly || !progMng->isParked()) {
-        return; // stopped, replaced or run anew since it was sent
-    }
-    letGo(*item);
-    if (anly->GetDecodeStatus() == DecodeStatus::Failed) {
-        tell(nameOf(*item), message(int(item - items.data()))); // the next capture may be to its liking
-    }
-    bool again = false;
-    const QString fault = pluginFault([&] { again = anly->NeedsRestart(); });
-    if (!fault.isEmpty()) {
-        fail(*item, fault);
-    } else if (again && item->restarts >= mostRestarts) {
-        fail(*item, ::tr("The decoder does not stop. It is out of use until it is started again."));
-    } else if (again) {
-        const ResultsChange change = prepareModify();
-        run(*item, true);
-    }
-    emit analyzerDecodedChanged();
-}
-
-void AnalyzerManager::fail(AnalyzerItem &item, const QString &what)
-{
-    item.fault = what;
-    tell(nameOf(item), what);
-}
-
-void AnalyzerManager::tell(const QString &name, const QString &what)
-{
-    const QString key = name + QLatin1Char('\n') + what;
-    if (m_told.contains(key)) {
-        return;
-    }
-    m_told.insert(key);
-    postCall(this, [this, name, what] { emit analyzerFailed(name, what); });
+    m_runs.slotStopWorkThread(progMng, anly);
 }
 
 // ---- the list
 
-std::unique_ptr<Analyzer> AnalyzerManager::newAnalyzer(const AnalyzerLib &lib)
-{
-    const PluginTrial trial(m_guard, lib.fileName, lib.path);
-    Analyzer *made = nullptr;
-    QString fault = pluginFault([&] { made = lib.createAnalyzer(); });
-    if (fault.isEmpty() && (made == nullptr || made->GetAnalyzerSettings() == nullptr)) {
-        fault = ::tr("The decoder could not be made.");
-    }
-    if (fault.isEmpty()) {
-        return std::unique_ptr<Analyzer>(made);
-    }
-    if (made != nullptr) {
-        (void)pluginFault([&] { lib.destroyAnalyzer(made); });
-    }
-    tell(lib.displayName, fault);
-    return nullptr;
-}
-
 Analyzer *AnalyzerManager::createAnalyzer(int library)
 {
-    return library >= 0 && library < libraries.size() ? newAnalyzer(libraries.at(library)).release() : nullptr;
+    return libraries.has(library) ? m_maker.make(libraries.all().at(library)).release() : nullptr;
 }
 
 void AnalyzerManager::destroyAnalyzer(int library, Analyzer *analyzer)
 {
-    if (analyzer != nullptr && library >= 0 && library < libraries.size()) {
-        (void)pluginFault([&] { libraries.at(library).destroyAnalyzer(analyzer); });
+    if (libraries.has(library)) {
+        AnalyzerLibraries::destroy(libraries.all().at(library), analyzer);
     }
-}
-
-AnalyzerItem AnalyzerManager::makeItem(const AnalyzerLib &lib, std::unique_ptr<Analyzer> analyzer)
-{
-    AnalyzerItem item;
-    static_cast<AnalyzerLib &>(item) = lib;
-    item.format = QString::number(defaultFormat);
-    item.analyzer = std::move(analyzer);
-    item.progMng = std::make_unique<AnalyzerProgMng>(item.analyzer.get());
-    connect(item.progMng.get(), &AnalyzerProgMng::sigStopWorkThread, this, &AnalyzerManager::slotStopWorkThread,
-            Qt::QueuedConnection);
-    return item;
-}
-
-void AnalyzerManager::dropItem(AnalyzerItem &item)
-{
-    if (!endWorker(item)) {
-        return; // what is in the item now was never used
-    }
-    if (item.isRead()) {
-        m_read.push_back(std::move(item));
-        return;
-    }
-    item.progMng.reset();
-    (void)pluginFault([&item] { item.analyzer.reset(); });
 }
 
 void AnalyzerManager::loadFromConfig()
 {
-    const ResultsChange change = prepareModify();
-    stopAllWorkers();
+    const ResultsChange change = m_runs.prepareModify();
+    m_runs.stopAll();
     for (AnalyzerItem &item : items) {
-        dropItem(item);
+        m_runs.drop(item);
     }
     items.clear();
-    const QStringList values = m_host.stored().split(QLatin1Char(';'));
-    for (int i = 0; i + 2 < values.size(); i += 3) {
-        const QString fileName = values.at(i).trimmed();
-        const auto named = [&fileName](const AnalyzerLib &lib) { return lib.fileName == fileName; };
-        const auto lib = std::find_if(libraries.cbegin(), libraries.cend(), named);
-        std::unique_ptr<Analyzer> analyzer = lib != libraries.cend() ? newAnalyzer(*lib) : nullptr;
-        if (!analyzer) {
-            continue;
-        }
-        const QByteArray settings = values.at(i + 1).trimmed().toLatin1();
-        AnalyzerItem item = makeItem(*lib, std::move(analyzer));
-        item.format = values.at(i + 2).trimmed();
-        const QString fault =
-            pluginFault([&] { item.analyzer->GetAnalyzerSettings()->LoadText(settings.constData()); });
-        items.push_back(std::move(item));
-        if (!fault.isEmpty()) {
-            fail(items.back(), fault);
-        }
-    }
+    items = m_maker.stored(m_host.stored());
     tellSimulation();
     emit analyzerItemChanged();
-}
-
-QString AnalyzerManager::settingsText(const AnalyzerItem &item)
-{
-    QString text;
-    QString fault = pluginFault([&] {
-        const char *saved = item.analyzer->GetAnalyzerSettings()->SaveText();
-        text = QString::fromLatin1(saved != nullptr ? saved : "");
-    });
-    if (fault.isEmpty() && text.contains(QLatin1Char(';'))) {
-        fault = ::tr("The settings hold a \";\" and cannot be stored.");
-    }
-    if (!fault.isEmpty()) {
-        tell(nameOf(item), fault);
-        text.clear();
-    }
-    return text;
 }
 
 void AnalyzerManager::saveToConfig()
 {
     QList<QStringList> list;
     for (const AnalyzerItem &item : items) {
-        list.append({item.fileName, settingsText(item), item.format});
+        list.append({item.fileName, m_maker.settingsText(item), item.format});
     }
     m_host.store(list);
     tellSimulation();
     emit analyzerItemChanged();
 }
 
+void AnalyzerManager::setDisplayFormat(int index, int format)
+{
+    items[std::size_t(index)].format = QString::number(format);
+    saveToConfig();
+}
+
 void AnalyzerManager::addAnalyzer(Analyzer *analyzer)
 {
     std::unique_ptr<Analyzer> taken(analyzer);
-    if (!taken || addLibIndex < 0 || addLibIndex >= libraries.size()) {
+    if (!taken || !libraries.has(addLibIndex)) {
         return;
     }
     {
-        const ResultsChange change = prepareModify();
-        items.push_back(makeItem(libraries.at(addLibIndex), std::move(taken)));
+        const ResultsChange change = m_runs.prepareModify();
+        items.push_back(m_maker.itemOf(libraries.all().at(addLibIndex), std::move(taken)));
     }
     saveToConfig();
-    const ResultsChange change = prepareModify();
-    startAnalyzer(count() - 1);
+    if (AnalyzerItem *item = itemOf(analyzer)) { // who heard of it may have changed the list
+        const ResultsChange change = m_runs.prepareModify();
+        m_runs.start(*item);
+    }
 }
 
 void AnalyzerManager::removeAnalyzer(int index)
 {
-    const ResultsChange change = prepareModify();
-    dropItem(items[std::size_t(index)]);
+    const ResultsChange change = m_runs.prepareModify();
+    m_runs.drop(items[std::size_t(index)]);
     items.erase(items.begin() + index);
     saveToConfig();
 }
@@ -499,4 +200,99 @@ void AnalyzerManager::tellSimulation()
         }
     }
     m_simulation.setModels(std::move(models));
+}
+
+// ---- export
+
+void AnalyzerManager::startExport(AnalyzerResults *results, const QString &path, int displayBase, std::uint32_t option)
+{
+    if (exportThread || results == nullptr) {
+        return;
+    }
+    m_exportOutcome = {};
+    results->StartExportThread(nullptr, displayBaseOf(displayBase), 0); // forgets the last export, and writes nothing
+    exportThread = std::make_unique<ExportDataProMng>(results, m_gate, ResultsExport::Task{path, displayBase, option});
+    connect(exportThread.get(), &ExportDataProMng::sigDeleteExportDataProMng, this,
+            &AnalyzerManager::slotDeleteExportDataProMng);
+    // Direct: the thread has left the results when the manager waits for their readers.
+    connect(this, &AnalyzerManager::modifyPrepared, exportThread.get(), &ExportDataProMng::cancel,
+            Qt::DirectConnection);
+    m_watchTimer.start();
+}
+
+double AnalyzerManager::exportProgress() const
+{
+    return exportThread ? exportThread->progress() : 1.0;
+}
+
+void AnalyzerManager::cancelExport()
+{
+    if (exportThread) {
+        exportThread->cancel();
+    }
+}
+
+void AnalyzerManager::slotDeleteExportDataProMng()
+{
+    m_exportOutcome = exportThread->outcome();
+    exportThread.release()->deleteLater(); // it is what emits this
+}
+
+void AnalyzerManager::leaveExport()
+{
+    exportThread.reset();
+    m_exportOutcome = {true, WriteFault::None, {}};
+}
+
+// ---- the readers of results
+
+bool AnalyzerManager::owns(const AnalyzerResults *results) const
+{
+    return std::any_of(items.begin(), items.end(),
+                       [results](const AnalyzerItem &item) { return item.results() == results; });
+}
+
+void AnalyzerManager::keep(const AnalyzerResults *results, std::shared_ptr<ResultsReader> reader)
+{
+    for (AnalyzerItem &item : items) {
+        if (item.results() == results) {
+            item.readers.push_back({std::move(reader), {}});
+            item.readers.back().since.start();
+            QMetaObject::invokeMethod(this, "readersLost", Qt::QueuedConnection);
+            m_watchTimer.start();
+            return;
+        }
+    }
+}
+
+void AnalyzerManager::lookAfterReaders()
+{
+    const std::vector<const AnalyzerResults *> stuckIn = m_gate.takeFromStuck();
+    const auto isOfExport = [this](const LostReader &lost) {
+        return exportThread && lost.reader == exportThread->reader();
+    };
+    const auto endExport = [&](const AnalyzerItem &item) {
+        if (std::any_of(item.readers.begin(), item.readers.end(), isOfExport)) {
+            leaveExport();
+        }
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        AnalyzerItem &item = items[i];
+        if (item.isHeldFast(stuckIn)) {
+            endExport(item);
+            m_runs.retire(item);
+            emit analyzerItemChanged();
+        } else if (const QString fault = item.textFault(); !fault.isEmpty() && item.fault.isEmpty()) {
+            m_faults.fail(item, fault);
+        }
+    }
+    for (const AnalyzerItem &item : m_runs.stillRead()) {
+        if (item.isHeldFast(stuckIn)) {
+            endExport(item);
+        }
+    }
+    m_runs.dropUnread();
+    if (items.empty() && m_runs.stillRead().empty() && !exportThread) {
+        m_watchTimer.stop();
+    }
 }

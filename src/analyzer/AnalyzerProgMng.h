@@ -10,7 +10,7 @@
 
 /// The worker thread of one analyzer, as the decoder runtime drives it.
 ///
-/// Made, started and destroyed on the main thread, by AnalyzerManager. A worker that is through parks itself, and
+/// Made by AnalyzerMaker and let go by AnalyzerRuns, on the main thread. A worker that is through parks itself, and
 /// leaves when it is let go: by its owner, and in no other way. The decoder's stack is unwound by then.
 class AnalyzerProgMng : public QThread, public ProgressManager {
     Q_OBJECT

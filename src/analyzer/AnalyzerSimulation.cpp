@@ -53,6 +53,13 @@ void AnalyzerSimulation::State::build(std::int64_t newestSample, std::uint32_t s
     fault = pluginFault([&] { lineCount = analyzer->BuildSimulation(newestSample, sampleRate, &lines); });
 }
 
+void AnalyzerSimulation::State::destroy()
+{
+    if (analyzer != nullptr && fault.isEmpty()) {
+        fault = pluginFault([this] { lib.destroyAnalyzer(std::exchange(analyzer, nullptr)); });
+    }
+}
+
 AnalyzerSimulation::AnalyzerSimulation(Failed failed) : m_failed(std::move(failed)) {}
 
 AnalyzerSimulation::~AnalyzerSimulation()
@@ -68,7 +75,7 @@ void AnalyzerSimulation::setModels(std::vector<Model> models)
 
 bool AnalyzerSimulation::run(Clone &clone, std::function<void()> job) const
 {
-    const bool returned = clone.thread->run(std::move(job));
+    const bool returned = clone.thread->run(std::move(job), [state = clone.state] { state->destroy(); });
     const QString fault = returned ? clone.state->fault
                                    : ::tr("The decoder could not be ended. It is left running until the program ends.");
     if (!fault.isEmpty() && m_failed) {
@@ -136,9 +143,7 @@ void AnalyzerSimulation::take(const State &state, std::vector<SimulationChannel>
 void AnalyzerSimulation::release()
 {
     for (Clone &clone : m_clones) {
-        (void)run(clone, [state = clone.state] {
-            state->fault = pluginFault([&state] { state->lib.destroyAnalyzer(state->analyzer); });
-        });
+        (void)run(clone, [state = clone.state] { state->destroy(); });
     }
     m_clones.clear();
 }

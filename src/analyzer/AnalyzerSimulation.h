@@ -54,6 +54,8 @@ private:
 
         void make();
         void build(std::int64_t newestSample, std::uint32_t sampleRate);
+        /// The plug-in's work. An analyzer that has failed is left alone: it may be in any state.
+        void destroy();
     };
     struct Clone {
         std::shared_ptr<State> state;

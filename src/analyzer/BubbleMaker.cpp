@@ -1,6 +1,7 @@
 #include "analyzer/BubbleMaker.h"
 
 #include "analyzer/AnalyzerManager.h"
+#include "analyzer/LeftBehind.h"
 #include "analyzer/PluginCall.h"
 #include "settings/PostedCall.h"
 
@@ -84,16 +85,25 @@ public:
         {
             const std::lock_guard lock(m_mutex);
             m_job = job;
+            m_isGone = false;
         }
         m_asked.notify_one();
+    }
+    /// The results of the job are about to be replaced. A thread that has a pass by now is waited for.
+    void forget()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isGone = true;
     }
     /// @return false when there is none at the end of the patience: m_late will be called
     [[nodiscard]] bool waitForAnswer(std::chrono::milliseconds most)
     {
         std::unique_lock lock(m_mutex);
-        const bool isThere = m_answered.wait_for(lock, most, [this] { return !m_job; });
-        m_isLate = !isThere;
-        return isThere;
+        if (most.count() > 0) { // a wait for no time takes the system almost 0.1 ms
+            m_answered.wait_for(lock, most, [this] { return !m_job; });
+        }
+        m_isLate = m_job.has_value();
+        return !m_isLate;
     }
     [[nodiscard]] std::vector<Texts> take()
     {
@@ -116,10 +126,10 @@ public:
 
 private:
     /// @return false when results are being replaced, so that none can be made
-    [[nodiscard]] bool make(const Job &job, std::vector<Texts> &made) const
+    [[nodiscard]] bool make(const Job &job, std::vector<Texts> &made)
     {
         const ResultsPass pass(m_gate, reader);
-        if (!pass) {
+        if (!pass || isGone()) {
             return false;
         }
         const std::uint64_t frames = job.key.results->GetNumFrames();
@@ -135,6 +145,12 @@ private:
         }
         return true;
     }
+    /// With a pass: the answer holds as long as that.
+    [[nodiscard]] bool isGone()
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_isGone;
+    }
 
     ResultsGate &m_gate;
     const std::function<void()> m_late;
@@ -143,13 +159,14 @@ private:
     std::condition_variable m_answered;
     std::optional<Job> m_job; ///< until it is answered
     std::vector<Texts> m_made;
+    bool m_isGone = false; ///< what the job is about
     bool m_isLate = false; ///< who asked has gone on
     bool m_isOver = false;
     bool m_hasEnded = false;
 };
 
-BubbleMaker::BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived)
-    : m_gate(manager.gate()), m_arrived(std::move(arrived))
+BubbleMaker::BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived, std::chrono::milliseconds most)
+    : m_gate(manager.gate()), m_arrived(std::move(arrived)), m_most(most)
 {
     QObject::connect(
         &manager, &AnalyzerManager::modifyPrepared, &m_context, [this] { forget(); }, Qt::DirectConnection);
@@ -180,6 +197,7 @@ void BubbleMaker::forget()
 {
     m_rows.clear();
     m_asked = {};
+    m_desk->forget();
 }
 
 BubbleMaker::Row &BubbleMaker::rowOf(const Key &key)
@@ -219,7 +237,7 @@ const BubbleMaker::Texts *BubbleMaker::madeFor(const Key &key)
 const BubbleMaker::Texts *BubbleMaker::texts(const Key &key)
 {
     if (m_desk->reader->isLost()) {
-        m_thread.detach();
+        LeftBehind::leave(m_thread);
         m_isLate = false;
         startThread();
     }
@@ -235,7 +253,7 @@ const BubbleMaker::Texts *BubbleMaker::texts(const Key &key)
     row.end = key.frame + row.batch;
     m_asked = key;
     m_desk->ask({key, row.batch});
-    if (!m_desk->waitForAnswer(patience)) {
+    if (!m_desk->waitForAnswer(m_most)) {
         m_isLate = true;
         return nullptr;
     }

@@ -37,7 +37,8 @@ public:
     };
 
     /// @param arrived  called when texts are there that were asked for in vain; on the main thread
-    BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived);
+    /// @param most  how long who asks waits for texts
+    BubbleMaker(AnalyzerManager &manager, std::function<void()> arrived, std::chrono::milliseconds most = patience);
     ~BubbleMaker();
     BubbleMaker(const BubbleMaker &) = delete;
     BubbleMaker &operator=(const BubbleMaker &) = delete;
@@ -64,6 +65,7 @@ private:
 
     ResultsGate &m_gate;
     const std::function<void()> m_arrived;
+    const std::chrono::milliseconds m_most;
     std::shared_ptr<Desk> m_desk; ///< the thread's too
     std::thread m_thread;
     bool m_isLate = false; ///< texts are under way for which nobody waits

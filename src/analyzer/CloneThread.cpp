@@ -1,5 +1,7 @@
 #include "analyzer/CloneThread.h"
 
+#include "analyzer/LeftBehind.h"
+
 #include <condition_variable>
 #include <mutex>
 #include <utility>
@@ -8,7 +10,8 @@ struct CloneThread::Desk {
     std::mutex mutex; ///< guards all of it
     std::condition_variable changed;
     std::function<void()> job;
-    bool hasJob = false; ///< handed in and not done yet
+    std::function<void()> clearUp; ///< empty unless nobody waits for the job any more
+    bool hasJob = false;           ///< handed in and not done yet
     bool isOver = false;
 
     void work()
@@ -19,34 +22,37 @@ struct CloneThread::Desk {
             if (!hasJob) {
                 return;
             }
-            std::function<void()> current = std::move(job);
-            lock.unlock();
-            current();
-            current = nullptr;
-            lock.lock();
+            for (std::function<void()> next = std::move(job); next; next = std::exchange(clearUp, nullptr)) {
+                lock.unlock();
+                next();
+                next = nullptr; // what it holds goes without the lock
+                lock.lock();
+            }
             hasJob = false;
             changed.notify_all();
         }
     }
 };
 
-CloneThread::CloneThread() : m_desk(std::make_shared<Desk>()), m_thread([desk = m_desk] { desk->work(); }) {}
+CloneThread::CloneThread(std::chrono::milliseconds patience)
+    : m_patience(patience), m_desk(std::make_shared<Desk>()), m_thread([desk = m_desk] { desk->work(); })
+{}
 
 CloneThread::~CloneThread()
 {
-    if (m_isLost) {
-        m_thread.detach();
-        return;
-    }
     {
         const std::lock_guard lock(m_desk->mutex);
         m_desk->isOver = true;
     }
     m_desk->changed.notify_all();
-    m_thread.join();
+    if (m_isLost) {
+        LeftBehind::leave(m_thread);
+    } else {
+        m_thread.join();
+    }
 }
 
-bool CloneThread::run(std::function<void()> job)
+bool CloneThread::run(std::function<void()> job, std::function<void()> clearUp)
 {
     if (m_isLost) {
         return false;
@@ -55,6 +61,9 @@ bool CloneThread::run(std::function<void()> job)
     m_desk->job = std::move(job);
     m_desk->hasJob = true;
     m_desk->changed.notify_all();
-    m_isLost = !m_desk->changed.wait_for(lock, patience, [this] { return !m_desk->hasJob; });
+    m_isLost = !m_desk->changed.wait_for(lock, m_patience, [this] { return !m_desk->hasJob; });
+    if (m_isLost) {
+        m_desk->clearUp = std::move(clearUp);
+    }
     return !m_isLost;
 }

@@ -1,5 +1,6 @@
 #include "analyzer/ExportDataProMng.h"
 
+#include "analyzer/LeftBehind.h"
 #include "settings/PostedCall.h"
 
 namespace {
@@ -20,7 +21,7 @@ ExportDataProMng::~ExportDataProMng()
     while (!m_job->waitForEnd(betweenLooks)) {
         if (reader()->isStuck()) {
             m_job->abandon();
-            m_thread.detach();
+            LeftBehind::leave(m_thread);
             return;
         }
     }

@@ -1,6 +1,7 @@
 #include "analyzer/LingeringWorker.h"
 
 #include "analyzer/AnalyzerProgMng.h"
+#include "analyzer/LeftBehind.h"
 #include "analyzer/PluginCall.h"
 #include "store/SmpLease.h"
 
@@ -60,7 +61,7 @@ LingeringWorker::State LingeringWorker::look()
     if (hasLeft()) {
         return State::Ended;
     }
-    if (endsByForce && !m_terminated && m_clock.elapsed() >= grace) {
+    if (endsByForce && !m_terminated && isOverdue()) {
         m_terminated = true;
         item.progMng->terminate();
     }
@@ -71,9 +72,15 @@ LingeringWorker::State LingeringWorker::look()
     return State::LeftBehind;
 }
 
+bool LingeringWorker::isOverdue() const
+{
+    return m_clock.elapsed() >= grace;
+}
+
 void LingeringWorker::leaveBehind()
 {
     m_gone = true;
+    LeftBehind::note();
     keepForEver();
 }
 

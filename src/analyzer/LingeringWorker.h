@@ -20,6 +20,8 @@ struct LingeringWorker {
 
     /// Once in a while, until it answers other than Waiting.
     [[nodiscard]] State look();
+    /// It has had its two seconds.
+    [[nodiscard]] bool isOverdue() const;
     QString name;
     AnalyzerItem item;
 

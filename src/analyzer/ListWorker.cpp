@@ -152,12 +152,15 @@ void ListWorker::obey(const Requests &requests, Work &work)
     if (rebuild) {
         ResultList::setRowNum(work.state, requests.rowNum);
     }
+    const bool again = requests.resetRequest && requests.keepsPlace && requests.query.searchText == work.searchTold;
+    work.leastRows = again ? work.rowsTold : 0;
     if (requests.resetRequest && requests.sourcesOf != requests.generation) {
         ResultList::dropCursors(work.state);
         m_listener.resetWanted(); // the results are other ones by now
     } else if (requests.resetRequest) {
         ResultList::reset(work.state, requests.sources, requests.query);
         work.resetNumber = requests.resetNumber;
+        work.searchNow = requests.query.searchText;
         work.isNew = true;
     }
     if (requests.scrollRequest) {
@@ -189,6 +192,9 @@ void ListWorker::makePage(Work &work)
 void ListWorker::report(Work &work)
 {
     const ResultList::State &state = work.state;
+    if (work.isNew && state.rows.size() < work.leastRows) {
+        return; // rows that are there again in a moment do not vanish meanwhile
+    }
     const bool rowsToo = work.isNew && !state.rows.isEmpty();
     if (!rowsToo && state.totalRows == work.totalTold) {
         return;
@@ -206,6 +212,8 @@ void ListWorker::publish(Work &work, bool rowsToo, bool isWhole)
     if (rowsToo) {
         ++work.version;
         work.isNew = false;
+        work.rowsTold = work.state.rows.size();
+        work.searchTold = work.searchNow;
     }
     bool tell = false;
     {

@@ -24,6 +24,7 @@ public:
         bool resetRequest = false;
         bool scrollRequest = false;
         bool rowNumRequest = false;
+        bool keepsPlace = false; ///< the reset brings more of what is on show
         ResultList::Query query;
         std::vector<ResultSource> sources;
         std::uint64_t sourcesOf = 0; ///< the generation of the results in `sources`
@@ -79,6 +80,10 @@ private:
         std::uint64_t version = 0;
         bool isNew = false; ///< the page has not been handed over since it was begun
         qint64 totalTold = 0;
+        int rowsTold = 0;   ///< of the page that is on show
+        QString searchTold; ///< the search that found it
+        QString searchNow;  ///< the one under way
+        int leastRows = 0;  ///< nothing is told of a page with fewer, unless it is whole
         Clock::time_point told;
     };
 

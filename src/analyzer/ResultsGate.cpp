@@ -1,5 +1,7 @@
 #include "analyzer/ResultsGate.h"
 
+#include "analyzer/LeftBehind.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -55,7 +57,7 @@ void ResultsGate::endThread(std::thread &thread, const std::shared_ptr<ResultsRe
 {
     for (auto most = endPatience; !waitForEnd(most); most = betweenTakes) {
         if (reader->isLost() || take(reader)) {
-            thread.detach();
+            LeftBehind::leave(thread);
             return;
         }
     }
@@ -95,7 +97,7 @@ ResultsChange::ResultsChange(ResultsGate &gate) : m_gate(gate)
     std::unique_lock lock(gate.m_mutex);
     ++gate.m_changes;
     gate.modifyPending.store(true, std::memory_order_release);
-    if (gate.m_changed.wait_for(lock, ResultsGate::patience, isFree)) {
+    if (gate.m_changed.wait_for(lock, gate.patience, isFree)) {
         return;
     }
     do {

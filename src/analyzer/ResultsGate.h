@@ -32,13 +32,15 @@ public:
 /// the keeper keeps what it is in. Without a keeper the gate waits without limit. Any thread.
 class ResultsGate {
 public:
-    static constexpr std::chrono::milliseconds patience{40}; ///< of a change with its readers
-    static constexpr std::chrono::seconds grace{2};          ///< for one text
+    static constexpr std::chrono::seconds grace{2}; ///< for one text
 
     /// @param keeper  outlives the gate; null for none
     explicit ResultsGate(ResultsKeeper *keeper = nullptr) : m_keeper(keeper) {}
     ResultsGate(const ResultsGate &) = delete;
     ResultsGate &operator=(const ResultsGate &) = delete;
+
+    /// Of a change with its readers; a test's is longer. Main thread.
+    std::chrono::milliseconds patience{40};
 
     /// A change is waiting: give the pass back. Cost: one atomic load.
     [[nodiscard]] bool isWanted() const { return modifyPending.load(std::memory_order_acquire); }

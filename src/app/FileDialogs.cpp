@@ -137,7 +137,7 @@ QString startDirectory()
     return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
-QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
+QString askSavePath(QWidget *parent, int kind, const QDateTime &now, const QString &ending)
 {
     const SaveKind file = saveKind(kind);
     if (file.suffix.isEmpty()) {
@@ -147,9 +147,11 @@ QString askSavePath(QWidget *parent, int kind, const QDateTime &now)
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setViewMode(QFileDialog::Detail);
-    dialog.setDefaultSuffix(file.suffix);
-    QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
-                     [&dialog](const QString &filter) { dialog.setDefaultSuffix(suffixOf(filter)); });
+    dialog.setDefaultSuffix(ending.isEmpty() ? file.suffix : ending);
+    if (ending.isEmpty()) {
+        QObject::connect(&dialog, &QFileDialog::filterSelected, &dialog,
+                         [&dialog](const QString &filter) { dialog.setDefaultSuffix(suffixOf(filter)); });
+    }
     dress(dialog, ::tr("Save"));
     // A system's dialog asks about the name that was typed, without the suffix that is added behind: asked here.
     dialog.setOption(QFileDialog::DontConfirmOverwrite);

@@ -32,8 +32,9 @@ inline constexpr int sr = 7;
 
 /// Asks for a path to write to; a file that exists is replaced only if the user says so. Stores the directory in
 /// "lastPath".
+/// @param ending  what a name without an ending gets, without the dot; empty for the suffix of the kind
 /// @return with suffix; empty on cancel, and at once for an unknown kind
-[[nodiscard]] QString askSavePath(QWidget *parent, int kind, const QDateTime &now);
+[[nodiscard]] QString askSavePath(QWidget *parent, int kind, const QDateTime &now, const QString &ending = {});
 
 /// Asks for an existing data or settings file, or another program's capture. Stores the directory in "lastPath".
 /// @return empty on cancel

@@ -90,7 +90,7 @@ MainWindow::~MainWindow()
 {
     // The generator's worker reads the device's capture, which may go away before this window's children do.
     waveGen->setDataSource(nullptr);
-    gDev->endCapture(); // the analyzers drive a simulated one
+    m_session.endCaptures(); // the analyzers drive simulated ones
     gSimulationSource = nullptr;
     delete protocolResult; // its thread reads what the analyzers own
     letGoOfAnalyzers();

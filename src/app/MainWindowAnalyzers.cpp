@@ -40,8 +40,8 @@ void MainWindow::buildAnalyzers()
 void MainWindow::buildResults()
 {
     protocolResult = new ProtocolResult(*analyzerMgr, *waveGen);
-    const auto askPath = [](QWidget *parent, int kind) {
-        return FileDialogs::askSavePath(parent, kind, QDateTime::currentDateTime());
+    const auto askPath = [](QWidget *parent, int kind, const QString &ending) {
+        return FileDialogs::askSavePath(parent, kind, QDateTime::currentDateTime(), ending);
     };
     analyzerExport = new AnalyzerExport(*analyzerMgr, askPath, this);
     connect(analyzerExport, &AnalyzerExport::fileTold, this, &MainWindow::showInStatus);

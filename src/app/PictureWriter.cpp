@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QPainter>
 #include <QSvgGenerator>
+#include <QThread>
 
 #include <utility>
 
@@ -31,10 +32,12 @@ FileOutcome written(const QString &path, const std::function<bool(QFile &)> &put
 
 } // namespace
 
+PictureWriter::PictureWriter(QObject *parent) : QObject(parent) {}
+
 PictureWriter::~PictureWriter()
 {
     for (auto &[number, thread] : m_threads) {
-        thread.join();
+        thread->wait();
     }
 }
 
@@ -61,15 +64,17 @@ void PictureWriter::writeSvg(const QString &path, const Drawing &drawing)
 void PictureWriter::start(const QString &path, std::function<bool(QFile &)> put)
 {
     const int number = ++m_number;
-    m_threads[number] = std::thread([this, number, path, writes = std::move(put)] {
+    std::unique_ptr<QThread> &thread = m_threads[number];
+    thread.reset(QThread::create([this, number, path, writes = std::move(put)] {
         const FileOutcome outcome = written(path, writes);
         postCall(this, [this, number, path, outcome] { ended(number, path, outcome); });
-    });
+    }));
+    thread->start();
 }
 
 void PictureWriter::ended(int number, const QString &path, const FileOutcome &outcome)
 {
-    m_threads.at(number).join();
+    m_threads.at(number)->wait();
     m_threads.erase(number);
     emit sigWritten(path, outcome);
 }

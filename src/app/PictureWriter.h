@@ -10,9 +10,10 @@
 
 #include <functional>
 #include <map>
-#include <thread>
+#include <memory>
 
 class QFile;
+class QThread;
 
 /// Writes pictures, each on a thread of its own: what a window has painted takes much longer to be packed.
 ///
@@ -21,7 +22,7 @@ class QFile;
 class PictureWriter : public QObject {
     Q_OBJECT
 public:
-    using QObject::QObject;
+    explicit PictureWriter(QObject *parent = nullptr);
     ~PictureWriter() override;
 
     /// A drawing of vectors.
@@ -44,5 +45,7 @@ private:
     void ended(int number, const QString &path, const FileOutcome &outcome);
 
     int m_number = 0;
-    std::map<int, std::thread> m_threads;
+    /// Threads of Qt's: it keeps fonts for each thread that writes text, and frees those of others at some time after
+    /// the thread's end, when the application may have gone.
+    std::map<int, std::unique_ptr<QThread>> m_threads;
 };

@@ -1,3 +1,4 @@
+#include "analyzer/LeftBehind.h"
 #include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/PictureCommand.h"
@@ -61,7 +62,7 @@ int runWindow(const QStringList &missingFiles)
 int main(int argc, char *argv[])
 {
     if (PictureCommand::isAsked(argumentsOf(argc, argv))) {
-        return PictureCommand::run(argc, argv);
+        return LeftBehind::end(PictureCommand::run(argc, argv));
     }
     if (const auto answer = CommandLine::answer(argumentsOf(argc, argv))) {
         std::fputs(qPrintable(*answer), stdout);
@@ -76,5 +77,5 @@ int main(int argc, char *argv[])
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     StartUp::initGlobals(arguments);
     StartUp::initLook();
-    return runWindow(CommandLine::missingFiles(arguments));
+    return LeftBehind::end(runWindow(CommandLine::missingFiles(arguments)));
 }

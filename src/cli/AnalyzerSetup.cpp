@@ -30,6 +30,15 @@ QString knownKeys(AnalyzerSettings &settings)
     return keys.join(QStringLiteral(", "));
 }
 
+QString knownNames(const AnalyzerManager &manager)
+{
+    QStringList names;
+    for (const AnalyzerLib &lib : manager.foundLibraries()) {
+        names.append(lib.fileName.section(QLatin1Char('.'), 0, -2));
+    }
+    return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
+}
+
 QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
 {
     for (const auto &[key, value] : request.settings) {
@@ -42,7 +51,9 @@ QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
         }
     }
     if (!settings.ApplyInterfaces()) {
-        return QStringLiteral("%1: %2").arg(request.name, QString::fromUtf8(settings.GetSaveErrorMessage()));
+        const QString reason = QString::fromUtf8(settings.GetSaveErrorMessage());
+        return request.name +
+               (reason.isEmpty() ? QStringLiteral(" does not take these settings") : QStringLiteral(": ") + reason);
     }
     return {};
 }
@@ -63,15 +74,6 @@ int libraryNamed(const AnalyzerManager &manager, const QString &name)
     return -1;
 }
 
-QString knownNames(const AnalyzerManager &manager)
-{
-    QStringList names;
-    for (const AnalyzerLib &lib : manager.foundLibraries()) {
-        names.append(lib.fileName.section(QLatin1Char('.'), 0, -2));
-    }
-    return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
-}
-
 void sayPassedOver(const AnalyzerManager &manager)
 {
     for (const PluginFolder::Refusal &refusal : manager.refusals()) {
@@ -83,24 +85,30 @@ void sayPassedOver(const AnalyzerManager &manager)
     }
 }
 
-QString add(AnalyzerManager &manager, const Arguments::Request &request)
+QString unknown(const AnalyzerManager &manager, const QString &name)
+{
+    return QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(name, knownNames(manager));
+}
+
+Refusal add(AnalyzerManager &manager, const Arguments::Request &request)
 {
     const int library = libraryNamed(manager, request.name);
     if (library < 0) {
-        return QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(request.name, knownNames(manager));
+        return {unknown(manager, request.name), Terminal::wrongUsage};
     }
     Analyzer *analyzer = manager.createAnalyzer(library);
     if (analyzer == nullptr) {
-        return QStringLiteral("the decoder \"%1\" could not be made").arg(request.name);
+        return {QStringLiteral("the decoder \"%1\" could not be made").arg(request.name), Terminal::badInput};
     }
-    QString error;
-    const QString fault = pluginFault([&] { error = apply(*analyzer->GetAnalyzerSettings(), request); });
+    Refusal refusal;
+    const QString fault = pluginFault([&] { refusal.error = apply(*analyzer->GetAnalyzerSettings(), request); });
+    refusal.code = refusal.error.isEmpty() ? Terminal::good : Terminal::wrongUsage;
     if (!fault.isEmpty()) {
-        error = request.name + QStringLiteral(": ") + fault;
+        refusal = {request.name + QStringLiteral(": ") + fault, Terminal::badInput};
     }
-    if (!error.isEmpty()) {
+    if (!refusal.error.isEmpty()) {
         manager.destroyAnalyzer(library, analyzer);
-        return error;
+        return refusal;
     }
     manager.addLibIndex = library;
     manager.addAnalyzer(analyzer);

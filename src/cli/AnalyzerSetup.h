@@ -2,6 +2,7 @@
 
 #include "analyzer/AnalyzerManager.h"
 #include "cli/Arguments.h"
+#include "cli/Terminal.h"
 
 #include <QString>
 
@@ -11,12 +12,16 @@ namespace AnalyzerSetup {
 /// The library that `name` means: a display name, or a file's name without its suffix, letters in either case.
 /// @return -1 for none
 [[nodiscard]] int libraryNamed(const AnalyzerManager &manager, const QString &name);
-/// The names of all libraries, for a message.
-[[nodiscard]] QString knownNames(const AnalyzerManager &manager);
+/// What is told of a name that no library has.
+[[nodiscard]] QString unknown(const AnalyzerManager &manager, const QString &name);
 /// Says of each decoder that is passed over, since a program ended while it was tried, how it is tried again.
 void sayPassedOver(const AnalyzerManager &manager);
+/// Why an analyzer cannot be had.
+struct Refusal {
+    QString error;             ///< for the user; empty when it is there
+    int code = Terminal::good; ///< exit code: wrong usage, or bad input where the decoder has failed
+};
 /// Adds an analyzer with these settings to the list and starts it, if there is a capture.
-/// @return empty, or why it cannot be had, for the user
-[[nodiscard]] QString add(AnalyzerManager &manager, const Arguments::Request &request);
+[[nodiscard]] Refusal add(AnalyzerManager &manager, const Arguments::Request &request);
 
 } // namespace AnalyzerSetup

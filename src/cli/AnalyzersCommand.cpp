@@ -14,7 +14,7 @@
 namespace {
 
 const char *const analyzersUsage =
-    "Usage: luxcli analyzers [--all] [NAME]\n"
+    "Usage: luxcli analyzers [--all] [--retry FILE] [NAME]\n"
     "\n"
     "Lists the decoders that are found, or the settings of one: key, kind, values, default.\n"
     "\n"
@@ -85,13 +85,26 @@ int tellSettings(Output &out, AnalyzerManager &manager, const QString &name)
         return Terminal::badInput;
     }
     if (analyzer == nullptr) {
-        Terminal::say(
-            QStringLiteral("there is no decoder \"%1\"; there are: %2").arg(name, AnalyzerSetup::knownNames(manager)));
-        return Terminal::badInput;
+        Terminal::say(AnalyzerSetup::unknown(manager, name));
+        return Terminal::wrongUsage;
     }
     writeSettingsTable(out, *analyzer);
     manager.destroyAnalyzer(library, analyzer);
     return Terminal::good;
+}
+
+/// @return false, and the user is told, when it is not passed over
+bool retry(const QString &file)
+{
+    PluginGuard guard(PluginFolder::standardGuardFolder());
+    const QStringList blocked = guard.blocked();
+    if (!blocked.contains(file)) {
+        Terminal::say(QStringLiteral("%1 is not passed over; these are: %2")
+                          .arg(file, blocked.isEmpty() ? QStringLiteral("none") : blocked.join(QStringLiteral(", "))));
+        return false;
+    }
+    guard.retry(file);
+    return true;
 }
 
 } // namespace
@@ -111,8 +124,8 @@ int Commands::analyzers(const QStringList &arguments)
         std::fputs(analyzersUsage, stdout);
         return Terminal::good;
     }
-    if (const auto file = parsed.value(QStringLiteral("--retry"))) {
-        PluginGuard(PluginFolder::standardGuardFolder()).retry(*file);
+    if (const auto file = parsed.value(QStringLiteral("--retry")); file && !retry(*file)) {
+        return Terminal::badInput;
     }
     AnalyzerManager manager;
     AnalyzerSetup::sayPassedOver(manager);

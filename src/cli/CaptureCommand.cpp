@@ -120,8 +120,8 @@ QString read(const Arguments::Parsed &parsed, Job &job)
     }
     job.format = parsed.value(QStringLiteral("--format")).value_or(job.format);
     Output nowhere{QString()};
-    return FrameWriter::make(job.format, nowhere) ? QString()
-                                                  : QStringLiteral("there is no format \"%1\"").arg(job.format);
+    return FrameWriter::make(job.format, nowhere, false) ? QString()
+                                                         : QStringLiteral("there is no format \"%1\"").arg(job.format);
 }
 
 QString numberedPath(const QString &path, int number, int count)

@@ -5,6 +5,7 @@
 #include "settings/Config.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -69,6 +70,13 @@ QString pick(const SmpData &data, const QStringList &wanted, std::vector<std::ui
         channels[std::size_t(bit.entry)] = 1;
     }
     return picked.error;
+}
+
+QString overwritten(const QString &in, const QString &out)
+{
+    const QFileInfo file(in);
+    const bool isSame = file.isFile() && file.canonicalFilePath() == QFileInfo(out).canonicalFilePath();
+    return isSame ? QStringLiteral("\"%1\" is read, and cannot be written").arg(in) : QString();
 }
 
 int write(const QString &path, const SmpData &data, CaptureOut &out)

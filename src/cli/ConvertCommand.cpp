@@ -56,7 +56,10 @@ QString conversionOf(const Arguments::Parsed &parsed, Conversion &job)
     }
     job.in = parsed.operands.at(0);
     job.out = parsed.operands.at(1);
-    QString wrong = takeKind(parsed, QStringLiteral("--from"), job.in, job.from);
+    QString wrong = CaptureJob::overwritten(job.in, job.out);
+    if (wrong.isEmpty()) {
+        wrong = takeKind(parsed, QStringLiteral("--from"), job.in, job.from);
+    }
     if (wrong.isEmpty()) {
         wrong = takeKind(parsed, QStringLiteral("--to"), job.out, job.to);
     }

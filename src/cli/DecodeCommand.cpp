@@ -1,6 +1,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "cli/AnalyzerSetup.h"
 #include "cli/Arguments.h"
+#include "cli/CaptureJob.h"
 #include "cli/CaptureSource.h"
 #include "cli/Commands.h"
 #include "cli/Decoding.h"
@@ -20,7 +21,7 @@ const char *const decodeUsage =
     "Usage: luxcli decode FILE... [-a NAME:key=value,...]... [--format jsonl|csv|text]\n"
     "                     [--from T] [--to T] [-o OUT]\n"
     "\n"
-    "Decodes captures (.cxdat) and writes what was found, one line an element.\n"
+    "Decodes captures (.cxdat, .sr, .vcd) and writes what was found, one line an element.\n"
     "\n"
     "  -a, --analyzer NAME:key=value,...  a decoder and its settings; may be given several\n"
     "                     times. Without it those that are stored in the file.\n"
@@ -46,26 +47,31 @@ AnalyzerHost hostOf(const CaptureSource &source)
     return host;
 }
 
-/// @return a message for the user; empty when the analyzers are there
-QString addAnalyzers(AnalyzerManager &manager, const Job &job, bool &wrongUsage)
+/// @return the exit code, good when the analyzers are there; the user is told why not
+int addAnalyzers(AnalyzerManager &manager, PluginFaults &faults, const Job &job, const QString &path)
 {
     if (job.requests.isEmpty()) {
         manager.loadFromConfig();
         manager.captureReady();
-        return manager.count() > 0 ? QString()
-                                   : QStringLiteral("it has no stored analyzers that can be had; name one with -a");
+        if (manager.count() > 0) {
+            return Terminal::good;
+        }
+        faults.say();
+        Terminal::say(QStringLiteral("%1: it has no stored analyzers that can be had; name one with -a").arg(path));
+        return Terminal::badInput;
     }
     for (const Arguments::Request &request : job.requests) {
-        QString error = AnalyzerSetup::add(manager, request);
-        if (!error.isEmpty()) {
-            wrongUsage = true;
-            return error;
+        const AnalyzerSetup::Refusal refusal = AnalyzerSetup::add(manager, request);
+        if (!refusal.error.isEmpty()) {
+            faults.say();
+            Terminal::say(refusal.error);
+            return refusal.code;
         }
     }
-    return {};
+    return Terminal::good;
 }
 
-int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const Output &out)
+int decodeFile(const QString &path, const Job &job, FrameWriter &writer, Output &out)
 {
     const CaptureSource source = CaptureSource::openOrTell(path);
     if (!source.data) {
@@ -75,15 +81,11 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, const O
     PluginFaults faults(manager);
     AnalyzerSetup::sayPassedOver(manager);
     manager.setCapture(source.data.get(), std::uint32_t(source.model));
-    bool wrongUsage = false;
-    const QString error = addAnalyzers(manager, job, wrongUsage);
-    if (!error.isEmpty()) {
-        faults.say();
-        Terminal::say(wrongUsage ? error : QStringLiteral("%1: %2").arg(path, error));
-        return wrongUsage ? Terminal::wrongUsage : Terminal::badInput;
+    int code = addAnalyzers(manager, faults, job, path);
+    if (code != Terminal::good) {
+        return code;
     }
-    const int code =
-        Decoding::write(manager, faults, *source.data, QFileInfo(path).completeBaseName(), writer, out, job.span);
+    code = Decoding::write(manager, faults, *source.data, QFileInfo(path).completeBaseName(), writer, out, job.span);
     return source.warning.isEmpty() ? code : std::max(code, int(Terminal::badInput));
 }
 
@@ -99,8 +101,17 @@ QString readJob(const Arguments::Parsed &parsed, Job &job)
         time = value.value_or(0);
         return value.has_value();
     };
+    const QString out = parsed.value(QStringLiteral("--output")).value_or(QString());
+    for (const QString &path : parsed.operands) {
+        if (QString error = CaptureJob::overwritten(path, out); !error.isEmpty()) {
+            return error;
+        }
+    }
     if (!readTime(QStringLiteral("--from"), job.span.from) || !readTime(QStringLiteral("--to"), job.span.to)) {
         return QStringLiteral("--from and --to take a time such as 1.5 or 20ms");
+    }
+    if (job.span.to < job.span.from) {
+        return QStringLiteral("there is nothing between these times");
     }
     return parsed.operands.isEmpty() ? QStringLiteral("no file is named") : QString();
 }
@@ -124,7 +135,7 @@ int Commands::decode(const QStringList &arguments)
     QString error = parsed.error.isEmpty() ? readJob(parsed, job) : parsed.error;
     Output out(parsed.value(QStringLiteral("--output")).value_or(QString()));
     const QString format = parsed.value(QStringLiteral("--format")).value_or(QStringLiteral("jsonl"));
-    const std::unique_ptr<FrameWriter> writer = FrameWriter::make(format, out);
+    const std::unique_ptr<FrameWriter> writer = FrameWriter::make(format, out, parsed.operands.size() > 1);
     if (error.isEmpty() && !writer) {
         error = QStringLiteral("there is no format \"%1\"").arg(format);
     }

@@ -1,6 +1,7 @@
 #include "cli/Decoding.h"
 
 #include "analyzer/AnalyzerManager.h"
+#include "cli/FrameThread.h"
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
 #include "cli/PluginFaults.h"
@@ -11,7 +12,11 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <corvanlux/analyzer/AnalyzerResults.h>
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace Decoding {
@@ -46,59 +51,29 @@ bool waitForWorkers(AnalyzerManager &manager)
     return !Terminal::wasInterrupted();
 }
 
-/// The results of one analyzer, and how far they are written.
-struct Stream {
-    AnalyzerResults *results;
-    std::uint64_t next;
-    std::uint64_t end;
-    std::int64_t first; ///< sample of the next frame
-};
-
-/// The analyzer whose next frame begins first; of equal ones the first analyzer.
-Stream *nextOf(std::vector<Stream> &streams)
+std::vector<AnalyzerResults *> resultsOf(const AnalyzerManager &manager)
 {
-    Stream *nearest = nullptr;
-    for (Stream &stream : streams) {
-        if (stream.next < stream.end && (nearest == nullptr || stream.first < nearest->first)) {
-            nearest = &stream;
-        }
-    }
-    return nearest;
-}
-
-std::vector<Stream> streamsOf(const AnalyzerManager &manager)
-{
-    std::vector<Stream> streams;
+    std::vector<AnalyzerResults *> all;
     for (int i = 0; i < manager.count(); ++i) {
         AnalyzerResults *results = nullptr;
         manager.analyzerAt(i)->GetAnalyzerResults(&results);
-        const std::uint64_t count = results != nullptr ? results->GetNumFrames() : 0;
-        streams.push_back({results, 0, count, count > 0 ? results->GetFrame(0).firstSample : 0});
+        all.push_back(results);
     }
-    return streams;
+    return all;
 }
 
-/// @return false when the user ended it, or the output is no good
-bool writeFrames(AnalyzerManager &manager, FrameWriter &writer, const Output &out, double from, double to)
+/// @return false when the user ended it, the output is no good, or the text of a decoder does not come to an end
+bool writeFrames(AnalyzerManager &manager, FrameThread::Task task, FrameWriter &writer, const Output &out)
 {
-    constexpr std::uint64_t lookEvery = 1024;
-    std::vector<Stream> streams = streamsOf(manager);
-    std::uint64_t written = 0;
-    while (Stream *stream = nextOf(streams)) {
-        const std::uint64_t index = stream->next++;
-        const Frame frame = stream->results->GetFrame(index);
-        if (stream->next < stream->end) {
-            stream->first = stream->results->GetFrame(stream->next).firstSample;
-        }
-        if (double(frame.lastSample) < from || double(frame.firstSample) > to) {
-            continue;
-        }
-        writer.frame(*stream->results, index, std::size_t(stream - streams.data()));
-        if (++written % lookEvery == 0 && (Terminal::wasInterrupted() || !out.isGood())) {
-            return false;
-        }
+    constexpr std::chrono::milliseconds step{50}; // between two looks at the thread
+    ResultsGate &gate = manager.gate();
+    const auto work = std::make_shared<FrameThread>(gate, std::move(task), writer, out);
+    std::thread thread([work] { work->run(); });
+    while (!work->waitForEnd(step) && !work->reader()->isLost() && !Terminal::wasInterrupted()) {
+        manager.lookAfterReaders(); // there is no event loop that would
     }
-    return true;
+    gate.endThread(thread, work->reader(), [&work](std::chrono::milliseconds most) { return work->waitForEnd(most); });
+    return work->isWhole();
 }
 
 /// What the decoders have to tell of their runs. @return whether all of them came to the end, and none is at fault
@@ -116,6 +91,16 @@ bool tellOfRuns(const AnalyzerManager &manager, PluginFaults &faults)
         good = good && !manager.endedEarly(i) && manager.analyzerAt(i)->GetDecodeStatus() == DecodeStatus::Complete;
     }
     return good;
+}
+
+/// A time in samples: a whole number where nothing but the arithmetic keeps it from being one, so that a frame which
+/// ends or begins at that very time is in.
+double samplesOf(double seconds, double rate)
+{
+    constexpr double slack = 1e-4;
+    const double samples = seconds * rate;
+    const double whole = std::round(samples);
+    return std::abs(samples - whole) < slack ? whole : samples;
 }
 
 } // namespace
@@ -141,7 +126,7 @@ int finish(AnalyzerManager &manager, PluginFaults &faults)
 }
 
 int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name, FrameWriter &writer,
-          const Output &out, const Span &span)
+          Output &out, const Span &span)
 {
     const int code = finish(manager, faults);
     if (code == Terminal::interrupted) {
@@ -153,11 +138,17 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
     }
     writer.head(capture);
     const auto rate = double(capture.rate);
-    if (!writeFrames(manager, writer, out, span.from * rate, span.to * rate)) {
-        return Terminal::wasInterrupted() ? Terminal::interrupted : Terminal::badInput;
+    FrameThread::Task task{resultsOf(manager), samplesOf(span.from, rate), samplesOf(span.to, rate)};
+    const bool isWhole = writeFrames(manager, std::move(task), writer, out);
+    if (!isWhole && Terminal::wasInterrupted()) {
+        return Terminal::interrupted;
     }
-    manager.lookAfterReaders(); // there is no event loop that would
-    return faults.say() ? int(Terminal::badInput) : code;
+    manager.lookAfterReaders();
+    const bool isFaulty = faults.say();
+    if (!isWhole && out.isGood()) {
+        out.abandon(); // a decoder's text did not come to an end
+    }
+    return isFaulty || !isWhole ? int(Terminal::badInput) : code;
 }
 
 } // namespace Decoding

@@ -31,10 +31,11 @@ struct Span {
 [[nodiscard]] int finish(AnalyzerManager &manager, PluginFaults &faults);
 
 /// Waits for the decoders that run on `data`, tells what they have to tell, and writes the head and the frames of all
-/// in the order of time. The user may end it. @param faults  of the manager: what has not been said is
+/// in the order of time. The user may end it. When the text of a decoder does not come to an end, which is known some
+/// two seconds later, `out` is abandoned. @param faults  of the manager: what has not been said is
 /// @return the exit code: bad input when a decoder did not come to the end, or did what it must not
 /// Cost: that of the decoders, and a line a frame.
 [[nodiscard]] int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, const QString &name,
-                        FrameWriter &writer, const Output &out, const Span &span);
+                        FrameWriter &writer, Output &out, const Span &span);
 
 } // namespace Decoding

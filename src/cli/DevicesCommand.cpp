@@ -8,6 +8,7 @@
 #include "device/UsbPlatforms.h"
 
 #include <cstdio>
+#include <string>
 
 namespace {
 
@@ -69,7 +70,7 @@ void writeInstrumentJson(Output &out, const FoundInstrument &instrument)
     };
     out << "{\"model\":";
     writeOrNull(modelName(instrument));
-    out << ",\"code\":" << instrument.model << ",\"serial\":";
+    out << ",\"code\":" << (instrument.model != 0 ? std::to_string(instrument.model) : "null") << ",\"serial\":";
     writeOrNull(serialOf(instrument));
     out << ",\"port\":";
     writeJsonText(out, instrument.port.toStdString());

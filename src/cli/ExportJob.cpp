@@ -98,7 +98,10 @@ QString ExportJob::read(const QStringList &arguments)
                       : QStringLiteral("no format is told (-f)");
     }
     channels = CaptureJob::items(parsed.values(QStringLiteral("--channels")));
-    const QString wrong = readTimes(parsed, *this);
+    QString wrong = CaptureJob::overwritten(path, out);
+    if (wrong.isEmpty()) {
+        wrong = readTimes(parsed, *this);
+    }
     return wrong.isEmpty() ? readPicture(parsed, *this) : wrong;
 }
 

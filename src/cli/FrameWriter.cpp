@@ -1,6 +1,8 @@
 #include "cli/FrameWriter.h"
 
 #include "analyzer/PluginCall.h"
+#include "analyzer/ResultCursor.h"
+#include "analyzer/ResultsGate.h"
 #include "cli/Output.h"
 
 #include <QtGlobal>
@@ -12,6 +14,7 @@
 #include <cstdio>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -55,14 +58,35 @@ std::string_view nameOf(const Analyzer &analyzer)
     return name != nullptr ? name : "";
 }
 
-std::string tabularText(AnalyzerResults &results, std::uint64_t index)
+enum class Ask : std::uint8_t { Text, TextAndValues };
+
+/// Has the decoder make a frame's text, and its values for valuesOf(). @return the text
+std::string asked(AnalyzerResults &results, std::uint64_t index, Ask what, ResultsReader &reader)
 {
     std::string text;
-    keepFault(results, [&] {
-        results.BuildTabularText(index, textBase);
-        text = results.GetTabularTextString();
-    });
+    const auto make = [&] {
+        if (what == Ask::TextAndValues) {
+            keepFault(results, [&] { results.BuildFrameValues(index); });
+        }
+        keepFault(results, [&] {
+            results.BuildTabularText(index, textBase);
+            text = results.GetTabularTextString();
+        });
+    };
+    if (!reader.inside(&results, make)) {
+        throw ResultMerge::PassTaken();
+    }
     return text;
+}
+
+/// The names of a capture's analyzers, in their order.
+std::vector<std::string> namesOf(const FrameWriter::Capture &capture)
+{
+    std::vector<std::string> names;
+    for (const Analyzer *analyzer : capture.analyzers) {
+        names.emplace_back(nameOf(*analyzer));
+    }
+    return names;
 }
 
 void writeJsonSettings(Output &out, const Analyzer &analyzer)
@@ -117,10 +141,10 @@ public:
         }
     }
 
-    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) override
+    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer, ResultsReader &reader) override
     {
+        const std::string text = asked(results, index, Ask::TextAndValues, reader);
         const Frame frame = results.GetFrame(index);
-        keepFault(results, [&] { results.BuildFrameValues(index); });
         m_out << "{\"s\":" << frame.firstSample << ",\"e\":" << frame.lastSample << ",\"k\":";
         writeJsonText(m_out, kindOf(results));
         for (const FrameValue &value : valuesOf(results)) {
@@ -132,7 +156,7 @@ public:
             m_out << ",\"a\":" << analyzer;
         }
         m_out << ",\"text\":";
-        writeJsonText(m_out, tabularText(results, index));
+        writeJsonText(m_out, text);
         m_out << "}\n";
     }
 
@@ -161,27 +185,35 @@ private:
 
 class CsvLines final : public FrameWriter {
 public:
-    explicit CsvLines(Output &out) : m_out(out) {}
+    CsvLines(Output &out, bool ofSeveral) : m_out(out), m_ofSeveral(ofSeveral) {}
 
     void head(const Capture &capture) override
     {
-        m_capture = capture;
-        m_out << "time,first,last,analyzer,kind,values,text\n";
+        m_rate = capture.rate;
+        m_names = namesOf(capture);
+        m_capture = capture.name.toStdString();
+        if (!std::exchange(m_hasHead, true)) {
+            m_out << (m_ofSeveral ? "capture," : "") << "time,first,last,analyzer,kind,values,text\n";
+        }
     }
 
-    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) override
+    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer, ResultsReader &reader) override
     {
+        const std::string text = asked(results, index, Ask::TextAndValues, reader);
         const Frame frame = results.GetFrame(index);
-        keepFault(results, [&] { results.BuildFrameValues(index); });
-        m_out << std::string_view(secondsText(frame.firstSample, m_capture.rate).constData()) << ','
-              << frame.firstSample << ',' << frame.lastSample << ',';
-        field(nameOf(*m_capture.analyzers[analyzer]));
+        if (m_ofSeveral) {
+            field(m_capture);
+            m_out << ',';
+        }
+        m_out << std::string_view(secondsText(frame.firstSample, m_rate).constData()) << ',' << frame.firstSample << ','
+              << frame.lastSample << ',';
+        field(m_names[analyzer]);
         m_out << ',';
         field(kindOf(results));
         m_out << ',';
         field(valuesText(results));
         m_out << ',';
-        field(tabularText(results, index));
+        field(text);
         m_out << '\n';
     }
 
@@ -214,27 +246,43 @@ private:
     }
 
     Output &m_out;
-    Capture m_capture;
+    std::int64_t m_rate = 1;
+    std::vector<std::string> m_names;
+    std::string m_capture;
+    bool m_ofSeveral;
+    bool m_hasHead = false; ///< one for all captures: the lines are one table
 };
 
 class TextLines final : public FrameWriter {
 public:
-    explicit TextLines(Output &out) : m_out(out) {}
+    TextLines(Output &out, bool ofSeveral) : m_out(out), m_ofSeveral(ofSeveral) {}
 
-    void head(const Capture &capture) override { m_capture = capture; }
-
-    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) override
+    void head(const Capture &capture) override
     {
-        m_out << std::string_view(secondsText(results.GetFrame(index).firstSample, m_capture.rate).constData()) << '\t';
-        if (m_capture.analyzers.size() > 1) {
-            m_out << nameOf(*m_capture.analyzers[analyzer]) << '\t';
+        m_rate = capture.rate;
+        m_names = namesOf(capture);
+        m_capture = capture.name.toStdString();
+    }
+
+    void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer, ResultsReader &reader) override
+    {
+        const std::string text = asked(results, index, Ask::Text, reader);
+        if (m_ofSeveral) {
+            m_out << m_capture << '\t';
         }
-        m_out << tabularText(results, index) << '\n';
+        m_out << std::string_view(secondsText(results.GetFrame(index).firstSample, m_rate).constData()) << '\t';
+        if (m_names.size() > 1) {
+            m_out << m_names[analyzer] << '\t';
+        }
+        m_out << text << '\n';
     }
 
 private:
     Output &m_out;
-    Capture m_capture;
+    std::int64_t m_rate = 1;
+    std::vector<std::string> m_names;
+    std::string m_capture;
+    bool m_ofSeveral;
 };
 
 /// The bytes of the UTF-8 sequence that begins at `at` (Unicode 15, table 3-7); 0 for what is none.
@@ -260,16 +308,16 @@ std::size_t utf8Length(std::string_view text, std::size_t at)
 
 } // namespace
 
-std::unique_ptr<FrameWriter> FrameWriter::make(const QString &format, Output &out)
+std::unique_ptr<FrameWriter> FrameWriter::make(const QString &format, Output &out, bool ofSeveral)
 {
     if (format == QLatin1String("jsonl")) {
         return std::make_unique<JsonLines>(out);
     }
     if (format == QLatin1String("csv")) {
-        return std::make_unique<CsvLines>(out);
+        return std::make_unique<CsvLines>(out, ofSeveral);
     }
     if (format == QLatin1String("text")) {
-        return std::make_unique<TextLines>(out);
+        return std::make_unique<TextLines>(out, ofSeveral);
     }
     return nullptr;
 }

@@ -12,6 +12,7 @@ class Analyzer;
 class AnalyzerResults;
 class AnalyzerSettings;
 class Output;
+class ResultsReader;
 
 /// What was decoded, as lines. The forms are told in docs/luxcli.md and stay as they are.
 class FrameWriter {
@@ -25,13 +26,18 @@ public:
     };
 
     virtual ~FrameWriter() = default;
+    /// @param ofSeveral  captures: then each line of "csv" and "text" begins with the name of its own, as JSON's have
+    /// heads
     /// @return null for an unknown format: there are "jsonl", "csv" and "text"
-    [[nodiscard]] static std::unique_ptr<FrameWriter> make(const QString &format, Output &out);
+    [[nodiscard]] static std::unique_ptr<FrameWriter> make(const QString &format, Output &out, bool ofSeveral);
 
-    /// Before the frames of a capture.
+    /// Before the frames of a capture. The analyzers are not looked at later.
     virtual void head(const Capture &capture) = 0;
+    /// Writes a whole line: nothing of it before the decoder has said all. Any thread, one at a time.
     /// @param analyzer  its number in the capture
-    virtual void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer) = 0;
+    /// @param reader    holds a pass to the results; when it loses that meanwhile ResultMerge::PassTaken leaves, and
+    ///                  nothing was touched
+    virtual void frame(AnalyzerResults &results, std::uint64_t index, std::size_t analyzer, ResultsReader &reader) = 0;
 
 protected:
     FrameWriter() = default;

@@ -13,11 +13,12 @@
 
 namespace {
 
-const char *const infoUsage = "Usage: luxcli info FILE...\n"
-                              "\n"
-                              "Tells model, rate, length, trigger, channels and analyzers of captures (.cxdat).\n"
-                              "\n"
-                              "  -h, --help         this text\n";
+const char *const infoUsage =
+    "Usage: luxcli info FILE...\n"
+    "\n"
+    "Tells model, rate, length, trigger, channels and analyzers of captures (.cxdat, .sr, .vcd).\n"
+    "\n"
+    "  -h, --help         this text\n";
 
 /// What is told of a file.
 struct Facts {

@@ -80,7 +80,7 @@ void takeNoSettings()
 } // namespace
 
 InstrumentCapture::InstrumentCapture(const CaptureCommand::Job &job, const CaptureCommand::Host &host)
-    : m_job(job), m_host(host), m_writer(FrameWriter::make(job.format, m_out))
+    : m_job(job), m_host(host), m_writer(FrameWriter::make(job.format, m_out, job.repeat > 1))
 {}
 
 InstrumentCapture::~InstrumentCapture() = default;
@@ -119,6 +119,13 @@ int InstrumentCapture::prepare()
     if (code != Terminal::good) {
         return code;
     }
+    // Another model has other settings and another store: nothing that was prepared is its.
+    QObject::connect(m_session.get(), &Session::sigDeviceLeaves, [this] {
+        m_isReplaced = true;
+        if (m_manager) {
+            m_manager->setCapture(nullptr, 0);
+        }
+    });
     const QString error = m_job.choice.applyTo(*gDev);
     if (!error.isEmpty()) {
         Terminal::say(error);
@@ -190,11 +197,11 @@ int InstrumentCapture::addDecoders()
     m_manager = std::make_unique<AnalyzerManager>(host);
     m_faults = std::make_unique<PluginFaults>(*m_manager);
     for (const Arguments::Request &request : m_job.requests) {
-        const QString error = AnalyzerSetup::add(*m_manager, request);
-        if (!error.isEmpty()) {
+        const AnalyzerSetup::Refusal refusal = AnalyzerSetup::add(*m_manager, request);
+        if (!refusal.error.isEmpty()) {
             m_faults->say();
-            Terminal::say(error);
-            return Terminal::wrongUsage;
+            Terminal::say(refusal.error);
+            return refusal.code;
         }
     }
     m_manager->setCapture(gDev->smpData.get(), std::uint32_t(gDev->model));
@@ -230,6 +237,9 @@ int InstrumentCapture::captureOne(int number)
     if (!mayGoOn()) {
         return Terminal::interrupted;
     }
+    if (outcome.end == CaptureEnd::Done && m_isReplaced) {
+        outcome.end = CaptureEnd::Unplugged; // a capture of another one is none that was asked for
+    }
     if (outcome.end == CaptureEnd::Done) {
         Terminal::Progress line(RunStatus::stateText(smpState::starting));
         m_run->told = [&line](int sta, int percent) {
@@ -255,6 +265,7 @@ int InstrumentCapture::captureOne(int number)
 int InstrumentCapture::keep(int number)
 {
     const QString path = CaptureCommand::numberedPath(m_job.path, number, m_job.repeat);
+    const Session::FileJob holdsDevice(*m_session); // and with it the capture, whatever is plugged in meanwhile
     int code = m_job.path.isEmpty() ? int(Terminal::good) : save(path);
     if (code == Terminal::good && m_manager) {
         code = decode(path);

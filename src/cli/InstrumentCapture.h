@@ -43,4 +43,5 @@ private:
     std::unique_ptr<AnalyzerManager> m_manager; ///< null without decoders
     std::unique_ptr<PluginFaults> m_faults;     ///< of the manager
     bool m_isStopped = false;                   ///< the user has ended it
+    bool m_isReplaced = false;                  ///< `gDev` is another one than was prepared
 };

@@ -185,6 +185,10 @@ int measureFile(const QString &path, const MeasureJob &job, Output &out)
     };
     Measured measured{0, rate, sampleOf(job.from, 0), sampleOf(job.to, data.smpCount()), {}};
     int code = source.warning.isEmpty() ? Terminal::good : Terminal::badInput;
+    if (measured.from >= measured.to) { // a slip, of which "edges=0" would hold
+        Terminal::say(QStringLiteral("%1: there is nothing between these times").arg(path));
+        return Terminal::badInput;
+    }
     const SmpReadLock lock(&data);
     for (const int chn : job.channels) { // before anything is written
         if (data.lastPosition(chn) < 0) {

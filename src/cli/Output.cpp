@@ -46,8 +46,9 @@ void Output::handOver()
 int Output::finish(int code)
 {
     flush();
-    if (m_good && m_replaced != nullptr && m_isEmpty && code != Terminal::good) {
-        m_replaced->cancelWriting(); // an earlier file is worth more than an empty one
+    const bool isWorthless = m_isEmpty && code != Terminal::good; // an earlier file is worth more than an empty one
+    if (m_good && m_replaced != nullptr && (isWorthless || m_isAbandoned)) {
+        m_replaced->cancelWriting();
     } else if (m_good && m_replaced != nullptr) {
         m_good = m_replaced->commit();
     } else if (m_good && m_file) {

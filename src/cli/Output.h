@@ -19,8 +19,8 @@ public:
     /// @param path  empty or "-" for the standard output
     explicit Output(const QString &path);
 
-    /// False when it could not be opened, or what was written did not arrive.
-    [[nodiscard]] bool isGood() const { return m_good; }
+    /// False when it could not be opened, what was written did not arrive, or it was abandoned.
+    [[nodiscard]] bool isGood() const { return m_good && !m_isAbandoned; }
     Output &operator<<(std::string_view text)
     {
         m_buffer.append(text);
@@ -43,8 +43,11 @@ public:
     }
     /// Hands over what was written so far, for who reads the standard output meanwhile.
     void handOver();
-    /// Writes the rest, and gives the file its name, unless nothing was written because all input was bad. @return
-    /// `code`; the code of bad input, and the user is told, if not all arrived
+    /// No more comes, though it is not whole: a file does not get its name, and what takes the lines as they come has
+    /// those that there are.
+    void abandon() { m_isAbandoned = true; }
+    /// Writes the rest, and gives the file its name, unless nothing was written because all input was bad, or it was
+    /// abandoned. @return `code`; the code of bad input, and the user is told, if not all arrived
     [[nodiscard]] int finish(int code);
 
 private:
@@ -56,4 +59,5 @@ private:
     QSaveFile *m_replaced = nullptr;     ///< the same, when it gets its name at the end
     bool m_good = true;
     bool m_isEmpty = true; ///< nothing was flushed so far
+    bool m_isAbandoned = false;
 };

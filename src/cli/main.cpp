@@ -1,4 +1,4 @@
-#include "analyzer/AnalyzerManager.h"
+#include "analyzer/LeftBehind.h"
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Terminal.h"
@@ -78,5 +78,5 @@ int main(int argc, char *argv[])
     memBudgetInit();
     SetAnalyzerMemoryBudget(&memBudget);
     configLoad();
-    return run(QCoreApplication::arguments().mid(1));
+    return LeftBehind::end(run(QCoreApplication::arguments().mid(1)));
 }

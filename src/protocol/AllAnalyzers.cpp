@@ -46,6 +46,11 @@ AllAnalyzers::AllAnalyzers(QWidget *parent)
 
     connect(m_search, &QLineEdit::textChanged, this, &AllAnalyzers::slotSearchChanged);
     connect(m_list, &QListWidget::itemSelectionChanged, this, &AllAnalyzers::slotListWidgetClicked);
+    connect(m_list, &QListWidget::currentItemChanged, this, [](QListWidgetItem *item) {
+        if (item != nullptr) {
+            item->setSelected(true); // the first, when a key brings the focus here, which marks it no further
+        }
+    });
     connect(m_list, &QListWidget::itemDoubleClicked, this, &AllAnalyzers::slotListWidgetDoubleClicked);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -101,6 +106,10 @@ void AllAnalyzers::slotSearchChanged(const QString &text)
         }
     }
     selectPicked();
+    if (m_ok->isEnabled() && m_list->count() > 0 && m_list->currentRow() < 0) {
+        m_list->setCurrentRow(0); // the button takes nothing else than what is seen
+        slotListWidgetClicked();
+    }
 }
 
 void AllAnalyzers::slotListWidgetClicked()

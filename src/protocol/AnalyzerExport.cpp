@@ -110,7 +110,8 @@ void AnalyzerExport::exportAs(const Analyzer *analyzer, const ExportChoice &choi
         return;
     }
     if (resultsOf(analyzer, index) != nullptr) {
-        const QString path = m_askPath(m_window, choice.extension == QLatin1String("csv") ? csvKind : textKind);
+        const int kind = choice.extension == QLatin1String("csv") ? csvKind : textKind;
+        const QString path = m_askPath(m_window, kind, choice.extension);
         if (path.isEmpty()) {
             return;
         }

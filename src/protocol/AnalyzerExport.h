@@ -23,8 +23,9 @@ class QWidget;
 class AnalyzerExport : public QObject {
     Q_OBJECT
 public:
-    /// Asks for a path to write to. `kind` 2 text, 3 CSV. @return empty on cancel
-    using AskPath = std::function<QString(QWidget *parent, int kind)>;
+    /// Asks for a path to write to. `kind` 2 text, 3 CSV; a name without an ending gets `ending`, the one that was
+    /// chosen: a decoder's bytes or packets are no text. @return empty on cancel
+    using AskPath = std::function<QString(QWidget *parent, int kind, const QString &ending)>;
 
     /// @param manager, window  not owned, outlive this
     AnalyzerExport(AnalyzerManager &manager, AskPath askPath, QWidget *window);

@@ -17,6 +17,7 @@ class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QScrollArea;
+class QStringListModel;
 
 /// The dialog in which an analyzer is set up, to add it or to change it. It builds itself from what the analyzer tells
 /// of its settings, and knows no protocol.
@@ -51,7 +52,8 @@ private:
     void buildFrame(QScrollArea *area);
     void addRow(AnalyzerSettingInterface &setting, int row);
     [[nodiscard]] QWidget *makeEditor(AnalyzerSettingInterface &setting);
-    [[nodiscard]] QComboBox *makeCombo();
+    /// What all boxes with channels offer: made once, since a bus has dozens of them.
+    [[nodiscard]] QStringListModel *channelEntries(bool noneToo);
     [[nodiscard]] QWidget *makeChannelEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QWidget *makeListEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QWidget *makeIntegerEditor(AnalyzerSettingInterface &setting);
@@ -77,6 +79,9 @@ private:
     QVector<int> intMax;
     QVector<int> intMin;
     QVector<ChannelChoice::Entry> chnChoices;
+    QStringListModel *m_channels = nullptr;       ///< of `chnChoices`; null until one is needed
+    QStringListModel *m_channelsOrNone = nullptr; ///< the same with "None" as the last
+    int m_channelWidth = 0;                       ///< of their boxes, pixels; 0 until the first is there
     QVector<QLabel *> labels;
     // Each in the order of the settings of its kind.
     QVector<QComboBox *> chnEdits;

@@ -1,6 +1,7 @@
 // What the settings dialog looks like: a row for each setting.
 
 #include "analyzer/AnalyzerManager.h"
+#include "controls/LazyComboBox.h"
 #include "controls/Look.h"
 #include "controls/Style.h"
 #include "protocol/ProtocolEdit.h"
@@ -18,6 +19,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStringListModel>
 
 #include <algorithm>
 #include <corvanlux/analyzer/Analyzer.h>
@@ -42,11 +44,30 @@ QString plain(QString text)
     return text.replace(QLatin1Char('&'), QStringLiteral("&&")); // no mnemonics of a plug-in's making
 }
 
+int widthOf(const LazyComboBox &combo)
+{
+    return std::clamp(combo.widthOfEntries(), dp(editorWidth), dp(widestEditor));
+}
+
 QWidget *makeFixedSpacer(int height, QWidget *parent)
 {
     auto *spacer = new QLabel(parent);
     spacer->setFixedHeight(dp(height));
     return spacer;
+}
+
+/// Editors that stand below each other are as wide as the one that needs the most.
+void makeAlike(const QVector<QWidget *> &editors)
+{
+    int width = dp(editorWidth);
+    for (const QWidget *editor : editors) {
+        if (qobject_cast<const QComboBox *>(editor) != nullptr) {
+            width = std::max(width, editor->sizeHint().width());
+        }
+    }
+    for (QWidget *editor : editors) {
+        editor->setFixedWidth(std::min(width, dp(widestEditor)));
+    }
 }
 
 } // namespace
@@ -64,7 +85,7 @@ void ProtocolEdit::buildRows()
     chnChoices = ChannelChoice::entriesOf(manager->enabledChannelUsage(itemIndex), chnShowNameGet);
     auto *area = new QScrollArea(this);
     auto *fields = new QWidget(this);
-    area->setWidget(fields); // while it is empty: what moves with it is styled anew
+    area->setWidget(fields); // while it is empty: what moves is styled anew, so that each editor begins in its place
     grid = new QGridLayout(fields);
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(dp(gap));
@@ -112,6 +133,14 @@ void ProtocolEdit::buildFrame(QScrollArea *area)
     for (QWidget *widget : fields->findChildren<QWidget *>()) {
         widget->ensurePolished();
     }
+    QVector<QWidget *> values;
+    for (QComboBox *edit : qAsConst(listEdits)) {
+        values.append(edit);
+    }
+    for (QLineEdit *edit : intEdits + textEdits) {
+        values.append(edit);
+    }
+    makeAlike(values);
     const QSize wanted = fields->sizeHint();
     const QScreen *screen = QGuiApplication::primaryScreen();
     const int most = (screen != nullptr ? screen->availableSize().height() : dp(600)) - dp(besideFields);
@@ -138,7 +167,7 @@ void ProtocolEdit::addRow(AnalyzerSettingInterface &setting, int row)
     const QString title = isChannel ? QString::fromUtf8(told) : translated(told);
     editor->setToolTip(translated(setting.GetToolTip()));
     if (!title.isEmpty()) {
-        auto *label = new QLabel(plain(title));
+        auto *label = new QLabel(plain(title), grid->parentWidget());
         label->setBuddy(editor);
         label->setToolTip(editor->toolTip());
         labels.append(label);
@@ -171,26 +200,31 @@ QWidget *ProtocolEdit::makeEditor(AnalyzerSettingInterface &setting)
     return nullptr;
 }
 
-QComboBox *ProtocolEdit::makeCombo()
+QStringListModel *ProtocolEdit::channelEntries(bool noneToo)
 {
-    auto *combo = new QComboBox;
-    dressComboBox(*combo);
-    combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    combo->setMinimumWidth(dp(editorWidth));
-    combo->setMaximumWidth(dp(widestEditor));
-    return combo;
+    QStringListModel *&entries = noneToo ? m_channelsOrNone : m_channels;
+    if (entries == nullptr) {
+        QStringList texts;
+        for (const ChannelChoice::Entry &entry : qAsConst(chnChoices)) {
+            texts.append(ChannelChoice::textOf(entry));
+        }
+        if (noneToo) {
+            texts.append(::tr("None"));
+        }
+        entries = new QStringListModel(texts, this);
+    }
+    return entries;
 }
 
 QWidget *ProtocolEdit::makeChannelEditor(AnalyzerSettingInterface &setting)
 {
     auto &channel = static_cast<AnalyzerSettingInterfaceChannel &>(setting);
-    QComboBox *combo = makeCombo();
-    for (const ChannelChoice::Entry &entry : qAsConst(chnChoices)) {
-        combo->addItem(ChannelChoice::textOf(entry));
+    auto *combo = new LazyComboBox(grid->parentWidget());
+    combo->setModel(channelEntries(channel.GetSelectionOfNoneIsAllowed()));
+    if (m_channelWidth == 0) {
+        m_channelWidth = widthOf(*combo);
     }
-    if (channel.GetSelectionOfNoneIsAllowed()) {
-        combo->addItem(::tr("None"));
-    }
+    combo->setFixedWidth(m_channelWidth);
     const int place = itemIndex >= 0 ? ChannelChoice::placeOf(chnChoices, channel.GetChannel().channelIndex,
                                                               Channel().channelIndex, combo->count())
                                      : ChannelChoice::placeForNew(chnChoices, chnEdits.size(), combo->count());
@@ -202,7 +236,7 @@ QWidget *ProtocolEdit::makeChannelEditor(AnalyzerSettingInterface &setting)
 QWidget *ProtocolEdit::makeListEditor(AnalyzerSettingInterface &setting)
 {
     auto &list = static_cast<AnalyzerSettingInterfaceNumberList &>(setting);
-    QComboBox *combo = makeCombo();
+    auto *combo = new LazyComboBox(grid->parentWidget());
     int current = 0;
     const std::uint32_t count = std::min(list.GetListboxNumbersCount(), mostEntries);
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -213,6 +247,7 @@ QWidget *ProtocolEdit::makeListEditor(AnalyzerSettingInterface &setting)
             current = int(i);
         }
     }
+    combo->setFixedWidth(widthOf(*combo));
     combo->setCurrentIndex(current);
     listEdits.append(combo);
     return combo;
@@ -221,8 +256,7 @@ QWidget *ProtocolEdit::makeListEditor(AnalyzerSettingInterface &setting)
 QWidget *ProtocolEdit::makeIntegerEditor(AnalyzerSettingInterface &setting)
 {
     auto &integer = static_cast<AnalyzerSettingInterfaceInteger &>(setting);
-    auto *edit = new QLineEdit(QString::number(integer.GetInteger()));
-    edit->setMinimumWidth(dp(editorWidth));
+    auto *edit = new QLineEdit(QString::number(integer.GetInteger()), grid->parentWidget());
     intMax.append(integer.GetMax());
     intMin.append(integer.GetMin());
     intEdits.append(edit);
@@ -231,8 +265,9 @@ QWidget *ProtocolEdit::makeIntegerEditor(AnalyzerSettingInterface &setting)
 
 QWidget *ProtocolEdit::makeTextEditor(AnalyzerSettingInterface &setting)
 {
-    auto *edit = new QLineEdit(translated(static_cast<AnalyzerSettingInterfaceText &>(setting).GetText()));
-    edit->setMinimumWidth(dp(editorWidth));
+    // As it is written: a letter is a byte of it.
+    const QString text = QString::fromLatin1(static_cast<AnalyzerSettingInterfaceText &>(setting).GetText());
+    auto *edit = new QLineEdit(trAnalyzer(text, analyzerName), grid->parentWidget());
     textEdits.append(edit);
     return edit;
 }
@@ -241,7 +276,7 @@ QWidget *ProtocolEdit::makeBoolEditor(AnalyzerSettingInterface &setting)
 {
     auto &flag = static_cast<AnalyzerSettingInterfaceBool &>(setting);
     const QString text = translated(flag.GetCheckBoxText());
-    auto *box = new QCheckBox(plain(text));
+    auto *box = new QCheckBox(plain(text), grid->parentWidget());
     box->setAccessibleName(text);
     box->setChecked(flag.GetValue());
     boolEdits.append(box);

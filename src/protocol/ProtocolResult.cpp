@@ -77,7 +77,7 @@ void ProtocolResult::connectParts()
     connect(dataGen, &AnalyzerDataGen::listChanged, this, &ProtocolResult::slotResultViewUpdate);
     connect(dataGen, &AnalyzerDataGen::resetWanted, this, [this] { resetList(AnalyzerDataGen::Clicked::Keep); });
     connect(&m_manager, &AnalyzerManager::analyzerItemChanged, this, &ProtocolResult::slotAnalyzerChanged);
-    connect(&m_manager, &AnalyzerManager::analyzerDecodedChanged, this, &ProtocolResult::slotAnalyzerChanged);
+    connect(&m_manager, &AnalyzerManager::analyzerDecodedChanged, this, &ProtocolResult::slotWorkerEnded);
     connect(&m_newFrames, &QTimer::timeout, this, &ProtocolResult::bringNewFrames);
 }
 
@@ -95,6 +95,12 @@ void ProtocolResult::resetList(AnalyzerDataGen::Clicked clicked)
 void ProtocolResult::slotAnalyzerChanged()
 {
     resetList(AnalyzerDataGen::Clicked::Forget);
+    followWorkers();
+}
+
+void ProtocolResult::slotWorkerEnded()
+{
+    resetList(AnalyzerDataGen::Clicked::Keep); // its last frames have come
     followWorkers();
 }
 

@@ -60,6 +60,7 @@ public slots:
     void setListScrollParametes(qlonglong index, qlonglong max, int pageNum);
 
 private slots:
+    void slotWorkerEnded();
     void openSettings();
     void moveByKey(int key);
     void copyRows(bool allRows);
@@ -78,6 +79,6 @@ private:
     bool skipNextScroll = false; ///< the bar is being set by the list itself
     QStringListModel *rowsModel = nullptr;
     AnalyzerDataGen *dataGen = nullptr;
-    QTimer m_newFrames;
+    QTimer m_newFrames{this};
     const Analyzer *m_clicked = nullptr; ///< of the row that was clicked last; never looked into
 };

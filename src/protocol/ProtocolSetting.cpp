@@ -14,6 +14,9 @@
 #include <QMenu>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 constexpr int stepsOfARepaint = 3; ///< of the rows, a repaint of the waves
@@ -90,15 +93,17 @@ void ProtocolSetting::reload()
 
 void ProtocolSetting::updateItem()
 {
-    const int before = itemWidgets.size();
-    for (ProtocolItem *row : qAsConst(itemWidgets)) {
+    const QVector<ProtocolItem *> before = std::exchange(itemWidgets, {});
+    for (ProtocolItem *row : before) {
         itemsLayout->removeWidget(row);
+    }
+    addRows();
+    keepFocus(before);
+    for (ProtocolItem *row : before) {
         row->hide();
         row->deleteLater();
     }
-    itemWidgets.clear();
-    addRows();
-    if (itemWidgets.size() < before && !recentList.isEmpty()) {
+    if (itemWidgets.size() < before.size() && !recentList.isEmpty()) {
         return; // taking one away does not make another one recent
     }
     QStringList files;
@@ -106,6 +111,24 @@ void ProtocolSetting::updateItem()
         files.append(row->objectName());
     }
     updateRecent(RecentAnalyzers::namesOfRows(files));
+}
+
+void ProtocolSetting::keepFocus(const QVector<ProtocolItem *> &before)
+{
+    const auto *focused = qobject_cast<MyButton *>(window()->focusWidget());
+    for (int i = 0; focused != nullptr && i < before.size(); ++i) {
+        if (before.at(i)->isAncestorOf(focused)) {
+            MyButton *heir = btnAdd;
+            // Who has removed one by mouse sees no focus: the next key shall not remove another one.
+            const bool isRemovedByMouse = itemWidgets.size() < before.size() && !focused->hasKeyFocus();
+            if (!itemWidgets.isEmpty() && !isRemovedByMouse) {
+                const ProtocolItem *row = itemWidgets.at(std::min(i, itemWidgets.size() - 1));
+                heir = row->findChild<MyButton *>(focused->objectName());
+            }
+            heir->takeFocusFrom(*focused);
+            return;
+        }
+    }
 }
 
 void ProtocolSetting::addRows()

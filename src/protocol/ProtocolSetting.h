@@ -51,6 +51,8 @@ private:
     void buildMenu();
     QAction *addEntry(const QString &text, void (ProtocolSetting::*slot)());
     void addRows();
+    /// The rows of before are about to go: one that has the keyboard's focus leaves it to the row in its place.
+    void keepFocus(const QVector<ProtocolItem *> &before);
     void updateRecent(const QStringList &inUse);
     /// Opens the settings dialog for a new analyzer of a library.
     void addFrom(int library);

@@ -5,6 +5,7 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QStyle>
 #include <QToolTip>
 #include <QWheelEvent>
@@ -21,11 +22,13 @@ constexpr int wheelNotch = 120; // eighths of a degree
 
 QString viewStyle()
 {
+    // Rows are as high as their grid: in a gap between two of them a click would go astray.
     return QStringLiteral("QListView{background-color:#1f1f23;border:0px solid #7f7f7f;color:#dfdfdf;outline:0;}"
-                          "QListView::item{min-height:0;border:0;}"
+                          "QListView::item{min-height:%4px;border:0;}"
                           "QListView::item:hover{background-color:%1;}"
                           "QListView::item:selected{background-color:%2;color:%3;}")
-        .arg(gGreys[7].name(), gGreys[5].name(), gGreys[0].name());
+        .arg(gGreys[7].name(), gGreys[5].name(), gGreys[0].name())
+        .arg(ResultView::gridHeight());
 }
 
 bool isMove(int key)
@@ -99,12 +102,28 @@ bool ResultView::event(QEvent *event)
             return true;
         }
     }
-    return QListView::event(event);
+    const bool isTaken = QListView::event(event);
+    if (event->type() == QEvent::Resize) {
+        fitRows(); // not in resizeEvent(), which is the viewport's: that one could not follow from there
+    }
+    return isTaken;
 }
 
-void ResultView::resizeEvent(QResizeEvent *event)
+void ResultView::paintEvent(QPaintEvent *event)
 {
-    QListView::resizeEvent(event);
+    QListView::paintEvent(event);
+    if (hasFocus()) {
+        QPainter painter(viewport());
+        const int line = dp(1);
+        const QRect inner = viewport()->rect().adjusted(line, line, -line, -line);
+        for (const QRect &side : QRegion(viewport()->rect()).subtracted(inner)) {
+            painter.fillRect(side, gGreys[0]);
+        }
+    }
+}
+
+void ResultView::fitRows()
+{
     const int rows = height() / gridHeight();
     const int whole = rows * gridHeight();
     if (height() != whole) {

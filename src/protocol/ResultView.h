@@ -36,7 +36,8 @@ signals:
 
 protected:
     bool event(QEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
+    /// Framed while it has the keyboard's focus, as the line above it is.
+    void paintEvent(QPaintEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
@@ -44,6 +45,8 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    /// Gives up what is left below the last whole row.
+    void fitRows();
     void showTip(const QPoint &place);
 
     int m_rows = 0;

@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -95,7 +96,9 @@ QString tableStyle()
 {
     return QStringLiteral("QTableView{background-color:#ffffff;alternate-background-color:#f4f4f8;color:#1f1f23;"
                           "gridline-color:#d8d8d8;selection-background-color:#c8d4ec;selection-color:#1f1f23;"
-                          "border:1px solid #d8d8d8;}"
+                          "border:1px solid #d8d8d8;outline:0;}"
+                          "QTableView::item{border:0;}"
+                          "QTableView::item:selected{background-color:#c8d4ec;color:#1f1f23;}"
                           "QHeaderView{background-color:#eeeeff;}"
                           "QHeaderView::section{background-color:#eeeeff;color:#1f1f23;"
                           "border-right:1px solid #d8d8d8;border-left:0;border-top:0;"
@@ -109,10 +112,13 @@ SupportTable::SupportTable(QWidget *parent)
       m_table(new QTableView(this))
 {
     setWindowTitle(::tr("Device Supported List"));
-    setStyleSheet(messageBoxStyle() + pushButtonStyle() + scrollBarStyle());
+    // All on the dialog: a header does not take the sheet of a table that stood in a dialog when that got its own.
+    setStyleSheet(messageBoxStyle() + pushButtonStyle() + scrollBarStyle() + tableStyle());
     buildTable();
+    const int width = dp(nameWidth + int(modelNames.size()) * modelWidth + besideTable);
+    const int side = (width - m_table->width()) / 2;
     auto *column = new QVBoxLayout(this);
-    column->setContentsMargins(dp(10), dp(10), dp(10), dp(10));
+    column->setContentsMargins(side, dp(10), side, dp(10));
     column->setSpacing(dp(8));
     column->addWidget(m_table);
     auto *buttons = new QDialogButtonBox(this);
@@ -120,7 +126,7 @@ SupportTable::SupportTable(QWidget *parent)
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     column->addWidget(buttons);
 
-    setFixedWidth(dp(nameWidth + int(modelNames.size()) * modelWidth + besideTable));
+    setFixedWidth(width);
     const QScreen *screen = QGuiApplication::primaryScreen();
     const int most = screen != nullptr ? screen->availableSize().height() - dp(40) : dp(leastHeight);
     setMinimumHeight(std::min(dp(leastHeight), most));
@@ -131,9 +137,11 @@ void SupportTable::buildTable()
 {
     m_table->setModel(makeModel(m_table));
     m_table->setAccessibleName(windowTitle());
-    m_table->setStyleSheet(tableStyle());
     m_table->setAlternatingRowColors(true);
     m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_table->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_table->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_table->setTabKeyNavigation(false);
     m_table->verticalHeader()->hide();
     m_table->horizontalHeader()->setHighlightSections(false);
@@ -142,4 +150,7 @@ void SupportTable::buildTable()
     for (int model = 1; model <= int(modelNames.size()); ++model) {
         m_table->setColumnWidth(model, dp(modelWidth));
     }
+    m_table->ensurePolished();
+    m_table->setFixedWidth(m_table->horizontalHeader()->length() + m_table->verticalScrollBar()->sizeHint().width() +
+                           2 * m_table->frameWidth());
 }

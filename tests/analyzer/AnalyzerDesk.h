@@ -5,6 +5,7 @@
 #include "support/CaptureBuilder.h"
 
 #include <QDir>
+#include <QLibrary>
 #include <QStringList>
 #include <QtTest>
 
@@ -31,7 +32,10 @@ public:
             }
             return all;
         };
-        host.store = [this](const QList<QStringList> &values) { stored = values; };
+        host.store = [this](const QList<QStringList> &values) {
+            stored = values;
+            ++saves;
+        };
         QStringList folders;
         for (const QString &plugin : plugins) {
             folders.append(folderOf(plugin));
@@ -95,10 +99,18 @@ public:
         return results(index) != nullptr ? results(index)->GetNumFrames() : 0;
     }
 
+    /// What a plug-in of the tests counts. @param counter  its function of that name
+    [[nodiscard]] int counted(const char *counter, int library = 0) const
+    {
+        QLibrary file(manager->foundLibraries().at(library).path);
+        return reinterpret_cast<int (*)()>(file.resolve(counter))();
+    }
+
     SmpData capture{8, 0};
     int model = 8;
     int disabledChannel = -1;
     QList<QStringList> stored;
+    int saves = 0;
     QStringList told;
     std::unique_ptr<AnalyzerManager> manager; ///< goes before the capture
 };

@@ -107,6 +107,7 @@ private slots:
     void aSearchTellsItsCount();
     void aLongSearchWithoutMatchEmptiesTheList();
     void aNewSearchEndsTheOneUnderWay();
+    void aSearchThatIsMadeAnewForMoreFramesShowsNoLessMeanwhile();
     void itIsAtRestOnceTheLastResetIsAnswered();
     void noRowIsSelectedUntilOneIsClicked();
     void theClickedRowMovesWithThePage();
@@ -168,8 +169,10 @@ void TstAnalyzerDataGen::aScrollBehindTheListIsPassedOver()
     desk.reset();
     QVERIFY(desk.shows("A0 A1 A2"));
     desk.list->begFrameChanged(4);
-    desk.list->begFrameChanged(11);
     QVERIFY(desk.shows("A4 A5 A6"));
+    desk.list->begFrameChanged(11);
+    desk.list->slotRowNumChanged(2); // has another page made, from the same row
+    QVERIFY(desk.shows("A4 A5"));
 }
 
 void TstAnalyzerDataGen::theNewestOfManyRequestsIsWhatIsShown()
@@ -224,6 +227,31 @@ void TstAnalyzerDataGen::aNewSearchEndsTheOneUnderWay()
     results.held = false;
     QVERIFY(desk.shows("Hit A0 Hit A10 Hit A20"));
     QVERIFY(results.texts < 210); // one of the first search, then one scan and the page
+}
+
+void TstAnalyzerDataGen::aSearchThatIsMadeAnewForMoreFramesShowsNoLessMeanwhile()
+{
+    ThreadDesk desk;
+    MadeResults &results = desk.add('A').row(600'000, 0, 10, 250'000); // some reports long
+    desk.list->slotRowNumChanged(8);
+    desk.reset(text("hit"));
+    QVERIFY(desk.shows("Hit A0 Hit A250000 Hit A500000"));
+    QTRY_VERIFY_WITH_TIMEOUT(desk.list->isAtRest(), patience);
+    QStringList seen;
+    connect(desk.list.get(), &AnalyzerDataGen::listTotalChanged, desk.list.get(), [&](qlonglong, qlonglong max, int) {
+        seen.append(QString::number(max) + QLatin1Char(' ') + desk.list->rows().join(QLatin1Char(' ')));
+    });
+    results.frame(6'000'000, 6'000'005, true);
+    desk.reset(text("hit"), 0, wholeCapture, AnalyzerDataGen::Clicked::Keep);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.list->isAtRest(), patience);
+    const QString before = text("3 Hit A0 Hit A250000 Hit A500000");
+    const QString behind = text("4 Hit A0 Hit A250000 Hit A500000 Hit A600000");
+    QCOMPARE(seen.constLast(), behind);
+    seen.removeAll(before);
+    seen.removeAll(behind);
+    QCOMPARE(seen, QStringList());
+    desk.reset(text("hit a5")); // another one tells what it finds as it finds it
+    QVERIFY(desk.shows("Hit A500000"));
 }
 
 void TstAnalyzerDataGen::itIsAtRestOnceTheLastResetIsAnswered()

@@ -2,8 +2,7 @@
 
 #include "AnalyzerDesk.h"
 #include "analyzer/AnalyzerDataGen.h"
-
-#include <QLibrary>
+#include "plugins/TextGate.h"
 
 #include <atomic>
 
@@ -27,6 +26,7 @@ private slots:
     void aChannelThatTheCaptureLacksIsAMessage();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
+    void aDecoderThatLeavesLateIsNoLiarAndGoesOn();
     void textsThatThrowAreEmpty();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse();
@@ -61,11 +61,10 @@ void TstAnalyzerLies::aPluginThatCannotMakeAnAnalyzerAddsNone()
 void TstAnalyzerLies::anAnalyzerThatCannotBeUsedIsDestroyed()
 {
     AnalyzerDesk desk({QStringLiteral("no-settings")});
-    QLibrary file(desk.manager->foundLibraries().at(0).path);
-    const auto live = reinterpret_cast<int (*)()>(file.resolve("LiveAnalyzers"));
-    QVERIFY(live != nullptr);
+    const int destroyed = desk.counted("DestroyedAnalyzers");
     QVERIFY(!desk.add());
-    QCOMPARE(live(), 0);
+    QCOMPARE(desk.counted("LiveAnalyzers"), 0);
+    QCOMPARE(desk.counted("DestroyedAnalyzers"), destroyed + 1);
 }
 
 void TstAnalyzerLies::whatAPluginThrowsIsToldOnceAndTheOthersGoOn_data()
@@ -224,6 +223,9 @@ void TstAnalyzerLies::aDecoderThatNeverLeavesIsTakenOutAndLeftBehind()
     QCOMPARE(desk.manager->count(), 2);
 
     CaptureBuilder{3000}.fill(desk.capture); // the store does not wait for it
+    desk.manager->setCapture(nullptr, 0);
+    QVERIFY2(desk.capture.smpCount() == 3000, "only the last capture was given up to it");
+    desk.manager->setCapture(&desk.capture, 0);
     desk.manager->captureReady();
     QVERIFY(desk.waitForWorkers());
     QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
@@ -232,6 +234,32 @@ void TstAnalyzerLies::aDecoderThatNeverLeavesIsTakenOutAndLeftBehind()
     QTRY_COMPARE_WITH_TIMEOUT(desk.told.size(), 2, 10000); // that it does not stop, and that it was left behind
     desk.manager->captureStarts();
     desk.capture.clear(); // waits for nobody
+}
+
+void TstAnalyzerLies::aDecoderThatLeavesLateIsNoLiarAndGoesOn()
+{
+    AnalyzerDesk desk({QStringLiteral("leaves-late")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    TextGate &mayLeave = *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    mayLeave.held = true;
+    QVERIFY(desk.add());
+    desk.manager->captureStarts(); // as on a machine that has much else to do
+    CaptureBuilder{3000}.fill(desk.capture);
+    desk.manager->captureReady();
+    QVERIFY(desk.manager->isWorkerRunning(0)); // as soon as the last one has left
+    QVERIFY(desk.manager->message(0).isEmpty());
+    mayLeave.held = false;
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
+    QCOMPARE(desk.told, QStringList());
+    QCOMPARE(desk.counted("LiveAnalyzers"), 1);
+
+    mayLeave.held = true;
+    desk.manager->restartAnalyzer(0);
+    desk.manager->stopAllWorkers();
+    desk.manager->captureReady();
+    mayLeave.held = false;
+    desk.manager.reset(); // it runs no more
 }
 
 void TstAnalyzerLies::textsThatThrowAreEmpty()

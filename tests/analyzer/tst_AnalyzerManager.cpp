@@ -8,11 +8,127 @@
 #include <QTemporaryDir>
 
 #include <atomic>
+#include <random>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace {
 
 const QString sound = QStringLiteral("sound");
+
+/// What a user and a device do with analyzers, in any order, while decoders run, results are listed and simulated
+/// captures fill the store.
+class BusyDesk : public AnalyzerDesk {
+public:
+    BusyDesk() : AnalyzerDesk({sound, QStringLiteral("restarts-once")}), list(*manager)
+    {
+        list.slotRowNumChanged(5);
+        const auto reset = [this] { list.reset({QString(), 0, double(most)}); };
+        QObject::connect(&list, &AnalyzerDataGen::resetWanted, &list, reset);
+        QObject::connect(manager.get(), &AnalyzerManager::analyzerItemChanged, &list, reset);
+        CaptureBuilder{most / 2, rate, 10}.fill(other);
+    }
+    ~BusyDesk()
+    {
+        endCapture();
+        manager->setCapture(nullptr, 0); // one of them goes before the manager
+    }
+
+    void act(std::uint32_t what, std::uint32_t random)
+    {
+        const int item = manager->count() > 0 ? int(random % std::uint32_t(manager->count())) : -1;
+        switch (what) {
+        case 0:
+            (void)(manager->count() < mostItems && add(int(random % 8), int(random / 8 % 2)));
+            break;
+        case 1:
+            manager->loadFromConfig();
+            break;
+        case 2:
+            beginCapture(random);
+            break;
+        case 3:
+            takeCapture();
+            break;
+        case 4: // another device
+            manager->setCapture(nullptr, 0);
+            manager->loadFromConfig();
+            manager->setCapture(random % 2 == 0 ? &other : &capture, random);
+            break;
+        case 5:
+            QCoreApplication::processEvents();
+            break;
+        default:
+            if (item >= 0) {
+                actOn(item, what);
+            }
+        }
+    }
+    void endCapture()
+    {
+        while (m_capture.joinable()) {
+            takeCapture();
+            QCoreApplication::processEvents(); // it may wait for a worker
+        }
+    }
+    /// The capture's thread may still be at work.
+    void takeCapture()
+    {
+        if (!m_isFilled) {
+            return;
+        }
+        m_capture.join();
+        m_isFilled = false;
+        manager->captureReady();
+    }
+    /// What is done with one analyzer: from this number on.
+    static constexpr std::uint32_t ofAnItem = 6;
+    static constexpr std::uint32_t actions = ofAnItem + 4;
+
+private:
+    static constexpr int mostItems = 5;
+    static constexpr std::int64_t most = 1'000'000; // samples
+    static constexpr std::int64_t rate = 100'000'000;
+
+    void actOn(int item, std::uint32_t what)
+    {
+        switch (what - ofAnItem) {
+        case 0:
+            manager->removeAnalyzer(item);
+            break;
+        case 1:
+            manager->restartAnalyzer(item);
+            break;
+        case 2:
+            manager->stopWorker(item);
+            break;
+        default:
+            manager->setDisplayFormat(item, item);
+            manager->setShown(item, !manager->isShown(item));
+        }
+    }
+    void beginCapture(std::uint32_t random)
+    {
+        if (m_capture.joinable()) {
+            return;
+        }
+        manager->captureStarts();
+        m_capture = std::thread([this, samples = std::int64_t(random % most + 100)] {
+            std::vector<SimulationChannel> channels;
+            manager->simulation().begin(rate);
+            manager->simulation().build(samples, rate, channels);
+            manager->simulation().release();
+            CaptureBuilder{samples, rate, 10}.fill(capture);
+            m_isFilled = true;
+        });
+    }
+
+    AnalyzerDataGen list; ///< goes before the manager
+    SmpData other{8, 0};
+    std::thread m_capture;
+    std::atomic<bool> m_isFilled{false};
+};
 
 } // namespace
 
@@ -25,13 +141,21 @@ private slots:
     void aStoredTripleWithoutPluginGivesNoItemNoMessageAndGoesAtTheNextSave();
     void anAddedAnalyzerIsStoredAndDecodesAtOnce();
     void theStoredListComesBackWithSettingsAndFormat();
+    void storedTextIsReadByThreesTrimmedAndComparedByCase();
+    void aLoadEndsTheWorkersThatRun();
     void removingTheFirstOfTwoMovesTheSecondToIndexZero();
     void needsRestartRunsTheWorkerAgainAndTellsAfterwards();
     void aFileNameOutOfRangeIsEmpty();
     void aNewCaptureIsDecodedByEachAnalyzer();
+    void aNewCaptureAndTheEndStoreNothing();
     void theStartOfACaptureStopsAllAndDropsTheResults();
     void aRestartTakesTheNewSettings();
+    void aRestartIsStoredAndToldBeforeItRuns();
+    void whoHearsOfAStartMayChangeTheList();
+    void whoHearsThatTheListIsStoredMayRemoveFromIt();
+    void whoHearsOfARunsEndOrTheNextOnesStartMayRemoveIt();
     void aWorkerThatHasEndedMayBeStoppedBeforeItsNoticeComes();
+    void theNoticeOfAWorkerThatIsNotThereIsPassedOver();
     void aFormatIsStoredWithoutANewRun();
     void aPluginForOtherModelsIsMarkedAndMayBeAddedAllTheSame();
     void channelsTellWhoUsesThem();
@@ -42,6 +166,7 @@ private slots:
     void resultsAreReplacedOnlyWhenTheirReadersHaveLeft();
     void aRestartWaitsForTheStepOfAScan();
     void aWriterOfWhomNobodyToldIsLeftToAlone();
+    void whateverIsAskedForWhileDecodersRunLeavesThemSound();
 };
 
 void TstAnalyzerManager::anEmptyFolderGivesEmptyLists()
@@ -112,6 +237,33 @@ void TstAnalyzerManager::theStoredListComesBackWithSettingsAndFormat()
     QVERIFY2(!desk.manager->isWorkerRunning(0), "a load starts nothing");
 }
 
+void TstAnalyzerManager::storedTextIsReadByThreesTrimmedAndComparedByCase()
+{
+    AnalyzerDesk desk({sound});
+    const QString line = QStringLiteral(" sound.dll ; 5 ; 3 ;SOUND.dll;1;2;sound.dll;6;4;sound.dll");
+    desk.stored = {line.split(QLatin1Char(';'))};
+    desk.manager->loadFromConfig();
+    QCOMPARE(desk.manager->count(), 2);
+    QCOMPARE(AnalyzerDesk::lineOf(*desk.manager->analyzerAt(0))->GetChannel().channelIndex, 5U);
+    QCOMPARE(desk.manager->displayFormat(0), 3);
+    QCOMPARE(AnalyzerDesk::lineOf(*desk.manager->analyzerAt(1))->GetChannel().channelIndex, 6U);
+    QCOMPARE(desk.manager->displayFormat(1), 4);
+}
+
+void TstAnalyzerManager::aLoadEndsTheWorkersThatRun()
+{
+    AnalyzerDesk desk({sound});
+    CaptureBuilder{5'000'000, 100'000'000, 2}.fill(desk.capture); // for a while
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.add(1));
+    QVERIFY(desk.manager->isWorkerRunning(0) && desk.manager->isWorkerRunning(1));
+    desk.manager->loadFromConfig();
+    QCOMPARE(desk.manager->count(), 2);
+    QVERIFY(!desk.manager->isWorkerRunning(0) && !desk.manager->isWorkerRunning(1));
+    QTRY_COMPARE(desk.capture.leaseCount(), 0); // at once, unless the machine has much else to do
+    QCOMPARE(desk.counted("LiveAnalyzers"), 2);
+}
+
 void TstAnalyzerManager::removingTheFirstOfTwoMovesTheSecondToIndexZero()
 {
     AnalyzerDesk desk({sound});
@@ -164,6 +316,19 @@ void TstAnalyzerManager::aNewCaptureIsDecodedByEachAnalyzer()
     QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
 }
 
+void TstAnalyzerManager::aNewCaptureAndTheEndStoreNothing()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    const int saves = desk.saves;
+    desk.manager->captureStarts();
+    CaptureBuilder{5000}.fill(desk.capture);
+    desk.manager->captureReady();
+    desk.manager.reset();
+    QCOMPARE(desk.saves, saves);
+    QCOMPARE(desk.stored.size(), 1);
+}
+
 void TstAnalyzerManager::theStartOfACaptureStopsAllAndDropsTheResults()
 {
     AnalyzerDesk desk({sound});
@@ -186,6 +351,98 @@ void TstAnalyzerManager::aRestartTakesTheNewSettings()
     QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(7) - 1));
 }
 
+void TstAnalyzerManager::aRestartIsStoredAndToldBeforeItRuns()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.waitForWorkers());
+    QStringList order;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerItemChanged, this, [&] {
+        order.append(QStringLiteral("stored %1").arg(desk.stored.value(0).value(1)));
+        QVERIFY(!desk.manager->isWorkerRunning(0));
+    });
+    connect(desk.manager.get(), &AnalyzerManager::analyzerStarted, this, [&] { order.append(QStringLiteral("runs")); });
+    AnalyzerDesk::lineOf(*desk.manager->analyzerAt(0))->SetChannel(Channel(0, 4));
+    desk.manager->restartAnalyzer(0);
+    QCOMPARE(order, QStringList({QStringLiteral("stored 4"), QStringLiteral("runs")}));
+}
+
+void TstAnalyzerManager::whoHearsOfAStartMayChangeTheList()
+{
+    AnalyzerDesk desk({sound});
+    for (const int channel : {0, 1, 2}) {
+        QVERIFY(desk.add(channel));
+    }
+    QVERIFY(desk.waitForWorkers());
+    desk.manager->captureStarts();
+    int starts = 0;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerStarted, this, [&] {
+        if (++starts == 1) {
+            desk.manager->removeAnalyzer(1);
+            desk.manager->removeAnalyzer(0); // the one that has just begun
+        }
+    });
+    CaptureBuilder{5000}.fill(desk.capture);
+    desk.manager->captureReady();
+    QCOMPARE(desk.manager->count(), 1);
+    QCOMPARE(starts, 2);
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(2) - 1));
+    QTRY_COMPARE_WITH_TIMEOUT(desk.capture.leaseCount(), 0, 30000);
+}
+
+void TstAnalyzerManager::whoHearsThatTheListIsStoredMayRemoveFromIt()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.add(1));
+    QVERIFY(desk.waitForWorkers());
+    bool isRemoving = false;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerItemChanged, this, [&] {
+        if (!std::exchange(isRemoving, true)) {
+            desk.manager->removeAnalyzer(0);
+        }
+    });
+    desk.manager->restartAnalyzer(1); // goes on with the one that was second
+    QCOMPARE(desk.manager->count(), 1);
+    QVERIFY(desk.manager->isWorkerRunning(0));
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(1) - 1));
+
+    isRemoving = false;
+    desk.manager->restartAnalyzer(0);
+    QCOMPARE(desk.manager->count(), 0);
+    isRemoving = false;
+    QVERIFY(!desk.add(2)); // it is gone before it runs
+    QCOMPARE(desk.manager->count(), 0);
+    QTRY_COMPARE_WITH_TIMEOUT(desk.counted("LiveAnalyzers"), 0, 30000);
+}
+
+void TstAnalyzerManager::whoHearsOfARunsEndOrTheNextOnesStartMayRemoveIt()
+{
+    for (const bool isAtStart : {false, true}) {
+        AnalyzerDesk desk({QStringLiteral("restarts")}); // runs again by itself, once
+        int starts = 0;
+        int ends = 0;
+        connect(desk.manager.get(), &AnalyzerManager::analyzerStarted, this, [&] {
+            if (++starts == 2 && isAtStart) {
+                desk.manager->removeAnalyzer(0);
+            }
+        });
+        connect(desk.manager.get(), &AnalyzerManager::analyzerDecodedChanged, this, [&] {
+            if (++ends == 1 && !isAtStart) {
+                desk.manager->removeAnalyzer(0);
+            }
+        });
+        QVERIFY(desk.add());
+        QTRY_COMPARE_WITH_TIMEOUT(desk.manager->count(), 0, 30000);
+        QCOMPARE(starts, 2);
+        QCOMPARE(ends, 1);
+        // At once, unless the machine has much else to do.
+        QTRY_COMPARE_WITH_TIMEOUT(desk.counted("LiveAnalyzers"), 0, 30000);
+    }
+}
+
 void TstAnalyzerManager::aWorkerThatHasEndedMayBeStoppedBeforeItsNoticeComes()
 {
     AnalyzerDesk desk({sound});
@@ -199,6 +456,19 @@ void TstAnalyzerManager::aWorkerThatHasEndedMayBeStoppedBeforeItsNoticeComes()
     }
     QCoreApplication::processEvents();
     QVERIFY(desk.told.isEmpty());
+}
+
+void TstAnalyzerManager::theNoticeOfAWorkerThatIsNotThereIsPassedOver()
+{
+    AnalyzerDesk desk({QStringLiteral("restarts-always")});
+    QVERIFY(desk.add());
+    desk.manager->stopAllWorkers();
+    QSignalSpy ended(desk.manager.get(), &AnalyzerManager::analyzerDecodedChanged);
+    AnalyzerProgMng other(desk.manager->analyzerAt(0));
+    desk.manager->slotStopWorkThread(&other, desk.manager->analyzerAt(0));
+    desk.manager->slotStopWorkThread(nullptr, nullptr);
+    QVERIFY(!desk.manager->isWorkerRunning(0));
+    QCOMPARE(ended.count(), 0);
 }
 
 void TstAnalyzerManager::aFormatIsStoredWithoutANewRun()
@@ -312,6 +582,7 @@ void TstAnalyzerManager::aRestartWaitsForTheStepOfAScan()
     const auto textGateOf = reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"));
     QVERIFY(textGateOf != nullptr);
     TextGate &texts = *textGateOf();
+    desk.manager->gate().patience = std::chrono::seconds(30); // the helper may be slow
     QVERIFY(desk.add());
     QVERIFY(desk.waitForWorkers());
 
@@ -354,6 +625,29 @@ void TstAnalyzerManager::aWriterOfWhomNobodyToldIsLeftToAlone()
     desk.manager->captureReady();
     QVERIFY(desk.waitForWorkers());
     QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
+}
+
+void TstAnalyzerManager::whateverIsAskedForWhileDecodersRunLeavesThemSound()
+{
+    std::mt19937 random(3);
+    BusyDesk desk;
+    for (int i = 0; i < 400; ++i) {
+        const auto what = std::uint32_t(random() % BusyDesk::actions);
+        desk.act(what, std::uint32_t(random()));
+    }
+    desk.endCapture();
+    desk.manager->setCapture(&desk.capture, 0);
+    QVERIFY(desk.add(3));
+    QVERIFY(desk.waitForWorkers()); // a machine that has much to do may have let one of them linger
+    for (int i = 0; i < desk.manager->count(); ++i) {
+        desk.manager->restartAnalyzer(i);
+    }
+    QVERIFY(desk.waitForWorkers());
+    for (int i = 0; i < desk.manager->count(); ++i) {
+        const auto line = int(AnalyzerDesk::lineOf(*desk.manager->analyzerAt(i))->GetChannel().channelIndex);
+        QCOMPARE(desk.frames(i), std::uint64_t(desk.capture.entryCount(line) - 1));
+    }
+    QCOMPARE(desk.stored.size(), desk.manager->count());
 }
 
 QTEST_GUILESS_MAIN(TstAnalyzerManager)

@@ -1,5 +1,9 @@
 #include "AnalyzerDesk.h"
+#include "analyzer/CloneThread.h"
 
+#include <future>
+#include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -17,8 +21,11 @@ private slots:
     void withoutAnalyzersNobodyDrivesAnything();
     void aCloneThatThrowsDrivesNothingAndIsTold();
     void aCloneThatNeverReturnsIsLeftBehindAndTold();
+    void aJobThatReturnsTooLateIsClearedUpOnItsThread();
     void anAnalyzerWithoutAChannelDrivesNothing();
     void aRunThatHasBegunKeepsItsClones();
+    void aCloneIsThePluginsToDestroyAndAnAnalyzerIsNot();
+    void clonesHaveTheSettingsOfTheirAnalyzersAtTheStart();
 };
 
 void TstAnalyzerSimulation::anAnalyzerDrivesItsChannel()
@@ -107,6 +114,28 @@ void TstAnalyzerSimulation::aCloneThatNeverReturnsIsLeftBehindAndTold()
     QVERIFY2(desk.told[0].contains(QStringLiteral("could not be ended")), qPrintable(desk.told[0]));
 }
 
+void TstAnalyzerSimulation::aJobThatReturnsTooLateIsClearedUpOnItsThread()
+{
+    std::promise<void> mayReturn;
+    std::promise<std::thread::id> hasReturned;
+    std::promise<std::thread::id> isCleared;
+    const auto held = std::make_shared<int>(0);
+    {
+        CloneThread thread(std::chrono::milliseconds(1));
+        const bool isInTime = thread.run(
+            [&, held] {
+                mayReturn.get_future().wait();
+                hasReturned.set_value(std::this_thread::get_id());
+            },
+            [&, held] { isCleared.set_value(std::this_thread::get_id()); });
+        QVERIFY(!isInTime);
+        QVERIFY(!thread.run([] {}));
+    }
+    mayReturn.set_value();
+    QVERIFY(hasReturned.get_future().get() == isCleared.get_future().get());
+    QTRY_COMPARE(held.use_count(), 1L);
+}
+
 void TstAnalyzerSimulation::anAnalyzerWithoutAChannelDrivesNothing()
 {
     AnalyzerDesk desk({QStringLiteral("sound")});
@@ -134,6 +163,38 @@ void TstAnalyzerSimulation::aRunThatHasBegunKeepsItsClones()
     channels.clear();
     source.build(1000, rate, channels);
     QVERIFY(channels.empty());
+    source.release();
+}
+
+void TstAnalyzerSimulation::aCloneIsThePluginsToDestroyAndAnAnalyzerIsNot()
+{
+    AnalyzerDesk desk({QStringLiteral("sound")});
+    const int live = desk.counted("LiveAnalyzers");
+    const int destroyed = desk.counted("DestroyedAnalyzers");
+    QVERIFY(desk.add());
+    SimulationSource &source = desk.manager->simulation();
+    source.begin(rate);
+    QCOMPARE(desk.counted("LiveAnalyzers"), live + 2);
+    source.release();
+    QCOMPARE(desk.counted("LiveAnalyzers"), live + 1);
+    QCOMPARE(desk.counted("DestroyedAnalyzers"), destroyed + 1);
+    desk.manager->removeAnalyzer(0);
+    QCOMPARE(desk.counted("LiveAnalyzers"), live);
+    QCOMPARE(desk.counted("DestroyedAnalyzers"), destroyed + 1);
+}
+
+void TstAnalyzerSimulation::clonesHaveTheSettingsOfTheirAnalyzersAtTheStart()
+{
+    AnalyzerDesk desk({QStringLiteral("sound")});
+    QVERIFY(desk.add(2));
+    AnalyzerDesk::lineOf(*desk.manager->analyzerAt(0))->SetChannel(Channel(0, 6)); // without a word to the manager
+    desk.manager->captureStarts();
+    SimulationSource &source = desk.manager->simulation();
+    source.begin(rate);
+    std::vector<SimulationChannel> channels;
+    source.build(1000, rate, channels);
+    QCOMPARE(channels.size(), std::size_t(1));
+    QCOMPARE(channels[0].chn, 6);
     source.release();
 }
 

@@ -1,6 +1,7 @@
 #include "analyzer/AnalyzerManager.h"
 #include "analyzer/PluginFolder.h"
 #include "analyzer/PluginGuard.h"
+#include "settings/Config.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,6 +33,7 @@ private slots:
     void initTestCase();
     void init();
 
+    void aFileThatLacksAnEntryPointGivesNoEntry_data();
     void aFileThatLacksAnEntryPointGivesNoEntry();
     void aFileThatIsNoLibraryGivesNoEntry();
     void aPluginWithoutAListOfModelsIsOfferedForEveryModel();
@@ -42,6 +44,7 @@ private slots:
     void aNameThatTheFirstFolderHasWins();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut_data();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut();
+    void onlyTheProgramsOwnFolderAndTheUsersAreLookedInto();
     void nothingIsLoadedFromWhereOthersMayWrite();
     void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried_data();
     void aPluginWithWhichTheProgramDiedIsPassedOverUntilItIsRetried();
@@ -84,13 +87,24 @@ QString TstPluginFolder::copied(const char *plugin, const QString &folder, const
     return target;
 }
 
+void TstPluginFolder::aFileThatLacksAnEntryPointGivesNoEntry_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::newRow("all but CreateAnalyzer") << QStringLiteral("bare");
+    QTest::newRow("CreateAnalyzer") << QStringLiteral("lacks-create");
+    QTest::newRow("DestroyAnalyzer") << QStringLiteral("lacks-destroy");
+    QTest::newRow("GetAnalyzerName") << QStringLiteral("lacks-name");
+}
+
 void TstPluginFolder::aFileThatLacksAnEntryPointGivesNoEntry()
 {
+    QFETCH(QString, plugin);
     PluginGuard guard({});
-    const auto scan = PluginFolder::scan({folderOf("bare")}, guard);
+    const auto scan = PluginFolder::scan({folderOf(plugin.toLatin1().constData())}, guard);
     QVERIFY(scan.libraries.isEmpty());
     QCOMPARE(scan.refusals.size(), 1);
-    QCOMPARE(scan.refusals.constFirst().fileName, QStringLiteral("bare.dll"));
+    QCOMPARE(scan.refusals.constFirst().fileName, plugin + QStringLiteral(".dll"));
+    QCOMPARE(scan.refusals.constFirst().reason, QStringLiteral("it lacks an entry point of a decoder"));
 }
 
 void TstPluginFolder::aFileThatIsNoLibraryGivesNoEntry()
@@ -116,6 +130,13 @@ void TstPluginFolder::aPluginWithoutAListOfModelsIsOfferedForEveryModel()
     QVERIFY(scan.libraries.constFirst().supportedModels.isEmpty());
     const auto some = PluginFolder::scan({folderOf("sound")}, guard);
     QCOMPARE(some.libraries.constFirst().supportedModels, QVector<int>({3, 5}));
+    int model = 0;
+    AnalyzerHost host;
+    host.model = [&model] { return model; };
+    const AnalyzerManager manager(host, {folderOf("returns")}, {});
+    for (; model < 12; ++model) {
+        QCOMPARE(manager.libraryDisplayNames(), QStringList{QStringLiteral("Lie")}); // without a note
+    }
 }
 
 void TstPluginFolder::emptyPartsOfTheListOfModelsAreLeftOut_data()
@@ -181,6 +202,16 @@ void TstPluginFolder::aPluginThatThrowsWhenItIsAskedIsLeftOut()
     const auto scan = PluginFolder::scan({folderOf(plugin.toLatin1().constData())}, guard);
     QVERIFY(scan.libraries.isEmpty());
     QCOMPARE(scan.refusals.size(), 1);
+}
+
+void TstPluginFolder::onlyTheProgramsOwnFolderAndTheUsersAreLookedInto()
+{
+    const QStringList folders = PluginFolder::standardFolders();
+    QCOMPARE(folders, QStringList({QCoreApplication::applicationDirPath() + QStringLiteral("/Analyzer/"),
+                                   QFileInfo(configPath()).path() + QStringLiteral("/Analyzer/")}));
+    for (const QString &folder : folders) {
+        QVERIFY2(QDir::isAbsolutePath(folder), qPrintable(folder)); // never the current folder
+    }
 }
 
 void TstPluginFolder::nothingIsLoadedFromWhereOthersMayWrite()

@@ -14,12 +14,17 @@
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
+#include "protocol/AllAnalyzers.h"
+#include "protocol/ExportDialog.h"
+#include "protocol/SupportTable.h"
+#include "update/UpdateDialog.h"
 #include "wave/AChnTAG.h"
 #include "wave/CursorHandle.h"
 #include "wave/ItemChnSidebar.h"
 #include "wave/LabelMove.h"
 #include "wave/MainView.h"
 #include "wave/PosiView.h"
+#include "wave/SensitivityMenu.h"
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
@@ -63,7 +68,7 @@ bool isInner(const QWidget *widget)
             return true;
         }
     }
-    return widget->objectName().startsWith(QLatin1String("qt_"));
+    return widget->objectName().startsWith(QLatin1String("qt_")) || widget->inherits("QTableCornerButton");
 }
 
 /// What can be operated by hand, or takes the focus of the keyboard.
@@ -105,6 +110,10 @@ QString spokenName(const QWidget *widget)
     }
     if (const auto *button = qobject_cast<const QAbstractButton *>(widget)) {
         return button->text();
+    }
+    const auto *link = qobject_cast<const QLabel *>(widget);
+    if (link != nullptr && link->textInteractionFlags().testFlag(Qt::LinksAccessibleByKeyboard)) {
+        return link->text();
     }
     for (const QLabel *label : widget->window()->findChildren<QLabel *>()) {
         if (label->buddy() == widget) {
@@ -225,6 +234,25 @@ private:
         }
         QCoreApplication::processEvents();
     }
+    [[nodiscard]] std::unique_ptr<QWidget> dialogOfDecoders(const QString &dialog) const
+    {
+        if (dialog == QLatin1String("all decoders")) {
+            auto all = std::make_unique<AllAnalyzers>(m_window.get());
+            all->setNames({QStringLiteral("UART"), QStringLiteral("SPI")});
+            return all;
+        }
+        if (dialog == QLatin1String("models of decoders")) {
+            return std::make_unique<SupportTable>(m_window.get());
+        }
+        if (dialog == QLatin1String("kinds of a decoder's file")) {
+            const ExportChoice csv{0, QStringLiteral("csv"), QStringLiteral("CSV file (*.csv)")};
+            const ExportChoice txt{1, QStringLiteral("txt"), QStringLiteral("Text file (*.txt)")};
+            return std::make_unique<ExportDialog>(
+                QVector<ExportOption>{{QStringLiteral("Frames"), {csv, txt}}, {QStringLiteral("Bytes"), {csv}}},
+                m_window.get());
+        }
+        return nullptr;
+    }
     /// Makes room for a voltage in each row of thresholds.
     void typeThresholds() const
     {
@@ -327,7 +355,8 @@ void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab_data()
 {
     QTest::addColumn<QString>("dialog");
     for (const char *name : {"options", "export", "about", "progress", "models", "channels", "analog parameters",
-                             "values of an analog channel"}) {
+                             "values of an analog channel", "all decoders", "models of decoders",
+                             "kinds of a decoder's file", "update", "sensitivity"}) {
         QTest::newRow(name) << QString::fromLatin1(name);
     }
 }
@@ -336,8 +365,18 @@ void TstAccessibility::everyControlOfADialogHasANameAndIsReachedByTab()
 {
     QFETCH(QString, dialog);
     setUpAtWork(97);
-    std::unique_ptr<QWidget> made;
-    if (dialog == QLatin1String("options")) {
+    std::unique_ptr<QWidget> made = dialogOfDecoders(dialog);
+    if (made != nullptr) {
+        QVERIFY(!made->isVisible());
+    } else if (dialog == QLatin1String("update")) {
+        auto update = std::make_unique<UpdateDialog>(m_window.get());
+        update->showManual(QStringLiteral("9.9"), QUrl(QStringLiteral("https://example.org/")));
+        made = std::move(update);
+    } else if (dialog == QLatin1String("sensitivity")) {
+        auto menu = std::make_unique<SensitivityMenu>(m_window.get());
+        menu->ask(QStringLiteral("0.5"), m_window->geometry().center()); // with the focus in its only field
+        made = std::move(menu);
+    } else if (dialog == QLatin1String("options")) {
         made = std::make_unique<Options>(m_window.get());
     } else if (dialog == QLatin1String("export")) {
         made = std::make_unique<ExportDataSet>(

@@ -30,6 +30,7 @@ private slots:
     void withoutDocumentsTheDialogBeginsAtHome();
     void theSaveDialogOffersTheKindInADetailView();
     void theSuffixIsAddedToATypedName();
+    void anEndingThatIsGivenTakesThePlaceOfTheKinds();
     void theDirectoryIsRememberedOnlyWhenAFileIsChosen();
     void aFileThatExistsIsReplacedOnlyOnRequest();
     void theDialogsSpeakTheProgramsLanguage();
@@ -163,6 +164,24 @@ void TstFileDialogs::theSuffixIsAddedToATypedName()
     QCOMPARE(save(), path("typed.cxdat"));
     typed = QStringLiteral("other.dat");
     QCOMPARE(save(), path("other.dat"));
+}
+
+void TstFileDialogs::anEndingThatIsGivenTakesThePlaceOfTheKinds()
+{
+    QString typed;
+    QString filter;
+    DialogDriver<QFileDialog> dialogs([&](QFileDialog &dialog) {
+        filter = dialog.selectedNameFilter();
+        emit dialog.filterSelected(filter); // the user looks at the only one that there is
+        chooseFile(dialog, typed);
+    });
+    const auto ask = [this] { return FileDialogs::askSavePath(nullptr, 2, m_time, QStringLiteral("pcap")); };
+    QCOMPARE(ask(), path("2026-03-09_07-05-01.pcap"));
+    QCOMPARE(filter, QStringLiteral("Text file (*.txt)"));
+    typed = QStringLiteral("typed");
+    QCOMPARE(ask(), path("typed.pcap"));
+    typed = QStringLiteral("typed.txt");
+    QCOMPARE(ask(), path("typed.txt"));
 }
 
 void TstFileDialogs::theDirectoryIsRememberedOnlyWhenAFileIsChosen()

@@ -1,5 +1,7 @@
 // Every shipped language has room in the window and in the dialogs.
 
+#include "analyzer/AnalyzerHost.h"
+#include "analyzer/AnalyzerManager.h"
 #include "app/AboutLUX.h"
 #include "app/WindowDesk.h"
 #include "controls/Look.h"
@@ -13,6 +15,11 @@
 #include "panels/Options.h"
 #include "panels/Toolbar.h"
 #include "panels/VthSetting.h"
+#include "protocol/AllAnalyzers.h"
+#include "protocol/ExportDialog.h"
+#include "protocol/ExportOptions.h"
+#include "protocol/ProtocolEdit.h"
+#include "protocol/SupportTable.h"
 #include "session/RunStatus.h"
 #include "support/DialogDriver.h"
 #include "update/UpdateDialog.h"
@@ -103,6 +110,8 @@ private slots:
     void theProgressDialogShowsEveryState();
     void theUpdateDialogShowsEveryState_data() { theSmallestWindowShowsEveryText_data(); }
     void theUpdateDialogShowsEveryState();
+    void theDialogsOfDecodersShowEveryText_data();
+    void theDialogsOfDecodersShowEveryText();
     void aTextThatIsCutOffIsFound();
 
 private:
@@ -293,6 +302,43 @@ void TstLanguageLayout::theUpdateDialogShowsEveryState()
                                            .replace(QLatin1Char(' '), QLatin1Char('-'))));
         }
     }
+}
+
+void TstLanguageLayout::theDialogsOfDecodersShowEveryText_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<int>("dpi");
+    for (const char *code : {"en-US", "de", "ja", "zh-CN", "zh-TW"}) {
+        QTest::addRow("%s, 96 dpi", code) << QString::fromLatin1(code) << 96;
+    }
+    QTest::addRow("de, 192 dpi") << QStringLiteral("de") << 192; // with the longest words
+}
+
+void TstLanguageLayout::theDialogsOfDecodersShowEveryText()
+{
+    QFETCH(QString, code);
+    QFETCH(int, dpi);
+    speak(code, dpi);
+    AnalyzerHost host;
+    host.channelCount = [] { return 16; };
+    host.isChannelEnabled = [](int) { return true; };
+    AnalyzerManager manager(host, {QStringLiteral(LUX_PLUGINS)}, QString());
+    AllAnalyzers all;
+    all.setNames(manager.libraryDisplayNames());
+    SupportTable table;
+    QStringList cut = cutTextsOfDialog(all) + cutTextsOfDialog(table);
+    QVERIFY(!manager.foundLibraries().isEmpty());
+    for (int library = 0; library < manager.foundLibraries().size(); ++library) {
+        ProtocolEdit settings(false, &manager, library);
+        QVERIFY(settings.isUsable());
+        cut += cutTextsOfDialog(settings);
+        QVERIFY(settings.width() <= 640 * dpi / 96);
+        Analyzer *analyzer = manager.createAnalyzer(library);
+        ExportDialog exports(exportOptionsOf(*analyzer));
+        cut += cutTextsOfDialog(exports);
+        manager.destroyAnalyzer(library, analyzer);
+    }
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QLatin1Char('\n'))));
 }
 
 void TstLanguageLayout::aTextThatIsCutOffIsFound()

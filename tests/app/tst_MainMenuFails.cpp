@@ -140,7 +140,7 @@ void TstMainMenuFails::aBigSaveRunsBehindTheProgressDialog()
     DialogDriver<MyProgressDlg> progress([&](MyProgressDlg &dialog) {
         title = dialog.windowTitle();
         label = dialog.labelText();
-        QTRY_VERIFY(!dialog.isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!dialog.isVisible(), 30000);
     });
     m_path = path("big.cxdat");
     m_menu->actSaveData();
@@ -191,7 +191,7 @@ void TstMainMenuFails::whatIsDroppedWhileAJobRunsIsIgnored()
         QVERIFY(m_menu->isBusy());
         drop(path("other.cxset"));
         m_window->slotDevPreConnect(9);
-        QTRY_VERIFY(!dialog.isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!dialog.isVisible(), 30000);
     });
     m_path = path("big.cxdat");
     m_menu->actSaveData();
@@ -212,7 +212,7 @@ void TstMainMenuFails::theKeysDoNothingWhileAJobRuns()
         m_menu->actSaveData();
         m_menu->actOpenFile();
         exportAs(2);
-        QTRY_VERIFY(!dialog.isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!dialog.isVisible(), 30000);
     });
     m_path = path("big.cxdat");
     m_menu->actSaveData();

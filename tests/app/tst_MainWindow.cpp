@@ -7,6 +7,7 @@
 #include "wave/MainView.h"
 #include "wave/PosiView.h"
 
+#include <QImage>
 #include <QLabel>
 #include <QPointer>
 #include <QProgressBar>
@@ -38,6 +39,7 @@ private slots:
     void thePositionBarMovesTheViewWithinTheCapture();
     void thePositionBarFollowsTheWidthOfTheWindow();
     void mouseZoomIsIgnoredWithoutData();
+    void aCaptureOfNoSamplesEmptiesTheView();
     void shiftIsPassedToTheView();
 
 private:
@@ -257,6 +259,16 @@ void TstMainWindow::mouseZoomIsIgnoredWithoutData()
     m_window->slotMouseZoomChanged(1, QPoint(100, 10));
     QCOMPARE(m_gen->ratioSasPix(), 4.0);
     disAnimateZoom = false;
+}
+
+void TstMainWindow::aCaptureOfNoSamplesEmptiesTheView()
+{
+    auto *view = m_window->findChild<MainView *>();
+    const QImage empty = view->grab().toImage();
+    capture();
+    QVERIFY(view->grab().toImage() != empty);
+    capture(0); // stopped at once
+    QVERIFY(view->grab().toImage() == empty);
 }
 
 void TstMainWindow::shiftIsPassedToTheView()

@@ -21,6 +21,7 @@ private slots:
     void aDropWithoutALocalFileDoesNothing();
     void aDroppedFileOfAnotherKindGivesTheBox();
     void aDataFileOpensWithItsSettings();
+    void aFileOfFlatLinesInViewIsShownWhole();
     void aSettingsFileChangesTheModelAndKeepsTheLanguage();
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn_data();
     void aBrokenFileGivesTheBoxAndTheProgramGoesOn();
@@ -108,6 +109,23 @@ void TstMainWindowFiles::aDataFileOpensWithItsSettings()
     QCOMPARE(gDev->smpData->smpFrequ(), 20000000);
     QCOMPARE(m_window->windowTitle(), path + QStringLiteral(" - CorvanLUX"));
     QVERIFY(!m_gen->digLine(31).empty());
+}
+
+/// The zoom that stays from before would show a piece without a transition. A new capture keeps it even so.
+void TstMainWindowFiles::aFileOfFlatLinesInViewIsShownWhole()
+{
+    const QString path = writeDataFile(QStringLiteral("flat.cxdat"));
+    QVERIFY(!path.isEmpty());
+    const double close = 0.01;
+    emit gDev->sigSmpDataReady();
+    m_gen->zoomSetRatio(close);
+    emit gDev->sigSmpDataReady();
+    QCOMPARE(m_gen->ratioSasPix(), close);
+    BoxCloser closer;
+    drop(path);
+    QCOMPARE(closer.seen.count, 0);
+    QCOMPARE(m_gen->viewStart(), 0.0);
+    QCOMPARE(m_gen->ratioSasPix(), 50000.0 / m_gen->viewWidth());
 }
 
 void TstMainWindowFiles::aSettingsFileChangesTheModelAndKeepsTheLanguage()

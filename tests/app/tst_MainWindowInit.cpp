@@ -99,7 +99,6 @@ void TstMainWindowInit::cleanup()
 }
 
 // ---- the dialog
-// ------------------------------------------------------------------------------------------------------
 
 void TstMainWindowInit::theDialogHasItsTitleAndButton()
 {
@@ -247,7 +246,6 @@ void TstMainWindowInit::theAnalogModelsButtonsFollowTheConnection()
 }
 
 // ---- instruments
-// -----------------------------------------------------------------------------------------------------
 
 void TstMainWindowInit::aPluggedInstrumentIsConnectedWithThresholdAndOutputs()
 {

@@ -4,6 +4,7 @@
 #include "wave/CursorBody.h"
 #include "wave/CursorHandle.h"
 #include "wave/MainView.h"
+#include "wave/PointerTag.h"
 #include "wave/TimeView.h"
 #include "wave/WaveView.h"
 
@@ -23,6 +24,7 @@ private slots:
     void flagsStayOverTheirLinesWhenTheViewMoves();
     void anotherModelTakesLinesAndFlagsAway();
     void aNewCaptureHidesLinesAndFlags();
+    void theRulerTellsWhereThePointerIs();
 
 private:
     [[nodiscard]] WaveView *waves() const { return m_window->findChild<WaveView *>(); }
@@ -130,6 +132,16 @@ void TstMainWindowMarkers::aNewCaptureHidesLinesAndFlags()
     QCOMPARE(lines().size(), 2);
     QCOMPARE(lines()[0]->markerState(), MarkerState::off);
     QVERIFY(shownFlags().isEmpty());
+}
+
+void TstMainWindowMarkers::theRulerTellsWhereThePointerIs()
+{
+    const auto *tag = ruler()->findChild<PointerTag *>();
+    QVERIFY(tag->isHidden());
+    QTest::mouseMove(m_window->windowHandle(), waves()->mapTo(m_window.get(), {200, 5}));
+    QTRY_VERIFY(tag->isVisible());
+    QVERIFY2(tag->text().endsWith(QLatin1Char(']')), qPrintable(tag->text())); // the sample, behind its time
+    QVERIFY(tag->x() > 200);
 }
 
 LUX_GUI_TEST(TstMainWindowMarkers)

@@ -129,7 +129,6 @@ void TstMainWindowMenus::cleanup()
 }
 
 // ---- without an instrument
-// -------------------------------------------------------------------------------------------
 
 void TstMainWindowMenus::aModelChosenByMouseTakesTheOldOnesPlace()
 {
@@ -184,7 +183,7 @@ void TstMainWindowMenus::anotherModelMayBeChosenWhileACaptureRuns()
     gDev->setSmpDepthIndex(0);
     QTest::mouseClick(m_window->findChild<SmpCtrl *>()->btnSingle, Qt::LeftButton);
     QTRY_VERIFY(gDev->smpData->sampleCount() > 0);
-    QTRY_VERIFY(!m_dialog->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_dialog->isVisible(), 30000);
 }
 
 void TstMainWindowMenus::channelsTakenOutOfUseLeaveTheView()
@@ -213,7 +212,6 @@ void TstMainWindowMenus::aReplacedConfigurationClosesTheMenu()
 }
 
 // ---- with instruments
-// ------------------------------------------------------------------------------------------------
 
 void TstMainWindowMenus::anInstrumentOfAnotherModelClosesTheMenu()
 {

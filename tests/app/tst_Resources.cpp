@@ -1,7 +1,13 @@
+#include "controls/Look.h"
+#include "controls/Style.h"
+
+#include <QCheckBox>
 #include <QFile>
 #include <QFontDatabase>
 #include <QIcon>
 #include <QImage>
+#include <QRegularExpression>
+#include <QStyleOptionButton>
 #include <QtTest>
 
 namespace {
@@ -49,6 +55,8 @@ private slots:
     void svgIconsGrowSharpWithTheAskedSize();
     void aSelectedLookDiffersFromItsBase_data();
     void aSelectedLookDiffersFromItsBase();
+    void picturesOfStyleSheetsTellTheirKindByTheirNames();
+    void aCheckedBoxLooksChecked();
     void theUnconnectedLookHasNoColour_data();
     void theUnconnectedLookHasNoColour();
     void theWindowIconHoldsTheSizesThatDesktopsAskFor();
@@ -119,6 +127,48 @@ void TstResources::aSelectedLookDiffersFromItsBase()
         QVERIFY(!selected.isNull());
         QVERIFY(plain != selected);
     }
+}
+
+void TstResources::picturesOfStyleSheetsTellTheirKindByTheirNames()
+{
+    // Without a suffix Qt looks into the file, each time that a control is painted at first.
+    const QRegularExpression url(QStringLiteral("[^-]image:url\\(([^)]*)\\)"));
+    int found = 0;
+    for (const QString &sheet : {programStyle(), menuDialogStyle(), menuStyle()}) {
+        for (auto matches = url.globalMatch(sheet); matches.hasNext(); ++found) {
+            const QString path = matches.next().captured(1);
+            QVERIFY2(path.endsWith(QLatin1String(".svg")), qPrintable(path));
+            QVERIFY2(inkedPixels(rendered(path, 16)) >= 16, qPrintable(path));
+        }
+    }
+    QVERIFY(found > 0);
+}
+
+/// A dark tick on a light ground, where an unchecked box is dark.
+void TstResources::aCheckedBoxLooksChecked()
+{
+    globalsFillTables();
+    QCheckBox box;
+    box.setStyleSheet(programStyle());
+    box.resize(box.sizeHint());
+    const auto lightAndDark = [&box](bool checked) {
+        box.setChecked(checked);
+        QStyleOptionButton option;
+        option.initFrom(&box);
+        const QRect side = box.style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, &box);
+        const QImage image = box.grab(side.adjusted(2, 2, -2, -2)).toImage(); // within its border
+        int light = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                light += qGray(image.pixel(x, y)) >= 128 ? 1 : 0;
+            }
+        }
+        return QPair<int, int>(light, image.width() * image.height() - light);
+    };
+    QCOMPARE(lightAndDark(false).first, 0);
+    const QPair<int, int> checked = lightAndDark(true);
+    QVERIFY(checked.first > checked.second); // the ground
+    QVERIFY(checked.second >= 10);           // the tick
 }
 
 void TstResources::theUnconnectedLookHasNoColour_data()

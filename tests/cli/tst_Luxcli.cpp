@@ -31,12 +31,14 @@ private slots:
     void csvHasAHeadAndQuotesWhatNeedsIt();
     void textHasTimeAndWords();
     void timesLimitWhatIsWritten();
+    void aFrameThatEndsOrBeginsAtALimitIsWritten();
     void framesOfSeveralDecodersComeInTheOrderOfTime();
     void withoutADecoderThoseOfTheFileAreTaken();
     void anOutputFileIsWrittenWhole();
     void aPipeTakesTheOutputAndStaysAPipe();
     void anEarlierOutputStaysWhereAllInputIsBad();
     void severalFilesAreDecodedOneAfterTheOther();
+    void linesOfSeveralFilesTellTheirs();
     void decodersAndTheirSettingsAreListed();
     void infoTellsOfTheCapture();
     void helpAndVersionAreGood();
@@ -209,6 +211,26 @@ void TstLuxcli::timesLimitWhatIsWritten()
     QCOMPARE(values({QStringLiteral("--from"), QStringLiteral("9s")}), QByteArray());
 }
 
+void TstLuxcli::aFrameThatEndsOrBeginsAtALimitIsWritten()
+{
+    const QStringList decode{QStringLiteral("decode"), m_capture, QStringLiteral("-a"), uart};
+    const QList<QByteArray> frames = linesOf(luxcli(decode).out).mid(1);
+    QCOMPARE(frames.size(), 3);
+    const auto count = [&](const char *limit, int sample) { // the capture's samples are microseconds
+        const QString time = QStringLiteral("%1us").arg(sample);
+        return linesOf(luxcli(decode + QStringList{QString::fromLatin1(limit), time}).out).size() - 1;
+    };
+    for (int i = 0; i < frames.size(); ++i) {
+        const QJsonObject frame = QJsonDocument::fromJson(frames.at(i)).object();
+        const int first = frame[QStringLiteral("s")].toInt();
+        const int last = frame[QStringLiteral("e")].toInt();
+        QCOMPARE(count("--from", last), 3 - i);
+        QCOMPARE(count("--from", last + 1), 2 - i);
+        QCOMPARE(count("--to", first), i + 1);
+        QCOMPARE(count("--to", first - 1), i);
+    }
+}
+
 void TstLuxcli::framesOfSeveralDecodersComeInTheOrderOfTime()
 {
     const Outcome outcome = luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), uart,
@@ -286,6 +308,28 @@ void TstLuxcli::severalFilesAreDecodedOneAfterTheOther()
     QCOMPARE(lines.mid(0, 4), lines.mid(4));
 }
 
+/// As one table: with one head, and a column that parts the captures.
+void TstLuxcli::linesOfSeveralFilesTellTheirs()
+{
+    const QString other = QFileInfo(m_capture).dir().filePath(QStringLiteral("an,other.cxdat"));
+    QVERIFY(QFile::copy(m_capture, other));
+    const auto lines = [&](const char *format) {
+        return linesOf(luxcli({QStringLiteral("decode"), m_capture, other, QStringLiteral("-a"), uart,
+                               QStringLiteral("--format"), QString::fromLatin1(format)})
+                           .out);
+    };
+    const QByteArray name = QFileInfo(m_capture).completeBaseName().toUtf8();
+    const QList<QByteArray> table = lines("csv");
+    QCOMPARE(table.size(), 7);
+    QCOMPARE(table[0], QByteArray("capture,time,first,last,analyzer,kind,values,text"));
+    QVERIFY2(table[1].startsWith(name + ",0.001000,1000,"), table[1]);
+    QCOMPARE(table[4], "\"an,other\"" + table[1].mid(name.size()));
+    const QList<QByteArray> text = lines("text");
+    QCOMPARE(text.size(), 6);
+    QVERIFY2(text[0].startsWith(name + "\t0.001000\t"), text[0]);
+    QCOMPARE(text[3], "an,other" + text[0].mid(name.size()));
+}
+
 void TstLuxcli::decodersAndTheirSettingsAreListed()
 {
     const Outcome all = luxcli({QStringLiteral("analyzers")});
@@ -347,16 +391,21 @@ void TstLuxcli::wrongUsageIsTold_data()
     row("unknown format", "decode FILE -a UART:rx=0 --format xml");
     row("time that is none", "decode FILE -a UART:rx=0 --from noon");
     row("time below 0", "decode FILE -a UART:rx=0 --to -3");
+    row("times the wrong way round", "decode FILE -a UART:rx=0 --from 2ms --to 1ms");
+    row("frames into the capture that is read", "decode FILE -a UART:rx=0 -o FILE");
     row("two names", "analyzers UART SPI");
+    row("settings of an unknown analyzer", "analyzers NoSuch");
 }
 
 void TstLuxcli::wrongUsageIsTold()
 {
     QFETCH(QStringList, arguments);
     arguments.replaceInStrings(QStringLiteral("FILE"), m_capture);
+    const QByteArray before = m_folder.read(QStringLiteral("hello.cxdat"));
     const Outcome outcome = luxcli(arguments);
     QCOMPARE(outcome.code, 2);
     QCOMPARE(outcome.out, QByteArray());
+    QCOMPARE(m_folder.read(QStringLiteral("hello.cxdat")), before);
     QVERIFY2(outcome.err.startsWith("luxcli: ") || outcome.err.startsWith("Usage: "), outcome.err);
 }
 

@@ -4,11 +4,18 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 using luxcliRun::luxcli;
 using luxcliRun::Outcome;
+
+namespace {
+
+const QByteArray doesNotStop = "luxcli: Lie: The decoder does not stop. It is out of use until it is started again.\n";
+
+} // namespace
 
 class TstLuxcliFaults : public QObject {
     Q_OBJECT
@@ -18,9 +25,15 @@ private slots:
     void aDecoderThatCannotBeMadeIsNamedWithItsReason();
     void whatADecoderThrowsBehindItsRunIsToldOnceAndIsNoSuccess();
     void settingsThatThrowAreTold();
+    void settingsThatAreRefusedWithoutAWordAreTold();
+    void onlyADecoderThatIsPassedOverIsTriedAgain();
     void allTellsWhichFilesAreNoneAndWhy();
     void aDecoderDuringWhichTheProgramDiedIsPassedOverUntilItIsTriedAgain();
     void textsThatThrowAreToldAndAreNoSuccess();
+    void aTextThatNeverEndsIsToldAndLeavesTheEarlierFile();
+    void valuesThatNeverEndAreToldBehindTheLinesThatAreWhole();
+    void anInterruptEndsTheProgramDuringATextThatNeverEnds();
+    void theProgramEndsWithoutADecoderThatNeverLeaves();
 
 private:
     void offer(const QStringList &plugins);
@@ -84,7 +97,7 @@ void TstLuxcliFaults::aDecoderThatCannotBeMadeIsNamedWithItsReason()
     offer({QStringLiteral("create-throws")});
     const Outcome decoded = luxcli("decode %1 -a create-throws:line=0", saved("none.cxdat", {}));
     QVERIFY2(decoded.err.startsWith("luxcli: Lie: the plug-in threw\nluxcli: "), decoded.err);
-    QCOMPARE(decoded.code, 2);
+    QCOMPARE(decoded.code, 1);
     const Outcome listed = luxcli("analyzers create-throws");
     QCOMPARE(listed.err, QByteArray("luxcli: Lie: the plug-in threw\n"));
     QCOMPARE(listed.code, 1);
@@ -104,7 +117,24 @@ void TstLuxcliFaults::settingsThatThrowAreTold()
     offer({QStringLiteral("settings-throw")});
     const Outcome outcome = luxcli("decode %1 -a settings-throw:line=0", saved("settings.cxdat", {}));
     QCOMPARE(outcome.err, QByteArray("luxcli: settings-throw: the plug-in threw\n"));
+    QCOMPARE(outcome.code, 1);
+}
+
+void TstLuxcliFaults::settingsThatAreRefusedWithoutAWordAreTold()
+{
+    offer({QStringLiteral("null-texts")});
+    const Outcome outcome = luxcli("decode %1 -a null-texts", saved("settings.cxdat", {}));
+    QCOMPARE(outcome.err, QByteArray("luxcli: null-texts does not take these settings\n"));
     QCOMPARE(outcome.code, 2);
+}
+
+void TstLuxcliFaults::onlyADecoderThatIsPassedOverIsTriedAgain()
+{
+    offer({QStringLiteral("sound")});
+    const Outcome outcome = luxcli("analyzers --retry sound.dll");
+    QCOMPARE(outcome.err, QByteArray("luxcli: sound.dll is not passed over; these are: none\n"));
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.out, QByteArray());
 }
 
 void TstLuxcliFaults::allTellsWhichFilesAreNoneAndWhy()
@@ -154,6 +184,70 @@ void TstLuxcliFaults::textsThatThrowAreToldAndAreNoSuccess()
         QCOMPARE(outcome.code, 1);
         QCOMPARE(outcome.out.count('\n'), 4);
     }
+}
+
+void TstLuxcliFaults::aTextThatNeverEndsIsToldAndLeavesTheEarlierFile()
+{
+    offer({QStringLiteral("text-spins")});
+    const QString capture = saved("endless.cxdat", {QStringLiteral("text-spins")});
+    const QTemporaryDir folder;
+    const QString out = folder.filePath(QStringLiteral("frames.txt"));
+    QFile earlier(out);
+    QVERIFY(earlier.open(QIODevice::WriteOnly) && earlier.write("earlier\n") > 0);
+    earlier.close();
+    const Outcome outcome = luxcli("decode %1 %1 --format text -o %2", capture, out);
+    QCOMPARE(outcome.err, doesNotStop);
+    QCOMPARE(outcome.code, 1);
+    QVERIFY(earlier.open(QIODevice::ReadOnly));
+    QCOMPARE(earlier.readAll(), QByteArray("earlier\n"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList{QStringLiteral("frames.txt")});
+}
+
+void TstLuxcliFaults::valuesThatNeverEndAreToldBehindTheLinesThatAreWhole()
+{
+    offer({QStringLiteral("sound"), QStringLiteral("values-spin")});
+    const QString capture = saved("endless.cxdat", {QStringLiteral("sound"), QStringLiteral("values-spin")});
+    const Outcome outcome = luxcli("decode %1 --format csv", capture);
+    QCOMPARE(outcome.err, doesNotStop);
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.out, QByteArray("time,first,last,analyzer,kind,values,text\n"
+                                     "0.000100,100,100,Lie,edge,,edge 100\n"
+                                     "0.000100,100,100,Lie,edge,,edge 100\n"
+                                     "0.000300,300,300,Lie,edge,,edge 300\n"));
+}
+
+void TstLuxcliFaults::anInterruptEndsTheProgramDuringATextThatNeverEnds()
+{
+#ifdef Q_OS_UNIX
+    offer({QStringLiteral("sound"), QStringLiteral("text-spins")});
+    const QString capture = saved("endless.cxdat", {QStringLiteral("sound"), QStringLiteral("text-spins")});
+    const QTemporaryDir folder;
+    const QString spins = folder.filePath(QStringLiteral("spins"));
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LUX_TEST_SPINS"), spins);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(LUXCLI), {QStringLiteral("decode"), capture, QStringLiteral("-o"),
+                                           folder.filePath(QStringLiteral("frames.jsonl"))});
+    QTRY_VERIFY(QFile::exists(spins));
+    process.terminate();
+    QTRY_COMPARE(process.state(), QProcess::NotRunning);
+    QCOMPARE(process.readAllStandardError(), QByteArray());
+    QCOMPARE(process.exitCode(), 130);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList{QStringLiteral("spins")});
+#else
+    QSKIP("needs a signal");
+#endif
+}
+
+/// The decoder has the program interrupted as soon as it runs.
+void TstLuxcliFaults::theProgramEndsWithoutADecoderThatNeverLeaves()
+{
+    offer({QStringLiteral("spins")});
+    qputenv("LUX_TEST_INTERRUPT", "1");
+    const Outcome outcome = luxcli("decode %1", saved("spins.cxdat", {QStringLiteral("spins")}));
+    qunsetenv("LUX_TEST_INTERRUPT");
+    QCOMPARE(outcome.code, 130);
 }
 
 QTEST_GUILESS_MAIN(TstLuxcliFaults)

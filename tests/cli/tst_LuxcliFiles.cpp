@@ -20,6 +20,8 @@ private slots:
     void capturesOfOtherProgramsAreReadByAllCommands();
     void wrongUsageIsTold_data();
     void wrongUsageIsTold();
+    void whatIsReadIsNotWritten_data();
+    void whatIsReadIsNotWritten();
     void badInputIsToldAndLeavesNothing_data();
     void badInputIsToldAndLeavesNothing();
     void helpIsGood();
@@ -201,6 +203,39 @@ void TstLuxcliFiles::wrongUsageIsTold()
     QCOMPARE(outcome.code, 2);
     QCOMPARE(outcome.out, QByteArray());
     QVERIFY2(outcome.err.startsWith("luxcli: "), outcome.err);
+}
+
+void TstLuxcliFiles::whatIsReadIsNotWritten_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char *arguments :
+         {"export @a.cxdat -f csv -o @a.cxdat", "export @a.cxdat -f png -o @a.cxdat", "export @a.cxdat -f vcd -o @link",
+          "convert @a.cxdat @a.cxdat --channels 0", "convert @a.cxdat @link --to sr"}) {
+        QTest::newRow(arguments) << QString::fromLatin1(arguments);
+    }
+}
+
+void TstLuxcliFiles::whatIsReadIsNotWritten()
+{
+    QFETCH(QString, arguments);
+    const QString path = m_folder.path(QStringLiteral("a.cxdat"));
+#ifdef Q_OS_UNIX
+    const QString link = m_folder.path(QStringLiteral("link"));
+    QVERIFY(QFile::exists(link) || QFile::link(path, link));
+#else
+    if (arguments.contains(QLatin1String("@link"))) {
+        QSKIP("needs a symbolic link");
+    }
+#endif
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    const Outcome outcome = luxcli(arguments);
+    QCOMPARE(outcome.code, 2);
+    QVERIFY2(outcome.err.contains("is read, and cannot be written"), outcome.err);
+    QFile after(path);
+    QVERIFY(after.open(QIODevice::ReadOnly));
+    QVERIFY(after.readAll() == before);
 }
 
 void TstLuxcliFiles::badInputIsToldAndLeavesNothing_data()

@@ -2,6 +2,7 @@
 
 #include "files/DataBlocks.h"
 #include "files/DataFileBytes.h"
+#include "files/ForeignBytes.h"
 #include "files/ForeignFile.h"
 #include "support/ChildUse.h"
 
@@ -15,6 +16,8 @@ private slots:
     void aConversionTakesTheMemoryOfTheCapture_data();
     void aConversionTakesTheMemoryOfTheCapture();
     void aHugeFileIsToldOfByItsHeads();
+    void aZipBombTakesNoMemory();
+    void aGigabyteOfCommentTakesNoMemory();
 
 private:
     [[nodiscard]] ChildUse luxcli(const QString &arguments) const;
@@ -109,6 +112,48 @@ void TstLuxcliLimits::aHugeFileIsToldOfByItsHeads()
     QCOMPARE(use.code, 0);
     QVERIFY2(use.peak < 64 * megabyte, qPrintable(QStringLiteral("%1 MB").arg(use.peak / megabyte)));
     QVERIFY2(use.processor < 2, qPrintable(QStringLiteral("%1 s").arg(use.processor))); // what is read takes 20 s
+}
+
+/// Half a gigabyte that never changes, in half a megabyte.
+void TstLuxcliLimits::aZipBombTakesNoMemory()
+{
+    if (!foreignKindIsBuilt(ForeignKind::Sr)) {
+        QSKIP("built without the library for archives");
+    }
+    constexpr int chunk = 16 << 20; // bytes
+    constexpr int chunks = 32;
+    const QByteArray quiet(chunk, '\0');
+    const QByteArray packed = ZipBytes::deflated(quiet);
+    const std::uint32_t sum = ZipBytes::crc(quiet);
+    ZipBytes zip;
+    zip.add("version", "2")
+        .add("metadata", "[device 1]\ncapturefile=logic-1\nsamplerate=1 MHz\ntotal probes=1\n"
+                         "unitsize=1\nprobe1=A\n");
+    for (int i = 1; i <= chunks; ++i) {
+        zip.addPacked("logic-1-" + QByteArray::number(i), packed, sum, chunk);
+    }
+    QVERIFY(!m_folder.write(zip.bytes(), QStringLiteral("bomb.sr")).isEmpty());
+    const ChildUse use = luxcli(QStringLiteral("convert @bomb.sr @bomb.cxdat"));
+    QCOMPARE(use.code, 0);
+    QVERIFY2(use.peak < 96 * megabyte, qPrintable(QStringLiteral("%1 MB").arg(use.peak / megabyte)));
+}
+
+void TstLuxcliLimits::aGigabyteOfCommentTakesNoMemory()
+{
+    const QString path = m_folder.write("$timescale 1 us $end $var wire 1 ! A $end $enddefinitions $end\n"
+                                        "#0 0!\n#5 1!\n$comment ",
+                                        QStringLiteral("comment.vcd"));
+    QFile file(path);
+    // Of zeros, most of which are not on the disk.
+    if (!file.open(QIODevice::ReadWrite) || !file.resize(1024 * megabyte) || !file.seek(file.size())) {
+        QSKIP("no file of this system is so long");
+    }
+    QVERIFY(file.write(" $end\n#9 0!\n#20\n") > 0);
+    file.close();
+    const ChildUse use = luxcli(QStringLiteral("convert @comment.vcd @comment.cxdat"));
+    QVERIFY(file.remove());
+    QCOMPARE(use.code, 0);
+    QVERIFY2(use.peak < 96 * megabyte, qPrintable(QStringLiteral("%1 MB").arg(use.peak / megabyte)));
 }
 
 QTEST_GUILESS_MAIN(TstLuxcliLimits)

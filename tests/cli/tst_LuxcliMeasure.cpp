@@ -20,6 +20,8 @@ private slots:
     void aChannelIsMeasuredAsText();
     void aChannelIsMeasuredAsJson();
     void aRangeOfTimeIsMeasured();
+    void aRangeWithoutSamplesIsTold_data();
+    void aRangeWithoutSamplesIsTold();
     void severalChannelsAreMeasured();
     void whatIsExpectedMakesTheExitCode_data();
     void whatIsExpectedMakesTheExitCode();
@@ -121,9 +123,27 @@ void TstLuxcliMeasure::aRangeOfTimeIsMeasured()
     const QJsonObject json = QJsonDocument::fromJson(outcome.out).object();
     QCOMPARE(json[QStringLiteral("edges")].toInt(), 20);
     QCOMPARE(json[QStringLiteral("from")].toInt(), 200);
-    const Outcome beyond = luxcli("measure %1 --channel 3 --from 5s --to 9s --json", m_clock);
+    const Outcome beyond = luxcli("measure %1 --channel 3 --from 0.9ms --to 9s --json", m_clock);
     QCOMPARE(beyond.code, 0);
-    QCOMPARE(QJsonDocument::fromJson(beyond.out).object()[QStringLiteral("edges")].toInt(-1), 0);
+    QCOMPARE(QJsonDocument::fromJson(beyond.out).object()[QStringLiteral("to")].toInt(-1), 1000);
+}
+
+void TstLuxcliMeasure::aRangeWithoutSamplesIsTold_data()
+{
+    QTest::addColumn<QString>("times");
+    for (const char *times : {"--from 5s --to 9s", "--from 300us --to 200us", "--from 200us --to 200us", "--to 0"})
+        QTest::newRow(times) << QString::fromLatin1(times);
+}
+
+/// What is expected would hold of nothing.
+void TstLuxcliMeasure::aRangeWithoutSamplesIsTold()
+{
+    QFETCH(QString, times);
+    const QString arguments = QStringLiteral("measure %1 --channel 3 --expect edges=0 ") + times;
+    const Outcome outcome = luxcli(arguments.toLatin1().constData(), m_clock);
+    QCOMPARE(outcome.code, 1);
+    QVERIFY2(outcome.err.contains("nothing between these times"), outcome.err);
+    QCOMPARE(outcome.out, QByteArray());
 }
 
 void TstLuxcliMeasure::severalChannelsAreMeasured()

@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
@@ -50,6 +51,8 @@ private slots:
     void theManualAndTheDocumentNameEachCommand();
     void theManualNamesEachOption();
     void theCompletionOffersEachCommandAndOption();
+    void theJobThatChecksABusFailsWhereItShould_data();
+    void theJobThatChecksABusFailsWhereItShould();
 };
 
 void TstLuxcliTexts::theManualAndTheDocumentNameEachCommand()
@@ -99,6 +102,58 @@ void TstLuxcliTexts::theCompletionOffersEachCommandAndOption()
         QCOMPARE(offered(command + QStringLiteral(" --")), optionsIn(help));
     }
     QCOMPARE(offered(QStringLiteral("capture -t 2 : r")), QSet<QString>{QStringLiteral("rising")});
+}
+
+void TstLuxcliTexts::theJobThatChecksABusFailsWhereItShould_data()
+{
+    QTest::addColumn<int>("captured"); // exit codes of the commands
+    QTest::addColumn<int>("measured");
+    QTest::addColumn<int>("acknowledged");
+    QTest::addColumn<int>("compared");
+    QTest::addColumn<int>("code"); // of the job
+    QTest::newRow("all is well") << 0 << 0 << 1 << 0 << 0;
+    QTest::newRow("no capture") << 1 << 0 << 1 << 0 << 1;
+    QTest::newRow("another clock") << 0 << 3 << 1 << 0 << 3;
+    QTest::newRow("nobody answers") << 0 << 0 << 0 << 0 << 1;
+    QTest::newRow("other traffic") << 0 << 0 << 1 << 1 << 0;
+}
+
+/// The recipe of the document as it stands, with a program in luxcli's place that answers at once.
+void TstLuxcliTexts::theJobThatChecksABusFailsWhereItShould()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(int, captured);
+    QFETCH(int, measured);
+    QFETCH(int, acknowledged);
+    QFETCH(int, compared);
+    const QTemporaryDir folder;
+    const auto make = [&folder](const char *name, const QString &text) {
+        QFile file(folder.filePath(QString::fromLatin1(name)));
+        return file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) == text.size() &&
+               file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    };
+    const QString document = textOf(LUX_ROOT_DIR "/docs/luxcli.md");
+    const QString job = document.section(QStringLiteral("### A job of a CI"), 1).section(QStringLiteral("```\n"), 1, 1);
+    QVERIFY(job.startsWith(QStringLiteral("#!/bin/sh -e\n")));
+    const QString line = QStringLiteral(R"({"s":650,"e":1499,"k":"address","v":80,"rw":0,"ack":%1,"t":0.00006})");
+    QVERIFY(make("job", job) && make("reset-board", QStringLiteral("#!/bin/sh\n")));
+    QVERIFY(make("luxcli", QStringLiteral("#!/bin/sh\ncase $1 in\ncapture) exit %1;;\nmeasure) exit %2;;\n"
+                                          "decode) echo '%3' >boot.jsonl;;\ndiff) exit %4;;\nesac\n")
+                               .arg(captured)
+                               .arg(measured)
+                               .arg(line.arg(acknowledged))
+                               .arg(compared)));
+    QProcess process;
+    process.setWorkingDirectory(folder.path());
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"), folder.path() + QLatin1Char(':') + qEnvironmentVariable("PATH"));
+    process.setProcessEnvironment(environment);
+    process.start(folder.filePath(QStringLiteral("job")), QStringList());
+    QVERIFY(process.waitForFinished(30000));
+    QTEST(process.exitCode(), "code");
+#else
+    QSKIP("needs a shell");
+#endif
 }
 
 QTEST_GUILESS_MAIN(TstLuxcliTexts)

@@ -124,23 +124,6 @@ go_to() {
     fail "$key does not lead to the $1 \"$2\""
 }
 
-# a_dialog_after TITLE WINDOW: there is a file dialog, which has come behind WINDOW of the same title.
-a_dialog_after() {
-    dialog=$(window_of "$1") && [[ $dialog != "$2" ]] && control_is_shown text 'File name:'
-}
-
-path_is_typed() {
-    [[ $(controls text 'File name:' | cut -f 9) == "$1" ]]
-}
-
-# type_path TITLE PATH [WINDOW]: into the file dialog; its window is `dialog` then.
-type_path() {
-    wait_for 30 "the file dialog \"$1\"" a_dialog_after "^$1\$" "${3:-}"
-    press "$dialog" ctrl+a
-    xdotool type --delay 2 "$2"
-    wait_for 30 "the typed path" path_is_typed "$2"
-}
-
 # press_button NAME: of the file dialog, by mouse. What the field offers below goes with the first click.
 press_button() {
     click_on text 'File name:'

@@ -109,6 +109,34 @@ wave_is_shown() {
     (($(share "$shot" "$wave" '#f7f7f7') > 0))
 }
 
+# a_dialog_after TITLE WINDOW: there is a file dialog, which has come behind WINDOW of the same title.
+a_dialog_after() {
+    dialog=$(window_of "$1") && [[ $dialog != "$2" ]] && control_is_shown text 'File name:'
+}
+
+path_is_typed() {
+    [[ $(controls text 'File name:' | cut -f 9) == "$1" ]]
+}
+
+# type_path TITLE PATH [WINDOW]: into the file dialog; its window is `dialog` then. What came out wrong is typed again,
+# as a user would, and told.
+type_path() {
+    local try
+    wait_for 30 "the file dialog \"$1\"" a_dialog_after "^$1\$" "${3:-}"
+    for try in 1 2 3; do
+        if ((try > 1)); then
+            click_on text 'File name:' # what the field offers below goes with it
+        fi
+        press "$dialog" ctrl+a
+        xdotool type --delay 2 "$2"
+        if wait_for $((try * 10)) "the typed path" path_is_typed "$2"; then
+            return
+        fi
+        echo "\"$(controls text 'File name:' | cut -f 9)\" stands there, not \"$2\"" >&2
+    done
+    return 1
+}
+
 # expect_main_window FILE: the parts that stand there with any data.
 expect_main_window() {
     expect "the rows' ground" "$1" "$wave" '#1f1f23' 100 1000

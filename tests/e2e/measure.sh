@@ -50,25 +50,11 @@ shown_checksum() {
         convert ppm:- -crop "$((wave_w - 12 * s))x$((wave_h + 36 * s))+${wave_x}+$((48 * s))" +repage ppm:- | cksum
 }
 
-# a_dialog_after WINDOW: there is a file dialog, which has come behind WINDOW of the same title.
-a_dialog_after() {
-    dialog=$(window_of "$1") && [[ $dialog != "$2" ]] && control_is_shown text 'File name:'
-}
-
 # answer_file_dialog TITLE PATH [WINDOW]: types PATH there.
 answer_file_dialog() {
-    wait_for 30 "the file dialog \"$1\"" a_dialog_after "^$1\$" "${3:-}"
-    xdotool windowfocus "$dialog"
-    wait_for 10 "the focus on the file dialog" window_has_focus "$dialog"
-    xdotool key ctrl+a
-    xdotool type --delay 2 "$2"
-    wait_for 30 "the typed path" path_is_typed "$2"
+    type_path "$@"
     xdotool key Return
     wait_for 30 "the end of the file dialog" window_is_gone "^$1\$"
-}
-
-path_is_typed() {
-    [[ $(controls text 'File name:' | cut -f 9) == "$1" ]]
 }
 
 text_is() {

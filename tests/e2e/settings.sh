@@ -14,7 +14,7 @@ screen_differs() {
     [[ $(screen_checksum) != "$1" ]]
 }
 
-# open_menu NAME: presses that button and waits for what it opens, which a screen reader does not list.
+# open_menu NAME: presses that button and waits until what it opens stands.
 open_menu() {
     local before
     point_at 'push button' "$1"

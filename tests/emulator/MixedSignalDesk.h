@@ -34,14 +34,14 @@ inline std::unique_ptr<emulator::AnalogInput> generator(const emulator::AnalogWa
     return std::make_unique<emulator::AnalogWave>(settings);
 }
 
-/// A session over a mixed-signal instrument that has these at its analog inputs, and samples at its own clock. It is
-/// not plugged in yet.
+/// A session over a mixed-signal instrument that has these at its analog inputs. It is not plugged in yet.
+/// @param pace  seconds of sampling in a second; 0: a capture is over at once
 inline std::unique_ptr<InstrumentDesk> mixedSignalDesk(std::unique_ptr<emulator::AnalogInput> first,
-                                                       std::unique_ptr<emulator::AnalogInput> second)
+                                                       std::unique_ptr<emulator::AnalogInput> second, double pace = 0)
 {
     emulator::InstrumentOptions options;
     options.model = mixedSignalModel;
-    options.pace = 0;
+    options.pace = pace;
     options.leaveAfter = emulator::nanosecondsPerMillisecond;
     options.returnAfter = emulator::nanosecondsPerMillisecond;
     std::vector<std::unique_ptr<emulator::AnalogInput>> inputs;

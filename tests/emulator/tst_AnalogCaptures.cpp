@@ -1,6 +1,7 @@
 // From the voltage at an emulated instrument's analog input to the values that are read of the capture.
 
 #include "WavFile.h"
+#include "acquisition/SmpState.h"
 #include "analysis/AnalogParameters.h"
 #include "emulator/MixedSignalDesk.h"
 #include "support/TestImages.h"
@@ -63,6 +64,8 @@ private slots:
     void aRecordingIsReadLikeAWaveAndNoiseNotAtAll();
     void analogSamplesStandAboveTheirDigitalEdges();
     void captureUnplugAndCaptureAgain();
+    void theEndOfACaptureIsLearntAtTheFirstQuestion_data();
+    void theEndOfACaptureIsLearntAtTheFirstQuestion();
 };
 
 void TstAnalogCaptures::aSineOfOneKilohertzAndThreeVoltsIsReadAsSuch()
@@ -171,6 +174,28 @@ void TstAnalogCaptures::captureUnplugAndCaptureAgain()
         QCOMPARE(int(analogSamples(*gDev->smpData, 1)[4000]), 25);
         QVERIFY(desk->plug());
     }
+}
+
+void TstAnalogCaptures::theEndOfACaptureIsLearntAtTheFirstQuestion_data()
+{
+    QTest::addColumn<int>("rate");
+    QTest::newRow("8 ms") << 1'000'000;
+    QTest::newRow("0.8 ms") << 10'000'000;
+    QTest::newRow("0.08 ms") << 100'000'000;
+}
+
+void TstAnalogCaptures::theEndOfACaptureIsLearntAtTheFirstQuestion()
+{
+    QFETCH(int, rate);
+    // It samples by the clock.
+    const auto desk = mixedSignalDesk(generator({.kind = Kind::Sine}), generator({}), 1);
+    QVERIFY(desk->isGood && desk->plug());
+    QVERIFY(setRate(rate));
+    QVERIFY(desk->capture());
+    QCOMPARE(desk->lastError(), 0);
+    QVERIFY(!desk->has(smpState::filling));
+    QVERIFY(!desk->has(smpState::sampling));
+    QCOMPARE(gDev->smpData->smpCount(), gDev->smpDepth());
 }
 
 QTEST_GUILESS_MAIN(TstAnalogCaptures)

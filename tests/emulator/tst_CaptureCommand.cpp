@@ -5,6 +5,8 @@
 #include "support/FakeUsb.h"
 
 #include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace {
 
@@ -56,9 +58,11 @@ private slots:
     void aRateThatSoManyChannelsDoNotAllowIsWrongUsage();
     void anInstrumentThatFailsIsTold();
     void oneThatIsUnpluggedBetweenCapturesEndsTheRest();
+    void anotherModelBetweenCapturesEndsTheRest();
     void noInstrumentIsTold();
     void oneThatCannotBeOpenedIsTold();
     void obstaclesAreNamed();
+    void instrumentsAreListedWithWhatIsKnownOfThem();
     void pathsOfSeveralCapturesAreNumbered();
     void modelsAreNamedByNameOrCode();
 };
@@ -196,6 +200,27 @@ void TstCaptureCommand::oneThatIsUnpluggedBetweenCapturesEndsTheRest()
     QCOMPARE(desk.files(), QStringList{QStringLiteral("out-1.cxdat")});
 }
 
+void TstCaptureCommand::anotherModelBetweenCapturesEndsTheRest()
+{
+    Desk desk;
+    QVERIFY(desk.add(5));
+    desk.road->bus().unplug(0);
+    QVERIFY(desk.add(8));
+    bool isOther = false;
+    desk.wantsEnd = [&] {
+        if (!isOther && QFileInfo::exists(desk.path(QStringLiteral("out-1.cxdat")))) {
+            isOther = true;
+            desk.road->bus().unplug(1);
+            desk.road->bus().plug(0);
+            isOther = QTest::qWaitFor([] { return gDev->model == 5 && gDev->connected; });
+        }
+        return false;
+    };
+    QCOMPARE(desk.capture(QStringLiteral("-o OUT --depth 20k --repeat 3")), 1);
+    QVERIFY(isOther);
+    QCOMPARE(desk.files(), QStringList{QStringLiteral("out-1.cxdat")});
+}
+
 void TstCaptureCommand::noInstrumentIsTold()
 {
     const FileFolder folder;
@@ -233,6 +258,35 @@ void TstCaptureCommand::obstaclesAreNamed()
     QVERIFY(obstacle(State::InUse).contains(QStringLiteral("another program")));
     QVERIFY(obstacle(State::NoRights).contains(QStringLiteral("60-corvanlux.rules")));
     QVERIFY(!obstacle(State::Unusable).isEmpty());
+}
+
+void TstCaptureCommand::instrumentsAreListedWithWhatIsKnownOfThem()
+{
+    using State = FoundInstrument::State;
+    const FoundInstrument known{QStringLiteral("usb:003:007"), State::Ready, 0x01A2, 9,
+                                QByteArray::fromHex("1032547698BADCFE")};
+    const FoundInstrument unknown{QStringLiteral("usb:001:004"), State::NoRights, 0, 0, {}};
+    const FileFolder folder;
+    const auto written = [&](bool isJson) {
+        Output out(folder.path(QStringLiteral("list")));
+        writeInstruments(out, {known, unknown}, isJson);
+        return out.finish(0) == 0 ? folder.read(QStringLiteral("list")).split('\n') : QList<QByteArray>();
+    };
+    const QList<QByteArray> text = written(false);
+    QCOMPARE(text.size(), 3);
+    QCOMPARE(text[0], QByteArray("RV2540\t1032547698BADCFE\tusb:003:007\tready"));
+    QVERIFY2(text[1].startsWith("-\t-\tusb:001:004\tno-rights (") && text[1].contains("60-corvanlux.rules"), text[1]);
+    const QList<QByteArray> lines = written(true);
+    const QJsonObject first = QJsonDocument::fromJson(lines.value(0)).object();
+    QCOMPARE(first, (QJsonObject{{QStringLiteral("model"), QStringLiteral("RV2540")},
+                                 {QStringLiteral("code"), 9},
+                                 {QStringLiteral("serial"), QStringLiteral("1032547698BADCFE")},
+                                 {QStringLiteral("port"), QStringLiteral("usb:003:007")},
+                                 {QStringLiteral("state"), QStringLiteral("ready")}}));
+    const QJsonObject second = QJsonDocument::fromJson(lines.value(1)).object();
+    for (const char *key : {"model", "code", "serial"}) {
+        QVERIFY2(second.value(QLatin1String(key)).isNull(), key);
+    }
 }
 
 void TstCaptureCommand::pathsOfSeveralCapturesAreNumbered()

@@ -55,7 +55,9 @@ private slots:
     void ofTwoOfOneNameTheClickedOneIsChosen();
     void whatWasChosenIsSelectedAtTheNextTime();
     void aSearchWithoutMatchKeepsTheButton();
+    void aSearchThatHidesTheChosenOneChoosesTheFirstThatItShows();
     void itIsUsedByKeysAlone();
+    void theFirstIsChosenWhenAKeyLeadsToTheList();
     void theTableOfModelsIsAskedFor();
 };
 
@@ -63,6 +65,7 @@ void TstAllAnalyzers::itListsAllAndTheSearchNarrowsIt()
 {
     AllAnalyzers dialog;
     dialog.setNames(names());
+    QCOMPARE(dialog.windowTitle(), QStringLiteral("All Protocol Analyzers"));
     QCOMPARE(shown(dialog), names());
     auto *search = dialog.findChild<SearchEdit *>();
     search->setText(QStringLiteral("sp"));
@@ -138,6 +141,24 @@ void TstAllAnalyzers::aSearchWithoutMatchKeepsTheButton()
     QVERIFY(okOf(dialog)->isEnabled());
 }
 
+void TstAllAnalyzers::aSearchThatHidesTheChosenOneChoosesTheFirstThatItShows()
+{
+    AllAnalyzers dialog;
+    dialog.setNames(names());
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        auto *search = open.findChild<SearchEdit *>();
+        search->setText(QStringLiteral("i"));
+        QVERIFY(!okOf(open)->isEnabled()); // nothing is chosen yet
+        clickRow(open, 0);
+        search->setText(QStringLiteral("re"));
+        QCOMPARE(open.findChild<QListWidget *>()->currentRow(), 0); // still the same, 1-Wire
+        search->setText(QStringLiteral("c"));
+        QCOMPARE(open.findChild<QListWidget *>()->currentRow(), 0);
+        okOf(open)->click();
+    });
+    QCOMPARE(dialog.choose(), 1);
+}
+
 void TstAllAnalyzers::itIsUsedByKeysAlone()
 {
     AllAnalyzers dialog;
@@ -153,6 +174,22 @@ void TstAllAnalyzers::itIsUsedByKeysAlone()
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     });
     QCOMPARE(dialog.choose(), 2);
+}
+
+void TstAllAnalyzers::theFirstIsChosenWhenAKeyLeadsToTheList()
+{
+    AllAnalyzers dialog;
+    dialog.setNames(names());
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        QVERIFY(QTest::qWaitForWindowActive(&open));
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("can"));
+        while (QApplication::focusWidget() != open.findChild<QListWidget *>()) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QVERIFY(okOf(open)->isEnabled());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    });
+    QCOMPARE(dialog.choose(), 1);
 }
 
 void TstAllAnalyzers::theTableOfModelsIsAskedFor()

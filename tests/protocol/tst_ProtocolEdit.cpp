@@ -1,17 +1,24 @@
+#include "controls/Style.h"
 #include "protocol/FaceDesk.h"
 #include "protocol/ProtocolEdit.h"
+#include "settings/Config.h"
+#include "settings/Language.h"
 #include "support/BoxCloser.h"
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
+#include <QLocale>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -83,6 +90,11 @@ private slots:
     void theRowsStandAsTold();
     void withoutChannelsTheSpacerStandsFirst();
     void withChannelsAloneThereIsOneSpacer();
+    void theFrameIsAsTold_data();
+    void theFrameIsAsTold();
+    void ofEqualNumbersTheLastIsShown();
+    void editorsBelowTheChannelsAreOfOneWidth();
+    void allTextsButThoseOfChannelsAreTranslated();
     void aChannelEditorTellsTheUsers();
     void aSecondAnalyzerStartsOnFreeChannels();
     void anEditorShowsTheStoredChannel();
@@ -90,6 +102,7 @@ private slots:
     void aDeviceWithoutChannelsOffersNone();
 
     void okAddsTheAnalyzer();
+    void lettersBeyondAsciiAreKept();
     void cancelGivesTheNewInstanceBack();
     void aNewInstanceWithoutAChangeIsGivenBack();
     void okRestartsAChangedAnalyzer();
@@ -110,6 +123,7 @@ private slots:
     void anotherModelClosesTheDialog();
     void fortySettingsScroll_data();
     void fortySettingsScroll();
+    void noBoxHasAListBeforeItIsOpened();
     void theKeyboardReachesAll();
 };
 
@@ -118,7 +132,8 @@ void TstProtocolEdit::eachKindOfSettingHasItsEditor()
     const FaceDesk desk("kinds");
     const ProtocolEdit dialog(false, desk.manager.get(), 0);
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Analyzer - Face"));
-    QCOMPARE(entriesOf(combo(dialog, "List")), (QStringList{QStringLiteral("First"), QStringLiteral("Second")}));
+    QCOMPARE(entriesOf(combo(dialog, "List")),
+             (QStringList{QStringLiteral("First"), QStringLiteral("Second"), QStringLiteral("Third")}));
     QCOMPARE(combo(dialog, "List")->currentIndex(), 1);
     QCOMPARE(field(dialog, "Number")->text(), QStringLiteral("5"));
     QCOMPARE(field(dialog, "Number")->toolTip(), QStringLiteral("A count"));
@@ -161,6 +176,76 @@ void TstProtocolEdit::withChannelsAloneThereIsOneSpacer()
     QCOMPARE(rowOf(dialog, combo(dialog, "Line")), 0);
     QVERIFY(gridOf(dialog)->itemAtPosition(1, 0) != nullptr);
     QVERIFY(gridOf(dialog)->itemAtPosition(2, 0) == nullptr);
+}
+
+void TstProtocolEdit::theFrameIsAsTold_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::newRow("96 dpi") << 96;
+    QTest::newRow("192 dpi") << 192;
+}
+
+void TstProtocolEdit::theFrameIsAsTold()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    const FaceDesk desk("kinds");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QVERIFY(dialog.windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    QVERIFY(!dialog.windowFlags().testFlag(Qt::WindowContextHelpButtonHint));
+    QCOMPARE(dialog.layout()->contentsMargins(), QMargins(dp(10), dp(16), dp(10), dp(10)));
+    QCOMPARE(gridOf(dialog)->spacing(), dp(6));
+    for (const char *name : {"Number", "Small", "Text"}) {
+        QCOMPARE(field(dialog, name)->minimumHeight(),
+                 std::max(dp(22), controlHeight(field(dialog, name)->fontMetrics())));
+        QCOMPARE(field(dialog, name)->minimumHeight(), field(dialog, name)->maximumHeight());
+    }
+    QCOMPARE(gridOf(dialog)->itemAtPosition(0, 0)->alignment(), Qt::AlignLeft | Qt::AlignVCenter);
+    QCOMPARE(gridOf(dialog)->itemAtPosition(0, 1)->alignment(), Qt::Alignment(Qt::AlignLeft));
+}
+
+void TstProtocolEdit::ofEqualNumbersTheLastIsShown()
+{
+    const FaceDesk desk("plain");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(combo(dialog, "List")->currentText(), QStringLiteral("Third"));
+}
+
+void TstProtocolEdit::editorsBelowTheChannelsAreOfOneWidth()
+{
+    const FaceDesk desk("kinds");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    QCOMPARE(combo(dialog, "List")->minimumWidth(), 150);
+    for (const char *name : {"Number", "Small", "Text"}) {
+        QCOMPARE(field(dialog, name)->minimumWidth(), combo(dialog, "List")->minimumWidth());
+    }
+}
+
+void TstProtocolEdit::allTextsButThoseOfChannelsAreTranslated()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("xx.xml")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QByteArray texts;
+    for (const char *text : {"Line", "The line &amp; its edges", "List", "Second", "Number", "A count", "Text", "word",
+                             "Check this &amp; that", "A flag"}) {
+        texts += QByteArray("<t class=\"Face\" src=\"") + text + "\">*" + text + "</t>";
+    }
+    file.write("<language><head><code>xx</code><name>X</name><info>I</info></head><lux/><analyzers>" + texts +
+               "</analyzers></language>");
+    file.close();
+    globalSet(QStringLiteral("userLang"), QStringLiteral("xx"));
+    languageLoadFrom(folder.path(), QLocale::c());
+    const FaceDesk desk("kinds");
+    const ProtocolEdit dialog(false, desk.manager.get(), 0);
+    globalSet(QStringLiteral("userLang"), QStringLiteral("en-US"));
+    languageLoadFrom(folder.path(), QLocale::c());
+    QVERIFY(combo(dialog, "Line") != nullptr); // its name is that of the line
+    QCOMPARE(combo(dialog, "Line")->toolTip(), QStringLiteral("*The line & its edges"));
+    QCOMPARE(combo(dialog, "*List")->currentText(), QStringLiteral("*Second"));
+    QCOMPARE(field(dialog, "*Number")->toolTip(), QStringLiteral("*A count"));
+    QCOMPARE(field(dialog, "*Text")->text(), QStringLiteral("*word"));
+    QCOMPARE(editor<QCheckBox>(dialog, "*Check this & that")->toolTip(), QStringLiteral("*A flag"));
 }
 
 void TstProtocolEdit::aChannelEditorTellsTheUsers()
@@ -240,6 +325,19 @@ void TstProtocolEdit::okAddsTheAnalyzer()
     QVERIFY(desk.waitForWorkers());
     QVERIFY(desk.frames() > 0);
     QCOMPARE(desk.stored.size(), 1);
+}
+
+void TstProtocolEdit::lettersBeyondAsciiAreKept()
+{
+    const FaceDesk desk("kinds");
+    {
+        ProtocolEdit dialog(false, desk.manager.get(), 0);
+        field(dialog, "Text")->setText(QStringLiteral("Größe"));
+        press(dialog, "OK");
+    }
+    QVERIFY(savedText(desk).contains(QStringLiteral("text=Gr%F6%DFe")));
+    const ProtocolEdit dialog(true, desk.manager.get(), 0);
+    QCOMPARE(field(dialog, "Text")->text(), QStringLiteral("Größe"));
 }
 
 void TstProtocolEdit::cancelGivesTheNewInstanceBack()
@@ -494,6 +592,25 @@ void TstProtocolEdit::fortySettingsScroll()
     if (!file.isEmpty()) {
         dialog.grab().save(file + QStringLiteral("/forty-%1.png").arg(dpi));
     }
+}
+
+void TstProtocolEdit::noBoxHasAListBeforeItIsOpened()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(3));
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QCOMPARE(dialog.findChildren<QComboBox *>().size(), 3);
+    QVERIFY(dialog.findChild<QListView *>() == nullptr); // they are most of what a dialog of a bus would take
+    QComboBox *line = combo(dialog, "Line");
+    QTest::keyClick(line, Qt::Key_Down, Qt::AltModifier);
+    QTRY_VERIFY(line->view()->isVisible());
+    QCOMPARE(line->view()->currentIndex().row(), 3);
+    QTest::keyClick(line->view(), Qt::Key_Up);
+    QTest::keyClick(line->view(), Qt::Key_Return);
+    QCOMPARE(line->currentIndex(), 2);
+    QCOMPARE(combo(dialog, "Other")->currentText(), QStringLiteral("None")); // though both offer the same channels
 }
 
 void TstProtocolEdit::theKeyboardReachesAll()

@@ -1,9 +1,12 @@
+#include "controls/Icons.h"
 #include "controls/MyButton.h"
 #include "protocol/ResultDesk.h"
 #include "support/GuiTestMain.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QLabel>
+#include <QLayout>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QToolTip>
@@ -13,6 +16,16 @@ namespace {
 QString text(const char *ascii)
 {
     return QString::fromLatin1(ascii);
+}
+
+/// Turns the wheel over the list, in eighths of a degree. @return whether the list took it
+bool turnWheel(const ResultDesk &desk, int delta)
+{
+    QWidget *target = desk.section->view->viewport();
+    QWheelEvent wheel(QPointF(20, 20), target->mapToGlobal(QPoint(20, 20)), {}, QPoint(0, delta), Qt::NoButton, {},
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(target, &wheel);
+    return wheel.isAccepted();
 }
 
 } // namespace
@@ -25,6 +38,7 @@ private slots:
     {
         QFile::remove(configPath());
         configLoad();
+        globalsSetDpi(96);
         disAnimateZoom = true;
     }
 
@@ -33,12 +47,16 @@ private slots:
     void aSearchDoesNotFollowTheWave();
     void aSearchShowsItsMatchesAndTheirCount();
     void aSearchWithoutMatchEmptiesTheList();
+    void aNewSearchEmptiesTheListAtOnce();
     void aClickMovesTheWaveAndTheRowStaysMarked();
+    void aMarkedRowStaysMarkedWhenAWorkerEnds();
     void aClickInASearchMovesTheWaveAlone();
     void theBarMovesTheList();
     void theWheelMovesByOneRowANotch();
+    void aListThatFitsLeavesTheWheelToThePanel();
     void keysMoveThroughTheWholeList();
     void enterBringsTheMarkedFrameIntoView();
+    void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
     void theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll();
@@ -47,9 +65,15 @@ private slots:
     void aClearedSectionIsEmptyUntilTheNextReset();
     void aRowTooLongForItsPlaceHasATip();
     void theViewIsAWholeNumberOfRowsHigh();
+    void theRowsEndWithTheView();
+    void theListLooksAsTold_data();
+    void theListLooksAsTold();
+    void noPixelLiesBetweenTwoRows_data();
+    void noPixelLiesBetweenTwoRows();
     void framesComeWhileTheWorkerRuns();
     void aSearchGetsOnWhileAWorkerRuns();
     void aRowIsClickedWhileItsFrameIsGoing();
+    void aClickOutsideOfTheFramesLocatesTheFirstSample();
     void everyPartHasANameForAScreenReader();
 };
 
@@ -111,6 +135,18 @@ void TstProtocolResult::aSearchWithoutMatchEmptiesTheList()
     QVERIFY(!desk.section->view->bar->isVisible());
 }
 
+void TstProtocolResult::aNewSearchEmptiesTheListAtOnce()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    desk.section->search->setText(text("77"));
+    QVERIFY(desk.rows().isEmpty()); // what was shown does not match, perhaps
+    QCOMPARE(desk.section->search->countText(), QString());
+    QCOMPARE(desk.section->view->bar->maxV, qlonglong(0));
+    QTRY_COMPARE(desk.firstRow(), text("edge 7700"));
+}
+
 void TstProtocolResult::aClickMovesTheWaveAndTheRowStaysMarked()
 {
     ResultDesk desk;
@@ -127,6 +163,20 @@ void TstProtocolResult::aClickMovesTheWaveAndTheRowStaysMarked()
     desk.section->slotWaveMoved(); // the wave settles: now the list begins at its left edge
     QTRY_COMPARE(desk.firstRow(), text("edge 5400"));
     QCOMPARE(desk.section->view->currentRow(), 0);
+}
+
+void TstProtocolResult::aMarkedRowStaysMarkedWhenAWorkerEnds()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.section->search->setText(text("77"));
+    QTRY_COMPARE(desk.section->search->countText(), text("19"));
+    desk.click(4);
+    QCOMPARE(desk.section->view->currentRow(), 4);
+    emit desk.desk.manager->analyzerDecodedChanged();
+    QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
+    QCOMPARE(desk.firstRow(), text("edge 7700"));
+    QCOMPARE(desk.section->view->currentRow(), 4);
 }
 
 void TstProtocolResult::aClickInASearchMovesTheWaveAlone()
@@ -163,19 +213,25 @@ void TstProtocolResult::theWheelMovesByOneRowANotch()
     ResultDesk desk;
     QVERIFY(desk.add(0));
     QVERIFY(desk.begins("edge 100"));
-    const auto turn = [&desk](int delta) {
-        QWidget *target = desk.section->view->viewport();
-        QWheelEvent wheel(QPointF(20, 20), target->mapToGlobal(QPoint(20, 20)), {}, QPoint(0, delta), Qt::NoButton, {},
-                          Qt::NoScrollPhase, false);
-        QApplication::sendEvent(target, &wheel);
-    };
-    turn(-120);
+    QVERIFY(turnWheel(desk, -120));
     QVERIFY(desk.begins("edge 200"));
-    turn(-60);
-    turn(-60);
+    turnWheel(desk, -60);
+    turnWheel(desk, -60);
     QVERIFY(desk.begins("edge 300"));
-    turn(240);
+    turnWheel(desk, 240);
     QVERIFY(desk.begins("edge 100"));
+}
+
+void TstProtocolResult::aListThatFitsLeavesTheWheelToThePanel()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.section->search->setText(text("edge 99900"));
+    QTRY_COMPARE(desk.section->search->countText(), text("1"));
+    QTRY_COMPARE(desk.rows(), QStringList{text("edge 99900")});
+    QVERIFY(!turnWheel(desk, -120));
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.rows(), QStringList{text("edge 99900")});
 }
 
 void TstProtocolResult::keysMoveThroughTheWholeList()
@@ -213,6 +269,23 @@ void TstProtocolResult::enterBringsTheMarkedFrameIntoView()
     desk.press(Qt::Key_Return);
     const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
     QVERIFY(qAbs(middle - 99900.0) < 100.0);
+}
+
+void TstProtocolResult::aFrameTellsThatTheListHasTheFocus()
+{
+    const ResultDesk desk;
+    QWidget &rows = *desk.section->view->viewport();
+    QVERIFY(QTest::qWaitForWindowActive(desk.section.get()));
+    const auto sides = [&rows] {
+        const QImage seen = rows.grab().toImage();
+        const QPoint middle = seen.rect().center();
+        return QVector<QColor>{seen.pixelColor(0, middle.y()), seen.pixelColor(seen.width() - 1, middle.y()),
+                               seen.pixelColor(middle.x(), 0), seen.pixelColor(middle.x(), seen.height() - 1)};
+    };
+    desk.section->search->setFocus();
+    QCOMPARE(sides(), QVector<QColor>(4, gGreys[8]));
+    desk.section->view->setFocus();
+    QCOMPARE(sides(), QVector<QColor>(4, gGreys[0]));
 }
 
 void TstProtocolResult::copyTakesTheMarkedRowOrThePage()
@@ -283,7 +356,14 @@ void TstProtocolResult::theMenuSaysSoWhenThereIsNone()
 void TstProtocolResult::aFoldedSectionHidesAllButItsTitle()
 {
     ResultDesk desk;
+    const auto *title = desk.section->findChild<QLabel *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(title->text(), text("Decoded Results"));
+    const auto look = [](const MyButton *button) { return button->icon().cacheKey(); };
+    QCOMPARE(look(desk.section->btnSetting), sharedIcon(text(":/res/btnSetting")).cacheKey());
+    QCOMPARE(look(desk.section->btnExpand), sharedIcon(text(":/res/btnExpand")).cacheKey());
     QTest::mouseClick(desk.section->btnExpand, Qt::LeftButton);
+    QCOMPARE(look(desk.section->btnExpand), sharedIcon(text(":/res/btnCollapse")).cacheKey());
+    QVERIFY(title->isVisible());
     QVERIFY(!desk.section->expanded);
     QVERIFY(desk.section->btnSetting->isHidden());
     QVERIFY(desk.section->search->isHidden());
@@ -346,6 +426,74 @@ void TstProtocolResult::theViewIsAWholeNumberOfRowsHigh()
     QCOMPARE(view.bar->geometry().right() + 1, view.width());
 }
 
+void TstProtocolResult::theRowsEndWithTheView()
+{
+    const ResultDesk desk;
+    ResultView &view = *desk.section->view;
+    view.setMinimumHeight(0);
+    view.setMaximumHeight(QWIDGETSIZE_MAX);
+    for (int height = 400; height < 400 + ResultView::gridHeight(); ++height) {
+        desk.section->resize(240, height);
+        for (int time = 1; time <= 2; ++time) { // the panel gives it the same room again and again
+            desk.section->layout()->invalidate();
+            desk.section->layout()->activate();
+            const int whole = view.rowsThatFit() * ResultView::gridHeight();
+            QCOMPARE(view.height(), whole);
+            QCOMPARE(view.viewport()->height(), whole);
+            QCOMPARE(view.bar->height(), whole);
+        }
+    }
+}
+
+void TstProtocolResult::theListLooksAsTold_data()
+{
+    QTest::addColumn<int>("dpi");
+    for (const int dpi : {96, 192}) {
+        QTest::addRow("%d dpi", dpi) << dpi;
+    }
+}
+
+void TstProtocolResult::theListLooksAsTold()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    const ResultDesk desk;
+    const ResultView &view = *desk.section->view;
+    QCOMPARE(view.gridSize(), QSize(10, std::max(dp(18), QFontMetrics(gFontMain).height())));
+    QCOMPARE(view.bar->width(), dp(8));
+    QCOMPARE(view.font().toString(), gFontMain.toString());
+    QVERIFY(view.styleSheet().startsWith(
+        text("QListView{background-color:#1f1f23;border:0px solid #7f7f7f;color:#dfdfdf;")));
+    QCOMPARE(view.selectionMode(), QAbstractItemView::SingleSelection);
+    QCOMPARE(view.editTriggers(), QAbstractItemView::EditTriggers(QAbstractItemView::NoEditTriggers));
+    const auto *newFrames = desk.section->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(newFrames->interval(), 250); // four times a second
+}
+
+void TstProtocolResult::noPixelLiesBetweenTwoRows_data()
+{
+    QTest::addColumn<int>("dpi");
+    for (const int dpi : {96, 120, 144, 192}) {
+        QTest::addRow("%d dpi", dpi) << dpi;
+    }
+}
+
+void TstProtocolResult::noPixelLiesBetweenTwoRows()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    const ResultView &view = *desk.section->view;
+    for (int y = 0; y < view.height(); ++y) {
+        QCOMPARE(view.indexAt(QPoint(20, y)).row(), y / ResultView::gridHeight());
+    }
+    const QPoint lastPixel(20, 4 * ResultView::gridHeight() - 1);
+    QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::NoModifier, lastPixel);
+    QCOMPARE(view.currentRow(), 3);
+}
+
 void TstProtocolResult::framesComeWhileTheWorkerRuns()
 {
     ResultDesk desk;
@@ -376,7 +524,7 @@ void TstProtocolResult::aSearchGetsOnWhileAWorkerRuns()
     desk.desk.manager->addLibIndex = 1;
     desk.desk.manager->addAnalyzer(slow); // works until it is stopped
     desk.section->search->setText(text("nowhere"));
-    QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
+    QTRY_VERIFY_WITH_TIMEOUT(desk.section->findChild<AnalyzerDataGen *>()->isAtRest(), 20000); // half a million frames
     desk.section->search->setText(text("edge 9999980")); // the last of all frames: the page is empty until the end
     // Asks for new frames every ten milliseconds, where the scan takes several times as long.
     const auto asksAndHasFound = [&desk] {
@@ -404,6 +552,19 @@ void TstProtocolResult::aRowIsClickedWhileItsFrameIsGoing()
     desk.press(Qt::Key_Down);
     desk.press(Qt::Key_Return);
     QVERIFY(desk.rows().isEmpty());
+}
+
+void TstProtocolResult::aClickOutsideOfTheFramesLocatesTheFirstSample()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.wave.zoomToRange(0.0, 0.0);
+    const double start = desk.wave.viewStart();
+    const double ratio = desk.wave.ratioSasPix();
+    desk.wave.setViewStart(50000.0);
+    desk.section->listViewClickedSlot(QModelIndex()); // there is no such row
+    QCOMPARE(desk.wave.viewStart(), start);
+    QCOMPARE(desk.wave.ratioSasPix(), ratio);
 }
 
 void TstProtocolResult::everyPartHasANameForAScreenReader()

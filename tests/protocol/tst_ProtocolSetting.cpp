@@ -1,3 +1,4 @@
+#include "controls/Icons.h"
 #include "controls/MyButton.h"
 #include "controls/PopupPlace.h"
 #include "protocol/AllAnalyzers.h"
@@ -77,6 +78,8 @@ private slots:
     void theMenuOffersTheRecentOnesFirst();
     void aRowTellsNameAndChannels();
     void rowsFollowTheList();
+    void theFocusStaysInItsPlaceWhenRowsAreMadeAnew();
+    void aKeyBehindARemovalByMouseRemovesNoOther();
     void theHeaderFoldsTheSection();
     void removingKeepsTheRecentOnes();
     void removingBeforeAnyUpdateReadsWhatIsStored();
@@ -89,6 +92,7 @@ private slots:
     void menusOpenAtThePointerOrBelowTheirButton();
     void aRowsMenuOpensItsSettings();
     void aLineTellsHowFarALongDecodeIs();
+    void theLineComesAfter300Milliseconds();
     void aSignTellsThatADecodeEndedEarly();
     void namesFollowTheModel();
 };
@@ -130,8 +134,14 @@ void TstProtocolSetting::aRowTellsNameAndChannels()
     QCOMPARE(p.rows().size(), 1);
     QCOMPARE(p.rows().first()->objectName(), QStringLiteral("kinds.dll"));
     QCOMPARE(p.part<QLabel>("title")->text(), QStringLiteral("Face"));
+    QCOMPARE(p.part<QLabel>("title")->styleSheet(), QStringLiteral("QLabel{color:#f7f7f7;}"));
     QCOMPARE(p.part<QLabel>("channels")->text(), QStringLiteral("Line 3"));
     QCOMPARE(p.part<MyButton>("remove")->accessibleName(), QStringLiteral("Remove Face"));
+    const auto iconOf = [](const MyButton *button) { return button->icon().cacheKey(); };
+    const auto *add = p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer"));
+    QCOMPARE(iconOf(add), sharedIcon(QStringLiteral(":/res/btnAddItem")).cacheKey());
+    QCOMPARE(iconOf(p.part<MyButton>("setting")), sharedIcon(QStringLiteral(":/res/btnSetting")).cacheKey());
+    QCOMPARE(iconOf(p.part<MyButton>("remove")), sharedIcon(QStringLiteral(":/res/btnRemove")).cacheKey());
     QVERIFY(p.rows().first()->toolTip().contains(QStringLiteral("Line 3")));
 }
 
@@ -149,12 +159,44 @@ void TstProtocolSetting::rowsFollowTheList()
     QVERIFY(p.desk.stored.isEmpty());
 }
 
+void TstProtocolSetting::theFocusStaysInItsPlaceWhenRowsAreMadeAnew()
+{
+    Panel p("kinds");
+    QVERIFY(QTest::qWaitForWindowActive(&p.panel));
+    QVERIFY(p.add(1) && p.add(2) && p.add(3));
+    p.part<MyButton>("setting", 1)->setFocus(Qt::TabFocusReason);
+    p.desk.manager->setDisplayFormat(1, int(DisplayBase::Ascii));
+    QCOMPARE(p.panel.focusWidget(), p.part<MyButton>("setting", 1));
+    p.part<MyButton>("remove", 1)->setFocus(Qt::TabFocusReason);
+    p.desk.manager->removeAnalyzer(1);
+    QCOMPARE(p.panel.focusWidget(), p.part<MyButton>("remove", 1)); // of the next one
+    p.desk.manager->removeAnalyzer(1);
+    QCOMPARE(p.panel.focusWidget(), p.part<MyButton>("remove", 0)); // there is no next one
+    p.desk.manager->removeAnalyzer(0);
+    QCOMPARE(p.panel.focusWidget(), p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer")));
+    QVERIFY(p.add(4));
+    QCOMPARE(p.panel.focusWidget(), p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer")));
+}
+
+void TstProtocolSetting::aKeyBehindARemovalByMouseRemovesNoOther()
+{
+    Panel p("kinds");
+    QVERIFY(QTest::qWaitForWindowActive(&p.panel));
+    QVERIFY(p.add(1) && p.add(2) && p.add(3));
+    QTest::mouseClick(p.part<MyButton>("remove", 0), Qt::LeftButton);
+    QTRY_COMPARE(p.desk.manager->count(), 2);
+    QCOMPARE(p.panel.focusWidget(), p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer")));
+}
+
 void TstProtocolSetting::theHeaderFoldsTheSection()
 {
     Panel p("kinds");
     QVERIFY(p.add());
     auto *add = p.panel.findChild<MyButton *>(QStringLiteral("addAnalyzer"));
+    const auto look = [&p] { return p.panel.findChildren<MyButton *>().first()->icon().cacheKey(); };
+    QCOMPARE(look(), sharedIcon(QStringLiteral(":/res/btnExpand")).cacheKey());
     p.panel.staChangedSlot();
+    QCOMPARE(look(), sharedIcon(QStringLiteral(":/res/btnCollapse")).cacheKey());
     QVERIFY(add->isHidden() && !p.part<MyButton>("remove")->isVisible());
     p.panel.staChangedSlot();
     QVERIFY(add->isVisible() && p.part<MyButton>("remove")->isVisible());
@@ -320,6 +362,23 @@ void TstProtocolSetting::aLineTellsHowFarALongDecodeIs()
     p.desk.manager->stopWorker(0);
     QTRY_VERIFY(line->share() < 0.0);
     QTRY_VERIFY(!p.panel.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->isActive());
+}
+
+void TstProtocolSetting::theLineComesAfter300Milliseconds()
+{
+    Panel p("slow");
+    QVERIFY(p.add());
+    QVERIFY(p.desk.manager->isWorkerRunning(0));
+    const auto *steps = p.panel.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(steps->interval(), ProtocolItem::progressStepMs);
+    ProtocolItem row(p.desk.manager.get(), 0, {});
+    const auto *line = row.findChild<DecodeProgress *>();
+    for (int passed = steps->interval(); passed < 300; passed += steps->interval()) {
+        row.refresh();
+        QVERIFY(line->share() < 0.0);
+    }
+    row.refresh();
+    QVERIFY(line->share() >= 0.0);
 }
 
 void TstProtocolSetting::aSignTellsThatADecodeEndedEarly()

@@ -10,11 +10,23 @@
 class TstSearchEdit : public QObject {
     Q_OBJECT
 private slots:
+    void itLooksAsTold();
     void aCountIsShownAtTheRightEndAndTheTextKeepsClearOfIt();
     void noCountIsShownForNothing();
     void escapeEmptiesTheLineAndOnlyAnEmptyOneLetsItThrough();
     void theTextBeginsRightOfTheGlass();
 };
+
+void TstSearchEdit::itLooksAsTold()
+{
+    const SearchEdit line({});
+    QCOMPARE(line.placeholderText(), QStringLiteral("Search"));
+    const QString rule = QStringLiteral("QLineEdit{background-color:#1f1f23;border:%1px solid #1f1f23;").arg(dp(1));
+    QVERIFY(line.styleSheet().startsWith(rule));
+    QVERIFY(line.styleSheet().section(QLatin1Char('}'), 0, 0).endsWith(QStringLiteral("color:#f7f7f7;")));
+    const SearchEdit other({Qt::red, Qt::green, Qt::blue});
+    QVERIFY(other.styleSheet().startsWith(QStringLiteral("QLineEdit{background-color:#ff0000;")));
+}
 
 void TstSearchEdit::aCountIsShownAtTheRightEndAndTheTextKeepsClearOfIt()
 {

@@ -5,7 +5,10 @@
 #include <array>
 #include <atomic>
 #include <corvanlux/analyzer/Decoder.h>
+#include <corvanlux/analyzer/ExportWriter.h>
+#include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -15,7 +18,8 @@ namespace {
 
 constexpr std::string_view lie = LUX_LIE;
 
-std::atomic<int> live{0}; // analyzers
+std::atomic<int> live{0};      // analyzers
+std::atomic<int> destroyed{0}; // by DestroyAnalyzer
 TextGate textGate;
 
 /// Ends the process if the environment says so.
@@ -26,12 +30,59 @@ void dieIfAsked()
     }
 }
 
+/// Of the process's end, asked for by the environment: a decoder that is still there and hears it fails.
+struct Bell {
+    Bell() = default;
+    Bell(const Bell &) = delete;
+    Bell &operator=(const Bell &) = delete;
+    ~Bell()
+    {
+        hasRung = isWanted;
+        while (isWanted && spinning > 0) {
+            std::this_thread::yield();
+        }
+    }
+    const bool isWanted = std::getenv("LUX_TEST_INTERRUPT") != nullptr;
+    std::atomic<bool> hasRung{false};
+    std::atomic<int> spinning{0};
+};
+Bell bell;
+
 [[noreturn]] void throwUp()
 {
     if (lie == "throws-number") {
         throw 5;
     }
     throw std::runtime_error("the plug-in threw");
+}
+
+[[noreturn]] void spin()
+{
+    ++bell.spinning;
+    if (bell.isWanted) {
+        (void)std::raise(SIGINT); // as a user who has waited for long enough
+    }
+    for (volatile std::uint64_t i = 0;;) {
+        i = i + 1;
+        std::this_thread::yield(); // the other tests want to get on
+        if (bell.hasRung) {
+            std::abort(); // what it works with is going away
+        }
+    }
+}
+
+/// Of all frames but those that begin within the first samples. A test in another process is told by the file that the
+/// environment names.
+void spinBehindTheFirst(const FrameData &frame)
+{
+    constexpr std::int64_t soundSamples = 200;
+    if (frame.firstSample < soundSamples) {
+        return;
+    }
+    if (const char *path = std::getenv("LUX_TEST_SPINS")) {
+        const std::ofstream told(path);
+    }
+    spin();
 }
 
 class LieSettings : public AnalyzerSettings {
@@ -76,6 +127,19 @@ public:
     AnalyzerSettingInterfaceChannel line;
 };
 
+/// What a decoder of one kind leaves behind only when it is allowed to.
+struct Slow {
+    Slow() = default;
+    Slow(const Slow &) = delete;
+    Slow &operator=(const Slow &) = delete;
+    ~Slow()
+    {
+        while (lie == "leaves-late" && textGate.held) {
+            std::this_thread::yield();
+        }
+    }
+};
+
 class LieResults : public lux::Results {
 public:
     explicit LieResults(const LieSettings &)
@@ -96,14 +160,29 @@ public:
             }
             --textGate.inside;
         }
+        if (lie == "text-spins") {
+            spinBehindTheFirst(frame);
+        }
         out.add("edge ", lux::formatCount(frame.firstSample));
     }
-    void values(const FrameData &, lux::FrameValues &out) const override
+    void values(const FrameData &frame, lux::FrameValues &out) const override
     {
         if (lie == "values-throw") {
             throwUp();
         }
+        if (lie == "values-spin") {
+            spinBehindTheFirst(frame);
+        }
         out.kind("edge");
+    }
+    /// Of the decoder with two options the second tells what was asked for.
+    void exportFile(lux::ExportWriter &out, std::uint32_t optionId) const override
+    {
+        if (lie == "exports" && optionId == 7) {
+            out.line("option 7, format ", lux::formatCount(std::int64_t(out.base())));
+            return;
+        }
+        exportFrames(out);
     }
 };
 
@@ -130,13 +209,15 @@ public:
         if (lie == "restart-throws" || lie == "throws-number") {
             throwUp();
         }
-        return (lie == "restarts" && ++m_runs < 2) || lie == "restarts-always";
+        const bool restartsOnce = lie == "restarts" || lie == "restarts-once";
+        return (restartsOnce && ++m_runs < 2) || lie == "restarts-always";
     }
 
 protected:
     void decode() override
     {
         keepRun();
+        const Slow slow;
         lux::ChannelReader &line = reader(m_settings.line.GetChannel());
         if (lie == "decode-throws") {
             throwUp();
@@ -174,7 +255,7 @@ private:
     void keepRun()
     {
         const std::array run{sampleRate(), sampleCount(), GetTriggerSample()};
-        if (m_runs > 0 && run != m_firstRun) {
+        if (lie == "restarts" && m_runs > 0 && run != m_firstRun) {
             fail("another capture");
         }
         m_firstRun = run;
@@ -204,13 +285,6 @@ private:
             }
         }
     }
-    [[noreturn]] static void spin()
-    {
-        for (volatile std::uint64_t i = 0;;) {
-            i = i + 1;
-            std::this_thread::yield(); // the other tests want to get on
-        }
-    }
 
     int m_runs = 0;
     std::array<std::int64_t, 3> m_firstRun{}; ///< rate, samples, trigger
@@ -226,6 +300,7 @@ private:
 
 } // namespace
 
+#ifndef LUX_LACKS_CREATE
 extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
 {
     if (lie == "create-dies") {
@@ -233,6 +308,7 @@ extern "C" LUX_PLUGIN_EXPORT Analyzer *CreateAnalyzer()
     }
     return lie == "creates-null" ? nullptr : new LieAnalyzer;
 }
+#endif
 
 /// For the tests: how many there are.
 extern "C" LUX_PLUGIN_EXPORT int LiveAnalyzers()
@@ -240,17 +316,26 @@ extern "C" LUX_PLUGIN_EXPORT int LiveAnalyzers()
     return live;
 }
 
+/// For the tests: how many went through the entry point, and not through their destructor alone.
+extern "C" LUX_PLUGIN_EXPORT int DestroyedAnalyzers()
+{
+    return destroyed;
+}
+
 extern "C" LUX_PLUGIN_EXPORT TextGate *TextGateOf()
 {
     return &textGate;
 }
 
-#ifndef LUX_LACKS_ENTRIES
+#ifndef LUX_LACKS_DESTROY
 extern "C" LUX_PLUGIN_EXPORT void DestroyAnalyzer(Analyzer *analyzer)
 {
+    ++destroyed;
     delete analyzer;
 }
+#endif
 
+#ifndef LUX_LACKS_NAME
 extern "C" LUX_PLUGIN_EXPORT const char *GetAnalyzerName()
 {
     if (lie == "name-throws") {
@@ -258,11 +343,11 @@ extern "C" LUX_PLUGIN_EXPORT const char *GetAnalyzerName()
     }
     return lie == "no-name" ? nullptr : LieAnalyzer::name;
 }
+#endif
 
 #ifdef LUX_MODELS
 extern "C" LUX_PLUGIN_EXPORT const char *GetParaInfoList()
 {
     return LUX_MODELS;
 }
-#endif
 #endif

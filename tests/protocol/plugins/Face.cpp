@@ -26,9 +26,11 @@ public:
             line = std::make_unique<lux::ChannelSetting>(*this, "line", "Line", "");
         }
         if (face == "kinds" || face == "plain") {
+            // In the plain one two choices have one number.
+            const int third = face == "plain" ? 2 : 3;
             list = std::make_unique<lux::NumberListSetting>(
-                *this, "list", "List", "", std::initializer_list<lux::Choice>{{1, "a", "First"}, {2, "b", "Second"}},
-                2);
+                *this, "list", "List", "",
+                std::initializer_list<lux::Choice>{{1, "a", "First"}, {2, "b", "Second"}, {third, "c", "Third"}}, 2);
             number = std::make_unique<lux::IntegerSetting>(*this, "number", "Number", "A count",
                                                            lux::IntegerSetting::Range{1, 10}, 5);
             small = std::make_unique<lux::IntegerSetting>(*this, "small", "Small", "",

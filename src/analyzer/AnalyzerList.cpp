@@ -1,27 +1,29 @@
-// What the analyzer manager tells of its list: names, formats, channels.
+#include "analyzer/AnalyzerList.h"
 
-#include "analyzer/AnalyzerManager.h"
 #include "analyzer/AnalyzerProgMng.h"
 #include "analyzer/ChannelUsage.h"
-#include "analyzer/DecoderSentence.h"
-#include "analyzer/PluginCall.h"
 #include "settings/Language.h"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
-void AnalyzerManager::setDisplayFormat(int index, int format)
+AnalyzerList::AnalyzerList(AnalyzerHost host, const QStringList &folders, const QString &guardFolder)
+    : m_host(std::move(host)), libraries(folders, guardFolder)
+{}
+
+AnalyzerItem *AnalyzerList::itemOf(const Analyzer *analyzer)
 {
-    items[std::size_t(index)].format = QString::number(format);
-    saveToConfig();
+    const auto same = [analyzer](const AnalyzerItem &item) { return item.analyzer.get() == analyzer; };
+    const auto found = std::find_if(items.begin(), items.end(), same);
+    return found != items.end() ? &*found : nullptr;
 }
 
-int AnalyzerManager::displayFormat(int index) const
+int AnalyzerList::displayFormat(int index) const
 {
     return items[std::size_t(index)].format.toInt();
 }
 
-int AnalyzerManager::formatOfAnalyzer(const Analyzer *analyzer) const
+int AnalyzerList::formatOfAnalyzer(const Analyzer *analyzer) const
 {
     for (const AnalyzerItem &item : items) {
         if (item.analyzer.get() == analyzer) {
@@ -31,22 +33,12 @@ int AnalyzerManager::formatOfAnalyzer(const Analyzer *analyzer) const
     return -1;
 }
 
-QString AnalyzerManager::fileNameAt(int index) const
+QString AnalyzerList::fileNameAt(int index) const
 {
     return index >= 0 && index < count() ? items[std::size_t(index)].fileName : QString();
 }
 
-QString AnalyzerManager::nameOf(const AnalyzerItem &item)
-{
-    QString name;
-    (void)pluginFault([&] {
-        const char *text = item.analyzer ? item.analyzer->AnalyzerName() : nullptr;
-        name = QString::fromUtf8(text != nullptr ? text : "");
-    });
-    return name.isEmpty() ? item.displayName : name;
-}
-
-QString AnalyzerManager::availability(const AnalyzerLib &lib) const
+QString AnalyzerList::availability(const AnalyzerLib &lib) const
 {
     if (lib.supportedModels.isEmpty() || lib.supportedModels.contains(m_host.model())) {
         return {};
@@ -54,69 +46,65 @@ QString AnalyzerManager::availability(const AnalyzerLib &lib) const
     return QStringLiteral(" (%1)").arg(::tr("Not Supported"));
 }
 
-QString AnalyzerManager::analyzerTitle(int index) const
+QString AnalyzerList::analyzerTitle(int index) const
 {
     const AnalyzerItem &item = items[std::size_t(index)];
-    return nameOf(item) + availability(item);
+    return item.name() + availability(item);
 }
 
-double AnalyzerManager::progress(int index) const
+bool AnalyzerList::isWorkerRunning(int index) const
+{
+    const AnalyzerItem &item = items[std::size_t(index)];
+    return !item.progMng->isIdle() || item.runsLater;
+}
+
+double AnalyzerList::progress(int index) const
 {
     return items[std::size_t(index)].progMng->progress.load(std::memory_order_relaxed);
 }
 
-QString AnalyzerManager::message(int index) const
+QString AnalyzerList::message(int index) const
 {
-    const AnalyzerItem &item = items[std::size_t(index)];
-    if (!item.fault.isEmpty()) {
-        return item.fault;
-    }
-    std::array<char, 512> text{};
-    item.analyzer->GetDecodeMessage(text.data(), text.size());
-    return decoderSentence(QString::fromUtf8(text.data()), nameOf(item));
+    return items[std::size_t(index)].message();
 }
 
-bool AnalyzerManager::endedEarly(int index) const
+bool AnalyzerList::endedEarly(int index) const
 {
     const AnalyzerItem &item = items[std::size_t(index)];
     const DecodeStatus status = item.analyzer->GetDecodeStatus();
     return !item.fault.isEmpty() || status == DecodeStatus::Failed || status == DecodeStatus::OutOfMemory;
 }
 
-QStringList AnalyzerManager::libraryDisplayNames() const
+QStringList AnalyzerList::libraryDisplayNames() const
 {
     QStringList names;
-    for (const AnalyzerLib &lib : libraries) {
+    for (const AnalyzerLib &lib : libraries.all()) {
         names.append(lib.displayName + availability(lib));
     }
     return names;
 }
 
-QString AnalyzerManager::libraryDisplayName(const QString &fileName) const
+QString AnalyzerList::libraryDisplayName(const QString &fileName) const
 {
-    for (const AnalyzerLib &lib : libraries) {
-        if (lib.fileName == fileName) {
-            return lib.displayName + availability(lib);
-        }
-    }
-    return {};
+    const AnalyzerLib *lib = libraries.named(fileName);
+    return lib != nullptr ? lib->displayName + availability(*lib) : QString();
 }
 
-void AnalyzerManager::setShown(int index, bool shown)
+void AnalyzerList::setShown(int index, bool shown)
 {
     items[std::size_t(index)].showInList = shown;
 }
 
-QStringList AnalyzerManager::shownStateList() const
+QStringList AnalyzerList::shownStateList() const
 {
     QStringList states;
     for (const AnalyzerItem &item : items) {
-        states.append(nameOf(item) + (item.showInList ? QStringLiteral(",1") : QStringLiteral(",0")));
+        states.append(item.name() + (item.showInList ? QStringLiteral(",1") : QStringLiteral(",0")));
     }
     return states;
 }
 
-QVector<Analyzer *> AnalyzerManager::shownAnalyzers() const
+QVector<Analyzer *> AnalyzerList::shownAnalyzers() const
 {
     QVector<Analyzer *> shown;
     for (const AnalyzerItem &item : items) {
@@ -127,7 +115,7 @@ QVector<Analyzer *> AnalyzerManager::shownAnalyzers() const
     return shown;
 }
 
-QVector<Analyzer *> AnalyzerManager::analyzersOnChannel(int channel) const
+QVector<Analyzer *> AnalyzerList::analyzersOnChannel(int channel) const
 {
     QVector<Analyzer *> found;
     const QString number = QString::number(channel);
@@ -141,25 +129,25 @@ QVector<Analyzer *> AnalyzerManager::analyzersOnChannel(int channel) const
     return found;
 }
 
-QStringList AnalyzerManager::analyzerChannels(int index) const
+QStringList AnalyzerList::analyzerChannels(int index) const
 {
     const AnalyzerItem &item = items[std::size_t(index)];
-    return ChannelUsage::flat(ChannelUsage::ofAnalyzer(*item.analyzer, nameOf(item)));
+    return ChannelUsage::flat(ChannelUsage::ofAnalyzer(*item.analyzer, item.name()));
 }
 
-QStringList AnalyzerManager::channelUsage(int leaveOut) const
+QStringList AnalyzerList::channelUsage(int leaveOut) const
 {
     QVector<ChannelUsage::Use> uses;
     for (int i = 0; i < count(); ++i) {
         if (i != leaveOut) {
             const AnalyzerItem &item = items[std::size_t(i)];
-            uses += ChannelUsage::ofAnalyzer(*item.analyzer, nameOf(item));
+            uses += ChannelUsage::ofAnalyzer(*item.analyzer, item.name());
         }
     }
     return ChannelUsage::flat(ChannelUsage::perChannel(uses, m_host.channelCount()));
 }
 
-QStringList AnalyzerManager::enabledChannelUsage(int leaveOut) const
+QStringList AnalyzerList::enabledChannelUsage(int leaveOut) const
 {
     QStringList usage = channelUsage(leaveOut);
     for (int chn = int(usage.size()) / 2 - 1; chn >= 0; --chn) {
