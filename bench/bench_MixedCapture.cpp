@@ -1,7 +1,7 @@
 // How long a user of the mixed-signal model waits for a capture's picture: from the start until waves and traces are
-// painted, with an instrument that samples at its own clock. The instrument's own time is depth by rate, and what the
-// program is late to learn of its end: it asks for the status every 50 ms. From that answer to the picture (`readBack`)
-// is to take at most 30 ms; captures one after the other, each painted, are to come 20 times a second.
+// painted, with an instrument that samples at its own clock. Beyond the instrument's own time, which is depth by rate,
+// it is to take at most 30 ms (`beyond`; `readBack` is the part of it after the answer that the instrument has ended);
+// captures one after the other, each painted, are to come 20 times a second.
 
 #include "AnalogWave.h"
 #include "MixedSignal.h"
@@ -160,8 +160,8 @@ void captureUntilPainted(benchmark::State &state)
     }
     // All in ms but the last.
     state.counters["own"] = own;
-    state.counters["beyond"] = sum.painted / captures - own; // with the pauses between two questions
-    state.counters["readBack"] = sum.readBack / captures;    // at most 30
+    state.counters["beyond"] = sum.painted / captures - own; // at most 30
+    state.counters["readBack"] = sum.readBack / captures;
     state.counters["worstReadBack"] = worst;
     state.counters["processor"] = sum.processor / captures;
     state.counters["captures"] = captures / (double(clock.nsecsElapsed()) * 1e-9); // a second: at least 20

@@ -12,6 +12,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -101,12 +102,43 @@ void decode(benchmark::State &state, const PluginFile &plugin)
     state.counters["ms"] = least * 1e3;
 }
 
+/// Settings of a decoder: keys and values.
+using Wishes = std::vector<std::pair<std::string, std::string>>;
+
+/// What the decoder finds out by itself in this capture, as settings.
+Wishes foundIn(const PluginFile &plugin, TestCapture &capture)
+{
+    struct Finding {
+        std::string told;
+        std::vector<std::string> keys; ///< the decoder has one of them
+    };
+    static const std::vector<Finding> findings = {{"\nBit rate found: ", {"baudrate", "bitrate"}},
+                                                  {"\nData bit rate found: ", {"data_baudrate"}},
+                                                  {"\nSpeed found: ", {"speed"}}};
+    const auto desk = connected(plugin);
+    const std::string told = '\n' + desk->run(capture).message();
+    Wishes wishes;
+    for (const Finding &finding : findings) {
+        const std::size_t at = told.find(finding.told);
+        if (at == std::string::npos)
+            continue;
+        const std::size_t from = at + finding.told.size();
+        const std::string value = told.substr(from, told.find_first_of(" \n", from) - from);
+        for (const std::string &key : finding.keys) {
+            if (desk->edit({{key, value}}).empty())
+                wishes.emplace_back(key, value);
+        }
+    }
+    return wishes;
+}
+
 /// Seconds of processor time, the least of some runs.
-double leastSeconds(const PluginFile &plugin, TestCapture &capture)
+double leastSeconds(const PluginFile &plugin, TestCapture &capture, const Wishes &wishes = {})
 {
     double least = std::numeric_limits<double>::max();
     for (int i = 0; i < rounds; ++i) {
         const auto desk = connected(plugin);
+        desk->edit(wishes);
         least = std::min(least, seconds([&] { desk->run(capture); }));
     }
     return least;
@@ -151,23 +183,52 @@ Traffic noiseLike(const TestCapture &like, std::int64_t edges, std::int64_t mean
     return made;
 }
 
+/// Samples from edge to edge within a capture's traffic, on average: without its pauses.
+std::int64_t meanDistance(const TestCapture &capture, std::int64_t samples)
+{
+    constexpr std::int64_t pause = 64; ///< a distance of more than so many of the usual one is none
+    std::vector<std::int64_t> edges;
+    for (std::uint32_t channel = 0; channel < 64; ++channel) {
+        if (const SmpEdgeRoot *root = capture.root(channel); root != nullptr) {
+            const std::vector<std::int64_t> own = edgesOf(*root, samples);
+            edges.insert(edges.end(), own.begin(), own.end());
+        }
+    }
+    std::sort(edges.begin(), edges.end());
+    std::vector<std::int64_t> distances;
+    for (std::size_t i = 1; i < edges.size(); ++i)
+        distances.push_back(edges[i] - edges[i - 1]);
+    if (distances.empty())
+        return 1;
+    const auto middle = distances.begin() + std::ptrdiff_t(distances.size() / 2);
+    std::nth_element(distances.begin(), middle, distances.end());
+    const std::int64_t longest = pause * std::max<std::int64_t>(*middle, 1);
+    std::int64_t sum = 0;
+    std::int64_t count = 0;
+    for (const std::int64_t distance : distances) {
+        sum += distance <= longest ? distance : 0;
+        count += distance <= longest ? 1 : 0;
+    }
+    return std::max<std::int64_t>(sum / count, 1);
+}
+
 /// Noise as dense as the decoder's own traffic, eight times as dense, and an eighth: the speed by that for the traffic.
 /// A line with few edges is quick to read whatever is made of each of them, so that there the samples a second count.
+/// Rates are those that the decoder finds in its traffic: in noise it would find none, and give up, or one that fits.
 void noise(benchmark::State &state, const PluginFile &plugin)
 {
     constexpr std::int64_t edges = 2000000;
     constexpr std::int64_t denser = 8;
     const Traffic own = ownTraffic(plugin, edges);
-    const std::int64_t samples = own.capture->device().smpCount;
-    const std::int64_t mean = std::max<std::int64_t>(samples / std::max<std::int64_t>(own.edges, 1), 1);
+    const std::int64_t mean = meanDistance(*own.capture, own.capture->device().smpCount);
+    const Wishes wishes = foundIn(plugin, *own.capture);
     const auto ratio = [&](std::int64_t distance, bool bySamples, double usual) {
         const Traffic made = noiseLike(*own.capture, edges, distance);
-        const double size = bySamples ? double(made.capture->device().smpCount) / double(samples)
-                                      : double(made.edges) / double(own.edges);
-        return usual * size / leastSeconds(plugin, *made.capture);
+        const double size = double(made.edges) / double(own.edges) * (bySamples ? double(distance) / double(mean) : 1);
+        return usual * size / leastSeconds(plugin, *made.capture, wishes);
     };
     for (auto _ : state) {
-        const double usual = leastSeconds(plugin, *own.capture);
+        const double usual = leastSeconds(plugin, *own.capture, wishes);
         state.counters["edges/s"] = double(own.edges) / usual;
         state.counters["as dense"] = ratio(mean, false, usual);
         state.counters["denser"] = ratio(std::max<std::int64_t>(mean / denser, 1), false, usual);

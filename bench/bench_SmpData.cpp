@@ -316,17 +316,18 @@ void sequential(benchmark::State &state, Way way)
         spent.add(took);
         state.SetIterationTime(took);
     }
-    state.counters["nsPerEntry"] = spent.time() * 1e9 / double(channel.flat.size()); // at most 2.5 by steps
-    state.counters["ratio"] = spent / yardstick;                                     // to a loop over one flat array
+    state.counters["nsPerEntry"] = spent.time() * 1e9 / double(channel.flat.size());
+    state.counters["ratio"] = spent / yardstick; // to a loop over one flat array; at most 4
 }
 
 void queryAtEnd(benchmark::State &state)
 {
     static const LongChannel channel(100000000, false);
+    static const LongChannel shorter(10000000, true); // a tenth has three steps fewer, and a tenth of the memory
     const std::int64_t pos = channel.data.smpCount() - 5000;
-    SmpEdgeInfo info{};
-    for (auto _ : state) {
-        switch (state.range(0)) {
+    const auto query = [kind = state.range(0), pos] {
+        SmpEdgeInfo info{};
+        switch (kind) {
         case 0:
             benchmark::DoNotOptimize(channel.data.nextEdge(0, pos));
             break;
@@ -336,7 +337,26 @@ void queryAtEnd(benchmark::State &state)
         default:
             benchmark::DoNotOptimize(channel.data.edgeNeighbours(0, pos, info));
         }
+    };
+    const auto search = [from = shorter.flat.back() - 5000] {
+        std::int64_t wanted = from;
+        benchmark::DoNotOptimize(wanted);
+        auto found = std::upper_bound(shorter.flat.begin(), shorter.flat.end(), wanted);
+        benchmark::DoNotOptimize(found);
+    };
+    const auto many = [](const auto &job) {
+        for (int i = 0; i < 100'000; ++i) {
+            job();
+        }
+    };
+    Least spent;
+    Least yardstick;
+    for (auto _ : state) {
+        spent.add(seconds([&] { many(query); }));
+        yardstick.add(seconds([&] { many(search); }));
     }
+    state.counters["nsPerQuery"] = spent.time() * 1e4;
+    state.counters["ratio"] = spent / yardstick; // to a binary search in one flat array; at most 10
 }
 
 void memoryOfACapture(benchmark::State &state)
@@ -405,7 +425,7 @@ BENCHMARK(line)->UseManualTime()->Arg(1000000)->Arg(10000000)->Arg(100000000);
 BENCHMARK_CAPTURE(sequential, steps, Way::Steps)->UseManualTime()->Arg(20000000);
 BENCHMARK_CAPTURE(sequential, blocks, Way::Blocks)->UseManualTime()->Arg(20000000);
 BENCHMARK_CAPTURE(sequential, skips, Way::Skips)->UseManualTime()->Arg(20000000);
-BENCHMARK(queryAtEnd)->Arg(0)->Arg(1)->Arg(2);
+BENCHMARK(queryAtEnd)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
 BENCHMARK(memoryOfACapture)->Arg(12000000)->Iterations(1);
 BENCHMARK(capturesInTurn)->Iterations(5)->Arg(20000000);
 BENCHMARK(finishing)->UseManualTime()->Iterations(2)->Args({20000000, 0})->Args({20000000, 1});

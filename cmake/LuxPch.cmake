@@ -53,7 +53,7 @@ endfunction()
 
 # lux_precompile(<target> [TEST]): to be called when the target's libraries are known.
 function(lux_precompile target)
-  if(NOT LUX_PCH OR LUX_PCH STREQUAL "DECODERS")
+  if(NOT LUX_PCH)
     return()
   endif()
   cmake_parse_arguments(ARG "TEST" "" "" ${ARGN})

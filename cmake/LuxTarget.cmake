@@ -12,10 +12,11 @@ target_compile_options(lux_flags INTERFACE
 if(LUX_WERROR)
   target_compile_options(lux_flags INTERFACE -Werror)
 endif()
+set(LUX_SANITIZED_LEVEL -O1 CACHE STRING "The level of optimization of a debug build with sanitizers")
 if(CMAKE_BUILD_TYPE STREQUAL "Debug")
   # A test runs once for each time it is compiled, the product many times; sanitizers make slow what is not optimized.
   if(LUX_SANITIZE)
-    target_compile_options(lux_build INTERFACE -O1)
+    target_compile_options(lux_build INTERFACE ${LUX_SANITIZED_LEVEL})
   else()
     target_compile_options(lux_build INTERFACE $<IF:$<BOOL:$<TARGET_PROPERTY:LUX_TEST_PLAIN>>,-O0,-O1>)
   endif()

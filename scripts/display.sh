@@ -25,8 +25,9 @@ wait_for() {
 # programs find exactly DPI dots per inch. FOLDER exists and takes the server's notes.
 start_display() {
     local folder=$1 size=$2 dpi=$3
-    # The server chooses a free number itself and tells it when it is ready.
-    Xvfb -displayfd 3 -screen 0 "${size}x24" -dpi "$dpi" -noreset -nolisten tcp \
+    # The server chooses a free number itself and tells it when it is ready. It repeats no key (-r): on a busy machine
+    # xdotool may come late to let one go.
+    Xvfb -displayfd 3 -screen 0 "${size}x24" -dpi "$dpi" -noreset -nolisten tcp -r \
         3>"$folder/display" >"$folder/xvfb.log" 2>&1 </dev/null &
     display_pid=$!
     wait_for 30 "the virtual display" test -s "$folder/display"
