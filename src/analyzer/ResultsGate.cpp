@@ -9,8 +9,40 @@ namespace {
 
 constexpr std::chrono::milliseconds endPatience{20}; ///< with a thread that was asked to end
 constexpr std::chrono::milliseconds betweenTakes{2}; ///< behind the patience, while a reader is outside of plug-ins
+constexpr std::chrono::milliseconds betweenTurns{1}; ///< two looks for whether results are free again
 
 } // namespace
+
+/// Those who lost their pass and did not come out yet. Outlives the gate, with them. Any thread.
+class LostReaders {
+public:
+    void add(std::shared_ptr<ResultsReader> reader)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_readers.push_back(std::move(reader));
+        m_count.store(m_readers.size(), std::memory_order_release);
+    }
+    /// Whether one of them is in there. Nobody is, as a rule: then it costs an atomic load.
+    [[nodiscard]] bool areIn(const AnalyzerResults *results)
+    {
+        if (m_count.load(std::memory_order_acquire) == 0) {
+            return false;
+        }
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_readers, [](const std::shared_ptr<ResultsReader> &reader) { return !reader->isStuck(); });
+        m_count.store(m_readers.size(), std::memory_order_release);
+        return std::any_of(m_readers.begin(), m_readers.end(), [results](const std::shared_ptr<ResultsReader> &reader) {
+            return reader->results() == results;
+        });
+    }
+
+private:
+    std::atomic<std::size_t> m_count{0};
+    std::mutex m_mutex; ///< of what follows
+    std::vector<std::shared_ptr<ResultsReader>> m_readers;
+};
+
+ResultsGate::ResultsGate(ResultsKeeper *keeper) : m_keeper(keeper), m_lost(std::make_shared<LostReaders>()) {}
 
 bool ResultsGate::takeLocked(const std::shared_ptr<ResultsReader> &reader)
 {
@@ -23,6 +55,7 @@ bool ResultsGate::takeLocked(const std::shared_ptr<ResultsReader> &reader)
     if (!reader->m_state.compare_exchange_strong(state, State::Lost, std::memory_order_acq_rel)) {
         return false;
     }
+    m_lost->add(reader);
     m_keeper->keep(reader->results(), reader);
     std::erase(m_holders, reader);
     return true;
@@ -64,12 +97,24 @@ void ResultsGate::endThread(std::thread &thread, const std::shared_ptr<ResultsRe
     thread.join();
 }
 
+bool ResultsReader::waitForTurn() const
+{
+    while (m_lost->areIn(results())) {
+        if (isLost()) {
+            return false;
+        }
+        std::this_thread::sleep_for(betweenTurns);
+    }
+    return true;
+}
+
 ResultsPass::ResultsPass(ResultsGate &gate, std::shared_ptr<ResultsReader> reader)
     : m_gate(nullptr), m_reader(std::move(reader))
 {
     const std::lock_guard lock(gate.m_mutex);
     if (gate.m_changes == 0) {
         m_reader->m_seenAt = std::chrono::steady_clock::now();
+        m_reader->m_lost = gate.m_lost;
         gate.m_holders.push_back(m_reader);
         m_gate = &gate;
     }
@@ -81,6 +126,7 @@ ResultsPass::~ResultsPass()
         return;
     }
     if (m_reader->isLost()) {
+        m_reader->m_lost.reset(); // which has the reader as well
         m_reader->m_isOut.store(true, std::memory_order_release);
         return;
     }

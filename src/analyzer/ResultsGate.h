@@ -11,6 +11,7 @@
 #include <vector>
 
 class AnalyzerResults;
+class LostReaders;
 class ResultsReader;
 
 /// Who keeps results alive for a reader that does not come out of them. Main thread.
@@ -29,13 +30,14 @@ public:
 ///
 /// Holders ask isWanted() between two frames and leave within 20 ms when it says so. One that is inside of a plug-in's
 /// code at the end of the patience loses its pass instead: its thread touches nothing any more when it comes out, and
-/// the keeper keeps what it is in. Without a keeper the gate waits without limit. Any thread.
+/// the keeper keeps what it is in. Who follows it into the same results waits for it, since results make one text of a
+/// kind at a time. Without a keeper the gate waits without limit. Any thread.
 class ResultsGate {
 public:
     static constexpr std::chrono::seconds grace{2}; ///< for one text
 
     /// @param keeper  outlives the gate; null for none
-    explicit ResultsGate(ResultsKeeper *keeper = nullptr) : m_keeper(keeper) {}
+    explicit ResultsGate(ResultsKeeper *keeper = nullptr);
     ResultsGate(const ResultsGate &) = delete;
     ResultsGate &operator=(const ResultsGate &) = delete;
 
@@ -63,6 +65,7 @@ private:
 
     ResultsKeeper *const m_keeper;
     std::atomic<bool> modifyPending{false};
+    const std::shared_ptr<LostReaders> m_lost;
     std::mutex m_mutex; ///< of what follows
     std::condition_variable m_changed;
     std::vector<std::shared_ptr<ResultsReader>> m_holders;
@@ -72,7 +75,8 @@ private:
 /// What the holder of a pass is doing, for who may have to go on without it. A thread uses one for all of its passes.
 class ResultsReader {
 public:
-    /// Runs code of a plug-in, which must not throw. Needs a pass. Cost: two atomic operations. The reader's thread.
+    /// Runs code of a plug-in, which must not throw; behind those that lost their pass within the same results. Needs a
+    /// pass. Cost: three atomic operations. The reader's thread.
     /// @return false when the pass was taken meanwhile: nothing that belongs to others may be touched any more
     template<class Call>
     [[nodiscard]] bool inside(const AnalyzerResults *results, const Call &call)
@@ -80,7 +84,9 @@ public:
         m_results.store(results, std::memory_order_relaxed);
         m_calls.store(m_calls.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         m_state.store(State::Inside, std::memory_order_release);
-        call();
+        if (waitForTurn()) {
+            call();
+        }
         State state = State::Inside;
         return m_state.compare_exchange_strong(state, State::Outside, std::memory_order_acq_rel);
     }
@@ -99,11 +105,15 @@ private:
     friend class ResultsPass;
     enum class State : std::uint8_t { Outside, Inside, Lost };
 
+    /// @return false when the pass was taken before nobody else was in results()
+    [[nodiscard]] bool waitForTurn() const;
+
     std::atomic<State> m_state{State::Outside};
     std::atomic<const AnalyzerResults *> m_results{nullptr}; ///< written outside only
     std::atomic<std::uint64_t> m_calls{0};
     std::atomic<bool> m_isLong{false};
-    std::atomic<bool> m_isOut{false}; ///< of one that is lost
+    std::atomic<bool> m_isOut{false};    ///< of one that is lost
+    std::shared_ptr<LostReaders> m_lost; ///< its gate's, which may be gone; the reader's thread's, with the pass
     // The gate's, under its mutex:
     std::uint64_t m_seenCalls = 0;
     std::chrono::steady_clock::time_point m_seenAt;

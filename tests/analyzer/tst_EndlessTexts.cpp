@@ -95,6 +95,7 @@ private slots:
     void aCaptureIsNotHeldUpByAnEndlessTextOfTheList();
     void theListGoesOnWithoutAnAnalyzerWhoseTextNeverEnds();
     void aTextThatComesBackInTimeIsNoFault();
+    void noTwoTextsOfTheSameResultsAreMadeAtATime();
     void anAnalyzerCanBeRemovedDuringItsEndlessText();
     void theProgramEndsDuringAnEndlessText();
     void aPaintIsNotHeldUpByAnEndlessText();
@@ -157,6 +158,21 @@ void TstEndlessTexts::aTextThatComesBackInTimeIsNoFault()
     QCOMPARE(desk.list->frameAt(0)->analyzer, desk.manager->analyzerAt(0));
     QCOMPARE(desk.told, QStringList());
     QVERIFY(!desk.manager->endedEarly(0));
+}
+
+void TstEndlessTexts::noTwoTextsOfTheSameResultsAreMadeAtATime()
+{
+    constexpr int moment = 200; // ms, less than any text may take
+    EndlessDesk desk;
+    QVERIFY(desk.add(0, 0) && desk.waitForWorkers());
+    QVERIFY(desk.holdList());
+    QSignalSpy resets(desk.list.get(), &AnalyzerDataGen::resetWanted);
+    QVERIFY(desk.add(1, 1)); // takes the pass of the list's thread; what it is in stays
+    QTRY_VERIFY_WITH_TIMEOUT(!resets.isEmpty(), patience);
+    QVERIFY(!QTest::qWaitFor([&desk] { return desk.gate().inside > 1; }, moment));
+    QCOMPARE(desk.gate().inside.load(), 1);
+    desk.gate().held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
 }
 
 void TstEndlessTexts::anAnalyzerCanBeRemovedDuringItsEndlessText()
