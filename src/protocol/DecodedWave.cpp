@@ -6,8 +6,8 @@
 #include <corvanlux/analyzer/Analyzer.h>
 #include <utility>
 
-DecodedWave::DecodedWave(AnalyzerManager &manager, std::function<void()> arrived)
-    : m_manager(manager), m_maker(manager, std::move(arrived))
+DecodedWave::DecodedWave(AnalyzerManager &manager, std::function<void()> arrived, std::chrono::milliseconds most)
+    : m_manager(manager), m_maker(manager, std::move(arrived), most)
 {
     gDecodedSource = this;
 }

@@ -12,7 +12,9 @@ class DecodedWave : public DecodedSource {
 public:
     /// @param manager  not owned, outlives this
     /// @param arrived  called when there are texts of bubbles that a visit has told none of, since they took long
-    explicit DecodedWave(AnalyzerManager &manager, std::function<void()> arrived = {});
+    /// @param most  how long a visit waits for texts
+    explicit DecodedWave(AnalyzerManager &manager, std::function<void()> arrived = {},
+                         std::chrono::milliseconds most = BubbleMaker::patience);
     ~DecodedWave() override;
     DecodedWave(const DecodedWave &) = delete;
     DecodedWave &operator=(const DecodedWave &) = delete;

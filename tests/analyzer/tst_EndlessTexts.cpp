@@ -259,6 +259,7 @@ void TstEndlessTexts::aCaptureIsNotHeldUpByAnEndlessTextOfABubble()
     BubbleMaker maker(*desk.manager, {});
     QVERIFY(desk.addBoth());
     QVERIFY(maker.texts({desk.results(0), 0, 0, DisplayBase::Decimal}) == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
     desk.manager->captureStarts();
     desk.manager->captureReady();
     QVERIFY(desk.waitForWorkers());
@@ -274,6 +275,7 @@ void TstEndlessTexts::theProgramEndsDuringAnEndlessTextOfABubble()
         BubbleMaker maker(*desk.manager, {});
         QVERIFY(desk.addBoth());
         QVERIFY(maker.texts({desk.results(0), 0, 0, DisplayBase::Decimal}) == nullptr);
+        QTRY_VERIFY_WITH_TIMEOUT(desk.gate().inside > 0, patience);
     }
     desk.list.reset();
     desk.manager.reset();

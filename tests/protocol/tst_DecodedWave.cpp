@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr std::chrono::seconds patience{30}; // with a thread for which the program does not wait that long
+
 DecodedView view(double ratio)
 {
     return {0.0, ratio, 1000, 100'000, PixelScale{96}};
@@ -33,7 +35,7 @@ void TstDecodedWave::theWavesSeeWhatIsDecodedWhileItLives()
 {
     FaceDesk desk("kinds");
     {
-        const DecodedWave wave(*desk.manager);
+        const DecodedWave wave(*desk.manager, {}, patience);
         QCOMPARE(gDecodedSource, static_cast<const DecodedSource *>(&wave));
         QVERIFY(desk.add());
         QVERIFY(desk.waitForWorkers());
@@ -58,7 +60,7 @@ void TstDecodedWave::theWavesSeeWhatIsDecodedWhileItLives()
 void TstDecodedWave::onlyTheChannelsOfAnAnalyzerShowIt()
 {
     FaceDesk desk("kinds");
-    const DecodedWave wave(*desk.manager);
+    const DecodedWave wave(*desk.manager, {}, patience);
     QVERIFY(desk.add(3) && desk.add(5) && desk.add(3));
     QVERIFY(desk.waitForWorkers());
     for (const auto &[channel, wanted] : {std::pair(3, 2), std::pair(5, 1), std::pair(0, 0), std::pair(-1, 0)}) {
@@ -73,7 +75,7 @@ void TstDecodedWave::onlyTheChannelsOfAnAnalyzerShowIt()
 void TstDecodedWave::textsFollowTheDisplayFormat()
 {
     FaceDesk desk("kinds");
-    const DecodedWave wave(*desk.manager);
+    const DecodedWave wave(*desk.manager, {}, patience);
     QVERIFY(desk.add());
     QVERIFY(desk.waitForWorkers());
     for (const int format : {0, 1, 2, 3, 4, -5, 1000}) {
@@ -111,7 +113,7 @@ void TstDecodedWave::framesOnSeveralChannelsAreShared()
 void TstDecodedWave::channelsTellWhoUsesThem()
 {
     FaceDesk desk("kinds");
-    const DecodedWave wave(*desk.manager);
+    const DecodedWave wave(*desk.manager, {}, patience);
     QVERIFY(desk.add(3) && desk.add(3));
     QCOMPARE(wave.chnLabel(3), QStringLiteral("Face - Line, Face - Line"));
     QCOMPARE(wave.chnLabel(0), QString());
