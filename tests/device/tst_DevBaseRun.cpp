@@ -29,7 +29,9 @@ public:
     int starts = 0;
 };
 
-/// Sets a capture of blocks of two seconds, that lasts for days.
+/// Sets a capture of blocks of two seconds, that lasts for days. How many of them there are when it is stopped is a
+/// matter of the machine; each is told.
+constexpr std::int64_t blockSamples = 40000;
 void chooseEndless(DevBase &device)
 {
     device.setSmpFrequIndex(int(device.smpFrequs.size()) - 1);
@@ -183,11 +185,11 @@ void TstDevBaseRun::aCaptureKeepsTheSettingsThatItBeganWith()
     device->setSmpFrequIndex(0);
     device->setSmpDepthIndex(0);
     device->setChnEnable(QVector<bool>(16, false));
-    QTRY_COMPARE(listener.states.size(), 2);
+    QTRY_VERIFY(listener.states.size() >= 2);
     device->stopCapture();
     QTRY_COMPARE(listener.published, 1);
     QCOMPARE(device->smpData->smpFrequ(), std::int64_t(20000));
-    QCOMPARE(device->smpData->sampleCount(), std::int64_t(40000));
+    QCOMPARE(device->smpData->sampleCount(), blockSamples * listener.states.count({3, 0}));
     QVERIFY(device->smpData->entryCount(15) > 1);
 }
 
@@ -197,11 +199,11 @@ void TstDevBaseRun::aStopKeepsWhatHasBeenCaptured()
     chooseEndless(*device);
     Listener listener(*device);
     device->startCapture();
-    QTRY_COMPARE(listener.states.size(), 2);
+    QTRY_VERIFY(listener.states.size() >= 2);
     device->stopCapture();
-    QTRY_COMPARE_WITH_TIMEOUT(listener.published, 1, 1500); // a block would take two seconds
+    QTRY_COMPARE(listener.published, 1);
     QCOMPARE(listener.states.last(), qMakePair(5, 0));
-    QCOMPARE(device->smpData->sampleCount(), std::int64_t(40000));
+    QCOMPARE(device->smpData->sampleCount(), blockSamples * listener.states.count({3, 0}));
 }
 
 void TstDevBaseRun::aStopBeforeAStartHasNoEffectOnIt()
@@ -248,7 +250,7 @@ void TstDevBaseRun::aDeviceDeletedDuringACaptureJoinsItAndPublishesNothing()
     chooseEndless(*device);
     Listener listener(*device);
     device->startCapture();
-    QTRY_COMPARE(listener.states.size(), 2);
+    QTRY_VERIFY(listener.states.size() >= 2);
     const std::int64_t spent = (std::int64_t(1) << 40) - memBudget;
     QVERIFY(spent > 0);
     device.reset();
@@ -269,7 +271,7 @@ void TstDevBaseRun::endingACapturePublishesNothing()
     chooseEndless(*device);
     Listener listener(*device);
     device->startCapture();
-    QTRY_COMPARE(listener.states.size(), 2);
+    QTRY_VERIFY(listener.states.size() >= 2);
     device->endCapture();
     QVERIFY(!device->hasThreads());
     QCoreApplication::processEvents();
