@@ -17,28 +17,32 @@ public:
     /// @param ms  the pause, by its length
     Hold(BringUpDesk &desk, int ms)
     {
-        desk.init->skipPause = [this, ms](int pause) {
-            if (pause == ms && !m_released.load()) {
-                m_reached.release();
-                m_go.acquire();
+        desk.init->skipPause = [state = m_state, ms](int pause) {
+            if (pause == ms && !state->released.load()) {
+                state->reached.release();
+                state->go.acquire();
             }
             return pause != 200;
         };
     }
     void await()
     {
-        QVERIFY(QTest::qWaitFor([this] { return m_reached.tryAcquire(); }));
+        QVERIFY(QTest::qWaitFor([this] { return m_state->reached.tryAcquire(); }, BringUpDesk::longWait));
     }
     void release()
     {
-        m_released = true;
-        m_go.release();
+        m_state->released = true;
+        m_state->go.release();
     }
 
 private:
-    std::atomic<bool> m_released{false};
-    QSemaphore m_reached;
-    QSemaphore m_go;
+    struct State {
+        std::atomic<bool> released{false};
+        QSemaphore reached;
+        QSemaphore go;
+    };
+    /// Shared with the threads: one may come to a pause when the test has all that it wanted.
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 constexpr int returnPause = 200;
@@ -202,8 +206,8 @@ void TstDevInit::thePausesAreThoseOfTheHardware()
 {
     QFETCH(int, model);
     QFETCH(QVector<int>, pauses);
-    BringUpDesk desk;
     QVector<int> seen; // written by one thread, read when that has ended
+    BringUpDesk desk;
     desk.init->skipPause = [&seen](int ms) {
         seen.append(ms);
         return true;
@@ -293,8 +297,8 @@ void TstDevInit::aDeviceThatGoesInAPauseIsToldAtOnce()
 
 void TstDevInit::theReturnOfTheDeviceEndsTheWaitAtOnce()
 {
-    BringUpDesk desk;
     std::atomic<int> waits{0};
+    BringUpDesk desk;
     desk.init->skipPause = [&waits](int ms) {
         waits += ms == returnPause ? 1 : 0;
         return ms != returnPause;
@@ -305,6 +309,7 @@ void TstDevInit::theReturnOfTheDeviceEndsTheWaitAtOnce()
     desk.bus->plug();
     QTRY_VERIFY(desk.has(6));
     QVERIFY(!desk.has(1, 5));
+    QTRY_VERIFY(!desk.init->isWorking()); // the thread of the first stage may come late to its last wait
     // The wait that the return cut short has sent nothing more.
     int told = 0;
     for (const Report &report : desk.reports) {
@@ -374,8 +379,8 @@ void TstDevInit::theCoordinatorMayGoInEveryPause_data()
 void TstDevInit::theCoordinatorMayGoInEveryPause()
 {
     QFETCH(int, pause);
-    BringUpDesk desk;
     QSemaphore reached;
+    BringUpDesk desk;
     desk.init->skipPause = [&](int ms) {
         if (ms != pause) {
             return ms != returnPause;

@@ -20,6 +20,9 @@ using Sizes = std::vector<std::uint32_t>;
 using Lengths = std::vector<std::int32_t>;
 using Calls = std::vector<std::string>;
 
+/// Of reads that somebody ends: nearly a minute, so that it does not matter when that one stands still.
+constexpr int patience = 20;
+
 } // namespace
 
 class TstUsbReadRun : public QObject {
@@ -504,6 +507,7 @@ void TstUsbReadRun::aDeviceThatGoesWhileTheRunWaitsEndsItAtOnce()
         UsbDesk desk;
         QVERIFY(desk.open(1000));
         desk.usb->holds = true;
+        desk.usb->patience = patience;
         desk.usb->reads = {FakeRead::full()};
         std::atomic<bool> waits{false};
         desk.receiver.received = [&waits](int) { waits = true; };
@@ -531,6 +535,7 @@ void TstUsbReadRun::aRunThatIsBrokenOffEndsAtOnceAndTheNextOneRuns()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->holds = true;
+    desk.usb->patience = patience;
     desk.usb->reads = {FakeRead::full()};
     std::atomic<bool> waits{false};
     desk.receiver.received = [&waits](int) { waits = true; };

@@ -439,7 +439,7 @@ bool FakeUsb::waitRead(UsbReadSlot &slot, int ms)
     }
     const bool pipeFirst = m_readTimeout != 0 && int(m_readTimeout) < ms;
     const auto until =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(pipeFirst ? int(m_readTimeout) : ms);
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(pipeFirst ? int(m_readTimeout) : ms) * patience;
     while (own.state == Slot::Queued) {
         FakeRead next = whenUsedUp;
         if (!reads.empty()) {

@@ -48,6 +48,7 @@ public:
     std::deque<FakeRead> reads; ///< when used up: as `whenUsedUp`
     FakeRead whenUsedUp = FakeRead::silence();
     bool holds = false;                     ///< Silence lets real time pass, and ends with a pipe's time-out
+    int patience = 1;                       ///< ... so many times as long as that, where nobody may wait for it
     std::vector<std::uint8_t> slotsRefused; ///< by number of the slot made, from 0
     bool hotplugWorks = true;
     std::uint32_t writeLimit = 0xFFFFFFFF; ///< bytes that a bulk write moves at most
