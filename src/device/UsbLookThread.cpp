@@ -53,8 +53,10 @@ void UsbLookThread::work()
         leaving->cut();
     }
     const UsbLook look = m_looks ? m_usb.look(m_openPath) : UsbLook();
-    postCall(this, [this, look] { takeOver(look); });
+    // Before the answer, upon which the main thread may say that the next look works; until it is taken over this one
+    // counts as under way.
     m_works.store(false, std::memory_order_release);
+    postCall(this, [this, look] { takeOver(look); });
 }
 
 void UsbLookThread::takeOver(UsbLook look)

@@ -158,6 +158,7 @@ private slots:
     void manyMessagesDuringALookAreTwoLooksMore();
     void aFileThatBeginsToLoadDuringALookKeepsItsDeviceObject();
     void theProgramEndsWithoutWaitingForASlowDevice();
+    void aLookBehindAnotherIsStillTheProgramsAtItsEnd();
     void whatWasOpenedBehindTheEndIsClosedAgain();
 };
 
@@ -267,6 +268,22 @@ void TstSlowOpening::theProgramEndsWithoutWaitingForASlowDevice()
     QVERIFY(desk.session->end(std::chrono::milliseconds(longWait)));
     QTest::qWait(10);
     QVERIFY(desk.states.isEmpty()); // it has ended: nobody is told
+}
+
+void TstSlowOpening::aLookBehindAnotherIsStillTheProgramsAtItsEnd()
+{
+    SlowDesk desk;
+    desk.platform->hold(Step::List);
+    desk.session->lookForDevice();
+    QVERIFY(desk.reach());
+    desk.session->lookForDevice();
+    desk.platform->hold(Step::List);
+    desk.platform->letGo();
+    QVERIFY(desk.reach());
+    constexpr std::chrono::milliseconds most(20);
+    QVERIFY(!desk.session->end(most)); // whatever the thread of the first look still has to do
+    desk.platform->letGo();
+    QVERIFY(desk.session->end(std::chrono::milliseconds(longWait)));
 }
 
 void TstSlowOpening::whatWasOpenedBehindTheEndIsClosedAgain()
