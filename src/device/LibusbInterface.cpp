@@ -14,9 +14,9 @@ constexpr int interfaceNumber = 0;
 int claimWithPatience(libusb_device_handle *handle)
 {
     using namespace std::chrono_literals;
-    const auto until = std::chrono::steady_clock::now() + 1s;
+    constexpr int tries = 200; // in a second; counted, lest a machine that stands still for so long uses up all of them
     int code = libusb_claim_interface(handle, interfaceNumber);
-    while (code == LIBUSB_ERROR_NOT_FOUND && std::chrono::steady_clock::now() < until) {
+    for (int tried = 1; code == LIBUSB_ERROR_NOT_FOUND && tried < tries; ++tried) {
         std::this_thread::sleep_for(5ms);
         code = libusb_claim_interface(handle, interfaceNumber);
     }

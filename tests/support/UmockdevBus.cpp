@@ -14,6 +14,7 @@
 #include <linux/usbdevice_fs.h>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <thread>
 #include <umockdev.h>
 #include <unistd.h>
 
@@ -291,6 +292,7 @@ int UmockdevBus::handle(Node &node, unsigned long request, void *argument)
             result = -ENODEV;
         } else if (node.claimsToRefuse > 0) {
             --node.claimsToRefuse;
+            std::this_thread::sleep_for(m_refusalTakes.load());
             result = -ENOENT;
         } else {
             node.claimed = true;

@@ -2,6 +2,8 @@
 
 #include "platform/InstrumentBus.h"
 
+#include <atomic>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -21,7 +23,12 @@ public:
     /// @return false if that fails
     [[nodiscard]] static bool enter(char **argv);
     /// Claims of an interface fail so many times after each arrival, as they may while a kernel sets up a device.
-    void refuseClaims(int count) { m_claimsToRefuse = count; }
+    /// @param each  how long each takes
+    void refuseClaims(int count, std::chrono::milliseconds each = {})
+    {
+        m_claimsToRefuse = count;
+        m_refusalTakes = each;
+    }
 
 private:
     struct Node;
@@ -51,4 +58,5 @@ private:
     std::uint64_t m_lastKey = 0;
     int m_lastAddress = 1;
     std::atomic<int> m_claimsToRefuse{0};
+    std::atomic<std::chrono::milliseconds> m_refusalTakes{};
 };
