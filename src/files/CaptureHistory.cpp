@@ -31,6 +31,7 @@ std::int64_t fileBytes(const SmpData &data)
 
 /// One thing that the thread is asked to do: to write a capture, or without one to look into the folder.
 struct CaptureHistory::Job {
+    unsigned number = 0; ///< of the capture
     std::shared_ptr<GivingWay> way;
     QByteArray settings;
     QString model;
@@ -63,6 +64,7 @@ void CaptureHistory::keep(const Capture &capture, const ConfigDocument &settings
     if (!block) {
         {
             const std::lock_guard lock(m_mutex);
+            m_lastNumber = ++m_number;
             m_last = {KeptState::Failed, FileResult::SettingsTooLong};
         }
         emit sigChanged();
@@ -71,7 +73,7 @@ void CaptureHistory::keep(const Capture &capture, const ConfigDocument &settings
     const std::int64_t samples = capture.data == nullptr ? 0 : capture.data->sampleCount();
     if (samples > 0) {
         post(std::make_unique<Job>(
-            Job{GivingWay::on(capture.data), *block, capture.model, capture.time, capture.limits}));
+            Job{++m_number, GivingWay::on(capture.data), *block, capture.model, capture.time, capture.limits}));
     }
 }
 
@@ -127,7 +129,7 @@ void CaptureHistory::run()
             return;
         }
         Job &job = *m_jobs.front(); // others are only added behind it
-        Told told = m_last;
+        Told told;
         lock.unlock();
         if (job.way) {
             told = write(job);
@@ -136,7 +138,10 @@ void CaptureHistory::run()
         QVector<HistoryEntry> entries = m_folder.list();
         lock.lock();
         m_entries = std::move(entries);
-        m_last = told;
+        if (job.number > m_lastNumber) { // a later one may have failed without waiting for its turn
+            m_lastNumber = job.number;
+            m_last = told;
+        }
         std::unique_ptr<Job> done = std::move(m_jobs.front());
         m_jobs.pop_front();
         m_changed.notify_all();

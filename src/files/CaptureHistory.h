@@ -93,13 +93,15 @@ private:
     [[nodiscard]] Told writeTo(const QString &path, Job &job);
 
     const HistoryFolder m_folder;
+    unsigned m_number = 0; ///< of the last capture that was to be kept, counted from 1; main thread
     std::atomic<bool> m_ending{false};
     mutable std::mutex m_mutex; ///< guards all below but the thread; never held while writing, listing or emitting
     std::condition_variable m_changed;
     std::deque<std::unique_ptr<Job>> m_jobs; ///< the first one is under way
     QVector<HistoryEntry> m_entries;
     Told m_last;
-    std::thread m_thread; ///< started with the first job
+    unsigned m_lastNumber = 0; ///< of the capture that `m_last` tells of
+    std::thread m_thread;      ///< started with the first job
 };
 
 /// Why the last capture is not in the history, as a translated sentence; empty if it is. Main thread.

@@ -61,6 +61,7 @@ private slots:
     void aFolderThatCannotBeMadeIsTold();
     void settingsThatAreTooLongAreTold();
     void theNextCaptureThatIsKeptEndsTheTelling();
+    void whatBecameOfAnEarlierCaptureIsNotToldBehindThatOfALaterOne();
     void anotherProgramsCapturesAreListedAfterALook();
     void theEndLeavesNoPartAndNoLease();
 
@@ -280,6 +281,20 @@ void TstCaptureHistory::theNextCaptureThatIsKeptEndsTheTelling()
     finish();
     QCOMPARE(m_history->last().state, KeptState::Kept);
     QVERIFY(historyReason(m_history->last()).isEmpty());
+}
+
+void TstCaptureHistory::whatBecameOfAnEarlierCaptureIsNotToldBehindThatOfALaterOne()
+{
+    const auto data = smallCapture();
+    hold();
+    m_history->keep(captureOf(*data, 1), settings());
+    m_asked.acquire();
+    m_history->refresh();
+    m_history->keep(captureOf(*data, 2), settings(QByteArray(40'000, 'n')));
+    m_mayGo.release();
+    finish();
+    QCOMPARE(m_history->entries().size(), 1);
+    QCOMPARE(m_history->last().result, FileResult::SettingsTooLong);
 }
 
 void TstCaptureHistory::anotherProgramsCapturesAreListedAfterALook()
