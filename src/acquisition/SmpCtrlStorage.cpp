@@ -18,7 +18,14 @@ constexpr int wideChannels = 32; ///< of the device that sends records of 32 bit
 SmpCtrlStorage::SmpCtrlStorage(SmpHost &host, SmpCnvtStorage &converter) : SmpCtrlThread(host), m_converter(converter)
 {}
 
-void SmpCtrlStorage::onStart() {} // the device was started long before
+/// The device was started long before. Who breaks a run off that has not begun yet reaches none: the last word of that
+/// is the flag that was set before.
+void SmpCtrlStorage::onStart()
+{
+    if (isGivenUp()) {
+        m_transport->breakOffStream();
+    }
+}
 
 void SmpCtrlStorage::onData(SmpChunk bytes, std::int32_t length)
 {
@@ -161,7 +168,7 @@ void SmpCtrlStorage::readBack()
         return;
     }
     const int result = m_transport->readStream(window->size);
-    if (m_recvBytes != window->size && !m_host.smpCut.load(std::memory_order_acquire)) {
+    if (m_recvBytes != window->size && !isGivenUp()) {
         m_host.endErr.store(std::uint32_t(result != 0 ? result : smpError::endedEarly), std::memory_order_release);
     }
     m_host.smpSem.release();

@@ -73,6 +73,9 @@ void SmpCtrlTransfer::onStart()
     if (m_host.smpStop.load(std::memory_order_acquire)) {
         m_device->stopDevice(); // the stop that was asked for may have come before the start
     }
+    if (m_host.smpAbort.load(std::memory_order_acquire)) {
+        m_transport->breakOffStream(); // as may this, which then reached no run
+    }
 }
 
 void SmpCtrlTransfer::onData(SmpChunk bytes, std::int32_t length)

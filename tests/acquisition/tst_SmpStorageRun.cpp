@@ -125,6 +125,8 @@ private slots:
     void aStopEndsThePollAtOnce();
     void aStopBeforeTheStartStopsTheDeviceAgain();
     void aStopBeforeTheTriggerLeavesNone();
+    void aReadBackThatIsBrokenOffBeforeItBeginsReadsNothing_data();
+    void aReadBackThatIsBrokenOffBeforeItBeginsReadsNothing();
 
     void aFailedRequestEndsInItsCode_data();
     void aFailedRequestEndsInItsCode();
@@ -494,6 +496,30 @@ void TstSmpStorageRun::aStopBeforeTheTriggerLeavesNone()
     QVERIFY(desk.run());
     QCOMPARE(desk.smpData->trgPos(), std::int64_t(0));
     QVERIFY(desk.holdsAll());
+}
+
+void TstSmpStorageRun::aReadBackThatIsBrokenOffBeforeItBeginsReadsNothing_data()
+{
+    QTest::addColumn<bool>("aborts");
+    QTest::newRow("by a stop") << false;
+    QTest::newRow("by the end of the device object") << true;
+}
+
+void TstSmpStorageRun::aReadBackThatIsBrokenOffBeforeItBeginsReadsNothing()
+{
+    QFETCH(bool, aborts);
+    RingDesk desk(3000);
+    desk.device.onCall = [&](const QString &call) {
+        if (call == QStringLiteral("setReadWindow")) {
+            (aborts ? desk.smpAbort : desk.smpCut) = true;
+            desk.bulk.breakOffStream();
+        }
+    };
+    QVERIFY(desk.run());
+    QCOMPARE(desk.bulk.delivered, std::size_t(0));
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QCOMPARE(desk.published, 0);
+    QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
 // ---- failures ------------------------------------------------------------------------------------------------------

@@ -164,6 +164,7 @@ private slots:
     void aHeapThatRefusesTheConverterABlockStopsTheDevice();
     void aSpentBudgetInTheTransportIsReported();
     void anAbortPublishesNothing();
+    void anAbortBeforeTheFirstReadBreaksTheStreamOff();
     void theNextCaptureMayStartAsTheLastOneIsPublished();
     void whatALastRunLeftIsCleared();
     void withoutAnyChannelTheRunEndsWithoutData();
@@ -722,6 +723,25 @@ void TstSmpTransferRun::anAbortPublishesNothing()
         QCOMPARE(desk.smpBufs.count(), 0);
         QCOMPARE(desk.leak(), std::int64_t(0));
     }
+}
+
+void TstSmpTransferRun::anAbortBeforeTheFirstReadBreaksTheStreamOff()
+{
+    PulseDesk desk(4, 64000, 900);
+    desk.bulk.device = nullptr; // which does not hear that it is to stop
+    desk.device.onCall = [&](const QString &call) {
+        if (call == QStringLiteral("bulkStop")) {
+            desk.smpAbort = true;
+            desk.smpStop = true;
+            desk.bulk.breakOffStream();
+        }
+    };
+    desk.startStreaming();
+    QVERIFY(desk.runToEnd());
+    QCOMPARE(desk.bulk.delivered, std::size_t(0));
+    QCOMPARE(desk.last(), (State{5, 0, 0}));
+    QCOMPARE(desk.published, 0);
+    QCOMPARE(desk.leak(), std::int64_t(0));
 }
 
 void TstSmpTransferRun::theNextCaptureMayStartAsTheLastOneIsPublished()

@@ -122,7 +122,7 @@ public:
     [[nodiscard]] bool isOpen() const override { return open; }
     void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
     [[nodiscard]] InterfaceDevCallback *receiver() const { return m_receiver; }
-    void breakOffStream() override {}
+    void breakOffStream() override { m_brokenOff = true; }
 
     [[nodiscard]] int readStream(std::int32_t wanted) override
     {
@@ -130,6 +130,7 @@ public:
         delivered = 0;
         lowestBudget = memBudget;
         InterfaceDevCallback *const receiver = m_receiver;
+        m_brokenOff = false; // what was broken off before is another run
         if (!open || receiver == nullptr) {
             return runNotOpen;
         }
@@ -148,6 +149,9 @@ public:
             }
             if (buffer == maxBuffers || !open) {
                 return earlyAnswer;
+            }
+            if (m_brokenOff) {
+                return runFailed;
             }
             const FakeDevice *stopper = device;
             if (at == stream.size() || (stopper != nullptr && stopper->stopped)) {
@@ -172,4 +176,5 @@ public:
 
 private:
     std::atomic<InterfaceDevCallback *> m_receiver{nullptr}; ///< may be set for the next run while one still ends
+    std::atomic<bool> m_brokenOff{false};
 };
