@@ -70,6 +70,7 @@ CheckUpdate::CheckUpdate(UpdateSource source, QWidget *window)
               done(info.error() == QHostInfo::NoError && !info.addresses().isEmpty());
           });
       }),
+      pace(source.pace),
       dialog(new UpdateDialog(window)),
       m_source(std::move(source))
 {
@@ -89,7 +90,7 @@ void CheckUpdate::checkAtStart()
         return;
     }
     operation = 0;
-    m_begin.start(m_source.pace.startDelay, Qt::CoarseTimer, this);
+    m_begin.start(pace.startDelay, Qt::CoarseTimer, this);
 }
 
 void CheckUpdate::actCheckUpdate()
@@ -101,7 +102,7 @@ void CheckUpdate::actCheckUpdate()
     dialog->raise();
     dialog->activateWindow();
     operation = 1;
-    m_begin.start(m_source.pace.askDelay, this);
+    m_begin.start(pace.askDelay, this);
 }
 
 void CheckUpdate::stop()
@@ -141,7 +142,7 @@ void CheckUpdate::request()
     const QUrl url = UpdateAddress::request(m_source.endpoint, {operation, model(), globalGet(zeroKey)});
     globalSet(zeroKey, QString()); // each value is sent once
     m_hops = 0;
-    m_limit.start(m_source.pace.limit, this);
+    m_limit.start(pace.limit, this);
     ask(url);
 }
 

@@ -41,6 +41,7 @@ public:
     std::function<int()> model; ///< code of the present device object
     /// Looks a host's name up and calls `done`, with the context of this object, whether there is one of that name.
     std::function<void(const QString &host, std::function<void(bool isFound)> done)> lookUp;
+    UpdatePace pace; ///< that of the source; counts from the next check on
 
     UpdateDialog *dialog;   ///< owned by the window
     qint32 operation = 0;   ///< 0 for the automatic check, 1 for the one that the user asked for

@@ -134,7 +134,7 @@ void TstMainWindowUpdates::aWindowThatClosesDuringARequestDoesNotWaitForIt()
     m_window->close();
     QVERIFY(!m_window->isLookingUpHost());
     m_window.reset();
-    QVERIFY(clock.elapsed() < 2000);
+    QVERIFY(clock.elapsed() < 30'000); // and not the minute of the request
 }
 
 void TstMainWindowUpdates::aBuildWithoutAnEndpointAsksNobodyAndTellsThatTheCheckFailed()

@@ -63,7 +63,6 @@ answer 99.1.0
 start_reader "$folder"
 start_program "$folder" "$program"
 window=$(wait_window 60 'CorvanLUX$')
-requests 0 || fail "it asked at once"
 wait_window 60 '^Check for updates$' >/dev/null
 expect_request 1 '^/update\?app=lux&ver=[0-9.]+&op=0&bw=64&os=lnx&mod=0$'
 wait_control label 'Find a new version: 99.1.0, Update now?'
@@ -83,7 +82,7 @@ expect_request 3 '&op=1&'
 control_is_shown label 'Looking for updates, please wait...' || fail "the dialog does not wait"
 begun=$SECONDS
 close_program "$window"
-((SECONDS - begun <= 5)) || fail "the program took $((SECONDS - begun)) s to close"
+((SECONDS - begun <= 12)) || fail "the program took $((SECONDS - begun)) s to close" # 15 until the request's limit
 expect_config "<lastUpdate>$(date +%Y)-[0-9]{2}-[0-9]{2}_[0-9]{2}:[0-9]{2}:[0-9]{2}</lastUpdate>"
 
 # A week later: the updater beside the program is started, and all of the program goes.

@@ -300,8 +300,7 @@ void TstCheckUpdate::aNameThatNobodyKnowsIsFailed()
 
 void TstCheckUpdate::aNameThatIsLookedUpForTooLongIsFailedAndItsAnswerIsIgnored()
 {
-    constexpr int limit = 3000; // ms; the second check must keep within it, on a busy system too
-    makeCheck({QUrl(QStringLiteral("http://localhost:%1").arg(m_server->serverPort())), true, {0, 0, limit}});
+    makeCheck({QUrl(QStringLiteral("http://localhost:%1").arg(m_server->serverPort())), true, {0, 0, 50}});
     std::function<void(bool)> answer;
     m_check->lookUp = [&answer](const QString &, const std::function<void(bool)> &done) { answer = done; };
     m_check->actCheckUpdate();
@@ -309,7 +308,8 @@ void TstCheckUpdate::aNameThatIsLookedUpForTooLongIsFailedAndItsAnswerIsIgnored(
     QVERIFY(m_check->isLookingUp()); // nothing can end it
     answer(true);
     QVERIFY(!m_check->isLookingUp());
-    // Another check gets through, and only that one.
+    // Another check gets through, however busy the system is, and only that one.
+    m_check->pace.limit = 60'000;
     serve(newer);
     m_check->lookUp = [](const QString &, const std::function<void(bool)> &done) { done(true); };
     m_check->actCheckUpdate();
@@ -514,7 +514,7 @@ void TstCheckUpdate::aWindowGoesWhileARequestIsUnderWay()
     QElapsedTimer clock;
     clock.start();
     m_window.reset();
-    QVERIFY(clock.elapsed() < 1000);
+    QVERIFY(clock.elapsed() < 30'000); // and not the minute of the request
 }
 
 void TstCheckUpdate::theTimesAreThoseOfTheProgram()
