@@ -412,7 +412,7 @@ void TstMainWindowFiles::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone(
     tearDown();
     gOpenFile = m_dir.filePath(QStringLiteral("nothing.cxdat"));
     m_session = makeSession();
-    gDev->setSmpDepthIndex(0);
+    gDev->setSmpDepthIndex(14); // until it is stopped
     m_window = std::make_unique<MainWindow>(*m_session);
     BoxCloser closer;
     gDev->startCapture();
@@ -420,7 +420,9 @@ void TstMainWindowFiles::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone(
         QTimerEvent timeout(id);
         QApplication::sendEvent(m_window.get(), &timeout);
     }
-    QTRY_COMPARE(gDev->smpData->sampleCount(), 20000);
+    QVERIFY(gDev->isCapturing());
+    gDev->stopCapture();
+    QTRY_VERIFY(gDev->smpData->sampleCount() > 0);
     QCOMPARE(closer.seen.count, 0);
     QTRY_VERIFY(gOpenFile.isEmpty());
 }

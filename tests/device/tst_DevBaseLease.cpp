@@ -36,11 +36,11 @@ std::unique_ptr<DevBase> TstDevBaseLease::captured()
     device->setSmpFrequIndex(0);
     device->setSmpDepthIndex(0);
     device->startCapture();
-    const auto isOver = [&] { return !device->isCapturing(); };
-    if (!QTest::qWaitFor(isOver)) {
+    const auto isOver = [&] { return !device->isCapturing() && !device->hasThreads(); };
+    if (!QTest::qWaitFor(isOver, 30000)) {
         return nullptr;
     }
-    QCoreApplication::processEvents();
+    QCoreApplication::processEvents(); // the last words of its thread, which are none of the next capture's
     return device;
 }
 
