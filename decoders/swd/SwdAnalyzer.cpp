@@ -55,7 +55,7 @@ void SwdAnalyzer::decode()
             m_onesBefore = 0;
             continue;
         }
-        const bool mayBegin = !m_isAway && m_onesBefore == 0 && (!m_isLost || m_zeros >= idleBits);
+        const bool mayBegin = !m_isAway && m_onesBefore == 0;
         if (!mayBegin || !takeTransfer(bits)) {
             readOnes(bits);
         }
@@ -106,17 +106,32 @@ bool SwdAnalyzer::peekRequest(SwdBits &bits, Request &request)
 }
 
 /// Whether what stands behind the request at the next bit is an answer, with data of right parity behind OK, and then
-/// something that leads on: only then does it end a stretch that nobody understands.
-bool SwdAnalyzer::isSound(SwdBits bits, const Request &request) const
+/// something that leads on: only then does it end a stretch that nobody understands. With few idle bits before the
+/// request, another one that is answered must follow, behind WAIT the same one once more (B4.2.3).
+bool SwdAnalyzer::isSound(SwdBits &bits, const Request &request) const
 {
     if (!request.hasParity) {
         return false;
     }
-    const Sequel answer = answerTo(bits, request, m_turn);
-    if (answer == Sequel::Refused) {
-        return m_zeros >= idleBitsOfRefused && (leadsOn(bits, m_turn) || leadsOn(bits, m_turn + bitsOfData + 1));
+    // As far ahead as can be looked, so that the copy does not read the same bits again.
+    const std::uint64_t ahead = bits.peek(SwdBits::mostPeeked - 1);
+    const SwdAck ack = ackOf(ahead >> (bitsOfRequest + m_turn) & ((1U << bitsOfAck) - 1));
+    if (ack == SwdAck::NoReply || ack == SwdAck::Error) {
+        return false;
     }
-    return answer == Sequel::Sound && leadsOn(bits, request.isRead ? m_turn : 0);
+    SwdBits behind = bits;
+    const Sequel answer = answerTo(behind, request, m_turn);
+    if (answer == Sequel::Refused && m_zeros < idleBitsOfRefused) {
+        behind.skip(m_turn);
+        skipRest(behind);
+        return behind.peek(bitsOfRequest) == bits.peek(bitsOfRequest) && sequelOf(behind, 0, m_turn) >= Sequel::Refused;
+    }
+    if (answer == Sequel::Refused) {
+        return sequelOf(behind, m_turn, m_turn) != Sequel::None ||
+               sequelOf(behind, m_turn + bitsOfData + 1, m_turn) != Sequel::None;
+    }
+    const Sequel enough = m_zeros < idleBits ? Sequel::Sound : Sequel::Possible;
+    return answer == Sequel::Sound && sequelOf(behind, request.isRead ? m_turn : 0, m_turn) >= enough;
 }
 
 /// Ones that begin no request: a line reset, or a stretch that nobody understands. A sequence may follow.
@@ -127,7 +142,7 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     Sample first = 0;
     Sample last = 0;
     while (bits.left() > 0 && bits.peek()) {
-        if (m_isLost && count > 0 && isRequestBehindPause(bits, last)) {
+        if (m_isLost && !m_isAway && count > 0 && isSoundRequest(bits, last)) {
             m_onesBefore = 0;
             return;
         }
@@ -159,22 +174,16 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     m_onesBefore = sequence.onesAtEnd;
 }
 
-/// Whether a sound request stands behind a rest without clocks, as behind idle bits; then it is taken next.
+/// Whether a sound request stands behind a one; then it is taken next. A rest without clocks is one as by idle bits.
 /// @param last  the bit before
-bool SwdAnalyzer::isRequestBehindPause(SwdBits &bits, Sample last)
+bool SwdAnalyzer::isSoundRequest(SwdBits &bits, Sample last)
 {
-    if (bits.left() < bitsOfRequest) {
-        return false;
-    }
-    const Sample start = bits.peekAt(0);
-    if (start - last <= clocksOfRest * (bits.peekAt(1) - start)) {
-        return false;
-    }
     Request request;
     if (!peekRequest(bits, request)) {
         return false;
     }
-    m_zeros = idleBitsOfRefused;
+    const bool isBehindPause = request.first - last > clocksOfRest * (bits.peekAt(1) - request.first);
+    m_zeros = isBehindPause ? idleBitsOfRefused : 0;
     return isSound(bits, request);
 }
 
@@ -279,12 +288,7 @@ void SwdAnalyzer::skipRest(SwdBits &bits)
     }
 }
 
-/// Whether behind so many bits there is the line at rest, then a request or a line reset, or the capture's end.
-bool SwdAnalyzer::leadsOn(const SwdBits &bits, std::int64_t skipped) const
-{
-    return sequelOf(bits, skipped, m_turn) != Sequel::None;
-}
-
+/// What stands behind so many bits and the line at rest.
 SwdAnalyzer::Sequel SwdAnalyzer::sequelOf(SwdBits bits, std::int64_t skipped, unsigned turn, bool mayLookOn)
 {
     bits.skip(skipped);

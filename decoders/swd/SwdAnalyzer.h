@@ -40,9 +40,8 @@ private:
     static void skipRest(SwdBits &bits);
     [[nodiscard]] static unsigned answeredBehind(SwdBits bits, unsigned turn);
     [[nodiscard]] static Sequel answerTo(SwdBits &bits, const Request &request, unsigned turn);
-    [[nodiscard]] bool leadsOn(const SwdBits &bits, std::int64_t skipped) const;
-    [[nodiscard]] bool isSound(SwdBits bits, const Request &request) const;
-    [[nodiscard]] bool isRequestBehindPause(SwdBits &bits, lux::Sample last);
+    [[nodiscard]] bool isSound(SwdBits &bits, const Request &request) const;
+    [[nodiscard]] bool isSoundRequest(SwdBits &bits, lux::Sample last);
     [[nodiscard]] bool takeTransfer(SwdBits &bits);
     void readOnes(SwdBits &bits);
     void readTransfer(SwdBits &bits, const Request &request);
