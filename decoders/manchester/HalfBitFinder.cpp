@@ -77,6 +77,27 @@ bool HalfBitFinder::fits(double half) const
     return m_widths.size() < leastWidths || double(last - first) >= leastShare * double(m_widths.size());
 }
 
+double HalfBitFinder::withTies(double half) const
+{
+    double samples = 0;
+    double halves = 0;
+    double ties = 0;
+    for (const lux::Sample width : m_widths) {
+        if (double(width) <= 2.5 * half) {
+            samples += double(width);
+            halves += double(width) > 1.5 * half ? 2 : 1;
+            ties += double(width) == 1.5 * half ? 1 : 0;
+        }
+    }
+    if (halves <= 0 || ties <= 0) {
+        return half;
+    }
+    // Taken for what they are not, they bring the mean back to the set one.
+    const double ofHalves = samples / halves;
+    const double ofWholes = samples / (halves + ties);
+    return half - ofWholes > ofHalves - half ? ofWholes : half;
+}
+
 double HalfBitFinder::shareOf(double half) const
 {
     const auto fitting = std::count_if(m_widths.begin(), m_widths.end(),

@@ -14,6 +14,9 @@ public:
     [[nodiscard]] double find() const;
     /// Whether a third of the pulses at least may be half a bit or a whole one of this length.
     [[nodiscard]] bool fits(double half) const;
+    /// Half a bit of this length as the line has it, where a pulse of one and a half of these is half a bit of a slow
+    /// sender, or a whole one of a fast sender.
+    [[nodiscard]] double withTies(double half) const;
 
 private:
     struct Found {

@@ -43,7 +43,7 @@ double ManchesterAnalyzer::findHalf()
         fail(lux::tooFewSamples(set, leastSamplesPerBit));
     }
     if (set != 0 && finder.fits(half)) {
-        return half;
+        return sampleRate() == leastSamplesPerBit * set ? finder.withTies(half) : half;
     }
     const double found = finder.find();
     if (found <= 0) {

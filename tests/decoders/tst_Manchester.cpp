@@ -113,6 +113,8 @@ private slots:
     void spikesAreNotSeen_data();
     void spikesAreNotSeen();
     void aSampleIsASpikeWhereABitHasTen();
+    void theSenderMayBeFastOrSlowAtFourSamplesABit_data();
+    void theSenderMayBeFastOrSlowAtFourSamplesABit();
     void pulsesMayBeFortyPercentOff_data();
     void pulsesMayBeFortyPercentOff();
     void fewerThanFourBitsAreNoise();
@@ -311,6 +313,24 @@ void TstManchester::aSampleIsASpikeWhereABitHasTen()
     const std::string settings = "data=3,bitrate=100000,convention=802.3";
     QCOMPARE(brief(DecodedLine(std::make_unique<ManchesterAnalyzer>(), spiked, settings, sampleRate)),
              Texts{"1001011011100010"});
+}
+
+void TstManchester::theSenderMayBeFastOrSlowAtFourSamplesABit_data()
+{
+    QTest::addColumn<double>("half");
+    for (const double half : {1.88, 1.94, 1.98, 2.0, 2.02, 2.06, 2.12}) {
+        QTest::addRow("%.2f samples", half) << half;
+    }
+}
+
+void TstManchester::theSenderMayBeFastOrSlowAtFourSamplesABit()
+{
+    QFETCH(double, half);
+    const std::string first = "11111111111111111111111101001100011010111001";
+    const std::string second = "110100100011000111011010100110010110100";
+    Sender sender(false, half);
+    sender.pause(20).falling(first).pause(20).falling(second).pause(20);
+    QCOMPARE(brief(Decoded(sender, "data=3,bitrate=250000,convention=thomas")), (Texts{first, second}));
 }
 
 void TstManchester::pulsesMayBeFortyPercentOff_data()
