@@ -39,7 +39,9 @@ void CanAnalyzer::decode()
 {
     chooseTimes();
     ChannelReader line = reader(m_settings.rx);
-    waitForIdle(line);
+    if (!beginsBetweenFrames(line)) {
+        waitForIdle(line);
+    }
     decodeFrames(line);
 }
 
@@ -158,6 +160,21 @@ Sample CanAnalyzer::flagBegin(const ChannelReader &line, Sample detected) const
     }
     const Sample latest = std::min(detected, line.peekEdge() - samplesIn(flag));
     return std::max(line.lastEdge(), latest);
+}
+
+/// Whether the first edge to dominant begins a frame with a right check: the recessive bits before it may be too few.
+bool CanAnalyzer::beginsBetweenFrames(ChannelReader line) const
+{
+    if (isDominant(line)) {
+        return false;
+    }
+    line.nextEdge();
+    CanReceiver receiver(line, m_times);
+    receiver.receive();
+    if (!receiver.isRight()) {
+        lookAgain(receiver, line);
+    }
+    return receiver.isRight();
 }
 
 /// Recessive bits behind a frame; what comes before is not looked at.

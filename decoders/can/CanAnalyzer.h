@@ -28,6 +28,7 @@ private:
     void markBits(const CanReceiver &receiver);
     [[nodiscard]] bool isOverload(const lux::ChannelReader &line, lux::Sample frameEnd) const;
     [[nodiscard]] lux::Sample flagBegin(const lux::ChannelReader &line, lux::Sample detected) const;
+    [[nodiscard]] bool beginsBetweenFrames(lux::ChannelReader line) const;
     void waitForIdle(lux::ChannelReader &line);
     void recover(lux::ChannelReader &line, lux::Sample from, CanResults::Kind kind);
     [[nodiscard]] CanRates simulatedRates(std::int64_t sampleRate) const;

@@ -1,6 +1,7 @@
 #include "CanAnalyzer.h"
 #include "CanSimulation.h"
 #include "DecoderChecks.h"
+#include "LinePart.h"
 #include "PcapFields.h"
 #include "PythonReader.h"
 
@@ -251,6 +252,7 @@ private slots:
     void aBitIsLookedAtWhereTheSamplePointIs();
     void aSenderThatIsTooFarOffIsNotRead();
     void aFrameThatTheCaptureCutsIsNoWholeFrame();
+    void aCaptureMayBeginBetweenFrames();
     void aCaptureThatEndsInAFrameHasThoseBefore();
     void anAcknowledgementMayComeLate();
     void settingsAreCheckedAndTheSamplePointTakesAFraction();
@@ -593,6 +595,22 @@ void TstCan::aFrameThatTheCaptureCutsIsNoWholeFrame()
     capture.channel(3, line);
     DecodeDesk desk(std::make_unique<CanAnalyzer>(), "can_rx=3," + rate);
     QVERIFY(desk.run(capture).frames().empty());
+}
+
+/// Only a frame with a right check may follow fewer recessive bits than the bus has before one.
+void TstCan::aCaptureMayBeginBetweenFrames()
+{
+    for (const unsigned wrong : {0U, 1U}) {
+        Sender sender(sampleRate, bitRate);
+        sender.frame(standard(0x123, {1, 2})).frame(standard(0x321, {3}, wrong)).frame(standard(0x456, {4}));
+        for (std::int64_t from = sender.starts[1] - 10 * 16; from < sender.starts[1]; from += 8) {
+            TestCapture capture(sampleRate, sender.now() - from);
+            addPart(capture, 3, sender.line(), from);
+            DecodeDesk desk(std::make_unique<CanAnalyzer>(), "can_rx=3," + oneRate);
+            const std::size_t all = sender.starts[1] - from < 19 * 8 && wrong != 0 ? 1 : 2;
+            QCOMPARE(desk.run(capture).frames().size(), all);
+        }
+    }
 }
 
 /// With few samples a bit, and with the data's bit rate to be found.
