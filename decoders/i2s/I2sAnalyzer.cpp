@@ -83,7 +83,8 @@ void I2sAnalyzer::readStereo(Clocks &clocks)
         if (!isChange) {
             continue;
         }
-        if (hasBegin) {
+        // Of a right-justified word that the capture's begin cuts the value is known when all of its bits are there.
+        if (hasBegin || (isRight && wanted > 0 && bits.count >= wanted)) {
             endHalf(bits, ws);
         }
         hasBegin = true;

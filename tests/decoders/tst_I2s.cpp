@@ -102,6 +102,7 @@ private slots:
     void i2sWordsBeginAClockBehindTheChange();
     void leftJustifiedWordsBeginAtTheChange();
     void rightJustifiedWordsEndBeforeTheChange();
+    void aCaptureMayBeginWithinARightJustifiedWordsPadding();
     void pcmFramesBeginAtTheRise_data();
     void pcmFramesBeginAtTheRise();
     void slotsFollowEachOther();
@@ -166,6 +167,18 @@ void TstI2s::rightJustifiedWordsEndBeforeTheChange()
     QCOMPARE(desk.frame(0).first, sender.rises[3 + 4]);
     QCOMPARE(desk.frame(0).last, sender.rises[3 + 7]);
     QCOMPARE(Desk(sender, with("format=right")).summaries().front(), sample(0, 10));
+}
+
+void TstI2s::aCaptureMayBeginWithinARightJustifiedWordsPadding()
+{
+    Sender sender;
+    sender.stereo("0000" + bitsOf(0xa5, 8), "0000" + bitsOf(0x3c, 8), false, true).idle(3, true);
+    const std::string settings = with("format=right,bits=8");
+    for (const int cut : {0, 3, 4, 5}) { // clocks; the first one that is there is not taken for a bit
+        const std::int64_t from = sender.rises[std::size_t(cut)] - 3;
+        const Texts got = Desk(sender, settings, 1000000, -1, from).summaries();
+        QCOMPARE(got, cut < 4 ? (Texts{sample(0, 0xa5), sample(1, 0x3c)}) : Texts{sample(1, 0x3c)});
+    }
 }
 
 void TstI2s::pcmFramesBeginAtTheRise_data()
