@@ -21,6 +21,9 @@ constexpr std::int64_t zeroSpace = 562500;
 constexpr std::int64_t oneSpace = 1687500;
 constexpr std::int64_t repeatPeriod = 108000000;
 
+/// Receivers make marks longer and spaces shorter, or the reverse: by up to six periods of the carrier, as their data
+/// sheets have it.
+constexpr std::int64_t receiverOff = 160000;
 /// More than three periods of a carrier of 30 kHz, less than any space.
 constexpr std::int64_t carrierGap = 120000;
 /// An eighth of a bit's mark: what is shorter is no mark, and no space either.
@@ -37,9 +40,9 @@ void IrNecAnalyzer::decode()
     const Windows windows{.leader = windowOf(leaderMark),
                           .frameSpace = windowOf(frameSpace),
                           .repeatSpace = windowOf(repeatSpace),
-                          .mark = windowOf(bitMark),
-                          .zero = windowOf(zeroSpace),
-                          .one = windowOf(oneSpace)};
+                          .mark = windowOf(bitMark, receiverOff),
+                          .zero = windowOf(zeroSpace, receiverOff),
+                          .one = windowOf(oneSpace, receiverOff)};
     m_carrierTold = m_settings.carrier == IrCarrier::Off;
     const Sample shortest = lux::samplesIn(spike, sampleRate());
     const bool hasCarrier = m_settings.carrier != IrCarrier::Off;
@@ -75,9 +78,9 @@ bool IrNecAnalyzer::isActiveHigh()
 }
 
 /// An edge is known to a sample.
-IrNecAnalyzer::Window IrNecAnalyzer::windowOf(std::int64_t nanoseconds) const
+IrNecAnalyzer::Window IrNecAnalyzer::windowOf(std::int64_t nanoseconds, std::int64_t more) const
 {
-    const std::int64_t off = nanoseconds / 100 * m_settings.tolerance.value();
+    const std::int64_t off = nanoseconds / 100 * m_settings.tolerance.value() + more;
     return {.least = std::max<Sample>(lux::samplesIn(nanoseconds - off, sampleRate()), 1),
             .most = lux::samplesIn(nanoseconds + off, sampleRate()) + 1};
 }

@@ -39,7 +39,7 @@ private:
     };
 
     [[nodiscard]] bool isActiveHigh();
-    [[nodiscard]] Window windowOf(std::int64_t nanoseconds) const;
+    [[nodiscard]] Window windowOf(std::int64_t nanoseconds, std::int64_t more = 0) const;
     void tellCarrier(const IrMark &mark);
     [[nodiscard]] bool readFrame(IrMarks &marks, const Windows &windows, lux::Sample begin, IrMark &mark, Last &last);
     void addRepeat(lux::Sample begin, lux::Sample end, Last &last);

@@ -83,6 +83,7 @@ private slots:
     void aRepeatKnowsWhatItRepeats();
     void eachTimeMayBeATwentyFivePercentOff_data();
     void eachTimeMayBeATwentyFivePercentOff();
+    void receiversMakeMarksLongerOrShorter();
     void theToleranceIsASetting();
     void aFrameThatBreaksOffIsTold();
     void aFrameThatBreaksOffHidesNoOther();
@@ -166,20 +167,38 @@ void TstIrNec::eachTimeMayBeATwentyFivePercentOff()
     Remote remote(false, factor);
     remote.frame({0x40, 0xbf, 0x44, 0xbb}).repeat();
     QCOMPARE(Decoded(remote, low).frames().size(), std::size_t(isRead ? 2 : 0));
-    // Each time by itself, in a frame that is as it should be.
+    // Each time by itself, in a frame that is as it should be; those of bits by 160 us more.
+    const double byReceiver = (isRead ? 155 : 165) * (factor > 1 ? 1 : -1);
     const double times[][2] = {{9000, 4500}, {562.5, 1687.5}};
     for (int which = 0; which < 4; ++which) {
         Remote one;
         one.mark(which == 0 ? times[0][0] * factor : times[0][0]);
         one.space(which == 1 ? times[0][1] * factor : times[0][1]);
         for (int i = 0; i < 32; ++i) {
-            one.mark(which == 2 && i == 5 ? times[1][0] * factor : times[1][0]);
-            one.space(which == 3 && i == 7 ? times[1][1] * factor : times[1][1]);
+            one.mark(which == 2 && i == 5 ? times[1][0] * factor + byReceiver : times[1][0]);
+            one.space(which == 3 && i == 7 ? times[1][1] * factor + byReceiver : times[1][1]);
         }
         one.mark(562.5).space(40000);
         const auto frames = Decoded(one, low).frames();
         const bool isFrame = !frames.empty() && frames[0].kind == "frame";
         QCOMPARE(isFrame, isRead);
+    }
+}
+
+void TstIrNec::receiversMakeMarksLongerOrShorter()
+{
+    for (const double off : {-158, 158}) {
+        Remote remote(false, 1.04);
+        remote.mark(9000 + off).space(4500 - off);
+        for (int i = 0; i < 32; ++i) {
+            remote.mark(562.5 + off).space((i % 3 == 0 ? 1687.5 : 562.5) - off);
+        }
+        remote.mark(562.5 + off).space(40000);
+        remote.mark(9000 + off).space(2250 - off).mark(562.5 + off).space(90000);
+        const Decoded desk(remote, low);
+        QCOMPARE(desk.frames().size(), std::size_t(2));
+        QCOMPARE(desk.frame(0).value("bytes"), std::string("49922449"));
+        QCOMPARE(desk.frame(1).kind, std::string("repeat"));
     }
 }
 
