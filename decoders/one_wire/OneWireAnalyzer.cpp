@@ -17,6 +17,10 @@ namespace {
 /// Maxim application note 27: x^8 + x^5 + x^4 + 1, the lowest bit first.
 using CodeCrc = lux::Crc<lux::CrcModel{.width = 8, .polynomial = 0x31, .lsbFirst = true}>;
 
+/// A clock that is a twentieth too fast, the controller's or the instrument's, still makes resets: nothing else is as
+/// long.
+constexpr std::int64_t resetPercent = 95;
+
 /// A code with its own check gives 0.
 bool isCodeRight(std::uint64_t code)
 {
@@ -33,7 +37,7 @@ OneWireAnalyzer::Times::Times(const OneWireTimes &times, std::int64_t sampleRate
     : mostOne(lux::samplesUpTo(times.mostOne, sampleRate)),
       slot(lux::samplesIn(times.slot, sampleRate)),
       mostZero(lux::samplesUpTo(times.mostZero, sampleRate)),
-      leastReset(lux::samplesIn(times.leastReset, sampleRate) - 1), // edges are a sample off
+      leastReset(lux::samplesIn(times.leastReset * resetPercent / 100, sampleRate) - 1), // edges are a sample off
       presenceLook(lux::samplesUpTo(times.presenceLook, sampleRate)),
       mostPresence(lux::samplesUpTo(times.mostPresence, sampleRate))
 {}
