@@ -260,8 +260,10 @@ void TstWaveAnimation::aZoomDuringTheOvershootIsNotLost()
 {
     const auto data = capture().samples(8000).build();
     WaveViewer view(data.get());
+    view.acknowledging = false; // however long this thread takes, the window does not spring back
     showAll(view);
     view.gen.setViewStart(-1000.0);
+    view.acknowledging = true;
     view.gen.zoomInAt(999);
     QTRY_VERIFY(!view.gen.isAnimating());
     QVERIFY(view.gen.ratioSasPix() == 4.0);
@@ -398,9 +400,11 @@ void TstWaveAnimation::dataThatVanishDuringTheOvershootMakeTheRatioZero()
 {
     const auto data = capture().samples(8000).build();
     WaveViewer view(data.get());
+    view.acknowledging = false; // however long this thread takes, the window does not spring back
     showAll(view);
     view.gen.setViewStart(-1000.0);
     data->clear();
+    goOn(view);
     QTRY_VERIFY(!view.gen.isAnimating());
     QCOMPARE(view.gen.ratioSasPix(), 0.0);
     QCOMPARE(view.gen.viewStart(), 0.0);
