@@ -187,6 +187,7 @@ void TstAnalyzerSimulation::clonesHaveTheSettingsOfTheirAnalyzersAtTheStart()
 {
     AnalyzerDesk desk({QStringLiteral("sound")});
     QVERIFY(desk.add(2));
+    QVERIFY(desk.waitForWorkers());                                                // it reads the settings as well
     AnalyzerDesk::lineOf(*desk.manager->analyzerAt(0))->SetChannel(Channel(0, 6)); // without a word to the manager
     desk.manager->captureStarts();
     SimulationSource &source = desk.manager->simulation();
