@@ -446,12 +446,26 @@ void TstAnalyzerDataGen::aRequestDuringAChangeIsServedBehindIt()
 
 void TstAnalyzerDataGen::itEndsInTheMiddleOfAScan()
 {
-    ThreadDesk desk;
-    desk.add('A').row(300'000, 0, 10, 1);
-    desk.reset(text("hit"));
-    QVERIFY(desk.shows("Hit A0 Hit A1 Hit A2"));
-    desk.list.reset();
-    QVERIFY(desk.made[0]->texts < 300'000);
+    ResultsGate gate;
+    SlowResults results('A');
+    results.row(1000, 0, 10, 1);
+    results.held = true;
+    ListWorker worker(gate, {[] {}, [] {}}, 0);
+    std::thread thread([&worker] { worker.run(); });
+    worker.request([&results](ListWorker::Requests &requests) {
+        requests.rowNumRequest = requests.resetRequest = true;
+        requests.rowNum = 3;
+        requests.query = {text("nowhere"), 0, wholeCapture};
+        requests.sources = {{&results, nullptr, DisplayBase::Decimal}};
+        requests.sourcesOf = requests.generation;
+    });
+    while (!results.reached) {
+        std::this_thread::yield();
+    }
+    worker.askToEnd();
+    results.held = false;
+    thread.join();
+    QCOMPARE(results.texts.load(), std::uint64_t(1)); // the one that it was in
 }
 
 void TstAnalyzerDataGen::anythingAtOnceLeavesItSound()
