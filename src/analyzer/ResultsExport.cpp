@@ -53,11 +53,14 @@ WriteFault faultOf(const QString &words)
     return endsWith(EACCES) || endsWith(EPERM) || endsWith(EROFS) ? WriteFault::NoRights : WriteFault::Other;
 }
 
-/// Decoders tell the kind of a file from the ending of its name: the part has that of the file.
+/// Decoders tell the kind of a file from the ending of its name: the part has that of the file. No two exports have the
+/// same part: one that was left behind removes its own whenever it comes back.
 QString partEnding(const QString &fileName)
 {
+    static std::atomic<unsigned> exports{0};
     const QString suffix = QFileInfo(fileName).suffix();
-    return suffix.isEmpty() ? QStringLiteral(".part") : QStringLiteral(".part.") + suffix;
+    const QString ending = QStringLiteral("-%1.part").arg(exports.fetch_add(1, std::memory_order_relaxed));
+    return suffix.isEmpty() ? ending : ending + QLatin1Char('.') + suffix;
 }
 
 } // namespace

@@ -104,6 +104,7 @@ private slots:
     void aCaptureIsNotHeldUpByAnEndlessTextOfABubble();
     void theProgramEndsDuringAnEndlessTextOfABubble();
     void anEndlessExportEndsWhenItIsCancelled();
+    void anExportThatComesBackLateHarmsNoOtherOneOfTheSameFile();
     void aCaptureIsNotHeldUpByAnEndlessExport();
     void anAnalyzerCanBeRemovedDuringItsEndlessExport();
     void theProgramEndsDuringAnEndlessExport();
@@ -301,6 +302,30 @@ void TstEndlessTexts::anEndlessExportEndsWhenItIsCancelled()
     desk.manager->startExport(desk.results(1), folder.filePath(QStringLiteral("other.txt")), 1, 0);
     QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
     QVERIFY(desk.manager->exportOutcome().isDone());
+}
+
+void TstEndlessTexts::anExportThatComesBackLateHarmsNoOtherOneOfTheSameFile()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("frames.txt"));
+    EndlessDesk desk;
+    desk.list.reset(); // which would be in the texts as well
+    QVERIFY(desk.add(0, 0) && desk.add(1, 0) && desk.waitForWorkers());
+    desk.manager->startExport(desk.results(0), path, 1, 0);
+    QTRY_COMPARE_WITH_TIMEOUT(desk.gate().inside.load(), 1, patience);
+    const QStringList first = QDir(folder.path()).entryList(QDir::Files);
+    desk.manager->cancelExport();
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience); // its thread is left behind
+    desk.manager->startExport(desk.results(1), path, 1, 0);
+    QTRY_COMPARE_WITH_TIMEOUT(desk.gate().inside.load(), 2, patience);
+    const QStringList second = QDir(folder.path()).entryList(QDir::Files);
+    QCOMPARE(first.size(), 1);
+    QCOMPARE(second.size(), 1);
+    QVERIFY2(first != second, "the first one removes its own when it comes out");
+    desk.gate().held = false;
+    QTRY_VERIFY_WITH_TIMEOUT(!desk.manager->isExporting(), patience);
+    QVERIFY(desk.manager->exportOutcome().isDone());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList{QStringLiteral("frames.txt")});
 }
 
 void TstEndlessTexts::aCaptureIsNotHeldUpByAnEndlessExport()
