@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <corvanlux/analyzer/AnalyzerResults.h>
 
 AnalyzerItem::AnalyzerItem() = default;
@@ -59,11 +58,10 @@ bool AnalyzerItem::isRead() const
            });
 }
 
-bool AnalyzerItem::isHeldFast(const std::vector<const AnalyzerResults *> &stuckIn) const
+bool AnalyzerItem::isHeldFast(std::chrono::milliseconds now, const std::vector<const AnalyzerResults *> &stuckIn) const
 {
-    constexpr qint64 most = std::chrono::milliseconds(ResultsGate::grace).count();
     return std::any_of(readers.begin(), readers.end(), [&](const LostReader &lost) {
-        const bool isLongIn = lost.since.hasExpired(most) ||
+        const bool isLongIn = now - lost.since >= ResultsGate::grace ||
                               std::find(stuckIn.begin(), stuckIn.end(), lost.reader->results()) != stuckIn.end();
         return isLongIn && lost.reader->isStuck();
     });

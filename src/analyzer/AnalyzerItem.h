@@ -2,9 +2,9 @@
 
 #include "analyzer/AnalyzerLib.h"
 
-#include <QElapsedTimer>
 #include <QString>
 
+#include <chrono>
 #include <corvanlux/analyzer/DeviceCollection.h>
 #include <memory>
 #include <vector>
@@ -25,7 +25,7 @@ struct CaptureView {
 /// A thread that lost its pass inside of an analyzer's results.
 struct LostReader {
     std::shared_ptr<ResultsReader> reader;
-    QElapsedTimer since;
+    std::chrono::milliseconds since; ///< as whoever looks after it counts
 };
 
 /// One analyzer of the user's list. Its index in the manager's list is its identity.
@@ -61,6 +61,7 @@ struct AnalyzerItem : AnalyzerLib {
     /// A lost reader is still inside of the results that the analyzer has now.
     [[nodiscard]] bool isRead() const;
     /// A lost reader has been in some results of this item for too long.
-    /// @param stuckIn  results of whom that is known
-    [[nodiscard]] bool isHeldFast(const std::vector<const AnalyzerResults *> &stuckIn) const;
+    /// @param now  as LostReader::since  @param stuckIn  results of whom that is known
+    [[nodiscard]] bool isHeldFast(std::chrono::milliseconds now,
+                                  const std::vector<const AnalyzerResults *> &stuckIn) const;
 };

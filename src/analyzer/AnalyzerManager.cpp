@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int watchStep = 500; // ms, between two looks at the readers of results
+constexpr std::chrono::milliseconds watchStep{500}; ///< between two looks at the readers of results
 
 } // namespace
 
@@ -24,7 +24,8 @@ AnalyzerManager::AnalyzerManager(AnalyzerHost host, const QStringList &folders, 
           postCall(this, [this, name, what] { m_faults.tell(name, what); });
       }),
       m_maker(libraries, m_faults),
-      m_runs({items, m_maker, m_faults, m_gate})
+      m_runs({items, m_maker, m_faults, m_gate}),
+      m_readTime(watchStep)
 {
     // Queued: no receiver may change the list under a walk.
     connect(&m_faults, &FaultTeller::told, this, &AnalyzerManager::analyzerFailed, Qt::QueuedConnection);
@@ -256,8 +257,7 @@ void AnalyzerManager::keep(const AnalyzerResults *results, std::shared_ptr<Resul
 {
     for (AnalyzerItem &item : items) {
         if (item.results() == results) {
-            item.readers.push_back({std::move(reader), {}});
-            item.readers.back().since.start();
+            item.readers.push_back({std::move(reader), m_readTime.look()});
             QMetaObject::invokeMethod(this, "readersLost", Qt::QueuedConnection);
             m_watchTimer.start();
             return;
@@ -267,7 +267,8 @@ void AnalyzerManager::keep(const AnalyzerResults *results, std::shared_ptr<Resul
 
 void AnalyzerManager::lookAfterReaders()
 {
-    const std::vector<const AnalyzerResults *> stuckIn = m_gate.takeFromStuck();
+    const std::chrono::milliseconds now = m_readTime.look();
+    const std::vector<const AnalyzerResults *> stuckIn = m_gate.takeFromStuck(now);
     const auto isOfExport = [this](const LostReader &lost) {
         return exportThread && lost.reader == exportThread->reader();
     };
@@ -278,7 +279,7 @@ void AnalyzerManager::lookAfterReaders()
     };
     for (std::size_t i = 0; i < items.size(); ++i) {
         AnalyzerItem &item = items[i];
-        if (item.isHeldFast(stuckIn)) {
+        if (item.isHeldFast(now, stuckIn)) {
             endExport(item);
             m_runs.retire(item);
             emit analyzerItemChanged();
@@ -287,7 +288,7 @@ void AnalyzerManager::lookAfterReaders()
         }
     }
     for (const AnalyzerItem &item : m_runs.stillRead()) {
-        if (item.isHeldFast(stuckIn)) {
+        if (item.isHeldFast(now, stuckIn)) {
             endExport(item);
         }
     }

@@ -7,6 +7,7 @@
 #include "analyzer/ExportDataProMng.h"
 #include "analyzer/FaultTeller.h"
 #include "analyzer/ResultsGate.h"
+#include "analyzer/WatchedTime.h"
 
 #include <QObject>
 #include <QTimer>
@@ -114,7 +115,8 @@ public slots:
     void slotDeleteExportDataProMng();
 
     /// Looks whether readers of results are held fast in a decoder, and whether texts have failed: takes the analyzer
-    /// out of use. Runs by itself every half second while there is something to read and the event loop runs.
+    /// out of use. Time counts from look to look, half a second at most. Runs by itself every half second while there
+    /// is something to read and the event loop runs.
     void lookAfterReaders();
 
 private:
@@ -130,6 +132,7 @@ private:
     AnalyzerMaker m_maker;
     AnalyzerRuns m_runs;
     QTimer m_watchTimer;                            ///< lookAfterReaders()
+    WatchedTime m_readTime;                         ///< of the readers of results
     std::unique_ptr<ExportDataProMng> exportThread; ///< null when idle
     ExportOutcome m_exportOutcome;
 };

@@ -5,14 +5,16 @@
 #include "analyzer/PluginCall.h"
 #include "store/SmpLease.h"
 
+#include <chrono>
 #include <memory>
 #include <utility>
 #include <vector>
 
 namespace {
 
-constexpr qint64 grace = 2000;     // ms, to leave by itself
-constexpr qint64 afterForce = 500; // ms, to be gone when ended by force
+constexpr std::chrono::milliseconds grace{2000};       ///< to leave by itself
+constexpr std::chrono::milliseconds afterForce{500};   ///< to be gone when ended by force
+constexpr std::chrono::milliseconds betweenLooks{200}; ///< at most, of those
 
 // Windows ends a thread wherever it is, also within the allocator, whose lock would then be taken for ever.
 #ifdef Q_OS_WIN
@@ -23,10 +25,9 @@ constexpr bool endsByForce = true;
 
 } // namespace
 
-LingeringWorker::LingeringWorker(QString decoder, AnalyzerItem taken) : name(std::move(decoder)), item(std::move(taken))
-{
-    m_clock.start();
-}
+LingeringWorker::LingeringWorker(QString decoder, AnalyzerItem taken)
+    : name(std::move(decoder)), item(std::move(taken)), m_time(betweenLooks)
+{}
 
 LingeringWorker::~LingeringWorker()
 {
@@ -58,6 +59,7 @@ bool LingeringWorker::hasLeft()
 
 LingeringWorker::State LingeringWorker::look()
 {
+    m_time.look();
     if (hasLeft()) {
         return State::Ended;
     }
@@ -65,7 +67,7 @@ LingeringWorker::State LingeringWorker::look()
         m_terminated = true;
         item.progMng->terminate();
     }
-    if (m_clock.elapsed() < grace + afterForce) {
+    if (m_time.passed() < grace + afterForce) {
         return State::Waiting;
     }
     leaveBehind();
@@ -74,7 +76,7 @@ LingeringWorker::State LingeringWorker::look()
 
 bool LingeringWorker::isOverdue() const
 {
-    return m_clock.elapsed() >= grace;
+    return m_time.passed() >= grace;
 }
 
 void LingeringWorker::leaveBehind()

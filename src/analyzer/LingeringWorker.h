@@ -1,15 +1,16 @@
 #pragma once
 
 #include "analyzer/AnalyzerItem.h"
+#include "analyzer/WatchedTime.h"
 
-#include <QElapsedTimer>
 #include <QString>
 
 /// A worker that did not leave when it was asked to, with all that it can reach. Main thread.
 ///
-/// It has two seconds to leave; then its thread is ended by force, where that is safe for the others, and if it is not
-/// gone within another half second it is left behind: thread, analyzer and results are then never freed. Its admission
-/// to the capture stays in `item` for the owner, who has the store give the capture up before that is replaced or goes.
+/// It has two seconds to leave, as looks count them; then its thread is ended by force, where that is safe for the
+/// others, and if it is not gone within another half second it is left behind: thread, analyzer and results are then
+/// never freed. Its admission to the capture stays in `item` for the owner, who has the store give the capture up
+/// before that is replaced or goes.
 struct LingeringWorker {
     enum class State { Waiting, Ended, LeftBehind };
 
@@ -22,6 +23,7 @@ struct LingeringWorker {
     [[nodiscard]] State look();
     /// It has had its two seconds.
     [[nodiscard]] bool isOverdue() const;
+
     QString name;
     AnalyzerItem item;
 
@@ -31,7 +33,7 @@ private:
     /// All but the admission to the capture.
     void keepForEver();
 
-    QElapsedTimer m_clock;
+    WatchedTime m_time;
     bool m_terminated = false;
     bool m_gone = false; ///< ended or left behind
 };

@@ -67,10 +67,9 @@ bool ResultsGate::take(const std::shared_ptr<ResultsReader> &reader)
     return takeLocked(reader);
 }
 
-std::vector<const AnalyzerResults *> ResultsGate::takeFromStuck()
+std::vector<const AnalyzerResults *> ResultsGate::takeFromStuck(std::chrono::milliseconds now)
 {
     std::vector<const AnalyzerResults *> stuckIn;
-    const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(m_mutex);
     for (const std::shared_ptr<ResultsReader> &reader : std::vector(m_holders)) {
         const std::uint64_t calls = reader->m_calls.load(std::memory_order_relaxed);
@@ -113,7 +112,6 @@ ResultsPass::ResultsPass(ResultsGate &gate, std::shared_ptr<ResultsReader> reade
 {
     const std::lock_guard lock(gate.m_mutex);
     if (gate.m_changes == 0) {
-        m_reader->m_seenAt = std::chrono::steady_clock::now();
         m_reader->m_lost = gate.m_lost;
         gate.m_holders.push_back(m_reader);
         m_gate = &gate;

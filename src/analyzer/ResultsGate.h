@@ -49,8 +49,8 @@ public:
     /// Takes the pass from a reader if it is inside of a plug-in's code. @return whether it was taken. Main thread.
     [[nodiscard]] bool take(const std::shared_ptr<ResultsReader> &reader);
     /// Takes the pass from those that have been inside of one text since `grace`, as calls of this tell.
-    /// @return what they are in. Main thread, every now and then.
-    [[nodiscard]] std::vector<const AnalyzerResults *> takeFromStuck();
+    /// @param now  in the caller's time  @return what they are in. Main thread, every now and then.
+    [[nodiscard]] std::vector<const AnalyzerResults *> takeFromStuck(std::chrono::milliseconds now);
     /// Joins the thread of a reader that was asked to end; one that is held fast in a plug-in is left behind. Main
     /// thread.
     /// @param waitForEnd  waits at most that long, and tells whether the thread has nothing more to do
@@ -116,7 +116,7 @@ private:
     std::shared_ptr<LostReaders> m_lost; ///< its gate's, which may be gone; the reader's thread's, with the pass
     // The gate's, under its mutex:
     std::uint64_t m_seenCalls = 0;
-    std::chrono::steady_clock::time_point m_seenAt;
+    std::chrono::milliseconds m_seenAt{0};
 };
 
 /// Admission to read results, while it lives; false when a change is under way. Any thread.

@@ -5,6 +5,8 @@
 #include "plugins/TextGate.h"
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 class TstAnalyzerLies : public QObject {
     Q_OBJECT
@@ -27,6 +29,7 @@ private slots:
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
     void aDecoderThatLeavesLateIsNoLiarAndGoesOn();
+    void aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves();
     void textsThatThrowAreEmpty();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse();
@@ -260,6 +263,26 @@ void TstAnalyzerLies::aDecoderThatLeavesLateIsNoLiarAndGoesOn()
     desk.manager->captureReady();
     mayLeave.held = false;
     desk.manager.reset(); // it runs no more
+}
+
+void TstAnalyzerLies::aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves()
+{
+    AnalyzerDesk desk({QStringLiteral("leaves-late")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    TextGate &mayLeave = *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    mayLeave.held = true;
+    QVERIFY(desk.add());
+    desk.manager->stopAllWorkers();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2600)); // what it has until it is left behind
+    QCoreApplication::processEvents();                            // the program goes on before the decoder does
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.told, QStringList());
+    mayLeave.held = false;
+    desk.manager->captureReady();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
+    QCOMPARE(desk.told, QStringList());
+    QTRY_COMPARE_WITH_TIMEOUT(desk.counted("LiveAnalyzers"), 1, 20000);
 }
 
 void TstAnalyzerLies::textsThatThrowAreEmpty()

@@ -96,6 +96,8 @@ private slots:
     void theListGoesOnWithoutAnAnalyzerWhoseTextNeverEnds();
     void aTextThatComesBackInTimeIsNoFault();
     void noTwoTextsOfTheSameResultsAreMadeAtATime();
+    void aMachineThatStandsStillMakesNoTextEndless_data();
+    void aMachineThatStandsStillMakesNoTextEndless();
     void anAnalyzerCanBeRemovedDuringItsEndlessText();
     void theProgramEndsDuringAnEndlessText();
     void aPaintIsNotHeldUpByAnEndlessText();
@@ -174,6 +176,30 @@ void TstEndlessTexts::noTwoTextsOfTheSameResultsAreMadeAtATime()
     QCOMPARE(desk.gate().inside.load(), 1);
     desk.gate().held = false;
     QTRY_COMPARE_WITH_TIMEOUT(desk.list->rows().size(), 3, patience);
+}
+
+void TstEndlessTexts::aMachineThatStandsStillMakesNoTextEndless_data()
+{
+    QTest::addColumn<bool>("losesItsPass");
+    QTest::newRow("of a reader with a pass") << false;
+    QTest::newRow("of a reader whose pass was taken") << true;
+}
+
+void TstEndlessTexts::aMachineThatStandsStillMakesNoTextEndless()
+{
+    QFETCH(bool, losesItsPass);
+    EndlessDesk desk;
+    QVERIFY(desk.addBoth());
+    QVERIFY(desk.holdList());
+    if (losesItsPass) {
+        desk.manager->captureStarts();
+    }
+    desk.manager->lookAfterReaders();
+    std::this_thread::sleep_for(ResultsGate::grace + std::chrono::milliseconds(100));
+    desk.manager->lookAfterReaders(); // the program goes on before the decoder does
+    QCoreApplication::processEvents();
+    QCOMPARE(desk.told, QStringList());
+    QVERIFY(!desk.manager->endedEarly(0));
 }
 
 void TstEndlessTexts::anAnalyzerCanBeRemovedDuringItsEndlessText()
