@@ -77,32 +77,26 @@ void ProtocolEdit::writeChannel(AnalyzerSettingInterface &setting, const QComboB
         isChannel ? Channel(0, std::uint32_t(chnChoices.at(place).number)) : Channel());
 }
 
-bool ProtocolEdit::writeInteger(AnalyzerSettingInterface &setting, int place, bool tell)
+bool ProtocolEdit::writeInteger(AnalyzerSettingInterface &setting, int place)
 {
     const int value = intEdits.at(place)->text().trimmed().toInt(); // what is no number is 0
-    if (value >= intMin.at(place) && value <= intMax.at(place)) {
+    const bool isInRange = value >= intMin.at(place) && value <= intMax.at(place);
+    if (isInRange) {
         static_cast<AnalyzerSettingInterfaceInteger &>(setting).SetInteger(value);
-        return true;
     }
-    if (tell) {
-        const QString range = QStringLiteral(" [%1, %2]").arg(intMin.at(place)).arg(intMax.at(place));
-        showNotice(this, QMessageBox::Warning, ::tr("A Setting is Invalid"),
-                   ::tr("Please enter an integer in the range") + range);
-    }
-    return false;
+    return isInRange;
 }
 
-QLineEdit *ProtocolEdit::writeValues(bool tell)
+QVector<int> ProtocolEdit::writeValues()
 {
-    QLineEdit *invalid = nullptr;
+    QVector<int> invalid;
     int channel = 0;
     int list = 0;
     int integer = 0;
     int text = 0;
     int flag = 0;
     m_written = true;
-    // A box may be open for long, and the analyzer be gone when it closes.
-    for (std::uint32_t i = 0; !m_gone && i < settings->GetSettingsInterfacesCount(); ++i) {
+    for (std::uint32_t i = 0; i < settings->GetSettingsInterfacesCount(); ++i) {
         AnalyzerSettingInterface *setting = settings->GetSettingsInterface(i);
         if (setting == nullptr) {
             continue;
@@ -114,8 +108,8 @@ QLineEdit *ProtocolEdit::writeValues(bool tell)
             numbers->SetNumber(numbers->GetListboxNumber(std::uint32_t(chosen < 0 ? 0 : chosen)));
         } else if (dynamic_cast<AnalyzerSettingInterfaceInteger *>(setting) != nullptr) {
             const int place = integer++;
-            if (!writeInteger(*setting, place, tell) && invalid == nullptr) {
-                invalid = intEdits.at(place);
+            if (!writeInteger(*setting, place)) {
+                invalid.append(place);
             }
         } else if (auto *words = dynamic_cast<AnalyzerSettingInterfaceText *>(setting)) {
             words->SetText(textEdits.at(text++)->text().toLatin1().constData());
@@ -124,6 +118,21 @@ QLineEdit *ProtocolEdit::writeValues(bool tell)
         }
     }
     return invalid;
+}
+
+void ProtocolEdit::tellInvalid(const QVector<int> &places)
+{
+    for (const int place : places) {
+        const QString range = QStringLiteral(" [%1, %2]").arg(intMin.at(place)).arg(intMax.at(place));
+        showNotice(this, QMessageBox::Warning, ::tr("A Setting is Invalid"),
+                   ::tr("Please enter an integer in the range") + range);
+        if (m_gone) {
+            return;
+        }
+    }
+    QLineEdit *first = intEdits.at(places.constFirst());
+    first->setFocus();
+    first->selectAll();
 }
 
 QString ProtocolEdit::settingsText()
@@ -164,13 +173,9 @@ void ProtocolEdit::savedClicked()
         return;
     }
     const QString before = settingsText();
-    QLineEdit *invalid = writeValues(true);
-    if (m_gone) {
-        return;
-    }
-    if (invalid != nullptr) {
-        invalid->setFocus();
-        invalid->selectAll();
+    const QVector<int> invalid = writeValues();
+    if (!invalid.isEmpty()) {
+        tellInvalid(invalid);
         return;
     }
     m_saving = true;
@@ -178,7 +183,7 @@ void ProtocolEdit::savedClicked()
         manager->stopWorker(itemIndex); // the settings are the worker's as well
         m_stopped = true;
         if (followAnalyzer() && isUsable()) {
-            (void)writeValues(false);
+            (void)writeValues();
         }
     }
     m_saving = false;

@@ -61,10 +61,13 @@ private:
     [[nodiscard]] QWidget *makeBoolEditor(AnalyzerSettingInterface &setting);
     [[nodiscard]] QString translated(const char *text) const;
 
-    /// Writes every editor's value to its setting. @return the first field whose number is out of its range, or null
-    [[nodiscard]] QLineEdit *writeValues(bool tell);
+    /// Writes every editor's value to its setting. @return the places in `intEdits` of numbers out of their range
+    [[nodiscard]] QVector<int> writeValues();
+    /// In a box for each. The analyzer may be another one, or gone, when a box closes.
+    void tellInvalid(const QVector<int> &places);
     void writeChannel(AnalyzerSettingInterface &setting, const QComboBox &edit);
-    [[nodiscard]] bool writeInteger(AnalyzerSettingInterface &setting, int place, bool tell);
+    /// @return whether the number is in its range
+    [[nodiscard]] bool writeInteger(AnalyzerSettingInterface &setting, int place);
     [[nodiscard]] bool apply();
     [[nodiscard]] QString settingsText();
     void startAgain();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analyzer/AnalyzerDesk.h"
+#include "analyzer/plugins/TextGate.h"
 
 #include <QLibrary>
 
@@ -34,6 +35,12 @@ public:
         QLibrary library(folderOf(m_face) + QLatin1Char('/') + m_face);
         const auto count = reinterpret_cast<int (*)()>(library.resolve("LivingAnalyzers"));
         return count != nullptr ? count() : -1;
+    }
+    /// Workers of that face neither begin nor leave while it is held.
+    [[nodiscard]] static TextGate &workerGateOf(const QString &face)
+    {
+        QLibrary library(folderOf(face) + QLatin1Char('/') + face);
+        return *reinterpret_cast<TextGate *(*)()>(library.resolve("WorkerGateOf"))();
     }
 
 private:

@@ -114,6 +114,7 @@ private slots:
     void numbersOutOfTheirRangeAreTold();
     void settingsThatThrowAreToldAndKeepTheDialogOpen();
     void twoBadNumbersGiveTwoBoxes();
+    void anAnalyzerThatIsReplacedBehindABoxIsNotTouchedAgain();
     void aRefusalIsToldInTheWordsOfTheDecoder();
     void oneChannelTwiceIsRefused();
     void anEmptyChannelIsRefused();
@@ -485,6 +486,30 @@ void TstProtocolEdit::twoBadNumbersGiveTwoBoxes()
     press(dialog, "OK");
     QCOMPARE(texts, (QStringList{QStringLiteral("Please enter an integer in the range [1, 10]"),
                                  QStringLiteral("Please enter an integer in the range [-3, 3]")}));
+}
+
+void TstProtocolEdit::anAnalyzerThatIsReplacedBehindABoxIsNotTouchedAgain()
+{
+    FaceDesk desk("kinds");
+    const int before = desk.living();
+    TextGate &gate = FaceDesk::workerGateOf(QStringLiteral("kinds"));
+    gate.held = true;
+    QVERIFY(desk.add());
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    field(dialog, "Number")->setText(QStringLiteral("11"));
+    field(dialog, "Small")->setText(QStringLiteral("-4"));
+    const DialogDriver<QMessageBox> boxes([&](QMessageBox &box) {
+        desk.manager->stopAllWorkers(); // as a capture does: the worker does not leave, and goes with its analyzer
+        gate.held = false;
+        QTRY_COMPARE_WITH_TIMEOUT(desk.living(), before + 1, 20000);
+        box.reject();
+    });
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 2);
+    field(dialog, "Number")->setText(QStringLiteral("7"));
+    field(dialog, "Small")->setText(QStringLiteral("3"));
+    press(dialog, "OK");
+    QVERIFY2(savedText(desk).contains(QStringLiteral("number=7,small=3")), qPrintable(savedText(desk)));
 }
 
 void TstProtocolEdit::aRefusalIsToldInTheWordsOfTheDecoder()

@@ -1,5 +1,7 @@
 // A decoder whose settings have the face that LUX_FACE names. Built once for each.
 
+#include "analyzer/plugins/TextGate.h"
+
 #include <corvanlux/analyzer/Decoder.h>
 #include <memory>
 #include <string>
@@ -10,6 +12,8 @@
 namespace {
 
 constexpr std::string_view face = LUX_FACE;
+
+TextGate workerGate; ///< a worker does not begin, nor leave, while it is held
 
 using lux::Presence;
 
@@ -90,6 +94,9 @@ protected:
         if (face == "fails") {
             fail("The line is of no use");
         }
+        while (workerGate.held) {
+            std::this_thread::yield();
+        }
         const Channel channel = m_settings.line ? m_settings.line->value() : Channel(0, 0);
         lux::ChannelReader &line = reader(channel);
         results().ShowBubblesOn(channel);
@@ -115,4 +122,9 @@ LUX_PLUGIN(FaceAnalyzer)
 extern "C" LUX_PLUGIN_EXPORT int LivingAnalyzers()
 {
     return living;
+}
+
+extern "C" LUX_PLUGIN_EXPORT TextGate *WorkerGateOf()
+{
+    return &workerGate;
 }
