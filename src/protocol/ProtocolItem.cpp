@@ -141,9 +141,8 @@ void ProtocolItem::slotBtnRemove()
 
 void ProtocolItem::slotMenuPopup()
 {
-    if (popupMenu == nullptr) {
-        buildMenu();
-    }
+    delete popupMenu;
+    buildMenu(); // anew: another analyzer may stand in the row's place
     const int format = int(displayBaseOf(manager->displayFormat(itemIndex)));
     for (QAction *action : formatGroup->actions()) {
         action->setChecked(action->data().toInt() == format);
@@ -161,7 +160,7 @@ void ProtocolItem::buildMenu()
         edit, &QAction::triggered, this, [this] { emit editWanted(itemIndex); }, Qt::QueuedConnection);
 
     QMenu *formats = popupMenu->addMenu(::tr("Display Format"));
-    formatGroup = new QActionGroup(this);
+    formatGroup = new QActionGroup(popupMenu);
     const std::array<QString, formatCount> names = {::tr("Bin"), ::tr("Dec"), ::tr("Hex"), QStringLiteral("ASCII"),
                                                     QStringLiteral("ASCII && ") + ::tr("Hex")};
     for (int format = 0; format < formatCount; ++format) {

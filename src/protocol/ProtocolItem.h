@@ -52,7 +52,7 @@ private:
     MyButton *btnSetting;
     MyButton *btnRemove;
     DecodeProgress *m_progress;
-    QMenu *popupMenu = nullptr; ///< made at first use
+    QMenu *popupMenu = nullptr; ///< of the last use
     QActionGroup *formatGroup = nullptr;
     int m_steps = 0; ///< refreshes of the decode that runs
 };

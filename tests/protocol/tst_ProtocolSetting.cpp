@@ -87,6 +87,7 @@ private slots:
     void allAnalyzersAreChosenByName();
     void theTableOfModelsOpens();
     void theMenuOfARowIsAsTold();
+    void theMenuIsThatOfTheAnalyzerThatStandsThereNow();
     void aFormatOutsideTheListCountsAsHexadecimal();
     void aChosenFormatIsStored();
     void menusOpenAtThePointerOrBelowTheirButton();
@@ -283,6 +284,25 @@ void TstProtocolSetting::theMenuOfARowIsAsTold()
     QTRY_COMPARE(driver.count, 1);
     QTRY_COMPARE(texts.join(QLatin1Char('|')), QStringLiteral("Edit|Display Format|more of 0"));
     QCOMPARE(formats.join(QLatin1Char('|')), QStringLiteral("Bin|Dec|Hex *|ASCII|ASCII && Hex"));
+}
+
+void TstProtocolSetting::theMenuIsThatOfTheAnalyzerThatStandsThereNow()
+{
+    Panel p("kinds");
+    const AnalyzerManager &manager = *p.desk.manager;
+    QVector<const Analyzer *> extended;
+    p.panel.extendMenu = [&](QMenu &, int index) { extended.append(manager.analyzerAt(index)); };
+    TextGate &gate = FaceDesk::workerGateOf(QStringLiteral("kinds"));
+    gate.held = true;
+    QVERIFY(p.add());
+    p.rows().constFirst()->slotMenuPopup();
+    p.desk.manager->stopAllWorkers(); // its worker does not leave, and goes with its analyzer
+    gate.held = false;
+    QCOMPARE(extended.size(), 1);
+    QVERIFY(extended.constFirst() != manager.analyzerAt(0));
+    p.rows().constFirst()->slotMenuPopup();
+    QCOMPARE(extended.size(), 2);
+    QCOMPARE(extended.constLast(), manager.analyzerAt(0));
 }
 
 void TstProtocolSetting::aFormatOutsideTheListCountsAsHexadecimal()
