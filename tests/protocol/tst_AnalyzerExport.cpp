@@ -1,4 +1,5 @@
 #include "analyzer/AnalyzerDesk.h"
+#include "analyzer/plugins/TextGate.h"
 #include "controls/MyProgressDlg.h"
 #include "files/CaptureFile.h"
 #include "files/FileSizeLimit.h"
@@ -11,6 +12,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QGroupBox>
+#include <QLibrary>
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
@@ -45,6 +47,12 @@ public:
         const QMenu *endings = menu.actions().constFirst()->menu();
         QVERIFY(endings != nullptr && endings->actions().size() > ending);
         endings->actions().at(ending)->trigger();
+    }
+    /// Of the plug-in "text-waits": an export gets no further while it is held.
+    [[nodiscard]] TextGate &texts() const
+    {
+        QLibrary file(desk.manager->foundLibraries().at(0).path);
+        return *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
     }
     [[nodiscard]] MyProgressDlg *progress() const { return window.findChild<MyProgressDlg *>(); }
     [[nodiscard]] QByteArray read(const char *name) const
@@ -321,12 +329,15 @@ void TstAnalyzerExport::theBarIsFullOnlyWhenTheFileHasItsName()
 
 void TstAnalyzerExport::aStoppedExportLeavesNothing()
 {
-    ExportDesk desk("sound", 40'000'000);
+    ExportDesk desk("text-waits");
     BoxCloser boxes;
     desk.put("frames.txt", "before");
+    desk.texts().held = true;
     desk.take();
-    QTRY_VERIFY(desk.progress() != nullptr && desk.progress()->isVisible());
+    QTRY_COMPARE_WITH_TIMEOUT(desk.texts().inside.load(), 1, 30000);
+    QVERIFY(desk.progress()->isVisible());
     QTest::keyClick(desk.progress(), Qt::Key_Escape);
+    desk.texts().held = false;
     QTRY_VERIFY_WITH_TIMEOUT(!desk.progress()->isVisible(), 30000);
     QCOMPARE(desk.read("frames.txt"), QByteArray("before"));
     QCOMPARE(desk.files().size(), 1);
@@ -399,11 +410,22 @@ void TstAnalyzerExport::theOpenCaptureIsNotOverwritten()
 
 void TstAnalyzerExport::resultsThatAreReplacedMeanwhileEndIt()
 {
-    ExportDesk desk("sound", 40'000'000);
+    ExportDesk desk("text-waits");
     BoxCloser boxes;
+    TextGate &texts = desk.texts();
+    ResultsGate &gate = desk.desk.manager->gate();
+    gate.patience = std::chrono::seconds(30); // the helper may be slow
+    texts.held = true;
     desk.take();
-    QTRY_VERIFY(desk.desk.manager->isExporting());
+    QTRY_COMPARE_WITH_TIMEOUT(texts.inside.load(), 1, 30000);
+    std::thread helper([&] {
+        while (!gate.isWanted()) {
+            std::this_thread::yield();
+        }
+        texts.held = false;
+    });
     desk.desk.manager->captureStarts();
+    helper.join();
     QTRY_COMPARE(boxes.seen.count, 1);
     QVERIFY(boxes.seen.text.endsWith(text("The results have changed meanwhile.")));
     QCOMPARE(desk.files(), QStringList());

@@ -8,7 +8,6 @@
 #include <corvanlux/analyzer/ExportWriter.h>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -71,18 +70,13 @@ Bell bell;
     }
 }
 
-/// Of all frames but those that begin within the first samples. A test in another process is told by the file that the
-/// environment names.
+/// Of all frames but those that begin within the first samples.
 void spinBehindTheFirst(const FrameData &frame)
 {
     constexpr std::int64_t soundSamples = 200;
-    if (frame.firstSample < soundSamples) {
-        return;
+    if (frame.firstSample >= soundSamples) {
+        spin();
     }
-    if (const char *path = std::getenv("LUX_TEST_SPINS")) {
-        const std::ofstream told(path);
-    }
-    spin();
 }
 
 class LieSettings : public AnalyzerSettings {
@@ -92,7 +86,7 @@ public:
         line.SetKey("line");
         line.SetTitleAndToolTip("Line", "");
         AddInterface(&line);
-        if (lie == "sound" || lie == "exports") {
+        if (lie == "sound" || lie == "exports" || lie == "text-waits") {
             AddExportOption(3, "Edges & more");
             AddExportExtension(3, "Text file", "txt");
             AddExportExtension(3, "CSV file", "csv");
