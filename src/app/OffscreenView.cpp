@@ -15,12 +15,19 @@
 #include <QGridLayout>
 
 #include <algorithm>
+#include <chrono>
+
+namespace {
+
+constexpr std::chrono::seconds textPatience{10}; ///< with a decoder: what is missing by then is missing in the picture
+
+} // namespace
 
 OffscreenView::OffscreenView(AnalyzerManager &manager)
     : m_waves(new WaveDataGen(this)),
       m_ruler(new TimeView(m_waves, this)),
       m_rows(new MainView(m_waves, this)),
-      m_decoded(std::make_unique<DecodedWave>(manager))
+      m_decoded(std::make_unique<DecodedWave>(manager, nullptr, textPatience))
 {
     setAttribute(Qt::WA_DontShowOnScreen);
     auto *grid = new QGridLayout(this);

@@ -16,7 +16,8 @@ class WaveDataGen;
 
 /// The view of the device's capture without a window around it: ruler, names and waves, as large as it is told to be.
 ///
-/// It shows `gDev`, which outlives it, with the channels that the device has in use. Main thread.
+/// It shows `gDev`, which outlives it, with the channels that the device has in use. It waits for what decoders tell,
+/// ten seconds at most, since nothing is drawn again. Main thread.
 class OffscreenView : public QWidget {
     Q_OBJECT
 public:
