@@ -90,7 +90,7 @@ void TstDecodedWave::textsFollowTheDisplayFormat()
 void TstDecodedWave::aFormatThatIsNoneIsHexadecimal()
 {
     AnalyzerManager manager(AnalyzerHost{}, QStringList(), QString());
-    BubbleMaker maker(manager, {});
+    BubbleMaker maker(manager, {}, patience);
     BaseResults results;
     for (const auto &[format, text] : {std::pair(0, "base 0"), std::pair(1, "base 1"), std::pair(2, "base 2"),
                                        std::pair(-5, "base 2"), std::pair(5, "base 2"), std::pair(1000, "base 2")}) {
