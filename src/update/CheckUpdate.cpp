@@ -8,6 +8,7 @@
 #include <QHostAddress>
 #include <QHostInfo>
 #include <QNetworkAccessManager>
+#include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QTimerEvent>
 #include <QWidget>
@@ -170,6 +171,7 @@ void CheckUpdate::send(const QUrl &url)
 {
     if (m_manager == nullptr) {
         m_manager = new QNetworkAccessManager(this);
+        m_manager->setProxy(QNetworkProxy::NoProxy); // Qt would ask the system's, who then learns who asks whom
         connect(m_manager, &QNetworkAccessManager::finished, this, &CheckUpdate::slotReplyFinished);
     }
     m_reply = m_manager->get(bareRequest(url));

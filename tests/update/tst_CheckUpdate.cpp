@@ -3,6 +3,8 @@
 #include "settings/HostSystem.h"
 #include "update/UpdateDesk.h"
 
+#include <QNetworkProxy>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSysInfo>
 
@@ -40,6 +42,7 @@ private slots:
     void theCheckByItselfAppearsOnlyWithANewerVersion_data();
     void theCheckByItselfAppearsOnlyWithANewerVersion();
     void theRequestTellsSevenThingsInTheirOrderAndNothingOfTheUser();
+    void theServiceIsAskedStraightAndNotThroughAProxy();
     void thePlaceOfAMalformedRecordIsSentOnce();
     void whatIsNoPlaceOfARecordIsNotSent();
 
@@ -137,6 +140,20 @@ void TstCheckUpdate::theRequestTellsSevenThingsInTheirOrderAndNothingOfTheUser()
              QStringList({QStringLiteral("accept-encoding: identity"), QStringLiteral("accept-language: *"),
                           QStringLiteral("connection: keep-alive"), host, QStringLiteral("user-agent: corvanlux")})
                  .join(QLatin1Char('\n')));
+}
+
+void TstCheckUpdate::theServiceIsAskedStraightAndNotThroughAProxy()
+{
+    LoopbackServer proxy;
+    QNetworkProxy::setApplicationProxy({QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), proxy.serverPort()});
+    const auto restore = qScopeGuard([] { QNetworkProxyFactory::setUseSystemConfiguration(true); }); // as Qt begins
+    // An address of this machine for which Qt would take a proxy; nobody listens there.
+    const QUrl url(QStringLiteral("https://0.0.0.0:%1").arg(m_server->serverPort()));
+    m_server->close();
+    makeCheck({url, true, {0, 0, 60'000}});
+    m_check->actCheckUpdate();
+    QCOMPARE(outcome(), failed);
+    QCOMPARE(proxy.connections, 0);
 }
 
 void TstCheckUpdate::thePlaceOfAMalformedRecordIsSentOnce()
