@@ -73,6 +73,7 @@ class TstPackaging : public QObject {
     Q_OBJECT
 private slots:
     void theMetadataNameEveryProductOfTheTable();
+    void whoStartsTheProgramFromTheSourcesHasItsDecoders();
     void menuEntryAndMetadataNameTheDescribedFileTypes();
     void theDescribedSuffixesAreThoseOfThePrograms();
     void theVersionIsThatOfTheProgramEverywhere();
@@ -98,6 +99,15 @@ void TstPackaging::theMetadataNameEveryProductOfTheTable()
                             .replace(QStringLiteral("D*"), QStringLiteral("d*")));
     }
     QCOMPARE(textsOf(metainfo().firstChildElement(QStringLiteral("provides")), QStringLiteral("modalias")), expected);
+}
+
+void TstPackaging::whoStartsTheProgramFromTheSourcesHasItsDecoders()
+{
+    const QString targets =
+        firstCapture(textOf(QStringLiteral(LUX_ROOT_DIR "/scripts/run")), QStringLiteral("^build .*--target (.*)$"));
+    for (const char *target : {"corvanlux", "decoders", "luxcli"}) {
+        QVERIFY2(targets.split(QLatin1Char(' ')).contains(QLatin1String(target)), target);
+    }
 }
 
 void TstPackaging::menuEntryAndMetadataNameTheDescribedFileTypes()
