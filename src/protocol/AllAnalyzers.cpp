@@ -7,6 +7,7 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -106,8 +107,9 @@ void AllAnalyzers::slotSearchChanged(const QString &text)
         }
     }
     selectPicked();
-    if (m_ok->isEnabled() && m_list->count() > 0 && m_list->currentRow() < 0) {
-        m_list->setCurrentRow(0); // the button takes nothing else than what is seen
+    const bool isToBePicked = m_ok->isEnabled() || !text.isEmpty();
+    if (isToBePicked && m_list->count() > 0 && m_list->currentRow() < 0) {
+        m_list->setCurrentRow(0); // Enter and the button take what is seen, and nothing else
         slotListWidgetClicked();
     }
 }
@@ -125,6 +127,17 @@ void AllAnalyzers::slotListWidgetDoubleClicked()
 {
     slotListWidgetClicked();
     accept();
+}
+
+void AllAnalyzers::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
+        // From the search, which keeps the focus; or from the list's end.
+        const int row = m_list->currentRow() + (event->key() == Qt::Key_Down ? 1 : -1);
+        m_list->setCurrentRow(qBound(0, row, m_list->count() - 1));
+    } else {
+        QDialog::keyPressEvent(event);
+    }
 }
 
 void AllAnalyzers::finish(int /*result*/)

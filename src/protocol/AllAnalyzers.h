@@ -7,8 +7,8 @@ class QListWidget;
 class QPushButton;
 class SearchEdit;
 
-/// The dialog "All Protocol Analyzers": a list to search and to choose from. Of fixed size, made once and then shown
-/// again. Main thread.
+/// The dialog "All Protocol Analyzers": a list to search and to choose from. A search picks the first that it finds,
+/// and Up and Down go on from there while more is typed. Of fixed size, made once and then shown again. Main thread.
 class AllAnalyzers : public QDialog {
     Q_OBJECT
 public:
@@ -18,6 +18,9 @@ public:
     void setNames(const QStringList &names);
     /// Shows the dialog until the user has chosen. @return the place of the chosen one in the list, -1 for none
     [[nodiscard]] int choose();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 signals:
     /// The table of models is asked for.

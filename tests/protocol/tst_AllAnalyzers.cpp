@@ -57,6 +57,9 @@ private slots:
     void aSearchWithoutMatchKeepsTheButton();
     void aSearchThatHidesTheChosenOneChoosesTheFirstThatItShows();
     void itIsUsedByKeysAlone();
+    void aNameThatIsTypedIsTakenByEnter();
+    void upAndDownChooseWhileTheSearchKeepsTheFocus();
+    void upAndDownInAnEmptyListChooseNothing();
     void theFirstIsChosenWhenAKeyLeadsToTheList();
     void theTableOfModelsIsAskedFor();
 };
@@ -148,7 +151,6 @@ void TstAllAnalyzers::aSearchThatHidesTheChosenOneChoosesTheFirstThatItShows()
     const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
         auto *search = open.findChild<SearchEdit *>();
         search->setText(QStringLiteral("i"));
-        QVERIFY(!okOf(open)->isEnabled()); // nothing is chosen yet
         clickRow(open, 0);
         search->setText(QStringLiteral("re"));
         QCOMPARE(open.findChild<QListWidget *>()->currentRow(), 0); // still the same, 1-Wire
@@ -174,6 +176,52 @@ void TstAllAnalyzers::itIsUsedByKeysAlone()
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     });
     QCOMPARE(dialog.choose(), 2);
+}
+
+void TstAllAnalyzers::aNameThatIsTypedIsTakenByEnter()
+{
+    AllAnalyzers dialog;
+    dialog.setNames(names());
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        QVERIFY(QTest::qWaitForWindowActive(&open));
+        QVERIFY(!okOf(open)->isEnabled());
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("i2"));
+        QCOMPARE(open.findChild<QListWidget *>()->selectedItems().size(), 1);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    });
+    QCOMPARE(dialog.choose(), 2);
+}
+
+void TstAllAnalyzers::upAndDownChooseWhileTheSearchKeepsTheFocus()
+{
+    AllAnalyzers dialog;
+    dialog.setNames(names());
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        QVERIFY(QTest::qWaitForWindowActive(&open));
+        const auto *list = open.findChild<QListWidget *>();
+        QWidget *search = QApplication::focusWidget();
+        QTest::keyClicks(search, QStringLiteral("can"));
+        for (const auto &[key, row] :
+             {std::pair{Qt::Key_Down, 1}, {Qt::Key_Down, 1}, {Qt::Key_Up, 0}, {Qt::Key_Up, 0}}) {
+            QTest::keyClick(search, key);
+            QCOMPARE(list->currentRow(), row);
+            QVERIFY(list->currentItem()->isSelected());
+        }
+        QTest::keyClick(search, Qt::Key_Down);
+        QVERIFY(search->hasFocus());
+        QTest::keyClick(search, Qt::Key_Return);
+    });
+    QCOMPARE(dialog.choose(), 3);
+}
+
+void TstAllAnalyzers::upAndDownInAnEmptyListChooseNothing()
+{
+    AllAnalyzers dialog;
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        QTest::keyClick(&open, Qt::Key_Down);
+        QTest::keyClick(&open, Qt::Key_Escape);
+    });
+    QCOMPARE(dialog.choose(), -1);
 }
 
 void TstAllAnalyzers::theFirstIsChosenWhenAKeyLeadsToTheList()
