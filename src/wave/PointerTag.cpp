@@ -3,6 +3,8 @@
 #include "controls/Look.h"
 #include "settings/Language.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int fromColumn = 10; ///< pixels at 96 dpi: clears a flag at the same column
@@ -23,7 +25,7 @@ PointerTag::PointerTag(QWidget *ruler) : QLabel(ruler)
     hide();
 }
 
-void PointerTag::pointAt(int x, const QString &text)
+void PointerTag::pointAt(int x, const QString &text, std::span<const QRect> flags)
 {
     setVisible(!text.isEmpty());
     if (text.isEmpty()) {
@@ -32,10 +34,20 @@ void PointerTag::pointAt(int x, const QString &text)
     if (text != this->text()) {
         setText(text); // which is its accessible name, too
     }
+    setGeometry(placeBeside(x, flags));
+    lower(); // between flags on both sides the one that is covered stays whole
+}
+
+QRect PointerTag::placeBeside(int x, std::span<const QRect> flags) const
+{
+    const QRect ruler = parentWidget()->rect();
     const int width = sizeHint().width();
-    const int ruler = parentWidget()->width();
-    const bool fits = x + dp(fromColumn) + width <= ruler;
-    const int left = fits ? x + dp(fromColumn) : x - dp(fromColumn) - width;
-    setGeometry(left, parentWidget()->height() - dp(tagHeight) - 1, width, dp(tagHeight));
-    lower();
+    const QRect right(x + dp(fromColumn), ruler.height() - dp(tagHeight) - 1, width, dp(tagHeight));
+    const QRect left = right.translated(-2 * dp(fromColumn) - width, 0);
+    const auto isClear = [&](const QRect &place) {
+        return ruler.contains(place) &&
+               std::none_of(flags.begin(), flags.end(), [&](const QRect &flag) { return flag.intersects(place); });
+    };
+    const bool isRight = isClear(right) || (!isClear(left) && ruler.contains(right));
+    return isRight ? right : left;
 }

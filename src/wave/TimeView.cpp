@@ -119,7 +119,7 @@ std::vector<QRect> TimeView::shownFlags() const
 
 void TimeView::slotPointerMoved(int x, const QString &text)
 {
-    m_pointer->pointAt(x, text);
+    m_pointer->pointAt(x, text, shownFlags());
 }
 
 void TimeView::dropHandles()

@@ -1,6 +1,7 @@
 #include "controls/Look.h"
 #include "wave/CursorHandle.h"
 #include "wave/MarkerChange.h"
+#include "wave/PointerTag.h"
 #include "wave/TimeView.h"
 #include "wave/WaveCapture.h"
 #include "wave/WaveDataGen.h"
@@ -23,6 +24,7 @@ private slots:
     void aLabelGivesWayToTheFlagsThatWouldCoverIt();
     void aLabelIsLeftOutWhereItWouldBeMovedOntoAnother();
     void noLabelIsPaintedBelowAFlag();
+    void theTagOfThePointerStandsWhereNoFlagCoversIt();
     void onAScaledScreenTicksStandOnScaledColumns();
     void eachTickIsPaintedAtItsColumn_data();
     void eachTickIsPaintedAtItsColumn();
@@ -154,6 +156,41 @@ void TstTimeView::noLabelIsPaintedBelowAFlag()
     ruler.slotMainViewMarkerChanged(markerChange::place, 0, tick->x);
     QCOMPARE((*flag)->x(), covered.x());
     QCOMPARE(inked(paintedBelowFlags(ruler), covered), 0);
+}
+
+void TstTimeView::theTagOfThePointerStandsWhereNoFlagCoversIt()
+{
+    const WaveDataGen gen;
+    TimeView ruler(&gen);
+    ruler.resize(600, 36);
+    const auto *tag = ruler.findChild<PointerTag *>();
+    const auto point = [&](int x) {
+        ruler.slotPointerMoved(x, QStringLiteral("1us  [100]"));
+        return tag->geometry();
+    };
+    const auto isRightOf = [&](int x) { return point(x).left() > x; };
+    QVERIFY(isRightOf(0));
+    QVERIFY(isRightOf(300));
+    QVERIFY(!isRightOf(590)); // the ruler ends there
+
+    ruler.slotMainViewMarkerChanged(markerChange::state, 0, int(MarkerState::placed));
+    ruler.slotMainViewMarkerChanged(markerChange::place, 0, 300);
+    QVERIFY(isRightOf(300)); // beside its own column the flag is clear of it
+    QVERIFY(!isRightOf(290));
+    QVERIFY(isRightOf(320));
+    QVERIFY(isRightOf(100));
+    const QRect flag = ruler.findChild<CursorHandle *>()->geometry();
+    for (int x = 200; x <= 400; ++x) {
+        QVERIFY2(!point(x).intersects(flag), qPrintable(QString::number(x)));
+    }
+    QVERIFY(ruler.rect().contains(point(0)));
+
+    // Flags on both sides, or no room: it stands where it would without them.
+    ruler.slotMainViewMarkerChanged(markerChange::state, 1, int(MarkerState::placed));
+    ruler.slotMainViewMarkerChanged(markerChange::place, 1, 260);
+    QVERIFY(isRightOf(280));
+    ruler.slotMainViewMarkerChanged(markerChange::place, 1, 60);
+    QVERIFY(isRightOf(30));
 }
 
 void TstTimeView::onAScaledScreenTicksStandOnScaledColumns()
