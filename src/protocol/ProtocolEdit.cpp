@@ -9,11 +9,31 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QRegularExpression>
 
 #include <corvanlux/analyzer/Analyzer.h>
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
+#include <limits>
 #include <utility>
+
+namespace {
+
+/// `text` as a whole number; what is none is 0, and one that no setting can hold is the last on its side.
+qint64 wholeNumber(const QString &text)
+{
+    static const QRegularExpression digits(QStringLiteral("\\A([+-]?)[0-9]+\\z"));
+    const QRegularExpressionMatch match = digits.match(text);
+    if (!match.hasMatch()) {
+        return 0;
+    }
+    bool isHeld = false;
+    const qint64 number = text.toLongLong(&isHeld);
+    using Limits = std::numeric_limits<qint64>;
+    return isHeld ? number : match.captured(1) == QLatin1String("-") ? Limits::min() : Limits::max();
+}
+
+} // namespace
 
 ProtocolEdit::ProtocolEdit(bool editMode, AnalyzerManager *manager_, int index, QWidget *parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
@@ -79,10 +99,10 @@ void ProtocolEdit::writeChannel(AnalyzerSettingInterface &setting, const QComboB
 
 bool ProtocolEdit::writeInteger(AnalyzerSettingInterface &setting, int place)
 {
-    const int value = intEdits.at(place)->text().trimmed().toInt(); // what is no number is 0
+    const qint64 value = wholeNumber(intEdits.at(place)->text().trimmed());
     const bool isInRange = value >= intMin.at(place) && value <= intMax.at(place);
     if (isInRange) {
-        static_cast<AnalyzerSettingInterfaceInteger &>(setting).SetInteger(value);
+        static_cast<AnalyzerSettingInterfaceInteger &>(setting).SetInteger(std::int32_t(value));
     }
     return isInRange;
 }

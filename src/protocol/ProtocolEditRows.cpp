@@ -62,7 +62,7 @@ void makeAlike(const QVector<QWidget *> &editors)
     int width = dp(editorWidth);
     for (const QWidget *editor : editors) {
         if (qobject_cast<const QComboBox *>(editor) != nullptr) {
-            width = std::max(width, editor->sizeHint().width());
+            width = std::max({width, editor->sizeHint().width(), editor->minimumWidth()}); // lazy ones have theirs
         }
     }
     for (QWidget *editor : editors) {
@@ -134,7 +134,7 @@ void ProtocolEdit::buildFrame(QScrollArea *area)
         widget->ensurePolished();
     }
     QVector<QWidget *> values;
-    for (QComboBox *edit : qAsConst(listEdits)) {
+    for (QComboBox *edit : chnEdits + listEdits) {
         values.append(edit);
     }
     for (QLineEdit *edit : intEdits + textEdits) {

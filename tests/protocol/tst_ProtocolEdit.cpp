@@ -93,7 +93,7 @@ private slots:
     void theFrameIsAsTold_data();
     void theFrameIsAsTold();
     void ofEqualNumbersTheLastIsShown();
-    void editorsBelowTheChannelsAreOfOneWidth();
+    void editorsBelowEachOtherAreOfOneWidth();
     void allTextsButThoseOfChannelsAreTranslated();
     void aChannelEditorTellsTheUsers();
     void aSecondAnalyzerStartsOnFreeChannels();
@@ -113,6 +113,8 @@ private slots:
     void numbersOutOfTheirRangeAreTold_data();
     void numbersOutOfTheirRangeAreTold();
     void settingsThatThrowAreToldAndKeepTheDialogOpen();
+    void aNumberThatIsTooLongIsNotTakenForZero_data();
+    void aNumberThatIsTooLongIsNotTakenForZero();
     void twoBadNumbersGiveTwoBoxes();
     void anAnalyzerThatIsReplacedBehindABoxIsNotTouchedAgain();
     void aRefusalIsToldInTheWordsOfTheDecoder();
@@ -212,14 +214,23 @@ void TstProtocolEdit::ofEqualNumbersTheLastIsShown()
     QCOMPARE(combo(dialog, "List")->currentText(), QStringLiteral("Third"));
 }
 
-void TstProtocolEdit::editorsBelowTheChannelsAreOfOneWidth()
+void TstProtocolEdit::editorsBelowEachOtherAreOfOneWidth()
 {
-    const FaceDesk desk("kinds");
-    const ProtocolEdit dialog(false, desk.manager.get(), 0);
-    QCOMPARE(combo(dialog, "List")->minimumWidth(), 150);
-    for (const char *name : {"Number", "Small", "Text"}) {
-        QCOMPARE(field(dialog, name)->minimumWidth(), combo(dialog, "List")->minimumWidth());
-    }
+    FaceDesk desk("kinds");
+    const auto expectWidth = [&desk](auto isAsWanted) {
+        const ProtocolEdit dialog(false, desk.manager.get(), 0);
+        const int width = combo(dialog, "List")->minimumWidth();
+        QVERIFY2(isAsWanted(width), qPrintable(QString::number(width)));
+        for (const char *name : {"Line", "Other"}) {
+            QCOMPARE(combo(dialog, name)->minimumWidth(), width);
+        }
+        for (const char *name : {"Number", "Small", "Text"}) {
+            QCOMPARE(field(dialog, name)->minimumWidth(), width);
+        }
+    };
+    expectWidth([](int width) { return width == 150; });
+    QVERIFY(desk.add(2)); // who uses a channel stands beside it
+    expectWidth([](int width) { return width > 150 && width <= 320; });
 }
 
 void TstProtocolEdit::allTextsButThoseOfChannelsAreTranslated()
@@ -470,6 +481,31 @@ void TstProtocolEdit::settingsThatThrowAreToldAndKeepTheDialogOpen()
     QCOMPARE(boxes.count, 1);
     QVERIFY(dialog.isVisible());
     QCOMPARE(desk.manager->count(), 0);
+}
+
+void TstProtocolEdit::aNumberThatIsTooLongIsNotTakenForZero_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char *text :
+         {"2147483648", "-2147483649", "99999999999", "99999999999999999999", "-99999999999999999999"}) {
+        QTest::newRow(text) << QString::fromLatin1(text);
+    }
+}
+
+void TstProtocolEdit::aNumberThatIsTooLongIsNotTakenForZero()
+{
+    QFETCH(QString, text);
+    const FaceDesk desk("kinds");
+    ProtocolEdit dialog(false, desk.manager.get(), 0);
+    dialog.show();
+    field(dialog, "Small")->setText(text);
+    const DialogDriver<QMessageBox> boxes([](QMessageBox &box) {
+        QCOMPARE(box.text(), QStringLiteral("Please enter an integer in the range [-3, 3]"));
+        box.reject();
+    });
+    press(dialog, "OK");
+    QCOMPARE(boxes.count, 1);
+    QVERIFY(dialog.isVisible());
 }
 
 void TstProtocolEdit::twoBadNumbersGiveTwoBoxes()
