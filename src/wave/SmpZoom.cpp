@@ -8,6 +8,7 @@
 #include "settings/Language.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 
@@ -52,11 +53,15 @@ MyButton *SmpZoom::addButton(const QString &icon, const QString &toolTip, void (
 
 void SmpZoom::showRatio(double ratio)
 {
-    const bool typing = m_edit->hasFocus() && m_edit->isModified();
-    if (typing) {
-        return;
-    }
     m_shown = std::isfinite(ratio) && ratio > 0.0 ? QString::number(ratio) : QString();
+    const bool typing = m_edit->hasFocus() && m_edit->isModified();
+    if (!typing) {
+        takeBack();
+    }
+}
+
+void SmpZoom::takeBack()
+{
     clearFault(*m_edit);
     m_edit->setText(m_shown);
     m_edit->setCursorPosition(0);
@@ -84,22 +89,36 @@ void SmpZoom::slotZoomIn()
 
 void SmpZoom::slotZoomFixed()
 {
+    const QString text = m_edit->text();
+    const std::optional<double> ratio = typedNumber(text);
+    const bool isFaulty = !ratio && !text.trimmed().isEmpty() && text != m_shown;
+    if (isFaulty) {
+        showFault(*m_edit, ::tr("This is not a number."));
+    }
     if (m_edit->hasFocus()) {
-        m_edit->clearFocus();
+        if (isFaulty) {
+            m_edit->selectAll(); // the digits that follow would call markers elsewhere
+        } else {
+            m_edit->clearFocus();
+        }
         return;
     }
     m_edit->setModified(false);
     // The shown ratio is rounded: whoever only passes through the field must not change the zoom by that.
-    const QString text = m_edit->text();
-    if (text == m_shown) {
-        return;
-    }
-    const std::optional<double> ratio = typedNumber(text);
-    if (!ratio && !text.trimmed().isEmpty()) {
-        showFault(*m_edit, ::tr("This is not a number."));
+    if (isFaulty || text == m_shown) {
         return;
     }
     emit zoomValueChanged(ratio ? text.trimmed().replace(QLatin1Char(','), QLatin1Char('.')) : text);
+}
+
+void SmpZoom::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && m_edit->hasFocus()) {
+        takeBack();
+        m_edit->clearFocus();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
 }
 
 void SmpZoom::paintEvent(QPaintEvent *)

@@ -27,13 +27,17 @@ public slots:
     void slotZoomAll();
     void slotZoomOut();
     void slotZoomIn();
-    /// The field was finished. While it has the focus this gives the focus away, which finishes it once more.
+    /// The field was finished. While it has the focus this gives the focus away, which finishes it once more; a text
+    /// that is no number is told and keeps it.
     void slotZoomFixed();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    /// Escape leaves the field with the ratio that is in effect.
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    void takeBack();
     MyButton *addButton(const QString &icon, const QString &toolTip, void (SmpZoom::*slot)());
 
     MyButton *m_trigger = nullptr;
@@ -41,5 +45,5 @@ private:
     MyButton *m_out = nullptr;
     MyButton *m_in = nullptr;
     QLineEdit *m_edit = nullptr;
-    QString m_shown; ///< what showRatio() wrote last
+    QString m_shown; ///< the ratio in effect, as the field shows it
 };

@@ -3,6 +3,7 @@
 #include "controls/NumberField.h"
 #include "wave/SmpZoom.h"
 
+#include <QApplication>
 #include <QImage>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -18,6 +19,8 @@ private slots:
     void aTypedRatioIsAskedForOnceByReturn();
     void aTypedRatioIsAskedForWhenTheFocusLeaves();
     void aTextThatIsNoNumberIsToldAtTheField();
+    void aTextThatIsNoNumberKeepsTheFocusUntilItIsOne();
+    void escapeTakesBackWhatIsTyped();
     void aCommaIsADecimalPoint();
     void aShownRatioIsNotAskedFor();
     void aShownRatioDoesNotDisturbTyping();
@@ -127,6 +130,45 @@ void TstSmpZoom::aTextThatIsNoNumberIsToldAtTheField()
     zoom.showRatio(2.0);
     QVERIFY(!hasFault(*field(zoom)));
     QCOMPARE(field(zoom)->text(), QStringLiteral("2"));
+}
+
+void TstSmpZoom::aTextThatIsNoNumberKeepsTheFocusUntilItIsOne()
+{
+    SmpZoom zoom;
+    activate(zoom);
+    QSignalSpy told(&zoom, &SmpZoom::zoomValueChanged);
+    field(zoom)->setFocus();
+    QTest::keyClicks(field(zoom), QStringLiteral("fast"));
+    QTest::keyClick(field(zoom), Qt::Key_Return);
+    QVERIFY(hasFault(*field(zoom)));
+    QVERIFY(field(zoom)->hasFocus());
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("5"));
+    QCOMPARE(field(zoom)->text(), QStringLiteral("5")); // in the wrong one's place
+    QVERIFY(!hasFault(*field(zoom)));
+    QTest::keyClick(field(zoom), Qt::Key_Return);
+    QCOMPARE(told.size(), 1);
+    QCOMPARE(told.at(0).at(0).toString(), QStringLiteral("5"));
+    QVERIFY(!field(zoom)->hasFocus());
+}
+
+void TstSmpZoom::escapeTakesBackWhatIsTyped()
+{
+    SmpZoom zoom;
+    activate(zoom);
+    zoom.showRatio(2.0);
+    QSignalSpy told(&zoom, &SmpZoom::zoomValueChanged);
+    for (const char *typed : {"fast", "7"}) {
+        field(zoom)->setFocus();
+        field(zoom)->selectAll();
+        QTest::keyClicks(field(zoom), QString::fromLatin1(typed));
+        zoom.showRatio(4.0); // meanwhile
+        QCOMPARE(field(zoom)->text(), QString::fromLatin1(typed));
+        QTest::keyClick(field(zoom), Qt::Key_Escape);
+        QCOMPARE(field(zoom)->text(), QStringLiteral("4"));
+        QVERIFY(!field(zoom)->hasFocus());
+        QVERIFY(!hasFault(*field(zoom)));
+    }
+    QCOMPARE(told.size(), 0);
 }
 
 void TstSmpZoom::aCommaIsADecimalPoint()
