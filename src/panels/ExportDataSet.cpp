@@ -47,7 +47,10 @@ ExportDataSet::ExportDataSet(const QVector<ShownPair> &pairs, QWidget *parent)
     const bool analog = !m_aChnBoxes.isEmpty();
     column->addWidget(makeGroup(analog ? ::tr("Digital Channel Select") : ::tr("Channel Select"), m_chnBoxes));
     if (analog) {
-        column->addWidget(makeGroup(::tr("Analog Channel Select"), m_aChnBoxes));
+        auto *group = makeGroup(::tr("Analog Channel Select"), m_aChnBoxes);
+        group->setToolTip(::tr("Files and exports hold the digital channels only."));
+        group->setAccessibleDescription(group->toolTip());
+        column->addWidget(group);
     }
     column->addWidget(makeTimeGroup());
 

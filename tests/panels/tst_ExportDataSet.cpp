@@ -97,6 +97,9 @@ void TstExportDataSet::theAnalogBoxesChangeNothing()
     const bool checked = desk.boxes("Analog Channel Select")[0]->isChecked();
     Desk::click(desk.boxes("Analog Channel Select")[0]);
     QCOMPARE(desk.boxes("Analog Channel Select")[0]->isChecked(), !checked);
+    const QWidget *group = desk.boxes("Analog Channel Select")[0]->parentWidget();
+    QCOMPARE(group->toolTip(), QStringLiteral("Files and exports hold the digital channels only."));
+    QCOMPARE(group->accessibleDescription(), group->toolTip());
     const Selection after(desk.dialog);
     QCOMPARE(after.channels, before.channels);
     QCOMPARE(after.channels.size(), std::size_t(16));
