@@ -24,9 +24,9 @@ UpdateDialog::UpdateDialog(QWidget *parent)
       m_first(new QLabel(this)),
       m_second(new QLabel(this)),
       m_link(new QLabel(this)),
-      m_buttons(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this)),
-      m_ok(m_buttons->button(QDialogButtonBox::Ok)),
-      m_cancel(m_buttons->button(QDialogButtonBox::Cancel))
+      m_buttons(new QDialogButtonBox(this)), // its standard buttons would bring icons
+      m_ok(m_buttons->addButton(::tr("OK"), QDialogButtonBox::AcceptRole)),
+      m_cancel(m_buttons->addButton(::tr("Cancel"), QDialogButtonBox::RejectRole))
 {
     setWindowTitle(::tr("Check for updates"));
     buildLook();
@@ -47,14 +47,15 @@ void UpdateDialog::buildLook()
         label->setTextInteractionFlags(Qt::NoTextInteraction);
     }
     m_link->setTextFormat(Qt::RichText);
+    m_link->setStyleSheet(QStringLiteral("QLabel{border:%1px solid transparent;}QLabel:focus{border-color:%2;}")
+                              .arg(dp(1))
+                              .arg(gGreys[0].name()));
     m_link->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
     for (QLabel *label : {m_first, m_second, m_link}) {
         label->ensurePolished();
         label->setMinimumSize(dp(340), label->fontMetrics().height() + dp(2)); // the same height in all states
         column->addWidget(label);
     }
-    m_ok->setText(::tr("OK"));
-    m_cancel->setText(::tr("Cancel"));
     column->addSpacing(dp(4));
     column->addWidget(m_buttons);
     column->setSizeConstraint(QLayout::SetFixedSize); // as large as its texts need, in any language

@@ -1,5 +1,7 @@
+#include "controls/Look.h"
 #include "update/UpdateDesk.h"
 
+#include <QProxyStyle>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
@@ -7,6 +9,16 @@ namespace {
 
 const QUrl download(QStringLiteral("https://example.org/d?a=1&b=2"));
 const QUrl update(QStringLiteral("https://example.org/u"));
+
+/// As desktops have it that draw icons beside the texts of standard buttons, and partly over them.
+class IconStyle : public QProxyStyle {
+public:
+    int styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                  QStyleHintReturn *result) const override
+    {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 1 : QProxyStyle::styleHint(hint, option, widget, result);
+    }
+};
 
 } // namespace
 
@@ -27,6 +39,8 @@ private slots:
     void theUpdaterStandsBesideTheProgram();
     void nothingIsStartedInAStateWithoutAnUpdate();
     void theDialogIsAnsweredByKeysAlone();
+    void theLinkShowsThatItHasTheFocus();
+    void theButtonsAreLikeThoseOfAllDialogs();
     void theDialogKeepsItsSizeFromWaitingToItsEnd();
 
 private:
@@ -205,6 +219,32 @@ void TstUpdateDialog::theDialogIsAnsweredByKeysAlone()
     m_dialog->show();
     QTest::keyClick(m_dialog.get(), Qt::Key_Return);
     QCOMPARE(m_started.size(), 5);
+}
+
+void TstUpdateDialog::theLinkShowsThatItHasTheFocus()
+{
+    m_dialog->showManual(QStringLiteral("4.0.1"), download);
+    m_dialog->show();
+    m_dialog->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));
+    QLabel *link = m_dialog->findChildren<QLabel *>().at(2);
+    const auto frame = [link] { return link->grab().toImage().pixelColor(link->width() / 2, 0); };
+    QVERIFY(!link->hasFocus());
+    QVERIFY(frame() != gGreys[0]);
+    QTest::keyClick(m_dialog.get(), Qt::Key_Tab);
+    QVERIFY(link->hasFocus());
+    QCOMPARE(frame(), gGreys[0]);
+}
+
+void TstUpdateDialog::theButtonsAreLikeThoseOfAllDialogs()
+{
+    const QString style = QApplication::style()->objectName();
+    QApplication::setStyle(new IconStyle);
+    const UpdateDialog dialog;
+    QApplication::setStyle(style);
+    for (const char *text : {"OK", "Cancel"}) {
+        QVERIFY(buttonOf(dialog, text)->icon().isNull());
+    }
 }
 
 void TstUpdateDialog::theDialogKeepsItsSizeFromWaitingToItsEnd()
