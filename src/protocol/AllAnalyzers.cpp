@@ -7,7 +7,6 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -46,6 +45,7 @@ AllAnalyzers::AllAnalyzers(QWidget *parent)
     column->setSizeConstraint(QLayout::SetFixedSize);
 
     connect(m_search, &QLineEdit::textChanged, this, &AllAnalyzers::slotSearchChanged);
+    connect(m_search, &SearchEdit::keyMoved, this, &AllAnalyzers::moveByKey);
     connect(m_list, &QListWidget::itemSelectionChanged, this, &AllAnalyzers::slotListWidgetClicked);
     connect(m_list, &QListWidget::currentItemChanged, this, [](QListWidgetItem *item) {
         if (item != nullptr) {
@@ -129,15 +129,10 @@ void AllAnalyzers::slotListWidgetDoubleClicked()
     accept();
 }
 
-void AllAnalyzers::keyPressEvent(QKeyEvent *event)
+void AllAnalyzers::moveByKey(int key)
 {
-    if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
-        // From the search, which keeps the focus; or from the list's end.
-        const int row = m_list->currentRow() + (event->key() == Qt::Key_Down ? 1 : -1);
-        m_list->setCurrentRow(qBound(0, row, m_list->count() - 1));
-    } else {
-        QDialog::keyPressEvent(event);
-    }
+    const int row = m_list->currentRow() + (key == Qt::Key_Down ? 1 : -1);
+    m_list->setCurrentRow(qBound(0, row, m_list->count() - 1));
 }
 
 void AllAnalyzers::finish(int /*result*/)

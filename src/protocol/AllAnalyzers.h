@@ -19,15 +19,13 @@ public:
     /// Shows the dialog until the user has chosen. @return the place of the chosen one in the list, -1 for none
     [[nodiscard]] int choose();
 
-protected:
-    void keyPressEvent(QKeyEvent *event) override;
-
 signals:
     /// The table of models is asked for.
     void supportWanted();
 
 private slots:
     void slotSearchChanged(const QString &text);
+    void moveByKey(int key);
     void slotListWidgetClicked();
     void slotListWidgetDoubleClicked();
     void finish(int result);

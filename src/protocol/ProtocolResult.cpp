@@ -66,6 +66,17 @@ void ProtocolResult::connectParts()
     connect(btnExpand, &QPushButton::clicked, this, &ProtocolResult::staChangedSlot);
     connect(btnSetting, &QPushButton::clicked, this, &ProtocolResult::openMenuDig);
     connect(search, &QLineEdit::textChanged, this, &ProtocolResult::searchStart);
+    connect(search, &SearchEdit::keyMoved, this, [this](int key) {
+        if (key == Qt::Key_Down) {
+            goToRows();
+        }
+    });
+    connect(search, &QLineEdit::returnPressed, this, [this] {
+        goToRows();
+        if (view->currentRow() >= 0) {
+            listViewClickedSlot(view->currentIndex());
+        }
+    });
     connect(view, &ResultView::listRowChanged, dataGen, &AnalyzerDataGen::slotRowNumChanged);
     connect(view, &ResultView::rowChosen, this, &ProtocolResult::listViewClickedSlot);
     connect(view, &ResultView::rowDoubleClicked, this, &ProtocolResult::openSettings);
@@ -247,6 +258,17 @@ void ProtocolResult::moveByKey(int key)
         dataGen->begFrameChanged(row);
     } else if (row >= top + page) {
         dataGen->begFrameChanged(row - page + 1);
+    }
+}
+
+void ProtocolResult::goToRows()
+{
+    if (rowsModel->rowCount() < 1) {
+        return; // nothing was found, or not yet
+    }
+    view->setFocus(Qt::OtherFocusReason);
+    if (view->currentRow() < 0) {
+        moveByKey(Qt::Key_Down);
     }
 }
 

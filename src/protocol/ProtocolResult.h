@@ -63,6 +63,8 @@ private slots:
     void slotWorkerEnded();
     void openSettings();
     void moveByKey(int key);
+    /// From the search to the rows, and marks one if none is.
+    void goToRows();
     void copyRows(bool allRows);
     void bringNewFrames();
 

@@ -24,6 +24,11 @@ QString searchStyle(const SearchEdit::Colors &colors)
         .arg(gGreys[0].name(), gGreys[1].name());
 }
 
+bool isMove(const QKeyEvent &event)
+{
+    return event.key() == Qt::Key_Up || event.key() == Qt::Key_Down;
+}
+
 } // namespace
 
 SearchEdit::SearchEdit(const Colors &colors, QWidget *parent)
@@ -60,6 +65,15 @@ void SearchEdit::placeLabels()
     setTextMargins(dp(glassSide) + dp(glassGap), 0, countWidth, 0);
 }
 
+bool SearchEdit::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && isMove(static_cast<const QKeyEvent &>(*event))) {
+        event->accept();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
 void SearchEdit::resizeEvent(QResizeEvent *event)
 {
     QLineEdit::resizeEvent(event);
@@ -70,7 +84,9 @@ void SearchEdit::keyPressEvent(QKeyEvent *event)
 {
     if (event->key() == Qt::Key_Escape && !text().isEmpty()) {
         clear(); // the first Escape is for the search, the next for the window
-        return;
+    } else if (isMove(*event)) {
+        emit keyMoved(event->key());
+    } else {
+        QLineEdit::keyPressEvent(event);
     }
-    QLineEdit::keyPressEvent(event);
 }

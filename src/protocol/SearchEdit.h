@@ -7,7 +7,8 @@ class QLabel;
 
 /// The line in which something is searched for: a small glass at its left end, and a count at its right one.
 ///
-/// Its text is what is searched for; who owns it listens to textChanged(). Main thread.
+/// Its text is what is searched for; who owns it listens to textChanged(), and to keyMoved() to go through what was
+/// found. Main thread.
 class SearchEdit : public QLineEdit {
     Q_OBJECT
 public:
@@ -23,7 +24,12 @@ public:
     void setCount(qlonglong count);
     [[nodiscard]] QString countText() const;
 
+signals:
+    /// Qt::Key_Up or Qt::Key_Down, which would otherwise be shortcuts of the window.
+    void keyMoved(int key);
+
 protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 

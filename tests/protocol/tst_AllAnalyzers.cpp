@@ -218,7 +218,7 @@ void TstAllAnalyzers::upAndDownInAnEmptyListChooseNothing()
 {
     AllAnalyzers dialog;
     const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
-        QTest::keyClick(&open, Qt::Key_Down);
+        QTest::keyClick(open.findChild<SearchEdit *>(), Qt::Key_Down);
         QTest::keyClick(&open, Qt::Key_Escape);
     });
     QCOMPARE(dialog.choose(), -1);

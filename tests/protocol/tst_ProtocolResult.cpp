@@ -56,6 +56,8 @@ private slots:
     void aListThatFitsLeavesTheWheelToThePanel();
     void keysMoveThroughTheWholeList();
     void enterBringsTheMarkedFrameIntoView();
+    void downLeadsFromTheSearchToTheRows();
+    void enterInTheSearchShowsTheFirstThatWasFound();
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
@@ -269,6 +271,51 @@ void TstProtocolResult::enterBringsTheMarkedFrameIntoView()
     desk.press(Qt::Key_Return);
     const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
     QVERIFY(qAbs(middle - 99900.0) < 100.0);
+}
+
+void TstProtocolResult::downLeadsFromTheSearchToTheRows()
+{
+    ResultDesk desk;
+    QVERIFY(QTest::qWaitForWindowActive(desk.section.get()));
+    QWidget *search = desk.section->search;
+    search->setFocus();
+    QTest::keyClick(search, Qt::Key_Down); // there are none
+    QVERIFY(search->hasFocus());
+    QVERIFY(desk.add(0));
+    QTest::keyClicks(search, text("77"));
+    QTRY_COMPARE(desk.section->search->countText(), text("19"));
+    QTRY_COMPARE(desk.firstRow(), text("edge 7700"));
+    QTest::keyClick(search, Qt::Key_Up);
+    QVERIFY(search->hasFocus());
+    const double before = desk.wave.viewStart();
+    QTest::keyClick(search, Qt::Key_Down);
+    QVERIFY(desk.section->view->hasFocus());
+    QCOMPARE(desk.section->view->currentRow(), 0);
+    QCOMPARE(desk.wave.viewStart(), before);
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.section->view->currentRow(), 1);
+    search->setFocus();
+    QTest::keyClick(search, Qt::Key_Down); // back to the row that was left
+    QCOMPARE(desk.section->view->currentRow(), 1);
+}
+
+void TstProtocolResult::enterInTheSearchShowsTheFirstThatWasFound()
+{
+    ResultDesk desk;
+    QVERIFY(QTest::qWaitForWindowActive(desk.section.get()));
+    QVERIFY(desk.add(0));
+    QWidget *search = desk.section->search;
+    search->setFocus();
+    QTest::keyClicks(search, text("nowhere"));
+    QTRY_VERIFY(desk.rows().isEmpty());
+    QTest::keyClick(search, Qt::Key_Return);
+    QVERIFY(search->hasFocus());
+    desk.section->search->setText(text("edge 77"));
+    QTRY_COMPARE(desk.firstRow(), text("edge 7700"));
+    QTest::keyClick(search, Qt::Key_Return);
+    QVERIFY(desk.section->view->hasFocus());
+    const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
+    QVERIFY(qAbs(middle - 7700.0) < 100.0);
 }
 
 void TstProtocolResult::aFrameTellsThatTheListHasTheFocus()

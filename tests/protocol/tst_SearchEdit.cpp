@@ -3,6 +3,7 @@
 #include "support/GuiTestMain.h"
 
 #include <QLabel>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -14,6 +15,7 @@ private slots:
     void aCountIsShownAtTheRightEndAndTheTextKeepsClearOfIt();
     void noCountIsShownForNothing();
     void escapeEmptiesTheLineAndOnlyAnEmptyOneLetsItThrough();
+    void upAndDownGoThroughWhatWasFoundAndAreNoShortcutsOfTheWindow();
     void theTextBeginsRightOfTheGlass();
 };
 
@@ -67,6 +69,27 @@ void TstSearchEdit::escapeEmptiesTheLineAndOnlyAnEmptyOneLetsItThrough()
     QKeyEvent second(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QCoreApplication::sendEvent(&line, &second);
     QVERIFY(!second.isAccepted());
+}
+
+void TstSearchEdit::upAndDownGoThroughWhatWasFoundAndAreNoShortcutsOfTheWindow()
+{
+    QWidget window;
+    SearchEdit line({}, &window);
+    const QShortcut up(Qt::Key_Up, &window);
+    const QShortcut down(Qt::Key_Down, &window);
+    const QSignalSpy zoomedIn(&up, &QShortcut::activated);
+    const QSignalSpy zoomedOut(&down, &QShortcut::activated);
+    const QSignalSpy moved(&line, &SearchEdit::keyMoved);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    line.setFocus();
+    QTest::keyClick(&line, Qt::Key_Down);
+    QTest::keyClick(&line, Qt::Key_Up);
+    QCOMPARE(zoomedIn.size() + zoomedOut.size(), 0);
+    QCOMPARE(moved.size(), 2);
+    QCOMPARE(moved.at(0).at(0).toInt(), int(Qt::Key_Down));
+    QCOMPARE(moved.at(1).at(0).toInt(), int(Qt::Key_Up));
 }
 
 void TstSearchEdit::theTextBeginsRightOfTheGlass()
