@@ -40,7 +40,8 @@ int neededWidth(const QWidget *widget)
 {
     if (const auto *label = qobject_cast<const QLabel *>(widget)) {
         if (label->textFormat() == Qt::RichText) {
-            return label->sizeHint().width(); // the text holds marks of its own
+            // The text holds marks of its own; a frame is part of the hint.
+            return label->sizeHint().width() - (label->width() - label->contentsRect().width());
         }
         return label->wordWrap() ? 0 : label->fontMetrics().size(0, label->text()).width();
     }
