@@ -3,6 +3,7 @@
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
 
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -107,6 +108,16 @@ bool ResultView::event(QEvent *event)
         fitRows(); // not in resizeEvent(), which is the viewport's: that one could not follow from there
     }
     return isTaken;
+}
+
+bool ResultView::viewportEvent(QEvent *event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        // The pointer has come to rest: to the base, whose rows have no tips of their own, that is the end of any tip.
+        showTip(static_cast<const QHelpEvent &>(*event).pos());
+        return true;
+    }
+    return QListView::viewportEvent(event);
 }
 
 void ResultView::paintEvent(QPaintEvent *event)

@@ -36,6 +36,7 @@ signals:
 
 protected:
     bool event(QEvent *event) override;
+    bool viewportEvent(QEvent *event) override;
     /// Framed while it has the keyboard's focus, as the line above it is.
     void paintEvent(QPaintEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;

@@ -66,6 +66,7 @@ private slots:
     void aFoldedSectionHidesAllButItsTitle();
     void aClearedSectionIsEmptyUntilTheNextReset();
     void aRowTooLongForItsPlaceHasATip();
+    void theTipOfARowStaysWhileThePointerRests();
     void theViewIsAWholeNumberOfRowsHigh();
     void theRowsEndWithTheView();
     void theListLooksAsTold_data();
@@ -457,6 +458,26 @@ void TstProtocolResult::aRowTooLongForItsPlaceHasATip()
     moveTo(2);
     QTRY_VERIFY(QToolTip::isVisible());
     QCOMPARE(QToolTip::text(), text("edge 300"));
+    QToolTip::hideText();
+}
+
+void TstProtocolResult::theTipOfARowStaysWhileThePointerRests()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    desk.section->setFixedWidth(40);
+    QTRY_VERIFY(desk.section->view->viewport()->width() < 40);
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+    QWidget *target = desk.section->view->viewport();
+    const QPoint place = desk.placeOf(2);
+    for (int i = 0; i < 2; ++i) {
+        QHelpEvent rest(QEvent::ToolTip, place, target->mapToGlobal(place));
+        QApplication::sendEvent(target, &rest);
+        QVERIFY(QToolTip::isVisible());
+        QCOMPARE(QToolTip::text(), text("edge 300"));
+    }
     QToolTip::hideText();
 }
 
