@@ -415,12 +415,16 @@ void TstMainWindowFiles::theStartTimerLeavesACaptureThatWasStartedBeforeItAlone(
     gDev->setSmpDepthIndex(14); // until it is stopped
     m_window = std::make_unique<MainWindow>(*m_session);
     BoxCloser closer;
+    int states = 0;
+    const QObject listener; // goes before the count
+    connect(gDev, &DevBase::sigSmpSta, &listener, [&states] { ++states; });
     gDev->startCapture();
     for (int id = 1; id < 1000; ++id) {
         QTimerEvent timeout(id);
         QApplication::sendEvent(m_window.get(), &timeout);
     }
     QVERIFY(gDev->isCapturing());
+    QTRY_VERIFY(states >= 2); // stopped before its first samples it would leave none
     gDev->stopCapture();
     QTRY_VERIFY(gDev->smpData->sampleCount() > 0);
     QCOMPARE(closer.seen.count, 0);
