@@ -87,7 +87,7 @@ void EmulatedBus::cancelAll(const std::function<bool(const Transfer &)> &isOne, 
 /// Ends what is late.
 void EmulatedBus::afterPump()
 {
-    const Clock::time_point now = Clock::now();
+    const Clock::time_point now = time();
     cancelAll([now](const Transfer &transfer) { return now >= transfer.deadline; }, UsbError::TimedOut);
 }
 

@@ -62,9 +62,12 @@ bool InstrumentBus::isPresent(int port, unsigned generation) const
 
 void InstrumentBus::passTime()
 {
+    constexpr Clock::duration moment = 100ms;
     const Clock::time_point now = Clock::now();
-    const double elapsed = std::chrono::duration<double, std::nano>(now - m_lastTick).count() * m_timeScale;
+    const Clock::duration step = std::min(now - m_lastTick, moment);
     m_lastTick = now;
+    m_time += step;
+    const double elapsed = std::chrono::duration<double, std::nano>(step).count() * m_timeScale;
     for (const auto &port : m_ports) {
         port->instrument->tick(std::uint64_t(std::max(elapsed, 0.0)));
     }

@@ -47,7 +47,7 @@ public:
 
 protected:
     /// @param timeScale  the instruments' time passes so many times faster than the real one
-    explicit InstrumentBus(double timeScale) : m_timeScale(timeScale), m_lastTick(Clock::now()) {}
+    explicit InstrumentBus(double timeScale) : m_timeScale(timeScale), m_lastTick(Clock::now()), m_time(m_lastTick) {}
     /// Starts and stops the thread: the last thing that a constructor does, and the first of a destructor.
     void start();
     void stop();
@@ -103,8 +103,11 @@ public:
 protected:
     // All under the lock.
     [[nodiscard]] bool isPresent(int port, unsigned generation) const;
-    /// Lets the real time that has passed pass for the instruments.
+    /// Lets the real time that has passed pass for the instruments, and for who waits for them: not more than a moment
+    /// of it, so that they stand still when the machine does.
     void passTime();
+    /// The time that has passed here: what limits of time are measured by.
+    [[nodiscard]] Clock::time_point time() const { return m_time; }
     /// Moves data. @return true when there is more to do at once
     bool pumpOnce();
     /// Takes what is present for told.
@@ -123,6 +126,7 @@ private:
     std::condition_variable m_wake; ///< for the pump: there is something to do
     const double m_timeScale;
     Clock::time_point m_lastTick;
+    Clock::time_point m_time;
     std::atomic<int> m_announcements{1};
     bool m_stop = false;
     std::thread m_pump;

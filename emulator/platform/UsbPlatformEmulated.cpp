@@ -232,7 +232,7 @@ EmulatedBus::Clock::time_point UsbPlatformEmulated::deadline(const Interface &if
     const auto found = iface.timeouts.find(pipe);
     return found == iface.timeouts.end() || found->second == 0
                ? EmulatedBus::Clock::time_point::max()
-               : EmulatedBus::Clock::now() + std::chrono::milliseconds(found->second);
+               : m_bus.time() + std::chrono::milliseconds(found->second);
 }
 
 UsbResult UsbPlatformEmulated::transfer(UsbInterface iface, Urb urb, std::uint8_t timeoutPipe, std::uint32_t &moved)
@@ -326,7 +326,12 @@ bool UsbPlatformEmulated::waitRead(UsbReadSlot &slot, int ms)
     if (transfer == nullptr) {
         return false;
     }
-    return m_bus.m_transferEnded.wait_for(lock, std::chrono::milliseconds(ms), [&] { return transfer->ended; });
+    constexpr std::chrono::milliseconds again(5); // the bus's time does not wake anybody
+    const auto hasEnded = [&transfer] { return transfer->ended; };
+    for (const auto until = m_bus.time() + std::chrono::milliseconds(ms); !hasEnded() && m_bus.time() < until;) {
+        m_bus.m_transferEnded.wait_for(lock, again, hasEnded);
+    }
+    return hasEnded();
 }
 
 UsbResult UsbPlatformEmulated::readResult(UsbInterface /*iface*/, UsbReadSlot &slot, std::uint32_t &moved)
