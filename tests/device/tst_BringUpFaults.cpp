@@ -137,6 +137,7 @@ void TstBringUpFaults::aPlugPulledAtAnyTransferIsToldAndTheNextAttachWorks()
         desk.bus->with([&](emulator::Instrument &i) { i.faults().atTransfer(k, {FaultAction::Unplug}); });
         desk.bus->plug();
         QTRY_VERIFY(desk.hasEnded() && !desk.init->isWorking() && !desk.transport->isOpen());
+        QCoreApplication::processEvents(); // all that the threads have told: an error may follow the first
         const Outcome expected = outcomeOfFailure(m_transfers, k);
         if (expected.error == Report{0, 0}) {
             // It was connected, and is told to have gone, or its removal was known just before.
@@ -169,7 +170,7 @@ void TstBringUpFaults::aPlugPulledAtAnyTransferAndPutBackAtOnceComesUp()
             QCoreApplication::processEvents();
         }
         desk.bus->plug();
-        QVERIFY2(QTest::qWaitFor([&] { return gDev->connected && !desk.init->isWorking(); }),
+        QVERIFY2(QTest::qWaitFor([&] { return gDev->connected && !desk.init->isWorking(); }, BringUpDesk::longWait),
                  qPrintable(QStringLiteral("transfer %1").arg(k)));
         // The stage that was cut short may have told so; nothing of it comes behind the new beginning.
         const int begun = std::max(desk.reports.lastIndexOf({0, 0, 0}), 0);
