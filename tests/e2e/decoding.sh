@@ -84,7 +84,7 @@ wait_frames() {
         printf 'RX: Data 0x%02X\n' "$code"
     done)
     wait_for 60 "the decoded characters" first_rows_are "$expected"
-    control_is_shown label "${#text}" || fail "the list does not have ${#text} characters"
+    wait_for 60 "the number of characters, ${#text}" control_is_shown label "${#text}"
 }
 
 # sample_at_middle: that of the wave view, which the bar tells for the pointer.
@@ -156,7 +156,7 @@ expect_back() {
     start_program "$folder" "$program"
     window=$(wait_window 60 'CorvanLUX$')
     wait_control 'push button' 'Settings of UART/RS232/485'
-    control_is_shown label 'RX 0   TX 1' || fail "the analyzer has lost its channels"
+    wait_for 30 "the channels of the analyzer" control_is_shown label 'RX 0   TX 1'
     picture "$window" "$shot"
     close_program "$window"
 }
