@@ -4,6 +4,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
 class TstSmpHost : public QObject {

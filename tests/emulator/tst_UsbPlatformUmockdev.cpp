@@ -51,10 +51,10 @@ void TstClaimUmockdev::aClaimThatASlowSystemRefusesIsMadeAgain()
     };
     QTRY_VERIFY(isThere());
     UsbFile file = UsbFile::None;
-    UsbInterface interface = UsbInterface::None;
+    UsbInterface opened = UsbInterface::None;
     QVERIFY(platform->openFile(path.data(), file).ok());
-    QVERIFY(platform->initInterface(file, interface).ok());
-    platform->freeInterface(interface);
+    QVERIFY(platform->initInterface(file, opened).ok());
+    platform->freeInterface(opened);
     platform->closeFile(file);
 }
 
