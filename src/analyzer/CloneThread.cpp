@@ -1,10 +1,18 @@
 #include "analyzer/CloneThread.h"
 
 #include "analyzer/LeftBehind.h"
+#include "analyzer/WatchedTime.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <utility>
+
+namespace {
+
+constexpr std::chrono::milliseconds jobStep{100}; ///< at a job under way
+
+} // namespace
 
 struct CloneThread::Desk {
     std::mutex mutex; ///< guards all of it
@@ -61,7 +69,12 @@ bool CloneThread::run(std::function<void()> job, std::function<void()> clearUp)
     m_desk->job = std::move(job);
     m_desk->hasJob = true;
     m_desk->changed.notify_all();
-    m_isLost = !m_desk->changed.wait_for(lock, m_patience, [this] { return !m_desk->hasJob; });
+    WatchedTime waited(jobStep);
+    while (m_desk->hasJob && waited.look() < m_patience) {
+        const auto most = std::min(jobStep, m_patience - waited.passed());
+        m_desk->changed.wait_for(lock, most, [this] { return !m_desk->hasJob; });
+    }
+    m_isLost = m_desk->hasJob;
     if (m_isLost) {
         m_desk->clearUp = std::move(clearUp);
     }

@@ -5,7 +5,8 @@
 #include <memory>
 #include <thread>
 
-/// A thread for code of a plug-in that may never return: who waits for it waits no longer than the patience.
+/// A thread for code of a plug-in that may never return: who waits for it waits no longer than the patience, in which a
+/// machine that stands still hardly counts.
 ///
 /// Any thread may own it; its jobs all run on the same one. Knows nothing of decoders.
 class CloneThread {

@@ -12,9 +12,9 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds grace{2000};       ///< to leave by itself
-constexpr std::chrono::milliseconds afterForce{500};   ///< to be gone when ended by force
-constexpr std::chrono::milliseconds betweenLooks{200}; ///< at most, of those
+constexpr std::chrono::milliseconds grace{2000};     ///< to leave by itself
+constexpr std::chrono::milliseconds afterForce{500}; ///< to be gone when ended by force
+constexpr std::chrono::milliseconds graceStep{200};  ///< of those, at most, between two looks
 
 // Windows ends a thread wherever it is, also within the allocator, whose lock would then be taken for ever.
 #ifdef Q_OS_WIN
@@ -26,7 +26,7 @@ constexpr bool endsByForce = true;
 } // namespace
 
 LingeringWorker::LingeringWorker(QString decoder, AnalyzerItem taken)
-    : name(std::move(decoder)), item(std::move(taken)), m_time(betweenLooks)
+    : name(std::move(decoder)), item(std::move(taken)), m_time(graceStep)
 {}
 
 LingeringWorker::~LingeringWorker()

@@ -1,6 +1,11 @@
 #include "AnalyzerDesk.h"
 #include "analyzer/CloneThread.h"
 
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <chrono>
 #include <future>
 #include <memory>
 #include <thread>
@@ -22,6 +27,7 @@ private slots:
     void aCloneThatThrowsDrivesNothingAndIsTold();
     void aCloneThatNeverReturnsIsLeftBehindAndTold();
     void aJobThatReturnsTooLateIsClearedUpOnItsThread();
+    void aMachineThatStandsStillLosesNoJob();
     void anAnalyzerWithoutAChannelDrivesNothing();
     void aRunThatHasBegunKeepsItsClones();
     void aCloneIsThePluginsToDestroyAndAnAnalyzerIsNot();
@@ -134,6 +140,36 @@ void TstAnalyzerSimulation::aJobThatReturnsTooLateIsClearedUpOnItsThread()
     mayReturn.set_value();
     QVERIFY(hasReturned.get_future().get() == isCleared.get_future().get());
     QTRY_COMPARE(held.use_count(), 1L);
+}
+
+void TstAnalyzerSimulation::aMachineThatStandsStillLosesNoJob()
+{
+#ifdef Q_OS_UNIX
+    using Clock = std::chrono::steady_clock;
+    const QTemporaryDir folder;
+    const QString isIn = folder.filePath(QStringLiteral("isIn"));
+    QProcess stops;
+    stops.start(QStringLiteral("sh"), {QStringLiteral("-c"),
+                                       QStringLiteral("echo; until [ -e \"$0\" ]; do sleep 0.05; done\n"
+                                                      "kill -STOP $1; sleep 4; kill -CONT $1"),
+                                       isIn, QString::number(QCoreApplication::applicationPid())});
+    QVERIFY(stops.waitForReadyRead());
+    CloneThread thread(std::chrono::seconds(3));
+    const bool isInTime = thread.run([isIn] {
+        QFile file(isIn);
+        (void)file.open(QIODevice::WriteOnly);
+        Clock::time_point last = Clock::now();
+        for (Clock::time_point now = last; now - last < std::chrono::seconds(2); now = Clock::now()) {
+            last = now;
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100)); // who waits for it comes first
+    });
+    QVERIFY(isInTime);
+    QVERIFY(stops.waitForFinished());
+#else
+    QSKIP("needs a signal");
+#endif
 }
 
 void TstAnalyzerSimulation::anAnalyzerWithoutAChannelDrivesNothing()
