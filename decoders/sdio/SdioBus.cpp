@@ -153,14 +153,14 @@ bool SdioCommandLine::isBehindPause() const
 }
 
 /// A token with the right check and end, or R3, which has none; behind it the line is high. The check of a line that
-/// does not change may be right as well.
+/// does not change may be right as well, and one of ones may be the line at rest behind a token.
 bool SdioCommandLine::isSound(const SdioToken &token) const
 {
     constexpr std::uint8_t ones = 0x7f;
     const bool isPlain = !token.fromHost && !token.isLong && token.index == ones >> 1 && token.crc == ones;
     const bool isStill = token.argument == UINT32_MAX || (token.crc | token.index | token.argument) == 0;
     ChannelReader clk = m_clk;
-    return !isStill && token.isWhole() && token.endRight && (token.crcRight || isPlain) &&
+    return !isStill && token.isWhole() && token.endRight && ((token.crcRight && token.crc != ones) || isPlain) &&
            (!goToRise(clk) || m_cmd.peekLevel(clk.position()));
 }
 

@@ -172,6 +172,7 @@ private slots:
     void aCaptureMayBeginWithAResponse();
     void aTokenThatTheCapturesBeginCutsIsNotShown_data();
     void aTokenThatTheCapturesBeginCutsIsNotShown();
+    void theRestBehindACutTokenIsNoCheck();
     void aTokenBehindAPauseIsShownAsItIs();
     void aLineThatIsHeldLowSaysNothing();
     void blocksHaveTheLengthThatCommandsTell_data();
@@ -301,6 +302,18 @@ void TstSdio::aTokenThatTheCapturesBeginCutsIsNotShown()
     wire.bits(bits).idle(2).response(13).command(0, 0);
     const Texts expected{"response idx=13 arg=2304 crc=31 ok=1 end=1", "command idx=0 arg=0 crc=74 ok=1 end=1"};
     QCOMPARE(Decoded(wire, commandLines).summaries(), expected);
+}
+
+/// Of few ones: its end and the line at rest behind it may have a right check.
+void TstSdio::theRestBehindACutTokenIsNoCheck()
+{
+    for (unsigned missing = 1; missing < 40; ++missing) {
+        std::vector<bool> bits = bitsOf(0x4300000000 << 8 | remainder(bitsOf(0x4300000000, 40), 7, 0x09) << 1 | 1U, 48);
+        bits.erase(bits.begin(), bits.begin() + missing);
+        Wire wire;
+        wire.bits(bits).idle(60).command(13, 0x12345678).idle();
+        QCOMPARE(Decoded(wire, commandLines).summaries().front().substr(0, 14), std::string("command idx=13"));
+    }
 }
 
 void TstSdio::aTokenBehindAPauseIsShownAsItIs()
