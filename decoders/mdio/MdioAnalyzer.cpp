@@ -7,7 +7,8 @@ LUX_PLUGIN(MdioAnalyzer)
 
 namespace {
 
-constexpr unsigned preambleBits = 32; ///< IEEE 802.3-2018, 22.2.4.5.2
+constexpr unsigned preambleBits = 32;              ///< IEEE 802.3-2018, 22.2.4.5.2
+constexpr unsigned bitsAtBegin = preambleBits / 2; ///< a capture may begin within a preamble
 
 /// The operations as they are sent (22.2.4.5.4, 45.3.4).
 enum Code : std::uint32_t {
@@ -50,7 +51,7 @@ void MdioAnalyzer::decode()
     ChannelReader clock = reader(m_settings.clock);
     ChannelReader data = reader(m_settings.data);
     unsigned ones = 0;
-    bool isInStep = false; // behind a frame, with nothing but ones since
+    unsigned needed = bitsAtBegin; // ones before a frame; behind another one is enough
     for (;;) {
         const Sample rise = clock.nextRise();
         if (data.levelAt(rise - 1)) {
@@ -58,20 +59,21 @@ void MdioAnalyzer::decode()
             continue;
         }
         const bool isPreambleWhole = ones == preambleBits;
-        if (isPreambleWhole || (isInStep && ones > 0)) {
+        if (ones >= needed) {
             const ChannelReader clockThere = clock;
             const ChannelReader dataThere = data;
             Frame frame{.rises = {rise}};
             if (!readFrame(clock, data, frame)) {
                 return;
             }
-            isInStep = addFrame(frame, isPreambleWhole);
-            if (!isInStep) {
-                clock = clockThere; // no frame: what follows may be the next preamble
+            const bool isFrame = addFrame(frame, isPreambleWhole);
+            if (!isFrame) {
+                clock = clockThere; // what follows may be the next preamble
                 data = dataThere;
             }
+            needed = isFrame ? 1 : preambleBits;
         } else {
-            isInStep = false;
+            needed = preambleBits;
         }
         ones = 0;
     }

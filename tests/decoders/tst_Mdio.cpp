@@ -91,6 +91,7 @@ private slots:
     void bothClausesHaveTheirOperations();
     void aBitIsWhatStandsBeforeTheRise();
     void thePreambleHasAtLeast32Ones();
+    void aCaptureMayBeginWithinAPreamble();
     void aFrameBehindAnotherNeedsNoPreamble();
     void aReadThatNobodyAnswersIsTold();
     void aWrongTurnaroundIsTold();
@@ -149,6 +150,18 @@ void TstMdio::thePreambleHasAtLeast32Ones()
         Wire wire;
         wire.bits(0, 1).preamble(ones > 64 ? 64 : ones).preamble(ones > 64 ? 36 : 0).frame(1, 1, 3, 4, good, 7);
         QCOMPARE(Decoded(wire).summaries().size(), std::size_t(ones < 32 ? 0 : 1));
+    }
+}
+
+void TstMdio::aCaptureMayBeginWithinAPreamble()
+{
+    for (const unsigned ones : {15, 16, 31}) {
+        for (const unsigned turnaround : {2U, 3U}) {
+            Wire wire;
+            wire.preamble(ones).frame(1, 1, 3, 4, turnaround, 7).preamble().frame(1, 1, 3, 5, good, 8);
+            const std::size_t found = Decoded(wire).frames().size();
+            QCOMPARE(found, std::size_t(ones >= 16 && turnaround == good ? 2 : 1));
+        }
     }
 }
 
