@@ -141,18 +141,14 @@ void SwdAnalyzer::readOnes(SwdBits &bits)
     std::int64_t count = 0;
     Sample first = 0;
     Sample last = 0;
-    while (bits.left() > 0 && bits.peek()) {
-        if (m_isLost && !m_isAway && count > 0 && isSoundRequest(bits, last)) {
-            m_onesBefore = 0;
-            return;
-        }
+    m_zeros = 0;
+    m_onesBefore = 0;
+    m_isLost = true;
+    while (bits.left() > 0 && bits.peek() && (count == 0 || m_isAway || !isSoundRequest(bits, last))) {
         last = bits.next().at;
         first = count == 0 ? last : first;
         ++count;
     }
-    m_zeros = 0;
-    m_onesBefore = 0;
-    m_isLost = true;
     if (before + count >= onesOfReset) {
         results().add({.firstSample = first, .lastSample = last, .kind = SwdResults::Reset});
         m_isLost = false;
@@ -184,7 +180,9 @@ bool SwdAnalyzer::isSoundRequest(SwdBits &bits, Sample last)
     }
     const bool isBehindPause = request.first - last > clocksOfRest * (bits.peekAt(1) - request.first);
     m_zeros = isBehindPause ? idleBitsOfRefused : 0;
-    return isSound(bits, request);
+    const bool isFound = isSound(bits, request);
+    m_zeros = isFound ? m_zeros : 0;
+    return isFound;
 }
 
 /// B4.2.2 to B4.2.6: after the turn-around the answer, after OK the data.

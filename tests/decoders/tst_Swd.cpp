@@ -133,6 +133,7 @@ private slots:
     void cutEndsShowNothingFalse();
     void aCaptureMayBeginAnywhere();
     void transfersWithoutRestAreFoundFromWithinOne();
+    void transfersBehindOnesAloneAreFound();
     void aRequestBehindARestWithoutClocksIsFound();
     void positionsAreWiderThan32Bits();
     void textsGoFromShortToLong();
@@ -463,6 +464,18 @@ void TstSwd::transfersWithoutRestAreFoundFromWithinOne()
         const Texts got = Desk(wires, lines, 1000000, -1, from).summaries();
         QVERIFY2(got == Texts(whole.begin() + within + 1, whole.end()), std::to_string(from).c_str());
     }
+}
+
+/// A host that leaves out the idle clocks: behind a line reset, and where the line floats high.
+void TstSwd::transfersBehindOnesAloneAreFound()
+{
+    Wires wires;
+    wires.idle().ones(60).read(Dp, 0, 0x2ba01477).write(Dp, 8, 0xf0).ones(9);
+    wires.read(Dp, 4, 0xf0000040).read(Ap, 0, 1).idle();
+    const Texts expected{"reset", transfer(Dp, true, 0, "OK", value(0x2ba01477)),
+                         transfer(Dp, false, 8, "OK", value(0xf0)), transfer(Dp, true, 4, "OK", value(0xf0000040)),
+                         transfer(Ap, true, 0, "OK", value(1))};
+    QCOMPARE(Desk(wires, lines).summaries(), expected);
 }
 
 /// The host leaves the line high and stops the clock; without a rest nothing parts the request from the ones before.
