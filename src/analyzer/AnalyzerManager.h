@@ -22,10 +22,10 @@ class SmpData;
 ///
 /// Main thread throughout, and without any widget: the window, the tests and the command line drive it alike. Nothing
 /// here waits longer than 50 ms for a decoder: a worker that does not leave is taken out of its item, which waits for
-/// it meanwhile; it is given two seconds in all, then ended by force, and if not even that helps left behind with what
-/// it can reach. A reader that does not come out of a decoder's texts or export is left behind in the same way.
-/// Whatever a plug-in throws is told once by analyzerFailed(), and takes its analyzer out of use until it is restarted.
-/// A decode that throws has failed, and is tried again on the next capture.
+/// it meanwhile; it is given two seconds in all, and then left behind with what it can reach. A reader that does not
+/// come out of a decoder's texts or export is left behind in the same way. Whatever a plug-in throws is told once by
+/// analyzerFailed(), and takes its analyzer out of use until it is restarted. A decode that throws has failed, and is
+/// tried again on the next capture.
 ///
 /// Results may be read by holders of a ResultsPass of gate(), and on the main thread.
 class AnalyzerManager : public QObject, public AnalyzerList, private ResultsKeeper {

@@ -77,7 +77,6 @@ void AnalyzerProgMng::StartWorker()
 
 void AnalyzerProgMng::run()
 {
-    setTerminationEnabled(true);
     analyzer->DecodeToEnd();
     m_left.store(true, std::memory_order_release);
 }

@@ -12,16 +12,8 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds grace{2000};     ///< to leave by itself
-constexpr std::chrono::milliseconds afterForce{500}; ///< to be gone when ended by force
-constexpr std::chrono::milliseconds graceStep{200};  ///< of those, at most, between two looks
-
-// Windows ends a thread wherever it is, also within the allocator, whose lock would then be taken for ever.
-#ifdef Q_OS_WIN
-constexpr bool endsByForce = false;
-#else
-constexpr bool endsByForce = true;
-#endif
+constexpr std::chrono::milliseconds grace{2000};    ///< to leave by itself
+constexpr std::chrono::milliseconds graceStep{200}; ///< of it, at most, between two looks
 
 } // namespace
 
@@ -45,10 +37,8 @@ bool LingeringWorker::hasLeft()
         return false;
     }
     m_gone = true;
-    if (m_terminated || item.isRead()) {
-        // Its stack was torn off: what the decoder holds may be in any state and is not touched again. Nor is what a
-        // reader has not come out of.
-        keepForEver();
+    if (item.isRead()) {
+        keepForEver(); // what a reader has not come out of
     } else {
         item.progMng.reset();
         (void)pluginFault([this] { item.analyzer.reset(); });
@@ -63,11 +53,7 @@ LingeringWorker::State LingeringWorker::look()
     if (hasLeft()) {
         return State::Ended;
     }
-    if (endsByForce && !m_terminated && isOverdue()) {
-        m_terminated = true;
-        item.progMng->terminate();
-    }
-    if (m_time.passed() < grace + afterForce) {
+    if (!isOverdue()) {
         return State::Waiting;
     }
     leaveBehind();

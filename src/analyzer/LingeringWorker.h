@@ -7,10 +7,10 @@
 
 /// A worker that did not leave when it was asked to, with all that it can reach. Main thread.
 ///
-/// It has two seconds to leave, as looks count them; then its thread is ended by force, where that is safe for the
-/// others, and if it is not gone within another half second it is left behind: thread, analyzer and results are then
-/// never freed. Its admission to the capture stays in `item` for the owner, who has the store give the capture up
-/// before that is replaced or goes.
+/// It has two seconds to leave, as looks count them; if it is not gone by then it is left behind: thread, analyzer and
+/// results are then never freed. Nothing is ended by force, which no code of a plug-in is made for: who catches
+/// everything, or is in what must not throw, would end the program with it. Its admission to the capture stays in
+/// `item` for the owner, who has the store give the capture up before that is replaced or goes.
 struct LingeringWorker {
     enum class State { Waiting, Ended, LeftBehind };
 
@@ -34,7 +34,6 @@ private:
     void keepForEver();
 
     WatchedTime m_time;
-    bool m_terminated = false;
     bool m_gone = false; ///< ended or left behind
 };
 

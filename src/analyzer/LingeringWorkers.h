@@ -25,7 +25,7 @@ public:
     /// @param decoder  its name, for the signals; empty for one that nobody is told of
     /// @return its number, above 0
     quint64 add(const QString &decoder, AnalyzerItem item);
-    /// Waits until all have ended or were left behind: some 2.5 s at most, without events.
+    /// Waits until all have ended or were left behind: some 2 s at most, without events.
     void endAll();
     /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them.
     void giveUp(SmpData &capture);

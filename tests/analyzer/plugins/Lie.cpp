@@ -4,6 +4,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <corvanlux/analyzer/Decoder.h>
 #include <corvanlux/analyzer/ExportWriter.h>
 #include <csignal>
@@ -269,11 +270,12 @@ private:
         }
         results().add({.firstSample = edge, .lastSample = edge});
     }
-    /// Meets the end of the data again and again.
+    /// Meets the end of the data again and again, and waits for the system in between.
     static void readForEver(lux::ChannelReader &line)
     {
         for (;;) {
             try {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
                 (void)line.nextEdge();
             } catch (...) {
             }
