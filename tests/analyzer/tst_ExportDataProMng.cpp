@@ -63,6 +63,18 @@ public:
     std::atomic<bool> held{true};
 };
 
+/// Lets an export go on as soon as a change of results waits for it; earlier it could come to its end before.
+/// @param gate  that of the export
+std::thread releaseWhenWanted(HeldResults &held, const ResultsGate &gate)
+{
+    return std::thread([&] {
+        while (!gate.isWanted()) {
+            std::this_thread::yield();
+        }
+        held.held = false;
+    });
+}
+
 } // namespace
 
 /// The thread that writes decoded results into a file.
@@ -188,7 +200,7 @@ void TstExportDataProMng::anExportEndsWhenItsResultsAreReplaced()
     held.row(5000, 0, 10);
     desk.manager.startExport(&held, desk.path("frames.txt"), 1, 0);
     QTRY_VERIFY(held.reached.load());
-    std::thread later([&held] { held.held = false; });
+    std::thread later = releaseWhenWanted(held, desk.manager.gate());
     desk.manager.captureStarts(); // waits for all readers of results
     later.join();
     QVERIFY(desk.wait());
@@ -262,7 +274,7 @@ void TstExportDataProMng::theManagerMayGoDuringAnExport()
     auto manager = std::make_unique<AnalyzerManager>(AnalyzerHost{}, QStringList(), QString());
     manager->startExport(&held, folder.filePath(QStringLiteral("frames.txt")), 1, 0);
     QTRY_VERIFY(held.reached.load());
-    std::thread later([&held] { held.held = false; });
+    std::thread later = releaseWhenWanted(held, manager->gate());
     manager.reset();
     later.join();
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0);

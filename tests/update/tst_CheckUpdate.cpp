@@ -288,7 +288,7 @@ void TstCheckUpdate::aServerThatDoesNotAnswerIsLeftAtTheLimit()
     clock.start();
     m_check->actCheckUpdate();
     QCOMPARE(outcome(), failed);
-    QVERIFY(clock.elapsed() >= 140); // timers may be early by a twentieth
+    QVERIFY(clock.elapsed() >= 140);         // timers may be early by a twentieth
     QVERIFY(m_server->requests.size() <= 1); // on a busy system not even that one has come
 }
 
