@@ -3,6 +3,7 @@
 #include "controls/Look.h"
 #include "controls/NoticeBox.h"
 #include "controls/Style.h"
+#include "files/ForeignFile.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 
@@ -167,9 +168,11 @@ QString askSavePath(QWidget *parent, int kind, const QDateTime &now, const QStri
 
 QString askOpenPath(QWidget *parent)
 {
+    const bool hasArchives = foreignKindIsBuilt(ForeignKind::Sr);
     QFileDialog dialog(parent, ::tr("Open"), startDirectory(),
                        ::tr("LUX file") + QStringLiteral(" (*.cxset *cxdat);;") + // as it stands, without a second dot
-                           ::tr("Captures of other programs") + QStringLiteral(" (*.sr *.vcd)"));
+                           ::tr("Captures of other programs") +
+                           (hasArchives ? QStringLiteral(" (*.sr *.vcd)") : QStringLiteral(" (*.vcd)")));
     dialog.setAcceptMode(QFileDialog::AcceptOpen);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dress(dialog, ::tr("Open"));

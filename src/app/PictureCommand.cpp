@@ -163,6 +163,7 @@ int run(int argc, char *argv[])
     memBudgetInit();
     SetAnalyzerMemoryBudget(&memBudget);
     StartUp::initGlobals({});
+    globalSet(QStringLiteral("userLang"), QStringLiteral("en-US")); // as all of the command line; nothing is saved here
     takeDesktopFont();
     StartUp::initLook();
     return makePicture(job);

@@ -88,7 +88,7 @@ std::optional<double> seconds(const QString &text)
         const char *name;
         double seconds;
     };
-    static constexpr std::array<Unit, 4> units{{{"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}, {"s", 1.0}}};
+    static constexpr std::array<Unit, 5> units{{{"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}, {"ps", 1e-12}, {"s", 1.0}}};
     QString number = text.trimmed();
     double factor = 1.0;
     for (const Unit &unit : units) {
@@ -102,6 +102,14 @@ std::optional<double> seconds(const QString &text)
     bool isNumber = false;
     const double value = number.trimmed().toDouble(&isNumber) * factor;
     return isNumber && std::isfinite(value) && value >= 0 ? std::optional(value) : std::nullopt;
+}
+
+double samplesIn(double seconds, double rate)
+{
+    constexpr double slack = 1e-4;
+    const double samples = seconds * rate;
+    const double whole = std::round(samples);
+    return std::abs(samples - whole) < slack ? whole : samples;
 }
 
 } // namespace Arguments

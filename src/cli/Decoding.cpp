@@ -93,16 +93,6 @@ bool tellOfRuns(const AnalyzerManager &manager, PluginFaults &faults)
     return good;
 }
 
-/// A time in samples: a whole number where nothing but the arithmetic keeps it from being one, so that a frame which
-/// ends or begins at that very time is in.
-double samplesOf(double seconds, double rate)
-{
-    constexpr double slack = 1e-4;
-    const double samples = seconds * rate;
-    const double whole = std::round(samples);
-    return std::abs(samples - whole) < slack ? whole : samples;
-}
-
 } // namespace
 
 QString readRequests(const Arguments::Parsed &parsed, QVector<Arguments::Request> &requests)
@@ -138,7 +128,8 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
     }
     writer.head(capture);
     const auto rate = double(capture.rate);
-    FrameThread::Task task{resultsOf(manager), samplesOf(span.from, rate), samplesOf(span.to, rate)};
+    FrameThread::Task task{resultsOf(manager), Arguments::samplesIn(span.from, rate),
+                           Arguments::samplesIn(span.to, rate)};
     const bool isWhole = writeFrames(manager, std::move(task), writer, out);
     if (!isWhole && Terminal::wasInterrupted()) {
         return Terminal::interrupted;

@@ -22,8 +22,8 @@ constexpr int diffTrouble = 2;
 const char *const diffUsage =
     "Usage: luxcli diff A B [--tolerance N] [--channels LIST] [--at-trigger]\n"
     "\n"
-    "Compares two captures (.cxdat) of the same rate. Tells, for each channel that differs, where the first\n"
-    "difference is and how many edges differ; nothing when they are the same.\n"
+    "Compares two captures (.cxdat, .sr, .vcd) of the same rate. Tells, for each channel that differs, where\n"
+    "the first difference is and how many edges differ; nothing when they are the same.\n"
     "\n"
     "      --tolerance N    an edge may be earlier or later by N samples, or by a time such as 20ns\n"
     "  -c, --channels LIST  compare these, such as 0-2,7; without it all\n"

@@ -109,8 +109,8 @@ QString ExportJob::pick(const SmpData &data, CapturePart &part) const
 {
     const QString refusal = CaptureJob::pick(data, channels, part.channels);
     const auto rate = double(data.smpFrequ());
-    part.start = from * rate;
-    part.end = std::isinf(to) ? double(data.smpCount()) : to * rate;
+    part.start = Arguments::samplesIn(from, rate);
+    part.end = std::isinf(to) ? double(data.smpCount()) : Arguments::samplesIn(to, rate);
     const bool isOutside = part.start >= double(data.smpCount()) || to < from;
     return refusal.isEmpty() && isOutside ? QStringLiteral("there is nothing between these times") : refusal;
 }

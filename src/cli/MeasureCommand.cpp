@@ -19,7 +19,7 @@ namespace {
 const char *const measureUsage =
     "Usage: luxcli measure FILE --channel LIST [--from T] [--to T] [--expect E]... [--json] [-o OUT]\n"
     "\n"
-    "Measures channels of a capture (.cxdat): edges, pulses, frequency, period, duty cycle and widths,\n"
+    "Measures channels of a capture (.cxdat, .sr, .vcd): edges, pulses, frequency, period, duty cycle and widths,\n"
     "each with minimum, mean, maximum and standard deviation.\n"
     "\n"
     "  -c, --channel LIST   channels, such as 3 or 0-2,7\n"

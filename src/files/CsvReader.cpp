@@ -288,6 +288,10 @@ ForeignCapture readRows(CsvLines &lines, const Columns &columns, const ChannelOf
     }
     capture.names = pick.names;
     capture.capture = rows.finish();
+    if (rate == 0 && capture.capture) {
+        capture.notes.append(QStringLiteral("no rate is told; taken for %1 Hz, the least that holds all times")
+                                 .arg(capture.capture->smpFrequ()));
+    }
     return capture;
 }
 

@@ -122,23 +122,3 @@ ConfigDocument foreignSettings(const ForeignCapture &capture, const ConfigDocume
     root.appendChild(tree.createElement(QStringLiteral("analyzers")));
     return ConfigDocument::parse(tree.toByteArray()).value_or(ConfigDocument::parse(none).value());
 }
-
-OpenedCapture openForeign(const QString &path, const ForeignOptions &options, const ForeignHook &hook,
-                          const ConfigDocument *base, QString *detail, QStringList *notes)
-{
-    ForeignCapture read = readForeign(path, foreignKindOf(path), options, hook);
-    OpenedCapture opened;
-    opened.outcome = {read.result};
-    opened.isData = true;
-    if (read.isDone()) {
-        opened.settings = foreignSettings(read, base);
-        opened.capture = std::move(read.capture);
-    }
-    if (detail != nullptr) {
-        *detail = read.detail;
-    }
-    if (notes != nullptr) {
-        *notes = read.notes;
-    }
-    return opened;
-}

@@ -12,11 +12,3 @@
 ///                 rows and heights of channels are not taken
 /// Main thread. Changes nothing.
 [[nodiscard]] ConfigDocument foreignSettings(const ForeignCapture &capture, const ConfigDocument *base = nullptr);
-
-/// readForeign() by the suffix and foreignSettings() in the form that CaptureFile::open() gives. Main thread, which it
-/// blocks: long files are better read by readForeign() on another one.
-/// @param detail  out, what ForeignCapture::detail tells; may be null
-/// @param notes   out, may be null
-[[nodiscard]] OpenedCapture openForeign(const QString &path, const ForeignOptions &options = {},
-                                        const ForeignHook &hook = {}, const ConfigDocument *base = nullptr,
-                                        QString *detail = nullptr, QStringList *notes = nullptr);

@@ -148,6 +148,9 @@ void TstLuxcliFiles::anExportTakesChannelsAndTimes()
     QCOMPARE(part.out, QByteArray("Time[s],CLK,CS\n0.000010000,1,1\n0.000014000,0,1\n0.000021000,1,1\n"
                                   "0.000024000,1,1\n"));
     QCOMPARE(luxcli(QStringLiteral("export @a.cxdat -f bin --from 1ms --to 2ms")).out.size(), 1000);
+    // As doubles these are a little less than 15 samples, and a little more than 123.
+    QCOMPARE(luxcli(QStringLiteral("export @a.cxdat -f bin --from 15us --to 123us")).out.size(), 108);
+    QCOMPARE(luxcli(QStringLiteral("export @a.cxdat -f bin --from 15000000ps --to 123us")).out.size(), 108);
     for (const char *wrong : {"--channels 5", "--channels 99", "--channels NO", "--from 1s", "--from 3ms --to 2ms"}) {
         const Outcome outcome = luxcli(QStringLiteral("export @a.cxdat -f csv ") + QLatin1String(wrong));
         QCOMPARE(outcome.code, 1);

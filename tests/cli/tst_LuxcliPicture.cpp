@@ -30,6 +30,7 @@ private slots:
     void badInputIsToldAndLeavesNothing();
     void anEarlierPictureStaysIfANewOneFails();
     void whatIsStoredStaysAsItIs();
+    void itSpeaksEnglishWhateverTheWindowSpeaks();
     void aMissingProgramIsTold();
 
 private:
@@ -222,6 +223,19 @@ void TstLuxcliPicture::whatIsStoredStaysAsItIs()
     QCOMPARE(after.readAll(), bytes);
     QCOMPARE(stored.dir().entryList(QDir::Files), files);
     QVERIFY(QFile::remove(configPath()));
+}
+
+void TstLuxcliPicture::itSpeaksEnglishWhateverTheWindowSpeaks()
+{
+    globalSet(QStringLiteral("userLang"), QStringLiteral("de"));
+    QVERIFY(configSave(configPath()));
+    const Outcome picture = luxcli("export %1 -o %2", m_capture, m_folder.path(QStringLiteral("english.svg")));
+    const Outcome missing = luxcli("export %1 -o %2", m_folder.path(QStringLiteral("nothing.cxdat")),
+                                   m_folder.path(QStringLiteral("none.svg")));
+    QVERIFY(QFile::remove(configPath()));
+    QCOMPARE(picture.err, QByteArray());
+    QVERIFY(textsOf(m_folder.read(QStringLiteral("english.svg"))).contains(QStringLiteral("Channel 0")));
+    QVERIFY2(missing.err.contains("The file does not exist."), missing.err);
 }
 
 void TstLuxcliPicture::aMissingProgramIsTold()

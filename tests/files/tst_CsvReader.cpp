@@ -62,6 +62,8 @@ void TstCsvReader::timesTellTheLeastRate()
     QCOMPARE(read.capture->smpCount(), 22);
     QCOMPARE(edgesOf(*read.capture, 0), (Edges{3, 6}));
     QCOMPARE(edgesOf(*read.capture, 1), (Edges{6}));
+    QCOMPARE(read.notes,
+             QStringList(QStringLiteral("no rate is told; taken for 2000000 Hz, the least that holds all times")));
 }
 
 void TstCsvReader::timesBeforeZeroLeadToTheTrigger()
