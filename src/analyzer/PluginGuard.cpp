@@ -1,17 +1,21 @@
 #include "analyzer/PluginGuard.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QUuid>
 
 #include <utility>
 
 namespace {
 
 constexpr qint64 longestList = 65536; // bytes
+
+/// From this age on, in ms, it is the system's lock on a file that decides, which ends with its owner. The process id
+/// in the file tells nothing: in a container each start may have the same one.
+constexpr int oldLock = 1;
 
 /// A plug-in as it is remembered: its name, and what tells its file from another one of that name.
 QString entryOf(const QString &name, const QString &path)
@@ -36,7 +40,8 @@ QString textOf(const QString &path)
 
 } // namespace
 
-PluginGuard::PluginGuard(QString folder) : m_folder(std::move(folder))
+PluginGuard::PluginGuard(QString folder)
+    : m_folder(std::move(folder)), m_mark(QUuid::createUuid().toString(QUuid::WithoutBraces))
 {
     if (!m_folder.isEmpty()) {
         takeCulprits();
@@ -58,7 +63,7 @@ QString PluginGuard::listPath() const
 
 QString PluginGuard::tryingPath() const
 {
-    return QStringLiteral("%1/%2.trying").arg(m_folder).arg(QCoreApplication::applicationPid());
+    return QStringLiteral("%1/%2.trying").arg(m_folder, m_mark);
 }
 
 QStringList PluginGuard::entries() const
@@ -72,9 +77,9 @@ void PluginGuard::takeCulprits()
     for (const QString &trying : folder.entryList({QStringLiteral("*.trying")}, QDir::Files)) {
         const QString path = folder.filePath(trying);
         QLockFile lock(path.chopped(int(qstrlen("trying"))) + QStringLiteral("lock"));
-        lock.setStaleLockTime(0);
+        lock.setStaleLockTime(oldLock);
         if (!lock.tryLock(0)) {
-            continue; // its process lives
+            continue; // its guard lives
         }
         addCulprit(textOf(path).trimmed());
         QFile::remove(path);
@@ -135,9 +140,7 @@ bool PluginGuard::makeReady()
     }
     if (!m_lock) {
         QDir().mkpath(m_folder);
-        m_lock = std::make_unique<QLockFile>(
-            QStringLiteral("%1/%2.lock").arg(m_folder).arg(QCoreApplication::applicationPid()));
-        m_lock->setStaleLockTime(0);
+        m_lock = std::make_unique<QLockFile>(QStringLiteral("%1/%2.lock").arg(m_folder, m_mark));
         m_lock->tryLock(0);
     }
     return m_lock->isLocked();

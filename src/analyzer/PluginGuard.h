@@ -9,10 +9,11 @@
 /// Remembers on disk which plug-in is being tried, so that one during which the program died is passed over at the next
 /// start instead of ending every start.
 ///
-/// In its folder each process that tries plug-ins has a locked file, and beside it one with the name of the plug-in at
+/// In its folder each guard that tries plug-ins has a locked file, and beside it one with the name of the plug-in at
 /// hand; a name whose lock has no owner any more is that of a culprit. A culprit stays passed over until its file
-/// changes or retry() is called. Names are stored names ("SPI.dll"). Main thread; a folder that cannot be written only
-/// means that nothing is remembered.
+/// changes or retry() is called. Names are stored names ("SPI.dll"). Each guard is used by one thread at a time;
+/// several may share a folder, in one process or not. A folder that cannot be written only means that nothing is
+/// remembered.
 class PluginGuard {
 public:
     /// @param folder  made when it is needed; empty: nothing is remembered
@@ -40,8 +41,9 @@ private:
     [[nodiscard]] QString tryingPath() const;
     [[nodiscard]] bool makeReady();
 
-    QString m_folder;
-    std::unique_ptr<QLockFile> m_lock; ///< of this process, from the first begin() on
+    const QString m_folder;
+    const QString m_mark;              ///< names this guard's files, unlike those of all others
+    std::unique_ptr<QLockFile> m_lock; ///< of this guard, from the first begin() on
     int m_depth = 0;
 };
 

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLockFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -23,6 +24,38 @@ const QString suffix = QStringLiteral(".dylib");
 #else
 const QString suffix = QStringLiteral(".so");
 #endif
+
+/// What the guards that live in a folder try at present, in any order.
+QStringList triedIn(const QString &guardFolder)
+{
+    QStringList names;
+    const QDir folder(guardFolder);
+    for (const QString &trying : folder.entryList({QStringLiteral("*.trying")}, QDir::Files)) {
+        QFile file(folder.filePath(trying));
+        if (file.open(QIODevice::ReadOnly)) {
+            names.append(QString::fromUtf8(file.readAll()).section(QLatin1Char('\t'), 0, 0));
+        }
+    }
+    names.removeAll(QString());
+    names.sort();
+    return names;
+}
+
+/// Leaves the lock of this process in a file, as one that dies at once does.
+void leaveLock(const QString &path)
+{
+    QLockFile lock(path);
+    QVERIFY(lock.tryLock(0));
+    QFile locked(path);
+    QVERIFY(locked.open(QIODevice::ReadOnly));
+    const QByteArray owner = locked.readAll();
+    locked.close();
+    lock.unlock();
+    QVERIFY(locked.open(QIODevice::WriteOnly));
+    locked.write(owner);
+    locked.close();
+    QTest::qSleep(20); // no program starts again within the clock's step
+}
 
 } // namespace
 
@@ -51,6 +84,9 @@ private slots:
     void aGuardWithoutAFolderRemembersAndWritesNothing();
     void aChangedFileIsTriedAgain();
     void aProcessThatLivesIsNoCulprit();
+    void aDeadProcessIsACulpritThoughItsIdIsInUseAgain();
+    void guardsOfOneProcessLeaveEachOthersNamesAlone();
+    void aGuardThatIsGoneLeavesNoFileBehind();
 
 private:
     [[nodiscard]] QString copied(const char *plugin, const QString &folder, const QString &name = {}) const;
@@ -308,6 +344,49 @@ void TstPluginFolder::aProcessThatLivesIsNoCulprit()
     const PluginTrial trial(living, QStringLiteral("sound.dll"), folderOf("sound"));
     const PluginGuard other(guardFolder);
     QVERIFY(other.blocked().isEmpty());
+}
+
+void TstPluginFolder::aDeadProcessIsACulpritThoughItsIdIsInUseAgain()
+{
+    // In a container each start may have the same id.
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    QVERIFY(QDir().mkpath(guardFolder));
+    const QString left = guardFolder + QStringLiteral("/%1.").arg(QCoreApplication::applicationPid());
+    leaveLock(left + QStringLiteral("lock"));
+    QFile trying(left + QStringLiteral("trying"));
+    QVERIFY(trying.open(QIODevice::WriteOnly));
+    trying.write("sound.dll\t1\t1");
+    trying.close();
+    const PluginGuard guard(guardFolder);
+    QCOMPARE(guard.blocked(), QStringList{QStringLiteral("sound.dll")});
+    QCOMPARE(QDir(guardFolder).entryList(QDir::Files), QStringList{QStringLiteral("passed-over")});
+}
+
+void TstPluginFolder::guardsOfOneProcessLeaveEachOthersNamesAlone()
+{
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    PluginGuard first(guardFolder);
+    const PluginTrial trial(first, QStringLiteral("first.dll"), folderOf("sound"));
+    {
+        PluginGuard second(guardFolder);
+        {
+            const PluginTrial other(second, QStringLiteral("second.dll"), folderOf("sound"));
+            QCOMPARE(triedIn(guardFolder), QStringList({QStringLiteral("first.dll"), QStringLiteral("second.dll")}));
+        }
+        QCOMPARE(triedIn(guardFolder), QStringList{QStringLiteral("first.dll")});
+    }
+    QCOMPARE(triedIn(guardFolder), QStringList{QStringLiteral("first.dll")});
+}
+
+void TstPluginFolder::aGuardThatIsGoneLeavesNoFileBehind()
+{
+    const QString guardFolder = m_dir.filePath(QStringLiteral("guard"));
+    {
+        PluginGuard guard(guardFolder);
+        const PluginTrial trial(guard, QStringLiteral("sound.dll"), folderOf("sound"));
+        QCOMPARE(triedIn(guardFolder), QStringList{QStringLiteral("sound.dll")});
+    }
+    QVERIFY(QDir(guardFolder).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TstPluginFolder)
