@@ -10,6 +10,8 @@
 #include <QLibrary>
 #include <QSet>
 
+#include <algorithm>
+
 #ifdef Q_OS_UNIX
 #include <unistd.h>
 #endif
@@ -78,11 +80,21 @@ QString load(const QString &path, AnalyzerLib &lib)
     return reason.isEmpty() ? ask(file, lib) : reason;
 }
 
+/// Whether a name comes back from the stored lists as it was: ";" and "," part these, and what is read is trimmed.
+bool canBeStored(const QString &fileName)
+{
+    return fileName == fileName.trimmed() && std::none_of(fileName.cbegin(), fileName.cend(), [](QChar c) {
+               return c == QLatin1Char(';') || c == QLatin1Char(',') || c.category() == QChar::Other_Control;
+           });
+}
+
 void scanFolder(const QString &folder, PluginGuard &guard, QSet<QString> &names, Scan &result)
 {
     const QDir dir(folder);
     const QStringList files = dir.entryList({QLatin1Char('*') + diskSuffix}, QDir::Files, QDir::Name);
     const QString reason = files.isEmpty() ? QString() : distrust(dir.absolutePath());
+    const QString notStored = QStringLiteral(
+        "its name cannot be stored: it holds a \";\", a \",\" or a control character, or begins with a blank");
     for (const QString &file : files) {
         AnalyzerLib lib;
         lib.fileName = storedName(file);
@@ -92,6 +104,8 @@ void scanFolder(const QString &folder, PluginGuard &guard, QSet<QString> &names,
         const QString path = dir.absoluteFilePath(file);
         if (!reason.isEmpty()) {
             result.refusals.append({lib.fileName, reason, false});
+        } else if (!canBeStored(lib.fileName)) {
+            result.refusals.append({lib.fileName, notStored, false});
         } else if (names.contains(lib.fileName)) {
             result.refusals.append({lib.fileName, QStringLiteral("another folder has one of this name"), false});
         } else if (guard.isBlocked(lib.fileName, path)) {

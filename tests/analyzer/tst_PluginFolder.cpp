@@ -74,6 +74,8 @@ private slots:
     void emptyPartsOfTheListOfModelsAreLeftOut();
     void namesAreStoredWithTheSuffixOfOneSystem();
     void aSuffixInCapitalsIsOneWhereFileNamesKnowNoCase();
+    void aFileWhoseNameCannotBeStoredIsRefused_data();
+    void aFileWhoseNameCannotBeStoredIsRefused();
     void aNameThatTheFirstFolderHasWins();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut_data();
     void aPluginThatThrowsWhenItIsAskedIsLeftOut();
@@ -211,6 +213,34 @@ void TstPluginFolder::aSuffixInCapitalsIsOneWhereFileNamesKnowNoCase()
 #else
     QVERIFY(scan.libraries.isEmpty());
 #endif
+}
+
+void TstPluginFolder::aFileWhoseNameCannotBeStoredIsRefused_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("ends a value of the list of analyzers") << QStringLiteral("a;b");
+    QTest::newRow("parts the recent ones") << QStringLiteral("a,b");
+    QTest::newRow("is trimmed") << QStringLiteral(" a");
+#ifndef Q_OS_WIN // there no file has such a name
+    QTest::newRow("breaks a line") << QStringLiteral("a\nb");
+    QTest::newRow("is no text of a document") << QStringLiteral("a\x01");
+#endif
+}
+
+void TstPluginFolder::aFileWhoseNameCannotBeStoredIsRefused()
+{
+    QFETCH(QString, name);
+    // A folder for each: Windows removes no library that is loaded.
+    const QString folder = copied("sound", QStringLiteral("of %1").arg(qHash(name)), name);
+    QCOMPARE(copied("sound", QDir(folder).dirName(), QStringLiteral("c d")), folder);
+    PluginGuard guard({});
+    const auto scan = PluginFolder::scan({folder}, guard);
+    QCOMPARE(scan.refusals.size(), 1);
+    QCOMPARE(scan.refusals.constFirst().fileName, name + QStringLiteral(".dll"));
+    QVERIFY2(scan.refusals.constFirst().reason.startsWith(QLatin1String("its name cannot be stored")),
+             qPrintable(scan.refusals.constFirst().reason));
+    QCOMPARE(scan.libraries.size(), 1);
+    QCOMPARE(scan.libraries.constFirst().fileName, QStringLiteral("c d.dll"));
 }
 
 void TstPluginFolder::aNameThatTheFirstFolderHasWins()
