@@ -159,14 +159,12 @@ void AnalyzerDataGen::findMark()
     if (!m_mark) {
         return;
     }
-    if (m_mark->resetNumber == m_shown.resetNumber) {
-        if (!m_mark->frame && frameAt(selectedRow()) != nullptr) {
+    const bool isOfThisList = m_mark->resetNumber == m_shown.resetNumber;
+    if (!m_mark->frame) {
+        m_mark->resetNumber = m_shown.resetNumber; // its row was perhaps asked for while this list was on its way
+        if (isOfThisList && frameAt(selectedRow()) != nullptr) {
             m_mark->frame = *frameAt(selectedRow());
         }
-        return;
-    }
-    if (!m_mark->frame) {
-        m_mark->resetNumber = m_shown.resetNumber; // its row was asked for while this list was on its way
         return;
     }
     const auto same = [this](const ResultList::Row &row) {
@@ -177,6 +175,8 @@ void AnalyzerDataGen::findMark()
     if (found != m_shown.rowRanges.end()) {
         m_mark->resetNumber = m_shown.resetNumber;
         m_mark->listRow = m_shown.topRow + qint64(found - m_shown.rowRanges.begin());
+    } else if (isOfThisList && frameAt(selectedRow()) != nullptr) {
+        m_mark->resetNumber = 0; // another frame stands there, now that the page is in order: this one's row is unknown
     }
 }
 

@@ -88,7 +88,7 @@ private:
     /// The row that was clicked.
     struct Mark {
         qint64 listRow = 0;
-        std::uint64_t resetNumber = 0; ///< the list that `listRow` counts in
+        std::uint64_t resetNumber = 0; ///< the list that `listRow` counts in; 0 while its row is unknown
         std::optional<ResultList::Row> frame;
     };
 

@@ -91,6 +91,17 @@ std::size_t previous(const Cursors &cursors)
     return best;
 }
 
+bool areAtRow(const Cursors &cursors)
+{
+    const std::size_t before = previous(cursors);
+    const std::size_t behind = next(cursors);
+    if (before == none || behind == none) {
+        return true;
+    }
+    const std::int64_t first = firstOf(cursors[before], cursors[before].frameIndex - 1);
+    return first < cursors[behind].frameFirst || (first == cursors[behind].frameFirst && before <= behind);
+}
+
 void seek(Cursors &cursors, std::uint64_t row)
 {
     const auto rowsBefore = [&cursors](std::int64_t sample) {

@@ -30,8 +30,8 @@ struct ResultCursor {
 };
 
 /// Several analyzers' frames as one list: by their first samples, of equal ones by the order of the analyzers, and of
-/// one analyzer as it found them. `cursors` stand where a row of that list begins; the number of rows before it is the
-/// sum of their indices. Any thread that may read the results.
+/// one analyzer as it found them. Cursors that stand where a row of that list begins have as many rows before them as
+/// the sum of their indices. Any thread that may read the results.
 namespace ResultMerge {
 
 using Cursors = std::vector<ResultCursor>;
@@ -51,6 +51,8 @@ class PassTaken {};
 [[nodiscard]] std::size_t next(const Cursors &cursors);
 /// The cursor behind which the row before stands; none before all frames.
 [[nodiscard]] std::size_t previous(const Cursors &cursors);
+/// The cursors stand where a row of the list begins: no frame before them belongs behind one that is still to come.
+[[nodiscard]] bool areAtRow(const Cursors &cursors);
 
 /// Moves all cursors to row `row` of all frames; behind all of them for one that there is not.
 /// Cost: logarithmic in frames and samples, some ten microseconds for two analyzers with millions of frames.

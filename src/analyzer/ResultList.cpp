@@ -195,6 +195,7 @@ void reset(State &state, std::span<const ResultSource> sources, const Query &que
         state.pageCursors.push_back(cursor);
     }
     state.fillCursors = state.pageCursors;
+    state.inOrder = ResultMerge::areAtRow(state.pageCursors);
     state.topRow = rowsBefore(state.pageCursors);
 }
 
@@ -240,13 +241,17 @@ void scrollTo(State &state, qint64 row, const std::function<bool()> &leave)
     }
     const qint64 target = std::clamp<qint64>(row, 0, state.totalRows);
     const qint64 distance = target < state.topRow ? state.topRow - target : target - state.topRow;
-    if (target < state.topRow && distance < state.rows.size() && isFull(state)) {
+    if (!state.inOrder && distance == 0) {
+        return;
+    }
+    if (state.inOrder && target < state.topRow && distance < state.rows.size() && isFull(state)) {
         slideUp(state, distance);
         return;
     }
-    if (state.filter.isEmpty() && distance > walkedAtMost) {
-        ResultMerge::seek(state.pageCursors, std::uint64_t(target));
+    if (!state.inOrder || (state.filter.isEmpty() && distance > walkedAtMost)) {
+        ResultMerge::seek(state.pageCursors, std::uint64_t(target)); // a search is always in order
         state.topRow = target;
+        state.inOrder = true;
     } else if (target < state.topRow) {
         walkUp(state, target, leave);
     } else {

@@ -39,6 +39,7 @@ struct State {
     QStringList rows;                 ///< the page
     std::vector<Row> rowRanges;       ///< of the same rows
     bool fillForward = true;
+    bool inOrder = true;   ///< the page is a piece of the list; see reset()
     bool scanning = false; ///< the scan has begun
     bool scanned = false;  ///< totalRows is known
     qint64 scanMatches = 0;
@@ -56,7 +57,9 @@ enum class Step {
     Idle      ///< nothing is left to do
 };
 
-/// Starts anew. Keeps `rowNum` and `reader`.
+/// Starts anew. Keeps `rowNum` and `reader`. Without a search the page begins with the frames that are still under way
+/// at `begSample`, and leaves out those that have ended by then, though they may come behind the former in the list.
+/// Such a page is not in order; the first scroll to another row leaves it for good.
 void reset(State &state, std::span<const ResultSource> sources, const Query &query);
 /// Another number of rows fits in the view: the page is to be filled by step() from the same first row on.
 void setRowNum(State &state, int rowNum);
@@ -65,7 +68,8 @@ void dropCursors(State &state);
 /// Looks at one more frame: for the page while that is not full, then, with a search, to count the rows.
 [[nodiscard]] Step step(State &state);
 /// Moves the page's first row to `row`, cut to 0 and totalRows; the page is to be filled by step() then. At totalRows
-/// it becomes the last page.
+/// it becomes the last page. However the page came to a row, it shows the same there; only one that is not in order
+/// stays as it is when it begins at `row` already.
 /// @param leave  asked between two frames; true ends the move early, at whatever row it has come to
 /// Cost: with a search, one text a frame on the way; without one, no text, and a long way is no longer than a short
 /// one.

@@ -111,6 +111,7 @@ private slots:
     void itIsAtRestOnceTheLastResetIsAnswered();
     void noRowIsSelectedUntilOneIsClicked();
     void theClickedRowMovesWithThePage();
+    void theClickedRowGoesWithAFrameThatScrollingPutsInItsPlace();
     void aResetForgetsTheClickedRow();
     void aResetThatKeepsTheClickedRowFindsItsFrame();
     void rowsOfThePageKnowTheirFrames();
@@ -309,6 +310,24 @@ void TstAnalyzerDataGen::theClickedRowMovesWithThePage()
     desk.list->begFrameChanged(4);
     QVERIFY(desk.shows("A4 A5 A6"));
     QVERIFY(desk.marked);
+    QCOMPARE(desk.selected, 1);
+}
+
+void TstAnalyzerDataGen::theClickedRowGoesWithAFrameThatScrollingPutsInItsPlace()
+{
+    ThreadDesk desk;
+    desk.add('A').frames({{0, 5}, {10, 500}, {510, 520}});
+    desk.add('B').row(60, 1, 10);
+    desk.reset({}, 400);
+    QVERIFY(desk.shows("A1 B40 B41"));
+    desk.list->markRow(41);
+    desk.list->begFrameChanged(40);
+    QVERIFY(desk.shows("B38 B39 B40"));
+    QVERIFY(!desk.list->isRowMarked());
+    QCOMPARE(desk.selected, -1); // not on B39, which is row 41 of the list
+    desk.list->begFrameChanged(1);
+    QVERIFY(desk.shows("B0 A1 B1"));
+    QVERIFY(desk.list->isRowMarked());
     QCOMPARE(desk.selected, 1);
 }
 

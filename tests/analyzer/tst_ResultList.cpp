@@ -68,6 +68,10 @@ private slots:
     void theListBeginsAtTheLeftEdge_data();
     void theListBeginsAtTheLeftEdge();
     void aFrameThatStraddlesTheLeftEdgeIsTheFirstRow();
+    void aFrameThatStraddlesTheLeftEdgeStandsInItsPlaceOnceThePageIsScrolled();
+    void aPageFromWithinAFrameScrollsToWhatAJumpShows_data();
+    void aPageFromWithinAFrameScrollsToWhatAJumpShows();
+    void aPageFromWithinAFrameStaysWhenItIsScrolledToItsOwnRow();
     void aFrameAtTheFirstSampleIsListed();
     void rightOfAllFramesTheLastPageIsShown();
     void aPageThatRunsIntoTheEndGrowsUpwards();
@@ -92,6 +96,7 @@ private slots:
     void framesThatComeLaterAreNotListed();
     void aTextThatFailsIsAnEmptyRow();
     void seekFindsTheRowOfEveryNumber();
+    void cursorsAreAtARowWhenNoFrameBeforeThemBelongsBehind();
     void aFilterKnowsLettersBeyondAscii();
 };
 
@@ -159,6 +164,70 @@ void TstResultList::aFrameThatStraddlesTheLeftEdgeIsTheFirstRow()
     desk.add('B').row(60, 1, 10);
     QCOMPARE(desk.reset(3, 400).run(), text("A1 B40 B41"));
     QCOMPARE(desk.list.topRow, 41); // forty of B, one of A
+}
+
+void TstResultList::aFrameThatStraddlesTheLeftEdgeStandsInItsPlaceOnceThePageIsScrolled()
+{
+    ListDesk desk;
+    desk.add('A').frames({{0, 5}, {10, 500}, {510, 520}});
+    desk.add('B').row(60, 1, 10);
+    desk.reset(3, 400).run();
+    QCOMPARE(desk.scrollTo(40), text("B38 B39 B40"));
+    for (qint64 row = 39; row > 0; --row) {
+        desk.scrollTo(row);
+        QCOMPARE(desk.list.topRow, row);
+    }
+    QCOMPARE(desk.page(), text("B0 A1 B1"));
+    QCOMPARE(desk.scrollTo(0), text("A0 B0 A1"));
+    QCOMPARE(desk.reset(3, 400).run(), text("A1 B40 B41"));
+    QCOMPARE(desk.scrollTo(42), text("B40 B41 B42"));
+}
+
+void TstResultList::aPageFromWithinAFrameScrollsToWhatAJumpShows_data()
+{
+    QTest::addColumn<double>("from");
+    QTest::newRow("one frame straddles") << 180.0;
+    QTest::newRow("two frames straddle") << 350.0;
+    QTest::newRow("near the end, where the page grows upwards") << 905.0;
+    QTest::newRow("one analyzer has no more frames") << 1100.0;
+}
+
+void TstResultList::aPageFromWithinAFrameScrollsToWhatAJumpShows()
+{
+    QFETCH(double, from);
+    ListDesk desk;
+    desk.add('A').frames({{5, 200}, {210, 400}, {410, 880}, {900, 990}});
+    desk.add('B').row(100, 0, 9);
+    desk.add('C').frames({{20, 30}, {300, 700}, {710, 1200}, {1300, 1310}});
+    const QStringList whole = desk.reset(200).run().split(QLatin1Char(' '));
+    constexpr int rows = 8;
+    const auto pageAt = [&whole](qint64 row) { return whole.mid(int(row), rows).join(QLatin1Char(' ')); };
+    desk.reset(rows, from).run();
+    const qint64 begin = desk.list.topRow;
+    for (qint64 row = 0; row <= qint64(whole.size()) - rows; ++row) {
+        desk.reset(rows, from).run();
+        QCOMPARE(desk.list.topRow, begin);
+        if (row != begin) {
+            QCOMPARE(desk.scrollTo(row), pageAt(row));
+        }
+    }
+    for (const int pace : {1, 3, rows}) {
+        desk.reset(rows, from).run();
+        for (qint64 row = begin - pace; row >= 0; row -= pace) {
+            QCOMPARE(desk.scrollTo(row), pageAt(row));
+        }
+    }
+}
+
+void TstResultList::aPageFromWithinAFrameStaysWhenItIsScrolledToItsOwnRow()
+{
+    ListDesk desk;
+    desk.add('A').frames({{0, 5}, {10, 500}, {510, 520}});
+    desk.add('B').row(60, 1, 10);
+    const QString page = desk.reset(3, 400).run();
+    QCOMPARE(desk.scrollTo(desk.list.topRow), page);
+    const QString grown = desk.reset(10, 550).run();
+    QCOMPARE(desk.scrollTo(desk.list.topRow), grown);
 }
 
 void TstResultList::aFrameAtTheFirstSampleIsListed()
@@ -244,13 +313,16 @@ void TstResultList::scrollingUpKeepsTheRowsThatStay()
 void TstResultList::everyWayOfScrollingShowsTheSamePage_data()
 {
     QTest::addColumn<QString>("searched");
-    QTest::newRow("all frames") << QString();
-    QTest::newRow("a search") << text("hit");
+    QTest::addColumn<double>("from");
+    QTest::newRow("all frames") << QString() << 0.0;
+    QTest::newRow("from within a long frame") << QString() << 2000.0;
+    QTest::newRow("a search") << text("hit") << 0.0;
 }
 
 void TstResultList::everyWayOfScrollingShowsTheSamePage()
 {
     QFETCH(QString, searched);
+    QFETCH(double, from);
     ListDesk desk;
     desk.add('A').row(900, 0, 7, 3);
     desk.add('B').row(700, 3, 9, 4);
@@ -263,14 +335,17 @@ void TstResultList::everyWayOfScrollingShowsTheSamePage()
 
     constexpr int rows = 12;
     std::mt19937 random(7);
-    desk.reset(rows, 0, searched).run();
-    QCOMPARE(desk.list.totalRows, qint64(whole.size()));
     qint64 at = 0;
     for (int i = 0; i < 300; ++i) {
+        if (i % 10 == 0) {
+            desk.reset(rows, from, searched).run();
+            at = desk.list.topRow;
+        }
         const qint64 way = i % 3 == 0 ? qint64(random() % 25) - 12 : qint64(random() % 2000) - 1000;
-        at = std::clamp<qint64>(at + way, 0, qint64(whole.size()) - rows);
+        at = std::clamp<qint64>(at + (way == 0 ? 1 : way), 0, qint64(whole.size()) - rows);
         QCOMPARE(desk.scrollTo(at), whole.mid(int(at), rows).join(QLatin1Char(' ')));
         QCOMPARE(desk.list.topRow, at);
+        QCOMPARE(desk.list.totalRows, qint64(whole.size()));
         QCOMPARE(desk.list.rowRanges.size(), std::size_t(rows));
     }
 }
@@ -445,11 +520,32 @@ void TstResultList::seekFindsTheRowOfEveryNumber()
         }
         ResultMerge::Cursors sought = desk.list.pageCursors;
         ResultMerge::seek(sought, row);
+        QVERIFY(ResultMerge::areAtRow(sought));
         for (std::size_t i = 0; i < sought.size(); ++i) {
             QCOMPARE(sought[i].frameIndex, walked[i].frameIndex);
             QCOMPARE(sought[i].frameFirst, walked[i].frameFirst);
         }
     }
+}
+
+void TstResultList::cursorsAreAtARowWhenNoFrameBeforeThemBelongsBehind()
+{
+    ListDesk desk;
+    desk.add('A').frames({{0, 9}, {4, 5}, {9, 9}});
+    desk.add('B').frames({{4, 6}, {7, 8}});
+    desk.reset(100).run();
+    const auto areAtRow = [&desk](std::uint64_t ofA, std::uint64_t ofB) {
+        ResultMerge::Cursors cursors = desk.list.pageCursors;
+        ResultMerge::place(cursors[0], ofA);
+        ResultMerge::place(cursors[1], ofB);
+        return ResultMerge::areAtRow(cursors);
+    };
+    QVERIFY(areAtRow(0, 0));
+    QVERIFY(areAtRow(2, 0)); // of two that begin at once A's comes first
+    QVERIFY(!areAtRow(1, 1));
+    QVERIFY(!areAtRow(0, 2));
+    QVERIFY(!areAtRow(3, 1));
+    QVERIFY(areAtRow(3, 2));
 }
 
 void TstResultList::aFilterKnowsLettersBeyondAscii()
