@@ -154,6 +154,9 @@ void ListWorker::obey(const Requests &requests, Work &work)
     }
     const bool again = requests.resetRequest && requests.keepsPlace && requests.query.searchText == work.searchTold;
     work.leastRows = again ? work.rowsTold : 0;
+    if (requests.resetRequest) {
+        work.begRow.reset();
+    }
     if (requests.resetRequest && requests.sourcesOf != requests.generation) {
         ResultList::dropCursors(work.state);
         m_listener.resetWanted(); // the results are other ones by now
@@ -164,7 +167,10 @@ void ListWorker::obey(const Requests &requests, Work &work)
         work.isNew = true;
     }
     if (requests.scrollRequest) {
-        ResultList::scrollTo(work.state, requests.begRow, [this] { return isCalled(); });
+        work.begRow = requests.begRow;
+    }
+    if (work.begRow) { // also one that another request has held up
+        ResultList::scrollTo(work.state, *work.begRow, [this] { return isCalled(); });
     }
     work.isNew = work.isNew || rebuild || requests.scrollRequest;
 }
@@ -176,9 +182,11 @@ void ListWorker::makePage(Work &work)
     for (int frames = 1; !isCalled(); ++frames) {
         switch (ResultList::step(work.state)) {
         case ResultList::Step::PageFull:
+            work.begRow.reset();
             publish(work, true, false);
             break;
         case ResultList::Step::Idle:
+            work.begRow.reset();
             publish(work, work.isNew, true);
             return;
         case ResultList::Step::More:

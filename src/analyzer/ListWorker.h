@@ -16,7 +16,8 @@
 /// without a thread that is held fast in a plug-in: then another one is made.
 ///
 /// Requests go to the thread under a lock; the newest of each kind is what it does next, also in the middle of what it
-/// does. It holds a ResultsPass while it works.
+/// does. A scroll that another height of the view holds up is gone on with behind it. The thread holds a ResultsPass
+/// while it works.
 class ListWorker {
 public:
     /// What is asked of the thread; each is given once.
@@ -78,7 +79,8 @@ private:
         std::uint64_t generation = 0; ///< of the results under its cursors
         std::uint64_t resetNumber = 0;
         std::uint64_t version = 0;
-        bool isNew = false; ///< the page has not been handed over since it was begun
+        bool isNew = false;           ///< the page has not been handed over since it was begun
+        std::optional<qint64> begRow; ///< the row that the page is on its way to, until it is full there
         qint64 totalTold = 0;
         int rowsTold = 0;   ///< of the page that is on show
         QString searchTold; ///< the search that found it

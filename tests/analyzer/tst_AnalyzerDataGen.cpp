@@ -93,6 +93,35 @@ public:
     std::atomic<bool> held{false};
 };
 
+/// The list of a thousand frames, whose texts can be held up.
+class SlowDesk : public ThreadDesk {
+public:
+    SlowDesk() : results(addSlow()) { results.row(1000, 0, 10, 1); }
+    [[nodiscard]] bool begins(const QString &searched)
+    {
+        reset(searched);
+        return shows("Hit A0 Hit A1 Hit A2") && QTest::qWaitFor([this] { return list->isAtRest(); }, patience);
+    }
+    /// The first text that it needs is held up.
+    void scrollHeldUp(qlonglong row)
+    {
+        results.reached = false;
+        results.held = true;
+        list->begFrameChanged(row);
+    }
+
+    SlowResults &results;
+
+private:
+    SlowResults &addSlow()
+    {
+        auto slow = std::make_unique<SlowResults>('A');
+        SlowResults &added = *slow;
+        made.push_back(std::move(slow));
+        return added;
+    }
+};
+
 } // namespace
 
 /// The thread of the results list.
@@ -116,6 +145,11 @@ private slots:
     void aResetThatKeepsTheClickedRowFindsItsFrame();
     void rowsOfThePageKnowTheirFrames();
     void anotherHeightFillsThePage();
+    void aScrollInASearchGoesOnWhenTheHeightChangesMeanwhile();
+    void aScrollByAFewRowsGoesOnWhenTheHeightChangesMeanwhile();
+    void aScrollOnItsWayGivesWayToAnother();
+    void aScrollOnItsWayGivesWayToAReset();
+    void aScrollThatHasComeToItsRowIsNotRepeated();
     void aChangeOfResultsIsNotHeldUpByAScan();
     void aChangeOfResultsIsNotHeldUpByALongScroll();
     void resultsThatWereReplacedAreAskedForAgain();
@@ -388,6 +422,67 @@ void TstAnalyzerDataGen::anotherHeightFillsThePage()
     QVERIFY(!desk.marked);
     desk.list->slotRowNumChanged(-1);
     QVERIFY(desk.shows(""));
+}
+
+void TstAnalyzerDataGen::aScrollInASearchGoesOnWhenTheHeightChangesMeanwhile()
+{
+    SlowDesk desk;
+    QVERIFY(desk.begins(text("hit")));
+    desk.scrollHeldUp(900);
+    QTRY_VERIFY(desk.results.reached.load()); // in the first frame of the way
+    desk.list->slotRowNumChanged(4);
+    desk.results.held = false;
+    QVERIFY(desk.shows("Hit A900 Hit A901 Hit A902 Hit A903"));
+    QCOMPARE(desk.top, 900);
+}
+
+void TstAnalyzerDataGen::aScrollByAFewRowsGoesOnWhenTheHeightChangesMeanwhile()
+{
+    SlowDesk desk;
+    QVERIFY(desk.begins({}));
+    desk.list->begFrameChanged(50);
+    QVERIFY(desk.shows("Hit A50 Hit A51 Hit A52"));
+    desk.scrollHeldUp(48);
+    QTRY_VERIFY(desk.results.reached.load()); // in the first of two rows
+    desk.list->slotRowNumChanged(4);
+    desk.results.held = false;
+    QVERIFY(desk.shows("Hit A48 Hit A49 Hit A50 Hit A51"));
+}
+
+void TstAnalyzerDataGen::aScrollOnItsWayGivesWayToAnother()
+{
+    SlowDesk desk;
+    QVERIFY(desk.begins(text("hit")));
+    desk.scrollHeldUp(900);
+    QTRY_VERIFY(desk.results.reached.load());
+    desk.list->begFrameChanged(10);
+    desk.list->slotRowNumChanged(2);
+    desk.results.held = false;
+    QVERIFY(desk.shows("Hit A10 Hit A11"));
+}
+
+void TstAnalyzerDataGen::aScrollOnItsWayGivesWayToAReset()
+{
+    SlowDesk desk;
+    QVERIFY(desk.begins(text("hit")));
+    desk.scrollHeldUp(900);
+    QTRY_VERIFY(desk.results.reached.load());
+    desk.reset(text("hit"));
+    desk.list->slotRowNumChanged(2);
+    desk.results.held = false;
+    QVERIFY(desk.shows("Hit A0 Hit A1"));
+    QTRY_VERIFY(desk.list->isAtRest());
+    QCOMPARE(desk.top, 0);
+}
+
+void TstAnalyzerDataGen::aScrollThatHasComeToItsRowIsNotRepeated()
+{
+    SlowDesk desk;
+    QVERIFY(desk.begins({}));
+    desk.list->begFrameChanged(1000);
+    QVERIFY(desk.shows("Hit A997 Hit A998 Hit A999")); // has grown upwards from the end
+    desk.list->slotRowNumChanged(2);
+    QVERIFY(desk.shows("Hit A997 Hit A998"));
 }
 
 void TstAnalyzerDataGen::aChangeOfResultsIsNotHeldUpByAScan()
