@@ -11,8 +11,8 @@
 /// The thread of one export: has the decoder write its results beside the file that is asked for, which then takes that
 /// file's place, so that whatever ends the writing, an earlier file stays as it was.
 ///
-/// Made and destroyed on the main thread, by AnalyzerManager. It holds a ResultsPass from its beginning to its end. A
-/// decoder that never comes back is left behind with its thread.
+/// Made and destroyed on the main thread, by AnalyzerManager. It holds a ResultsPass while the decoder writes.
+/// A decoder that never comes back is left behind with its thread.
 class ExportDataProMng : public QObject {
     Q_OBJECT
 public:

@@ -66,10 +66,9 @@ QString partEnding(const QString &fileName)
 } // namespace
 
 ResultsExport::ResultsExport(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over)
-    : m_task(std::move(task)), m_results(results), m_over(std::move(over))
+    : m_task(std::move(task)), m_gate(gate), m_results(results), m_over(std::move(over))
 {
     m_reader->setLong(true);
-    m_pass.emplace(gate, m_reader);
 }
 
 void ResultsExport::cancel()
@@ -79,6 +78,9 @@ void ResultsExport::cancel()
     const std::lock_guard lock(m_mutex);
     if (m_results != nullptr) {
         m_results->CancelExport();
+    }
+    if (!m_pass) {
+        m_results = nullptr; // nobody waits for this one before they go
     }
 }
 
@@ -104,13 +106,23 @@ void ResultsExport::abandon()
     }
 }
 
+bool ResultsExport::enterResults()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_results != nullptr) {
+        m_pass.emplace(m_gate, m_reader);
+        if (!*m_pass) {
+            m_results = nullptr;
+        }
+    }
+    return m_results != nullptr;
+}
+
 void ResultsExport::leaveResults()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_results = nullptr;
-        m_partPath.clear();
-    }
+    const std::lock_guard lock(m_mutex);
+    m_results = nullptr;
+    m_partPath.clear();
     m_pass.reset();
 }
 
@@ -139,13 +151,13 @@ QString ResultsExport::build(const QString &partPath)
 
 ExportOutcome ResultsExport::write()
 {
-    if (!*m_pass) {
-        return {true, WriteFault::None, {}};
-    }
     FileReplacement target(m_task.fileName, partEnding(m_task.fileName));
     WriteFault fault = target.begin();
     if (fault != WriteFault::None) {
         return {false, fault, {}};
+    }
+    if (!enterResults()) {
+        return {true, WriteFault::None, {}};
     }
     const QString words = build(target.partPath());
     leaveResults(); // what is left to do needs the disk alone

@@ -34,7 +34,8 @@ public:
         std::uint32_t exportType = 0; ///< the option's id
     };
 
-    /// @param results  not owned, made ready by StartExportThread(); good until the thread has left them
+    /// @param results  not owned, made ready by StartExportThread(); good until cancel(), which comes before each
+    /// change of results, or as long as the thread has a pass
     /// @param over  called on the thread when the file is written, or never will be; not once abandon() was called
     ResultsExport(AnalyzerResults *results, ResultsGate &gate, Task task, std::function<void()> over);
     ResultsExport(const ResultsExport &) = delete;
@@ -61,16 +62,20 @@ private:
     [[nodiscard]] ExportOutcome write();
     /// What the decoder says of its export.
     [[nodiscard]] QString build(const QString &partPath);
+    /// Takes the pass. What needs the disk alone comes before and behind it: a disk may take as long as it likes.
+    /// @return false when the results are, or may be, gone
+    [[nodiscard]] bool enterResults();
     /// From here on the results are another's.
     void leaveResults();
 
     const Task m_task;
     const std::shared_ptr<ResultsReader> m_reader = std::make_shared<ResultsReader>();
-    std::optional<ResultsPass> m_pass; ///< given back on the thread
+    ResultsGate &m_gate; ///< good as long as the results
     std::atomic<bool> m_cancelled{false};
     std::mutex m_mutex; ///< of what follows
     std::condition_variable m_ended;
-    AnalyzerResults *m_results; ///< null when the thread has left them
+    AnalyzerResults *m_results;        ///< null when the thread has left them, or never will be in them
+    std::optional<ResultsPass> m_pass; ///< made on the thread, which gives it back there
     std::function<void()> m_over;
     QString m_partPath; ///< while the decoder writes
     bool m_isOver = false;

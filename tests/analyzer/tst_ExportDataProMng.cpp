@@ -8,7 +8,30 @@
 #include <QtTest>
 
 #include <atomic>
+#include <memory>
 #include <thread>
+
+#ifdef Q_OS_UNIX
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<bool> isDiskHeld{false}; // a file that takes over the rights of an earlier one is not made meanwhile
+std::atomic<bool> isDiskReached{false};
+
+} // namespace
+
+/// The system's, in this program.
+extern "C" int fchown(int file, uid_t owner, gid_t group) noexcept
+{
+    isDiskReached = true;
+    while (isDiskHeld) {
+        std::this_thread::yield();
+    }
+    return int(syscall(SYS_fchown, file, owner, group));
+}
+#endif
 
 namespace {
 
@@ -91,6 +114,7 @@ private slots:
     void aCancelledExportLeavesNoFile();
     void aCancelledExportLeavesTheEarlierFile();
     void anExportEndsWhenItsResultsAreReplaced();
+    void aDiskThatHangsHoldsUpNoCapture();
     void onlyOneExportRunsAtATime();
     void aTargetThatCannotBeWrittenIsTold_data();
     void aTargetThatCannotBeWrittenIsTold();
@@ -206,6 +230,45 @@ void TstExportDataProMng::anExportEndsWhenItsResultsAreReplaced()
     QVERIFY(desk.wait());
     QVERIFY(desk.manager.exportOutcome().cancelled);
     QCOMPARE(desk.files(), QStringList());
+}
+
+void TstExportDataProMng::aDiskThatHangsHoldsUpNoCapture()
+{
+#ifdef Q_OS_UNIX
+    constexpr int longest = 2000; // ms, of who would wait for the disk
+    ExportDesk desk;
+    desk.put("frames.txt", "before");
+    auto results = std::make_unique<MadeResults>('A');
+    results->row(10, 0, 10);
+    isDiskHeld = true;
+    isDiskReached = false;
+    desk.manager.startExport(results.get(), desk.path("frames.txt"), 1, 0);
+    QTRY_VERIFY(isDiskReached);
+    std::atomic<bool> isThrough{false};
+    bool isHeldUp = false;
+    std::thread watch([&] {
+        for (int ms = 0; ms < longest && !isThrough; ++ms) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        isHeldUp = !isThrough;
+        if (isHeldUp) {
+            isDiskHeld = false;
+        }
+    });
+    desk.manager.captureStarts();
+    isThrough = true;
+    watch.join();
+    QVERIFY(!isHeldUp);
+    results.reset();
+    QVERIFY(desk.manager.isExporting()); // the file is still to be removed
+    QCOMPARE(desk.manager.exportProgress(), 1.0);
+    desk.manager.cancelExport();
+    isDiskHeld = false;
+    QVERIFY(desk.wait());
+    QVERIFY(desk.manager.exportOutcome().cancelled);
+    QCOMPARE(desk.read("frames.txt"), QByteArray("before"));
+    QCOMPARE(desk.files().size(), 1);
+#endif
 }
 
 void TstExportDataProMng::onlyOneExportRunsAtATime()
