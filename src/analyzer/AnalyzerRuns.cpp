@@ -8,14 +8,13 @@
 #include "store/SmpData.h"
 #include "store/SmpLease.h"
 
-#include <QDeadlineTimer>
-
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-constexpr int patience = 50;      // ms, that the main thread waits for a worker
+constexpr int patience = 50;      // ms, that the main thread waits for workers and readers together
+constexpr int lastPatience = 10;  // ms of these, for readers behind workers
 constexpr int mostRestarts = 100; // that a decoder may ask for; one that never has enough would run for ever
 
 QString doesNotStop()
@@ -124,7 +123,12 @@ void AnalyzerRuns::letGo(AnalyzerItem &item)
 
 bool AnalyzerRuns::endWorker(AnalyzerItem &item)
 {
-    return endWorker(item, QDeadlineTimer(patience));
+    return endWorker(item, workersEnd());
+}
+
+QDeadlineTimer AnalyzerRuns::workersEnd() const
+{
+    return m_gate.isWanted() ? m_changeEnd : QDeadlineTimer(patience - lastPatience);
 }
 
 bool AnalyzerRuns::endWorker(AnalyzerItem &item, const QDeadlineTimer &until)
@@ -152,7 +156,7 @@ void AnalyzerRuns::stopAll()
             item.progMng->askToStop(); // all at once
         }
     }
-    const QDeadlineTimer until(patience); // of all
+    const QDeadlineTimer until = workersEnd(); // of all
     for (AnalyzerItem &item : items) {
         endWorker(item, until);
     }
@@ -163,7 +167,7 @@ void AnalyzerRuns::endAll()
     for (AnalyzerItem &item : items) {
         item.progMng->askToStop(); // all at once
     }
-    const QDeadlineTimer until(patience); // of all
+    const QDeadlineTimer until = workersEnd(); // of all
     for (AnalyzerItem &item : items) {
         if (item.progMng->waitParked(int(until.remainingTime()))) {
             drop(item);
@@ -184,7 +188,7 @@ void AnalyzerRuns::endAll()
 
 void AnalyzerRuns::leaveToWriter()
 {
-    const QDeadlineTimer until(patience); // of all
+    const QDeadlineTimer until = workersEnd(); // of all
     for (AnalyzerItem &item : items) {
         if (item.capture && item.capture->writerWaits()) {
             endWorker(item, until);
@@ -226,7 +230,8 @@ void AnalyzerRuns::slotStopWorkThread(AnalyzerProgMng *progMng, Analyzer *anly)
 
 void AnalyzerRuns::takeOut(AnalyzerItem &item)
 {
-    const ResultsChange change = prepareModify(); // its results go some time after the item has others
+    // Its results go some time after the item has others.
+    const ResultsChange change = prepareModify(std::chrono::milliseconds(lastPatience));
     const QString name = item.name();
     AnalyzerItem old = m_maker.exchange(item);
     item.lingering = m_lingering.add(name, std::move(old));
@@ -266,10 +271,13 @@ void AnalyzerRuns::lingeringOverdue(quint64 number, const QString &name)
 
 // ---- results
 
-ResultsChange AnalyzerRuns::prepareModify()
+ResultsChange AnalyzerRuns::prepareModify(std::chrono::milliseconds readers)
 {
     emit modifyPrepared();
-    return ResultsChange(m_gate);
+    if (!m_gate.isWanted()) { // none is under way
+        m_changeEnd.setRemainingTime(patience);
+    }
+    return {m_gate, readers};
 }
 
 bool AnalyzerRuns::leaveResults(AnalyzerItem &item)

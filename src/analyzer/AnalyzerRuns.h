@@ -4,9 +4,11 @@
 #include "analyzer/LingeringWorkers.h"
 #include "analyzer/ResultsGate.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -14,7 +16,6 @@
 class AnalyzerMaker;
 class AnalyzerProgMng;
 class FaultTeller;
-class QDeadlineTimer;
 class SmpData;
 
 /// The runs of the user's analyzers on the present capture: starts their workers, and ends them.
@@ -54,7 +55,7 @@ public:
     void endAll();
 
     /// The right to replace results: their readers are told, and waited for.
-    [[nodiscard]] ResultsChange prepareModify();
+    [[nodiscard]] ResultsChange prepareModify() { return prepareModify(m_gate.patience); }
     /// To be called before the item's results go: a reader that did not come out of them keeps them, with their
     /// analyzer. @return whether the item has another instance now
     bool leaveResults(AnalyzerItem &item);
@@ -86,6 +87,10 @@ private slots:
     void leaveToWriter();
 
 private:
+    /// @param readers  the patience with them
+    [[nodiscard]] ResultsChange prepareModify(std::chrono::milliseconds readers);
+    /// The end of the patience with workers: within a change of results, what its readers have left of it.
+    [[nodiscard]] QDeadlineTimer workersEnd() const;
     /// Ends the item's worker, or takes it out of the item. @return false in that case
     bool endWorker(AnalyzerItem &item);
     /// The same, of several workers that leave at the same time: `until` is the end of the patience with all.
@@ -103,7 +108,8 @@ private:
     AnalyzerMaker &m_maker;
     FaultTeller &m_faults;
     ResultsGate &m_gate;
-    SmpData *m_capture = nullptr;                                              ///< not owned
+    QDeadlineTimer m_changeEnd;   ///< of the patience within the change of results that is under way
+    SmpData *m_capture = nullptr; ///< not owned
     std::shared_ptr<CaptureView> deviceView = std::make_shared<CaptureView>(); ///< never null
     std::vector<AnalyzerItem> m_read;                                          ///< readers did not come out of them
     LingeringWorkers m_lingering;

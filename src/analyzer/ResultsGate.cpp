@@ -135,13 +135,13 @@ ResultsPass::~ResultsPass()
     }
 }
 
-ResultsChange::ResultsChange(ResultsGate &gate) : m_gate(gate)
+ResultsChange::ResultsChange(ResultsGate &gate, std::chrono::milliseconds patience) : m_gate(gate)
 {
     const auto isFree = [&gate] { return gate.m_holders.empty(); };
     std::unique_lock lock(gate.m_mutex);
     ++gate.m_changes;
     gate.modifyPending.store(true, std::memory_order_release);
-    if (gate.m_changed.wait_for(lock, gate.patience, isFree)) {
+    if (gate.m_changed.wait_for(lock, patience, isFree)) {
         return;
     }
     do {

@@ -138,7 +138,9 @@ private:
 /// who have one, and takes it from those who do not come. Main thread, which must hold no pass itself; may nest.
 class ResultsChange {
 public:
-    explicit ResultsChange(ResultsGate &gate);
+    explicit ResultsChange(ResultsGate &gate) : ResultsChange(gate, gate.patience) {}
+    /// @param patience  with readers that are inside of a plug-in's code
+    ResultsChange(ResultsGate &gate, std::chrono::milliseconds patience);
     ~ResultsChange();
     ResultsChange(const ResultsChange &) = delete;
     ResultsChange &operator=(const ResultsChange &) = delete;

@@ -3,11 +3,15 @@
 #include "analyzer/AnalyzerProgMng.h"
 #include "plugins/TextGate.h"
 
+#include <QElapsedTimer>
 #include <QLibrary>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
+#include <memory>
 #include <random>
 #include <thread>
 #include <utility>
@@ -130,7 +134,49 @@ private:
     std::atomic<bool> m_isFilled{false};
 };
 
+/// Two analyzers: while this lives, somebody is inside of the results of the first one, and the worker of the second
+/// one does not leave.
+class HeldDesk : public AnalyzerDesk {
+public:
+    HeldDesk() : AnalyzerDesk({QStringLiteral("leaves-late"), sound}) {}
+    ~HeldDesk()
+    {
+        isHeld = false;
+        mayLeave().held = false;
+        reader.join();
+    }
+    [[nodiscard]] bool begin()
+    {
+        mayLeave().held = true;
+        const bool areThere = add(1, 1) && waitForWorkers() && add(0, 0);
+        reader = std::thread([this, read = results(0)] {
+            const auto me = std::make_shared<ResultsReader>();
+            const ResultsPass pass(manager->gate(), me);
+            (void)me->inside(read, [this] {
+                reads = true;
+                while (isHeld) {
+                    std::this_thread::yield();
+                }
+            });
+        });
+        return areThere && QTest::qWaitFor([this] { return reads.load(); });
+    }
+
+private:
+    [[nodiscard]] TextGate &mayLeave() const
+    {
+        QLibrary file(manager->foundLibraries().at(0).path);
+        return *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    }
+
+    std::atomic<bool> reads{false};
+    std::atomic<bool> isHeld{true};
+    std::thread reader;
+};
+
 } // namespace
+
+Q_DECLARE_METATYPE(std::function<void(AnalyzerManager &)>)
 
 class TstAnalyzerManager : public QObject {
     Q_OBJECT
@@ -165,6 +211,8 @@ private slots:
     void withoutACaptureNothingRuns();
     void resultsAreReplacedOnlyWhenTheirReadersHaveLeft();
     void aRestartWaitsForTheStepOfAScan();
+    void waitsForAReaderAndAWorkerDoNotAddUp_data();
+    void waitsForAReaderAndAWorkerDoNotAddUp();
     void aWriterOfWhomNobodyToldIsLeftToAlone();
     void whateverIsAskedForWhileDecodersRunLeavesThemSound();
 };
@@ -607,6 +655,34 @@ void TstAnalyzerManager::aRestartWaitsForTheStepOfAScan()
     QVERIFY(!isInside);
     QVERIFY(desk.waitForWorkers());
     QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
+}
+
+void TstAnalyzerManager::waitsForAReaderAndAWorkerDoNotAddUp_data()
+{
+    using Act = std::function<void(AnalyzerManager &)>;
+    QTest::addColumn<Act>("act");
+    QTest::newRow("remove") << Act([](AnalyzerManager &manager) { manager.removeAnalyzer(1); });
+    QTest::newRow("restart") << Act([](AnalyzerManager &manager) { manager.restartAnalyzer(1); });
+    QTest::newRow("load") << Act([](AnalyzerManager &manager) { manager.loadFromConfig(); });
+    QTest::newRow("stop") << Act([](AnalyzerManager &manager) { manager.stopWorker(1); });
+    QTest::newRow("stop all") << Act([](AnalyzerManager &manager) { manager.stopAllWorkers(); });
+}
+
+void TstAnalyzerManager::waitsForAReaderAndAWorkerDoNotAddUp()
+{
+    constexpr qint64 both = 85; // ms: one behind the other they are 90
+    constexpr int tries = 5;    // on a machine that has much else to do
+    QFETCH(std::function<void(AnalyzerManager &)>, act);
+    qint64 shortest = both;
+    for (int i = 0; i < tries && shortest >= both; ++i) {
+        HeldDesk desk;
+        QVERIFY(desk.begin());
+        QElapsedTimer time;
+        time.start();
+        act(*desk.manager);
+        shortest = std::min(shortest, time.elapsed());
+    }
+    QVERIFY(shortest < both);
 }
 
 void TstAnalyzerManager::aWriterOfWhomNobodyToldIsLeftToAlone()
