@@ -1,5 +1,9 @@
 #include "LcdSettings.h"
 
+#include "common/DistinctChannels.h"
+
+#include <algorithm>
+
 using lux::Presence;
 
 namespace {
@@ -59,19 +63,13 @@ std::vector<Channel> LcdSettings::bus() const
 
 std::string LcdSettings::check() const
 {
-    const auto isSame = [](const Channel &a, const Channel &b) {
-        return a.isDefined() && b.isDefined() && a.channelIndex == b.channelIndex;
-    };
-    if (isSame(e, rs) || isSame(e, rw) || isSame(rs, rw)) {
-        return "Enable, RS and R/W must be different channels";
+    std::vector<Channel> lines = bus();
+    if (std::any_of(lines.begin(), lines.end(), [](const Channel &line) { return !line.isDefined(); })) {
+        return "Choose a channel for each data line: D4 to D7, or D0 to D7";
     }
-    for (const Channel &line : bus()) {
-        if (!line.isDefined()) {
-            return "Choose a channel for each data line: D4 to D7, or D0 to D7";
-        }
-        if (isSame(line, e) || isSame(line, rs) || isSame(line, rw)) {
-            return "A data line must be another channel than Enable, RS and R/W";
-        }
+    lines.insert(lines.end(), {rs, rw, e, cs1, cs2});
+    if (!lux::areDistinct(lines)) {
+        return "All lines must be different channels";
     }
     return {};
 }

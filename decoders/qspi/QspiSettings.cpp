@@ -1,5 +1,7 @@
 #include "QspiSettings.h"
 
+#include "common/DistinctChannels.h"
+
 #include <charconv>
 #include <vector>
 
@@ -107,6 +109,9 @@ std::string QspiSettings::check() const
     const bool needsFour = qpi || mode == QspiMode::M444 || mode == QspiMode::M144 || mode == QspiMode::M114;
     if (needsFour && !(all[2].isDefined() && all[3].isDefined())) {
         return "Choose channels for all four data lines";
+    }
+    if (!lux::areDistinct({clk, cs, all[0], all[1], all[2], all[3]})) {
+        return "All lines must be different channels";
     }
     return {};
 }

@@ -97,6 +97,8 @@ private slots:
     void cutEndsShowNothingFalse();
     void positionsAreWiderThan32Bits();
     void settingsThatDoNotGoTogetherAreRefused();
+    void linesThatShareAChannelAreRefused_data();
+    void linesThatShareAChannelAreRefused();
     void textsGoFromShortToLong();
     void theTextIsExportedAsItIsShown();
     void theSimulationIsDecodedAsItWasSent_data();
@@ -426,13 +428,52 @@ void TstLcd::positionsAreWiderThan32Bits()
 void TstLcd::settingsThatDoNotGoTogetherAreRefused()
 {
     DecodeDesk desk(std::make_unique<LcdAnalyzer>());
-    QCOMPARE(desk.edit({{"rs", "0"}, {"e", "0"}}), std::string("Enable, RS and R/W must be different channels"));
-    QCOMPARE(desk.edit({{"e", "1"}}), std::string("Choose a channel for each data line: D4 to D7, or D0 to D7"));
-    QCOMPARE(desk.edit({{"d4", "2"}, {"d5", "3"}, {"d6", "4"}, {"d7", "1"}}),
-             std::string("A data line must be another channel than Enable, RS and R/W"));
-    QCOMPARE(desk.edit({{"d7", "5"}}), std::string());
+    QCOMPARE(desk.edit({{"rs", "0"}, {"e", "1"}}),
+             std::string("Choose a channel for each data line: D4 to D7, or D0 to D7"));
+    QCOMPARE(desk.edit({{"d4", "2"}, {"d5", "3"}, {"d6", "4"}, {"d7", "5"}}), std::string());
     QVERIFY(!desk.edit({{"bits", "8"}}).empty());
     QCOMPARE(desk.edit({{"d", "6"}}), std::string());
+}
+
+void TstLcd::linesThatShareAChannelAreRefused_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("channel");
+    QTest::newRow("RS and E") << "rs"
+                              << "2";
+    QTest::newRow("R/W and RS") << "rw"
+                                << "0";
+    QTest::newRow("a data line and E") << "d7"
+                                       << "2";
+    QTest::newRow("two data lines") << "d7"
+                                    << "3";
+    QTest::newRow("data lines in a row and R/W") << "d"
+                                                 << "1";
+    QTest::newRow("CS1 and CS2") << "cs1"
+                                 << "12";
+    QTest::newRow("CS1 and a data line") << "cs1"
+                                         << "5";
+    QTest::newRow("CS2 and E") << "cs2"
+                               << "2";
+}
+
+void TstLcd::linesThatShareAChannelAreRefused()
+{
+    QFETCH(QString, key);
+    QFETCH(QString, channel);
+    DecodeDesk desk(std::make_unique<LcdAnalyzer>());
+    QCOMPARE(desk.edit({{"rs", "0"},
+                        {"rw", "1"},
+                        {"e", "2"},
+                        {"d4", "3"},
+                        {"d5", "4"},
+                        {"d6", "5"},
+                        {"d7", "6"},
+                        {"cs1", "11"},
+                        {"cs2", "12"}}),
+             std::string());
+    QCOMPARE(desk.edit({{key.toStdString(), channel.toStdString()}}),
+             std::string("All lines must be different channels"));
 }
 
 void TstLcd::textsGoFromShortToLong()

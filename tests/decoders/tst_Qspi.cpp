@@ -205,6 +205,7 @@ private slots:
     void dummyClocksMayBeSet();
     void linesMayBeListed();
     void settingsThatDoNotGoTogetherAreRefused();
+    void linesThatShareAChannelAreRefused();
     void bubblesGoFromShortToLong();
     void exportsHaveTheDataOfEachDirection();
     void whatTheCaptureCutsIsNotShown();
@@ -580,6 +581,19 @@ void TstQspi::settingsThatDoNotGoTogetherAreRefused()
     QCOMPARE(desk.edit({{"qpi", "true"}}), std::string("Choose channels for all four data lines"));
     QCOMPARE(desk.edit({{"io0", "2"}, {"io2", "4"}, {"io3", "5"}}), std::string());
     QVERIFY(!desk.edit({{"io3", "0"}}).empty());
+}
+
+void TstQspi::linesThatShareAChannelAreRefused()
+{
+    for (const char *text : {"2-4+2", "2+2", "0-3", "2+1", "2+3+4+4"}) {
+        DecodeDesk desk(std::make_unique<QspiAnalyzer>());
+        QCOMPARE(desk.edit({{"clk", "0"}, {"cs", "1"}, {"io", text}}),
+                 std::string("All lines must be different channels"));
+    }
+    DecodeDesk desk(std::make_unique<QspiAnalyzer>());
+    QCOMPARE(desk.edit({{"clk", "0"}, {"cs", "1"}, {"io2", "2"}, {"io", "2-5"}}),
+             std::string("All lines must be different channels"));
+    QCOMPARE(desk.edit({{"io", "3-6"}}), std::string());
 }
 
 void TstQspi::bubblesGoFromShortToLong()
