@@ -27,7 +27,7 @@ LcdSettings::LcdSettings()
                   {int(LcdController::St7920), "st7920", "ST7920", "Characters and graphics: 12864"},
                   {int(LcdController::Ks0108), "ks0108", "KS0108", "Graphics: 12864"}},
                  LcdController::Hd44780),
-      width(*this, "bits", "Data lines", "",
+      width(*this, "bits", "Data lines", "How many data lines the bus has",
             {{0, "auto", "Automatic", "Eight when all of them have a channel"}, {4, "4", "4"}, {8, "8", "8"}}, 0)
 {
     addExport(ShownText, "Text as shown", "Text file", "txt");

@@ -38,7 +38,7 @@ ParallelSettings::ParallelSettings()
                  {int(ClockEdge::Falling), "falling", "Falling"},
                  {int(ClockEdge::Either), "either", "Either", "Double data rate"}},
                 ClockEdge::Rising),
-      enableLevel(*this, "enable_polarity", "Enable is active", "",
+      enableLevel(*this, "enable_polarity", "Enable is active", "The level of the enable line at which words count",
                   {{int(EnableLevel::Low), "low", "Low"}, {int(EnableLevel::High), "high", "High"}}, EnableLevel::Low),
       settleTime(*this, "settle_time", "Settling time (ns)",
                  "Without a clock: a word counts when no line has changed for so long; 0 for every change", {}, 0),

@@ -6,9 +6,9 @@ SdioSettings::SdioSettings()
     : clk(*this, "clk", "CLK", "The clock line"),
       cmd(*this, "cmd", "CMD", "The line of commands and responses"),
       d0(*this, "d0", "DAT0", "The first data line; without it data is not decoded", Presence::Optional),
-      d1(*this, "d1", "DAT1", "", Presence::Optional),
-      d2(*this, "d2", "DAT2", "", Presence::Optional),
-      d3(*this, "d3", "DAT3", "", Presence::Optional),
+      d1(*this, "d1", "DAT1", "The second data line, for a bus of 4 bits", Presence::Optional),
+      d2(*this, "d2", "DAT2", "The third data line, for a bus of 4 bits", Presence::Optional),
+      d3(*this, "d3", "DAT3", "The fourth data line, for a bus of 4 bits", Presence::Optional),
       width(*this, "width", "Bus width", "How many data lines are in use",
             {{1, "1", "1 bit: DAT0"}, {4, "4", "4 bits: DAT0 to DAT3"}}, 4)
 {}

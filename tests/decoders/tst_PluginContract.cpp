@@ -21,6 +21,8 @@ private slots:
     void aPluginHasTheFourEntryPoints();
     void settingsHaveKeysTitlesAndRanges_data() { plugins(); }
     void settingsHaveKeysTitlesAndRanges();
+    void everySettingHasAToolTip_data() { plugins(); }
+    void everySettingHasAToolTip();
     void settingsComeBackFromTheirText_data() { plugins(); }
     void settingsComeBackFromTheirText();
     void operationsMayBeCalledInAnyOrder_data() { plugins(); }
@@ -172,6 +174,16 @@ void TstPluginContract::settingsHaveKeysTitlesAndRanges()
         QCOMPARE(std::string(face->GetAsText()), shown);
     }
     QVERIFY(pluginChecks::connectChannels(*analyzer));
+}
+
+void TstPluginContract::everySettingHasAToolTip()
+{
+    const auto analyzer = plugin().make();
+    const AnalyzerSettings &settings = *analyzer->GetAnalyzerSettings();
+    for (std::uint32_t i = 0; i < settings.GetSettingsInterfacesCount(); ++i) {
+        const AnalyzerSettingInterface *face = settings.GetSettingsInterface(i);
+        QVERIFY2(*face->GetToolTip() != '\0', face->GetKey());
+    }
 }
 
 void TstPluginContract::settingsComeBackFromTheirText()
