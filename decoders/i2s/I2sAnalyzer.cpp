@@ -1,6 +1,7 @@
 #include "I2sAnalyzer.h"
 
 #include <algorithm>
+#include <optional>
 
 using lux::ChannelReader;
 using lux::Sample;
@@ -96,7 +97,7 @@ void I2sAnalyzer::readStereo(Clocks &clocks)
     }
     // The word that the capture's end cuts: its value is known when all of its bits are there.
     if (hasBegin && !isRight && wanted > 0 && bits.count >= wanted) {
-        addWord(bits, 0, unsigned(wanted), ws == m_rules.isLeftHigh ? 0 : 1, false);
+        add(wordOf(bits, 0, unsigned(wanted), ws == m_rules.isLeftHigh ? 0 : 1, false));
     }
 }
 
@@ -114,44 +115,59 @@ void I2sAnalyzer::endHalf(const Bits &bits, bool ws)
         m_usual = bits.count == m_before || m_usual == 0 ? bits.count : m_usual;
         m_before = bits.count;
         const bool isWrong = bits.count != m_usual;
-        addWord(bits, isRight ? bits.count - there : 0, unsigned(there), slot, isWrong);
+        add(wordOf(bits, isRight ? bits.count - there : 0, unsigned(there), slot, isWrong));
     } else if (bits.count < wanted) {
-        addWord(bits, 0, unsigned(there), slot, true);
+        add(wordOf(bits, 0, unsigned(there), slot, true));
     } else {
-        addWord(bits, isRight ? bits.count - wanted : 0, unsigned(wanted), slot, false);
+        add(wordOf(bits, isRight ? bits.count - wanted : 0, unsigned(wanted), slot, false));
     }
 }
 
+/// How the slots of a frame lie: as the settings tell, and else as the first frame has them.
+I2sAnalyzer::Slots I2sAnalyzer::slotsOf(const Clocks &clocks) const
+{
+    const auto bits = std::uint64_t(m_settings.bits.value());
+    const std::uint64_t frame = clocksOfFrame(clocks);
+    Slots slots{.count = std::uint64_t(m_settings.slotCount.value()),
+                .width = std::max(std::uint64_t(m_settings.slotWidth.value()), bits)};
+    if (slots.count == 0) {
+        const bool isOne = m_settings.format != I2sFormat::Tdm || slots.width == 0;
+        slots.count = isOne ? 1 : std::max<std::uint64_t>(1, frame / slots.width);
+    }
+    if (slots.width == 0) {
+        slots.width = std::max<std::uint64_t>(1, frame / slots.count);
+    }
+    slots.wanted = std::min<std::uint64_t>(bits > 0 ? bits : slots.width, Bits::most);
+    return slots;
+}
+
 /// A rise of the word select begins a frame of slots that follow each other; in mode A and TDM with the clock behind
-/// it.
+/// it. A word is kept until it is known whether its frame ends with it too early.
 void I2sAnalyzer::readFrames(Clocks &clocks)
 {
     const bool isLate = m_settings.format != I2sFormat::DspB;
-    const std::uint64_t frame = clocksOfFrame(clocks);
-    std::uint64_t width = std::uint64_t(std::max(m_settings.slotWidth.value(), m_settings.bits.value()));
-    std::uint64_t count = std::uint64_t(m_settings.slotCount.value());
-    if (count == 0) {
-        count = m_settings.format != I2sFormat::Tdm || width == 0 ? 1 : std::max<std::uint64_t>(1, frame / width);
-    }
-    if (width == 0) {
-        width = std::max<std::uint64_t>(1, frame / count);
-    }
-    const std::uint64_t wanted = std::min<std::uint64_t>(
-        m_settings.bits.value() > 0 ? std::uint64_t(m_settings.bits.value()) : width, Bits::most);
+    const Slots slots = slotsOf(clocks);
     Bits bits;
-    std::uint64_t slot = count; ///< the present one; that many behind the last
+    std::uint64_t slot = slots.count; ///< the present one; that many behind the last
     std::uint64_t inSlot = 0;
+    std::optional<FrameData> kept;
+    const auto endWord = [&] {
+        if (kept) {
+            add(*kept);
+        }
+        kept = wordOf(bits, 0, unsigned(bits.count), slot + m_rules.firstSlot, bits.count < slots.wanted);
+    };
     const auto take = [&](const Clock &clock) {
-        if (slot == count) {
+        if (slot == slots.count) {
             return;
         }
-        if (inSlot < wanted) {
+        if (inSlot < slots.wanted) {
             bits.addLast(clock.sd, clock.edge);
-            if (bits.count == wanted) {
-                endSlot(bits, slot, unsigned(wanted));
+            if (bits.count == slots.wanted) {
+                endWord();
             }
         }
-        if (++inSlot == width) {
+        if (++inSlot == slots.width) {
             inSlot = 0;
             ++slot;
             bits.clear();
@@ -164,8 +180,11 @@ void I2sAnalyzer::readFrames(Clocks &clocks)
             take(clock);
         }
         if (begins) {
-            if (slot < count && bits.count > 0 && bits.count < wanted) {
-                endSlot(bits, slot, unsigned(wanted));
+            if (slot < slots.count && bits.count > 0 && bits.count < slots.wanted) {
+                endWord();
+            } else if (slot < slots.count && kept) {
+                kept->flags |= I2sResults::ShortFrame;
+                kept->data2 = slot * slots.width + inSlot;
             }
             slot = 0;
             inSlot = 0;
@@ -175,11 +194,9 @@ void I2sAnalyzer::readFrames(Clocks &clocks)
             }
         }
     }
-}
-
-void I2sAnalyzer::endSlot(const Bits &bits, std::uint64_t slot, unsigned width)
-{
-    addWord(bits, 0, std::min(width, unsigned(bits.count)), slot + m_rules.firstSlot, bits.count < width);
+    if (kept) {
+        add(*kept);
+    }
 }
 
 /// The clocks from the first rise of the word select to the second; 0 where there are none.
@@ -201,21 +218,24 @@ std::uint64_t I2sAnalyzer::clocksOfFrame(Clocks clocks) const
 }
 
 /// @param first  of the bits that make the word, counted from the first that was taken
-void I2sAnalyzer::addWord(const Bits &bits, std::uint64_t first, unsigned width, std::uint64_t slot, bool isWrong)
+FrameData I2sAnalyzer::wordOf(const Bits &bits, std::uint64_t first, unsigned width, std::uint64_t slot,
+                              bool isWrong) const
 {
     const std::uint64_t kept = std::min<std::uint64_t>(bits.count, Bits::most);
     // The last bits lie lowest; the first ones are above those that follow them.
     const std::uint64_t behind = m_rules.format == I2sFormat::Right ? 0 : kept - width;
     const std::uint64_t mask = ~std::uint64_t(0) >> (Bits::most - width);
     const std::uint64_t value = bits.value >> behind & mask;
-    const Sample begin = bits.at[first % Bits::most];
-    const Sample end = bits.at[(first + width - 1) % Bits::most];
-    I2sResults &out = results();
-    out.mark(m_rules.sd, begin, isWrong ? MarkerType::ErrorX : MarkerType::Start);
-    out.add({.firstSample = begin,
-             .lastSample = end,
-             .data = m_rules.bitOrder == lux::BitOrder::MsbFirst ? value : lux::reversed(value, width),
-             .kind = I2sResults::Word,
-             .flags = std::uint16_t(isWrong ? I2sResults::WrongCount : 0),
-             .extra = std::uint32_t(slot << 16 | width)});
+    return {.firstSample = bits.at[first % Bits::most],
+            .lastSample = bits.at[(first + width - 1) % Bits::most],
+            .data = m_rules.bitOrder == lux::BitOrder::MsbFirst ? value : lux::reversed(value, width),
+            .kind = I2sResults::Word,
+            .flags = std::uint16_t(isWrong ? I2sResults::WrongCount : 0),
+            .extra = std::uint32_t(slot << 16 | width)};
+}
+
+void I2sAnalyzer::add(const FrameData &word)
+{
+    results().mark(m_rules.sd, word.firstSample, word.flags != 0 ? MarkerType::ErrorX : MarkerType::Start);
+    results().add(word);
 }

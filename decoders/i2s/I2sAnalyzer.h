@@ -51,6 +51,12 @@ private:
         bool sd = false;
     };
     class Clocks;
+    /// The slots of a frame, in clocks.
+    struct Slots {
+        std::uint64_t count = 0;
+        std::uint64_t width = 0;
+        std::uint64_t wanted = 0; ///< of a slot's clocks, those of the word at its begin
+    };
     /// The settings that each word needs: noise has a word every other clock.
     struct Rules {
         Channel sd;
@@ -65,8 +71,10 @@ private:
     void readStereo(Clocks &clocks);
     void readFrames(Clocks &clocks);
     void endHalf(const Bits &bits, bool ws);
-    void endSlot(const Bits &bits, std::uint64_t slot, unsigned width);
-    void addWord(const Bits &bits, std::uint64_t first, unsigned width, std::uint64_t slot, bool isWrong);
+    [[nodiscard]] Slots slotsOf(const Clocks &clocks) const;
+    [[nodiscard]] FrameData wordOf(const Bits &bits, std::uint64_t first, unsigned width, std::uint64_t slot,
+                                   bool isWrong) const;
+    void add(const FrameData &word);
     [[nodiscard]] std::uint64_t clocksOfFrame(Clocks clocks) const;
 
     void sendFrame(lux::Simulation &simulation, std::uint64_t slotCount, std::uint64_t width);

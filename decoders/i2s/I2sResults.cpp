@@ -60,6 +60,10 @@ void I2sResults::describe(const FrameData &frame, FrameText &out) const
         count.add(", ");
         count.add(lux::formatCount(bitsOf(frame)).view());
         count.add(bitsOf(frame) == 1 ? " bit only" : " bits, not as many as usual");
+    } else if ((frame.flags & ShortFrame) != 0) {
+        count.add(", the frame has ");
+        count.add(lux::formatCount(std::int64_t(frame.data2)).view());
+        count.add(" clocks only");
     }
     out.add(value);
     out.add(letter, value, count.view().empty() ? "" : "!");
@@ -71,6 +75,8 @@ void I2sResults::values(const FrameData &frame, FrameValues &out) const
     out.kind("sample").number("slot", slotOf(frame)).number("v", frame.data);
     if ((frame.flags & WrongCount) != 0) {
         out.number("n", bitsOf(frame));
+    } else if ((frame.flags & ShortFrame) != 0) {
+        out.number("clocks", frame.data2);
     }
 }
 

@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <span>
 
-/// The samples of a serial audio bus: `data` is the word, `extra` its slot (upper half) and its bits (lower half).
+/// The samples of a serial audio bus: `data` is the word, `extra` its slot (upper half) and its bits (lower half). Of a
+/// frame that is too short `data2` has the clocks, at its last word.
 class I2sResults final : public lux::Results {
 public:
     enum Kind : std::uint8_t { Word };
-    enum Flag : std::uint16_t { WrongCount = 1 }; ///< other than the usual number of bits
+    enum Flag : std::uint16_t {
+        WrongCount = 1, ///< other than the usual number of bits
+        ShortFrame = 2, ///< the last word of a frame with fewer clocks than its slots need
+    };
 
     explicit I2sResults(const I2sSettings &settings);
 

@@ -18,7 +18,7 @@ constexpr std::uint32_t scatter = 2654435761; ///< an odd number, so that words 
 
 } // namespace
 
-/// Frame after frame; the words count up in scattered steps, and now and then the last one lacks a bit.
+/// Frame after frame; the words count up in scattered steps, and now and then a frame lacks its last clock.
 void I2sAnalyzer::simulate(Simulation &simulation)
 {
     const auto bits = std::uint64_t(m_settings.bits.value());
@@ -45,7 +45,7 @@ void I2sAnalyzer::sendFrame(Simulation &simulation, std::uint64_t slotCount, std
     SimulationLine &sck = simulation.line(m_settings.sck, !isRise);
     SimulationLine &ws = simulation.line(m_settings.ws, !m_settings.isLeftHigh());
     SimulationLine &sd = simulation.line(m_settings.sd, false);
-    const bool isShort = bits == width && width > 1 && m_sent % shortEvery == shortEvery - 1;
+    const bool isShort = (bits == width || !isStereo) && width > 1 && m_sent % shortEvery == shortEvery - 1;
     const std::uint64_t clocks = slotCount * width - std::uint64_t(isShort);
     if (m_sent == 0) {
         simulation.holdTime(2, rate); // the lines at rest

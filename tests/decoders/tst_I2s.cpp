@@ -109,6 +109,8 @@ private slots:
     void slotsMayBeWiderThanWords();
     void slotsAreCountedFromTheFrame();
     void aFrameThatIsTooShortIsTold();
+    void aFrameThatEndsBehindAWholeWordIsTold_data();
+    void aFrameThatEndsBehindAWholeWordIsTold();
     void wordsHaveOneToSixtyFourBits_data();
     void wordsHaveOneToSixtyFourBits();
     void aWordWithTooFewBitsIsTold();
@@ -251,6 +253,52 @@ void TstI2s::aFrameThatIsTooShortIsTold()
     QCOMPARE(desk.summaries(),
              (Texts{sample(1, 10), sample(2, 5), sample(1, 12), sample(2, 3) + " n=2", sample(1, 15), sample(2, 0)}));
     QCOMPARE(desk.frame(3).text, std::string("Slot 2 0x3, 2 bits, not as many as usual"));
+}
+
+void TstI2s::aFrameThatEndsBehindAWholeWordIsTold_data()
+{
+    QTest::addColumn<QString>("settings");
+    QTest::addColumn<QString>("cut");
+    QTest::addColumn<QStringList>("words");
+    // Behind a slot, within the padding of one, and within that of the last one; a frame has 24 clocks.
+    const auto row = [](const char *name, const char *settings, const char *cut, const char *words) {
+        QTest::newRow(name) << settings << cut << QString::fromLatin1(words).split(QLatin1Char(' '));
+    };
+    row("slots are missing", "bits=4,slots=6", "101001011100", "10 5 12");
+    row("a slot's padding", "bits=4,slots=3,slot_width=8", "1010000001010", "10 5");
+    row("the last padding", "bits=4,slots=3,slot_width=8", "10100000010100001100000", "10 5 12");
+}
+
+void TstI2s::aFrameThatEndsBehindAWholeWordIsTold()
+{
+    QFETCH(QString, settings);
+    QFETCH(QString, cut);
+    QFETCH(QStringList, words);
+    for (const bool isEarly : {true, false}) {
+        Sender sender;
+        sender.idle(3, false);
+        if (isEarly) {
+            sender.bit(true, false);
+        }
+        sender.frame(bitsOf(0, 24), isEarly).frame(cut.toStdString(), isEarly).frame(bitsOf(0, 24), isEarly);
+        sender.frame(bitsOf(0, 24), isEarly);
+        const Desk desk(sender, with(settings.toStdString() + (isEarly ? ",format=pcm" : ",format=dsp_b")));
+        const int whole = settings.contains(QLatin1String("slots=6")) ? 6 : 3;
+        Texts expected;
+        for (int frame = 0; frame < 4; ++frame) {
+            for (int slot = 0; slot < (frame == 1 ? words.size() : whole); ++slot) {
+                expected.push_back(sample(slot, frame == 1 ? words[slot].toULong() : 0));
+            }
+            if (frame == 1) {
+                expected.back() += " clocks=" + std::to_string(cut.size());
+            }
+        }
+        QCOMPARE(desk.summaries(), expected);
+        const auto wrong = std::size_t(whole + words.size() - 1);
+        QVERIFY(desk.frame(wrong).text.ends_with(", the frame has " + std::to_string(cut.size()) + " clocks only"));
+        QCOMPARE(desk.markers(sd)[wrong].type, MarkerType::ErrorX);
+        QCOMPARE(desk.markers(sd)[wrong + 1].type, MarkerType::Start);
+    }
 }
 
 void TstI2s::wordsHaveOneToSixtyFourBits_data()
@@ -471,8 +519,8 @@ void TstI2s::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("TDM") << "bits=16,format=tdm,slots=8,slot_width=32" << 500000000 << 100000;
 }
 
-/// Word n is n times an odd number, in slot after slot. The last one of each 23rd frame lacks its last bit, where words
-/// have no room around them.
+/// Word n is n times an odd number, in slot after slot. Each 23rd frame lacks its last clock: a bit of the last word,
+/// where words have no room around them, and else a clock of a frame of slots.
 void TstI2s::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(QString, settings);
@@ -499,8 +547,12 @@ void TstI2s::theSimulationIsDecodedAsItWasSent()
     const auto text = [&](std::uint32_t n) {
         const std::uint64_t value = (n * 2654435761U) & (~std::uint64_t(0) >> (64 - bits));
         const std::string whole = sample(int(n % count + firstSlot), value);
-        if (isWide || n % count != count - 1 || n / count % 23 != 22) {
+        if (n % count != count - 1 || n / count % 23 != 22) {
             return whole;
+        }
+        if (isWide) {
+            const unsigned clocks = numberAt("slot_width=", 0) * count - 1;
+            return isFramed ? whole + " clocks=" + std::to_string(clocks) : whole;
         }
         const std::uint64_t left = isLsb ? value & (~std::uint64_t(0) >> (65 - bits)) : value >> 1;
         return sample(int(n % count + firstSlot), left) + " n=" + std::to_string(bits - 1);
