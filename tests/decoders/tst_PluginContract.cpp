@@ -45,6 +45,8 @@ private slots:
     void theSimulationIsDecoded();
     void theSimulationIsTheSameHoweverItIsCut_data() { plugins(); }
     void theSimulationIsTheSameHoweverItIsCut();
+    void positionsAreWiderThan32Bits_data() { plugins(); }
+    void positionsAreWiderThan32Bits();
     void everyExportIsWrittenAndCancelled_data() { plugins(); }
     void everyExportIsWrittenAndCancelled();
 
@@ -78,11 +80,14 @@ std::int64_t easyRate(Analyzer &analyzer)
     return std::max<std::int64_t>(std::int64_t(analyzer.NeededSampleRate()) * 4, 20000000);
 }
 
-std::vector<std::string> framesOf(const DecodeDesk &desk)
+/// @param from  the sample from which positions are counted, but for that of what the capture begins with
+std::vector<std::string> framesOf(const DecodeDesk &desk, std::int64_t from = 0)
 {
     std::vector<std::string> all;
-    for (const DecodedFrame &frame : desk.frames())
-        all.push_back(std::to_string(frame.first) + ' ' + std::to_string(frame.last) + ' ' + frame.summary());
+    for (const DecodedFrame &frame : desk.frames()) {
+        const std::int64_t first = frame.first > 0 ? frame.first - from : 0;
+        all.push_back(std::to_string(first) + ' ' + std::to_string(frame.last - from) + ' ' + frame.summary());
+    }
     return all;
 }
 
@@ -454,6 +459,38 @@ void TstPluginContract::theSimulationIsTheSameHoweverItIsCut()
     const auto cut = connected(plugin());
     cut->run(*cut->simulate(rate, samples, samples / 40));
     QCOMPARE(framesOf(*cut), framesOf(*whole));
+}
+
+/// The simulation far behind the capture's begin, once before and once behind what 32 bits can count.
+void TstPluginContract::positionsAreWiderThan32Bits()
+{
+    constexpr std::int64_t early = std::int64_t(1) << 31;
+    constexpr std::int64_t late = std::int64_t(5) << 32;
+    constexpr std::uint64_t enough = 20;
+    std::unique_ptr<DecodeDesk> desk;
+    std::int64_t rate = 0;
+    std::int64_t samples = 25000;
+    do { // protocols are of different speed
+        samples *= 4;
+        QVERIFY(samples < early);
+        desk = connected(plugin());
+        rate = easyRate(*desk->analyzer);
+        const auto capture = desk->simulate(rate, samples, samples, early);
+        desk->run(*capture);
+    } while (desk->results().GetNumFrames() < enough);
+    const auto distant = connected(plugin());
+    const auto moved = distant->simulate(rate, samples, samples, late);
+    distant->run(*moved);
+    QCOMPARE(framesOf(*distant, late - early), framesOf(*desk));
+    for (std::uint32_t channel = 0; channel < 64; ++channel) {
+        const std::vector<Marker> expected = desk->markers(channel);
+        const std::vector<Marker> got = distant->markers(channel);
+        QCOMPARE(got.size(), expected.size());
+        for (std::size_t i = 0; i < got.size(); ++i) {
+            QCOMPARE(got[i].sample, expected[i].sample + std::uint64_t(late - early));
+            QCOMPARE(got[i].type, expected[i].type);
+        }
+    }
 }
 
 void TstPluginContract::everyExportIsWrittenAndCancelled()

@@ -295,7 +295,9 @@ public:
 
     /// The decoder's own simulation as a capture, made block by block.
     /// @param block  samples a call; the capture is as long as whole blocks reach `samples`
-    [[nodiscard]] std::unique_ptr<TestCapture> simulate(std::int64_t rate, std::int64_t samples, std::int64_t block)
+    /// @param before  samples of the first levels ahead of it
+    [[nodiscard]] std::unique_ptr<TestCapture> simulate(std::int64_t rate, std::int64_t samples, std::int64_t block,
+                                                        std::int64_t before = 0)
     {
         struct Line {
             bool startLevel = false;
@@ -332,8 +334,10 @@ public:
                     line.lastLevel = current;
             }
         }
-        auto capture = std::make_unique<TestCapture>(rate, done, 64);
+        auto capture = std::make_unique<TestCapture>(rate, before + done, 64);
         for (auto &[index, line] : lines) {
+            for (std::int64_t &end : line.ends)
+                end += before;
             if (index < 64)
                 capture->channel(index, line.startLevel, line.ends);
         }
