@@ -82,7 +82,7 @@ void I2sResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> I2sResults::columns() const
 {
-    static constexpr const char *names[] = {"slot", "v"};
+    static constexpr const char *names[] = {"slot", "v", "n", "clocks"};
     return names;
 }
 

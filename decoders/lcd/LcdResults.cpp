@@ -130,7 +130,7 @@ void LcdResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> LcdResults::columns() const
 {
-    static constexpr const char *names[] = {"v"};
+    static constexpr const char *names[] = {"v", "cs"};
     return names;
 }
 

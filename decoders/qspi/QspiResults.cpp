@@ -206,7 +206,8 @@ void QspiResults::transferValues(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> QspiResults::columns() const
 {
-    static constexpr const char *names[] = {"cmd", "addr", "mode", "lines", "data", "v", "n"};
+    static constexpr const char *names[] = {"cmd", "addr", "mode", "lines", "data", "v",
+                                            "n",   "out",  "in",   "data2", "data4"};
     return names;
 }
 

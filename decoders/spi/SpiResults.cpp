@@ -84,7 +84,7 @@ void SpiResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> SpiResults::columns() const
 {
-    static constexpr const char *names[] = {"mosi", "miso"};
+    static constexpr const char *names[] = {"mosi", "miso", "n"};
     return names;
 }
 

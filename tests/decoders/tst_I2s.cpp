@@ -340,6 +340,10 @@ void TstI2s::aWordWithTooFewBitsIsTold()
     QCOMPARE(desk.frame(4).summary(), sample(1, 129));
     const auto markers = desk.markers(sd);
     QCOMPARE(markers[3].type, MarkerType::ErrorX);
+    QTemporaryDir folder;
+    const std::string csv = decoderChecks::exported(desk, folder.filePath(QStringLiteral("out.csv")).toStdString(), 0);
+    QVERIFY2(csv.find("kind,slot,v,n,clocks,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",sample,0,10,4,,") != std::string::npos, csv.c_str());
 }
 
 void TstI2s::aClockThatWentMissingIsTold()

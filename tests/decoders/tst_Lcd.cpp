@@ -402,6 +402,11 @@ void TstLcd::aGraphicDisplayHasTwoHalves()
     QCOMPARE(desk.summaries(), (Texts{"command v=63 cs=1", "data v=129 cs=3", "command v=192 cs=2"}));
     QCOMPARE(desk.frame(0).text, std::string("Display: on (0x3F), left half"));
     QCOMPARE(desk.frame(1).text, std::string("Data 0x81, both halves"));
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
+    const std::string csv = decoderChecks::exported(desk, path, 0);
+    QVERIFY2(csv.find("kind,v,cs,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",data,129,3,") != std::string::npos, csv.c_str());
 }
 
 void TstLcd::cutEndsShowNothingFalse()

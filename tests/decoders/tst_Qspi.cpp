@@ -625,6 +625,9 @@ void TstQspi::exportsHaveTheDataOfEachDirection()
     QCOMPARE(decoderChecks::exported(desk, path + ".bin", QspiSettings::WrittenData), std::string("ab"));
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find(",transfer,03,000000,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",v,n,out,in,data2,data4,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",1,4142,,,0000000000,0000004142,,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",4,4344,,,,,,4344,") != std::string::npos, csv.c_str());
 }
 
 void TstQspi::whatTheCaptureCutsIsNotShown()

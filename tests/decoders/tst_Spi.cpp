@@ -416,7 +416,9 @@ void TstSpi::exportsHaveTheWordsOfEachLine()
     const std::string second = " 0x456/0xBA9 0x3/0x0 cut\n";
     QVERIFY2(text.find(first) != std::string::npos && text.find(second) != std::string::npos, text.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
-    QVERIFY2(csv.find("word,291,3804,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("word,291,3804,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("kind,mosi,miso,n,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("cut,3,0,2,") != std::string::npos, csv.c_str());
 }
 
 void TstSpi::theSimulationIsDecodedAsItWasSent_data()
