@@ -127,7 +127,8 @@ void CanAnalyzer::add(const CanReceiver &receiver, Sample end)
     results().addFrame(receiver.frame(), receiver.fault(), first, std::min(end, sampleCount()) - 1);
 }
 
-/// A dot where each bit is looked at, a cross at each stuff bit, an error cross at the bit that breaks the frame.
+/// A dot where each bit is looked at, a cross at each stuff bit, an error cross at a wrong bit and at the one that
+/// breaks the frame.
 void CanAnalyzer::markBits(const CanReceiver &receiver)
 {
     const bool isBroken = receiver.fault() != CanFault::None && receiver.fault() != CanFault::CaptureEnd;
@@ -137,7 +138,7 @@ void CanAnalyzer::markBits(const CanReceiver &receiver)
     for (std::size_t i = 0; i < receiver.looks().size(); ++i) {
         const CanReceiver::Look &look = receiver.looks()[i];
         const MarkerType type = look.isStuff ? MarkerType::X : MarkerType::Dot;
-        out.mark(channel, look.at, i < sound ? type : MarkerType::ErrorX);
+        out.mark(channel, look.at, i < sound && !look.isWrong ? type : MarkerType::ErrorX);
     }
 }
 

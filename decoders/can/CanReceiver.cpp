@@ -9,6 +9,9 @@ void CanReceiver::receive()
 {
     const bool isWhole =
         startOfFrame() && arbitration() && control() && data() && check() && crcDelimiter() && acknowledgement();
+    if (m_frame.isWhole && !m_frame.acknowledged) {
+        m_looks[m_slot].isWrong = true;
+    }
     if (isWhole) {
         endOfFrame();
     } else {
@@ -23,7 +26,7 @@ bool CanReceiver::look(bool &recessive, bool isStuff)
     if (!m_line.next(recessive)) {
         return fail(CanFault::CaptureEnd);
     }
-    m_looks[m_lookCount++] = {m_line.lastLook(), isStuff};
+    m_looks[m_lookCount++] = {m_line.lastLook(), isStuff, false};
     return true;
 }
 
@@ -162,6 +165,9 @@ bool CanReceiver::check()
         return false;
     }
     m_frame.crcRight = m_frame.crc == expected;
+    if (!m_frame.crcRight) {
+        markLastWrong();
+    }
     return m_run != stuffAfter || stuffBit(); // also behind the last bit of the check
 }
 
@@ -174,14 +180,20 @@ bool CanReceiver::checkOfFd()
     if (!fixedBits(stuffCountBits, sinceStuff, count)) {
         return false;
     }
+    m_frame.stuffCountRight = count == expectedCount;
+    if (!m_frame.stuffCountRight) {
+        markLastWrong();
+    }
     m_stuffed.add(count, stuffCountBits);
     const bool isShort = m_frame.length <= mostBytesOfCrc17;
     const std::uint32_t expected = isShort ? m_stuffed.check<crc17>() : m_stuffed.check<crc21>();
     if (!fixedBits(isShort ? crc17.width : crc21.width, sinceStuff, m_frame.crc)) {
         return false;
     }
-    m_frame.stuffCountRight = count == expectedCount;
     m_frame.crcRight = m_frame.crc == expected;
+    if (!m_frame.crcRight) {
+        markLastWrong();
+    }
     return true;
 }
 
@@ -310,7 +322,7 @@ bool CanReceiver::acknowledgeSlot(bool &recessive)
     if (!m_line.nextOfOther(followedEnd() + m_line.bitTime() / 2 - early, recessive)) {
         return fail(CanFault::CaptureEnd);
     }
-    m_looks[m_lookCount++] = {m_line.lastLook(), false};
+    m_looks[m_lookCount++] = {m_line.lastLook(), false, false};
     return true;
 }
 
@@ -318,6 +330,7 @@ bool CanReceiver::acknowledgeSlot(bool &recessive)
 bool CanReceiver::acknowledgement()
 {
     bool recessive = false;
+    m_slot = m_lookCount;
     if (!acknowledgeSlot(recessive)) {
         return false;
     }

@@ -16,6 +16,7 @@ public:
     struct Look {
         lux::Sample at;
         bool isStuff;
+        bool isWrong; ///< of a whole frame: the end of a wrong check or stuff count, a slot without acknowledgement
     };
 
     CanReceiver(const lux::ChannelReader &atStart, const CanBitTimes &times)
@@ -43,6 +44,7 @@ private:
         return false;
     }
     bool look(bool &recessive, bool isStuff);
+    void markLastWrong() { m_looks[m_lookCount - 1].isWrong = true; }
     bool stuffBit();
     bool bit(bool &value);
     bool bits(unsigned count, std::uint32_t &value);
@@ -84,6 +86,7 @@ private:
     can::BitString m_plain;   ///< without stuff bits
     can::BitString m_stuffed; ///< with them
     bool m_isFitted = false;  ///< the places of the bits behind the check
+    std::size_t m_slot = 0;   ///< the look at the ACK slot
     std::size_t m_lookCount = 0;
     std::array<Look, 800> m_looks;
 };

@@ -17,6 +17,7 @@ constexpr std::uint32_t stuffErrorEvery = 37;
 constexpr std::uint32_t formErrorEvery = 53;
 constexpr std::uint32_t overloadEvery = 47;
 constexpr std::uint32_t fixedStuffErrorEvery = 35; ///< where it is a frame of CAN FD
+constexpr std::uint32_t wrongStuffCountEvery = 23; ///< likewise
 constexpr std::uint32_t crcDelimiterEvery = 59;
 constexpr std::uint32_t ackDelimiterEvery = 61;
 constexpr std::uint32_t pauseEvery = 8;
@@ -177,7 +178,7 @@ void CanEncoder::check(CanMishap mishap)
 
 void CanEncoder::checkOfFd(const CanFrame &frame, CanMishap mishap)
 {
-    const std::uint32_t count = can::stuffCountField(m_stuffBits);
+    const std::uint32_t count = can::stuffCountField(m_stuffBits + unsigned(mishap == CanMishap::WrongStuffCount));
     m_withStuff.add(count, can::stuffCountBits);
     addFixed(count, can::stuffCountBits);
     const bool isShort = frame.length <= can::mostBytesOfCrc17;
@@ -256,6 +257,7 @@ CanSimulated CanSimulated::of(std::uint32_t number, bool maySwitchRate)
                   : isOneOf(number, crcDelimiterEvery)                ? CanMishap::CrcDelimiter
                   : isOneOf(number, ackDelimiterEvery)                ? CanMishap::AckDelimiter
                   : frame.fd && isOneOf(number, fixedStuffErrorEvery) ? CanMishap::FixedStuffError
+                  : frame.fd && isOneOf(number, wrongStuffCountEvery) ? CanMishap::WrongStuffCount
                                                                       : CanMishap::None;
     return made;
 }

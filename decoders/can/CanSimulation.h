@@ -11,6 +11,7 @@ enum class CanMishap : std::uint8_t {
     NoAcknowledge,
     StuffError,
     FixedStuffError, ///< of CAN FD
+    WrongStuffCount, ///< of CAN FD, with a check that is right
     CrcDelimiter,
     AckDelimiter,
     FormError, ///< in the end of frame

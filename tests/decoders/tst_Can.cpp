@@ -7,6 +7,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -197,6 +198,18 @@ Texts kinds(const DecodeDesk &desk)
     return all;
 }
 
+/// Where error crosses are.
+std::vector<std::int64_t> crosses(const DecodeDesk &desk, std::uint32_t channel)
+{
+    std::vector<std::int64_t> all;
+    for (const auto &marker : desk.markers(channel)) {
+        if (marker.type == MarkerType::ErrorX) {
+            all.push_back(std::int64_t(marker.sample));
+        }
+    }
+    return all;
+}
+
 /// Of the sender, as a factor.
 void addClocks()
 {
@@ -235,6 +248,7 @@ private slots:
     void fdFramesHaveTheirOwnChecksAndRates_data();
     void fdFramesHaveTheirOwnChecksAndRates();
     void wrongChecksAndMissingAcknowledgementsAreTold();
+    void wrongChecksAndMissingAcknowledgementsHaveAnErrorCross();
     void anErrorFlagCutsAFrameAndTheNextOneIsFound();
     void aDominantEndOfFrameIsAFormError();
     void overloadFramesFollowAFrame();
@@ -342,6 +356,21 @@ void TstCan::wrongChecksAndMissingAcknowledgementsAreTold()
     QCOMPARE(frames.size(), std::size_t(2));
     QCOMPARE(frames[0].value("crcok") + frames[0].value("ack"), std::string("01"));
     QCOMPARE(frames[1].value("crcok") + frames[1].value("ack"), std::string("10"));
+}
+
+void TstCan::wrongChecksAndMissingAcknowledgementsHaveAnErrorCross()
+{
+    Sender sender(sampleRate, bitRate);
+    const std::string wrong = standard(0x111, {1}, 0x10);
+    const std::string unheard = standard(0x222, {2});
+    sender.frame(wrong);
+    const std::int64_t second = sender.now();
+    sender.bits(unheard + "1111111111" + intermission).frame(standard(0x333, {3}));
+    // 16 samples a bit, looked at where 75 % are over.
+    const auto lookAt = [](std::int64_t start, std::size_t bit) { return start + std::int64_t(16 * bit + 12); };
+    QCOMPARE(
+        crosses(Decoded(sender, rate, sampleRate), 3),
+        (std::vector<std::int64_t>{lookAt(sender.starts[0], wrong.size() - 1), lookAt(second, unheard.size() + 1)}));
 }
 
 void TstCan::anErrorFlagCutsAFrameAndTheNextOneIsFound()
@@ -775,6 +804,7 @@ void TstCan::theSimulationIsDecodedAsItWasSent()
     if (frames.back().kind == "cut") {
         frames.pop_back(); // by the end
     }
+    const std::vector<std::int64_t> wrongBits = crosses(desk, 0);
     std::size_t at = 0;
     for (std::uint32_t number = 0; at < frames.size(); ++number) {
         const CanSimulated sent = CanSimulated::of(number, true);
@@ -788,13 +818,17 @@ void TstCan::theSimulationIsDecodedAsItWasSent()
         } else {
             QCOMPARE(frame.value("dlc"), std::to_string(sent.frame.dlc));
             QCOMPARE(frame.value("fd"), std::to_string(int(sent.frame.fd)));
-            QCOMPARE(frame.value("crcok"), std::string(sent.mishap == CanMishap::WrongCrc ? "0" : "1"));
-            QCOMPARE(frame.value("ack"), std::string(sent.mishap == CanMishap::NoAcknowledge ? "0" : "1"));
-            std::string data;
-            for (unsigned i = 0; i < sent.frame.length; ++i) {
-                data += QString::asprintf("%02X", unsigned(sent.frame.data[i])).toStdString();
-            }
-            QCOMPARE(frame.value("data"), data);
+            const bool hasWrongCount = sent.mishap == CanMishap::WrongStuffCount;
+            const bool hasWrongCheck = sent.mishap == CanMishap::WrongCrc;
+            const bool isUnheard = sent.mishap == CanMishap::NoAcknowledge;
+            QCOMPARE(frame.value("crcok"), std::string(hasWrongCheck || hasWrongCount ? "0" : "1"));
+            QCOMPARE(frame.value("ack"), std::string(isUnheard ? "0" : "1"));
+            QCOMPARE(frame.text.find("stuff count error") != std::string::npos, hasWrongCount);
+            const auto inFrame = std::count_if(wrongBits.begin(), wrongBits.end(), [&frame](std::int64_t sample) {
+                return sample >= frame.first && sample <= frame.last;
+            });
+            const bool isMarked = hasWrongCheck || hasWrongCount || isUnheard;
+            QVERIFY2(fault != "(absent)" || inFrame == int(isMarked), frame.summary().c_str());
         }
         const bool hasError = fault != "(absent)";
         if ((hasError || sent.mishap == CanMishap::Overload) && at < frames.size()) {
