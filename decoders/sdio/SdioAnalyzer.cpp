@@ -41,7 +41,7 @@ void SdioAnalyzer::addToken(const SdioToken &token, SdioTransfer &transfer)
     const unsigned flags = (isApplication ? unsigned(SdioResults::Application) : 0U) |
                            (transfer.hasCommand() ? unsigned(SdioResults::HasCommand) : 0U);
     results().addToken(token, isOwn ? token.index : transfer.lastCommand(), std::uint16_t(flags));
-    const bool isWrong = token.isWhole() && !token.endRight;
+    const bool isWrong = token.isWhole() && !(token.endRight && (token.crcRight || token.hasNoCheck()));
     results().mark(m_settings.cmd, token.first, MarkerType::Start);
     results().mark(m_settings.cmd, token.last, isWrong ? MarkerType::ErrorX : MarkerType::Stop);
     if (!isOwn && token.isWhole()) {
@@ -85,7 +85,8 @@ bool SdioAnalyzer::readBlock(SdioDataLines &lines, SdioTransfer &transfer, Sampl
         return false;
     }
     results().mark(m_settings.d0, block.first, MarkerType::Start);
-    results().mark(m_settings.d0, block.last, block.isWhole && block.endRight ? MarkerType::Stop : MarkerType::ErrorX);
+    const bool isRight = block.isWhole && block.endRight && block.crcRight;
+    results().mark(m_settings.d0, block.last, isRight ? MarkerType::Stop : MarkerType::ErrorX);
     block.last = std::max(block.first, block.last);
     results().addBlock(block, m_settings.width.value() != 1);
     transfer.blockDone();

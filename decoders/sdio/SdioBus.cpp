@@ -157,10 +157,10 @@ bool SdioCommandLine::isBehindPause() const
 bool SdioCommandLine::isSound(const SdioToken &token) const
 {
     constexpr std::uint8_t ones = 0x7f;
-    const bool isPlain = !token.fromHost && !token.isLong && token.index == ones >> 1 && token.crc == ones;
     const bool isStill = token.argument == UINT32_MAX || (token.crc | token.index | token.argument) == 0;
     ChannelReader clk = m_clk;
-    return !isStill && token.isWhole() && token.endRight && ((token.crcRight && token.crc != ones) || isPlain) &&
+    return !isStill && token.isWhole() && token.endRight &&
+           ((token.crcRight && token.crc != ones) || token.hasNoCheck()) &&
            (!goToRise(clk) || m_cmd.peekLevel(clk.position()));
 }
 

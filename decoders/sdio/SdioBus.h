@@ -28,6 +28,8 @@ struct SdioToken {
     bool endRight = false;
 
     [[nodiscard]] bool isWhole() const { return bits == (isLong ? longBits : shortBits); }
+    /// R3 and R4 have ones in place of index and check (4.9.4).
+    [[nodiscard]] bool hasNoCheck() const { return !fromHost && !isLong && index == 0x3f && crc == 0x7f; }
 };
 
 /// What a response must be, as the command before it tells.

@@ -200,6 +200,6 @@ void SdioResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> SdioResults::columns() const
 {
-    static constexpr const char *names[] = {"idx", "arg", "reg", "crc", "ok", "end", "v"};
+    static constexpr const char *names[] = {"idx", "arg", "reg", "crc", "ok", "end", "v", "width", "n"};
     return names;
 }

@@ -11,12 +11,17 @@ namespace {
 
 constexpr std::int64_t usualRate = 400000; ///< clocks/s while a card is identified (4.2.1)
 constexpr std::int64_t samplesPerClock = 8;
-constexpr std::uint32_t wrongCrcEvery = 5;  ///< rounds
+constexpr std::uint32_t errorsEvery = 5; ///< rounds: of these one has wrong checks, and one wrong end bits
+constexpr std::uint32_t roundOfWrongCrc = 4;
+constexpr std::uint32_t roundOfWrongEnd = 2;
 constexpr std::uint32_t functionsEvery = 4; ///< rounds
 constexpr std::size_t blockBytes = 8;
 
 constexpr lux::CrcModel crc7 = {.width = 7, .polynomial = 0x09};
 constexpr lux::CrcModel crc16 = {.width = 16, .polynomial = 0x1021};
+
+/// What is wrong at the end of a token or block.
+enum class Damage : std::uint8_t { None, Crc, End };
 
 /// Host and card of a simulated bus.
 class Bus {
@@ -53,14 +58,14 @@ public:
     }
     void stop(std::int64_t clocks) { m_simulation.holdTime(2 * clocks, m_perSecond); }
 
-    void command(std::uint32_t index, std::uint32_t argument, bool wrongCrc = false)
+    void command(std::uint32_t index, std::uint32_t argument, Damage damage = Damage::None)
     {
-        shortToken(0x40 | index, argument, wrongCrc);
+        shortToken(0x40 | index, argument, damage);
         idle(gap);
     }
     void response(std::uint32_t index, std::uint32_t argument)
     {
-        shortToken(index, argument, false);
+        shortToken(index, argument, Damage::None);
         idle(gap);
     }
     /// R3 has ones in place of index and check.
@@ -84,7 +89,7 @@ public:
         idle(gap);
     }
     /// Bytes that count up.
-    void block(std::uint32_t seed, bool wrongCrc)
+    void block(std::uint32_t seed, Damage damage = Damage::None)
     {
         lux::Crc<crc16> crc[4];
         const unsigned high = ~((1U << m_width) - 1U);
@@ -105,9 +110,9 @@ public:
             for (unsigned line = 0; line < m_width; ++line) {
                 mask |= (crc[line].value() >> (bit - 1) & 1U) << line;
             }
-            clock(true, high | (mask ^ unsigned(wrongCrc && bit == 1)));
+            clock(true, high | (mask ^ unsigned(damage == Damage::Crc && bit == 1)));
         }
-        clock();
+        clock(true, damage == Damage::End ? high : allHigh);
         idle(gap);
     }
     /// The first clocks of a block that the host stops: ones.
@@ -143,7 +148,7 @@ private:
             clock((value >> --count & 1U) != 0);
         }
     }
-    void shortToken(std::uint32_t head, std::uint32_t argument, bool wrongCrc)
+    void shortToken(std::uint32_t head, std::uint32_t argument, Damage damage)
     {
         lux::Crc<crc7> crc;
         crc.addByte(std::uint8_t(head));
@@ -152,7 +157,7 @@ private:
         }
         bits(head, 8);
         bits(argument, 32);
-        bits((crc.value() ^ std::uint32_t(wrongCrc)) << 1 | 1U, 8);
+        bits((crc.value() ^ std::uint32_t(damage == Damage::Crc)) << 1 | std::uint32_t(damage != Damage::End), 8);
     }
 
     Simulation &m_simulation;
@@ -185,24 +190,26 @@ void identify(Bus &bus, std::uint32_t round)
 
 void transfer(Bus &bus, std::uint32_t round)
 {
-    const bool isWrong = round % wrongCrcEvery == wrongCrcEvery - 1;
+    const std::uint32_t turn = round % errorsEvery;
+    const Damage damage = turn == roundOfWrongCrc ? Damage::Crc : turn == roundOfWrongEnd ? Damage::End : Damage::None;
+    const bool isRefused = damage == Damage::Crc;
     bus.command(sdio::setBlockLength, blockBytes);
     bus.response(sdio::setBlockLength, readyInTransfer);
     bus.command(sdio::readSingleBlock, round);
     bus.response(sdio::readSingleBlock, readyInTransfer);
-    bus.block(round, isWrong);
+    bus.block(round, damage);
     bus.command(sdio::readMultipleBlock, round);
     bus.response(sdio::readMultipleBlock, readyInTransfer);
-    bus.block(round + 1, false);
-    bus.block(round + 2, false);
+    bus.block(round + 1);
+    bus.block(round + 2);
     bus.command(sdio::stopTransmission, 0);
     bus.response(sdio::stopTransmission, 0xb00);
     bus.command(sdio::writeBlock, round);
     bus.response(sdio::writeBlock, readyInTransfer);
-    bus.block(round + 3, isWrong);
-    bus.blockStatus(isWrong ? 5 : 2, isWrong ? 0 : 30);
-    bus.command(13, 0x12340000, isWrong);
-    if (!isWrong) {
+    bus.block(round + 3, damage);
+    bus.blockStatus(isRefused ? 5 : 2, isRefused ? 0 : 30);
+    bus.command(13, 0x12340000, damage);
+    if (damage == Damage::None) {
         bus.response(13, readyInTransfer);
     }
 }
@@ -217,7 +224,7 @@ void useFunctions(Bus &bus, std::uint32_t round)
     bus.response(sdio::ioReadWriteDirect, 0x1002);
     bus.command(sdio::ioReadWriteExtended, readBytes);
     bus.response(sdio::ioReadWriteExtended, 0x1000);
-    bus.block(round, false);
+    bus.block(round);
     bus.command(sdio::setBlockLength, 512);
     bus.response(sdio::setBlockLength, readyInTransfer);
     bus.command(sdio::readMultipleBlock, round);
@@ -229,7 +236,8 @@ void useFunctions(Bus &bus, std::uint32_t round)
 
 } // namespace
 
-/// A card is identified once, and then read and written; now and then a check is wrong, and its functions are used.
+/// A card is identified once, and then read and written; now and then a check or an end bit is wrong, and its functions
+/// are used.
 void SdioAnalyzer::simulate(Simulation &simulation)
 {
     Bus bus(simulation, m_settings);

@@ -191,6 +191,8 @@ private slots:
     void responsesTellStateAndErrors();
     void bubblesGoFromShortToLong();
     void tokensHaveMarkers();
+    void aWrongCheckHasAnErrorCross();
+    void aTableHasTheWidthOfDataAndTheBitsOfACutToken();
     void aWideBusNeedsItsLines();
     void nothingFalseIsShownWhereTheCaptureEnds();
     void theSimulationIsDecodedAsItWasSent_data();
@@ -551,6 +553,37 @@ void TstSdio::tokensHaveMarkers()
     QCOMPARE(markers[0].sample, std::uint64_t(wire.starts[0]));
 }
 
+void TstSdio::aWrongCheckHasAnErrorCross()
+{
+    Wire wire;
+    wire.idle().command(0, 0).command(16, 4, 2).command(16, 4).response(16).command(24, 0).response(24);
+    wire.block({1, 2, 3, 4}, 1, 1).bits(bitsOf(0x3fc0ff8000ff, 48)).idle();
+    const Decoded desk(wire, narrow);
+    std::vector<std::int64_t> crosses;
+    for (const std::uint32_t channel : {cmdChannel, dat0Channel}) {
+        for (const auto &marker : desk.markers(channel)) {
+            if (marker.type == MarkerType::ErrorX) {
+                crosses.push_back(std::int64_t(marker.sample));
+            }
+        }
+    }
+    QCOMPARE(crosses, (std::vector<std::int64_t>{wire.ends[1], wire.ends[6]}));
+}
+
+void TstSdio::aTableHasTheWidthOfDataAndTheBitsOfACutToken()
+{
+    Wire wire;
+    wire.idle().command(16, 4).response(16).command(17, 0).response(17).block({1, 2, 3, 4}, 4).bits(bitsOf(0x40, 8));
+    const Decoded desk(wire, wide);
+    QCOMPARE(desk.summaries().back(), std::string("cut n=8"));
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
+    const std::string csv = decoderChecks::exported(desk, path, 0);
+    QVERIFY2(csv.find("end,v,width,n,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",01020304,4,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",,,8,Cut after 8 bits") != std::string::npos, csv.c_str());
+}
+
 void TstSdio::aWideBusNeedsItsLines()
 {
     DecodeDesk desk(std::make_unique<SdioAnalyzer>());
@@ -603,6 +636,7 @@ void TstSdio::theSimulationIsDecodedAsItWasSent()
     unsigned round = 1;
     unsigned blocks = 0;
     unsigned cuts = 0;
+    unsigned wrongEnds = 0;
     for (std::size_t i = 14; i < all.size(); ++i) {
         const bool hasFunctions = round % 4 == 3; // one block, and one that is stopped
         if (all[i].find("data") == 0) {
@@ -613,6 +647,8 @@ void TstSdio::theSimulationIsDecodedAsItWasSent()
                 expected += QString::asprintf("%02X", (seed + byte) & 0xffU).toStdString();
             }
             QCOMPARE(all[i], expected + (isWrong ? " ok=0" : " ok=1"));
+            const bool hasWrongEnd = !hasFunctions && round % 5 == 2 && (blocks == 0 || blocks == 3);
+            QCOMPARE(desk.frame(i).text.find("end bit error") != std::string::npos, hasWrongEnd);
             blocks += hasFunctions ? 0 : 1;
             round += blocks / 4;
             blocks %= 4;
@@ -622,6 +658,9 @@ void TstSdio::theSimulationIsDecodedAsItWasSent()
             ++round;
         } else if (all[i].find("cut") != 0) {
             const bool isWrong = round % 5 == 0 && blocks == 0 && all[i].find("command idx=13") == 0;
+            const bool hasWrongEnd = round % 5 == 3 && blocks == 0 && all[i].find("command idx=13") == 0;
+            QCOMPARE(all[i].find("end=0") != std::string::npos, hasWrongEnd);
+            wrongEnds += hasWrongEnd ? 1 : 0;
             const bool hasNoCheck = hasFunctions && all[i].find("response idx=63") == 0;
             QVERIFY2(all[i].find("ok=1") != std::string::npos || isWrong || hasNoCheck ||
                          all[i].find("ok=") == std::string::npos,
@@ -629,6 +668,7 @@ void TstSdio::theSimulationIsDecodedAsItWasSent()
         }
     }
     QVERIFY(cuts > 0);
+    QVERIFY(wrongEnds > 0);
     QVERIFY(round > 1);
 }
 
