@@ -119,13 +119,30 @@ void LinAnalyzer::readHeader(ChannelReader &line, Sample breakFall, Clock &clock
     Sample last = identifier.last;
     bool isCut = false;
     if (!frame.framingError) {
+        if (!frame.isParityRight()) {
+            results().mark(m_settings.rx, last, MarkerType::ErrorX);
+        }
         readAnswer(characters, *grid, frame, breakEnd, last, isCut);
     }
     line.advanceTo(last);
-    if (!isCut || frame.isRight(m_settings.checksumFor(frame.id()))) {
+    const bool isRight = frame.isRight(m_settings.checksumFor(frame.id()));
+    if (!isCut || isRight) {
+        if (!isRight) {
+            markAnswerWrong(frame, last);
+        }
         results().addFrame(frame, breakFall, last);
     }
     line.waitForLevel(true);
+}
+
+/// An error cross at the end of an answer whose checksum is wrong or missing; the identifier's when there is none at
+/// all.
+void LinAnalyzer::markAnswerWrong(const LinFrame &frame, Sample last)
+{
+    const bool isMarked = frame.framingError || (frame.count == 0 && !frame.isParityRight());
+    if (!isMarked) {
+        results().mark(m_settings.rx, last, MarkerType::ErrorX);
+    }
 }
 
 /// Up to nine characters, as long as each comes in time; a break is the next header.

@@ -34,6 +34,7 @@ private:
     [[nodiscard]] const lux::BitGrid *gridOf(const LinSync &sync, Clock &clock) const;
     void readAnswer(lux::AsyncLine &line, const lux::BitGrid &grid, LinFrame &frame, lux::Sample first,
                     lux::Sample &last, bool &isCut);
+    void markAnswerWrong(const LinFrame &frame, lux::Sample last);
     [[nodiscard]] bool isWakeUp(const lux::ChannelReader &line, lux::Sample fall, lux::Sample idle,
                                 const lux::BitGrid &grid) const;
     void addBreak(lux::Sample first, lux::Sample last, bool hasSync);

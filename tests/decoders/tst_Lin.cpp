@@ -68,6 +68,8 @@ private slots:
     void textsGoFromShortToLong();
     void diagnosticFramesAreNamed();
     void eachBitHasAMarker();
+    void errorsHaveACrossWhereTheyAre_data();
+    void errorsHaveACrossWhereTheyAre();
     void settingsAreChecked();
     void exportsHaveAllFrames();
     void thePcapFileHasItsStructure();
@@ -358,6 +360,44 @@ void TstLin::eachBitHasAMarker()
     QCOMPARE(markers[0].type, MarkerType::Start);
     QCOMPARE(std::int64_t(markers[1].sample), sender.starts[1] + 75);
     QCOMPARE(markers[1].type, MarkerType::Dot);
+}
+
+void TstLin::errorsHaveACrossWhereTheyAre_data()
+{
+    QTest::addColumn<unsigned>("pid");
+    QTest::addColumn<std::vector<unsigned>>("answer");
+    QTest::addColumn<std::vector<std::size_t>>("wrong"); // characters from the sync field on
+    const auto row = [](const char *name, unsigned pid, std::vector<unsigned> answer, std::vector<std::size_t> wrong) {
+        QTest::newRow(name) << pid << std::move(answer) << std::move(wrong);
+    };
+    row("none", 0xa3, {0x11, 0x22, 0x29}, {});
+    row("checksum", 0xa3, {0x11, 0x22, 0x28}, {4});
+    row("incomplete", 0xa3, {0x11}, {2});
+    row("no answer", 0xa3, {}, {1});
+    row("parity", 0xe3, {0x11, 0x22, 0xe8}, {1});
+    row("parity and checksum", 0xe3, {0x11, 0x22, 0x29}, {1, 4});
+    row("parity, no answer", 0xe3, {}, {1});
+}
+
+void TstLin::errorsHaveACrossWhereTheyAre()
+{
+    QFETCH(unsigned, pid);
+    QFETCH(std::vector<unsigned>, answer);
+    QFETCH(std::vector<std::size_t>, wrong);
+    const AsyncSender sender = frameOf(pid, answer);
+    const Decoded desk(sender, rate);
+    std::vector<std::int64_t> expected;
+    for (const std::size_t character : wrong) {
+        expected.push_back(sender.starts[character] + 499);
+    }
+    std::vector<std::int64_t> crosses;
+    for (const auto &marker : desk.markers(3)) {
+        if (marker.type == MarkerType::ErrorX) {
+            crosses.push_back(std::int64_t(marker.sample));
+        }
+    }
+    QCOMPARE(crosses, expected);
+    QCOMPARE(desk.message(), std::string()); // such as that markers are not in the order of time
 }
 
 void TstLin::settingsAreChecked()
