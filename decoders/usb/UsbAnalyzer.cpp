@@ -201,8 +201,7 @@ void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransa
         return;
     }
     if (isPacket(packet)) {
-        mark(packet);
-        transactions.add(packet);
+        mark(packet, transactions.add(packet));
     }
     if (packet.end == UsbEnd::StuffError || packet.end == UsbEnd::Babble) {
         if (isPacket(packet)) {
@@ -214,9 +213,11 @@ void UsbAnalyzer::activity(UsbLine &line, const UsbReceiver &receiver, UsbTransa
     }
 }
 
-void UsbAnalyzer::mark(const UsbPacket &packet)
+/// An error cross at a wrong sync pattern, and at the end of what is broken or wrong.
+void UsbAnalyzer::mark(const UsbPacket &packet, bool isRight)
 {
     const bool isWhole = packet.end == UsbEnd::EndOfPacket || packet.end == UsbEnd::Preamble;
-    results().mark(m_settings.dp, packet.first, MarkerType::Start);
-    results().mark(m_settings.dp, packet.last, isWhole ? MarkerType::Stop : MarkerType::ErrorX);
+    const bool isSyncRight = isRight || packet.sync == usb::sync;
+    results().mark(m_settings.dp, packet.first, isSyncRight ? MarkerType::Start : MarkerType::ErrorX);
+    results().mark(m_settings.dp, packet.last, isWhole && isRight ? MarkerType::Stop : MarkerType::ErrorX);
 }

@@ -29,7 +29,7 @@ private:
     void activity(UsbLine &line, const UsbReceiver &receiver, UsbTransactions &transactions);
     [[nodiscard]] static bool isPacket(const UsbPacket &packet);
     static void addError(const UsbPacket &packet, const UsbReceiver &receiver, UsbTransactions &transactions);
-    void mark(const UsbPacket &packet);
+    void mark(const UsbPacket &packet, bool isRight);
     [[nodiscard]] bool isReset(lux::Sample length) const;
     [[nodiscard]] lux::Sample microseconds(std::int64_t count) const;
 

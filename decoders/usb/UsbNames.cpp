@@ -114,6 +114,15 @@ std::string_view hidRequest(std::uint8_t request)
     }
 }
 
+/// Requests to a hub or to one of its ports (table 11-16).
+std::string_view hubRequest(std::uint8_t request)
+{
+    static constexpr std::string_view names[] = {
+        "GET_STATUS",     "CLEAR_FEATURE",   "",         "SET_FEATURE",  "",       "", "GET_DESCRIPTOR",
+        "SET_DESCRIPTOR", "CLEAR_TT_BUFFER", "RESET_TT", "GET_TT_STATE", "STOP_TT"};
+    return request < std::size(names) ? names[request] : std::string_view();
+}
+
 std::string deviceText(std::span<const std::uint8_t> bytes)
 {
     constexpr std::size_t whole = 18;
@@ -226,7 +235,9 @@ std::string requestText(std::span<const std::uint8_t> bytes)
     constexpr unsigned standard = 0;
     constexpr unsigned ofClass = 1;
     constexpr unsigned ofVendor = 2;
+    constexpr unsigned toDevice = 0;
     constexpr unsigned toInterface = 1;
+    constexpr unsigned toOther = 3;
     const unsigned type = bytes[0] >> 5 & 3U;
     const unsigned recipient = bytes[0] & 31U;
     const std::uint8_t request = bytes[1];
@@ -235,6 +246,9 @@ std::string requestText(std::span<const std::uint8_t> bytes)
         text = standardRequest(request);
     } else if (type == ofClass && recipient == toInterface) {
         text = hidRequest(request);
+    } else if (type == ofClass && (recipient == toDevice || recipient == toOther) && !hubRequest(request).empty()) {
+        text = recipient == toDevice ? "hub " : "port ";
+        text += hubRequest(request);
     }
     if (text.empty()) {
         text = type == ofVendor ? "vendor request " : type == ofClass ? "class request " : "request ";

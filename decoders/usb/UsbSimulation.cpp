@@ -10,6 +10,8 @@ using lux::Simulation;
 namespace {
 
 constexpr unsigned stuffAfter = 6;
+constexpr std::uint8_t wrongSync = 0x40;  ///< the last two bits change places
+constexpr std::uint8_t unknownPid = 0x33; ///< its halves are equal
 
 } // namespace
 
@@ -41,7 +43,7 @@ void UsbDriver::wait(std::int64_t bits)
 }
 
 /// The sync pattern and the bytes (7.1.8, 7.1.9).
-void UsbDriver::sendBits(const std::vector<std::uint8_t> &bytes)
+void UsbDriver::sendBits(const std::vector<std::uint8_t> &bytes, std::uint8_t sync)
 {
     bool j = true;
     unsigned ones = 0;
@@ -58,7 +60,7 @@ void UsbDriver::sendBits(const std::vector<std::uint8_t> &bytes)
             }
         }
     };
-    sendByte(usb::sync);
+    sendByte(sync);
     for (const std::uint8_t byte : bytes) {
         sendByte(byte);
     }
@@ -66,7 +68,7 @@ void UsbDriver::sendBits(const std::vector<std::uint8_t> &bytes)
 
 void UsbDriver::send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap)
 {
-    sendBits(bytes);
+    sendBits(bytes, mishap == UsbMishap::WrongSync ? wrongSync : usb::sync);
     if (mishap == UsbMishap::StuffError) {
         for (unsigned i = 0; i < 2 * stuffAfter; ++i) {
             drive(false);
@@ -109,9 +111,9 @@ void UsbDriver::data(std::uint8_t pid, std::span<const std::uint8_t> bytes, UsbM
     send(packet, mishap);
 }
 
-void UsbDriver::handshake(std::uint8_t pid)
+void UsbDriver::handshake(std::uint8_t pid, UsbMishap mishap)
 {
-    send({pid});
+    send({pid}, mishap);
 }
 
 void UsbDriver::keepAlive()
@@ -134,7 +136,7 @@ void UsbDriver::suspendAndResume()
 
 void UsbDriver::preamble()
 {
-    sendBits({usb::preamble});
+    sendBits({usb::preamble}, usb::sync);
     wait(4);
     m_rate = UsbReceiver::lowRate;
 }
@@ -154,7 +156,7 @@ void UsbDriver::reset()
 
 namespace {
 
-constexpr std::uint32_t rounds = 8;
+constexpr std::uint32_t rounds = 10;
 constexpr std::uint32_t suspendEvery = 64; ///< rounds
 constexpr std::int64_t turnaround = 4;     ///< bits between packets of a transaction (7.1.18)
 constexpr std::int64_t rest = 40;          ///< longer than a device may wait with its answer
@@ -260,12 +262,19 @@ void UsbAnalyzer::simulate(Simulation &simulation)
     case 5:
         bus.token(usb::in, number & 0x7fU, 15, UsbMishap::WrongCrc);
         break;
-    default: {
+    case 6:
+    case 7: {
         const bool isCrc = number % rounds == 6;
         bus.token(usb::in, number & 0x7fU, isCrc ? 4 : 5);
         bus.wait(turnaround);
         bus.data(usb::data0, bytes, isCrc ? UsbMishap::WrongCrc : UsbMishap::StuffError);
         break;
     }
+    case 8:
+        bus.handshake(usb::ack, UsbMishap::WrongSync);
+        break;
+    default:
+        bus.handshake(unknownPid);
+        break;
     }
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// What goes wrong with a packet of the simulation.
-enum class UsbMishap : std::uint8_t { None, WrongCrc, StuffError };
+enum class UsbMishap : std::uint8_t { None, WrongCrc, StuffError, WrongSync };
 
 /// Host and device of a simulated bus: packets as bits on D+ and D-.
 class UsbDriver {
@@ -18,7 +18,7 @@ public:
     void token(std::uint8_t pid, std::uint32_t address, std::uint32_t endpoint, UsbMishap mishap = UsbMishap::None);
     void startOfFrame(std::uint32_t number);
     void data(std::uint8_t pid, std::span<const std::uint8_t> bytes, UsbMishap mishap = UsbMishap::None);
-    void handshake(std::uint8_t pid);
+    void handshake(std::uint8_t pid, UsbMishap mishap = UsbMishap::None);
     void keepAlive();
     void reset();
     /// Three milliseconds of J, then K for longer than a device may drive it, and its end (7.1.7.6, 7.1.7.7).
@@ -31,7 +31,7 @@ public:
 
 private:
     void send(const std::vector<std::uint8_t> &bytes, UsbMishap mishap = UsbMishap::None);
-    void sendBits(const std::vector<std::uint8_t> &bytes);
+    void sendBits(const std::vector<std::uint8_t> &bytes, std::uint8_t sync);
     void sendToken(std::uint8_t pid, std::uint32_t bits, UsbMishap mishap);
     void drive(bool j);
     void endOfPacket();

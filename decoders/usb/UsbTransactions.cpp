@@ -4,12 +4,12 @@
 
 #include <algorithm>
 
-void UsbTransactions::add(const UsbPacket &packet)
+bool UsbTransactions::add(const UsbPacket &packet)
 {
     const FrameData frame = m_results.frameOf(packet);
     timePasses(packet.first);
-    const bool isRight = UsbResults::isRight(frame) && packet.end == UsbEnd::EndOfPacket;
-    const usb::Kind kind = isRight ? packet.kind() : usb::Kind::Unknown;
+    const bool isRight = UsbResults::isRight(frame);
+    const usb::Kind kind = isRight && packet.end == UsbEnd::EndOfPacket ? packet.kind() : usb::Kind::Unknown;
     const bool isOpen = !m_packets.empty();
     if (packet.end == UsbEnd::Preamble && isOpen && m_isLowSpeed && !m_preamble) {
         m_preamble = frame;
@@ -34,6 +34,7 @@ void UsbTransactions::add(const UsbPacket &packet)
         close();
         m_results.add(frame);
     }
+    return isRight && packet.kind() != usb::Kind::Unknown;
 }
 
 void UsbTransactions::add(const FrameData &frame)

@@ -17,7 +17,8 @@ public:
         : m_results(results), m_timeout(timeout), m_lowTimeout(lowTimeout)
     {}
 
-    void add(const UsbPacket &packet);
+    /// @return whether sync pattern, identifier and check are right
+    bool add(const UsbPacket &packet);
     /// Something that is no packet.
     void add(const FrameData &frame);
     /// A bus reset ends all transfers.

@@ -193,6 +193,7 @@ private slots:
     void stuffBitsAreTakenOutEverywhere();
     void wrongChecksAreTold();
     void aWrongSyncPatternIsTold();
+    void whatIsWrongHasAnErrorCross();
     void sevenOnesBreakAPacket();
     void packetsThatAreCutShortAreTold();
     void theBitRateMayDiffer_data();
@@ -295,6 +296,21 @@ void TstUsb::aWrongSyncPatternIsTold()
     Wire noise;
     noise.idle(20).raw({0x40, 0xd3}).raw({0x40}).bits(Wire::bitsOf({0x40, 0xd2})).idle(40).handshake(0x5a).idle(40);
     QCOMPARE(Decoded(noise).packets(), Texts{"packet pid=NAK err=0"});
+}
+
+void TstUsb::whatIsWrongHasAnErrorCross()
+{
+    Wire wire;
+    wire.idle(20).token(0x69, 5).data(0x4b, {1, 2}).handshake(0xd2).idle(40); // all right
+    wire.token(0x69, 5, 1).idle(40).data(0x4b, {1, 2}, 1).idle(40).handshake(0x33).idle(40).raw({0x40, 0xd2}).idle(40);
+    std::vector<std::int64_t> crosses;
+    for (const auto &marker : Decoded(wire).markers(dpChannel)) {
+        if (marker.type == MarkerType::ErrorX) {
+            crosses.push_back(std::int64_t(marker.sample));
+        }
+    }
+    QCOMPARE(crosses,
+             (std::vector<std::int64_t>{wire.ends[3], wire.ends[4], wire.ends[5], wire.starts[6], wire.ends[6]}));
 }
 
 void TstUsb::sevenOnesBreakAPacket()
@@ -569,7 +585,11 @@ void TstUsb::requestsHaveTheirNames_data()
     row("a101000100000100", "GET_REPORT, value 0x0100, index 0x0000, 1 byte");
     row("c01d000000000400", "vendor request 0x1D, value 0x0000, index 0x0000, 4 bytes");
     row("8002000000000000", "request 0x02, value 0x0000, index 0x0000");
-    row("a006000000000000", "class request 0x06, value 0x0000, index 0x0000");
+    row("a006002900004700", "hub GET_DESCRIPTOR, value 0x2900, index 0x0000, 71 bytes");
+    row("2303040002000000", "port SET_FEATURE, value 0x0004, index 0x0002");
+    row("2309000001000000", "port RESET_TT, value 0x0000, index 0x0001");
+    row("a002000000000000", "class request 0x02, value 0x0000, index 0x0000");
+    row("a206000000000000", "class request 0x06, value 0x0000, index 0x0000");
 }
 
 void TstUsb::requestsHaveTheirNames()
@@ -685,6 +705,7 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
     unsigned number = ~0U;
     std::size_t checked = 0;
     std::size_t preambles = 0;
+    std::size_t handshakes[2] = {}; // with a wrong sync pattern, without a known identifier
     bool hasSuspended = false;
     for (const DecodedFrame &frame : desk.frames()) {
         const std::string got = frame.summary();
@@ -706,7 +727,7 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
                                     "transaction " + out + "data=" + bytes + " result=NAK"};
             QVERIFY2(std::find(expected.begin(), expected.end(), got) != expected.end(), got.c_str());
             preambles += got == expected[0] ? 1 : 0;
-        } else if (frame.kind == "transaction" && number % 8 != 1) {
+        } else if (frame.kind == "transaction" && number % 10 != 1) {
             const Texts expected = {"",
                                     "",
                                     "OUT addr=" + address + " ep=2 data=" + bytes + " result=ACK",
@@ -715,17 +736,24 @@ void TstUsb::theSimulationIsDecodedAsItWasSent()
                                     "",
                                     "IN addr=" + address + " ep=4 result=none",
                                     "IN addr=" + address + " ep=5 result=none"};
-            QCOMPARE(QString::fromStdString(got), QString::fromStdString("transaction pid=" + expected[number % 8]));
+            QCOMPARE(QString::fromStdString(got), QString::fromStdString("transaction pid=" + expected[number % 10]));
             ++checked;
-        } else if (number % 8 == 6 && got.find("DATA0") != std::string::npos) {
+        } else if (number % 10 == 6 && got.find("DATA0") != std::string::npos) {
             QCOMPARE(got, "packet pid=DATA0 data=" + bytes + " err=1");
-        } else if (number % 8 == 0) {
+        } else if (number % 10 == 0) {
             QCOMPARE(QString::fromStdString(got), QStringLiteral("reset"));
-        } else if (number % 8 == 5) {
+        } else if (number % 10 == 5) {
             QCOMPARE(got, "packet pid=IN addr=" + address + " ep=15 err=1");
+        } else if (number % 10 == 8) {
+            QCOMPARE(QString::fromStdString(got), QStringLiteral("packet pid=ACK err=1"));
+            ++handshakes[0];
+        } else if (number % 10 == 9) {
+            QCOMPARE(QString::fromStdString(got), QStringLiteral("packet pid=UNKNOWN err=0"));
+            ++handshakes[1];
         }
     }
     QVERIFY(checked > 20);
+    QVERIFY(handshakes[0] > 1 && handshakes[1] > 1);
     QVERIFY(isLow || preambles > 0);
 }
 
