@@ -70,12 +70,21 @@ void ModbusAnalyzer::addDirection(std::vector<Direction> &all, ModbusResults::Li
     findNext(all.back());
 }
 
+/// Error crosses stand behind a silence within a frame, and at the end of what has no right check or is no frame.
 void ModbusAnalyzer::findNext(Direction &direction)
 {
     const auto mark = [&](const lux::AsyncLine &line, const lux::AsyncCharacter &character) {
+        if (character.first == direction.next.pauseEnd) {
+            results().mark(direction.channel, character.first, MarkerType::ErrorX);
+        }
         lux::markCharacter(results(), direction.channel, line, character);
+        direction.lastLook = line.lookOf(line.stopBit());
     };
     direction.isOver = !direction.receiver.next(direction.next, mark);
+    if (!direction.isOver && !direction.next.isCheckRight) {
+        const lux::Sample last = std::max(direction.next.last, direction.lastLook);
+        results().mark(direction.channel, last, MarkerType::ErrorX);
+    }
 }
 
 void ModbusAnalyzer::addNext(const Direction &direction, Request &request)

@@ -26,6 +26,7 @@ private:
         Channel channel;
         ModbusResults::Line number;
         ModbusReceiver::Received next;
+        lux::Sample lastLook = 0; ///< at the stop bit of the last character
         bool isOver = false;
     };
     /// The last request, until it is answered.

@@ -49,8 +49,9 @@ constexpr std::string_view wasWritten = "write";
 
 void writeRequest(RegisterLines &lines, const ModbusFrame &modbus)
 {
-    constexpr std::size_t headOfMany = 5; // address, count, bytes
-    constexpr std::size_t headOfBoth = 9; // the same for the read before it
+    constexpr std::size_t bytesOfMask = 6; // address, both masks
+    constexpr std::size_t headOfMany = 5;  // address, count, bytes
+    constexpr std::size_t headOfBoth = 9;  // the same for the read before it
     const std::string_view table = modbus.tableName();
     switch (modbus.function()) {
     case ModbusFrame::WriteSingleCoil:
@@ -67,6 +68,12 @@ void writeRequest(RegisterLines &lines, const ModbusFrame &modbus)
         break;
     case ModbusFrame::ReadWriteRegisters:
         lines.registers(wasWritten, table, modbus.word(4), modbus.data().subspan(headOfBoth));
+        break;
+    case ModbusFrame::MaskWriteRegister: // what it becomes depends on what it was
+        if (modbus.data().size() == bytesOfMask) {
+            lines.line("and mask", table, modbus.word(0), modbus.word(2));
+            lines.line("or mask", table, modbus.word(0), modbus.word(4));
+        }
         break;
     default:
         break;

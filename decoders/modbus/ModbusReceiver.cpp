@@ -138,7 +138,10 @@ bool ModbusReceiver::endsBefore(Sample start, Received &received) const
     if (silence >= m_longSilence - (mayBeTail ? m_line.length() : 0) || (isWhole && silence > m_shortSilence)) {
         return true;
     }
-    received.hasPause = received.hasPause || silence > m_shortSilence;
+    if (silence > m_shortSilence) {
+        received.hasPause = true;
+        received.pauseEnd = start;
+    }
     return false;
 }
 

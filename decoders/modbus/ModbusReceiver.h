@@ -22,7 +22,8 @@ public:
         bool isCheckRight = false;
         bool hasParityError = false;
         bool hasFramingError = false;
-        bool hasPause = false; ///< a silence of more than 1.5 characters within
+        bool hasPause = false;     ///< a silence of more than 1.5 characters within
+        lux::Sample pauseEnd = -1; ///< the start behind the last such silence
     };
     /// Is told each character, right after it was read.
     using Watcher = std::function<void(const lux::AsyncLine &, const lux::AsyncCharacter &)>;

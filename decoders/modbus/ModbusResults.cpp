@@ -1,5 +1,7 @@
 #include "ModbusResults.h"
 
+#include <string>
+
 using lux::FrameText;
 using lux::FrameValues;
 using lux::ShortText;
@@ -83,10 +85,10 @@ void ModbusResults::describeFrame(const FrameData &frame, FrameText &out) const
     if (modbus.isException() || modbus.data().empty()) {
         return;
     }
-    ShortText full(head);
-    full.add(more);
-    full.add(errors);
-    full.add(": ");
+    std::string full(head.view()); // it may be longer than a short text
+    full += more.view();
+    full += errors.view();
+    full += ": ";
     out.addBytes(full, modbus.data());
 }
 
@@ -99,7 +101,8 @@ ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modb
         text.add(modbus.exceptionName());
         return text;
     }
-    const bool isAnswerToRead = has(frame, Response) && modbus.isRead();
+    const bool isOfBoth = modbus.function() == ModbusFrame::ReadWriteRegisters;
+    const bool isAnswerToRead = has(frame, Response) && (modbus.isRead() || isOfBoth);
     if (isAnswerToRead && !has(frame, HasRequest)) {
         return text;
     }
@@ -114,6 +117,18 @@ ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modb
         text.add(lux::formatCount(isAnswerToRead ? askedAddress(frame) : modbus.word(0)));
         text.add(", count ");
         text.add(lux::formatCount(isAnswerToRead ? askedCount(frame) : modbus.word(2)));
+        break;
+    case ModbusFrame::ReadWriteRegisters:
+        text.add(", read address ");
+        text.add(lux::formatCount(isAnswerToRead ? askedAddress(frame) : modbus.word(0)));
+        text.add(", count ");
+        text.add(lux::formatCount(isAnswerToRead ? askedCount(frame) : modbus.word(2)));
+        if (!isAnswerToRead) {
+            text.add(", write address ");
+            text.add(lux::formatCount(modbus.word(4)));
+            text.add(", count ");
+            text.add(lux::formatCount(modbus.word(6)));
+        }
         break;
     case ModbusFrame::WriteSingleCoil:
     case ModbusFrame::WriteSingleRegister:

@@ -108,6 +108,10 @@ private slots:
     void theRateIsFoundAndTold();
     void textsGoFromShortToLong();
     void eachBitHasAMarker();
+    void whatIsWrongHasAnErrorCross_data();
+    void whatIsWrongHasAnErrorCross();
+    void anAsciiFrameHasAnErrorCrossWhereItBreaksOff();
+    void aReadWithAWriteTellsBothAddresses();
     void settingsThatDoNotGoTogetherAreRefused();
     void exportsHaveAllFrames();
     void theRegistersAreExportedOneALine();
@@ -367,6 +371,78 @@ void TstModbus::eachBitHasAMarker()
     QCOMPARE(std::int64_t(markers[0].sample), sender.starts[0] + 150);
 }
 
+namespace {
+
+std::vector<std::int64_t> crosses(const DecodeDesk &desk)
+{
+    std::vector<std::int64_t> all;
+    for (const auto &marker : desk.markers(3)) {
+        if (marker.type == MarkerType::ErrorX) {
+            all.push_back(std::int64_t(marker.sample));
+        }
+    }
+    return all;
+}
+
+} // namespace
+
+void TstModbus::whatIsWrongHasAnErrorCross_data()
+{
+    QTest::addColumn<std::vector<unsigned>>("bytes");
+    QTest::addColumn<double>("pause"); // characters behind the second byte
+    QTest::addColumn<bool>("isWrong");
+    QTest::newRow("none") << std::vector<unsigned>{2, 7, 0x41, 0x12} << 0.0 << false;
+    QTest::newRow("check") << std::vector<unsigned>{2, 7, 0x41, 0x13} << 0.0 << true;
+    QTest::newRow("too short") << std::vector<unsigned>{2, 7, 0x41} << 0.0 << true;
+    QTest::newRow("pause") << std::vector<unsigned>{2, 7, 0x41, 0x12} << 2.0 << false;
+    QTest::newRow("pause and check") << std::vector<unsigned>{2, 7, 0x41, 0x13} << 2.0 << true;
+}
+
+void TstModbus::whatIsWrongHasAnErrorCross()
+{
+    QFETCH(std::vector<unsigned>, bytes);
+    QFETCH(double, pause);
+    QFETCH(bool, isWrong);
+    AsyncSender sender(bit);
+    sender.idle(50);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        sender.idle(i == 2 ? pause * 10 : 0).byte(bytes[i]);
+    }
+    sender.idle(50).bytes(withCrc({1, 3, 0, 0, 0, 1})).idle(50);
+    std::vector<std::int64_t> expected;
+    if (pause > 0) {
+        expected.push_back(sender.starts[2]);
+    }
+    if (isWrong) {
+        expected.push_back(sender.starts[bytes.size() - 1] + 999);
+    }
+    const Decoded desk(sender, rate);
+    QCOMPARE(crosses(desk), expected);
+    QCOMPARE(desk.frames().back().value("crc"), std::string("1"));
+}
+
+void TstModbus::anAsciiFrameHasAnErrorCrossWhereItBreaksOff()
+{
+    const AsyncSender right = sentAscii(ascii({1, 7}));
+    QVERIFY(crosses(Decoded(right, rate + ",mode=ascii")).empty());
+    const AsyncSender wrong = sentAscii(":0107F9\r\n" + ascii({1, 7}));
+    QCOMPARE(crosses(Decoded(wrong, rate + ",mode=ascii")), std::vector<std::int64_t>{wrong.starts[8] + 999});
+    const AsyncSender broken = sentAscii(":01" + ascii({1, 7}));
+    const auto all = crosses(Decoded(broken, rate + ",mode=ascii"));
+    QCOMPARE(all.size(), std::size_t(1));
+    QVERIFY(all[0] > broken.starts[3] && all[0] < broken.starts[4]); // at the next colon
+}
+
+void TstModbus::aReadWithAWriteTellsBothAddresses()
+{
+    const Decoded desk(sent({{1, 23, 0, 3, 0, 1, 0, 14, 0, 1, 2, 0, 0xff}, {1, 23, 2, 0, 0xfe}, {2, 23, 2, 0, 0xfe}}),
+                       rate);
+    QVERIFY(desk.frame(0).text.find(" request, read address 3, count 1, write address 14, count 1: ") !=
+            std::string::npos);
+    QVERIFY(desk.frame(1).text.find(" response, read address 3, count 1: ") != std::string::npos);
+    QVERIFY(desk.frame(2).text.find(" response: ") != std::string::npos);
+}
+
 void TstModbus::settingsThatDoNotGoTogetherAreRefused()
 {
     DecodeDesk desk(std::make_unique<ModbusAnalyzer>());
@@ -404,7 +480,11 @@ void TstModbus::theRegistersAreExportedOneALine()
                              {3, 15, 0, 1, 0, 2, 1, 2},
                              {4, 3, 2, 9, 9},
                              {1, 3, 0, 100, 0, 2},
-                             {1, 0x83, 2}}),
+                             {1, 0x83, 2},
+                             {3, 22, 0, 4, 0, 0xf2, 0, 0x25},
+                             {3, 22, 0, 4, 0, 0xf2, 0, 0x25},
+                             {3, 23, 0, 3, 0, 1, 0, 14, 0, 1, 2, 0, 0xff},
+                             {3, 23, 2, 0, 0xfe}}),
                        rate);
     QTemporaryDir folder;
     const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
@@ -424,7 +504,11 @@ void TstModbus::theRegistersAreExportedOneALine()
                                                            "3,write,holding register,256,43981\n"
                                                            "3,write,coil,7,1\n"
                                                            "3,write,coil,1,0\n"
-                                                           "3,write,coil,2,1\n"));
+                                                           "3,write,coil,2,1\n"
+                                                           "3,and mask,holding register,4,242\n"
+                                                           "3,or mask,holding register,4,37\n"
+                                                           "3,write,holding register,14,255\n"
+                                                           "3,read,holding register,3,254\n"));
 }
 
 void TstModbus::aCutFrameIsNotShown()
