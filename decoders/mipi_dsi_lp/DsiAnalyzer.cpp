@@ -68,6 +68,9 @@ void DsiAnalyzer::take(const DsiElement &element)
         m_bytes.push_back(element.value);
         m_frames.push_back(DsiResults::frameOf(element, 0));
         results().mark(m_settings.d0n, element.first, MarkerType::Dot);
+        if (m_bytes.size() == dsi::headBytes) {
+            checkHead(element.last);
+        }
         addPacketIfWhole();
         break;
     case DsiElement::Kind::Exit:
@@ -92,9 +95,25 @@ std::size_t DsiAnalyzer::wantedBytes() const
     if (m_bytes.size() < dsi::headBytes) {
         return dsi::headBytes;
     }
-    std::uint32_t head = std::uint32_t(m_bytes[0]) | std::uint32_t(m_bytes[1]) << 8 | std::uint32_t(m_bytes[2]) << 16;
+    std::uint32_t head = sentHead();
     (void)dsi::checkHead(head, m_bytes[3]);
     return dsi::isLong(head) ? dsi::headBytes + (head >> 8) + dsi::checksumBytes : dsi::headBytes;
+}
+
+std::uint32_t DsiAnalyzer::sentHead() const
+{
+    return std::uint32_t(m_bytes[0]) | std::uint32_t(m_bytes[1]) << 8 | std::uint32_t(m_bytes[2]) << 16;
+}
+
+/// An error dot at the end of a head that was corrected, an error cross where that cannot be. @param at  its last
+/// sample
+void DsiAnalyzer::checkHead(Sample at)
+{
+    std::uint32_t head = sentHead();
+    const dsi::Ecc ecc = dsi::checkHead(head, m_bytes[3]);
+    if (ecc != dsi::Ecc::Right) {
+        results().mark(m_settings.d0n, at, ecc == dsi::Ecc::Corrected ? MarkerType::ErrorDot : MarkerType::ErrorX);
+    }
 }
 
 void DsiAnalyzer::addPacketIfWhole()
@@ -103,7 +122,7 @@ void DsiAnalyzer::addPacketIfWhole()
         return;
     }
     DsiResults::PacketContent content;
-    content.head = std::uint32_t(m_bytes[0]) | std::uint32_t(m_bytes[1]) << 8 | std::uint32_t(m_bytes[2]) << 16;
+    content.head = sentHead();
     content.fixed = content.head;
     const dsi::Ecc ecc = dsi::checkHead(content.fixed, m_bytes[3]);
     unsigned flags = m_fromPeripheral ? unsigned(DsiResults::FromPeripheral) : 0U;
@@ -117,6 +136,7 @@ void DsiAnalyzer::addPacketIfWhole()
         flags |= DsiResults::Long;
         if (lux::Crc<dsi::checksum>::of(content.payload) != sent) {
             flags |= DsiResults::ChecksumWrong;
+            results().mark(m_settings.d0n, m_frames.back().lastSample, MarkerType::ErrorX);
         }
     }
     content.flags = std::uint16_t(flags);

@@ -31,10 +31,12 @@ private:
     void add(const FrameData &frame);
     void addOthersBefore(lux::Sample sample);
     void take(const DsiElement &element);
+    void checkHead(lux::Sample at);
     void addPacketIfWhole();
     void endOfData(bool isCut);
     void clear();
     [[nodiscard]] std::size_t wantedBytes() const;
+    [[nodiscard]] std::uint32_t sentHead() const;
 
     std::vector<OtherLane> m_others;
     std::vector<std::uint8_t> m_bytes; ///< of the packet that is being received

@@ -208,6 +208,6 @@ void DsiResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> DsiResults::columns() const
 {
-    static constexpr const char *names[] = {"lane", "v", "vc", "dt", "data", "ecc", "crc"};
+    static constexpr const char *names[] = {"lane", "v", "vc", "dt", "data", "ecc", "crc", "n"};
     return names;
 }

@@ -154,6 +154,8 @@ private slots:
     void oneWrongBitOfAHeadIsCorrected();
     void twoWrongBitsOfAHeadAreTold();
     void theLengthIsThatOfTheCorrectedHead();
+    void whatIsWrongHasAMarker();
+    void aTableHasTheBytesOfACutPacket();
     void packetsFollowEachOtherInOneTransmission();
     void entriesHaveTheirNames_data();
     void entriesHaveTheirNames();
@@ -264,6 +266,42 @@ void TstMipiDsiLp::theLengthIsThatOfTheCorrectedHead()
     Wire wire;
     wire.stop().enter(lowPowerData).send(bytes).leave();
     QCOMPARE(Decoded(wire).others()[1], std::string("packet vc=0 dt=57 data=010203 ecc=0 crc=1"));
+}
+
+void TstMipiDsiLp::whatIsWrongHasAMarker()
+{
+    Bytes corrected = withChecksum(headOf(0x39, 3), {1, 2, 3}, 1);
+    corrected[1] ^= 0x40;
+    Bytes wrong = displayOn;
+    wrong[1] ^= 0x01;
+    wrong[3] ^= 0x20;
+    Wire wire;
+    wire.stop().enter(lowPowerData).send(displayOn).send(withChecksum(headOf(0x29, 2), {1, 2})).leave();
+    const std::size_t right = wire.bytes.size();
+    wire.enter(lowPowerData).send(corrected).send(wrong).leave();
+    std::vector<std::int64_t> crosses;
+    std::vector<std::int64_t> dots;
+    for (const auto &marker : Decoded(wire).markers(negative)) {
+        if (marker.type == MarkerType::ErrorX) {
+            crosses.push_back(std::int64_t(marker.sample));
+        } else if (marker.type == MarkerType::ErrorDot) {
+            dots.push_back(std::int64_t(marker.sample));
+        }
+    }
+    const auto endOf = [&](std::size_t byte) { return wire.bytes[right + byte] + 16 * step - 1; };
+    QCOMPARE(dots, std::vector<std::int64_t>{endOf(3)});
+    QCOMPARE(crosses, (std::vector<std::int64_t>{endOf(8), endOf(12)}));
+}
+
+void TstMipiDsiLp::aTableHasTheBytesOfACutPacket()
+{
+    Wire wire;
+    wire.stop().enter(lowPowerData).send({0x05, 0x29, 0x00}).leave();
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
+    const std::string csv = decoderChecks::exported(Decoded(wire), path, 0);
+    QVERIFY2(csv.find(",ecc,crc,n,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",cut,,,,,,,,3,Packet cut after 3 bytes") != std::string::npos, csv.c_str());
 }
 
 void TstMipiDsiLp::packetsFollowEachOtherInOneTransmission()
