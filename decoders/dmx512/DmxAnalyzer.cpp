@@ -117,6 +117,9 @@ void DmxAnalyzer::addBreak(const AsyncCharacter &character, Packet &packet)
     packet = {.isOpen = true, .breakEnd = character.last + 1, .end = character.last + 1};
     results().mark(m_settings.rx, character.first, MarkerType::Start);
     const bool isTooLong = character.last - character.first >= lux::samplesIn(longest, sampleRate());
+    if (isTooLong) {
+        results().mark(m_settings.rx, character.last, MarkerType::ErrorX);
+    }
     results().add({.firstSample = character.first,
                    .lastSample = character.last,
                    .kind = DmxResults::Break,
@@ -128,8 +131,15 @@ void DmxAnalyzer::addSlot(const AsyncLine &line, const AsyncCharacter &character
     const bool isStart = packet.next == 0;
     const Sample pause = character.first - packet.end;
     const bool isTooLong = pause >= lux::samplesIn(longest, sampleRate());
+    const bool isTooShort = isStart && pause + 1 < times(leastMark, grid.bitRate());
+    const bool isTooMany = packet.next > mostSlots;
+    if (isTooShort || isTooLong) {
+        results().mark(m_settings.rx, character.first - 1, MarkerType::ErrorX);
+    }
+    if (isTooMany) {
+        results().mark(m_settings.rx, character.first, MarkerType::ErrorX);
+    }
     if (isStart) {
-        const bool isTooShort = pause + 1 < times(leastMark, grid.bitRate());
         results().add({.firstSample = packet.breakEnd,
                        .lastSample = character.first - 1,
                        .kind = DmxResults::Mark,
@@ -145,7 +155,7 @@ void DmxAnalyzer::addSlot(const AsyncLine &line, const AsyncCharacter &character
                    .kind = std::uint8_t(isStart ? DmxResults::Start : DmxResults::Slot),
                    .flags = std::uint16_t((hasFramingError ? unsigned(DmxResults::FramingError) : 0U) |
                                           (isTooLong && !isStart ? unsigned(DmxResults::TooLong) : 0U) |
-                                          (packet.next > mostSlots ? unsigned(DmxResults::TooManySlots) : 0U)),
+                                          (isTooMany ? unsigned(DmxResults::TooManySlots) : 0U)),
                    .extra = packet.next});
     ++packet.next;
     packet.end = character.last + 1;

@@ -57,6 +57,7 @@ private slots:
     void anotherRateIsFoundWhereItFitsBetter();
     void textsGoFromShortToLong();
     void eachBitHasAMarker();
+    void whatIsTooLongTooShortOrTooMuchHasACross();
     void settingsAreChecked();
     void exportsHaveAllSlots();
     void aCutSlotIsNotShown();
@@ -301,6 +302,27 @@ void TstDmx512::eachBitHasAMarker()
     QCOMPARE(markers.size(), std::size_t(1 + 2 * 8));
     QCOMPARE(markers[0].type, MarkerType::Start);
     QCOMPARE(std::int64_t(markers[1].sample), sender.starts[0] + 12);
+}
+
+void TstDmx512::whatIsTooLongTooShortOrTooMuchHasACross()
+{
+    AsyncSender sender(bit);
+    sender.idle(20);
+    packet(sender, {0, 1}).idle(us(1000100)).byte(3, 2);
+    sender.low(us(1000100)).idle(us(7)).bytes(std::vector<unsigned>(514, 5), 2).idle(20);
+    const Decoded desk(sender, rx);
+    QCOMPARE(desk.message(), std::string()); // such as that markers are not in the order of time
+    std::vector<std::int64_t> crosses;
+    for (const Marker &marker : desk.markers(3)) {
+        if (marker.type == MarkerType::ErrorX) {
+            crosses.push_back(std::int64_t(marker.sample));
+        }
+    }
+    const std::vector<std::int64_t> expected{sender.starts[2] - 1,    // a pause
+                                             desk.frame(5).last,      // a break
+                                             sender.starts[3] - 1,    // the mark behind it
+                                             sender.starts[3 + 513]}; // a slot behind the last
+    QCOMPARE(crosses, expected);
 }
 
 void TstDmx512::settingsAreChecked()
