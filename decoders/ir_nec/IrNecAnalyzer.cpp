@@ -109,6 +109,9 @@ bool IrNecAnalyzer::readFrame(IrMarks &marks, const Windows &windows, Sample beg
     while (windows.mark.has(mark.end - mark.begin)) {
         end = mark.end;
         if (count == frameBits) {
+            if (!IrNecResults::Code(bits).isCommandRight()) {
+                results().mark(m_settings.ir, end - 1, MarkerType::ErrorX);
+            }
             results().add({.firstSample = begin, .lastSample = end - 1, .data = bits, .kind = IrNecResults::Whole});
             last = {.isKnown = true, .bits = bits, .begin = begin};
             return marks.next(mark);

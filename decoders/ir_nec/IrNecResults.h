@@ -16,14 +16,6 @@ public:
     };
     enum Flag : std::uint16_t { Known = 1 /**< of a repeat: what is repeated was received */ };
 
-    explicit IrNecResults(const IrNecSettings &settings);
-
-protected:
-    void describe(const FrameData &frame, lux::FrameText &out) const override;
-    void values(const FrameData &frame, lux::FrameValues &out) const override;
-    [[nodiscard]] std::span<const char *const> columns() const override;
-
-private:
     /// The four bytes of a frame in the order of time.
     struct Code {
         std::array<std::uint8_t, 4> bytes;
@@ -40,6 +32,14 @@ private:
         [[nodiscard]] bool isCommandRight() const { return bytes[2] == std::uint8_t(~bytes[3]); }
     };
 
+    explicit IrNecResults(const IrNecSettings &settings);
+
+protected:
+    void describe(const FrameData &frame, lux::FrameText &out) const override;
+    void values(const FrameData &frame, lux::FrameValues &out) const override;
+    [[nodiscard]] std::span<const char *const> columns() const override;
+
+private:
     void describeCode(const FrameData &frame, lux::FrameText &out) const;
 
     Channel m_line;

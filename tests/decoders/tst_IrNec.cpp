@@ -137,6 +137,10 @@ void TstIrNec::aWrongComplementOfTheCommandIsTold()
     const Decoded desk(remote, low);
     QCOMPARE(desk.frame(0).value("ok"), std::string("0"));
     QCOMPARE(desk.frame(0).text, std::string("Address 0x40, command 0x44, its complement is 0xBA"));
+    const auto markers = desk.markers(3);
+    QCOMPARE(markers.size(), std::size_t(33));
+    QCOMPARE(markers.back().type, MarkerType::ErrorX);
+    QCOMPARE(std::int64_t(markers.back().sample), desk.frame(0).last);
 }
 
 void TstIrNec::aRepeatKnowsWhatItRepeats()
