@@ -45,6 +45,7 @@ void QspiAnalyzer::decode()
         if (hasCommand) {
             results().fill(place, results().transferFrame(content, begin, end - 1));
         } else if (wire.clocks() > 0) {
+            results().mark(m_settings.cs, end - 1, MarkerType::ErrorX);
             results().fill(
                 place,
                 {.firstSample = begin, .lastSample = end - 1, .data = wire.clocks(), .kind = QspiResults::Short});

@@ -487,6 +487,12 @@ void TstQspi::aSelectWithFewClocksIsShort()
     const Decoded desk(wire);
     QCOMPARE(desk.transfers(), (Texts{"short n=7", "short n=1", "transfer cmd=06"}));
     QCOMPARE(desk.frame(0).text, std::string("Select with 7 clocks"));
+    const auto crosses = desk.markers(csChannel);
+    QCOMPARE(crosses.size(), std::size_t(2));
+    for (std::size_t i = 0; i < 2; ++i) {
+        QCOMPARE(crosses[i].type, MarkerType::ErrorX);
+        QCOMPARE(std::int64_t(crosses[i].sample), desk.frame(i).last);
+    }
 }
 
 void TstQspi::glitchesOfTheSelectArePassedOver()
