@@ -171,12 +171,12 @@ void OneWireAnalyzer::takeSlot(Sample fall, Sample rise, Sample nextFall)
     }
     const bool bit = rise - fall <= times.mostOne;
     const bool isTooLong = rise - fall > times.mostZero;
-    results().mark(m_settings.line, std::min(fall + times.mostOne, end - 1),
-                   isTooLong ? MarkerType::ErrorDot : MarkerType::Dot);
     if (m_count == 0) {
         m_first = fall;
     }
     m_last = std::min(end, nextFall) - 1;
+    results().mark(m_settings.line, std::min(fall + times.mostOne, m_last),
+                   isTooLong ? MarkerType::ErrorDot : MarkerType::Dot);
     m_bits[m_count++] = bit ? '1' : '0';
     if (m_stage == Stage::Search) {
         if (m_count == bitsOfSearch) {
@@ -243,7 +243,10 @@ void OneWireAnalyzer::takeCodeByte(FrameData &frame)
     m_code |= frame.data << (8 * m_codeBytes);
     if (++m_codeBytes == OneWireResults::codeBytes) {
         frame.data2 = m_code;
-        frame.flags = isCodeRight(m_code) ? 0 : OneWireResults::CrcError;
+        if (!isCodeRight(m_code)) {
+            frame.flags = OneWireResults::CrcError;
+            results().mark(m_settings.line, m_last, MarkerType::ErrorX);
+        }
         m_stage = Stage::Function;
     }
 }
@@ -263,6 +266,9 @@ void OneWireAnalyzer::takeSearch()
     }
     unsigned flags = isCodeRight(frame.data) ? 0U : unsigned(OneWireResults::CrcError);
     flags |= isNobody ? unsigned(OneWireResults::NoDevice) : 0U;
+    if (flags != 0) {
+        results().mark(m_settings.line, m_last, MarkerType::ErrorX);
+    }
     flags |= m_isAlarm ? unsigned(OneWireResults::Alarm) : 0U;
     frame.flags = std::uint16_t(flags);
     results().add(frame);

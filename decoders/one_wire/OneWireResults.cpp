@@ -198,7 +198,7 @@ void OneWireResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> OneWireResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "role", "present"};
+    static constexpr const char *names[] = {"v", "role", "present", "overdrive", "code", "crcok", "conflicts"};
     return names;
 }
 

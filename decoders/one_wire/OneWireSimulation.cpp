@@ -24,6 +24,8 @@ struct BusTimes {
     std::int64_t presence;
     std::int64_t recovery; ///< behind the presence pulse
 };
+constexpr std::int64_t longPresence = 300000;
+constexpr std::int64_t longZero = 150000;
 constexpr BusTimes standard{6000, 62000, 70000, 485000, 30000, 120000, 340000};
 constexpr BusTimes overdrive{1500, 7500, 10000, 70000, 4000, 12000, 36000};
 
@@ -33,16 +35,23 @@ public:
     Bus(Simulation &simulation, const Channel &line) : m_simulation(simulation), m_line(simulation.line(line, true)) {}
 
     void setOverdrive(bool on) { m_times = on ? &overdrive : &standard; }
-    void reset(bool isPresent = true)
+    enum class Answer : std::uint8_t { Usual, None, TooLong };
+    void reset(Answer answer = Answer::Usual)
     {
         pulse(m_times->reset);
         wait(m_times->presenceWait);
-        if (isPresent) {
-            pulse(m_times->presence);
-        } else {
+        if (answer == Answer::None) {
             wait(m_times->presence);
+        } else {
+            pulse(answer == Answer::TooLong ? longPresence : m_times->presence);
         }
         wait(m_times->recovery);
+    }
+    /// A 0 that is low for longer than it may be.
+    void slowZero()
+    {
+        pulse(longZero);
+        wait(m_times->slot - m_times->zero);
     }
     void bit(bool value)
     {
@@ -101,10 +110,21 @@ std::uint64_t codeOf(std::uint32_t serial)
 
 } // namespace
 
-/// Eight forms of message in turn, with devices and bytes that count up.
+/// Ten forms of message in turn, with devices and bytes that count up.
 void OneWireAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Skip, Read, Match, Search, NobodyThere, WrongCheck, CutByte, Fast };
+    enum Form : std::uint32_t {
+        Skip,
+        Read,
+        Match,
+        Search,
+        NobodyThere,
+        WrongCheck,
+        CutByte,
+        Fast,
+        LongPresence,
+        LongSlot
+    };
     if (simulation.sampleRate() < oneWire::leastSampleRate) {
         simulation.hold(simulation.sampleRate()); // no slot could be told
         return;
@@ -112,10 +132,12 @@ void OneWireAnalyzer::simulate(Simulation &simulation)
     Bus bus(simulation, m_settings.line);
     const std::uint32_t number = m_sent & 0xffU;
     const std::uint64_t code = codeOf(m_sent);
-    const std::uint32_t form = m_sent % (Fast + 1);
+    const std::uint32_t form = m_sent % (LongSlot + 1);
     const bool canBeFast = m_settings.speed != OneWireSpeed::Standard && simulation.sampleRate() >= leastOverdriveRate;
     bus.wait(std::int64_t(500 + simulation.random(2000)) * 1000);
-    bus.reset(form != NobodyThere);
+    bus.reset(form == NobodyThere    ? Bus::Answer::None
+              : form == LongPresence ? Bus::Answer::TooLong
+                                     : Bus::Answer::Usual);
     switch (form) {
     case Skip:
         bus.bytes({oneWire::SkipRom, 0x44});
@@ -135,6 +157,14 @@ void OneWireAnalyzer::simulate(Simulation &simulation)
         bus.search(code & ~std::uint64_t(0x100));
         break;
     case NobodyThere:
+        break;
+    case LongPresence:
+        bus.bytes({oneWire::SkipRom});
+        break;
+    case LongSlot:
+        bus.bytes({oneWire::SkipRom});
+        bus.slowZero();
+        bus.number(number >> 1, 7);
         break;
     case CutByte:
         bus.number(number, 5);

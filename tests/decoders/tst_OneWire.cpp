@@ -128,6 +128,7 @@ private slots:
     void aLowSampleRateIsRefused();
     void bubblesGoFromShortToLong();
     void markersStandWhereBitsAreLookedAt();
+    void aWrongCheckAndASearchWithoutAnswerHaveACross();
     void exportsHaveALineAMessage();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
@@ -391,6 +392,31 @@ void TstOneWire::markersStandWhereBitsAreLookedAt()
     QVERIFY(markers[3].type == MarkerType::ErrorX);   // and the byte is cut
 }
 
+void TstOneWire::aWrongCheckAndASearchWithoutAnswerHaveACross()
+{
+    const auto crossesOf = [](const Wire &wire) {
+        std::vector<std::int64_t> crosses;
+        for (const Marker &marker : Decoded(wire).markers(channel)) {
+            if (marker.type == MarkerType::ErrorX) {
+                crosses.push_back(std::int64_t(marker.sample));
+            }
+        }
+        return crosses;
+    };
+    Wire right;
+    right.reset().byte(0x33).bits(code, 64).reset().byte(0xf0).search(code, 0);
+    QVERIFY(crossesOf(right).empty());
+    Wire read;
+    read.reset().byte(0x33).bits(code ^ 0x100, 64);
+    QCOMPARE(crossesOf(read), std::vector<std::int64_t>{Decoded(read).frame(9).last});
+    Wire search;
+    search.reset().byte(0xf0).search(code ^ 0x100, 0);
+    QCOMPARE(crossesOf(search), std::vector<std::int64_t>{Decoded(search).frame(2).last});
+    Wire nobody;
+    nobody.reset().byte(0xec).bits(~std::uint64_t(0), 64).bits(~std::uint64_t(0), 64).bits(~std::uint64_t(0), 64);
+    QCOMPARE(crossesOf(nobody), std::vector<std::int64_t>{Decoded(nobody).frame(2).last});
+}
+
 void TstOneWire::exportsHaveALineAMessage()
 {
     Wire wire;
@@ -401,7 +427,13 @@ void TstOneWire::exportsHaveALineAMessage()
     QCOMPARE(decoderChecks::exported(desk, path + ".txt", OneWireSettings::Messages),
              std::string("0.000100 R 0xCC 0x44\n0.002180 R 0x33 10\n"));
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
-    QVERIFY2(csv.find("byte,204,command,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",byte,204,command,,,,,,Skip ROM (0xCC)\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",reset,,,1,0,,,,") != std::string::npos, csv.c_str());
+    Wire codes;
+    codes.reset().byte(0x33).bits(code, 64).reset().byte(0xf0).search(code, 2).wait(100);
+    const std::string two = decoderChecks::exported(Decoded(codes), path + ".csv", 0);
+    QVERIFY2(two.find(",byte,141,code,,,8D011627F794EE28,1,,") != std::string::npos, two.c_str());
+    QVERIFY2(two.find(",search,8D011627F794EE28,,,,,1,0000000000000002,") != std::string::npos, two.c_str());
 }
 
 void TstOneWire::theSimulationIsDecodedAsItWasSent_data()
@@ -414,7 +446,7 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("20 MHz") << 20000000 << 65536 << true;
 }
 
-/// Eight forms of message in turn, with a byte that counts up.
+/// Ten forms of message in turn, with a byte that counts up.
 void TstOneWire::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
@@ -438,8 +470,9 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent()
     unsigned messages = 0;
     for (; at + 24 < got.size(); ++messages) {
         const unsigned n = messages & 0xffU;
-        expect({messages % 8 == 4 ? "reset 0" : "reset 1"});
-        switch (messages % 8) {
+        QCOMPARE(got[at].text == "Reset, presence pulse too long", messages % 10 == 8);
+        expect({messages % 10 == 4 ? "reset 0" : "reset 1"});
+        switch (messages % 10) {
         case 0:
             expect({"byte 204", "byte 68"});
             break;
@@ -450,7 +483,7 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent()
         case 2:
         case 5:
             expect({"byte 85"});
-            codeIs(messages % 8 == 2 ? messages : messages ^ 1U, messages % 8 == 2);
+            codeIs(messages % 10 == 2 ? messages : messages ^ 1U, messages % 10 == 2);
             expect({"byte 190", "byte " + std::to_string(n), "byte " + std::to_string(n ^ 0xffU)});
             break;
         case 3:
@@ -463,6 +496,12 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent()
         case 6:
             expect({"rest " + lowestBits(n, 5)});
             break;
+        case 8:
+            expect({"byte 204"});
+            break;
+        case 9:
+            expect({"byte 204", "byte " + std::to_string(n & 0xfeU)});
+            break;
         default:
             if (fast) {
                 expect({"byte 60", "reset 1", "byte 204", "byte 240", "byte " + std::to_string(n)});
@@ -473,6 +512,10 @@ void TstOneWire::theSimulationIsDecodedAsItWasSent()
         }
     }
     QVERIFY(messages > 50);
+    const auto markers = desk.markers(channel);
+    const auto longSlots = std::count_if(markers.begin(), markers.end(),
+                                         [](const Marker &marker) { return marker.type == MarkerType::ErrorDot; });
+    QVERIFY(std::abs(int(longSlots) - int(messages / 10)) <= 1);
 }
 
 void TstOneWire::positionsBehindFourGigasamplesAreExact()
