@@ -75,12 +75,15 @@ void I2cAnalyzer::takeCondition(const BusEvent &event, Sample sclRise)
     } else if (m_byte.count > 0) {
         cutByte(event.at);
     }
+    const bool isRestart = isStart && m_message.isOpen;
+    const bool wasIdle = isRestart && m_message.hasAddress && event.at - sclRise > idleBits * m_message.bitTime;
+    if (wasIdle) {
+        results().mark(m_settings.sda, event.at, MarkerType::ErrorX);
+    }
     results().mark(m_settings.sda, event.at, isStart ? MarkerType::Start : MarkerType::Stop);
     if (!isStart && !m_message.isOpen) {
         return; // the lines of a free bus are let go
     }
-    const bool isRestart = isStart && m_message.isOpen;
-    const bool wasIdle = isRestart && m_message.hasAddress && event.at - sclRise > idleBits * m_message.bitTime;
     results().add({.firstSample = event.at,
                    .lastSample = event.at,
                    .kind = std::uint8_t(!isStart    ? I2cResults::Stop

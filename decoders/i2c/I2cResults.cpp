@@ -163,7 +163,7 @@ void I2cResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> I2cResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "rw", "ack"};
+    static constexpr const char *names[] = {"v", "rw", "ack", "ten_bit", "n"};
     return names;
 }
 

@@ -170,7 +170,13 @@ void TstI2c::aRestartOnAnIdleBusLacksItsStop()
     for (const int idle : {150, 170}) { // a bit is 10 samples, and 16 of them are too long for a repeated start
         Wire wire;
         wire.wait(20).start().byte(0xa0).sda(true).wait(3).scl(true).wait(idle).start().byte(0xa0).stop();
-        const DecodedFrame restart = Decoded(wire).frame(2);
+        const Decoded desk(wire);
+        const DecodedFrame restart = desk.frame(2);
+        const auto markers = desk.markers(sdaChannel);
+        const auto crosses = std::count_if(markers.begin(), markers.end(), [&](const Marker &marker) {
+            return marker.type == MarkerType::ErrorX && std::int64_t(marker.sample) == restart.first;
+        });
+        QCOMPARE(crosses, idle == 150 ? 0 : 1);
         QCOMPARE(restart.kind, std::string("restart"));
         QCOMPARE(restart.text,
                  std::string(idle == 150 ? "Repeated start" : "Repeated start, the stop before is missing"));
@@ -292,6 +298,11 @@ void TstI2c::exportsHaveBytesAndMessages()
     QVERIFY2(text.find(" S 0x50 W A 0x42 A Sr 0x50 R A 0x43 N P\n") != std::string::npos, text.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("data,67,1,0,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("data,52,0,1,564,,") != std::string::npos, csv.c_str());
+    Wire cut;
+    cut.wait(20).start().byte(0xa0).bit(true).stop();
+    const std::string one = decoderChecks::exported(Decoded(cut), path + ".csv", 0);
+    QVERIFY2(one.find("cut,1,,,,1,") != std::string::npos, one.c_str());
 }
 
 void TstI2c::theSimulationIsDecodedAsItWasSent_data()
