@@ -149,10 +149,13 @@ CecAnalyzer::BlockEnd CecAnalyzer::readBlock(lux::FilteredLine &line, Message &m
         const bool value = low <= m_look;
         const bool isRight = (value ? m_oneLow : m_zeroLow).has(low);
         isTimingWrong = isTimingWrong || !isRight;
-        results().mark(m_settings.line, std::min(bit.fall + m_look, line.sampleCount() - 1),
-                       isRight ? MarkerType::Dot : MarkerType::ErrorDot);
         bits = bits << 1 | std::uint32_t(value);
-        if (++i == bitsOfBlock) {
+        const bool isRefused = ++i == bitsOfBlock && value != isForAll(message, bits);
+        results().mark(m_settings.line, std::min(bit.fall + m_look, line.sampleCount() - 1),
+                       !isRight    ? MarkerType::ErrorDot
+                       : isRefused ? MarkerType::X
+                                   : MarkerType::Dot);
+        if (i == bitsOfBlock) {
             break;
         }
         if (!m_bitLength.has(bit.next - bit.fall)) {
@@ -164,14 +167,18 @@ CecAnalyzer::BlockEnd CecAnalyzer::readBlock(lux::FilteredLine &line, Message &m
     return BlockEnd::Good;
 }
 
+/// @param bits  a whole block
+bool CecAnalyzer::isForAll(const Message &message, std::uint32_t bits)
+{
+    return message.count == 0 ? (bits >> 2 & everybody) == everybody : (message.flags & CecResults::Broadcast) != 0;
+}
+
 /// The last bit is the acknowledgement: a follower pulls it low; of a broadcast it pulls it low to refuse (6.1.2).
 void CecAnalyzer::addBlock(Message &message, std::uint32_t bits, Sample first, Sample last, bool isTimingWrong)
 {
     const auto data = std::uint8_t(bits >> 2);
-    if (message.count == 0 && (data & everybody) == everybody) {
-        message.flags |= CecResults::Broadcast;
-    }
-    const bool isBroadcast = (message.flags & CecResults::Broadcast) != 0;
+    const bool isBroadcast = isForAll(message, bits);
+    message.flags |= isBroadcast ? unsigned(CecResults::Broadcast) : 0U;
     const bool isAcknowledged = ((bits & 1U) != 0) == isBroadcast;
     unsigned flags = message.flags;
     message.isLast = (bits >> 1 & 1U) != 0;

@@ -52,6 +52,7 @@ private:
     static Bit readBit(lux::FilteredLine &line);
     bool readMessage(lux::FilteredLine &line, const Bit &start, Bit &after);
     BlockEnd readBlock(lux::FilteredLine &line, Message &message, Bit &bit);
+    [[nodiscard]] static bool isForAll(const Message &message, std::uint32_t bits);
     void addBlock(Message &message, std::uint32_t bits, lux::Sample first, lux::Sample last, bool isTimingWrong);
     void addMessage(const Message &message, BlockEnd end);
     [[nodiscard]] bool isStart(const Bit &bit) const;

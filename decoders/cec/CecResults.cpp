@@ -59,26 +59,27 @@ void CecResults::describeBlock(const FrameData &frame, FrameText &out) const
     const std::string_view answer = !isRefused                       ? ""
                                     : (frame.flags & Broadcast) != 0 ? ", refused"
                                                                      : ", not acknowledged";
+    const std::string_view eom = (frame.flags & Last) != 0 ? ", EOM" : "";
     const std::string_view timing = (frame.flags & Timing) != 0 ? ", wrong bit time" : "";
     const std::string_view mark = isRefused || !timing.empty() ? " !" : "";
     out.add(number, mark);
     switch (frame.line) {
     case Header:
         out.add(routeText(frame.data), mark);
-        out.add(routeText(frame.data), (frame.flags & Last) != 0 ? ", poll" : "", answer, timing);
+        out.add(routeText(frame.data), (frame.flags & Last) != 0 ? ", poll" : "", eom, answer, timing);
         break;
     case Opcode: {
         const std::string_view name = cec::opcodeName(unsigned(frame.data));
         if (!name.empty()) {
             out.add(name, mark);
-            out.add(name, " (", number, ")", answer, timing);
+            out.add(name, " (", number, ")", eom, answer, timing);
         } else {
-            out.add("Opcode ", number, answer, timing);
+            out.add("Opcode ", number, eom, answer, timing);
         }
         break;
     }
     default:
-        out.add("Operand ", number, answer, timing);
+        out.add("Operand ", number, eom, answer, timing);
         break;
     }
 }

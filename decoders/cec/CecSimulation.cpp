@@ -7,7 +7,8 @@ using lux::SimulationLine;
 
 namespace {
 
-constexpr std::int64_t perSecond = 1000000; ///< times are microseconds
+constexpr std::int64_t perSecond = 1000000;     ///< times are microseconds
+constexpr std::int64_t leastDoubtRate = 100000; ///< Hz; below, what lies between a 1 and a 0 cannot be told from both
 
 /// The devices of a simulated line.
 class Devices {
@@ -53,7 +54,7 @@ private:
 /// Messages and errors in turn, with an operand that counts up.
 void CecAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Poll, NobodyThere, Key, Broadcast, Refused, NotTaken, CutBlock, LineError };
+    enum Form : std::uint32_t { Poll, NobodyThere, Key, Broadcast, Refused, NotTaken, CutBlock, LineError, WrongTime };
     if (simulation.sampleRate() < std::int64_t(NeededSampleRate())) {
         simulation.hold(simulation.sampleRate()); // no bit could be told
         return;
@@ -61,7 +62,7 @@ void CecAnalyzer::simulate(Simulation &simulation)
     Devices devices(simulation, m_settings.line);
     const std::uint32_t number = m_sent & 0xffU;
     devices.wait(12000 + simulation.random(20000)); // five bits at least (CEC 9.1)
-    switch (m_sent % (LineError + 1)) {
+    switch (m_sent % (WrongTime + 1)) {
     case Poll:
         devices.message({0x45});
         break;
@@ -87,11 +88,19 @@ void CecAnalyzer::simulate(Simulation &simulation)
         devices.block(0x50, false, false);
         devices.bit(true);
         break;
-    default:
+    case LineError:
         devices.start();
         devices.block(0x50, false, false);
         devices.bit(true);
         devices.pulse(3400, 3400);
+        break;
+    default: // a poll whose second bit is longer than a 1 and shorter than a 0
+        devices.start();
+        devices.bit(false);
+        devices.pulse(simulation.sampleRate() >= leastDoubtRate ? 1030 : 600, 2400);
+        for (const bool value : {false, false, false, true, false, true, true, false}) {
+            devices.bit(value);
+        }
         break;
     }
     ++m_sent;
