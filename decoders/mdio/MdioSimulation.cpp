@@ -63,14 +63,25 @@ std::uint32_t headOf(std::uint32_t start, std::uint32_t operation, std::uint32_t
 /// Frames of both clauses and errors in turn, with data that counts up.
 void MdioAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Write, Read, Address, Read45, PostRead, Write45, NoAnswer, NoPreamble, NoOperation };
+    enum Form : std::uint32_t {
+        Write,
+        Read,
+        Address,
+        Read45,
+        PostRead,
+        Write45,
+        NoAnswer,
+        NoPreamble,
+        NoOperation,
+        WrongTurnaround
+    };
     constexpr std::uint32_t good = 2;
     constexpr std::uint32_t port = 5;
     Station station(simulation, m_settings.clock, m_settings.data);
     const std::uint32_t number = m_sent & 0xffffU;
     const std::uint32_t place = m_sent & 0x1fU;
     station.wait(16 + simulation.random(200));
-    switch (m_sent % (NoOperation + 1)) {
+    switch (m_sent % (WrongTurnaround + 1)) {
     case Write:
         station.frame(headOf(1, 1, port, place), good, number);
         break;
@@ -95,8 +106,11 @@ void MdioAnalyzer::simulate(Simulation &simulation)
     case NoPreamble:
         station.frame(headOf(1, 1, port, place), good, number, 1);
         break;
-    default:
+    case NoOperation:
         station.frame(headOf(1, 3, port, place), good, number);
+        break;
+    default:
+        station.frame(headOf(1, 1, port, place), 3, number);
         break;
     }
     ++m_sent;
