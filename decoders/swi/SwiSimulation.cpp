@@ -79,7 +79,7 @@ private:
 /// an error.
 void SwiAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Random, WrongCheck, NoAnswer, CutBlock };
+    enum Form : std::uint32_t { Random, WrongCheck, NoAnswer, CutBlock, UnknownFlag };
     const std::int64_t rate = m_settings.bitRate;
     if (simulation.sampleRate() < std::int64_t(NeededSampleRate())) {
         simulation.hold(simulation.sampleRate()); // no pulse could be told
@@ -87,7 +87,7 @@ void SwiAnalyzer::simulate(Simulation &simulation)
     }
     Wire wire(simulation, m_settings.line, rate);
     const std::uint32_t number = m_sent & 0xffU;
-    const std::uint32_t form = m_sent % (CutBlock + 1);
+    const std::uint32_t form = m_sent % (UnknownFlag + 1);
     wire.waitMilliseconds(1 + simulation.random(3));
     wire.wake();
     wire.answer({0x11});
@@ -112,6 +112,11 @@ void SwiAnalyzer::simulate(Simulation &simulation)
         wire.wait(230);
         wire.answer({0x00});
         wire.byte(swi::Sleep);
+        break;
+    case UnknownFlag:
+        wire.block({0x1b, 0x00, 0x00, number});
+        wire.wait(230);
+        wire.byte(0x55);
         break;
     default:
         wire.byte(7);

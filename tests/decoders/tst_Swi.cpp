@@ -464,13 +464,19 @@ void TstSwi::theSimulationIsDecodedAsItWasSent()
         const Texts forms[] = {{"block 1B0100" + n + " 1", "flag 136", "block 010203" + n + " 1", "flag 187"},
                                {"block 0280" + n + "00 0", "flag 136", "block FF 1", "flag 204"},
                                {"block 0800" + n + "00 1", "flag 136", "flag 136", "block 00 1", "flag 204"},
-                               {"cut 17" + n}};
+                               {"cut 17" + n},
+                               {"block 1B0000" + n + " 1"}};
         const Texts head{"wake", "flag 136", "block 11 1", "flag 119"};
         expected.insert(expected.end(), head.begin(), head.end());
-        expected.insert(expected.end(), forms[i % 4].begin(), forms[i % 4].end());
+        expected.insert(expected.end(), forms[i % 5].begin(), forms[i % 5].end());
     }
     expected.resize(got.size());
     QCOMPARE(got, expected);
+    const auto frames = desk.frames();
+    const auto unknown = std::count_if(frames.begin(), frames.end(), [](const DecodedFrame &frame) {
+        return frame.kind == "byte" && frame.text == "No flag: 0x55";
+    });
+    QVERIFY(unknown > 10);
 }
 
 void TstSwi::positionsBehindFourGigasamplesAreExact()
