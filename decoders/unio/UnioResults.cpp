@@ -123,7 +123,7 @@ void UnioResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> UnioResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "mak", "sak"};
+    static constexpr const char *names[] = {"v", "mak", "sak", "n"};
     return names;
 }
 

@@ -333,7 +333,11 @@ void TstUnio::exportsHaveALineAMessage()
     QCOMPARE(decoderChecks::exported(desk, path + ".txt", UnioSettings::Messages),
              std::string("0.000715 0xA0 WREN\n0.001930 0xA0! 0x12\n"));
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
-    QVERIFY2(csv.find("byte,150,0,1,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("byte,150,0,1,,") != std::string::npos, csv.c_str());
+    Wire cut;
+    cut.standby().header().byte(0xa0).bits(0x1d, 5).standby(100);
+    const std::string one = decoderChecks::exported(Decoded(cut), path + ".csv", 0);
+    QVERIFY2(one.find(",cut,29,,,5,") != std::string::npos, one.c_str());
 }
 
 void TstUnio::theSimulationIsDecodedAsItWasSent_data()
