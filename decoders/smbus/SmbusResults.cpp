@@ -175,7 +175,7 @@ void SmbusResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> SmbusResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "rw", "ack", "pec", "protocol"};
+    static constexpr const char *names[] = {"v", "rw", "ack", "pec", "protocol", "n"};
     return names;
 }
 

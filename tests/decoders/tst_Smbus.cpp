@@ -375,7 +375,11 @@ void TstSmbus::exportsHaveALineATransaction()
     QVERIFY2(text.find("\tSend Byte 0x5A: 0xB4 0x11\n") != std::string::npos, text.c_str());
     QVERIFY2(text.ends_with("\tQuick Command 0x5A: 0xB5\n"), text.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
-    QVERIFY2(csv.find("transaction,B411,,,0,Send Byte,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("transaction,B411,,,0,Send Byte,,") != std::string::npos, csv.c_str());
+    Wire cut;
+    cut.start().all({0xb4, 0x11}).bit(true).bit(false).bit(true).stop();
+    const std::string one = decoderChecks::exported(Decoded(cut), path + ".csv", 0);
+    QVERIFY2(one.find(",cut,5,,,,,3,") != std::string::npos, one.c_str());
 }
 
 void TstSmbus::theSimulationIsDecodedAsItWasSent_data()
