@@ -149,7 +149,7 @@ void JtagResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> JtagResults::columns() const
 {
-    static constexpr const char *names[] = {"reg", "n", "tdi", "tdo"};
+    static constexpr const char *names[] = {"reg", "n", "tdi", "tdo", "name", "clocks"};
     return names;
 }
 

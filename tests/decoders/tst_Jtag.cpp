@@ -127,6 +127,7 @@ private slots:
     void settingsThatDoNotGoTogetherAreRefused();
     void textsGoFromShortToLong();
     void vectorsAreExported();
+    void framesAreExported();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void randomEdgesGiveFramesInOrder();
@@ -419,6 +420,18 @@ void TstJtag::vectorsAreExported()
     QCOMPARE(decoderChecks::exported(desk, path, JtagSettings::Vectors),
              std::string("ENDIR IDLE;\nENDDR IDLE;\nSTATE RESET;\nSIR 4 TDI (2) TDO (1);\nSDR 9 TDI (003) TDO (100);\n"
                          "RUNTEST 5 TCK;\n"));
+}
+
+void TstJtag::framesAreExported()
+{
+    Port port;
+    port.reset().ir("0100", "1000").lead({0, 0, 0, 0, 1});
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
+    const std::string csv = decoderChecks::exported(Desk(port, lines), path, 0);
+    QVERIFY2(csv.find(",kind,reg,n,tdi,tdo,name,clocks,text\n") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",shift,IR,4,2,1,,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",state,,,,,Run-Test/Idle,") != std::string::npos, csv.c_str());
 }
 
 void TstJtag::theSimulationIsDecodedAsItWasSent_data()
