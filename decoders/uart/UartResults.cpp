@@ -92,7 +92,7 @@ void UartResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> UartResults::columns() const
 {
-    static constexpr const char *names[] = {"ch", "v", "pe", "fe"};
+    static constexpr const char *names[] = {"ch", "v", "pe", "fe", "address"};
     return names;
 }
 

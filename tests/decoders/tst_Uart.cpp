@@ -501,9 +501,15 @@ void TstUart::exportsHaveAllCharacters()
     QCOMPARE(decoderChecks::exported(desk, path + ".bin", UartSettings::RxBytes), std::string("Hi\n"));
     QCOMPARE(decoderChecks::exported(desk, path + ".bin", UartSettings::TxBytes), std::string());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
-    QVERIFY2(csv.find("byte,3,72,0,0,Data 0x48") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find("byte,3,72,0,0,,Data 0x48") != std::string::npos, csv.c_str());
     const std::string text = decoderChecks::exported(desk, path + ".txt", 0);
     QVERIFY2(text.find("Data 0x69") != std::string::npos, text.c_str());
+    Sender bus(20);
+    bus.idle(2).raw("100000101").raw("010000100").idle(1);
+    const Decoded addressed(bus, "baudrate=50000,data_bits=9,address_bit=true");
+    const std::string marked = decoderChecks::exported(addressed, path + ".csv", 0);
+    QVERIFY2(marked.find("byte,3,321,0,0,1,") != std::string::npos, marked.c_str());
+    QVERIFY2(marked.find("byte,3,66,0,0,,") != std::string::npos, marked.c_str());
 
     Sender nine(20);
     nine.idle(2).raw("100000101").idle(2);
