@@ -44,11 +44,15 @@ void MidiAnalyzer::decode()
             line.forget(); // it began before the capture, and this was no start bit
             continue;
         }
-        lux::markCharacter(results(), rx, line, character);
         const auto byte = std::uint8_t(character.value);
+        const bool isRealTime = !character.stopMissing && MidiParser::isRealTime(byte);
+        if (character.stopMissing || (!isRealTime && receiver.parser.interrupts(byte))) {
+            addPending(receiver, false); // before this one has its markers: they are in the order of time
+        }
+        lux::markCharacter(results(), rx, line, character);
         if (character.stopMissing) {
             addFramingError(receiver, character);
-        } else if (MidiParser::isRealTime(byte)) {
+        } else if (isRealTime) {
             takeRealTime(receiver, character);
         } else {
             take(receiver, character);
@@ -69,9 +73,6 @@ std::int64_t MidiAnalyzer::findBitRate()
 void MidiAnalyzer::take(Receiver &receiver, const AsyncCharacter &character)
 {
     const auto byte = std::uint8_t(character.value);
-    if (receiver.parser.interrupts(byte)) {
-        addPending(receiver, false);
-    }
     if (!receiver.parser.isPending()) {
         receiver.first = character.first;
     }
@@ -120,6 +121,9 @@ void MidiAnalyzer::addPending(Receiver &receiver, bool isWhole)
                        pending.isStray ? 0 : pending.status, pending.isRunning ? unsigned(MidiResults::Running) : 0U);
     frame.firstSample = receiver.first;
     frame.lastSample = receiver.last;
+    if (!isSound) {
+        results().mark(m_settings.rx, receiver.last, MarkerType::ErrorX);
+    }
     if (receiver.hasPlace) {
         results().fill(receiver.place, frame);
     } else {
@@ -132,7 +136,6 @@ void MidiAnalyzer::addPending(Receiver &receiver, bool isWhole)
 /// A byte that is not sound also leaves no status to run on.
 void MidiAnalyzer::addFramingError(Receiver &receiver, const AsyncCharacter &character)
 {
-    addPending(receiver, false);
     receiver.parser.forgetStatus();
     const auto byte = std::uint8_t(character.value);
     FrameData frame = results().made(MidiResults::Error, {&byte, 1}, 0, MidiResults::FramingError);

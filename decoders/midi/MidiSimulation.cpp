@@ -28,7 +28,7 @@ MidiSimulated MidiSimulated::of(std::uint32_t number)
                                                     {0xf0, 0},
                                                     {0xf3, 1},
                                                     {0xf6, 0},
-                                                    {0x90, 1}}}; // the last byte of the last one is missing
+                                                    {0x90, 1}}}; // an error
     const Kind &kind = kinds[number % kinds.size()];
     const std::uint32_t round = std::uint32_t(number / kinds.size());
     MidiSimulated made;
@@ -47,13 +47,36 @@ MidiSimulated MidiSimulated::of(std::uint32_t number)
         made.bytes.push_back(MidiParser::endOfExclusive);
     }
     made.isError = number % kinds.size() == kinds.size() - 1;
-    made.hasFramingError = made.isError && round % 2 == 1;
-    if (made.hasFramingError) {
-        made.bytes.push_back(std::uint8_t(1 + number % 0x7fU)); // a zero would be a break
-    } else if (number % 5 == 4 && made.bytes.size() > 1) {
-        made.realTime = number % 2 == 0 ? 0xfe : 0xf8;
+    if (made.isError) {
+        made.makeWrong(round);
+    }
+    if (!made.hasFramingError && number % 5 == 4 && made.bytes.size() > 1) {
+        made.realTime = std::uint8_t(MidiParser::firstRealTime + number / 5 % 8);
     }
     return made;
+}
+
+/// The element is a note whose last byte is missing, behind a message that leaves no status to run on.
+void MidiSimulated::makeWrong(std::uint32_t round)
+{
+    enum Form : std::uint32_t { Incomplete, NoStopBit, NoStatus, Undefined, NothingToEnd };
+    switch (round % (NothingToEnd + 1)) {
+    case NoStopBit:
+        hasFramingError = true;
+        bytes.push_back(std::uint8_t(1 + round % 0x7fU)); // a zero would be a break
+        break;
+    case NoStatus:
+        bytes[0] = std::uint8_t(round & 0x7fU);
+        break;
+    case Undefined:
+        bytes[0] = round % 2 == 0 ? 0xf4 : 0xf5;
+        break;
+    case NothingToEnd:
+        bytes = {MidiParser::endOfExclusive};
+        break;
+    default:
+        break;
+    }
 }
 
 void MidiAnalyzer::simulate(Simulation &simulation)
