@@ -136,6 +136,6 @@ void Ps2Results::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> Ps2Results::columns() const
 {
-    static constexpr const char *names[] = {"v", "pe", "fe", "key", "event"};
+    static constexpr const char *names[] = {"v", "pe", "fe", "key", "event", "ack", "n"};
     return names;
 }

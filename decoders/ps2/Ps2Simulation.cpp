@@ -15,6 +15,7 @@ constexpr unsigned bitsOfByte = 8;
 struct Fault {
     bool parity = false;
     bool stop = false;
+    bool start = false;
     unsigned clocks = 11;
 };
 
@@ -28,7 +29,8 @@ public:
     void keyboard(std::uint32_t byte, const Fault &fault = {})
     {
         const bool parity = parityBit(byte, lux::Parity::Odd) != fault.parity;
-        const std::uint32_t bits = byte << 1 | std::uint32_t(parity) << 9 | std::uint32_t(!fault.stop) << 10;
+        const std::uint32_t bits =
+            std::uint32_t(fault.start) | byte << 1 | std::uint32_t(parity) << 9 | std::uint32_t(!fault.stop) << 10;
         for (unsigned i = 0; i < fault.clocks; ++i) {
             m_data.set((bits >> i & 1U) != 0);
             wait(half / 2);
@@ -80,7 +82,18 @@ private:
 /// Keys, a host's commands and errors in turn, with a byte that counts up.
 void Ps2Analyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t { Make, Break, Extended, Leds, WrongParity, WrongStop, CutByte, SelfTest, NoAnswer };
+    enum Form : std::uint32_t {
+        Make,
+        Break,
+        Extended,
+        Leds,
+        WrongParity,
+        WrongStop,
+        CutByte,
+        SelfTest,
+        NoAnswer,
+        NoStart
+    };
     if (simulation.sampleRate() < std::int64_t(NeededSampleRate())) {
         simulation.hold(simulation.sampleRate()); // no clock could be told
         return;
@@ -88,7 +101,7 @@ void Ps2Analyzer::simulate(Simulation &simulation)
     Port port(simulation, m_settings.clock, m_settings.data);
     const std::uint32_t number = m_sent & 0xffU;
     port.wait(500 + simulation.random(5000));
-    switch (m_sent % (NoAnswer + 1)) {
+    switch (m_sent % (NoStart + 1)) {
     case Make:
         port.keyboard(number & 0x7fU);
         break;
@@ -120,8 +133,11 @@ void Ps2Analyzer::simulate(Simulation &simulation)
         port.keyboard(ps2::acknowledge);
         port.keyboard(0xaa);
         break;
-    default:
+    case NoAnswer:
         port.host(0xee, false);
+        break;
+    default:
+        port.keyboard(number, {.start = true});
         break;
     }
     ++m_sent;

@@ -149,6 +149,7 @@ private slots:
     void settingsThatDoNotGoTogetherAreRefused();
     void bubblesGoFromShortToLong();
     void markersStandAtClocksAndErrors();
+    void framesAreExported();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void positionsBehindFourGigasamplesAreExact();
@@ -405,6 +406,18 @@ void TstPs2::markersStandAtClocksAndErrors()
     QVERIFY(desk.markers(dataChannel)[0].type == MarkerType::ErrorX);
 }
 
+void TstPs2::framesAreExported()
+{
+    Wire wire;
+    wire.keyboard(0x1c).command(0xed).send(Wire::bitsOf(0x1c), 5).keyboard(0x1c);
+    const Decoded desk(wire, lines);
+    QTemporaryDir folder;
+    const std::string csv = decoderChecks::exported(desk, folder.filePath(QStringLiteral("out.csv")).toStdString(), 0);
+    QVERIFY2(csv.find(",byte,28,0,0,A,make,,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",host,237,0,0,,,1,,") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",short,12,,,,,,5,") != std::string::npos, csv.c_str());
+}
+
 void TstPs2::theSimulationIsDecodedAsItWasSent_data()
 {
     QTest::addColumn<int>("rate");
@@ -435,12 +448,21 @@ void TstPs2::theSimulationIsDecodedAsItWasSent()
                                {byte(n, " 01")},
                                {"short 5"},
                                {"host 255 00", byte(0xfa), byte(0xaa)},
-                               {"host 238 00 unanswered"}};
-        expected.insert(expected.end(), forms[i % 9].begin(), forms[i % 9].end());
+                               {"host 238 00 unanswered"},
+                               {}}; // a byte without a start bit is none
+        expected.insert(expected.end(), forms[i % 10].begin(), forms[i % 10].end());
     }
     QVERIFY(got.size() > 300);
     expected.resize(got.size());
     QCOMPARE(got, expected);
+    const auto frames = desk.frames();
+    const auto markers = desk.markers(dataChannel);
+    const auto alone = std::count_if(markers.begin(), markers.end(), [&](const Marker &marker) {
+        return std::none_of(frames.begin(), frames.end(), [&](const DecodedFrame &frame) {
+            return frame.first <= std::int64_t(marker.sample) && std::int64_t(marker.sample) <= frame.last;
+        });
+    });
+    QVERIFY(alone > 10);
 }
 
 void TstPs2::positionsBehindFourGigasamplesAreExact()
