@@ -138,6 +138,6 @@ void SwdResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> SwdResults::columns() const
 {
-    static constexpr const char *names[] = {"ap", "rd", "addr", "ack", "v", "perr"};
+    static constexpr const char *names[] = {"ap", "rd", "addr", "ack", "v", "perr", "to"};
     return names;
 }

@@ -20,10 +20,17 @@ constexpr std::uint32_t faultEvery = 31;
 constexpr std::uint32_t silenceEvery = 29;
 constexpr std::uint32_t wrongParityEvery = 67;
 
+/// The eight bits of a request. @param place  APnDP, RnW, A[2], A[3] from the lowest bit on
+unsigned requestOf(unsigned place)
+{
+    return 0x81U | place << 1 | unsigned(std::popcount(place)) % 2 << 5;
+}
+
 } // namespace
 
-/// Line reset, switch, line reset, a read of DPIDR; then transfers whose data counts, with answers of all kinds and
-/// wrong parity in between. The port is left to JTAG or to the dormant state by turns, and switched to again.
+/// Line reset, switch, line reset, a read of DPIDR, a request of wrong parity; then transfers whose data counts, with
+/// answers of all kinds and wrong parity in between. The port is left to JTAG or to the dormant state by turns, and
+/// switched to again.
 void SwdAnalyzer::simulate(Simulation &simulation)
 {
     const std::uint32_t number = m_sent++;
@@ -33,6 +40,9 @@ void SwdAnalyzer::simulate(Simulation &simulation)
         sendBits(simulation, allOnes, onesOfReset);
         sendBits(simulation, 0, 4);
         sendTransfer(simulation, 0x2, SwdAck::Ok, 0x2ba01477); // read of DPIDR
+        sendBits(simulation, 0, 8);
+        sendBits(simulation, requestOf(0x2) ^ 0x20U, 8); // the same of wrong parity: nobody answers
+        sendBits(simulation, 0, 8);
     }
     const SwdAck ack = number % silenceEvery == 6 ? SwdAck::NoReply
                        : number % faultEvery == 3 ? SwdAck::Fault
@@ -68,8 +78,7 @@ void SwdAnalyzer::sendTransfer(Simulation &simulation, unsigned request, SwdAck 
                                bool wrongParity)
 {
     const bool isRead = (request & 2U) != 0;
-    const auto parity = unsigned(std::popcount(request)) % 2;
-    sendBits(simulation, 0x81U | request << 1 | parity << 5, 8);
+    sendBits(simulation, requestOf(request), 8);
     sendBits(simulation, 1, 1);
     sendBits(simulation, ack == SwdAck::Ok ? 1 : ack == SwdAck::Wait ? 2 : ack == SwdAck::Fault ? 4 : 7, 3);
     if (!isRead || ack != SwdAck::Ok) {

@@ -535,11 +535,12 @@ void TstSwd::errorsAreMarked()
 void TstSwd::framesAreExported()
 {
     Wires wires;
-    wires.reset().read(Dp, 0, 1).idle();
+    wires.reset().read(Dp, 0, 1).idle().ones(50).bits(0xe73c, 16).ones(52).idle();
     QTemporaryDir folder;
     const std::string path = folder.filePath(QStringLiteral("out.csv")).toStdString();
     const std::string csv = decoderChecks::exported(Desk(wires, lines), path, 0);
-    QVERIFY2(csv.find(",transfer,0,1,0,OK,1,0,\"Read DPIDR: 0x00000001, OK\"") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",transfer,0,1,0,OK,1,0,,\"Read DPIDR: 0x00000001, OK\"") != std::string::npos, csv.c_str());
+    QVERIFY2(csv.find(",leave,,,,,,,jtag,Switch to JTAG\n") != std::string::npos, csv.c_str());
 }
 
 void TstSwd::theSimulationIsDecodedAsItWasSent_data()
@@ -566,6 +567,7 @@ void TstSwd::theSimulationIsDecodedAsItWasSent()
         if (n % 32 == 0) {
             expected.insert(expected.end(), {"reset", "switch", "reset"});
             expected.push_back(transfer(0, true, 0, "OK", value(0x2ba01477)));
+            expected.push_back("request ap=0 rd=1 addr=0");
         }
         const bool isSilent = n % 29 == 6;
         const bool isFault = n % 31 == 3 && !isSilent;
