@@ -83,6 +83,12 @@ public:
             bit(one);
         }
     }
+    void match(std::uint64_t code, std::uint32_t data)
+    {
+        bytes({oneWire::MatchRom});
+        number(code, 64);
+        bytes({0xbe, data, data ^ 0xffU});
+    }
     void wait(std::int64_t nanoseconds) { m_simulation.holdTime(nanoseconds, perSecond); }
 
 private:
@@ -108,23 +114,36 @@ std::uint64_t codeOf(std::uint32_t serial)
     return code | std::uint64_t(crc.value()) << 56;
 }
 
+enum Form : std::uint32_t { Skip, Read, Match, Search, NobodyThere, WrongCheck, CutByte, Fast, LongPresence, LongSlot };
+
+/// What follows the reset of a message with an error.
+void sendWrong(Bus &bus, std::uint32_t form, std::uint32_t number, std::uint64_t code)
+{
+    switch (form) {
+    case WrongCheck:
+        bus.match(code ^ 0x100U, number);
+        break;
+    case CutByte:
+        bus.number(number, 5);
+        break;
+    case LongPresence:
+        bus.bytes({oneWire::SkipRom});
+        break;
+    case LongSlot:
+        bus.bytes({oneWire::SkipRom});
+        bus.slowZero();
+        bus.number(number >> 1, 7);
+        break;
+    default: // nobody there
+        break;
+    }
+}
+
 } // namespace
 
 /// Ten forms of message in turn, with devices and bytes that count up.
 void OneWireAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t {
-        Skip,
-        Read,
-        Match,
-        Search,
-        NobodyThere,
-        WrongCheck,
-        CutByte,
-        Fast,
-        LongPresence,
-        LongSlot
-    };
     if (simulation.sampleRate() < oneWire::leastSampleRate) {
         simulation.hold(simulation.sampleRate()); // no slot could be told
         return;
@@ -147,29 +166,13 @@ void OneWireAnalyzer::simulate(Simulation &simulation)
         bus.number(code, 64);
         break;
     case Match:
-    case WrongCheck:
-        bus.bytes({oneWire::MatchRom});
-        bus.number(form == Match ? code : code ^ 0x100U, 64);
-        bus.bytes({0xbe, number, number ^ 0xffU});
+        bus.match(code, number);
         break;
     case Search:
         bus.bytes({oneWire::SearchRom});
         bus.search(code & ~std::uint64_t(0x100));
         break;
-    case NobodyThere:
-        break;
-    case LongPresence:
-        bus.bytes({oneWire::SkipRom});
-        break;
-    case LongSlot:
-        bus.bytes({oneWire::SkipRom});
-        bus.slowZero();
-        bus.number(number >> 1, 7);
-        break;
-    case CutByte:
-        bus.number(number, 5);
-        break;
-    default:
+    case Fast:
         if (!canBeFast) {
             bus.bytes({oneWire::AlarmSearch});
             bus.search(code);
@@ -179,6 +182,9 @@ void OneWireAnalyzer::simulate(Simulation &simulation)
         bus.setOverdrive(true);
         bus.reset();
         bus.bytes({oneWire::SkipRom, 0xf0, number});
+        break;
+    default:
+        sendWrong(bus, form, number, code);
         break;
     }
     ++m_sent;
