@@ -77,23 +77,13 @@ private:
     SimulationLine &m_data;
 };
 
+enum Form : std::uint32_t { Make, Break, Extended, Leds, WrongParity, WrongStop, CutByte, SelfTest, NoAnswer, NoStart };
+
 } // namespace
 
 /// Keys, a host's commands and errors in turn, with a byte that counts up.
 void Ps2Analyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t {
-        Make,
-        Break,
-        Extended,
-        Leds,
-        WrongParity,
-        WrongStop,
-        CutByte,
-        SelfTest,
-        NoAnswer,
-        NoStart
-    };
     if (simulation.sampleRate() < std::int64_t(NeededSampleRate())) {
         simulation.hold(simulation.sampleRate()); // no clock could be told
         return;
@@ -114,10 +104,10 @@ void Ps2Analyzer::simulate(Simulation &simulation)
         port.keyboard(0x75);
         break;
     case Leds:
-        port.host(ps2::setLeds);
-        port.keyboard(ps2::acknowledge);
-        port.host(number & 7U);
-        port.keyboard(ps2::acknowledge);
+        for (const std::uint32_t byte : {ps2::setLeds, number & 7U}) {
+            port.host(byte);
+            port.keyboard(ps2::acknowledge);
+        }
         break;
     case WrongParity:
         port.keyboard(number, {.parity = true});
