@@ -2,6 +2,7 @@
 
 #include "analyzer/PluginCall.h"
 #include "cli/Terminal.h"
+#include "settings/Config.h"
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
@@ -83,6 +84,23 @@ void sayPassedOver(const AnalyzerManager &manager)
                               .arg(refusal.fileName));
         }
     }
+}
+
+bool sayNotFound(const AnalyzerManager &manager, const QString &path)
+{
+    const QStringList values = analyzersAll().split(QLatin1Char(';'));
+    QStringList names;
+    for (int i = 0; i + 2 < values.size(); i += 3) {
+        const QString fileName = values.at(i).trimmed();
+        if (manager.libraryDisplayName(fileName).isEmpty()) {
+            names.append(fileName.section(QLatin1Char('.'), 0, -2));
+        }
+    }
+    names.removeDuplicates();
+    for (const QString &name : names) {
+        Terminal::say(QStringLiteral("%1: the decoder \"%2\" that is stored was not found").arg(path, name));
+    }
+    return !names.isEmpty();
 }
 
 QString unknown(const AnalyzerManager &manager, const QString &name)

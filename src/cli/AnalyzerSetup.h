@@ -16,6 +16,8 @@ namespace AnalyzerSetup {
 [[nodiscard]] QString unknown(const AnalyzerManager &manager, const QString &name);
 /// Says of each decoder that is passed over, since a program ended while it was tried, how it is tried again.
 void sayPassedOver(const AnalyzerManager &manager);
+/// Says of each stored analyzer that its decoder was not found. @return whether there was one
+[[nodiscard]] bool sayNotFound(const AnalyzerManager &manager, const QString &path);
 /// Why an analyzer cannot be had.
 struct Refusal {
     QString error;             ///< for the user; empty when it is there

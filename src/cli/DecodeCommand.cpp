@@ -80,13 +80,14 @@ int decodeFile(const QString &path, const Job &job, FrameWriter &writer, Output 
     AnalyzerManager manager(hostOf(source));
     PluginFaults faults(manager);
     AnalyzerSetup::sayPassedOver(manager);
+    const bool isShort = job.requests.isEmpty() && AnalyzerSetup::sayNotFound(manager, path);
     manager.setCapture(source.data.get(), std::uint32_t(source.model));
     int code = addAnalyzers(manager, faults, job, path);
     if (code != Terminal::good) {
         return code;
     }
     code = Decoding::write(manager, faults, *source.data, QFileInfo(path).completeBaseName(), writer, out, job.span);
-    return source.warning.isEmpty() ? code : std::max(code, int(Terminal::badInput));
+    return source.warning.isEmpty() && !isShort ? code : std::max(code, int(Terminal::badInput));
 }
 
 /// @return a message for the user; empty when the arguments make sense

@@ -21,6 +21,7 @@ class TstLuxcliFaults : public QObject {
 private slots:
     void initTestCase();
     void aStoredDecoderThatCannotBeMadeIsTold();
+    void aStoredDecoderThatIsNotThereIsTold();
     void aDecoderThatCannotBeMadeIsNamedWithItsReason();
     void whatADecoderThrowsBehindItsRunIsToldOnceAndIsNoSuccess();
     void settingsThatThrowAreTold();
@@ -88,6 +89,27 @@ void TstLuxcliFaults::aStoredDecoderThatCannotBeMadeIsTold()
 
     const Outcome alone = luxcli("decode %1", saved("alone.cxdat", {QStringLiteral("create-throws")}));
     QVERIFY2(alone.err.startsWith("luxcli: Lie: the plug-in threw\nluxcli: "), alone.err);
+    QCOMPARE(alone.code, 1);
+}
+
+void TstLuxcliFaults::aStoredDecoderThatIsNotThereIsTold()
+{
+    offer({QStringLiteral("sound")});
+    const QString gone = QStringLiteral("gone");
+    const QString both = saved("both.cxdat", {gone, QStringLiteral("sound"), gone});
+    const QByteArray told = "luxcli: " + both.toUtf8() + ": the decoder \"gone\" that is stored was not found\n";
+    const Outcome outcome = luxcli("decode %1", both);
+    QCOMPARE(outcome.err, told);
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(outcome.out.count('\n'), 4); // a head, and the frames of the other
+
+    const Outcome named = luxcli("decode %1 -a sound:line=0", both);
+    QCOMPARE(named.err, QByteArray());
+    QCOMPARE(named.code, 0);
+
+    const QString lonely = saved("alone.cxdat", {gone});
+    const Outcome alone = luxcli("decode %1", lonely);
+    QVERIFY2(alone.err.startsWith("luxcli: " + lonely.toUtf8() + ": the decoder \"gone\" that is stored"), alone.err);
     QCOMPARE(alone.code, 1);
 }
 
