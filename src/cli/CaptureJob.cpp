@@ -1,28 +1,32 @@
 #include "cli/CaptureJob.h"
 
+#include "cli/Console.h"
 #include "cli/Terminal.h"
 #include "files/ChannelOffer.h"
 #include "settings/Config.h"
 
-#include <QFile>
 #include <QFileInfo>
+#include <QIODevice>
 
-#include <cstdio>
+#include <cstddef>
 
 namespace CaptureJob {
 
 namespace {
 
-FileOutcome writeStandard(const SmpData &data, const CaptureOut &out)
-{
-    QFile file;
-    if (!file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        return {FileResult::Failed};
+/// As a device, for what writes to one.
+class StandardOutput final : public QIODevice {
+public:
+    StandardOutput() { QIODevice::open(QIODevice::WriteOnly); }
+    [[nodiscard]] bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char * /*data*/, qint64 /*most*/) override { return -1; }
+    qint64 writeData(const char *data, qint64 size) override
+    {
+        return Console::write({data, std::size_t(size)}) ? size : -1;
     }
-    const FileOutcome outcome = writeCaptureTo(file, data, out);
-    // What C keeps in a buffer fails late.
-    return std::fflush(stdout) == 0 ? outcome : FileOutcome{FileResult::Failed};
-}
+};
 
 } // namespace
 
@@ -88,7 +92,8 @@ int write(const QString &path, const SmpData &data, CaptureOut &out)
             line.show(share);
             return !Terminal::wasInterrupted();
         };
-        outcome = path == QLatin1String("-") ? writeStandard(data, out) : writeCaptureFile(path, data, out);
+        StandardOutput standard;
+        outcome = path == QLatin1String("-") ? writeCaptureTo(standard, data, out) : writeCaptureFile(path, data, out);
     }
     if (Terminal::wasInterrupted()) {
         return Terminal::interrupted;

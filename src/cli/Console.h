@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 /// What the program's lines go to, as long as this lives. On Windows the standard output keeps its bytes, as an output
 /// file does, and a console is given what terminals have elsewhere: UTF-8 and the sequences that write a line anew; at
 /// the end it has again what it had before, for it outlives the program. Main thread, one; outlives who writes.
@@ -10,6 +12,10 @@ public:
     Console(const Console &) = delete;
     Console &operator=(const Console &) = delete;
 
+    /// Writes all of that to the standard output. When the user wants the program to end, and nobody reads, what has
+    /// not arrived is given up after a tenth of a second; on Windows it is waited for. @return whether all has arrived.
+    /// Any thread, one at a time.
+    [[nodiscard]] static bool write(std::string_view bytes);
     /// True if the standard error is a terminal that knows the sequences. Any thread.
     [[nodiscard]] static bool errorIsTerminal();
 

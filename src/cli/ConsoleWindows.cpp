@@ -32,6 +32,11 @@ Console::~Console()
     }
 }
 
+bool Console::write(std::string_view bytes)
+{
+    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0;
+}
+
 bool Console::errorIsTerminal()
 {
     DWORD mode = 0; // of a file or a pipe there is none

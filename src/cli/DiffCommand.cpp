@@ -136,9 +136,12 @@ int diffFiles(const QStringList &paths, const DiffJob &job)
     }
     Output out{QString()};
     const int code = compareCaptures(out, *a.data, *b.data, job);
-    const bool arrived = out.finish(Terminal::good) == Terminal::good;
+    const int written = out.finish(Terminal::good);
+    if (written == Terminal::interrupted) {
+        return written;
+    }
     const bool isWhole = a.warning.isEmpty() && b.warning.isEmpty();
-    return arrived && isWhole ? code : std::max(code, diffTrouble);
+    return written == Terminal::good && isWhole ? code : std::max(code, diffTrouble);
 }
 
 /// @return a message for the user; empty when the arguments make sense

@@ -1,11 +1,10 @@
 #include "cli/Output.h"
 
+#include "cli/Console.h"
 #include "cli/Terminal.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
-
-#include <cstdio>
 
 Output::Output(const QString &path)
 {
@@ -30,17 +29,9 @@ void Output::flush()
     if (m_good && m_file) {
         m_good = m_file->write(m_buffer.data(), qint64(m_buffer.size())) == qint64(m_buffer.size());
     } else if (m_good) {
-        m_good = std::fwrite(m_buffer.data(), 1, m_buffer.size(), stdout) == m_buffer.size();
+        m_good = Console::write(m_buffer);
     }
     m_buffer.clear();
-}
-
-void Output::handOver()
-{
-    flush();
-    if (m_good && !m_file) {
-        m_good = std::fflush(stdout) == 0;
-    }
 }
 
 int Output::finish(int code)
@@ -53,8 +44,9 @@ int Output::finish(int code)
         m_good = m_replaced->commit();
     } else if (m_good && m_file) {
         m_good = m_file->flush();
-    } else if (m_good) {
-        m_good = std::fflush(stdout) == 0;
+    }
+    if (!m_good && !m_file && Terminal::wasInterrupted()) {
+        return Terminal::interrupted;
     }
     if (!m_good) {
         Terminal::say(QStringLiteral("the output could not be written"));

@@ -13,7 +13,8 @@
 class QSaveFile;
 
 /// Where a command writes its lines: the standard output, or a file that appears under its name only when it is whole.
-/// A device or a pipe stays what it is, and takes the lines as they come. Buffered; main thread.
+/// A device or a pipe stays what it is, and takes the lines as they come. What the standard output does not take is
+/// given up when the user wants the program to end. Buffered; main thread.
 class Output {
 public:
     /// @param path  empty or "-" for the standard output
@@ -42,12 +43,12 @@ public:
         return *this;
     }
     /// Hands over what was written so far, for who reads the standard output meanwhile.
-    void handOver();
+    void handOver() { flush(); }
     /// No more comes, though it is not whole: a file does not get its name, and what takes the lines as they come has
     /// those that there are.
     void abandon() { m_isAbandoned = true; }
     /// Writes the rest, and gives the file its name, unless nothing was written because all input was bad, or it was
-    /// abandoned. @return `code`; the code of bad input, and the user is told, if not all arrived
+    /// abandoned. @return `code`; if not all arrived that of an interrupt, or that of bad input, and the user is told
     [[nodiscard]] int finish(int code);
 
 private:

@@ -1,0 +1,164 @@
+// luxcli, as it was built, in front of a pipe that nobody reads.
+
+#include "cli/LuxcliRun.h"
+#include "store/MemBudget.h"
+
+#include <QtTest>
+
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+class TstLuxcliPipe : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void aSignalEndsTheProgramWhileNobodyReads_data();
+    void aSignalEndsTheProgramWhileNobodyReads();
+    void aReaderThatComesLateGetsAll();
+    void cleanupTestCase();
+
+private:
+    void start(const char *arguments);
+    [[nodiscard]] bool hasWritten() const;
+
+    FileFolder m_folder;
+    QString m_capture; ///< of 10000 characters at 100 kBd
+    int m_pipe = -1;   ///< both ends, so that it stays open
+    QProcess m_program;
+};
+
+#ifdef Q_OS_LINUX
+
+void TstLuxcliPipe::initTestCase()
+{
+    memBudgetInit();
+    constexpr int bit = 10; // samples
+    std::vector<std::int64_t> edges;
+    for (int i = 1; i <= 100'000; ++i) {
+        edges.push_back(std::int64_t(bit) * i);
+    }
+    CaptureBuilder builder(16);
+    builder.samples(1'001'000).channel(0, 1, edges);
+    m_capture = luxcliRun::save(m_folder, QStringLiteral("long.cxdat"), builder);
+    QVERIFY(!m_capture.isEmpty());
+    const QByteArray path = QFile::encodeName(m_folder.path(QStringLiteral("pipe")));
+    QCOMPARE(mkfifo(path.constData(), 0600), 0);
+    m_pipe = open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    QVERIFY(m_pipe >= 0);
+    constexpr int least = 4096; // bytes
+    QVERIFY(fcntl(m_pipe, F_SETPIPE_SZ, least) >= least);
+    m_program.setStandardOutputFile(m_folder.path(QStringLiteral("pipe")));
+}
+
+void TstLuxcliPipe::cleanupTestCase()
+{
+    m_program.kill();
+    m_program.waitForFinished();
+    close(m_pipe);
+}
+
+void TstLuxcliPipe::start(const char *arguments)
+{
+    QStringList list = QString::fromUtf8(arguments).split(QLatin1Char(' '));
+    list.replaceInStrings(QStringLiteral("%1"), m_capture);
+    list.replaceInStrings(QStringLiteral("%2"), m_folder.path(QStringLiteral("out.cxdat")));
+    m_program.start(QStringLiteral(LUXCLI), list, QIODevice::ReadOnly);
+}
+
+bool TstLuxcliPipe::hasWritten() const
+{
+    int waiting = 0; // bytes
+    return ioctl(m_pipe, FIONREAD, &waiting) == 0 && waiting > 0;
+}
+
+void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads_data()
+{
+    QTest::addColumn<QByteArray>("arguments");
+    QTest::addColumn<int>("signal");
+    QTest::newRow("many frames") << QByteArray("decode %1 -a UART:rx=0,baudrate=100000") << SIGINT;
+    QTest::newRow("the last frames") << QByteArray("decode %1 -a UART:rx=0,baudrate=100000 --to 20ms") << SIGTERM;
+    QTest::newRow("captured frames")
+        << QByteArray("capture -o %2 --simulate --rate 1M --depth 200k -a UART:rx=3,baudrate=115200") << SIGINT;
+    QTest::newRow("exported levels") << QByteArray("export %1 -f csv") << SIGINT;
+}
+
+void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads()
+{
+    QFETCH(const QByteArray, arguments);
+    QFETCH(const int, signal);
+    constexpr int mostMs = 20'000; // the test's own patience
+    constexpr int toFillMs = 300;
+    char rest[65536];
+    while (read(m_pipe, rest, sizeof rest) > 0) {
+    }
+    start(arguments.constData());
+    QTRY_VERIFY_WITH_TIMEOUT(hasWritten(), mostMs);
+    QTest::qWait(toFillMs);
+    QCOMPARE(m_program.state(), QProcess::Running);
+    QCOMPARE(::kill(pid_t(m_program.processId()), signal), 0);
+    const bool hasEnded = m_program.waitForFinished(mostMs / 4);
+    if (!hasEnded) {
+        m_program.kill();
+        m_program.waitForFinished();
+    }
+    QVERIFY(hasEnded);
+    QCOMPARE(m_program.readAllStandardError(), QByteArray());
+    QCOMPARE(m_program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_program.exitCode(), 130);
+    if (arguments.contains("%2")) {
+        QCOMPARE(luxcliRun::luxcli("info %1", m_folder.path(QStringLiteral("out.cxdat"))).code, 0);
+    }
+}
+
+void TstLuxcliPipe::aReaderThatComesLateGetsAll()
+{
+    constexpr int mostMs = 20'000;
+    constexpr int lateMs = 500;
+    char piece[65536];
+    while (read(m_pipe, piece, sizeof piece) > 0) {
+    }
+    start("decode %1 -a UART:rx=0,baudrate=100000");
+    QTRY_VERIFY_WITH_TIMEOUT(hasWritten(), mostMs);
+    QTest::qWait(lateMs);
+    QByteArray all;
+    const auto readOn = [&] {
+        for (ssize_t count = 0; (count = read(m_pipe, piece, sizeof piece)) > 0;) {
+            all.append(piece, int(count));
+        }
+    };
+    QElapsedTimer timer;
+    timer.start();
+    while (!m_program.waitForFinished(1) && timer.elapsed() < mostMs) {
+        readOn();
+    }
+    readOn();
+    QCOMPARE(m_program.exitCode(), 0);
+    QCOMPARE(all, luxcliRun::luxcli("decode %1 -a UART:rx=0,baudrate=100000", m_capture).out);
+    QVERIFY(all.size() > 500'000);
+}
+
+#else
+
+void TstLuxcliPipe::initTestCase()
+{
+    QSKIP("needs pipes with names");
+}
+void TstLuxcliPipe::cleanupTestCase() {}
+void TstLuxcliPipe::start(const char * /*arguments*/) {}
+bool TstLuxcliPipe::hasWritten() const
+{
+    return false;
+}
+void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads_data() {}
+void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads() {}
+void TstLuxcliPipe::aReaderThatComesLateGetsAll() {}
+
+#endif
+
+QTEST_GUILESS_MAIN(TstLuxcliPipe)
+#include "tst_LuxcliPipe.moc"
