@@ -165,6 +165,13 @@ void AnalyzerManager::setDisplayFormat(int index, int format)
     saveToConfig();
 }
 
+void AnalyzerManager::changeSettings(int index, const std::function<void()> &change)
+{
+    const ResultsChange out = m_runs.prepareModify();
+    (void)m_runs.leaveResults(items[std::size_t(index)]);
+    change();
+}
+
 void AnalyzerManager::addAnalyzer(Analyzer *analyzer)
 {
     std::unique_ptr<Analyzer> taken(analyzer);

@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 class SmpData;
@@ -74,6 +75,10 @@ public:
     /// The same for all; returns within 50 ms whatever their number.
     void stopAllWorkers();
     void setDisplayFormat(int index, int format);
+    /// Has `change` write settings of an analyzer of the list, whose worker was stopped, while nobody reads its
+    /// results: their texts may go by the settings. The item may have another instance of the analyzer by then, with
+    /// the same settings and without results.
+    void changeSettings(int index, const std::function<void()> &change);
 
     /// Who drives channels in simulated captures.
     [[nodiscard]] SimulationSource &simulation() { return m_simulation; }

@@ -87,6 +87,16 @@ bool ProtocolEdit::followAnalyzer()
     return isReplaced;
 }
 
+void ProtocolEdit::writeToOther()
+{
+    if (followAnalyzer()) {
+        m_stopped = true; // it has not run
+        if (isUsable()) {
+            (void)writeValues();
+        }
+    }
+}
+
 // ---- what the user has entered
 
 void ProtocolEdit::writeChannel(AnalyzerSettingInterface &setting, const QComboBox &edit)
@@ -169,15 +179,28 @@ bool ProtocolEdit::apply()
 {
     bool taken = false;
     QString why;
-    const QString fault = pluginFault([&] {
-        taken = settings->ApplyInterfaces();
-        if (!taken) {
-            const char *message = settings->GetSaveErrorMessage();
-            why = decoderSentence(QString::fromUtf8(message != nullptr ? message : ""), analyzerName);
-        }
-    });
-    if (fault.isEmpty() && taken) {
-        return true;
+    QString fault;
+    const auto applyNow = [&] {
+        fault = pluginFault([&] {
+            taken = settings->ApplyInterfaces();
+            if (!taken) {
+                const char *message = settings->GetSaveErrorMessage();
+                why = decoderSentence(QString::fromUtf8(message != nullptr ? message : ""), analyzerName);
+            }
+        });
+    };
+    if (itemIndex < 0) {
+        applyNow();
+    } else {
+        manager->changeSettings(itemIndex, [&] {
+            writeToOther();
+            if (isUsable()) {
+                applyNow();
+            }
+        });
+    }
+    if (!isUsable() || (fault.isEmpty() && taken)) {
+        return isUsable();
     }
     showNotice(this, QMessageBox::Warning, ::tr("A Setting is Invalid"), fault.isEmpty() ? why : fault);
     return false;
@@ -202,9 +225,7 @@ void ProtocolEdit::savedClicked()
     if (itemIndex >= 0 && manager->isWorkerRunning(itemIndex)) {
         manager->stopWorker(itemIndex); // the settings are the worker's as well
         m_stopped = true;
-        if (followAnalyzer() && isUsable()) {
-            (void)writeValues();
-        }
+        writeToOther();
     }
     m_saving = false;
     if (!isUsable() || !apply() || m_gone) {

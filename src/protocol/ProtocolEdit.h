@@ -48,6 +48,8 @@ private:
     void takeAnalyzer(Analyzer *taken);
     /// A worker that does not leave goes with its analyzer, and another takes that one's place. @return whether it did
     bool followAnalyzer();
+    /// The same; what the editors hold goes to the other one.
+    void writeToOther();
     void buildRows();
     void buildFrame(QScrollArea *area);
     void addRow(AnalyzerSettingInterface &setting, int row);

@@ -20,6 +20,10 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 
+#include <atomic>
+#include <memory>
+#include <thread>
+
 namespace {
 
 template<class Editor>
@@ -109,6 +113,8 @@ private slots:
     void okWithoutAChangeLeavesTheResults();
     void aStoppedWorkerRunsAgainWhenNothingChanged();
     void aStoppedWorkerRunsAgainAfterARefusalAndCancel();
+    void settingsAreNotWrittenWhileResultsAreRead();
+    void settingsThatAReaderDoesNotLeaveAreNotWritten();
 
     void numbersOutOfTheirRangeAreTold_data();
     void numbersOutOfTheirRangeAreTold();
@@ -436,6 +442,68 @@ void TstProtocolEdit::aStoppedWorkerRunsAgainAfterARefusalAndCancel()
     QVERIFY(!desk.manager->isWorkerRunning(0));
     press(dialog, "Cancel");
     QVERIFY(desk.manager->isWorkerRunning(0));
+}
+
+void TstProtocolEdit::settingsAreNotWrittenWhileResultsAreRead()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.waitForWorkers());
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    field(dialog, "Text")->setText(QStringLiteral("refuse")); // so that no new run asks for the results
+    ResultsGate &gate = desk.manager->gate();
+    std::atomic<bool> reads{false};
+    std::atomic<bool> isTold{false};
+    bool wasAsked = false;
+    std::thread reader([&] {
+        const ResultsPass pass(gate);
+        reads = true;
+        while (!gate.isWanted() && !isTold) {
+            std::this_thread::yield();
+        }
+        wasAsked = gate.isWanted();
+    });
+    QTRY_VERIFY(reads);
+    const DialogDriver<QMessageBox> boxes([&](QMessageBox &) {
+        isTold = true;
+        QVERIFY(ResultsPass(gate)); // behind the box they are read again
+    });
+    press(dialog, "OK");
+    reader.join();
+    QCOMPARE(boxes.count, 1);
+    QVERIFY(wasAsked);
+}
+
+void TstProtocolEdit::settingsThatAReaderDoesNotLeaveAreNotWritten()
+{
+    FaceDesk desk("kinds");
+    QVERIFY(desk.add(3));
+    QVERIFY(desk.waitForWorkers());
+    const QString before = savedText(desk);
+    const Analyzer *old = desk.manager->analyzerAt(0);
+    const auto stuck = std::make_shared<ResultsReader>();
+    std::atomic<bool> reads{false};
+    std::atomic<bool> held{true};
+    std::thread reader([&, results = desk.results()] {
+        const ResultsPass pass(desk.manager->gate(), stuck);
+        (void)stuck->inside(results, [&] {
+            reads = true;
+            while (held) {
+                std::this_thread::yield();
+            }
+        });
+    });
+    QTRY_VERIFY(reads);
+    ProtocolEdit dialog(true, desk.manager.get(), 0);
+    press(dialog, "OK"); // without a change
+    const bool isOther = desk.manager->analyzerAt(0) != old;
+    held = false;
+    reader.join();
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    QVERIFY(isOther);
+    QCOMPARE(savedText(desk), before);
+    QVERIFY(desk.waitForWorkers());
+    QVERIFY(desk.frames() > 0);
 }
 
 void TstProtocolEdit::numbersOutOfTheirRangeAreTold_data()

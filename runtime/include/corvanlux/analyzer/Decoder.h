@@ -75,7 +75,7 @@ public:
     ~Decoder() override { SetAnalyzerResults(nullptr); }
 
 protected:
-    SettingsType m_settings; ///< changed on the main thread only, and never during a run
+    SettingsType m_settings; ///< changed on the main thread only, and never during a run or while results are read
 
     [[nodiscard]] std::unique_ptr<AnalyzerResults> makeResults() final
     {
