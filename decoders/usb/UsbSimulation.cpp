@@ -165,6 +165,24 @@ constexpr std::array<std::uint8_t, 8> getDeviceDescriptor = {0x80, 6, 0, 1, 0, 0
 constexpr std::array<std::uint8_t, 18> deviceDescriptor = {18,   1,    0x10, 0x01, 0, 0, 0, 8, 0x34,
                                                            0x12, 0x78, 0x56, 0,    1, 0, 0, 0, 1};
 
+/// OUT with an answer.
+void writeData(UsbDriver &bus, unsigned address, std::span<const std::uint8_t> bytes)
+{
+    bus.token(usb::out, address, 2);
+    bus.wait(turnaround);
+    bus.data(usb::data1, bytes);
+    bus.wait(turnaround);
+    bus.handshake(usb::ack);
+}
+
+/// IN with data that nobody can take. @param isCrc  because of its check, else because of its stuffing
+void readBrokenData(UsbDriver &bus, unsigned address, std::span<const std::uint8_t> bytes, bool isCrc)
+{
+    bus.token(usb::in, address, isCrc ? 4 : 5);
+    bus.wait(turnaround);
+    bus.data(usb::data0, bytes, isCrc ? UsbMishap::WrongCrc : UsbMishap::StuffError);
+}
+
 /// A request with its stages: SETUP, three packets of data, status (8.5.3).
 void readDescriptor(UsbDriver &bus)
 {
@@ -244,12 +262,8 @@ void UsbAnalyzer::simulate(Simulation &simulation)
     case 1:
         readDescriptor(bus);
         break;
-    case 2: // OUT with an answer
-        bus.token(usb::out, number & 0x7fU, 2);
-        bus.wait(turnaround);
-        bus.data(usb::data1, bytes);
-        bus.wait(turnaround);
-        bus.handshake(usb::ack);
+    case 2:
+        writeData(bus, number & 0x7fU, bytes);
         break;
     case 3:
     case 4: {
@@ -263,13 +277,9 @@ void UsbAnalyzer::simulate(Simulation &simulation)
         bus.token(usb::in, number & 0x7fU, 15, UsbMishap::WrongCrc);
         break;
     case 6:
-    case 7: {
-        const bool isCrc = number % rounds == 6;
-        bus.token(usb::in, number & 0x7fU, isCrc ? 4 : 5);
-        bus.wait(turnaround);
-        bus.data(usb::data0, bytes, isCrc ? UsbMishap::WrongCrc : UsbMishap::StuffError);
+    case 7:
+        readBrokenData(bus, number & 0x7fU, bytes, number % rounds == 6);
         break;
-    }
     case 8:
         bus.handshake(usb::ack, UsbMishap::WrongSync);
         break;
