@@ -2,6 +2,7 @@
 
 #include "analyzer/AnalyzerProgMng.h"
 #include "analyzer/ChannelUsage.h"
+#include "analyzer/StoredAnalyzer.h"
 #include "settings/Language.h"
 
 #include <algorithm>
@@ -88,6 +89,17 @@ QString AnalyzerList::libraryDisplayName(const QString &fileName) const
 {
     const AnalyzerLib *lib = libraries.named(fileName);
     return lib != nullptr ? lib->displayName + availability(*lib) : QString();
+}
+
+QStringList AnalyzerList::notFound() const
+{
+    QStringList names;
+    for (const StoredAnalyzer &stored : storedAnalyzers(m_host.stored())) {
+        if (libraries.named(stored.fileName) == nullptr && !names.contains(stored.fileName)) {
+            names.append(stored.fileName);
+        }
+    }
+    return names;
 }
 
 void AnalyzerList::setShown(int index, bool shown)

@@ -24,6 +24,8 @@ public:
     [[nodiscard]] QStringList libraryDisplayNames() const;
     /// Empty when no library has that file name.
     [[nodiscard]] QString libraryDisplayName(const QString &fileName) const;
+    /// File names in what is stored of the user's analyzers that no library has, each once.
+    [[nodiscard]] QStringList notFound() const;
     [[nodiscard]] const QVector<AnalyzerLib> &foundLibraries() const { return libraries.all(); }
     [[nodiscard]] const QVector<PluginFolder::Refusal> &refusals() const { return libraries.refusals(); }
     /// Tries a plug-in again that was passed over since the program died with it; found at the next start.

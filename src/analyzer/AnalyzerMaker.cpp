@@ -5,6 +5,7 @@
 #include "analyzer/AnalyzerProgMng.h"
 #include "analyzer/FaultTeller.h"
 #include "analyzer/PluginCall.h"
+#include "analyzer/StoredAnalyzer.h"
 #include "settings/Language.h"
 #include "store/SmpLease.h"
 
@@ -68,16 +69,15 @@ AnalyzerItem AnalyzerMaker::exchange(AnalyzerItem &item)
 std::vector<AnalyzerItem> AnalyzerMaker::stored(const QString &text)
 {
     std::vector<AnalyzerItem> items;
-    const QStringList values = text.split(QLatin1Char(';'));
-    for (int i = 0; i + 2 < values.size(); i += 3) {
-        const AnalyzerLib *lib = m_libraries.named(values.at(i).trimmed());
+    for (const StoredAnalyzer &stored : storedAnalyzers(text)) {
+        const AnalyzerLib *lib = m_libraries.named(stored.fileName);
         std::unique_ptr<Analyzer> analyzer = lib != nullptr ? make(*lib) : nullptr;
         if (!analyzer) {
             continue;
         }
-        const QByteArray settings = values.at(i + 1).trimmed().toLatin1();
+        const QByteArray settings = stored.settings.toLatin1();
         AnalyzerItem item = itemOf(*lib, std::move(analyzer));
-        item.format = values.at(i + 2).trimmed();
+        item.format = stored.format;
         const QString fault =
             pluginFault([&] { item.analyzer->GetAnalyzerSettings()->LoadText(settings.constData()); });
         items.push_back(std::move(item));

@@ -11,7 +11,6 @@
 #include "protocol/DecodedWave.h"
 #include "protocol/ProtocolResult.h"
 #include "protocol/ProtocolSetting.h"
-#include "settings/Config.h"
 #include "settings/Language.h"
 #include "wave/MainView.h"
 
@@ -72,11 +71,9 @@ void MainWindow::showChannelLabels()
 
 void MainWindow::tellOfVanished()
 {
-    const QStringList values = analyzersAll().split(QLatin1Char(';'));
     QStringList names;
-    for (int i = 0; i + 2 < values.size(); i += 3) {
-        const QString name = values.at(i).trimmed();
-        if (analyzerMgr->libraryDisplayName(name).isEmpty() && !m_vanished.contains(name)) {
+    for (const QString &name : analyzerMgr->notFound()) {
+        if (!m_vanished.contains(name)) {
             m_vanished.insert(name);
             names.append(name);
         }

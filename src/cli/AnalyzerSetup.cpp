@@ -2,7 +2,6 @@
 
 #include "analyzer/PluginCall.h"
 #include "cli/Terminal.h"
-#include "settings/Config.h"
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
@@ -88,17 +87,10 @@ void sayPassedOver(const AnalyzerManager &manager)
 
 bool sayNotFound(const AnalyzerManager &manager, const QString &path)
 {
-    const QStringList values = analyzersAll().split(QLatin1Char(';'));
-    QStringList names;
-    for (int i = 0; i + 2 < values.size(); i += 3) {
-        const QString fileName = values.at(i).trimmed();
-        if (manager.libraryDisplayName(fileName).isEmpty()) {
-            names.append(fileName.section(QLatin1Char('.'), 0, -2));
-        }
-    }
-    names.removeDuplicates();
+    const QStringList names = manager.notFound();
     for (const QString &name : names) {
-        Terminal::say(QStringLiteral("%1: the decoder \"%2\" that is stored was not found").arg(path, name));
+        Terminal::say(QStringLiteral("%1: the decoder \"%2\" that is stored was not found")
+                          .arg(path, name.section(QLatin1Char('.'), 0, -2)));
     }
     return !names.isEmpty();
 }

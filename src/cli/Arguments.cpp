@@ -1,8 +1,6 @@
 #include "cli/Arguments.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 
 namespace Arguments {
 
@@ -80,36 +78,6 @@ std::optional<Request> request(const QString &text)
         result.settings.append({part.left(equals).trimmed(), part.mid(equals + 1).trimmed()});
     }
     return result.name.isEmpty() ? std::nullopt : std::optional(result);
-}
-
-std::optional<double> seconds(const QString &text)
-{
-    struct Unit {
-        const char *name;
-        double seconds;
-    };
-    static constexpr std::array<Unit, 5> units{{{"ms", 1e-3}, {"us", 1e-6}, {"ns", 1e-9}, {"ps", 1e-12}, {"s", 1.0}}};
-    QString number = text.trimmed();
-    double factor = 1.0;
-    for (const Unit &unit : units) {
-        const QLatin1String name(unit.name);
-        if (number.endsWith(name)) {
-            number.chop(name.size());
-            factor = unit.seconds;
-            break;
-        }
-    }
-    bool isNumber = false;
-    const double value = number.trimmed().toDouble(&isNumber) * factor;
-    return isNumber && std::isfinite(value) && value >= 0 ? std::optional(value) : std::nullopt;
-}
-
-double samplesIn(double seconds, double rate)
-{
-    constexpr double slack = 1e-4;
-    const double samples = seconds * rate;
-    const double whole = std::round(samples);
-    return std::abs(samples - whole) < slack ? whole : samples;
 }
 
 } // namespace Arguments

@@ -40,10 +40,4 @@ struct Request {
 /// @return nothing when a setting is not of the form key=value
 [[nodiscard]] std::optional<Request> request(const QString &text);
 
-/// A time in seconds: "1.5", "20ms", "3us", "7ns", "10ps", "2s". @return nothing for what is none, or negative
-[[nodiscard]] std::optional<double> seconds(const QString &text);
-/// Such a time in samples: a whole number where nothing but the arithmetic keeps it from being one, so that what begins
-/// or ends at that very time is in. @param rate  Hz
-[[nodiscard]] double samplesIn(double seconds, double rate);
-
 } // namespace Arguments

@@ -8,6 +8,7 @@
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
 #include "cli/PluginFaults.h"
+#include "cli/Quantity.h"
 #include "cli/Terminal.h"
 
 #include <QFileInfo>
@@ -98,9 +99,9 @@ QString readJob(const Arguments::Parsed &parsed, Job &job)
     }
     const auto readTime = [&parsed](const QString &name, double &time) {
         const auto text = parsed.value(name);
-        const auto value = text ? Arguments::seconds(*text) : std::optional(time);
-        time = value.value_or(0);
-        return value.has_value();
+        const auto value = text ? Quantity::time(*text) : std::nullopt;
+        time = value ? value->toDouble() : time;
+        return value || !text;
     };
     const QString out = parsed.value(QStringLiteral("--output")).value_or(QString());
     for (const QString &path : parsed.operands) {

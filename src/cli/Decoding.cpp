@@ -5,6 +5,7 @@
 #include "cli/FrameWriter.h"
 #include "cli/Output.h"
 #include "cli/PluginFaults.h"
+#include "cli/Quantity.h"
 #include "cli/Terminal.h"
 #include "store/SmpData.h"
 
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -128,8 +128,8 @@ int write(AnalyzerManager &manager, PluginFaults &faults, const SmpData &data, c
     }
     writer.head(capture);
     const auto rate = double(capture.rate);
-    FrameThread::Task task{resultsOf(manager), Arguments::samplesIn(span.from, rate),
-                           Arguments::samplesIn(span.to, rate)};
+    FrameThread::Task task{resultsOf(manager), Quantity::samplesWithParts(span.from, rate),
+                           Quantity::samplesWithParts(span.to, rate)};
     const bool isWhole = writeFrames(manager, std::move(task), writer, out);
     if (!isWhole && Terminal::wasInterrupted()) {
         return Terminal::interrupted;

@@ -2,6 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CaptureJob.h"
+#include "cli/Quantity.h"
 #include "store/SmpData.h"
 
 #include <QFileInfo>
@@ -30,11 +31,11 @@ QString readTimes(const Arguments::Parsed &parsed, ExportJob &job)
     for (const auto &[name, time] :
          {std::pair(QStringLiteral("--from"), &job.from), {QStringLiteral("--to"), &job.to}}) {
         const auto text = parsed.value(name);
-        const auto seconds = text ? Arguments::seconds(*text) : std::nullopt;
-        if (text && !seconds) {
+        const auto value = text ? Quantity::time(*text) : std::nullopt;
+        if (text && !value) {
             return QStringLiteral("\"%1\" is no time").arg(*text);
         }
-        *time = seconds.value_or(*time);
+        *time = value ? value->toDouble() : *time;
     }
     return {};
 }
@@ -109,8 +110,8 @@ QString ExportJob::pick(const SmpData &data, CapturePart &part) const
 {
     const QString refusal = CaptureJob::pick(data, channels, part.channels);
     const auto rate = double(data.smpFrequ());
-    part.start = Arguments::samplesIn(from, rate);
-    part.end = std::isinf(to) ? double(data.smpCount()) : Arguments::samplesIn(to, rate);
+    part.start = Quantity::samplesWithParts(from, rate);
+    part.end = std::isinf(to) ? double(data.smpCount()) : Quantity::samplesWithParts(to, rate);
     const bool isOutside = part.start >= double(data.smpCount()) || to < from;
     return refusal.isEmpty() && isOutside ? QStringLiteral("there is nothing between these times") : refusal;
 }

@@ -1,3 +1,4 @@
+#include "analyzer/StoredAnalyzer.h"
 #include "cli/Arguments.h"
 #include "cli/CaptureSource.h"
 #include "cli/Commands.h"
@@ -64,10 +65,9 @@ Facts factsOf(const QString &path)
 
 void writeStoredAnalyzers(Output &out)
 {
-    const QStringList values = analyzersAll().split(QLatin1Char(';'));
-    for (int i = 0; i + 2 < values.size(); i += 3) {
-        out << "analyzer: " << values.at(i).section(QLatin1Char('.'), 0, -2).toStdString() << ':'
-            << values.at(i + 1).toStdString() << '\n';
+    for (const StoredAnalyzer &stored : storedAnalyzers(analyzersAll())) {
+        out << "analyzer: " << stored.fileName.section(QLatin1Char('.'), 0, -2).toStdString() << ':'
+            << stored.settings.toStdString() << '\n';
     }
 }
 

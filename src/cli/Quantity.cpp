@@ -108,6 +108,14 @@ std::optional<std::int64_t> samples(const Decimal &time, std::int64_t rate)
     return wholeOf(time, rate, false);
 }
 
+double samplesWithParts(double seconds, double rate)
+{
+    constexpr double slack = 1e-4;
+    const double samples = seconds * rate;
+    const double whole = std::round(samples);
+    return std::abs(samples - whole) < slack ? whole : samples;
+}
+
 std::optional<QVector<int>> channels(const QString &text)
 {
     constexpr int mostChannels = 64;

@@ -28,6 +28,9 @@ struct Decimal {
 [[nodiscard]] std::optional<Decimal> time(const QString &text);
 /// The samples that have begun after that time. @param rate  Hz. @return nothing for more than 2^62
 [[nodiscard]] std::optional<std::int64_t> samples(const Decimal &time, std::int64_t rate);
+/// A time in samples with their parts: a whole number where nothing but the arithmetic keeps it from being one, so that
+/// what begins or ends at that very time is in. @param rate  Hz
+[[nodiscard]] double samplesWithParts(double seconds, double rate);
 /// The channels of a list such as "0-7,9": ascending, each once, at most 63. @return nothing for what is no list
 [[nodiscard]] std::optional<QVector<int>> channels(const QString &text);
 

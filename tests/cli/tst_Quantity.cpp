@@ -5,6 +5,7 @@
 class TstQuantity : public QObject {
     Q_OBJECT
 private slots:
+    void aTimeIsAWholeNumberOfSamplesWhereItIsMeantToBe();
     void countsAreExact_data();
     void countsAreExact();
     void ratesMayHaveTheirUnit();
@@ -17,6 +18,14 @@ private slots:
     void countsAreTextsAsTheyAreTaken();
     void textsTakeTheFittingUnit();
 };
+
+void TstQuantity::aTimeIsAWholeNumberOfSamplesWhereItIsMeantToBe()
+{
+    QCOMPARE(Quantity::samplesWithParts(15e-6, 1e6), 15.0);
+    QCOMPARE(Quantity::samplesWithParts(123e-6, 1e6), 123.0);
+    QCOMPARE(Quantity::samplesWithParts(9.5, 1e9), 9.5e9);
+    QVERIFY(Quantity::samplesWithParts(15e-9, 1e8) > 1.4 && Quantity::samplesWithParts(15e-9, 1e8) < 1.6);
+}
 
 void TstQuantity::countsAreExact_data()
 {
