@@ -56,6 +56,13 @@ if(LUX_SANITIZE)
   target_compile_options(lux_build INTERFACE -fno-omit-frame-pointer -fno-sanitize-recover=all)
   target_link_options(lux_build INTERFACE -fsanitize=${_sanitizers})
 endif()
+if(LUX_SANITIZE MATCHES "address" AND NOT LUX_FUZZ)
+  # Each program ends behind its threads, so that what they give back last is not taken for a leak.
+  add_library(lux_lastthreads OBJECT ${CMAKE_CURRENT_LIST_DIR}/sanitizers/LastThreads.cpp)
+  target_link_libraries(lux_lastthreads PRIVATE lux_build)
+  target_sources(lux_flags INTERFACE
+    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:lux_lastthreads>>)
+endif()
 if(LUX_FUZZ)
   # Coverage in every folder, the driver's main only in the fuzz targets.
   target_compile_options(lux_build INTERFACE -fsanitize=fuzzer-no-link)
