@@ -1,20 +1,15 @@
 #include "device/UsbPlatformWinUsb.h"
 
 #include "device/UsbErrorsWindows.h"
-
-// The first declares what the others need, so this is not the order of the alphabet.
-// clang-format off
-#include <windows.h>
-#include <dbt.h>
-#include <setupapi.h>
-#include <winusb.h>
-// clang-format on
+#include "device/WinUsbDriver.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <dbt.h>
 #include <iterator>
 #include <mutex>
+#include <setupapi.h>
 #include <utility>
 #include <vector>
 
@@ -34,60 +29,6 @@ UsbResult resultOf(BOOL ok)
 {
     return ok ? UsbResult{} : lastError();
 }
-
-/// The driver's functions, found when the program runs: a system without the driver is no reason not to start.
-class Driver {
-public:
-    Driver() : m_library(LoadLibraryW(L"winusb.dll"))
-    {
-        m_complete = m_library != nullptr && find(initialize, "WinUsb_Initialize") && find(free, "WinUsb_Free") &&
-                     find(getDescriptor, "WinUsb_GetDescriptor") &&
-                     find(queryInterfaceSettings, "WinUsb_QueryInterfaceSettings") &&
-                     find(queryPipe, "WinUsb_QueryPipe") &&
-                     find(setCurrentAlternateSetting, "WinUsb_SetCurrentAlternateSetting") &&
-                     find(setPipePolicy, "WinUsb_SetPipePolicy") && find(controlTransfer, "WinUsb_ControlTransfer") &&
-                     find(readPipe, "WinUsb_ReadPipe") && find(getOverlappedResult, "WinUsb_GetOverlappedResult") &&
-                     find(writePipe, "WinUsb_WritePipe") && find(abortPipe, "WinUsb_AbortPipe") &&
-                     find(flushPipe, "WinUsb_FlushPipe") && find(resetPipe, "WinUsb_ResetPipe");
-    }
-    ~Driver()
-    {
-        if (m_library != nullptr) {
-            FreeLibrary(m_library);
-        }
-    }
-    Driver(const Driver &) = delete;
-    Driver &operator=(const Driver &) = delete;
-
-    [[nodiscard]] bool isComplete() const { return m_complete; }
-
-    decltype(&WinUsb_Initialize) initialize = nullptr;
-    decltype(&WinUsb_Free) free = nullptr;
-    decltype(&WinUsb_GetDescriptor) getDescriptor = nullptr;
-    decltype(&WinUsb_QueryInterfaceSettings) queryInterfaceSettings = nullptr;
-    decltype(&WinUsb_QueryPipe) queryPipe = nullptr;
-    decltype(&WinUsb_SetCurrentAlternateSetting) setCurrentAlternateSetting = nullptr;
-    decltype(&WinUsb_SetPipePolicy) setPipePolicy = nullptr;
-    decltype(&WinUsb_ControlTransfer) controlTransfer = nullptr;
-    decltype(&WinUsb_ReadPipe) readPipe = nullptr;
-    decltype(&WinUsb_GetOverlappedResult) getOverlappedResult = nullptr;
-    decltype(&WinUsb_WritePipe) writePipe = nullptr;
-    decltype(&WinUsb_AbortPipe) abortPipe = nullptr;
-    decltype(&WinUsb_FlushPipe) flushPipe = nullptr;
-    decltype(&WinUsb_ResetPipe) resetPipe = nullptr;
-
-private:
-    template<typename Function>
-    bool find(Function &function, const char *name)
-    {
-        // By way of a pointer to void: the compiler warns of a cast between kinds of functions.
-        function = reinterpret_cast<Function>(reinterpret_cast<void *>(GetProcAddress(m_library, name)));
-        return function != nullptr;
-    }
-
-    HMODULE m_library;
-    bool m_complete = false;
-};
 
 struct Interface;
 
@@ -155,7 +96,7 @@ bool enumerate(UsbList list, int index, SP_DEVICE_INTERFACE_DATA &data)
 
 class UsbPlatformWinUsb final : public UsbPlatform {
 public:
-    explicit UsbPlatformWinUsb(std::unique_ptr<Driver> driver) : m_driver(std::move(driver)) {}
+    explicit UsbPlatformWinUsb(std::unique_ptr<WinUsbDriver> driver) : m_driver(std::move(driver)) {}
     ~UsbPlatformWinUsb() override;
 
     UsbList openList() override;
@@ -194,7 +135,7 @@ private:
     /// Aborts the queued reads of `pipe`, or of all pipes for 0, and waits until the driver has let go of them.
     UsbResult endReads(Interface &of, std::uint8_t pipe);
 
-    const std::unique_ptr<Driver> m_driver;
+    const std::unique_ptr<WinUsbDriver> m_driver;
     std::mutex m_mutex; ///< see Slot
     HDEVNOTIFY m_notification = nullptr;
 };
@@ -500,7 +441,7 @@ bool UsbPlatformWinUsb::registerHotplug(std::uintptr_t window, std::function<voi
 
 std::unique_ptr<UsbPlatform> makeUsbPlatformWinUsb()
 {
-    auto driver = std::make_unique<Driver>();
+    auto driver = std::make_unique<WinUsbDriver>();
     if (!driver->isComplete()) {
         return nullptr;
     }
