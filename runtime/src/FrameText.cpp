@@ -7,12 +7,27 @@
 #include <algorithm>
 #include <deque>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lux {
 
 struct LUX_HIDDEN FrameText::Private {
-    std::string text;                 ///< the texts, each ended by a 0
+    void clear()
+    {
+        used = 0;
+        starts.clear();
+    }
+    /// Begins a text. @return where its `size` characters, its 0 among them, are to be written
+    char *begin(std::size_t size)
+    {
+        if (text.size() < used + size)
+            text.resize(2 * (used + size));
+        starts.push_back(used);
+        return text.data() + std::exchange(used, used + size);
+    }
+    std::vector<char> text;           ///< the texts, each ended by a 0; the first `used` of them
+    std::size_t used = 0;             ///< bytes of `text`
     std::vector<std::size_t> starts;  ///< of each in `text`
     std::vector<const char *> result; ///< what strings() hands out
 };
@@ -29,20 +44,20 @@ void FrameText::start(Purpose purpose, const Channel &channel, DisplayBase base)
     m_purpose = purpose;
     m_channel = channel;
     m_base = base;
-    m_private->text.clear();
-    m_private->starts.clear();
+    m_private->clear();
 }
 
 void FrameText::addPieces(const std::string_view *pieces, std::size_t count)
 {
-    if (m_purpose == Purpose::Tabular) {
-        m_private->text.clear(); // only the last is wanted
-        m_private->starts.clear();
-    }
-    m_private->starts.push_back(m_private->text.size());
+    if (m_purpose == Purpose::Tabular)
+        m_private->clear(); // only the last is wanted
+    std::size_t size = 1;
     for (std::size_t i = 0; i < count; ++i)
-        m_private->text.append(pieces[i]);
-    m_private->text.push_back('\0');
+        size += pieces[i].size();
+    char *out = m_private->begin(size);
+    for (std::size_t i = 0; i < count; ++i)
+        out += pieces[i].copy(out, pieces[i].size());
+    *out = '\0';
 }
 
 void FrameText::addBytes(std::string_view before, std::span<const std::uint8_t> bytes, std::size_t most)
@@ -72,7 +87,7 @@ std::string_view FrameText::last() const
     if (m_private->starts.empty())
         return {};
     const std::size_t start = m_private->starts.back();
-    return std::string_view(m_private->text).substr(start, m_private->text.size() - start - 1);
+    return {m_private->text.data() + start, m_private->used - start - 1};
 }
 
 void FrameText::strings(const char *const **texts, std::uint32_t *count) const

@@ -15,30 +15,28 @@ constexpr std::uint64_t firstPrintable = 0x20;
 constexpr std::uint64_t del = 0x7F;
 
 /// The lowest `count` digits of `bitsEach` bits, the highest first.
-ShortText inDigits(std::string_view prefix, std::uint64_t value, unsigned count, unsigned bitsEach)
+void addDigits(ShortText &out, std::string_view prefix, std::uint64_t value, unsigned count, unsigned bitsEach)
 {
-    ShortText out(prefix);
+    out.add(prefix);
     const std::uint64_t mask = (1U << bitsEach) - 1;
     for (unsigned i = count; i-- > 0;)
         out.add(detail::hexDigits[value >> (i * bitsEach) & mask]);
-    return out;
 }
 
-ShortText hexadecimal(std::uint64_t value, unsigned bits)
+void addHexadecimal(ShortText &out, std::uint64_t value, unsigned bits)
 {
-    return inDigits("0x", value, (bits + 3) / 4, 4);
+    addDigits(out, "0x", value, (bits + 3) / 4, 4);
 }
 
-ShortText character(std::uint64_t value)
+void addCharacter(ShortText &out, std::uint64_t value)
 {
-    if (value < firstPrintable)
-        return {controls[value]};
-    if (value == del)
-        return {"DEL"};
-    ShortText out("'");
+    if (value < firstPrintable || value == del) {
+        out.add(value == del ? "DEL" : controls[value]);
+        return;
+    }
+    out.add('\'');
     out.add(char(value));
     out.add('\'');
-    return out;
 }
 
 ShortText inDecimal(std::uint64_t value)
@@ -52,30 +50,24 @@ ShortText inDecimal(std::uint64_t value)
 
 ShortText formatNumber(std::uint64_t value, unsigned bits, DisplayBase base)
 {
+    if (base == DisplayBase::Decimal)
+        return inDecimal(value);
     bits = std::clamp(bits, 1U, 64U);
     const bool isCharacter = bits <= 8 && value <= del;
-    switch (base) {
-    case DisplayBase::Binary:
-        return inDigits("0b", value, bits, 1);
-    case DisplayBase::Decimal:
-        return inDecimal(value);
-    case DisplayBase::Ascii:
-        if (isCharacter)
-            return character(value);
-        break;
-    case DisplayBase::AsciiHex:
-        if (isCharacter) {
-            ShortText both = character(value);
-            both.add(" (");
-            both.add(hexadecimal(value, bits));
-            both.add(')');
-            return both;
-        }
-        break;
-    case DisplayBase::Hexadecimal:
-        break;
+    ShortText out;
+    if (base == DisplayBase::Binary) {
+        addDigits(out, "0b", value, bits, 1);
+    } else if (base == DisplayBase::Ascii && isCharacter) {
+        addCharacter(out, value);
+    } else if (base == DisplayBase::AsciiHex && isCharacter) {
+        addCharacter(out, value);
+        out.add(" (");
+        addHexadecimal(out, value, bits);
+        out.add(')');
+    } else {
+        addHexadecimal(out, value, bits);
     }
-    return hexadecimal(value, bits);
+    return out;
 }
 
 ShortText formatCount(std::int64_t value)

@@ -19,6 +19,7 @@ private slots:
     void durationsHaveThreeDigitsAndAUnit_data();
     void durationsHaveThreeDigitsAndAUnit();
     void aBubbleKeepsAllTextsAndTheListTheLast();
+    void longTextsOfABubbleStayWhole();
     void bytesAreATextWhereTheyArePrintable();
     void longByteListsAreCut();
     void valuesKeepOrderKindAndTexts();
@@ -113,6 +114,26 @@ void TstFrameText::aBubbleKeepsAllTextsAndTheListTheLast()
     out.strings(&texts, &count);
     QCOMPARE(count, 1U);
     QCOMPARE(std::string(texts[0]), std::string("B"));
+}
+
+void TstFrameText::longTextsOfABubbleStayWhole()
+{
+    const std::string longPiece(5000, 'x');
+    FrameText out;
+    for (int round = 0; round < 2; ++round) {
+        out.start(FrameText::Purpose::Bubble, Channel(), DisplayBase::Decimal);
+        out.add("");
+        for (int i = 0; i < 20; ++i)
+            out.add(out.number(std::uint64_t(i), 8), "", longPiece, "end");
+        const char *const *texts = nullptr;
+        std::uint32_t count = 0;
+        out.strings(&texts, &count);
+        QCOMPARE(count, 21U);
+        QCOMPARE(std::string(texts[0]), std::string());
+        for (int i = 0; i < 20; ++i)
+            QCOMPARE(std::string(texts[i + 1]), std::to_string(i) + longPiece + "end");
+        QCOMPARE(std::string(out.last()), "19" + longPiece + "end");
+    }
 }
 
 void TstFrameText::bytesAreATextWhereTheyArePrintable()
