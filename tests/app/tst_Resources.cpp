@@ -55,6 +55,7 @@ private slots:
     void svgIconsGrowSharpWithTheAskedSize();
     void aSelectedLookDiffersFromItsBase_data();
     void aSelectedLookDiffersFromItsBase();
+    void everyIconHasASecondNameThatTellsItsKind();
     void picturesOfStyleSheetsTellTheirKindByTheirNames();
     void aCheckedBoxLooksChecked();
     void theUnconnectedLookHasNoColour_data();
@@ -127,6 +128,19 @@ void TstResources::aSelectedLookDiffersFromItsBase()
         QVERIFY(!selected.isNull());
         QVERIFY(plain != selected);
     }
+}
+
+void TstResources::everyIconHasASecondNameThatTellsItsKind()
+{
+    const auto bytesOf = [](const QString &path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    for (const char *name : kSvgIcons) {
+        QVERIFY2(!bytesOf(resource(name)).isEmpty(), name);
+        QCOMPARE(bytesOf(resource(name) + QStringLiteral(".svg")), bytesOf(resource(name)));
+    }
+    QCOMPARE(bytesOf(resource("reset.png")), bytesOf(resource("reset")));
 }
 
 void TstResources::picturesOfStyleSheetsTellTheirKindByTheirNames()
