@@ -90,6 +90,7 @@ void AnalyzerManager::captureStarts()
 
 void AnalyzerManager::startAnalyzer(int index)
 {
+    const ResultsChange change = m_runs.prepareModify();
     m_runs.start(items[std::size_t(index)]);
 }
 

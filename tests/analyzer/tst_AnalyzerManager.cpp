@@ -209,6 +209,7 @@ private slots:
     void disabledChannelsAreLeftOut();
     void whatIsShownIsToldByItem();
     void withoutACaptureNothingRuns();
+    void resultsAreReplacedOnlyWhenTheirReadersHaveLeft_data();
     void resultsAreReplacedOnlyWhenTheirReadersHaveLeft();
     void aRestartWaitsForTheStepOfAScan();
     void waitsForAReaderAndAWorkerDoNotAddUp_data();
@@ -602,25 +603,40 @@ void TstAnalyzerManager::withoutACaptureNothingRuns()
     QVERIFY(!desk.manager->isWorkerRunning(0));
 }
 
+void TstAnalyzerManager::resultsAreReplacedOnlyWhenTheirReadersHaveLeft_data()
+{
+    using Act = std::function<void(AnalyzerManager &)>;
+    QTest::addColumn<Act>("act");
+    QTest::newRow("remove") << Act([](AnalyzerManager &manager) { manager.removeAnalyzer(0); });
+    QTest::newRow("start") << Act([](AnalyzerManager &manager) { manager.startAnalyzer(0); });
+    QTest::newRow("restart") << Act([](AnalyzerManager &manager) { manager.restartAnalyzer(0); });
+    QTest::newRow("another capture") << Act([](AnalyzerManager &manager) { manager.captureReady(); });
+    QTest::newRow("load") << Act([](AnalyzerManager &manager) { manager.loadFromConfig(); });
+}
+
 void TstAnalyzerManager::resultsAreReplacedOnlyWhenTheirReadersHaveLeft()
 {
+    QFETCH(std::function<void(AnalyzerManager &)>, act);
     AnalyzerDesk desk({sound});
     QVERIFY(desk.add());
     QVERIFY(desk.waitForWorkers());
     std::atomic<bool> reads{false};
     std::atomic<bool> left{false};
+    std::atomic<bool> replaced{false};
     std::thread reader([&] {
         const ResultsPass pass(desk.manager->gate());
         reads = bool(pass);
-        while (!desk.manager->gate().isWanted()) {
+        while (!desk.manager->gate().isWanted() && !replaced) {
             (void)desk.frames();
         }
-        left = true;
+        left = !replaced;
     });
-    QTRY_VERIFY(reads);
-    desk.manager->removeAnalyzer(0);
-    QVERIFY(left);
+    const bool began = QTest::qWaitFor([&reads] { return bool(reads); }, 30000);
+    act(*desk.manager);
+    replaced = true;
     reader.join();
+    QVERIFY(began);
+    QVERIFY(left);
 }
 
 void TstAnalyzerManager::aRestartWaitsForTheStepOfAScan()
