@@ -1,5 +1,6 @@
 #include "panels/VthSetting.h"
 
+#include "controls/FieldKeys.h"
 #include "controls/LazyComboBox.h"
 #include "controls/Look.h"
 #include "controls/NoticeBox.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSignalBlocker>
@@ -108,6 +110,7 @@ void VthSetting::addRow(const QString &label)
     edit->setFixedSize(edit->fontMetrics().horizontalAdvance(QStringLiteral("-4.000")) + dp(14), box->height());
     edit->setAccessibleName(label + QStringLiteral(" [V]"));
     edit->setToolTip(rangeText());
+    new FieldKeys(edit);
     labels.append(text);
     levelBoxes.append(box);
     vthEdits.append(edit);
@@ -218,6 +221,19 @@ void VthSetting::takeLeftFields()
             takeVoltage(row);
         }
     }
+}
+
+void VthSetting::keyPressEvent(QKeyEvent *event)
+{
+    for (int row = 0; row < vthEdits.size(); ++row) {
+        QLineEdit *edit = vthEdits.at(row);
+        if (event->key() == Qt::Key_Escape && edit->hasFocus()) {
+            edit->setText(m_taken[std::size_t(row)].value_or(voltsText(savedVolts(row))));
+            edit->clearFocus();
+            return;
+        }
+    }
+    QWidget::keyPressEvent(event);
 }
 
 bool VthSetting::finishEntries()

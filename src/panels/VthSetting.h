@@ -53,6 +53,10 @@ public slots:
     void slotVioClicked2(int index);
     void slotVthEditFinish2();
 
+protected:
+    /// Escape takes back what is typed.
+    void keyPressEvent(QKeyEvent *event) override;
+
 private:
     void addRow(const QString &label);
     void layOut();

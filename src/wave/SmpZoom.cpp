@@ -1,5 +1,6 @@
 #include "wave/SmpZoom.h"
 
+#include "controls/FieldKeys.h"
 #include "controls/Icons.h"
 #include "controls/Look.h"
 #include "controls/MyButton.h"
@@ -32,6 +33,7 @@ SmpZoom::SmpZoom(QWidget *parent) : QWidget(parent)
     m_edit->setFixedHeight(controlHeight(m_edit->fontMetrics()));
     m_edit->setAccessibleName(::tr("Samples per pixel"));
     m_edit->setToolTip(::tr("Samples per pixel"));
+    new FieldKeys(m_edit);
     row->addSpacing(dp(4));
     row->addWidget(m_edit, 0, Qt::AlignVCenter);
     connect(m_edit, &QLineEdit::editingFinished, this, &SmpZoom::slotZoomFixed);

@@ -4,6 +4,9 @@
 #include "panels/Toolbar.h"
 #include "panels/VthDesk.h"
 
+#include <QShortcut>
+#include <QSignalSpy>
+
 namespace {
 
 /// Brings a window back to the front when a box over it has been closed, as a window manager does.
@@ -87,6 +90,8 @@ private slots:
     void theZeroOfARefusalIsTakenWhenTheFieldIsLeft();
     void anotherRefusalIsToldAgain();
     void passingThroughTheFieldAppliesNothing();
+    void escapeTakesBackWhatIsTyped();
+    void upAndDownInTheFieldAreNoShortcutsOfTheWindow();
     void theSecondRowIsRefusedByItself();
     void twoRefusedFieldsAreToldOnceEach();
     void choosingAFamilyDropsWhatIsBeingTyped();
@@ -260,6 +265,43 @@ void TstVthSettingEntry::passingThroughTheFieldAppliesNothing()
     }
     QCOMPARE(desk.instrument.calls, QStringList());
     QCOMPARE(desk.shown(), text("1.23"));
+}
+
+void TstVthSettingEntry::escapeTakesBackWhatIsTyped()
+{
+    VthDesk desk(oneRowModel, customSettings("1.2"));
+    desk.show();
+    const QLineEdit *edit = desk.panel->vthEdits.at(0);
+    for (const char *typed : {"0.7", "nonsense", "9"}) {
+        desk.type(0, text(typed));
+        QTest::keyClick(desk.panel->vthEdits.at(0), Qt::Key_Escape);
+        QCOMPARE(desk.shown(), text("1.20"));
+        QVERIFY(!edit->hasFocus());
+    }
+    QCOMPARE(desk.boxes.seen.count, 0);
+    QCOMPARE(desk.instrument.calls, QStringList());
+
+    desk.type(0, text("9")); // which a zero stands for when it has been refused
+    finish(desk, 0, Enter);
+    desk.comeBackTo(0);
+    QTest::keyClick(desk.panel->vthEdits.at(0), Qt::Key_Escape);
+    QCOMPARE(desk.shown(), text("1.20"));
+    QCOMPARE(VthDesk::saved("chnVth"), text("1.20"));
+}
+
+void TstVthSettingEntry::upAndDownInTheFieldAreNoShortcutsOfTheWindow()
+{
+    VthDesk desk(oneRowModel, customSettings("1.2"));
+    const QShortcut up(Qt::Key_Up, &desk.window);
+    const QShortcut down(Qt::Key_Down, &desk.window);
+    QSignalSpy raised(&up, &QShortcut::activated);
+    QSignalSpy lowered(&down, &QShortcut::activated);
+    desk.show();
+    desk.type(0, text("0.7"));
+    QTest::keyClick(desk.panel->vthEdits.at(0), Qt::Key_Up);
+    QTest::keyClick(desk.panel->vthEdits.at(0), Qt::Key_Down);
+    QCOMPARE(raised.size() + lowered.size(), 0);
+    QCOMPARE(desk.shown(), text("0.7"));
 }
 
 void TstVthSettingEntry::theSecondRowIsRefusedByItself()

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QLineEdit>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -21,6 +22,7 @@ private slots:
     void aTextThatIsNoNumberIsToldAtTheField();
     void aTextThatIsNoNumberKeepsTheFocusUntilItIsOne();
     void escapeTakesBackWhatIsTyped();
+    void upAndDownInTheFieldAreNoShortcutsOfTheWindow();
     void aCommaIsADecimalPoint();
     void aShownRatioIsNotAskedFor();
     void aShownRatioDoesNotDisturbTyping();
@@ -169,6 +171,25 @@ void TstSmpZoom::escapeTakesBackWhatIsTyped()
         QVERIFY(!hasFault(*field(zoom)));
     }
     QCOMPARE(told.size(), 0);
+}
+
+void TstSmpZoom::upAndDownInTheFieldAreNoShortcutsOfTheWindow()
+{
+    SmpZoom zoom;
+    const QShortcut up(Qt::Key_Up, &zoom);
+    const QShortcut down(Qt::Key_Down, &zoom);
+    QSignalSpy raised(&up, &QShortcut::activated);
+    QSignalSpy lowered(&down, &QShortcut::activated);
+    activate(zoom);
+    field(zoom)->setFocus();
+    QTest::keyClicks(field(zoom), QStringLiteral("12"));
+    QTest::keyClick(field(zoom), Qt::Key_Up);
+    QTest::keyClick(field(zoom), Qt::Key_Down);
+    QCOMPARE(raised.size() + lowered.size(), 0);
+    QVERIFY(field(zoom)->hasFocus());
+    QTest::keyClick(field(zoom), Qt::Key_Return); // gives the focus away
+    QTest::keyClick(&zoom, Qt::Key_Up);
+    QCOMPARE(raised.size(), 1);
 }
 
 void TstSmpZoom::aCommaIsADecimalPoint()
