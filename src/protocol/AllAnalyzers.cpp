@@ -7,6 +7,7 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -133,6 +134,14 @@ void AllAnalyzers::moveByKey(int key)
 {
     const int row = m_list->currentRow() + (key == Qt::Key_Down ? 1 : -1);
     m_list->setCurrentRow(qBound(0, row, m_list->count() - 1));
+}
+
+void AllAnalyzers::keyPressEvent(QKeyEvent *event)
+{
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isEnter || !m_search->hasFocus() || m_list->count() > 0) { // the button stands for one that is not seen
+        QDialog::keyPressEvent(event);
+    }
 }
 
 void AllAnalyzers::finish(int /*result*/)

@@ -23,6 +23,9 @@ signals:
     /// The table of models is asked for.
     void supportWanted();
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
 private slots:
     void slotSearchChanged(const QString &text);
     void moveByKey(int key);

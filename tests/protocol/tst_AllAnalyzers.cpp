@@ -58,6 +58,7 @@ private slots:
     void aSearchThatHidesTheChosenOneChoosesTheFirstThatItShows();
     void itIsUsedByKeysAlone();
     void aNameThatIsTypedIsTakenByEnter();
+    void enterTakesNothingThatIsNotSeen();
     void upAndDownChooseWhileTheSearchKeepsTheFocus();
     void upAndDownInAnEmptyListChooseNothing();
     void theFirstIsChosenWhenAKeyLeadsToTheList();
@@ -188,6 +189,25 @@ void TstAllAnalyzers::aNameThatIsTypedIsTakenByEnter()
         QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("i2"));
         QCOMPARE(open.findChild<QListWidget *>()->selectedItems().size(), 1);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    });
+    QCOMPARE(dialog.choose(), 2);
+}
+
+void TstAllAnalyzers::enterTakesNothingThatIsNotSeen()
+{
+    AllAnalyzers dialog;
+    dialog.setNames(names());
+    const DialogDriver<AllAnalyzers> driver([](AllAnalyzers &open) {
+        QVERIFY(QTest::qWaitForWindowActive(&open));
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("i2x"));
+        QVERIFY(shown(open).isEmpty());
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            QTest::keyClick(QApplication::focusWidget(), key);
+            QVERIFY(open.isVisible());
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backspace);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QVERIFY(!open.isVisible());
     });
     QCOMPARE(dialog.choose(), 2);
 }
