@@ -177,5 +177,8 @@ void ProtocolItem::buildMenu()
 
 void ProtocolItem::slotDisplyFormat(QAction *action)
 {
-    manager->setDisplayFormat(itemIndex, action->data().toInt());
+    const int format = action->data().toInt();
+    if (format != manager->displayFormat(itemIndex)) { // the list of results would forget its marked row for nothing
+        manager->setDisplayFormat(itemIndex, format);
+    }
 }

@@ -1,7 +1,9 @@
 #include "controls/Icons.h"
 #include "controls/MyButton.h"
+#include "protocol/ProtocolItem.h"
 #include "protocol/ResultDesk.h"
 #include "support/GuiTestMain.h"
+#include "support/MenuDriver.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -58,6 +60,7 @@ private slots:
     void enterBringsTheMarkedFrameIntoView();
     void downLeadsFromTheSearchToTheRows();
     void enterInTheSearchShowsTheFirstThatWasFound();
+    void choosingTheFormatInUseKeepsTheMarkedRow();
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
@@ -317,6 +320,38 @@ void TstProtocolResult::enterInTheSearchShowsTheFirstThatWasFound()
     QVERIFY(desk.section->view->hasFocus());
     const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
     QVERIFY(qAbs(middle - 7700.0) < 100.0);
+}
+
+void TstProtocolResult::choosingTheFormatInUseKeepsTheMarkedRow()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    ProtocolItem item(desk.desk.manager.get(), 0, {});
+    item.show();
+    desk.click(2);
+    QTRY_COMPARE(desk.section->view->currentRow(), 2);
+    QTRY_COMPARE(desk.firstRow(), text("edge 100"));
+    const auto choose = [&item](int format) {
+        const MenuDriver<QMenu> driver([format](QMenu &menu) {
+            if (QMenu *formats = menu.actions().at(1)->menu()) {
+                menu.setActiveAction(formats->menuAction());
+                QTest::keyClick(&menu, Qt::Key_Right);
+            } else {
+                const QPoint place = menu.actionGeometry(menu.actions().at(format)).center();
+                QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier, place);
+            }
+        });
+        QTest::mouseClick(item.findChild<MyButton *>(text("setting")), Qt::LeftButton);
+        QTRY_COMPARE(driver.count, 2);
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    };
+    const int saves = desk.desk.saves;
+    choose(int(DisplayBase::Hexadecimal));
+    QCOMPARE(desk.desk.saves, saves);
+    QCOMPARE(desk.section->view->currentRow(), 2);
+    choose(int(DisplayBase::Binary));
+    QCOMPARE(desk.desk.saves, saves + 1);
+    QCOMPARE(desk.desk.manager->displayFormat(0), int(DisplayBase::Binary));
 }
 
 void TstProtocolResult::aFrameTellsThatTheListHasTheFocus()
