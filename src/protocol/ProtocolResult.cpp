@@ -15,6 +15,7 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QMenu>
+#include <QShortcut>
 #include <QStringListModel>
 #include <QVBoxLayout>
 
@@ -77,6 +78,9 @@ void ProtocolResult::connectParts()
             listViewClickedSlot(view->currentIndex());
         }
     });
+    auto *find = new QShortcut(QKeySequence(int(Qt::CTRL) | int(Qt::Key_F)), this);
+    find->setAutoRepeat(false);
+    connect(find, &QShortcut::activated, this, &ProtocolResult::goToSearch);
     connect(view, &ResultView::listRowChanged, dataGen, &AnalyzerDataGen::slotRowNumChanged);
     connect(view, &ResultView::rowChosen, this, &ProtocolResult::listViewClickedSlot);
     connect(view, &ResultView::rowDoubleClicked, this, &ProtocolResult::openSettings);
@@ -270,6 +274,15 @@ void ProtocolResult::goToRows()
     if (view->currentRow() < 0) {
         moveByKey(Qt::Key_Down);
     }
+}
+
+void ProtocolResult::goToSearch()
+{
+    if (!expanded) {
+        staChangedSlot();
+    }
+    search->setFocus(Qt::ShortcutFocusReason);
+    search->selectAll();
 }
 
 void ProtocolResult::copyRows(bool allRows)

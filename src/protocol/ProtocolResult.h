@@ -65,6 +65,7 @@ private slots:
     void moveByKey(int key);
     /// From the search to the rows, and marks one if none is.
     void goToRows();
+    void goToSearch();
     void copyRows(bool allRows);
     void bringNewFrames();
 

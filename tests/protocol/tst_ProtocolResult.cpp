@@ -60,6 +60,7 @@ private slots:
     void enterBringsTheMarkedFrameIntoView();
     void downLeadsFromTheSearchToTheRows();
     void enterInTheSearchShowsTheFirstThatWasFound();
+    void aKeyLeadsToTheSearchFromAnywhere();
     void choosingTheFormatInUseKeepsTheMarkedRow();
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
@@ -320,6 +321,29 @@ void TstProtocolResult::enterInTheSearchShowsTheFirstThatWasFound()
     QVERIFY(desk.section->view->hasFocus());
     const double middle = desk.wave.viewStart() + desk.wave.ratioSasPix() * desk.wave.viewWidth() / 2;
     QVERIFY(qAbs(middle - 7700.0) < 100.0);
+}
+
+void TstProtocolResult::aKeyLeadsToTheSearchFromAnywhere()
+{
+    ResultDesk desk;
+    QVERIFY(QTest::qWaitForWindowActive(desk.section.get()));
+    QVERIFY(desk.add(0));
+    SearchEdit *search = desk.section->search;
+    desk.click(1);
+    desk.press(Qt::Key_F, Qt::ControlModifier);
+    QVERIFY(search->hasFocus());
+    QTest::keyClicks(search, text("edge 77"));
+    QTRY_COMPARE(desk.firstRow(), text("edge 7700"));
+    QTest::keyClick(search, Qt::Key_Down);
+    QVERIFY(!search->hasFocus());
+    desk.press(Qt::Key_F, Qt::ControlModifier); // what is typed now takes the place of the last search
+    QCOMPARE(search->selectedText(), text("edge 77"));
+
+    QTest::mouseClick(desk.section->btnExpand, Qt::LeftButton);
+    QVERIFY(!search->isVisible());
+    QTest::keyClick(desk.section.get(), Qt::Key_F, Qt::ControlModifier);
+    QVERIFY(search->isVisible());
+    QVERIFY(search->hasFocus());
 }
 
 void TstProtocolResult::choosingTheFormatInUseKeepsTheMarkedRow()
