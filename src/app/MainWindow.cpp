@@ -285,6 +285,8 @@ void MainWindow::keyPressEvent(QKeyEvent *event)
     QWidget::keyPressEvent(event);
     if (event->key() == Qt::Key_Shift) {
         mainView->shiftHeld = true;
+    } else if (event->key() == Qt::Key_Escape) { // nobody with the focus had a use for it
+        mainView->dropMarker();
     }
 }
 

@@ -346,6 +346,13 @@ void MainView::slotVoltageMarkerClicked(int phyId)
     m_voltages->pressButton(phyId);
 }
 
+void MainView::dropMarker()
+{
+    if (!m_markers->dropFollowing()) {
+        m_voltages->dropFollowing();
+    }
+}
+
 void MainView::slotVoltageAChnChanged(int chnIndex)
 {
     m_voltages->setChannel(chnIndex);

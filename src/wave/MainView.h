@@ -54,6 +54,9 @@ public:
     /// The area of the analog channels, which only some models have.
     [[nodiscard]] const AnalogArea &analog() const { return *m_analog; }
 
+    /// Takes off the marker that follows the pointer, of either kind. Nothing without one.
+    void dropMarker();
+
     /// The main window sets it while Shift is held: what is dragged in pairs then moves together.
     bool shiftHeld = false;
 

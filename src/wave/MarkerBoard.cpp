@@ -344,6 +344,17 @@ bool MarkerBoard::pointerMoved(QPoint point, int chn)
     return hit >= 0;
 }
 
+bool MarkerBoard::dropFollowing()
+{
+    const int following = m_markers.firstIn(MarkerState::following);
+    if (following < 0) {
+        return false;
+    }
+    emit pickedUp(); // what was offered beside it goes as well
+    setState(following, MarkerState::off);
+    return true;
+}
+
 bool MarkerBoard::clicked(Qt::MouseButton button)
 {
     const int following = m_markers.firstIn(MarkerState::following);
@@ -351,9 +362,7 @@ bool MarkerBoard::clicked(Qt::MouseButton button)
         setState(following, MarkerState::placed);
         return true;
     }
-    if (following >= 0 && button == Qt::RightButton) {
-        emit pickedUp(); // what was offered beside it goes as well
-        setState(following, MarkerState::off);
+    if (button == Qt::RightButton && dropFollowing()) {
         return true;
     }
     const int hovered = m_markers.firstIn(MarkerState::hovered);

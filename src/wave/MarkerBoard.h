@@ -53,6 +53,8 @@ public:
     /// The same to the previous or next edge of the channel over which it was last held, or of any of `channels`.
     void moveToEdge(int step, const QVector<int> &channels);
 
+    /// Takes off the marker that follows the pointer. @return whether there was one
+    bool dropFollowing();
     [[nodiscard]] bool isFollowing() const { return m_markers.firstIn(MarkerState::following) >= 0; }
     /// True while a marker follows the pointer or lies under it.
     [[nodiscard]] bool isGrabbable() const;

@@ -174,6 +174,15 @@ void VoltageBoard::layDown()
     }
 }
 
+void VoltageBoard::dropFollowing()
+{
+    const int following = firstIn(MarkerState::following);
+    if (has(following)) {
+        setState(following, MarkerState::off);
+        updateValues();
+    }
+}
+
 void VoltageBoard::moveByKey(int step)
 {
     if (!has(m_touched) || !m_markers[m_touched]->isShown()) {
@@ -246,8 +255,7 @@ bool VoltageBoard::clicked(Qt::MouseButton button, int y)
     if (has(following) && isInArea(y) && button == Qt::LeftButton) {
         setState(following, MarkerState::placed);
     } else if (has(following) && isInArea(y) && button == Qt::RightButton) {
-        setState(following, MarkerState::off);
-        updateValues();
+        dropFollowing();
     } else if (following < 0 && has(hovered)) {
         setState(hovered, MarkerState::following);
     } else {

@@ -49,6 +49,8 @@ public:
     void pressButton(int id);
     /// The marker that follows the pointer stays where it is. Nothing without one.
     void layDown();
+    /// Takes off the marker that follows the pointer. Nothing without one.
+    void dropFollowing();
     /// Moves the marker that was touched last by a logical pixel, up (`step` -1) or down (1), and lays it down. Nothing
     /// without such a marker.
     void moveByKey(int step);

@@ -41,6 +41,7 @@ private slots:
     void aMarkerOfThePanelIsLaidDownInTheWavesAndReadInThePanel();
     void anotherChannelIsReadAtOnce();
     void markersAreLaidDownByKeysAlone();
+    void escapeTakesOffTheMarkerThatFollowsThePointer();
     void withShiftHeldBothMarkersMove();
     void anotherModelForgetsTheVoltages();
     void aDataFileOpensAtAnotherModelWithItsAnalogSettings();
@@ -280,6 +281,18 @@ void TstMainWindowAnalog::markersAreLaidDownByKeysAlone()
     QTest::keyClick(button, Qt::Key_Space);
     QCOMPARE(line(0).markerState(), MarkerState::off);
     QCOMPARE(voltages().first(), QStringLiteral("###"));
+}
+
+void TstMainWindowAnalog::escapeTakesOffTheMarkerThatFollowsThePointer()
+{
+    lay(1, 150);
+    QTest::mouseClick(m_pair->markerBtns.first(), Qt::LeftButton);
+    move(120);
+    QCOMPARE(line(0).markerState(), MarkerState::following);
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_Escape);
+    QCOMPARE(line(0).markerState(), MarkerState::off);
+    QCOMPARE(voltages().first(), QStringLiteral("###"));
+    QVERIFY(line(1).isShown());
 }
 
 void TstMainWindowAnalog::withShiftHeldBothMarkersMove()

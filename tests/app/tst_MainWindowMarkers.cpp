@@ -9,6 +9,7 @@
 #include "wave/WaveView.h"
 
 #include <QGraphicsScene>
+#include <QLineEdit>
 
 #include <algorithm>
 
@@ -20,6 +21,7 @@ private slots:
     void cleanup() { tearDown(); }
 
     void aNumberKeyShowsTheMarkersLineAndItsFlagAboveIt();
+    void escapeTakesOffTheMarkerThatFollowsThePointer();
     void aMarkerPickedUpInTheRulerMovesInTheWaves();
     void flagsStayOverTheirLinesWhenTheViewMoves();
     void anotherModelTakesLinesAndFlagsAway();
@@ -87,6 +89,28 @@ void TstMainWindowMarkers::aNumberKeyShowsTheMarkersLineAndItsFlagAboveIt()
     QCOMPARE(shownFlags().size(), 1);
     QCOMPARE(shownFlags()[0]->id(), 0);
     QCOMPARE(shift(), 0);
+}
+
+void TstMainWindowMarkers::escapeTakesOffTheMarkerThatFollowsThePointer()
+{
+    putFirst(300);
+    QCOMPARE(shownFlags().size(), 1);
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_2);
+    QCOMPARE(shownFlags().size(), 2);
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_Escape);
+    QCOMPARE(lines().at(1)->markerState(), MarkerState::off);
+    QCOMPARE(shownFlags().size(), 1);
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_Escape); // what has been put down stays
+    QCOMPARE(shownFlags().size(), 1);
+
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_2);
+    auto *field = m_window->findChild<QLineEdit *>(QStringLiteral("zoomEdit"));
+    field->setFocus();
+    QTest::keyClicks(field, QStringLiteral("9"));
+    QTest::keyClick(field, Qt::Key_Escape); // of the field
+    QCOMPARE(lines().at(1)->markerState(), MarkerState::following);
+    QTest::keyClick(m_window->windowHandle(), Qt::Key_Escape);
+    QCOMPARE(lines().at(1)->markerState(), MarkerState::off);
 }
 
 void TstMainWindowMarkers::aMarkerPickedUpInTheRulerMovesInTheWaves()
