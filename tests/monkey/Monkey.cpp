@@ -159,7 +159,7 @@ void Monkey::act()
 
 void Monkey::actOnProgram()
 {
-    switch (m_chance.below(24)) {
+    switch (m_chance.below(26)) {
     case 0:
     case 1:
         tell(m_program.dropFile());
@@ -184,6 +184,10 @@ void Monkey::actOnProgram()
         return;
     case 14:
         tell(m_program.chooseModel());
+        return;
+    case 15:
+    case 16:
+        tell(m_program.openRecent());
         return;
     default:
         tell(m_program.runOrStop());

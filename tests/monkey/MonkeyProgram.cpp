@@ -5,16 +5,22 @@
 #include "analyzer/AnalyzerManager.h"
 #include "app/MainMenu.h"
 #include "app/MainWindow.h"
+#include "app/RecentMenu.h"
 #include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
 #include "device/DevModels.h"
 #include "device/DeviceGlobals.h"
 #include "files/CaptureFile.h"
+#include "files/CaptureHistory.h"
+#include "files/SrWriter.h"
+#include "files/VcdWriter.h"
+#include "session/HistoryKeeper.h"
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/ConfigDocument.h"
 #include "settings/Globals.h"
+#include "settings/HistoryOptions.h"
 #include "support/CaptureBuilder.h"
 
 #include <QApplication>
@@ -72,12 +78,16 @@ void MonkeyProgram::start()
 {
     configLoad();
     globalSet(QStringLiteral("lastPath"), m_dir.path());
+    HistoryOptions{KeepCaptures::All, 5, 1}.store();
     gOpenFile.clear();
+    m_history = std::make_unique<CaptureHistory>(HistoryFolder(m_dir.filePath(QStringLiteral("history"))));
     m_session = std::make_unique<Session>(std::make_unique<UsbPlatformEmulated>(m_bus));
     m_session->control().sleep = [](int) {};
     constexpr int returnStep = 200; // ms: the only pause in which the instrument does something
     m_session->bringUp().skipPause = [](int ms) { return ms != returnStep; };
+    m_keeper = std::make_unique<HistoryKeeper>(*m_session, *m_history);
     m_window = std::make_unique<MainWindow>(*m_session);
+    m_window->setHistory(m_history.get());
     m_window->resize(1200, 700);
     m_window->show();
     m_window->findChild<MainMenu *>()->startProgram = [](const QString &) { return true; };
@@ -87,7 +97,9 @@ void MonkeyProgram::start()
 void MonkeyProgram::end()
 {
     m_window.reset();
+    m_keeper.reset();
     m_session.reset();
+    m_history.reset();
     configSave(configPath());
 }
 
@@ -220,15 +232,33 @@ void MonkeyProgram::makeFiles()
 {
     const ConfigDocument settings = configCopy();
     CaptureBuilder{200000}.fill(*gDev->smpData);
-    const CapturePart whole{std::vector<std::uint8_t>(std::size_t(gDev->smpData->chnCount), 1), 0,
-                            double(gDev->smpData->smpCount())};
-    (void)CaptureFile(digitalChannelsOf)
-        .save(m_dir.filePath(QStringLiteral("good.cxdat")), *gDev->smpData, whole, settings);
+    SmpData &data = *gDev->smpData;
+    const CapturePart whole{std::vector<std::uint8_t>(std::size_t(data.chnCount), 1), 0, double(data.smpCount())};
+    (void)CaptureFile(digitalChannelsOf).save(m_dir.filePath(QStringLiteral("good.cxdat")), data, whole, settings);
+    makeForeignFiles(data, {whole.channels.data(), 0, data.smpCount() - 1});
     for (const int model : models) {
         globalSet(QStringLiteral("devModel"), QString::number(model));
         (void)CaptureFile::saveSettings(m_dir.filePath(QStringLiteral("model%1.cxset").arg(model)), configCopy());
     }
     configTake(settings);
+}
+
+void MonkeyProgram::makeForeignFiles(const SmpData &data, const DataSelection &all)
+{
+    QStringList names;
+    for (int channel = 0; channel < data.chnCount; ++channel) {
+        names.append(QStringLiteral("Channel %1").arg(channel));
+    }
+    const SmpReadLock lock(&data);
+    QFile dump(m_dir.filePath(QStringLiteral("good.vcd")));
+    if (dump.open(QIODevice::WriteOnly)) {
+        (void)writeVcd(dump, data, all, names);
+    }
+    QFile archive(m_dir.filePath(QStringLiteral("good.sr"))); // is there when it is written
+    if (archive.open(QIODevice::WriteOnly)) {
+        archive.close();
+        (void)writeSr(archive.fileName(), data, all, names);
+    }
 }
 
 QString MonkeyProgram::damaged(const QString &path)
@@ -266,7 +296,8 @@ QString MonkeyProgram::fileToOpen()
 QString MonkeyProgram::fileToSave()
 {
     static const QStringList suffixes{QStringLiteral("cxdat"), QStringLiteral("cxset"), QStringLiteral("txt"),
-                                      QStringLiteral("csv"), QStringLiteral("bin")};
+                                      QStringLiteral("csv"),   QStringLiteral("bin"),   QStringLiteral("sr"),
+                                      QStringLiteral("vcd")};
     return m_dir.filePath(QStringLiteral("saved%1.%2").arg(m_chance.below(3)).arg(m_chance.of(suffixes)));
 }
 
@@ -280,4 +311,26 @@ QString MonkeyProgram::dropFile()
     QDropEvent event(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(m_window.get(), &event);
     return QStringLiteral("dropped ") + path.section(QLatin1Char('/'), -1);
+}
+
+QString MonkeyProgram::openRecent()
+{
+    if (QApplication::activeModalWidget() != nullptr) {
+        return QStringLiteral("recent, refused");
+    }
+    auto *menu = m_window->findChild<MainMenu *>();
+    auto *recent = menu->findChild<RecentMenu *>();
+    if (recent == nullptr) {
+        menu->slotMainMenuPopup();
+        return QStringLiteral("main menu");
+    }
+    recent->look();
+    const QList<QAction *> entries = recent->actions();
+    if (entries.isEmpty()) {
+        return QStringLiteral("recent, none");
+    }
+    QAction *entry = m_chance.of(entries);
+    const QString text = entry->text();
+    entry->trigger(); // not if it is greyed out
+    return QStringLiteral("recent ") + text;
 }

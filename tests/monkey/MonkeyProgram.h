@@ -10,8 +10,12 @@
 #include <memory>
 
 class AnalyzerManager;
+class CaptureHistory;
+class HistoryKeeper;
 class MainWindow;
 class Session;
+class SmpData;
+struct DataSelection;
 
 /// The whole program in this process: window and session over a bus with emulated instruments, with files to open in a
 /// folder of its own. Main thread.
@@ -39,6 +43,8 @@ public:
     [[nodiscard]] QString touchAnalyzer();
     /// A file is dropped on the window.
     [[nodiscard]] QString dropFile();
+    /// An entry of the menu "Recent" is chosen, a file or a kept capture, if no dialog is in front.
+    [[nodiscard]] QString openRecent();
 
     /// The path of a file to open: whole ones, damaged ones, and what the monkey has saved before.
     [[nodiscard]] QString fileToOpen();
@@ -50,8 +56,9 @@ private:
     void end();
     void plugInstruments();
     [[nodiscard]] std::string anyFault();
-    /// Writes a data file and a settings file of some model.
+    /// Writes data files of all kinds that can be opened, and a settings file of each model.
     void makeFiles();
+    void makeForeignFiles(const SmpData &data, const DataSelection &all);
     /// Writes a damaged copy of `path`. @return its path
     [[nodiscard]] QString damaged(const QString &path);
 
@@ -59,7 +66,9 @@ private:
     QTemporaryDir m_dir;
     EmulatedBus m_bus;
     int m_instruments = 0;
+    std::unique_ptr<CaptureHistory> m_history;
     std::unique_ptr<Session> m_session;
+    std::unique_ptr<HistoryKeeper> m_keeper;
     std::unique_ptr<MainWindow> m_window;
     AnalyzerManager *m_analyzers = nullptr; ///< the window's
 };
