@@ -118,7 +118,7 @@ QString labelStyle()
 QString checkBoxStyle()
 {
     return filled("QCheckBox,QRadioButton{color:@0;background:transparent;spacing:#6#;padding:#2#;"
-                  "border:#1# solid transparent;border-radius:#3#;}"
+                  "border:#1# solid transparent;border-radius:#3#;outline:0;}" // the border tells of the focus
                   "QCheckBox:focus,QRadioButton:focus{border-color:@2;}"
                   "QCheckBox:disabled,QRadioButton:disabled{color:@1;}"
                   "QCheckBox::indicator,QRadioButton::indicator{width:#12#;height:#12#;background-color:@8;"

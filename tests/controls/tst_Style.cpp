@@ -3,6 +3,7 @@
 #include "controls/Style.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QImage>
@@ -28,6 +29,7 @@ private slots:
     void radioButtonsAreRoundOnEveryScreen();
     void buttonsOfDialogsAreAsHighAsAHandNeeds();
     void theFaceOfAFocusedButtonIsOfOneColour();
+    void theBorderAloneTellsThatAChoiceHasTheFocus();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText_data();
     void aComboBoxShowsAtMostTwentyEntriesAndFitsItsText();
 };
@@ -158,6 +160,30 @@ void TstStyle::theFaceOfAFocusedButtonIsOfOneColour()
         for (int x = face.left(); x <= face.right(); ++x) {
             QCOMPARE(image.pixelColor(x, y).name(), gGreys[7].name());
         }
+    }
+}
+
+void TstStyle::theBorderAloneTellsThatAChoiceHasTheFocus()
+{
+    QDialog dialog;
+    dialog.setStyleSheet(checkBoxStyle());
+    auto *column = new QVBoxLayout(&dialog);
+    column->addWidget(new QPushButton(&dialog));
+    QAbstractButton *box = new QCheckBox(QStringLiteral("One"), &dialog);
+    QAbstractButton *radio = new QRadioButton(QStringLiteral("Two"), &dialog);
+    for (QAbstractButton *choice : {box, radio}) {
+        column->addWidget(choice);
+    }
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    for (QAbstractButton *choice : {box, radio}) {
+        const QImage before = choice->grab().toImage();
+        QTest::keyClick(&dialog, Qt::Key_Tab); // by the keyboard, so that styles show where it is
+        QVERIFY(choice->hasFocus());
+        const QImage focused = choice->grab().toImage();
+        QVERIFY(focused != before);
+        const QRect inside = focused.rect().adjusted(3, 3, -3, -3);
+        QCOMPARE(focused.copy(inside), before.copy(inside));
     }
 }
 
