@@ -82,6 +82,9 @@ void ProtocolResult::connectParts()
     find->setAutoRepeat(false);
     connect(find, &QShortcut::activated, this, &ProtocolResult::goToSearch);
     connect(view, &ResultView::listRowChanged, dataGen, &AnalyzerDataGen::slotRowNumChanged);
+    connect(view, &ResultView::pressed, this, [this](const QModelIndex &index) { // by any button
+        dataGen->markRow(dataGen->topRow() + index.row());
+    });
     connect(view, &ResultView::rowChosen, this, &ProtocolResult::listViewClickedSlot);
     connect(view, &ResultView::rowDoubleClicked, this, &ProtocolResult::openSettings);
     connect(view, &ResultView::keyMoved, this, &ProtocolResult::moveByKey);

@@ -163,7 +163,9 @@ void ResultView::wheelEvent(QWheelEvent *event)
 
 void ResultView::mouseMoveEvent(QMouseEvent *event)
 {
-    QListView::mouseMoveEvent(event);
+    if (event->buttons() == Qt::NoButton) { // else it would mark another row than that which was pressed
+        QListView::mouseMoveEvent(event);
+    }
     if (event->y() != m_tipY) {
         showTip(event->pos());
     }

@@ -52,6 +52,8 @@ private slots:
     void aNewSearchEmptiesTheListAtOnce();
     void aClickMovesTheWaveAndTheRowStaysMarked();
     void aMarkedRowStaysMarkedWhenAWorkerEnds();
+    void aRowThatIsPressedIsTheOneThatKeysMoveFrom_data();
+    void aRowThatIsPressedIsTheOneThatKeysMoveFrom();
     void aClickInASearchMovesTheWaveAlone();
     void theBarMovesTheList();
     void theWheelMovesByOneRowANotch();
@@ -184,6 +186,39 @@ void TstProtocolResult::aMarkedRowStaysMarkedWhenAWorkerEnds()
     QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
     QCOMPARE(desk.firstRow(), text("edge 7700"));
     QCOMPARE(desk.section->view->currentRow(), 4);
+}
+
+void TstProtocolResult::aRowThatIsPressedIsTheOneThatKeysMoveFrom_data()
+{
+    QTest::addColumn<int>("button");
+    QTest::addColumn<int>("releasedAt");
+    QTest::newRow("right") << int(Qt::RightButton) << 5;
+    QTest::newRow("middle") << int(Qt::MiddleButton) << 5;
+    QTest::newRow("drag") << int(Qt::LeftButton) << 7;
+    QTest::newRow("right drag") << int(Qt::RightButton) << 7;
+}
+
+void TstProtocolResult::aRowThatIsPressedIsTheOneThatKeysMoveFrom()
+{
+    QFETCH(int, button);
+    const auto held = Qt::MouseButton(button);
+    QFETCH(int, releasedAt);
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.click(1);
+    QWidget *rows = desk.section->view->viewport();
+    const double start = desk.wave.viewStart();
+    QTest::mousePress(rows, held, Qt::NoModifier, desk.placeOf(5));
+    for (int row = 5; row <= releasedAt; ++row) {
+        const QPoint place = desk.placeOf(row);
+        QMouseEvent move(QEvent::MouseMove, place, rows->mapToGlobal(place), Qt::NoButton, held, Qt::NoModifier);
+        QApplication::sendEvent(rows, &move);
+    }
+    QTest::mouseRelease(rows, held, Qt::NoModifier, desk.placeOf(releasedAt));
+    QCOMPARE(desk.section->view->currentRow(), 5);
+    QCOMPARE(desk.wave.viewStart(), start);
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.section->view->currentRow(), 6);
 }
 
 void TstProtocolResult::aClickInASearchMovesTheWaveAlone()
