@@ -11,6 +11,7 @@
 #include "settings/Language.h"
 
 #include <QActionGroup>
+#include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -141,13 +142,33 @@ void ProtocolItem::slotBtnRemove()
 
 void ProtocolItem::slotMenuPopup()
 {
+    openMenu(popupPlace(*btnSetting));
+}
+
+void ProtocolItem::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    openMenu(byKey ? popupPlace(*btnSetting) : event->globalPos());
+}
+
+void ProtocolItem::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton) {
+        // Queued, as in the menu.
+        QMetaObject::invokeMethod(
+            this, [this] { emit editWanted(itemIndex); }, Qt::QueuedConnection);
+    }
+}
+
+void ProtocolItem::openMenu(const QPoint &place)
+{
     delete popupMenu;
     buildMenu(); // anew: another analyzer may stand in the row's place
     const int format = int(displayBaseOf(manager->displayFormat(itemIndex)));
     for (QAction *action : formatGroup->actions()) {
         action->setChecked(action->data().toInt() == format);
     }
-    popupMenu->popup(popupPlace(*btnSetting));
+    popupMenu->popup(place);
 }
 
 void ProtocolItem::buildMenu()

@@ -39,7 +39,13 @@ public slots:
     void slotMenuPopup();
     void slotDisplyFormat(QAction *action);
 
+protected:
+    void contextMenuEvent(QContextMenuEvent *event) override;
+    /// Opens the settings, as in the list of results.
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+
 private:
+    void openMenu(const QPoint &place);
     void buildMenu();
     [[nodiscard]] QStringList channelTexts() const;
     void showEnd();

@@ -89,6 +89,7 @@ void ProtocolResult::connectParts()
     connect(view, &ResultView::rowDoubleClicked, this, &ProtocolResult::openSettings);
     connect(view, &ResultView::keyMoved, this, &ProtocolResult::moveByKey);
     connect(view, &ResultView::copyWanted, this, &ProtocolResult::copyRows);
+    connect(view, &ResultView::menuWanted, this, &ProtocolResult::openRowMenu);
     connect(view->bar, &MyScrollbar::rangChanged, this, &ProtocolResult::slotScrollRangChanged);
     connect(view->bar, &MyScrollbar::valueChanged, this, &ProtocolResult::slotScrollValueChanged);
     connect(dataGen, &AnalyzerDataGen::listTotalChanged, this, &ProtocolResult::setListScrollParametes);
@@ -218,13 +219,21 @@ void ProtocolResult::listViewClickedSlot(const QModelIndex &index)
     m_wave.zoomToRange(first, last);
 }
 
-void ProtocolResult::openSettings()
+int ProtocolResult::itemOf(const Analyzer *analyzer) const
 {
     for (int i = 0; i < m_manager.count(); ++i) {
-        if (m_clicked != nullptr && m_manager.analyzerAt(i) == m_clicked) {
-            emit settingsWanted(i);
-            return;
+        if (analyzer != nullptr && m_manager.analyzerAt(i) == analyzer) {
+            return i;
         }
+    }
+    return -1;
+}
+
+void ProtocolResult::openSettings()
+{
+    const int item = itemOf(m_clicked);
+    if (item >= 0) {
+        emit settingsWanted(item);
     }
 }
 
@@ -297,6 +306,32 @@ void ProtocolResult::copyRows(bool allRows)
     } else if (!allRows && row >= 0) {
         QApplication::clipboard()->setText(rows.value(row));
     }
+}
+
+void ProtocolResult::openRowMenu(const QPoint &place)
+{
+    auto *rowMenu = new QMenu(this);
+    rowMenu->setAttribute(Qt::WA_DeleteOnClose);
+    rowMenu->setAccessibleName(::tr("Decoded Results"));
+    const auto addCopy = [&](const QString &text, int key, bool allRows) {
+        const QString keys = QKeySequence(key).toString(QKeySequence::NativeText);
+        QAction *entry = rowMenu->addAction(text + QLatin1Char('\t') + keys);
+        entry->setEnabled(allRows ? rowsModel->rowCount() > 0 : view->currentRow() >= 0);
+        connect(entry, &QAction::triggered, this, [this, allRows] { copyRows(allRows); });
+    };
+    addCopy(::tr("Copy Row"), int(Qt::CTRL) | int(Qt::Key_C), false);
+    addCopy(::tr("Copy Rows on Show"), int(Qt::CTRL) | int(Qt::SHIFT) | int(Qt::Key_C), true);
+    const ResultList::Row *frame = dataGen->frameAt(view->currentRow());
+    const int item = itemOf(frame != nullptr ? frame->analyzer : nullptr);
+    if (item >= 0) { // tells whose row it is, too
+        m_clicked = frame->analyzer;
+        const QString title = m_manager.analyzerTitle(item).replace(QLatin1Char('&'), QStringLiteral("&&"));
+        rowMenu->addSeparator();
+        const QAction *settings = rowMenu->addAction(::tr("Settings of %1").arg(title) + QStringLiteral("..."));
+        // Queued: the menu has closed before the dialog opens.
+        connect(settings, &QAction::triggered, this, &ProtocolResult::openSettings, Qt::QueuedConnection);
+    }
+    rowMenu->popup(place);
 }
 
 // ---- the section

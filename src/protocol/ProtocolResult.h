@@ -67,6 +67,8 @@ private slots:
     void goToRows();
     void goToSearch();
     void copyRows(bool allRows);
+    /// What can be done with the marked row.
+    void openRowMenu(const QPoint &place);
     void bringNewFrames();
 
 private:
@@ -75,6 +77,8 @@ private:
     void resetList(AnalyzerDataGen::Clicked clicked);
     void fillMenu();
     void emptyRows();
+    /// Its place among the analyzers, -1 of one that is gone.
+    [[nodiscard]] int itemOf(const Analyzer *analyzer) const;
     [[nodiscard]] bool isAnyWorkerRunning() const;
 
     AnalyzerManager &m_manager;

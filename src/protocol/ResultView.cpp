@@ -3,6 +3,7 @@
 #include "controls/Look.h"
 #include "controls/MyScrollbar.h"
 
+#include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -195,6 +196,12 @@ void ResultView::mouseDoubleClickEvent(QMouseEvent *event)
     if (event->button() == Qt::LeftButton) {
         emit rowDoubleClicked();
     }
+}
+
+void ResultView::contextMenuEvent(QContextMenuEvent *event)
+{
+    const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+    emit menuWanted(byKey ? viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft()) : event->globalPos());
 }
 
 void ResultView::leaveEvent(QEvent *event)

@@ -33,6 +33,8 @@ signals:
     void keyMoved(int key);
     /// The marked row's text is to be copied, or that of all rows on show.
     void copyWanted(bool allRows);
+    /// A menu is asked for, at a place on the screen. The row there is marked.
+    void menuWanted(const QPoint &place);
 
 protected:
     bool event(QEvent *event) override;
@@ -43,6 +45,7 @@ protected:
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:

@@ -67,6 +67,8 @@ private slots:
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
+    void theMenuOfARowCopiesItAndTellsWhoseItIs();
+    void theMenuOfAListWithoutAMarkedRowIsAboutThePage();
     void theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll();
     void theMenuSaysSoWhenThereIsNone();
     void aFoldedSectionHidesAllButItsTitle();
@@ -459,6 +461,69 @@ void TstProtocolResult::aDoubleClickAsksForTheSettingsOfTheFirstClicksRow()
     QTest::mouseDClick(desk.section->view->viewport(), Qt::LeftButton, Qt::NoModifier, desk.placeOf(2));
     QCOMPARE(asked.size(), 1);
     QCOMPARE(asked.at(0).at(0).toInt(), 1);
+}
+
+void TstProtocolResult::theMenuOfARowCopiesItAndTellsWhoseItIs()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.add(1)); // "edge 200" comes of both, the second one of this
+    QTRY_COMPARE(desk.rows().mid(1, 2), (QStringList{text("edge 200"), text("edge 200")}));
+    QSignalSpy wanted(desk.section.get(), &ProtocolResult::settingsWanted);
+    QStringList entries;
+    int choice = 0;
+    const MenuDriver<QMenu> driver([&](QMenu &menu) {
+        entries.clear();
+        for (const QAction *action : menu.actions()) {
+            entries.append(action->text());
+        }
+        const QPoint place = menu.actionGeometry(menu.actions().at(choice)).center();
+        QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier, place);
+    });
+    const auto choose = [&](int row, int entry) {
+        choice = entry;
+        const int seen = driver.count;
+        const QPoint place = desk.section->view->viewport()->mapTo(desk.section.get(), desk.placeOf(row));
+        QTest::mouseClick(desk.section->windowHandle(), Qt::RightButton, Qt::NoModifier, place);
+        QTRY_COMPARE(driver.count, seen + 1);
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    };
+    choose(0, 0);
+    QCOMPARE(entries, (QStringList{text("Copy Row\tCtrl+C"), text("Copy Rows on Show\tCtrl+Shift+C"), QString(),
+                                   text("Settings of %1...").arg(desk.desk.manager->analyzerTitle(0))}));
+    QCOMPARE(QApplication::clipboard()->text(), text("edge 100"));
+    choose(2, 1);
+    QCOMPARE(QApplication::clipboard()->text(), desk.rows().join(QLatin1Char('\n')));
+    choose(2, 3);
+    QTRY_COMPARE(wanted.size(), 1);
+    QCOMPARE(wanted.at(0).at(0).toInt(), 1);
+}
+
+void TstProtocolResult::theMenuOfAListWithoutAMarkedRowIsAboutThePage()
+{
+    ResultDesk desk;
+    QVector<bool> enabled;
+    const MenuDriver<QMenu> driver([&enabled](QMenu &menu) {
+        enabled.clear();
+        for (const QAction *action : menu.actions()) {
+            enabled.append(action->isEnabled());
+        }
+    });
+    const auto open = [&] {
+        const int seen = driver.count;
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint());
+        QApplication::sendEvent(desk.section->view->viewport(), &event);
+        QTRY_COMPARE(driver.count, seen + 1);
+        QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    };
+    open();
+    QCOMPARE(enabled, (QVector<bool>{false, false}));
+    QVERIFY(desk.add(0));
+    open();
+    QCOMPARE(enabled, (QVector<bool>{false, true}));
+    desk.press(Qt::Key_Down);
+    open();
+    QCOMPARE(enabled, (QVector<bool>{true, true, true, true}));
 }
 
 void TstProtocolResult::theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll()

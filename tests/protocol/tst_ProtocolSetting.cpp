@@ -92,6 +92,8 @@ private slots:
     void aChosenFormatIsStored();
     void menusOpenAtThePointerOrBelowTheirButton();
     void aRowsMenuOpensItsSettings();
+    void aRightClickOnARowOpensItsMenu();
+    void aDoubleClickOnARowOpensItsSettings();
     void aLineTellsHowFarALongDecodeIs();
     void theLineComesAfter300Milliseconds();
     void aSignTellsThatADecodeEndedEarly();
@@ -366,6 +368,40 @@ void TstProtocolSetting::aRowsMenuOpensItsSettings()
     QTRY_COMPARE(p.part<QLabel>("channels")->text(), QStringLiteral("Line 5"));
     p.panel.slotEditWanted(-1);
     p.panel.slotEditWanted(1);
+    QCOMPARE(dialog.count, 1);
+}
+
+void TstProtocolSetting::aRightClickOnARowOpensItsMenu()
+{
+    Panel p("kinds");
+    QVERIFY(p.add());
+    QPoint at;
+    QString first;
+    const MenuDriver<QMenu> driver([&](QMenu &menu) {
+        at = menu.pos();
+        first = menu.actions().constFirst()->text();
+    });
+    QWidget *title = p.part<QLabel>("title");
+    QVERIFY(QTest::qWaitForWindowExposed(&p.panel));
+    const QPoint place = title->mapTo(&p.panel, title->rect().center());
+    QTest::mouseClick(p.panel.windowHandle(), Qt::RightButton, {}, place);
+    QTRY_COMPARE(first, QStringLiteral("Edit"));
+    QCOMPARE(at, p.panel.mapToGlobal(place));
+    first.clear();
+    QContextMenuEvent byKey(QContextMenuEvent::Keyboard, QPoint());
+    QApplication::sendEvent(p.part<MyButton>("remove"), &byKey);
+    QTRY_COMPARE(first, QStringLiteral("Edit"));
+}
+
+void TstProtocolSetting::aDoubleClickOnARowOpensItsSettings()
+{
+    Panel p("kinds");
+    QVERIFY(p.add());
+    const DialogDriver<ProtocolEdit> dialog([](ProtocolEdit &shown) { shown.reject(); });
+    QTest::mouseDClick(p.part<QLabel>("title"), Qt::LeftButton);
+    QTRY_COMPARE(dialog.count, 1);
+    QTest::mouseDClick(p.part<QLabel>("title"), Qt::RightButton);
+    QCoreApplication::processEvents();
     QCOMPARE(dialog.count, 1);
 }
 
