@@ -107,9 +107,19 @@ void MyScrollbar::setValue(qlonglong v)
     emit valueChanged(value);
 }
 
+void MyScrollbar::moveBy(double distance)
+{
+    setValue(truncated64(double(value) + distance));
+}
+
 void MyScrollbar::updateHandle()
 {
     handleHeight = scrollHandleHeight(height(), minV, maxV, pageStep);
+}
+
+ScrollHandle MyScrollbar::handle() const
+{
+    return scrollHandle(height(), minHandleUnits * uiScale(), minV, maxV, pageStep, value);
 }
 
 bool MyScrollbar::event(QEvent *event)
@@ -124,8 +134,8 @@ bool MyScrollbar::event(QEvent *event)
 
 void MyScrollbar::paintEvent(QPaintEvent *)
 {
-    const ScrollHandle handle = scrollHandle(height(), minHandleUnits * uiScale(), minV, maxV, pageStep, value);
-    const QRectF rect(0.0, double(handle.top), width(), handle.height);
+    const ScrollHandle shown = handle();
+    const QRectF rect(0.0, double(shown.top), width(), shown.height);
     const double radius = width() / 2.0;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -152,6 +162,7 @@ void MyScrollbar::mousePressEvent(QMouseEvent *event)
     if (!m_pressed) {
         return;
     }
+    m_dragged = false;
     pressY = event->y();
     pressValue = value;
 }
@@ -160,7 +171,23 @@ void MyScrollbar::mouseMoveEvent(QMouseEvent *event)
 {
     event->accept();
     if (m_pressed && event->buttons().testFlag(Qt::LeftButton)) {
+        m_dragged = m_dragged || event->y() != pressY;
         setValue(scrollDragValue(pressValue, event->y() - pressY, height(), handleHeight, minV, maxV));
+    }
+}
+
+void MyScrollbar::mouseReleaseEvent(QMouseEvent *event)
+{
+    event->accept();
+    if (event->button() != Qt::LeftButton || !m_pressed) {
+        return;
+    }
+    m_pressed = false;
+    const ScrollHandle shown = handle();
+    if (!m_dragged && event->y() < shown.top) {
+        moveBy(-double(pageStep));
+    } else if (!m_dragged && event->y() >= double(shown.top) + shown.height) {
+        moveBy(double(pageStep));
     }
 }
 
@@ -168,19 +195,18 @@ void MyScrollbar::keyPressEvent(QKeyEvent *event)
 {
     const qlonglong line = std::max<qlonglong>(pageStep / 10, 1);
     const qlonglong page = std::max<qlonglong>(pageStep, 1);
-    const auto moved = [this](double distance) { return truncated64(double(value) + distance); };
     switch (event->key()) {
     case Qt::Key_Up:
-        setValue(moved(-double(line)));
+        moveBy(-double(line));
         break;
     case Qt::Key_Down:
-        setValue(moved(double(line)));
+        moveBy(double(line));
         break;
     case Qt::Key_PageUp:
-        setValue(moved(-double(page)));
+        moveBy(-double(page));
         break;
     case Qt::Key_PageDown:
-        setValue(moved(double(page)));
+        moveBy(double(page));
         break;
     case Qt::Key_Home:
         setValue(minV);

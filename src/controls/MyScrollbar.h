@@ -57,11 +57,16 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    /// A click above or below the handle moves by a page.
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
 
 private:
+    void moveBy(double distance);
     void updateHandle();
-    bool m_pressed = false; ///< a drag is under way
+    [[nodiscard]] ScrollHandle handle() const; ///< as drawn
+    bool m_pressed = false;                    ///< the left button is down
+    bool m_dragged = false;                    ///< and has moved since
 };

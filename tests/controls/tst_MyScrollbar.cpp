@@ -30,6 +30,8 @@ private slots:
     void theMouseDragsTheHandleAndStopsAtTheEnds();
     void aDragOfAMinimumHandleGoesByTheHeightInProportion();
     void otherMouseButtonsDoNotDrag();
+    void aClickBesideTheHandleMovesByAPage();
+    void aDragThatComesBackMovesByNoPage();
     void keysMoveTheHandle();
     void withTheFocusTheKeysAreItsOwnAndNotTheWindows_data();
     void withTheFocusTheKeysAreItsOwnAndNotTheWindows();
@@ -236,6 +238,48 @@ void TstMyScrollbar::otherMouseButtonsDoNotDrag()
     const auto made = bar(300, 100);
     made->show();
     drag(*made, Qt::RightButton, 20, 60);
+    QCOMPARE(made->value, 0);
+}
+
+void TstMyScrollbar::aClickBesideTheHandleMovesByAPage()
+{
+    const auto made = bar(300, 100); // a handle of 50 pixels
+    made->show();
+    const auto click = [&made](int y, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mouseClick(made.get(), button, {}, QPoint(5, y));
+    };
+    click(49);
+    QCOMPARE(made->value, 0);
+    click(50);
+    QCOMPARE(made->value, 100);
+    click(199);
+    click(199);
+    click(199);
+    QCOMPARE(made->value, 300);
+    click(150);
+    QCOMPARE(made->value, 300);
+    click(149);
+    QCOMPARE(made->value, 200);
+    click(0, Qt::RightButton);
+    QCOMPARE(made->value, 200);
+    made->setRange(0, 3'000'000);
+    made->setValue(0);
+    click(11); // on the handle of the least height
+    QCOMPARE(made->value, 0);
+    click(12);
+    QCOMPARE(made->value, 100);
+}
+
+void TstMyScrollbar::aDragThatComesBackMovesByNoPage()
+{
+    const auto made = bar(300, 100);
+    made->show();
+    QTest::mousePress(made.get(), Qt::LeftButton, {}, QPoint(5, 120));
+    for (const int y : {125, 120}) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(5, y), Qt::NoButton, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(made.get(), &move);
+    }
+    QTest::mouseRelease(made.get(), Qt::LeftButton, {}, QPoint(5, 120));
     QCOMPARE(made->value, 0);
 }
 
