@@ -1,5 +1,6 @@
 #include "analysis/ChannelMeasures.h"
 #include "cli/Arguments.h"
+#include "cli/CaptureJob.h"
 #include "cli/CaptureSource.h"
 #include "cli/Commands.h"
 #include "cli/Expectation.h"
@@ -241,6 +242,10 @@ QString readMeasureJob(const Arguments::Parsed &parsed, MeasureJob &job)
     job.isJson = parsed.has(QStringLiteral("--json"));
     if (parsed.operands.size() != 1) {
         return QStringLiteral("one file is to be named");
+    }
+    const QString out = parsed.value(QStringLiteral("--output")).value_or(QString());
+    if (QString error = CaptureJob::overwritten(parsed.operands.first(), out); !error.isEmpty()) {
+        return error;
     }
     return job.channels.isEmpty() ? QStringLiteral("no channel is named") : QString();
 }

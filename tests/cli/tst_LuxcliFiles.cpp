@@ -213,7 +213,9 @@ void TstLuxcliFiles::whatIsReadIsNotWritten_data()
     QTest::addColumn<QString>("arguments");
     for (const char *arguments :
          {"export @a.cxdat -f csv -o @a.cxdat", "export @a.cxdat -f png -o @a.cxdat", "export @a.cxdat -f vcd -o @link",
-          "convert @a.cxdat @a.cxdat --channels 0", "convert @a.cxdat @link --to sr"}) {
+          "convert @a.cxdat @a.cxdat --channels 0", "convert @a.cxdat @link --to sr", "decode @a.cxdat -o @a.cxdat",
+          "decode @a.cxdat -o @link", "measure @a.cxdat --channel 0 -o @a.cxdat",
+          "measure @a.cxdat --channel 0 -o @link"}) {
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
     }
 }
