@@ -30,15 +30,17 @@ protected:
 
 } // namespace
 
-QStringList items(const QStringList &lists)
+QString readChannels(const Arguments::Parsed &parsed, QStringList &items)
 {
-    QStringList all;
-    for (const QString &list : lists) {
-        for (const QString &item : list.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-            all.append(item.trimmed());
+    for (const QString &list : parsed.values(QStringLiteral("--channels"))) {
+        for (const QString &item : list.split(QLatin1Char(','))) {
+            if (item.trimmed().isEmpty()) { // such as a variable of a script that is not set: it means no channel
+                return QStringLiteral("\"%1\" is no list of channels such as 0-3,7 or CLK,DATA").arg(list);
+            }
+            items.append(item.trimmed());
         }
     }
-    return all;
+    return {};
 }
 
 QStringList names(const SmpData &data)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Arguments.h"
 #include "cli/CaptureSource.h"
 #include "files/CaptureWriter.h"
 
@@ -8,8 +9,9 @@
 /// What the commands that write captures share. Main thread.
 namespace CaptureJob {
 
-/// The items of lists such as "0-3,CLK,7".
-[[nodiscard]] QStringList items(const QStringList &lists);
+/// The items of the option "--channels", lists such as "0-3,CLK,7". @return why one is wrong, for the user; empty if
+/// none is
+[[nodiscard]] QString readChannels(const Arguments::Parsed &parsed, QStringList &items);
 /// The channels of a capture that `wanted` names, as flags; those that hold data for none. @return empty, or why not
 [[nodiscard]] QString pick(const SmpData &data, const QStringList &wanted, std::vector<std::uint8_t> &channels);
 /// Names of all channels, from the config document.

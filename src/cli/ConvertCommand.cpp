@@ -18,7 +18,7 @@ const char *const convertUsage =
     "\n"
     "      --from F       the kind of IN: cxdat, sr, vcd, csv or raw\n"
     "      --to F         the kind of OUT: these, or text\n"
-    "      --channels L   these channels only, such as 0-3,7 or by their names; of other programs' files in\n"
+    "  -c, --channels L   these channels only, such as 0-3,7 or by their names; of other programs' files in\n"
     "                     this order. Needed where there are more than 32.\n"
     "      --rate R       the sample rate of IN where it does not tell it, such as 24M or 12.5kHz: raw, and\n"
     "                     csv without times; the times of other csv are rounded to its samples\n"
@@ -63,11 +63,13 @@ QString conversionOf(const Arguments::Parsed &parsed, Conversion &job)
     if (wrong.isEmpty()) {
         wrong = takeKind(parsed, QStringLiteral("--to"), job.out, job.to);
     }
+    if (wrong.isEmpty()) {
+        wrong = CaptureJob::readChannels(parsed, job.options.channels);
+    }
     const auto rate = parsed.value(QStringLiteral("--rate"));
     const auto bytes = parsed.value(QStringLiteral("--bytes"));
     job.options.rate = rate ? rateOfText(*rate) : 0;
     job.options.unitSize = bytes ? bytes->toInt() : 0;
-    job.options.channels = CaptureJob::items(parsed.values(QStringLiteral("--channels")));
     if (rate && job.options.rate < 1) {
         wrong = QStringLiteral("\"%1\" is no rate").arg(*rate);
     } else if (bytes && (job.options.unitSize < 1 || job.options.unitSize > 128)) {
@@ -126,7 +128,7 @@ int Commands::convert(const QStringList &arguments)
     const Arguments::Parsed parsed =
         Arguments::parse(arguments, {{QStringLiteral("--from"), {}, true},
                                      {QStringLiteral("--to"), {}, true},
-                                     {QStringLiteral("--channels"), {}, true},
+                                     {QStringLiteral("--channels"), QStringLiteral("-c"), true},
                                      {QStringLiteral("--rate"), {}, true},
                                      {QStringLiteral("--bytes"), {}, true},
                                      {QStringLiteral("--help"), QStringLiteral("-h"), false}});

@@ -20,7 +20,7 @@ const char *const exportUsage =
     "                     bin: all samples as bytes; vcd: value change dump; sr: session archive\n"
     "                     png, svg: a picture of the waves, with what the decoders of the file find\n"
     "                     Without it the suffix of OUT tells.\n"
-    "      --channels L   these channels only, such as 0-3,7 or by their names\n"
+    "  -c, --channels L   these channels only, such as 0-3,7 or by their names\n"
     "      --from T       from this time from the capture's start on, such as 1.5 or 20ms\n"
     "      --to T         up to this time\n"
     "      --size WxH     pixels of a picture; without it 1600 wide, and as high as its rows, at most 900\n"

@@ -73,7 +73,7 @@ QString ExportJob::read(const QStringList &arguments)
 {
     const Arguments::Parsed parsed =
         Arguments::parse(arguments, {{QStringLiteral("--format"), QStringLiteral("-f"), true},
-                                     {QStringLiteral("--channels"), {}, true},
+                                     {QStringLiteral("--channels"), QStringLiteral("-c"), true},
                                      {QStringLiteral("--from"), {}, true},
                                      {QStringLiteral("--to"), {}, true},
                                      {QStringLiteral("--size"), {}, true},
@@ -98,8 +98,10 @@ QString ExportJob::read(const QStringList &arguments)
         return format ? QStringLiteral("there is no format \"%1\"").arg(*format)
                       : QStringLiteral("no format is told (-f)");
     }
-    channels = CaptureJob::items(parsed.values(QStringLiteral("--channels")));
     QString wrong = CaptureJob::overwritten(path, out);
+    if (wrong.isEmpty()) {
+        wrong = CaptureJob::readChannels(parsed, channels);
+    }
     if (wrong.isEmpty()) {
         wrong = readTimes(parsed, *this);
     }

@@ -189,12 +189,26 @@ void TstLuxcliFiles::capturesOfOtherProgramsAreReadByAllCommands()
 void TstLuxcliFiles::wrongUsageIsTold_data()
 {
     QTest::addColumn<QString>("arguments");
-    for (const char *arguments :
-         {"export", "export @a.cxdat", "export @a.cxdat -f png1", "export @a.cxdat -f cxdat", "export @a.cxdat @a.vcd",
-          "export @a.cxdat -f csv --from noon", "export @a.cxdat --loud", "convert", "convert @a.vcd",
-          "convert @a.vcd @b.vcd @c.vcd", "convert @a.vcd @b.doc", "convert @a.doc @b.vcd",
-          "convert @a.vcd @b --to odt", "convert @a.vcd @b.csv --rate fast", "convert @a.raw @b.csv --bytes 0",
-          "convert @a.raw @b.csv --bytes x"}) {
+    for (const char *arguments : {"export",
+                                  "export @a.cxdat",
+                                  "export @a.cxdat -f png1",
+                                  "export @a.cxdat -f cxdat",
+                                  "export @a.cxdat @a.vcd",
+                                  "export @a.cxdat -f csv --from noon",
+                                  "export @a.cxdat --loud",
+                                  "convert",
+                                  "convert @a.vcd",
+                                  "convert @a.vcd @b.vcd @c.vcd",
+                                  "convert @a.vcd @b.doc",
+                                  "convert @a.doc @b.vcd",
+                                  "convert @a.vcd @b --to odt",
+                                  "convert @a.vcd @b.csv --rate fast",
+                                  "convert @a.raw @b.csv --bytes 0",
+                                  "convert @a.raw @b.csv --bytes x",
+                                  "export @a.cxdat -f csv --channels=",
+                                  "export @a.cxdat -f csv -c 0,,1",
+                                  "convert @a.vcd @b.csv --channels=",
+                                  "convert @a.vcd @b.csv -c ,"}) {
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
     }
 }
