@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QString>
+
+#include <cstdio>
 #include <string_view>
 
 /// What the program's lines go to, as long as this lives. On Windows the standard output keeps its bytes, as an output
@@ -12,10 +15,13 @@ public:
     Console(const Console &) = delete;
     Console &operator=(const Console &) = delete;
 
-    /// Writes all of that to the standard output. When the user wants the program to end, and nobody reads, what has
-    /// not arrived is given up after a tenth of a second; on Windows it is waited for. @return whether all has arrived.
-    /// Any thread, one at a time.
-    [[nodiscard]] static bool write(std::string_view bytes);
+    /// Writes all of that to the standard output, or to what open() has opened. When the user wants the program to end,
+    /// and nobody reads, what has not arrived is given up after a tenth of a second; on Windows it is waited for.
+    /// @return whether all has arrived. Any thread, one at a time.
+    [[nodiscard]] static bool write(std::string_view bytes, std::FILE *to = stdout);
+    /// Opens a device or a pipe that has a name. A pipe's reader is waited for until the user wants the program to end.
+    /// @return null if that failed, with the reason in errno. Any thread.
+    [[nodiscard]] static std::FILE *open(const QString &path);
     /// True if the standard error is a terminal that knows the sequences. Any thread.
     [[nodiscard]] static bool errorIsTerminal();
 

@@ -32,9 +32,14 @@ Console::~Console()
     }
 }
 
-bool Console::write(std::string_view bytes)
+bool Console::write(std::string_view bytes, std::FILE *to)
 {
-    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0;
+    return std::fwrite(bytes.data(), 1, bytes.size(), to) == bytes.size() && std::fflush(to) == 0;
+}
+
+std::FILE *Console::open(const QString &path)
+{
+    return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), L"wb");
 }
 
 bool Console::errorIsTerminal()

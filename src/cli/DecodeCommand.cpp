@@ -135,7 +135,8 @@ int Commands::decode(const QStringList &arguments)
     }
     Job job;
     QString error = parsed.error.isEmpty() ? readJob(parsed, job) : parsed.error;
-    Output out(parsed.value(QStringLiteral("--output")).value_or(QString()));
+    const auto outPath = error.isEmpty() ? parsed.value(QStringLiteral("--output")) : std::nullopt;
+    Output out(outPath.value_or(QString()));
     const QString format = parsed.value(QStringLiteral("--format")).value_or(QStringLiteral("jsonl"));
     const std::unique_ptr<FrameWriter> writer = FrameWriter::make(format, out, parsed.operands.size() > 1);
     if (error.isEmpty() && !writer) {

@@ -78,7 +78,7 @@ FileResult copy(const QString &from, const QString &to)
         if (Terminal::wasInterrupted() || piece.isEmpty()) {
             return Terminal::wasInterrupted() ? FileResult::Cancelled : FileResult::Failed;
         }
-        if (part.write(piece) != piece.size()) {
+        if (!writeWhole(part, piece.constData(), piece.size())) {
             return fileResultOf(writeFaultOf(part));
         }
         progress.show(double(source.pos()) / size);

@@ -1,24 +1,28 @@
 #pragma once
 
-#include <QFileDevice>
+#include "settings/FileReplacement.h"
+
+#include <QFile>
 #include <QString>
 
 #include <charconv>
 #include <concepts>
 #include <cstdint>
-#include <memory>
+#include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
-class QSaveFile;
-
 /// Where a command writes its lines: the standard output, or a file that appears under its name only when it is whole.
-/// A device or a pipe stays what it is, and takes the lines as they come. What the standard output does not take is
-/// given up when the user wants the program to end. Buffered; main thread.
+/// A device or a pipe stays what it is, and takes the lines as they come. What such a one or the standard output does
+/// not take is given up when the user wants the program to end. Buffered; main thread.
 class Output {
 public:
     /// @param path  empty or "-" for the standard output
     explicit Output(const QString &path);
+    ~Output();
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
 
     /// False when it could not be opened, what was written did not arrive, or it was abandoned.
     [[nodiscard]] bool isGood() const { return m_good && !m_isAbandoned; }
@@ -53,11 +57,16 @@ public:
 
 private:
     static constexpr std::size_t flushSize = 1 << 18; // bytes
+    void beginFile();
     void flush();
+    [[nodiscard]] QString reason() const;
 
     std::string m_buffer;
-    std::unique_ptr<QFileDevice> m_file; ///< null for the standard output
-    QSaveFile *m_replaced = nullptr;     ///< the same, when it gets its name at the end
+    const QString m_path;                    ///< empty for the standard output
+    std::FILE *m_stream = nullptr;           ///< what takes the lines as they come; null for a file
+    std::optional<FileReplacement> m_target; ///< a file's name
+    QFile m_file;                            ///< what gets it
+    WriteFault m_fault = WriteFault::None;   ///< of the file
     bool m_good = true;
     bool m_isEmpty = true; ///< nothing was flushed so far
     bool m_isAbandoned = false;

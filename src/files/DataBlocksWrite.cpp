@@ -2,6 +2,7 @@
 
 #include "files/DataBlocks.h"
 #include "files/DataBytes.h"
+#include "settings/FileReplacement.h"
 #include "store/SmpData.h"
 #include "store/SmpEdgeReader.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 bool writeAll(QIODevice &device, const std::uint8_t *from, std::int64_t bytes)
 {
-    return device.write(reinterpret_cast<const char *>(from), bytes) == bytes;
+    return writeWhole(device, reinterpret_cast<const char *>(from), bytes);
 }
 
 /// Where the entries of one channel go out from.

@@ -1,5 +1,7 @@
 #include "files/GivingWay.h"
 
+#include "settings/FileReplacement.h"
+
 #include <QFile>
 
 #include <utility>
@@ -81,6 +83,6 @@ qint64 GivingWayFile::writeData(const char *bytes, qint64 size)
     if (!m_way.leave() || !m_mayGoOn()) {
         return -1;
     }
-    m_good = m_file.write(bytes, size) == size;
+    m_good = writeWhole(m_file, bytes, size);
     return m_good && m_way.enter() ? size : -1;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/DataBlocks.h"
+#include "settings/FileReplacement.h"
 
 #include <QIODevice>
 
@@ -26,7 +27,7 @@ public:
     /// Hands all to the device. The bytes in the buffer stay as they are.
     [[nodiscard]] DataBlocksResult write(std::int64_t done)
     {
-        if (m_device.write(m_buffer.data(), m_used) != m_used) {
+        if (!writeWhole(m_device, m_buffer.data(), m_used)) {
             return DataBlocksResult::DeviceError;
         }
         m_used = 0;

@@ -107,8 +107,25 @@ void syncFolder(const QString &folder)
 
 } // namespace
 
-WriteFault writeFaultOf(const QFileDevice &file)
+bool writeWhole(QIODevice &device, const char *bytes, qint64 size)
 {
+    while (size > 0) {
+        const qint64 count = device.write(bytes, size);
+        if (count <= 0) {
+            return false;
+        }
+        bytes += count;
+        size -= count;
+    }
+    return true;
+}
+
+WriteFault writeFaultOf(QFileDevice &file)
+{
+    if (file.error() == QFileDevice::WriteError) {
+        file.unsetError();
+        (void)file.flush();
+    }
     switch (file.error()) {
     case QFileDevice::ResourceError:
         return WriteFault::DiskFull;

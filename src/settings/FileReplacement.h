@@ -63,5 +63,10 @@ private:
 /// A file system without such an operation counts as done.
 [[nodiscard]] WriteFault syncToDisk(QFileDevice &file);
 
-/// What the error of `file` means; Other if it has none.
-[[nodiscard]] WriteFault writeFaultOf(const QFileDevice &file);
+/// Writes all of that: a disk takes what it has room for, and tells with the rest that it is full. @return whether all
+/// has been taken
+[[nodiscard]] bool writeWhole(QIODevice &device, const char *bytes, qint64 size);
+
+/// What the error of `file` means; Other if it has none. What is left in its buffer is tried again, for the same
+/// reason.
+[[nodiscard]] WriteFault writeFaultOf(QFileDevice &file);

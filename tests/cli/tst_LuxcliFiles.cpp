@@ -26,6 +26,8 @@ private slots:
     void badInputIsToldAndLeavesNothing();
     void helpIsGood();
     void aFullDiskIsTold();
+    void aDiskThatFillsIsTold_data();
+    void aDiskThatFillsIsTold();
     void aReaderThatLeavesEndsTheProgram();
     void manyChannelsArePicked();
 
@@ -310,6 +312,48 @@ void TstLuxcliFiles::aFullDiskIsTold()
         QCOMPARE(full.code, 1);
         QVERIFY2(full.err.contains("could not be written"), full.err);
     }
+}
+
+void TstLuxcliFiles::aDiskThatFillsIsTold_data()
+{
+    QTest::addColumn<QString>("command");
+    for (const char *command :
+         {"convert \"$2\" full/out.vcd", "convert \"$2\" full/out.csv", "convert \"$2\" full/out.txt",
+          "convert \"$2\" full/out.raw", "convert \"$2\" full/out.cxdat",
+          "capture -o full/out.cxdat --simulate --rate 1M --depth 200k",
+          "measure \"$2\" -c 0-2 -c 0-2 -c 0-2 -c 0-2 -c 0-2 -c 0-2 -c 0-2 -c 0-2 -c 0-2 --json -o full/out.jsonl",
+          "history fetch 1 --folder kept -o full/out.cxdat"}) {
+        QTest::newRow(command) << QString::fromLatin1(command);
+    }
+}
+
+/// A file system that takes a part of what it is given, in a name space of its own.
+void TstLuxcliFiles::aDiskThatFillsIsTold()
+{
+#ifdef Q_OS_LINUX
+    QFETCH(QString, command);
+    const FileFolder folder;
+    const QString script =
+        QStringLiteral("cd \"$3\" && mkdir full kept && mount -t tmpfs -o size=8k none full 2>/dev/null || "
+                       "exit 77\n"
+                       "cp \"$2\" kept/20260101-000000-000_RV2520_1.cxdat\n"
+                       "\"$1\" %1 || { code=$?; ls -A full; exit $code; }")
+            .arg(command);
+    const Outcome outcome =
+        run(QStringLiteral("unshare"),
+            {QStringLiteral("--user"), QStringLiteral("--map-root-user"), QStringLiteral("--mount"),
+             QStringLiteral("sh"), QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(LUXCLI),
+             m_folder.path(QStringLiteral("a.cxdat")), folder.path(QString())});
+    if (outcome.code < 0 || outcome.err.contains("unshare") || outcome.code == 77) {
+        QSKIP("needs name spaces");
+    }
+    QCOMPARE(outcome.err.count('\n'), 1);
+    QVERIFY2(outcome.err.startsWith("luxcli: full/out.") && outcome.err.endsWith(": The disk is full.\n"), outcome.err);
+    QCOMPARE(outcome.out, QByteArray()); // no part is left
+    QCOMPARE(outcome.code, 1);
+#else
+    QSKIP("needs name spaces");
+#endif
 }
 
 void TstLuxcliFiles::aReaderThatLeavesEndsTheProgram()

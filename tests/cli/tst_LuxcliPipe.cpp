@@ -3,6 +3,8 @@
 #include "cli/LuxcliRun.h"
 #include "store/MemBudget.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QtTest>
 
 #ifdef Q_OS_LINUX
@@ -20,6 +22,9 @@ private slots:
     void aSignalEndsTheProgramWhileNobodyReads_data();
     void aSignalEndsTheProgramWhileNobodyReads();
     void aReaderThatComesLateGetsAll();
+    void aSignalEndsTheWaitForAReader_data();
+    void aSignalEndsTheWaitForAReader();
+    void aNamedPipeGetsAllWhenItsReaderComes();
     void cleanupTestCase();
 
 private:
@@ -142,6 +147,55 @@ void TstLuxcliPipe::aReaderThatComesLateGetsAll()
     QVERIFY(all.size() > 500'000);
 }
 
+void TstLuxcliPipe::aSignalEndsTheWaitForAReader_data()
+{
+    QTest::addColumn<QByteArray>("arguments");
+    QTest::addColumn<int>("signal");
+    QTest::newRow("decode") << QByteArray("decode %1 -a UART:rx=0,baudrate=100000 -o %2") << SIGINT;
+    QTest::newRow("measure") << QByteArray("measure %1 --channel 0 -o %2") << SIGTERM;
+}
+
+void TstLuxcliPipe::aSignalEndsTheWaitForAReader()
+{
+    QFETCH(const QByteArray, arguments);
+    QFETCH(const int, signal);
+    constexpr int mostMs = 20'000; // the test's own patience
+    constexpr int toWaitMs = 500;
+    const FileFolder folder;
+    const QString pipe = folder.path(QStringLiteral("lonely"));
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QProcess program;
+    QStringList list = QString::fromUtf8(arguments).split(QLatin1Char(' '));
+    list.replaceInStrings(QStringLiteral("%1"), m_capture);
+    list.replaceInStrings(QStringLiteral("%2"), pipe);
+    program.start(QStringLiteral(LUXCLI), list, QIODevice::ReadOnly);
+    QVERIFY(program.waitForStarted(mostMs));
+    QTest::qWait(toWaitMs);
+    QCOMPARE(program.state(), QProcess::Running);
+    QCOMPARE(::kill(pid_t(program.processId()), signal), 0);
+    const bool hasEnded = program.waitForFinished(mostMs);
+    program.kill();
+    program.waitForFinished();
+    QVERIFY(hasEnded);
+    QCOMPARE(program.readAllStandardError(), QByteArray());
+    QCOMPARE(program.exitCode(), 130);
+    QCOMPARE(QDir(QFileInfo(pipe).path()).entryList(QDir::Files | QDir::System), QStringList(QStringLiteral("lonely")));
+}
+
+void TstLuxcliPipe::aNamedPipeGetsAllWhenItsReaderComes()
+{
+    const FileFolder folder;
+    const QString pipe = folder.path(QStringLiteral("late"));
+    QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    const luxcliRun::Outcome outcome = luxcliRun::run(
+        QStringLiteral("sh"),
+        {QStringLiteral("-c"),
+         QStringLiteral("\"$1\" decode \"$2\" -a UART:rx=0,baudrate=100000 -o \"$3\" & sleep 0.3; cat \"$3\"; wait $!"),
+         QStringLiteral("sh"), QStringLiteral(LUXCLI), m_capture, pipe});
+    QCOMPARE(outcome.code, 0);
+    QCOMPARE(outcome.out, luxcliRun::luxcli("decode %1 -a UART:rx=0,baudrate=100000", m_capture).out);
+}
+
 #else
 
 void TstLuxcliPipe::initTestCase()
@@ -157,6 +211,9 @@ bool TstLuxcliPipe::hasWritten() const
 void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads_data() {}
 void TstLuxcliPipe::aSignalEndsTheProgramWhileNobodyReads() {}
 void TstLuxcliPipe::aReaderThatComesLateGetsAll() {}
+void TstLuxcliPipe::aSignalEndsTheWaitForAReader_data() {}
+void TstLuxcliPipe::aSignalEndsTheWaitForAReader() {}
+void TstLuxcliPipe::aNamedPipeGetsAllWhenItsReaderComes() {}
 
 #endif
 
