@@ -37,6 +37,11 @@ void catchSignals()
 {
     std::signal(SIGINT, takeSignal);
     std::signal(SIGTERM, takeSignal);
+#ifdef SIGHUP
+    if (std::signal(SIGHUP, takeSignal) == SIG_IGN) { // nohup(1): it outlives its terminal
+        std::signal(SIGHUP, SIG_IGN);
+    }
+#endif
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN);
 #endif

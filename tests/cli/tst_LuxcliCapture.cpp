@@ -20,7 +20,9 @@ private slots:
     void aSimulatedCaptureIsSaved();
     void capturesAreRepeatedAndDecoded();
     void theUsersSettingsStayAsTheyAre();
+    void anInterruptKeepsWhatThereIs_data();
     void anInterruptKeepsWhatThereIs();
+    void aProgramThatOutlivesItsTerminalGoesOn();
     void aReaderThatLeavesEndsTheProgram();
     void aFullDiskLeavesNoFile();
     void aFolderThatIsMissingIsToldBeforeTheCapture();
@@ -97,19 +99,44 @@ void TstLuxcliCapture::theUsersSettingsStayAsTheyAre()
     QVERIFY(m_folder.read(QStringLiteral("own.cxdat")).contains("<chnVth>1.20</chnVth>"));
 }
 
+void TstLuxcliCapture::anInterruptKeepsWhatThereIs_data()
+{
+    QTest::addColumn<QByteArray>("signal");
+    QTest::newRow("Ctrl+C") << QByteArray("INT");
+    QTest::newRow("a request to end") << QByteArray("TERM");
+    QTest::newRow("the end of the terminal") << QByteArray("HUP");
+}
+
 /// The signal comes while one of a thousand captures runs.
 void TstLuxcliCapture::anInterruptKeepsWhatThereIs()
 {
 #ifdef Q_OS_UNIX
-    const Outcome outcome = shell("\"$1\" capture -o \"$2/cut.cxdat\" --simulate --rate 1M --depth 200k --repeat 1k "
-                                  "& program=$!\n"
-                                  "until [ -e \"$2/cut-0001.cxdat\" ] || ! kill -0 $program; do :; done\n"
-                                  "kill -INT $program; wait $program");
+    QFETCH(const QByteArray, signal);
+    QByteArray script =
+        "rm -f \"$2\"/cut-*\n"
+        "\"$1\" capture -o \"$2/cut.cxdat\" --simulate --rate 1M --depth 200k --repeat 1k & program=$!\n"
+        "until [ -e \"$2/cut-0001.cxdat\" ] || ! kill -0 $program; do :; done\n"
+        "kill -@ $program; wait $program";
+    const Outcome outcome = shell(script.replace('@', signal).constData());
     QCOMPARE(outcome.code, 130);
     const QStringList files = QDir(m_folder.path(QString())).entryList({QStringLiteral("cut-*")}, QDir::Files);
     QVERIFY(!files.isEmpty() && files.size() < 900);
     for (const QString &name : files)
         QCOMPARE(luxcli("info %1", m_folder.path(name)).code, 0);
+#else
+    QSKIP("needs a shell");
+#endif
+}
+
+void TstLuxcliCapture::aProgramThatOutlivesItsTerminalGoesOn()
+{
+#ifdef Q_OS_UNIX
+    const Outcome outcome = shell("trap '' HUP; \"$1\" capture -o \"$2/nohup.cxdat\" --simulate --rate 1M --depth 20k "
+                                  "--repeat 3 & program=$!\n"
+                                  "until [ -e \"$2/nohup-1.cxdat\" ] || ! kill -0 $program; do :; done\n"
+                                  "kill -HUP $program; wait $program");
+    QCOMPARE(outcome.code, 0);
+    QVERIFY(QFileInfo::exists(path("nohup-3.cxdat")));
 #else
     QSKIP("needs a shell");
 #endif
