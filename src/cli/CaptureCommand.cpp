@@ -38,7 +38,8 @@ const char *const captureUsage =
     "      --timeout T        give up when the trigger has not come after this time, such as 30s\n"
     "      --repeat N         so many captures: OUT-1.cxdat, OUT-2.cxdat and so on\n"
     "      --model M          name or code of the model that it must be, or that is simulated\n"
-    "      --simulate         without an instrument: square waves, and what the decoders simulate\n"
+    "      --simulate         without an instrument and a trigger: square waves, and what the\n"
+    "                         decoders simulate\n"
     "  -h, --help             this text\n"
     "\n"
     "Ctrl+C ends a capture and keeps what there is. Exit code: 0 good, 1 no capture, 2 wrong usage; 130 when\n"
@@ -89,7 +90,10 @@ QString readRun(const Arguments::Parsed &parsed, Job &job)
     }
     job.model = parsed.value(QStringLiteral("--model"));
     job.simulates = parsed.has(QStringLiteral("--simulate"));
-    return {};
+    const bool waits = !job.choice.triggers.isEmpty() || job.choice.position;
+    return job.simulates && waits ? QStringLiteral("a simulated capture has no trigger: --trigger and --position are "
+                                                   "for instruments")
+                                  : QString();
 }
 
 /// What would keep a capture from being saved, before it is made.

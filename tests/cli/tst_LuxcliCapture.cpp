@@ -52,7 +52,7 @@ void TstLuxcliCapture::initTestCase()
 void TstLuxcliCapture::aSimulatedCaptureIsSaved()
 {
     const Outcome outcome = luxcli(
-        "capture -o %1 --simulate --model RV2540 --rate 50M --depth 20k -c 0-2,31 --position 10", path("sim.cxdat"));
+        "capture -o %1 --simulate --model RV2540 --rate 50M --depth 20k -c 0-2,31 --timeout 1s", path("sim.cxdat"));
     QCOMPARE(outcome.err, QByteArray());
     QCOMPARE(outcome.out, QByteArray());
     QCOMPARE(outcome.code, 0);
@@ -200,6 +200,8 @@ void TstLuxcliCapture::wrongUsageIsTold_data()
                                   "capture -o %1 --simulate --model RV2210 --threshold 1",
                                   "capture -a NoSuch --simulate",
                                   "capture -o %1 --simulate --rate 33M",
+                                  "capture -o %1 --simulate --trigger 2:rising",
+                                  "capture -o %1 --simulate --position 10",
                                   "devices all",
                                   "devices --loud"})
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
