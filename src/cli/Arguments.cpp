@@ -58,6 +58,10 @@ Parsed parse(const QStringList &arguments, const QVector<Option> &known)
         QString value;
         if (option->hasValue) {
             value = equals >= 0 ? argument.mid(equals + 1) : arguments.at(++i);
+            if (value.isEmpty()) { // such as a variable of a script that is not set
+                parsed.error = QStringLiteral("%1 needs a value").arg(name);
+                return parsed;
+            }
         }
         parsed.options.append({option->name, value});
     }

@@ -202,6 +202,7 @@ void TstLuxcliCapture::wrongUsageIsTold_data()
                                   "capture -o %1 --simulate --rate 33M",
                                   "capture -o %1 --simulate --trigger 2:rising",
                                   "capture -o %1 --simulate --position 10",
+                                  "capture --simulate -a UART:rx=3 --output=",
                                   "devices all",
                                   "devices --loud"})
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
