@@ -2,7 +2,9 @@
 #include "cli/CaptureJob.h"
 #include "cli/CaptureSource.h"
 #include "cli/Commands.h"
+#include "cli/Quantity.h"
 #include "cli/Terminal.h"
+#include "files/CaptureFiller.h"
 #include "settings/Config.h"
 #include "settings/ConfigDocument.h"
 
@@ -68,10 +70,10 @@ QString conversionOf(const Arguments::Parsed &parsed, Conversion &job)
     }
     const auto rate = parsed.value(QStringLiteral("--rate"));
     const auto bytes = parsed.value(QStringLiteral("--bytes"));
-    job.options.rate = rate ? rateOfText(*rate) : 0;
+    job.options.rate = rate ? Quantity::frequency(*rate).value_or(0) : 0;
     job.options.unitSize = bytes ? bytes->toInt() : 0;
-    if (rate && job.options.rate < 1) {
-        wrong = QStringLiteral("\"%1\" is no rate").arg(*rate);
+    if (rate && (job.options.rate < 1 || job.options.rate > CaptureFiller::positionMax)) {
+        wrong = QStringLiteral("\"%1\" is no rate such as 24M or 12.5kHz").arg(*rate);
     } else if (bytes && (job.options.unitSize < 1 || job.options.unitSize > 128)) {
         wrong = QStringLiteral("\"%1\" is no number of bytes").arg(*bytes);
     }

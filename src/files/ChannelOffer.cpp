@@ -159,10 +159,13 @@ QString ChannelOffer::tooMany() const
     for (std::size_t i = 0; i < std::min(m_entries.size(), named); ++i) {
         names.append(QString::fromStdString(m_entries[i].name).left(40));
     }
-    return QStringLiteral("%1 channels are more than %2: pick some by --channels, as numbers (0-7) or names (%3%4)")
-        .arg(m_total)
-        .arg(CaptureFiller::channelMax)
-        .arg(names.join(QStringLiteral(", ")), m_entries.size() > named ? QStringLiteral(", ...") : QString());
+    const bool hasNames =
+        std::any_of(names.cbegin(), names.cend(), [](const QString &name) { return !name.isEmpty(); });
+    const QString byNames =
+        QStringLiteral(" or names (%1%2)")
+            .arg(names.join(QStringLiteral(", ")), m_entries.size() > named ? QStringLiteral(", ...") : QString());
+    return QStringLiteral("%1 channels are more than %2: pick some by --channels, as numbers (0-7)%3")
+        .arg(QString::number(m_total), QString::number(CaptureFiller::channelMax), hasNames ? byNames : QString());
 }
 
 /// Names without their scope, where that tells them apart.

@@ -32,10 +32,6 @@ enum class ForeignKind {
 /// False for .sr in a build without the library for archives: reading then ends in WrongKind, and says why.
 [[nodiscard]] bool foreignKindIsBuilt(ForeignKind kind);
 
-/// A rate as files and command lines have it: "100 MHz", "12.5k", "24000000".
-/// @return Hz; 0 for what is none, or has no room in 40 bits
-[[nodiscard]] std::int64_t rateOfText(const QString &text);
-
 /// What the file does not tell, or too much of.
 struct ForeignOptions {
     /// What becomes channel 0, 1 and so on: numbers from 0, ranges such as "4-7", names (that of a vector for all its

@@ -28,5 +28,8 @@ private:
     int m_probes = 0;
 };
 
+/// A rate as archives have it: "100 MHz", "12.5k", "24000000". @return whole Hz; 0 for what is none, or has no room in
+/// 40 bits
+[[nodiscard]] std::int64_t rateOfText(const QString &text);
 /// A rate as rateOfText() takes it: "100 MHz", "12500 Hz".
 [[nodiscard]] QByteArray srRateText(std::int64_t rate);

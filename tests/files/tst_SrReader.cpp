@@ -1,4 +1,5 @@
 #include "files/ForeignBytes.h"
+#include "files/SrMetadata.h"
 #include "files/SrWriter.h"
 #include "store/MemBudget.h"
 
