@@ -17,7 +17,11 @@ public:
     static constexpr std::int64_t pieceSize = 1 << 20; ///< bytes
 
     explicit TextPieces(QIODevice &device)
-        : m_device(device), m_bytes(std::size_t(pieceSize + wordMax + 1)), m_from(m_bytes.data()), m_end(m_from)
+        : m_device(device),
+          m_size(device.size() - device.pos()),
+          m_bytes(std::size_t(pieceSize + wordMax + 1)),
+          m_from(m_bytes.data()),
+          m_end(m_from)
     {
         m_bytes[0] = '\n';
     }
@@ -44,7 +48,7 @@ public:
         std::memmove(m_bytes.data(), at, std::size_t(kept));
         char *const into = m_bytes.data() + kept;
         const qint64 got = m_device.read(into, std::min<qint64>(pieceSize, qint64(m_bytes.size()) - kept - 1));
-        m_hasFailed = got < 0;
+        m_hasFailed = got < 0 || (got == 0 && m_taken < m_size); // or somebody cuts it meanwhile
         m_atEnd = got <= 0;
         m_taken += std::max<qint64>(got, 0);
         m_from = m_bytes.data();
@@ -60,6 +64,7 @@ public:
 
 private:
     QIODevice &m_device;
+    const std::int64_t m_size; ///< bytes that were to come
     std::vector<char> m_bytes;
     char *m_from;
     char *m_end;

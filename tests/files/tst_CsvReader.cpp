@@ -50,6 +50,8 @@ private slots:
     void plainBytesAreSamples();
     void plainBytesMustFit_data();
     void plainBytesMustFit();
+    void aFileThatIsCutMeanwhileIsNoCapture_data();
+    void aFileThatIsCutMeanwhileIsNoCapture();
 };
 
 void TstCsvReader::timesTellTheLeastRate()
@@ -284,6 +286,39 @@ void TstCsvReader::plainBytesMustFit()
     QCOMPARE(read.result, FileResult::Damaged);
     QVERIFY2(read.detail.startsWith(detail), qPrintable(read.detail));
     QVERIFY2(!read.detail.contains(QLatin1String("names")), qPrintable(read.detail)); // they have none
+}
+
+void TstCsvReader::aFileThatIsCutMeanwhileIsNoCapture_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QByteArray>("head");
+    QTest::addColumn<QByteArray>("line"); // any number of which may follow
+    QTest::newRow("values") << int(ForeignKind::Csv) << QByteArray() << QByteArray("0,1\n");
+    QTest::newRow("a dump") << int(ForeignKind::Vcd)
+                            << QByteArray("$timescale 1us $end $var wire 1 ! A $end $enddefinitions $end\n#1\n")
+                            << QByteArray("0! \n");
+    QTest::newRow("plain bytes") << int(ForeignKind::Raw) << QByteArray() << QByteArray("0123");
+}
+
+void TstCsvReader::aFileThatIsCutMeanwhileIsNoCapture()
+{
+    QFETCH(int, kind);
+    QFETCH(QByteArray, head);
+    QFETCH(QByteArray, line);
+    constexpr int lines = 4 << 20;
+    const FileFolder folder;
+    const QString path = folder.write(head + line.repeated(lines), QStringLiteral("capture"));
+    ForeignOptions options;
+    options.rate = 1'000'000;
+    QVERIFY(readForeign(path, ForeignKind(kind), options).isDone());
+    bool isCut = false;
+    const ForeignCapture read = readForeign(path, ForeignKind(kind), options, [&](double) {
+        isCut = isCut || QFile::resize(path, head.size() + line.size());
+        return true;
+    });
+    QVERIFY(isCut);
+    QVERIFY(!read.isDone());
+    QVERIFY2(read.detail.contains(QLatin1String("it cannot be read further")), qPrintable(read.detail));
 }
 
 QTEST_GUILESS_MAIN(TstCsvReader)
