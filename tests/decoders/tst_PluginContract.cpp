@@ -134,7 +134,8 @@ const PluginFile &TstPluginContract::plugin() const
 
 void TstPluginContract::theFolderHasPlugins()
 {
-    QVERIFY(m_plugins.size() >= 4);
+    constexpr std::size_t own = 28; // the decoders that come with the program
+    QVERIFY(m_plugins.size() >= own);
 }
 
 void TstPluginContract::aPluginHasTheFourEntryPoints()
@@ -522,6 +523,7 @@ void TstPluginContract::everyExportIsWrittenAndCancelled()
             results.CancelExport();
             results.BuildExportFile(path.toUtf8().constData(), DisplayBase::AsciiHex, option);
             QCOMPARE(results.GetProgress(), 1.0);
+            QVERIFY(!QFile::exists(path));
             results.StartExportThread(nullptr, DisplayBase::AsciiHex, option);
             const QString nowhere = folder.filePath(QStringLiteral("none/out"));
             results.BuildExportFile(nowhere.toUtf8().constData(), DisplayBase::AsciiHex, option);
