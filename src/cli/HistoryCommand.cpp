@@ -8,6 +8,7 @@
 #include "settings/FileReplacement.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -144,6 +145,11 @@ int Commands::history(const QStringList &arguments)
         return Terminal::wrongUsage;
     }
     const QString folder = parsed.value(QStringLiteral("--folder")).value_or(HistoryFolder::standardPath());
+    const QFileInfo there(folder);
+    if (there.exists() && !(there.isDir() && there.isReadable())) { // without one nothing has been kept yet
+        Terminal::say(QStringLiteral("%1: this is no folder that can be read").arg(folder));
+        return Terminal::badInput;
+    }
     const QVector<HistoryEntry> entries = HistoryFolder(folder).list();
     if (parsed.operands.size() == 2) {
         return fetch(entries, parsed.operands.at(1), *parsed.value(QStringLiteral("--output")));

@@ -14,6 +14,7 @@ private slots:
     void textHasALineACapture();
     void jsonTellsAllOfACapture();
     void aFolderThatIsNotThereIsAnEmptyHistory();
+    void aFolderThatCannotBeReadIsTold();
     void aCaptureIsFetchedWhole();
     void aNumberThatIsNoneIsTold_data();
     void aNumberThatIsNoneIsTold();
@@ -91,6 +92,14 @@ void TstLuxcliHistory::aFolderThatIsNotThereIsAnEmptyHistory()
 {
     QCOMPARE(history({QStringLiteral("--folder"), m_history + QStringLiteral("/none")}), 0);
     QVERIFY(m_out.isEmpty() && m_err.isEmpty());
+}
+
+void TstLuxcliHistory::aFolderThatCannotBeReadIsTold()
+{
+    const QString file = m_folder->write("no folder", QStringLiteral("file"));
+    QCOMPARE(history({QStringLiteral("--folder"), file}), 1);
+    QCOMPARE(m_out, QByteArray());
+    QVERIFY2(m_err.startsWith("luxcli: ") && m_err.contains("no folder that can be read"), m_err);
 }
 
 void TstLuxcliHistory::aCaptureIsFetchedWhole()
