@@ -40,6 +40,35 @@ LUX_OWN_MEMORY(AnalyzerSettingInterfaceBool)
 
 #undef LUX_OWN_MEMORY
 
+namespace {
+
+char lowered(char c)
+{
+    return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c;
+}
+
+/// The same letters, in either case.
+bool isSameWord(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char left, char right) { return lowered(left) == lowered(right); });
+}
+
+/// Whether `text` is one of "msb|msb-first", in either case, or the same number in other digits: "2.0" is "2".
+bool isSpelling(std::string_view spellings, std::string_view text)
+{
+    const std::optional<double> number = parseNumber(text);
+    while (!spellings.empty()) {
+        const std::string_view spelling = spellings.substr(0, spellings.find('|'));
+        spellings.remove_prefix(std::min(spellings.size(), spelling.size() + 1));
+        if (isSameWord(spelling, text) || (number && parseNumber(spelling) == number))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
 // ---- what all have --------------------------------------------------------------------------------------------------
 
 struct LUX_HIDDEN AnalyzerSettingInterface::Private {
@@ -183,7 +212,7 @@ void AnalyzerSettingInterfaceChannel::SetSelectionOfNoneIsAllowed(bool allowed)
 
 bool AnalyzerSettingInterfaceChannel::takeText(std::string_view text)
 {
-    if (text == "none" || text == "-1") {
+    if (isSameWord(text, "none") || text == "-1") {
         m_private->channel = Channel();
         return true;
     }
@@ -203,10 +232,11 @@ struct LUX_HIDDEN AnalyzerSettingInterfaceNumberList::Private {
         std::string text;
         std::string toolTip;
         std::string word;
+        std::string spellings; ///< of the word, itself included, with "|" between
     };
     [[nodiscard]] const Entry &entry(std::uint32_t index) const
     {
-        static const Entry none{0, {}, {}, {}};
+        static const Entry none{0, {}, {}, {}, {}};
         return index < entries.size() ? entries[index] : none;
     }
     std::vector<Entry> entries;
@@ -228,7 +258,9 @@ AnalyzerInterfaceTypeId AnalyzerSettingInterfaceNumberList::GetType() const
 void AnalyzerSettingInterfaceNumberList::AddNumber(double number, const char *text, const char *toolTip,
                                                    const char *word)
 {
-    m_private->entries.push_back({number, orEmpty(text), orEmpty(toolTip), orEmpty(word)});
+    const std::string_view spellings = orEmpty(word);
+    m_private->entries.push_back({number, orEmpty(text), orEmpty(toolTip),
+                                  std::string(spellings.substr(0, spellings.find('|'))), std::string(spellings)});
 }
 
 void AnalyzerSettingInterfaceNumberList::ClearNumbers()
@@ -273,9 +305,8 @@ void AnalyzerSettingInterfaceNumberList::SetNumber(double number)
 
 bool AnalyzerSettingInterfaceNumberList::takeText(std::string_view text)
 {
-    const std::optional<double> number = parseNumber(text);
     for (const auto &entry : m_private->entries) {
-        if ((!entry.word.empty() && entry.word == text) || (number && *number == entry.number)) {
+        if (isSpelling(entry.word.empty() ? plainNumber(entry.number) : entry.spellings, text)) {
             m_private->number = entry.number;
             return true;
         }
@@ -419,8 +450,8 @@ void AnalyzerSettingInterfaceBool::SetCheckBoxText(const char *text)
 
 bool AnalyzerSettingInterfaceBool::takeText(std::string_view text)
 {
-    const bool yes = text == "true" || text == "1" || text == "yes" || text == "on";
-    if (!yes && text != "false" && text != "0" && text != "no" && text != "off")
+    const bool yes = isSpelling("true|1|yes|on", text);
+    if (!yes && !isSpelling("false|0|no|off", text))
         return false;
     m_private->value = yes;
     return true;

@@ -65,6 +65,7 @@ private slots:
     void storedTextsHoldNoSeparatorOfTheConfiguration();
     void malformedPartsGetTheirDefaults();
     void valuesAreReadAsTheyAreWrittenOnACommandLine();
+    void anEntryOfAListMayHaveFurtherSpellings();
     void valuesThatAreNoneOfTheSettingAreRefused();
     void exportOptionsAreListed();
     void theUndefinedChannelIsReadBackAndIsNoRealOne();
@@ -220,11 +221,34 @@ void TstDecoderSettings::valuesAreReadAsTheyAreWrittenOnACommandLine()
     const SampleSettings settings;
     QVERIFY(faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText("even"));
     QCOMPARE(faceOf<AnalyzerSettingInterfaceNumberList>(settings, "parity").GetNumber(), 2.0);
-    QVERIFY(faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText("1"));
+    for (const char *odd : {"odd", "Odd", "ODD"})
+        QVERIFY(faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText(odd));
     QCOMPARE(std::string(faceOf<AnalyzerSettingInterface>(settings, "parity").GetAsText()), std::string("odd"));
-    for (const char *yes : {"true", "1", "yes", "on"})
+    QVERIFY(faceOf<AnalyzerSettingInterface>(settings, "tx").SetFromText("None"));
+    for (const char *yes : {"true", "True", "1", "yes", "on"})
         QVERIFY(faceOf<AnalyzerSettingInterface>(settings, "inverted").SetFromText(yes));
     QCOMPARE(std::string(faceOf<AnalyzerSettingInterface>(settings, "inverted").GetAsText()), std::string("true"));
+}
+
+void TstDecoderSettings::anEntryOfAListMayHaveFurtherSpellings()
+{
+    AnalyzerSettingInterfaceNumberList list;
+    list.AddNumber(4, "1", "", "1");
+    list.AddNumber(6, "1.5", "", "1.5");
+    list.AddNumber(0, "Highest first", "", "msb|msb-first");
+    list.AddNumber(96, "96", "");
+    const auto taken = [&list](const char *text) {
+        list.SetNumber(-1);
+        return list.SetFromText(text) ? std::string(list.GetAsText()) : std::string("refused");
+    };
+    QCOMPARE(taken("msb-first"), std::string("msb"));
+    QCOMPARE(taken("MSB"), std::string("msb"));
+    QCOMPARE(std::string(list.GetListboxWord(2)), std::string("msb"));
+    QCOMPARE(taken("1.0"), std::string("1"));
+    QCOMPARE(taken("1.50"), std::string("1.5"));
+    QCOMPARE(taken("96.0"), std::string("96"));
+    for (const char *none : {"4", "0", "", "msb|msb-first", "|", "msb-", "96.5"})
+        QCOMPARE(taken(none), std::string("refused"));
 }
 
 void TstDecoderSettings::valuesThatAreNoneOfTheSettingAreRefused()
@@ -234,9 +258,10 @@ void TstDecoderSettings::valuesThatAreNoneOfTheSettingAreRefused()
     QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "rx").SetFromText("1.5"));
     QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "rx").SetFromText(nullptr));
     QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "baudrate").SetFromText("99999999999999999999"));
-    QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText("Even"));
+    QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText("evenly"));
+    QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "parity").SetFromText("1")); // an entry's place says nothing
     QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "note").SetFromText("a\nb"));
-    QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "inverted").SetFromText("TRUE"));
+    QVERIFY(!faceOf<AnalyzerSettingInterface>(settings, "inverted").SetFromText("2"));
 }
 
 void TstDecoderSettings::exportOptionsAreListed()

@@ -38,6 +38,7 @@ public:
     void SetKey(const char *key);
 
     /// Reads a value as it is written on a command line and in a stored text: "3", "none", "even", "115200", "true".
+    /// Words are read in either case.
     /// @return false when the text is no value of this setting; nothing changes then
     bool SetFromText(const char *text);
     /// The same the other way. Good until the next call.
@@ -81,14 +82,15 @@ public:
     static void operator delete(void *memory);
     static void operator delete(void *memory, std::size_t size);
 
-    /// @param word  stable name of the entry, as of a key; empty: the number itself
+    /// @param word  stable name of the entry, as of a key; empty: the number itself. Further spellings that are read
+    ///              follow it behind "|": "msb|msb-first"
     void AddNumber(double number, const char *text, const char *toolTip, const char *word = "");
     void ClearNumbers();
     [[nodiscard]] std::uint32_t GetListboxNumbersCount() const;
     [[nodiscard]] double GetListboxNumber(std::uint32_t index) const;      ///< 0 outside the list
     [[nodiscard]] const char *GetListboxString(std::uint32_t index) const; ///< empty outside the list
     [[nodiscard]] const char *GetListboxToolTip(std::uint32_t index) const;
-    [[nodiscard]] const char *GetListboxWord(std::uint32_t index) const;
+    [[nodiscard]] const char *GetListboxWord(std::uint32_t index) const; ///< without further spellings
     [[nodiscard]] double GetNumber() const;
     void SetNumber(double number);
 

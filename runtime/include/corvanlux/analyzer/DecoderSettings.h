@@ -66,7 +66,7 @@ public:
     operator std::int32_t() const { return value(); } // NOLINT(google-explicit-constructor)
 };
 
-/// One entry of a list: its number, its stable word, its text for the user.
+/// One entry of a list: its number, its stable word with further spellings ("msb|msb-first"), its text for the user.
 struct Choice {
     std::int32_t number;
     const char *word;
