@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 using lux::AsyncCharacter;
 using lux::BitGrid;
@@ -28,8 +29,8 @@ void UartAnalyzer::decode()
     m_hasAddressBit = m_settings.addressBit;
     m_idleShown = m_settings.idleBits > 0 ? grid.endOf(m_settings.idleBits) : INT64_MAX;
     std::vector<Direction> lines;
-    addDirection(lines, m_settings.rx, UartResults::Rx, grid);
-    addDirection(lines, m_settings.tx, UartResults::Tx, grid);
+    addDirection(lines, UartResults::Rx, grid);
+    addDirection(lines, UartResults::Tx, grid);
     for (;;) {
         const auto first = std::min_element(lines.begin(), lines.end(), [](const Direction &a, const Direction &b) {
             return a.isOver != b.isOver ? b.isOver : a.next < b.next;
@@ -48,11 +49,13 @@ void UartAnalyzer::decode()
 
 std::int64_t UartAnalyzer::findBitRate()
 {
-    for (const Channel &channel : {m_settings.rx.value(), m_settings.tx.value()}) {
+    const std::pair<Channel, bool> lines[] = {{m_settings.rx, m_settings.invertRx},
+                                              {m_settings.tx, m_settings.invertTx}};
+    for (const auto &[channel, inverted] : lines) {
         if (!channel.isDefined()) {
             continue;
         }
-        const lux::BitRateFinder finder(reader(channel), sampleRate(), m_settings.format());
+        const lux::BitRateFinder finder(reader(channel), sampleRate(), m_settings.format(inverted));
         if (const std::int64_t found = finder.find(); found > 0) {
             tell("Bit rate found: " + std::to_string(found) + " bits/s");
             return found;
@@ -61,14 +64,15 @@ std::int64_t UartAnalyzer::findBitRate()
     fail("No bit rate can be found: the lines have too few edges");
 }
 
-void UartAnalyzer::addDirection(std::vector<Direction> &all, const Channel &channel, UartResults::Line number,
-                                const BitGrid &grid)
+void UartAnalyzer::addDirection(std::vector<Direction> &all, UartResults::Line number, const BitGrid &grid)
 {
+    const bool isRx = number == UartResults::Rx;
+    const Channel channel = isRx ? m_settings.rx : m_settings.tx;
     if (!channel.isDefined()) {
         return;
     }
-    all.push_back(
-        {.line = lux::AsyncLine(reader(channel), grid, m_settings.format()), .channel = channel, .number = number});
+    const lux::AsyncFormat format = m_settings.format(isRx ? m_settings.invertRx : m_settings.invertTx);
+    all.push_back({.line = lux::AsyncLine(reader(channel), grid, format), .channel = channel, .number = number});
     findNext(all.back());
 }
 

@@ -35,8 +35,7 @@ private:
     };
 
     [[nodiscard]] std::int64_t findBitRate();
-    void addDirection(std::vector<Direction> &all, const Channel &channel, UartResults::Line number,
-                      const lux::BitGrid &grid);
+    void addDirection(std::vector<Direction> &all, UartResults::Line number, const lux::BitGrid &grid);
     void findNext(Direction &direction) const;
     void addIdle(Direction &direction);
     void addCharacter(Direction &direction);

@@ -15,14 +15,17 @@ UartSettings::UartSettings()
              {{int(Parity::None), "none", "None"},
               {int(Parity::Odd), "odd", "Odd", "The number of ones is odd"},
               {int(Parity::Even), "even", "Even", "The number of ones is even"},
-              {int(Parity::Mark), "mark", "Mark", "Always 1"},
-              {int(Parity::Space), "space", "Space", "Always 0"}},
+              {int(Parity::Mark), "mark|one", "Mark", "Always 1"},
+              {int(Parity::Space), "space|zero", "Space", "Always 0"}},
              Parity::None),
       stopBits(*this, "stop_bits", "Stop bits", "The shortest idle time between two characters",
                {{4, "1", "1"}, {6, "1.5", "1.5"}, {8, "2", "2"}}, 4),
       invert(*this, "invert", "Polarity", "Inverted", "The line is low while it is idle, as on RS-232 itself"),
+      invertRx(*this, "invert_rx", "Polarity of RX", "Inverted", "RX is low while it is idle, whatever TX is"),
+      invertTx(*this, "invert_tx", "Polarity of TX", "Inverted", "TX is low while it is idle, whatever RX is"),
       bitOrder(*this, "bit_order", "Bit order", "Which bit of the data is sent first",
-               {{int(BitOrder::LsbFirst), "lsb", "Lowest first"}, {int(BitOrder::MsbFirst), "msb", "Highest first"}},
+               {{int(BitOrder::LsbFirst), "lsb|lsb-first", "Lowest first"},
+                {int(BitOrder::MsbFirst), "msb|msb-first", "Highest first"}},
                BitOrder::LsbFirst),
       addressBit(*this, "address_bit", "Ninth bit", "Marks an address",
                  "With 9 data bits: a character whose last bit is 1 addresses a device"),
@@ -33,13 +36,13 @@ UartSettings::UartSettings()
     addExport(TxBytes, "Bytes of TX", "Binary file", "bin");
 }
 
-lux::AsyncFormat UartSettings::format() const
+lux::AsyncFormat UartSettings::format(bool ownInvert) const
 {
     return {.dataBits = unsigned(dataBits.value()),
             .parity = parity,
             .stopQuarters = unsigned(stopBits.value()),
             .order = bitOrder,
-            .idleHigh = !invert};
+            .idleHigh = !(invert || ownInvert)};
 }
 
 std::string UartSettings::check() const

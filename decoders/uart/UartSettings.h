@@ -20,12 +20,15 @@ public:
     lux::IntegerSetting dataBits;
     lux::ChoiceSetting<lux::Parity> parity;
     lux::NumberListSetting stopBits; ///< quarters of a bit
-    lux::BoolSetting invert;
+    lux::BoolSetting invert;         ///< both lines
+    lux::BoolSetting invertRx;
+    lux::BoolSetting invertTx;
     lux::ChoiceSetting<lux::BitOrder> bitOrder;
     lux::BoolSetting addressBit;
     lux::IntegerSetting idleBits;
 
-    [[nodiscard]] lux::AsyncFormat format() const;
+    /// @param ownInvert  that of the line, `invertRx` or `invertTx`
+    [[nodiscard]] lux::AsyncFormat format(bool ownInvert) const;
 
 protected:
     [[nodiscard]] std::string check() const override;

@@ -50,16 +50,17 @@ std::uint32_t UartAnalyzer::nextToSend() const
 /// Characters that count up, now and then with an error or after a pause; RX and TX take turns.
 void UartAnalyzer::simulate(Simulation &simulation)
 {
-    const lux::AsyncFormat format = m_settings.format();
     const std::int64_t rate = simulatedRate(simulation.sampleRate());
-    SimulationLine &rx = simulation.line(m_settings.rx, format.idleHigh);
-    SimulationLine &tx = simulation.line(m_settings.tx, format.idleHigh);
+    SimulationLine &rx = simulation.line(m_settings.rx, m_settings.format(m_settings.invertRx).idleHigh);
+    SimulationLine &tx = simulation.line(m_settings.tx, m_settings.format(m_settings.invertTx).idleHigh);
     if (simulation.sampleRate() < leastSamplesPerBit * rate) {
         simulation.hold(simulation.sampleRate()); // no character could be told
         return;
     }
     const bool both = m_settings.rx.isDefined() && m_settings.tx.isDefined();
-    SimulationLine &line = (both ? m_sent / pauseEvery % 2 == 0 : m_settings.rx.isDefined()) ? rx : tx;
+    const bool isOnRx = both ? m_sent / pauseEvery % 2 == 0 : m_settings.rx.isDefined();
+    SimulationLine &line = isOnRx ? rx : tx;
+    const lux::AsyncFormat format = m_settings.format(isOnRx ? m_settings.invertRx : m_settings.invertTx);
     const auto send = [&](bool bit, std::int64_t quarters) {
         line.set(bit == format.idleHigh);
         simulation.holdTime(quarters, rate * BitGrid::quarters);

@@ -127,6 +127,7 @@ private slots:
     void charactersHaveFiveToNineBits();
     void theHighestBitMayComeFirst();
     void anInvertedLineIsLowWhileItIsIdle();
+    void eachLineMayBeInvertedByItself();
     void eachParityTakesTheRightBitAndTellsTheWrong_data();
     void eachParityTakesTheRightBitAndTellsTheWrong();
     void aLowStopBitIsAFramingErrorAndTheNextStartIsFound();
@@ -197,6 +198,14 @@ void TstUart::anInvertedLineIsLowWhileItIsIdle()
     Sender sender(20, false);
     sender.idle(2).byte(0x41).byte(0x80).low(15).idle(2).byte(0x42).idle(1);
     QCOMPARE(brief(Decoded(sender, "baudrate=50000,invert=true")), (Texts{"65", "128", "break", "66"}));
+}
+
+void TstUart::eachLineMayBeInvertedByItself()
+{
+    Sender sender(20, false);
+    sender.idle(2).byte(0x41).byte(0x80).idle(1);
+    QCOMPARE(brief(Decoded(sender, "baudrate=50000,invert_rx=true")), (Texts{"65", "128"}));
+    QVERIFY(brief(Decoded(sender, "baudrate=50000,invert_tx=true")) != (Texts{"65", "128"}));
 }
 
 void TstUart::eachParityTakesTheRightBitAndTellsTheWrong_data()
@@ -551,6 +560,7 @@ void TstUart::theSimulationIsDecodedAsItWasSent_data()
     QTest::addColumn<int>("block");
     QTest::newRow("8n1") << "rx=0,baudrate=115200" << 1000000 << 100000;
     QTest::newRow("7e2, small blocks") << "rx=0,baudrate=9600,data_bits=7,parity=even,stop_bits=2" << 96000 << 77;
+    QTest::newRow("one of two inverted") << "rx=0,tx=1,baudrate=19200,invert_tx=true" << 200000 << 4096;
     QTest::newRow("9o1 inverted") << "rx=0,baudrate=57600,data_bits=9,parity=odd,invert=true" << 2000000 << 4096;
     QTest::newRow("8s1.5 highest first") << "rx=0,baudrate=250000,parity=space,stop_bits=1.5,bit_order=msb" << 1000000
                                          << 50000;
