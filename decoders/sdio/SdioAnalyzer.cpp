@@ -10,7 +10,7 @@ LUX_PLUGIN(SdioAnalyzer)
 /// SD Physical Layer Simplified Specification 6.00, 3.6 and 4: tokens on CMD, and the data that they announce.
 void SdioAnalyzer::decode()
 {
-    const auto width = unsigned(m_settings.width.value());
+    const auto width = m_settings.usedLines();
     ChannelReader *lines[] = {&reader(m_settings.d0), &reader(m_settings.d1), &reader(m_settings.d2),
                               &reader(m_settings.d3)};
     SdioCommandLine commands(reader(m_settings.clk), reader(m_settings.cmd));
@@ -88,7 +88,7 @@ bool SdioAnalyzer::readBlock(SdioDataLines &lines, SdioTransfer &transfer, Sampl
     const bool isRight = block.isWhole && block.endRight && block.crcRight;
     results().mark(m_settings.d0, block.last, isRight ? MarkerType::Stop : MarkerType::ErrorX);
     block.last = std::max(block.first, block.last);
-    results().addBlock(block, m_settings.width.value() != 1);
+    results().addBlock(block, m_settings.usedLines() != 1);
     transfer.blockDone();
     return block.isWhole;
 }

@@ -10,13 +10,23 @@ SdioSettings::SdioSettings()
       d2(*this, "d2", "DAT2", "The third data line, for a bus of 4 bits", Presence::Optional),
       d3(*this, "d3", "DAT3", "The fourth data line, for a bus of 4 bits", Presence::Optional),
       width(*this, "width", "Bus width", "How many data lines are in use",
-            {{1, "1", "1 bit: DAT0"}, {4, "4", "4 bits: DAT0 to DAT3"}}, 4)
+            {{0, "auto", "Automatic", "Four bits when DAT0 to DAT3 have channels"},
+             {1, "1", "1 bit: DAT0"},
+             {4, "4", "4 bits: DAT0 to DAT3"}},
+            0)
 {}
+
+unsigned SdioSettings::usedLines() const
+{
+    if (width.value() != 0) {
+        return unsigned(width.value());
+    }
+    return hasAll() ? 4 : 1;
+}
 
 std::string SdioSettings::check() const
 {
-    const bool hasAll = d1.isDefined() && d2.isDefined() && d3.isDefined();
-    if (width.value() == 4 && d0.isDefined() && !hasAll) {
+    if (width.value() == 4 && d0.isDefined() && !hasAll()) {
         return "Choose channels for DAT1 to DAT3, or a bus width of 1 bit";
     }
     return {};

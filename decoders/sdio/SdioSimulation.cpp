@@ -30,7 +30,7 @@ public:
         : m_simulation(simulation),
           m_clk(simulation.line(settings.clk, false)),
           m_cmd(simulation.line(settings.cmd, true)),
-          m_width(unsigned(settings.width.value())),
+          m_width(settings.usedLines()),
           m_perSecond(2 * std::max<std::int64_t>(1, std::min(usualRate, simulation.sampleRate() / samplesPerClock)))
     {
         for (const Channel &channel : settings.dataLines()) {

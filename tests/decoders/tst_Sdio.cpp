@@ -193,6 +193,7 @@ private slots:
     void tokensHaveMarkers();
     void aWrongCheckHasAnErrorCross();
     void aTableHasTheWidthOfDataAndTheBitsOfACutToken();
+    void withoutAWidthTheBusIsAsWideAsItHasLines();
     void aWideBusNeedsItsLines();
     void nothingFalseIsShownWhereTheCaptureEnds();
     void theSimulationIsDecodedAsItWasSent_data();
@@ -584,12 +585,23 @@ void TstSdio::aTableHasTheWidthOfDataAndTheBitsOfACutToken()
     QVERIFY2(csv.find(",,,8,Cut after 8 bits") != std::string::npos, csv.c_str());
 }
 
+void TstSdio::withoutAWidthTheBusIsAsWideAsItHasLines()
+{
+    for (const char *lines : {"d0=2", "d0=2,d1=3", "d0=2,d1=3,d2=4,d3=5"}) {
+        SdioSettings settings;
+        settings.LoadText((std::string("clk=0,cmd=1,") + lines).c_str());
+        QCOMPARE(settings.problem(), std::string());
+        QCOMPARE(settings.usedLines(), std::string(lines).size() > 10 ? 4U : 1U);
+    }
+}
+
 void TstSdio::aWideBusNeedsItsLines()
 {
     DecodeDesk desk(std::make_unique<SdioAnalyzer>());
     QVERIFY(!desk.edit({{"clk", "0"}}).empty());
     QCOMPARE(desk.edit({{"clk", "0"}, {"cmd", "1"}}), std::string());
-    QCOMPARE(desk.edit({{"d0", "2"}}), std::string("Choose channels for DAT1 to DAT3, or a bus width of 1 bit"));
+    QCOMPARE(desk.edit({{"d0", "2"}, {"width", "4"}}),
+             std::string("Choose channels for DAT1 to DAT3, or a bus width of 1 bit"));
     QCOMPARE(desk.edit({{"width", "1"}}), std::string());
     QCOMPARE(desk.edit({{"width", "4"}, {"d1", "3"}, {"d2", "4"}, {"d3", "5"}}), std::string());
     QVERIFY(!desk.edit({{"cmd", "0"}}).empty());
