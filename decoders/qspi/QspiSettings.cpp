@@ -1,47 +1,11 @@
 #include "QspiSettings.h"
 
+#include "common/ChannelList.h"
 #include "common/DistinctChannels.h"
 
-#include <charconv>
 #include <vector>
 
 using lux::Presence;
-
-namespace {
-
-/// "3+2+5+4" or "4-7". @return false when it is neither; an empty text is a list without channels
-bool parseLines(const std::string &text, std::vector<std::uint32_t> &lines)
-{
-    constexpr std::uint32_t mostChannels = 64;
-    const char *at = text.data();
-    const char *end = at + text.size();
-    while (at != end) {
-        std::uint32_t number = 0;
-        const auto [behind, error] = std::from_chars(at, end, number);
-        if (error != std::errc() || number >= mostChannels) {
-            return false;
-        }
-        lines.push_back(number);
-        at = behind;
-        if (at != end && *at == '-') {
-            std::uint32_t last = 0;
-            const auto [stop, wrong] = std::from_chars(at + 1, end, last);
-            if (wrong != std::errc() || last >= mostChannels || last < number) {
-                return false;
-            }
-            while (number < last) {
-                lines.push_back(++number);
-            }
-            at = stop;
-        }
-        if (at != end && (*at != '+' || ++at == end)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-} // namespace
 
 QspiSettings::QspiSettings()
     : clk(*this, "clk", "CLK", "The clock line"),
@@ -58,11 +22,11 @@ QspiSettings::QspiSettings()
           QspiSet::Winbond),
       qpi(*this, "qpi", "QPI", "The chip begins in QPI mode", "Commands are sent on four lines"),
       mode(*this, "mode", "Other commands", "Lines of command, address and data that the command set does not tell",
-           {{int(QspiMode::Auto), "auto", "1-1-1, no address"},
-            {int(QspiMode::M112), "112", "1-1-2"},
-            {int(QspiMode::M122), "122", "1-2-2"},
-            {int(QspiMode::M114), "114", "1-1-4"},
-            {int(QspiMode::M144), "144", "1-4-4"},
+           {{int(QspiMode::Auto), "auto|111", "1-1-1, no address"},
+            {int(QspiMode::M112), "112|1-1-2", "1-1-2"},
+            {int(QspiMode::M122), "122|1-2-2", "1-2-2"},
+            {int(QspiMode::M114), "114|1-1-4", "1-1-4"},
+            {int(QspiMode::M144), "144|1-4-4", "1-4-4"},
             {int(QspiMode::M444), "444", "4: data alone", "No transfer has a command"}},
            QspiMode::Auto),
       address(*this, "address", "Address", "How many bytes an address has",
@@ -85,12 +49,10 @@ QspiSettings::QspiSettings()
 std::array<Channel, 4> QspiSettings::lines() const
 {
     std::array<Channel, 4> all = {io0, io1, io2, io3};
-    std::vector<std::uint32_t> listed;
-    if (parseLines(io.value(), listed)) {
-        for (std::size_t i = 0; i < all.size() && i < listed.size(); ++i) {
-            if (!all[i].isDefined()) {
-                all[i] = Channel(0, listed[i]);
-            }
+    const auto listed = lux::channelList(io.value()).value_or(std::vector<Channel>());
+    for (std::size_t i = 0; i < all.size() && i < listed.size(); ++i) {
+        if (!all[i].isDefined()) {
+            all[i] = listed[i];
         }
     }
     return all;
@@ -98,8 +60,8 @@ std::array<Channel, 4> QspiSettings::lines() const
 
 std::string QspiSettings::check() const
 {
-    std::vector<std::uint32_t> listed;
-    if (!parseLines(io.value(), listed) || listed.size() > lines().size()) {
+    const auto listed = lux::channelList(io.value());
+    if (!listed || listed->size() > lines().size()) {
         return "The data lines are up to four channels, such as 3+2+5+4 or 4-7";
     }
     const std::array<Channel, 4> all = lines();

@@ -128,7 +128,7 @@ void TstParallel::aLineThatIsMissingIsLow()
 
 void TstParallel::theAddressStandsBesideTheWord()
 {
-    const Desk desk(clocked({0xa5}), "clk=0,d0=2,d1=3,d2=4,d3=5,a=6+7+8+9");
+    const Desk desk(clocked({0xa5}), "clk=0,d0=2,d1=3,d2=4,d3=5,a=6+7-8+9");
     QCOMPARE(desk.summaries(), Texts{"word v=5 addr=10"});
     QCOMPARE(desk.frame(0).text, std::string("Word 0x5 at address 0xA"));
 }
@@ -209,9 +209,8 @@ void TstParallel::settingsThatDoNotGoTogetherAreRefused()
     QCOMPARE(desk.edit({{"clk", "0"}}), std::string("Choose a channel for one data line at least"));
     QVERIFY(!desk.edit({{"d0", "0"}}).empty());
     QCOMPARE(desk.edit({{"d0", "1"}}), std::string());
-    for (const char *text : {"1+", "+1", "x", "1 2", "1++2", "99999999999"}) {
-        QCOMPARE(desk.edit({{"a", text}}),
-                 std::string("Address lines are channel numbers with + between them, such as 8+9+10"));
+    for (const char *text : {"1+", "+1", "x", "1 2", "1++2", "99999999999", "8-5", "8-", "-8", "64"}) {
+        QCOMPARE(desk.edit({{"a", text}}), std::string("Address lines are channel numbers, such as 8+9+10 or 8-15"));
     }
     QCOMPARE(desk.edit({{"a", "8+9"}}), std::string());
 }
