@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <string_view>
 
 namespace {
 
@@ -30,10 +31,15 @@ CanSettings::CanSettings()
 
 std::int64_t CanSettings::samplePointThousandths() const
 {
-    const std::string &text = samplePoint.value();
+    std::string_view text = samplePoint.value();
+    const bool hasSign = !text.empty() && text.back() == '%';
+    text.remove_suffix(hasSign ? 1 : 0);
     double percent = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), percent);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (!hasSign && percent < 1.0) {
+        percent *= 100.0; // "0.875"
+    }
     if (!isNumber || !(percent >= leastSamplePoint && percent <= mostSamplePoint)) {
         return 0;
     }

@@ -68,7 +68,7 @@ bool ManchesterAnalyzer::restsHigh()
 /// The first bit of the preamble; none where the run has no preamble.
 std::size_t ManchesterAnalyzer::beginOf(const BiphaseRun &run) const
 {
-    const std::string &preamble = m_settings.preamble.value();
+    const std::string preamble = m_settings.preambleBits();
     const auto found = std::search(run.bits.begin(), run.bits.end(), preamble.begin(), preamble.end(),
                                    [](const BiphaseBit &bit, char wanted) { return bit.value == (wanted == '1'); });
     return std::size_t(found - run.bits.begin());

@@ -36,10 +36,13 @@ public:
     lux::ChoiceSetting<ManchesterSense> convention;
     lux::ChoiceSetting<ManchesterPolarity> polarity;
     lux::IntegerSetting bitrate; ///< bits/s, 0 to find it
-    lux::TextSetting preamble;   ///< 0 and 1
+    lux::TextSetting preamble;   ///< 0 and 1, or "auto" for none
     lux::IntegerSetting bits;    ///< of a word, 0 for a run as a whole
     lux::ChoiceSetting<lux::BitOrder> bitOrder;
     lux::ChoiceSetting<ManchesterFormat> format;
+
+    /// The bits from which on a run is shown; empty for all of it.
+    [[nodiscard]] std::string preambleBits() const;
 
 protected:
     [[nodiscard]] std::string check() const override;

@@ -681,6 +681,11 @@ void TstCan::settingsAreCheckedAndTheSamplePointTakesAFraction()
     DecodeDesk desk(std::make_unique<CanAnalyzer>());
     QCOMPARE(desk.edit({{"can_rx", "0"}, {"sample_point", "75.0"}}), std::string());
     QCOMPARE(desk.edit({{"sample_point", "87.5"}}), std::string());
+    for (const char *point : {"87.5", "0.875", "87.5%25"}) { // %25 is a stored "%"
+        CanSettings settings;
+        settings.LoadText((std::string("sample_point=") + point).c_str());
+        QCOMPARE(settings.samplePointThousandths(), std::int64_t(875));
+    }
     QVERIFY(!desk.edit({{"sample_point", "49"}}).empty());
     QVERIFY(!desk.edit({{"sample_point", "x"}}).empty());
     QVERIFY(!desk.edit({{"sample_point", "75"}, {"baudrate", "500000"}, {"data_baudrate", "250000"}}).empty());

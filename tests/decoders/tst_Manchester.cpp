@@ -385,6 +385,7 @@ void TstManchester::aRunIsShownFromItsPreambleOn()
     const Decoded desk(sender, rate + "convention=802.3,preamble=1010");
     QCOMPARE(brief(desk), Texts{"101011001"});
     QCOMPARE(desk.frame(0).first, sender.begins[0] + 50);
+    QCOMPARE(brief(Decoded(sender, rate + "convention=802.3,preamble=auto")), (Texts{"0101011001", "00000001"}));
 }
 
 void TstManchester::wordsHaveTheSetLength()
