@@ -5,8 +5,8 @@ OneWireSettings::OneWireSettings()
       speed(*this, "overdrive", "Speed", "How fast the bits are",
             {{int(OneWireSpeed::Auto), "auto", "Auto",
               "Follows the overdrive commands, and finds the speed at the start"},
-             {int(OneWireSpeed::Standard), "false", "Standard", "15.4 kbit/s at most"},
-             {int(OneWireSpeed::Overdrive), "true", "Overdrive",
+             {int(OneWireSpeed::Standard), "false|no|off|0|standard", "Standard", "15.4 kbit/s at most"},
+             {int(OneWireSpeed::Overdrive), "true|yes|on|1|overdrive", "Overdrive",
               "125 kbit/s at most, from the start until a reset at standard speed"}},
             OneWireSpeed::Auto)
 {

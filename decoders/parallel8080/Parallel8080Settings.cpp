@@ -12,11 +12,14 @@ Parallel8080Settings::Parallel8080Settings()
       width(*this, "width", "Width", "The data lines of the bus",
             {{0, "auto", "Automatic", "As many as there are channels for"}, {8, "8", "8 bits"}, {16, "16", "16 bits"}},
             0),
-      csPolarity(*this, "cs_polarity", "Chip select is active", "The level of chip select at which accesses count",
-                 {{int(ActiveLevel::Low), "low", "Low"}, {int(ActiveLevel::High), "high", "High"}}, ActiveLevel::Low),
-      strobePolarity(*this, "strobe_polarity", "Strobes are active", "The level of the strobes of a write and a read",
-                     {{int(ActiveLevel::Low), "low", "Low"}, {int(ActiveLevel::High), "high", "High"}},
-                     ActiveLevel::Low)
+      csPolarity(
+          *this, "cs_polarity", "Chip select is active", "The level of chip select at which accesses count",
+          {{int(ActiveLevel::Low), "low|active-low|0", "Low"}, {int(ActiveLevel::High), "high|active-high|1", "High"}},
+          ActiveLevel::Low),
+      strobePolarity(
+          *this, "strobe_polarity", "Strobes are active", "The level of the strobes of a write and a read",
+          {{int(ActiveLevel::Low), "low|active-low|0", "Low"}, {int(ActiveLevel::High), "high|active-high|1", "High"}},
+          ActiveLevel::Low)
 {
     lux::StrobedBusResults::addExports([this](auto... option) { addExport(option...); });
 }

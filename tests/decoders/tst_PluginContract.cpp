@@ -21,6 +21,8 @@ private slots:
     void aPluginHasTheFourEntryPoints();
     void settingsHaveKeysTitlesAndRanges_data() { plugins(); }
     void settingsHaveKeysTitlesAndRanges();
+    void valuesAreTakenInTheSpellingsOfTheField_data();
+    void valuesAreTakenInTheSpellingsOfTheField();
     void everySettingHasAToolTip_data() { plugins(); }
     void everySettingHasAToolTip();
     void settingsComeBackFromTheirText_data() { plugins(); }
@@ -180,6 +182,77 @@ void TstPluginContract::settingsHaveKeysTitlesAndRanges()
         QCOMPARE(std::string(face->GetAsText()), shown);
     }
     QVERIFY(pluginChecks::connectChannels(*analyzer));
+}
+
+void TstPluginContract::valuesAreTakenInTheSpellingsOfTheField_data()
+{
+    QTest::addColumn<QString>("plugin");
+    QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("word"); // none where they are refused
+    const auto row = [](const char *plugin, const char *values, const char *word) {
+        QTest::newRow(qPrintable(QString::fromLatin1(plugin) + QLatin1Char(' ') + QLatin1String(values)))
+            << plugin << values << word;
+    };
+    for (const char *plugin : {"UART", "SPI", "I2S", "JTAG", "Manchester"}) {
+        row(plugin, "bit_order=lsb-first LSB", "lsb");
+        row(plugin, "bit_order=msb-first Msb", "msb");
+    }
+    for (const char *plugin : {"UART", "Modbus"}) {
+        row(plugin, "parity=mark one", "mark");
+        row(plugin, "parity=space zero", "space");
+        row(plugin, "stop_bits=1 1.0", "1");
+        row(plugin, "stop_bits=2 2.0", "2");
+        row(plugin, "stop_bits=4 8 0.5", "");
+        row(plugin, "parity=0 1 2", "");
+    }
+    for (const char *plugin : {"SPI", "Parallel8080", "Parallel6800"}) {
+        row(plugin, "cs_polarity=low active-low 0", "low");
+        row(plugin, "cs_polarity=high active-high 1", "high");
+    }
+    row("Parallel", "enable_polarity=active-high 1", "high");
+    row("Parallel", "clock_edge=either both", "either");
+    row("SPI", "cpha=1 1.0 true", "1");
+    row("Manchester", "convention=802.3 IEEE ieee-802.3", "802.3");
+    row("Manchester", "convention=thomas Thomas ge-thomas", "thomas");
+    row("Manchester", "decodeas=manchester", "Manchester");
+    row("Manchester", "polarity=active-high", "high");
+    row("IRNEC", "polarity=active-low", "low");
+    row("IRNEC", "carrier=true on", "on");
+    row("LIN", "version=1 1.3", "1");
+    row("LIN", "version=2.0 2.1 2.2A", "2");
+    row("I2S", "format=I2S", "i2s");
+    row("I2S", "format=left-justified", "left");
+    row("I2S", "format=dsp_a", "pcm");
+    row("1-Wire", "overdrive=no 0 standard", "false");
+    row("1-Wire", "overdrive=yes 1 overdrive", "true");
+    row("USB", "speed=low-speed", "low");
+    row("USB", "speed=full-speed", "full");
+    row("QSPI", "mode=1-1-4", "114");
+    row("LCD", "controller=HD44780", "hd44780");
+    row("Modbus", "mode=RTU", "rtu");
+    row("SDIO", "width=8", "");
+}
+
+void TstPluginContract::valuesAreTakenInTheSpellingsOfTheField()
+{
+    QFETCH(QString, plugin);
+    QFETCH(QString, values);
+    QFETCH(QString, word);
+    const auto found = std::find_if(m_plugins.begin(), m_plugins.end(),
+                                    [&](const PluginFile &file) { return plugin == QLatin1String(file.name.c_str()); });
+    QVERIFY(found != m_plugins.end());
+    const auto analyzer = found->make();
+    const AnalyzerSettings &settings = *analyzer->GetAnalyzerSettings();
+    const std::string key = values.section(QLatin1Char('='), 0, 0).toStdString();
+    for (std::uint32_t i = 0; i < settings.GetSettingsInterfacesCount(); ++i) {
+        AnalyzerSettingInterface *face = settings.GetSettingsInterface(i);
+        for (const QString &value : values.section(QLatin1Char('='), 1).split(QLatin1Char(' '))) {
+            if (key == face->GetKey()) {
+                QCOMPARE(face->SetFromText(value.toLatin1().constData()), !word.isEmpty());
+                QVERIFY(word.isEmpty() || word == QLatin1String(face->GetAsText()));
+            }
+        }
+    }
 }
 
 void TstPluginContract::everySettingHasAToolTip()
