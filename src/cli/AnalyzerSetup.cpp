@@ -5,6 +5,7 @@
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
+#include <utility>
 
 namespace AnalyzerSetup {
 
@@ -19,6 +20,26 @@ AnalyzerSettingInterface *faceOf(AnalyzerSettings &settings, const QString &key)
         }
     }
     return nullptr;
+}
+
+/// The settings that a key stands for: the one of that name, or those that the decoder names otherwise.
+QVector<AnalyzerSettingInterface *> facesOf(AnalyzerSettings &settings, const QString &key)
+{
+    if (AnalyzerSettingInterface *face = faceOf(settings, key); face != nullptr) {
+        return {face};
+    }
+    static constexpr std::pair<const char *, const char *> alike[] = {
+        {"baudrate", "bitrate"},  {"baudrate", "bit_rate"}, {"bitrate", "baudrate"}, {"bitrate", "bit_rate"},
+        {"bit_rate", "baudrate"}, {"bit_rate", "bitrate"},  {"edge", "clock_edge"},  {"clock_edge", "edge"},
+        {"invert", "invert_rx"},  {"invert", "invert_tx"}};
+    QVector<AnalyzerSettingInterface *> faces;
+    for (const auto &[name, other] : alike) {
+        AnalyzerSettingInterface *face = key == QLatin1String(name) ? faceOf(settings, QLatin1String(other)) : nullptr;
+        if (face != nullptr) {
+            faces.append(face);
+        }
+    }
+    return faces;
 }
 
 QString knownKeys(AnalyzerSettings &settings)
@@ -42,12 +63,16 @@ QString knownNames(const AnalyzerManager &manager)
 QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
 {
     for (const auto &[key, value] : request.settings) {
-        AnalyzerSettingInterface *face = faceOf(settings, key);
-        if (face == nullptr) {
+        const QVector<AnalyzerSettingInterface *> faces = facesOf(settings, key);
+        if (faces.isEmpty()) {
             return QStringLiteral("%1 has no setting \"%2\"; it has: %3").arg(request.name, key, knownKeys(settings));
         }
-        if (!face->SetFromText(value.toUtf8().constData())) {
-            return QStringLiteral("%1: \"%2\" is no value of %3").arg(request.name, value, key);
+        for (AnalyzerSettingInterface *face : faces) {
+            if (!face->SetFromText(value.toUtf8().constData())) {
+                const QString possible = QString::fromStdString(AnalyzerSetup::valuesOf(*face));
+                return QStringLiteral("%1: \"%2\" is no value of %3").arg(request.name, value, key) +
+                       (possible.isEmpty() ? QString() : QStringLiteral("; possible: ") + possible);
+            }
         }
     }
     if (!settings.ApplyInterfaces()) {
@@ -58,7 +83,31 @@ QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
     return {};
 }
 
+std::string wordsOf(const AnalyzerSettingInterfaceNumberList &list)
+{
+    std::string text;
+    for (std::uint32_t i = 0; i < list.GetListboxNumbersCount(); ++i) {
+        text += (i > 0 ? "|" : "");
+        text += list.GetListboxWord(i);
+    }
+    return text;
+}
+
 } // namespace
+
+std::string valuesOf(const AnalyzerSettingInterface &face)
+{
+    if (const auto *channel = dynamic_cast<const AnalyzerSettingInterfaceChannel *>(&face)) {
+        return channel->GetSelectionOfNoneIsAllowed() ? "number or none" : "number";
+    }
+    if (const auto *list = dynamic_cast<const AnalyzerSettingInterfaceNumberList *>(&face)) {
+        return wordsOf(*list);
+    }
+    if (const auto *integer = dynamic_cast<const AnalyzerSettingInterfaceInteger *>(&face)) {
+        return std::to_string(integer->GetMin()) + " to " + std::to_string(integer->GetMax());
+    }
+    return dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face) != nullptr ? "false|true" : "";
+}
 
 int libraryNamed(const AnalyzerManager &manager, const QString &name)
 {

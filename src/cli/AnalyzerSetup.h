@@ -6,6 +6,9 @@
 
 #include <QString>
 
+#include <corvanlux/analyzer/AnalyzerSettingInterface.h>
+#include <string>
+
 /// Analyzers as they are named on a command line. Main thread.
 namespace AnalyzerSetup {
 
@@ -18,6 +21,8 @@ namespace AnalyzerSetup {
 void sayPassedOver(const AnalyzerManager &manager);
 /// Says of each stored analyzer that its decoder was not found. @return whether there was one
 [[nodiscard]] bool sayNotFound(const AnalyzerManager &manager, const QString &path);
+/// The values that a setting takes: "none|odd|even", "5 to 9", "number or none", "false|true"; empty for any text.
+[[nodiscard]] std::string valuesOf(const AnalyzerSettingInterface &face);
 /// Why an analyzer cannot be had.
 struct Refusal {
     QString error;             ///< for the user; empty when it is there

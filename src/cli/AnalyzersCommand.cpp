@@ -22,29 +22,20 @@ const char *const analyzersUsage =
     "      --retry FILE   try a decoder again that was passed over since a program ended with it\n"
     "  -h, --help         this text\n";
 
-std::string choices(const AnalyzerSettingInterfaceNumberList &list)
+const char *kindOf(const AnalyzerSettingInterface &face)
 {
-    std::string text;
-    for (std::uint32_t i = 0; i < list.GetListboxNumbersCount(); ++i) {
-        text += (i > 0 ? "|" : "");
-        text += list.GetListboxWord(i);
+    switch (face.GetType()) {
+    case AnalyzerInterfaceTypeId::Channel:
+        return "channel";
+    case AnalyzerInterfaceTypeId::NumberList:
+        return "choice";
+    case AnalyzerInterfaceTypeId::Integer:
+        return "integer";
+    case AnalyzerInterfaceTypeId::Bool:
+        return "switch";
+    default:
+        return "text";
     }
-    return text;
-}
-
-/// The kind of a setting and the values that it takes.
-std::string kindAndValues(const AnalyzerSettingInterface &face)
-{
-    if (const auto *channel = dynamic_cast<const AnalyzerSettingInterfaceChannel *>(&face)) {
-        return channel->GetSelectionOfNoneIsAllowed() ? "channel\tnumber or none" : "channel\tnumber";
-    }
-    if (const auto *list = dynamic_cast<const AnalyzerSettingInterfaceNumberList *>(&face)) {
-        return "choice\t" + choices(*list);
-    }
-    if (const auto *integer = dynamic_cast<const AnalyzerSettingInterfaceInteger *>(&face)) {
-        return "integer\t" + std::to_string(integer->GetMin()) + " to " + std::to_string(integer->GetMax());
-    }
-    return dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face) != nullptr ? "switch\tfalse|true" : "text\t";
 }
 
 void writeSettingsTable(Output &out, const Analyzer &analyzer)
@@ -55,8 +46,8 @@ void writeSettingsTable(Output &out, const Analyzer &analyzer)
         const AnalyzerSettingInterface &face = *settings->GetSettingsInterface(i);
         const auto *box = dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face);
         const std::string_view title = face.GetTitle();
-        out << face.GetKey() << '\t' << kindAndValues(face) << '\t' << face.GetAsText() << '\t'
-            << (title.empty() && box != nullptr ? box->GetCheckBoxText() : title) << '\n';
+        out << face.GetKey() << '\t' << kindOf(face) << '\t' << AnalyzerSetup::valuesOf(face) << '\t'
+            << face.GetAsText() << '\t' << (title.empty() && box != nullptr ? box->GetCheckBoxText() : title) << '\n';
     }
 }
 

@@ -44,6 +44,8 @@ private slots:
     void helpAndVersionAreGood();
     void wrongUsageIsTold_data();
     void wrongUsageIsTold();
+    void aRefusedValueIsToldWithThePossibleOnes();
+    void keysThatMeanTheSameAreTaken();
     void badInputIsTold_data();
     void badInputIsTold();
     void aFileCutAnywhereIsBadInput();
@@ -407,6 +409,35 @@ void TstLuxcli::wrongUsageIsTold()
     QCOMPARE(outcome.out, QByteArray());
     QCOMPARE(m_folder.read(QStringLiteral("hello.cxdat")), before);
     QVERIFY2(outcome.err.startsWith("luxcli: ") || outcome.err.startsWith("Usage: "), outcome.err);
+}
+
+void TstLuxcli::aRefusedValueIsToldWithThePossibleOnes()
+{
+    const auto told = [this](const char *setting) {
+        const QString analyzer = QStringLiteral("UART:rx=0,") + QLatin1String(setting);
+        const Outcome outcome = luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), analyzer});
+        return QString::fromUtf8(outcome.err).trimmed();
+    };
+    QCOMPARE(told("parity=blue"),
+             QStringLiteral("luxcli: UART: \"blue\" is no value of parity; possible: none|odd|even|mark|space"));
+    QCOMPARE(told("data_bits=77"), QStringLiteral("luxcli: UART: \"77\" is no value of data_bits; possible: 5 to 9"));
+    QCOMPARE(told("invert=x"), QStringLiteral("luxcli: UART: \"x\" is no value of invert; possible: false|true"));
+    QCOMPARE(told("tx=x"), QStringLiteral("luxcli: UART: \"x\" is no value of tx; possible: number or none"));
+}
+
+/// What decoders name differently, since their fields do.
+void TstLuxcli::keysThatMeanTheSameAreTaken()
+{
+    const auto head = [this](const char *analyzer) {
+        const Outcome outcome =
+            luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), QString::fromLatin1(analyzer)});
+        return outcome.out.left(outcome.out.indexOf('\n'));
+    };
+    QVERIFY(head("UART:rx=3,bitrate=9600").contains("\"baudrate\":9600"));
+    QVERIFY(head("UART:rx=3,bit_rate=9600").contains("\"baudrate\":9600"));
+    QVERIFY(head("Manchester:data=3,baudrate=9600").contains("\"bitrate\":9600"));
+    const QByteArray modbus = head("Modbus:rx=3,baudrate=9600,invert=true");
+    QVERIFY2(modbus.contains("\"invert_rx\":\"true\"") && modbus.contains("\"invert_tx\":\"true\""), modbus);
 }
 
 void TstLuxcli::badInputIsTold_data()
