@@ -8,6 +8,12 @@ using lux::FrameText;
 using lux::FrameValues;
 using lux::ShortText;
 
+namespace {
+
+constexpr unsigned bitsOfTwo = 14; ///< of a number that two bytes of data hold
+
+} // namespace
+
 MidiResults::MidiResults(const MidiSettings &settings) : m_line(settings.rx)
 {
     showBubblesOn(m_line);
@@ -141,8 +147,11 @@ void MidiResults::describeChannelMessage(std::uint8_t status, std::span<const st
         out.add(where, "channel pressure ", first);
         break;
     default: {
-        constexpr std::int64_t middle = 8192;
-        const ShortText bend = lux::formatCount((data[1] << 7 | data[0]) - middle);
+        constexpr std::int64_t middle = 8192; // decimal numbers tell how far it is from there
+        const std::int64_t position = data[1] << 7 | data[0];
+        const bool isDecimal = out.base() == DisplayBase::Decimal;
+        const ShortText bend =
+            isDecimal ? lux::formatCount(position - middle) : out.number(std::uint64_t(position), bitsOfTwo);
         out.add("B");
         out.add("Bend ", bend);
         out.add(where, "pitch bend ", bend);
@@ -159,12 +168,12 @@ void MidiResults::describeCommon(std::uint8_t status, std::span<const std::uint8
         out.add("T");
         out.add("Time code");
         out.add("Time code quarter frame, piece ", lux::formatCount(data[0] >> 4), ": ",
-                lux::formatCount(data[0] & 0x0fU));
+                out.number(data[0] & 0x0fU, 4));
         break;
     case 0xf2:
         out.add("SP");
         out.add("Song position");
-        out.add("Song position ", lux::formatCount(data[1] << 7 | data[0]));
+        out.add("Song position ", out.number(unsigned(data[1] << 7 | data[0]), bitsOfTwo));
         break;
     case 0xf3:
         out.add("SS");

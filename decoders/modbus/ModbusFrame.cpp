@@ -108,8 +108,7 @@ std::string_view ModbusFrame::exceptionName() const
                                                    {8, "memory parity error"},
                                                    {10, "gateway path unavailable"},
                                                    {11, "gateway target device failed to respond"}}};
-    const std::string_view name = data().empty() ? std::string_view() : find(names, data()[0]);
-    return name.empty() ? "unknown code" : name;
+    return data().empty() ? std::string_view() : find(names, data()[0]);
 }
 
 std::string_view ModbusFrame::tableName() const

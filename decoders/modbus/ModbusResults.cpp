@@ -71,16 +71,16 @@ void ModbusResults::describeFrame(const FrameData &frame, FrameText &out) const
     const std::string_view side = modbus.isException() ? "exception" : has(frame, Response) ? "response" : "request";
 
     out.add(isWrong ? "!" : modbus.isException() ? "E" : has(frame, Response) ? "R" : "Q");
-    out.add(lux::formatCount(modbus.function()), sign);
+    out.add(out.number(modbus.function(), 7), sign);
     out.add(name, sign);
-    out.add(lux::formatCount(modbus.unit()), ": ", name, " ", side, sign);
+    out.add(out.number(modbus.unit(), 8), ": ", name, " ", side, sign);
     ShortText head("Unit ");
-    head.add(lux::formatCount(modbus.unit()));
+    head.add(out.number(modbus.unit(), 8));
     head.add(modbus.unit() == ModbusFrame::broadcast ? " (all): " : ": ");
     head.add(name);
     head.add(" ");
     head.add(side);
-    const ShortText more = details(frame, modbus);
+    const ShortText more = details(frame, modbus, out);
     out.add(head, more, errors);
     if (modbus.isException() || modbus.data().empty()) {
         return;
@@ -93,12 +93,18 @@ void ModbusResults::describeFrame(const FrameData &frame, FrameText &out) const
 }
 
 /// Where and how many: of a response to a read as its request said it.
-ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modbus) const
+ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modbus, const FrameText &out) const
 {
+    constexpr unsigned addressBits = 16;
     ShortText text;
     if (modbus.isException()) {
+        const std::string_view name = modbus.exceptionName();
         text.add(", ");
-        text.add(modbus.exceptionName());
+        text.add(name.empty() ? "unknown code" : name);
+        if (name.empty() && !modbus.data().empty()) {
+            text.add(" ");
+            text.add(out.number(modbus.data()[0], 8));
+        }
         return text;
     }
     const bool isOfBoth = modbus.function() == ModbusFrame::ReadWriteRegisters;
@@ -114,18 +120,18 @@ ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modb
     case ModbusFrame::WriteMultipleCoils:
     case ModbusFrame::WriteMultipleRegisters:
         text.add(", address ");
-        text.add(lux::formatCount(isAnswerToRead ? askedAddress(frame) : modbus.word(0)));
+        text.add(out.number(isAnswerToRead ? askedAddress(frame) : modbus.word(0), addressBits));
         text.add(", count ");
         text.add(lux::formatCount(isAnswerToRead ? askedCount(frame) : modbus.word(2)));
         break;
     case ModbusFrame::ReadWriteRegisters:
         text.add(", read address ");
-        text.add(lux::formatCount(isAnswerToRead ? askedAddress(frame) : modbus.word(0)));
+        text.add(out.number(isAnswerToRead ? askedAddress(frame) : modbus.word(0), addressBits));
         text.add(", count ");
         text.add(lux::formatCount(isAnswerToRead ? askedCount(frame) : modbus.word(2)));
         if (!isAnswerToRead) {
             text.add(", write address ");
-            text.add(lux::formatCount(modbus.word(4)));
+            text.add(out.number(modbus.word(4), addressBits));
             text.add(", count ");
             text.add(lux::formatCount(modbus.word(6)));
         }
@@ -134,7 +140,7 @@ ShortText ModbusResults::details(const FrameData &frame, const ModbusFrame &modb
     case ModbusFrame::WriteSingleRegister:
     case ModbusFrame::MaskWriteRegister:
         text.add(", address ");
-        text.add(lux::formatCount(modbus.word(0)));
+        text.add(out.number(modbus.word(0), addressBits));
         break;
     default:
         break;

@@ -42,7 +42,8 @@ private:
     [[nodiscard]] Channel channelOf(const FrameData &frame) const { return frame.line == Rx ? m_rx : m_tx; }
     [[nodiscard]] std::span<const std::uint8_t> withoutCheck(const FrameData &frame) const;
     void describeFrame(const FrameData &frame, lux::FrameText &out) const;
-    [[nodiscard]] lux::ShortText details(const FrameData &frame, const ModbusFrame &modbus) const;
+    [[nodiscard]] lux::ShortText details(const FrameData &frame, const ModbusFrame &modbus,
+                                         const lux::FrameText &out) const;
     void exportRegisters(lux::ExportWriter &out) const;
     void writeRegisters(lux::ExportWriter &out, const FrameData &frame) const;
 

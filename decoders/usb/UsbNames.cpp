@@ -20,9 +20,9 @@ enum DescriptorType : std::uint8_t {
     EndpointDescriptor = 5,
 };
 
-std::string hex(std::uint32_t value, unsigned bits)
+std::string number(std::uint32_t value, unsigned bits, DisplayBase base)
 {
-    return std::string(lux::formatNumber(value, bits, DisplayBase::Hexadecimal).view());
+    return std::string(lux::formatNumber(value, bits, base).view());
 }
 
 std::string decimal(std::int64_t value)
@@ -123,7 +123,7 @@ std::string_view hubRequest(std::uint8_t request)
     return request < std::size(names) ? names[request] : std::string_view();
 }
 
-std::string deviceText(std::span<const std::uint8_t> bytes)
+std::string deviceText(std::span<const std::uint8_t> bytes, DisplayBase base)
 {
     constexpr std::size_t whole = 18;
     if (bytes.size() < whole) {
@@ -131,7 +131,8 @@ std::string deviceText(std::span<const std::uint8_t> bytes)
     }
     const std::uint16_t release = word(bytes, 2);
     return "USB " + decimal(release >> 8) + "." + decimal(release >> 4 & 15) + decimal(release & 15) + ", class " +
-           hex(bytes[4], 8) + ", vendor " + hex(word(bytes, 8), 16) + ", product " + hex(word(bytes, 10), 16);
+           number(bytes[4], 8, base) + ", vendor " + number(word(bytes, 8), 16, base) + ", product " +
+           number(word(bytes, 10), 16, base);
 }
 
 std::string stringText(std::span<const std::uint8_t> bytes)
@@ -145,28 +146,28 @@ std::string stringText(std::span<const std::uint8_t> bytes)
 }
 
 /// One of the descriptors of a configuration.
-std::string partText(std::span<const std::uint8_t> part)
+std::string partText(std::span<const std::uint8_t> part, DisplayBase base)
 {
     constexpr std::int64_t milliamperes = 2; // a unit of bMaxPower
     const std::uint8_t type = part[1];
     std::string text(descriptorName(type));
     if (text.empty()) {
-        text = "descriptor " + hex(type, 8);
+        text = "descriptor " + number(type, 8, base);
     }
     if (type == ConfigurationDescriptor && part.size() >= 9) {
         text += " " + decimal(part[5]) + ", " + decimal(part[4]) + (part[4] == 1 ? " interface, " : " interfaces, ") +
                 decimal(part[8] * milliamperes) + " mA";
     } else if (type == InterfaceDescriptor && part.size() >= 9) {
-        text += " " + decimal(part[2]) + " class " + hex(part[5], 8);
+        text += " " + decimal(part[2]) + " class " + number(part[5], 8, base);
     } else if (type == EndpointDescriptor && part.size() >= 7) {
         static constexpr std::string_view types[] = {" control", " isochronous", " bulk", " interrupt"};
-        text += " " + decimal(part[2] & 15) + ((part[2] & 0x80) != 0 ? " IN" : " OUT");
+        text += " " + number(part[2] & 15, endpointBits, base) + ((part[2] & 0x80) != 0 ? " IN" : " OUT");
         text += types[part[3] & 3];
     }
     return text;
 }
 
-std::string configurationText(std::span<const std::uint8_t> bytes)
+std::string configurationText(std::span<const std::uint8_t> bytes, DisplayBase base)
 {
     std::string text;
     for (std::size_t at = 0; at + 2 <= bytes.size();) {
@@ -174,7 +175,7 @@ std::string configurationText(std::span<const std::uint8_t> bytes)
         if (length < 2 || at + length > bytes.size()) {
             break;
         }
-        text += (text.empty() ? "" : "; ") + partText(bytes.subspan(at, length));
+        text += (text.empty() ? "" : "; ") + partText(bytes.subspan(at, length), base);
         at += length;
     }
     return text;
@@ -230,7 +231,7 @@ std::uint16_t lengthOf(std::span<const std::uint8_t> bytes)
     return word(bytes, 6);
 }
 
-std::string requestText(std::span<const std::uint8_t> bytes)
+std::string requestText(std::span<const std::uint8_t> bytes, DisplayBase base)
 {
     constexpr unsigned standard = 0;
     constexpr unsigned ofClass = 1;
@@ -252,23 +253,25 @@ std::string requestText(std::span<const std::uint8_t> bytes)
     }
     if (text.empty()) {
         text = type == ofVendor ? "vendor request " : type == ofClass ? "class request " : "request ";
-        text += hex(request, 8);
+        text += number(request, 8, base);
     }
     const std::uint16_t value = word(bytes, 2);
     if (type == standard && (request == getDescriptor || request == getDescriptor + 1)) {
         const std::string_view name = descriptorName(std::uint8_t(value >> 8));
-        text += " " + (name.empty() ? hex(value >> 8, 8) : std::string(name)) + " " + decimal(value & 0xff);
-    } else if (type == standard && (request == setAddress || request == setConfiguration)) {
+        text += " " + (name.empty() ? number(value >> 8, 8, base) : std::string(name)) + " " + decimal(value & 0xff);
+    } else if (type == standard && request == setAddress) {
+        text += " " + number(value, value >> addressBits == 0 ? addressBits : 16, base);
+    } else if (type == standard && request == setConfiguration) {
         text += " " + decimal(value);
     } else {
-        text += ", value " + hex(value, 16);
-        text += ", index " + hex(word(bytes, 4), 16);
+        text += ", value " + number(value, 16, base);
+        text += ", index " + number(word(bytes, 4), 16, base);
     }
     const std::uint16_t length = lengthOf(bytes);
     return length == 0 ? text : text + ", " + decimal(length) + (length == 1 ? " byte" : " bytes");
 }
 
-std::string descriptorText(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> data)
+std::string descriptorText(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> data, DisplayBase base)
 {
     const bool isStandard = (bytes[0] >> 5 & 3U) == 0;
     if (!isStandard || bytes[1] != getDescriptor || data.size() < 2) {
@@ -276,11 +279,11 @@ std::string descriptorText(std::span<const std::uint8_t> bytes, std::span<const 
     }
     switch (data[1]) {
     case DeviceDescriptor:
-        return deviceText(data);
+        return deviceText(data, base);
     case StringDescriptor:
         return stringText(data);
     case ConfigurationDescriptor:
-        return configurationText(data);
+        return configurationText(data, base);
     default:
         return {};
     }

@@ -170,8 +170,8 @@ void UsbResults::describePacket(const FrameData &frame, FrameText &out) const
     const std::uint32_t bits = tokenBits(bytes);
     switch (kind) {
     case usb::Kind::Token: {
-        const ShortText address = lux::formatCount(bits & 0x7fU);
-        const ShortText endpoint = lux::formatCount(bits >> 7 & 15U);
+        const ShortText address = out.number(bits & 0x7fU, usb::addressBits);
+        const ShortText endpoint = out.number(bits >> 7 & 15U, usb::endpointBits);
         out.add(name, " ", address, ".", endpoint, isWrong ? " !" : "");
         out.add(name, ", address ", address, ", endpoint ", endpoint, errors);
         break;
@@ -213,9 +213,9 @@ void UsbResults::describeTransaction(const FrameData &frame, FrameText &out) con
                                                          : std::string_view("no answer");
     ShortText title(name);
     title.add(" ");
-    title.add(lux::formatCount(parts.address));
+    title.add(out.number(parts.address, usb::addressBits));
     title.add(".");
-    title.add(lux::formatCount(parts.endpoint));
+    title.add(out.number(parts.endpoint, usb::endpointBits));
     out.add(name.substr(0, 1));
     out.add(name);
     out.add(title);
@@ -223,11 +223,11 @@ void UsbResults::describeTransaction(const FrameData &frame, FrameText &out) con
     title.add(result);
     out.add(title);
     if (parts.stage == Stage::Setup && bytes.size() == usb::setupBytes) {
-        out.add(title, ": ", usb::requestText(bytes));
+        out.add(title, ": ", usb::requestText(bytes, out.base()));
     } else if (parts.stage == Stage::Status && bytes.size() >= usb::setupBytes) {
         const std::span<const std::uint8_t> setup = bytes.first(usb::setupBytes);
-        const std::string request = usb::requestText(setup);
-        const std::string content9 = usb::descriptorText(setup, bytes.subspan(usb::setupBytes));
+        const std::string request = usb::requestText(setup, out.base());
+        const std::string content9 = usb::descriptorText(setup, bytes.subspan(usb::setupBytes), out.base());
         out.add(title, ": end of ", request);
         if (!content9.empty()) {
             out.add(title, ": end of ", request, ": ", content9);

@@ -115,6 +115,7 @@ private slots:
     void anInvertedLineIsLowWhileItIsIdle();
     void theRateIsFoundAndTold();
     void messagesAreNamed();
+    void numbersOfTwoBytesFollowTheBase();
     void textsGoFromShortToLong();
     void eachBitHasAMarker();
     void anErrorHasACrossAtItsEnd();
@@ -276,15 +277,27 @@ void TstMidi::messagesAreNamed()
     QCOMPARE(textOf({0xb0, 20, 0}), std::string("Channel 1: controller 0x14 (Controller 20), 0x00"));
     QCOMPARE(textOf({0xc0, 5}), std::string("Channel 1: program 0x05"));
     QCOMPARE(textOf({0xd0, 5}), std::string("Channel 1: channel pressure 0x05"));
-    QCOMPARE(textOf({0xe0, 0, 0x40}), std::string("Channel 1: pitch bend 0"));
-    QCOMPARE(textOf({0xe0, 0x7f, 0x3f}), std::string("Channel 1: pitch bend -1"));
-    QCOMPARE(textOf({0xf1, 0x35}), std::string("Time code quarter frame, piece 3: 5"));
-    QCOMPARE(textOf({0xf2, 1, 2}), std::string("Song position 257"));
+    QCOMPARE(textOf({0xe0, 0, 0x40}), std::string("Channel 1: pitch bend 0x2000"));
+    QCOMPARE(textOf({0xe0, 0x7f, 0x3f}), std::string("Channel 1: pitch bend 0x1FFF"));
+    QCOMPARE(textOf({0xf1, 0x35}), std::string("Time code quarter frame, piece 3: 0x5"));
+    QCOMPARE(textOf({0xf2, 1, 2}), std::string("Song position 0x0101"));
     QCOMPARE(textOf({0xf3, 1}), std::string("Song select 0x01"));
     QCOMPARE(textOf({0xf6}), std::string("Tune request"));
     QCOMPARE(textOf({0xfe}), std::string("Active sensing"));
     QCOMPARE(textOf({0xf0, 0x7e, 0x7f, 6, 1, 0xf7}),
              std::string("System exclusive, Identity request: 0xF0 0x7E 0x7F 0x06 0x01 0xF7"));
+}
+
+void TstMidi::numbersOfTwoBytesFollowTheBase()
+{
+    const auto last = [](const std::vector<unsigned> &bytes, DisplayBase base) {
+        return Decoded(sent(bytes), "rx=3").bubble(0, Channel(0, 3), base).back();
+    };
+    QCOMPARE(last({0xe0, 0, 0x40}, DisplayBase::Decimal), std::string("Channel 1: pitch bend 0")); // from the middle
+    QCOMPARE(last({0xe0, 0x7f, 0x3f}, DisplayBase::Decimal), std::string("Channel 1: pitch bend -1"));
+    QCOMPARE(last({0xe0, 0x7f, 0x3f}, DisplayBase::Binary), std::string("Channel 1: pitch bend 0b01111111111111"));
+    QCOMPARE(last({0xf2, 1, 2}, DisplayBase::Decimal), std::string("Song position 257"));
+    QCOMPARE(last({0xf1, 0x35}, DisplayBase::Binary), std::string("Time code quarter frame, piece 3: 0b0101"));
 }
 
 void TstMidi::textsGoFromShortToLong()

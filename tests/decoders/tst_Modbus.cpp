@@ -322,11 +322,13 @@ void TstModbus::twoLinesComeInTheOrderOfTime()
 void TstModbus::aResponseKnowsItsRequest()
 {
     const Decoded desk(sent({{1, 3, 0, 100, 0, 1}, {1, 3, 2, 0x12, 0x34}, {9, 3, 2, 0x12, 0x34}}), rate);
-    QCOMPARE(desk.frame(0).text, std::string("Unit 1: Read holding registers request, address 100, count 1: 0x00 0x64 "
-                                             "0x00 0x01"));
-    QCOMPARE(desk.frame(1).text, std::string("Unit 1: Read holding registers response, address 100, count 1: 0x02 0x12 "
-                                             "0x34"));
-    QCOMPARE(desk.frame(2).text, std::string("Unit 9: Read holding registers response: 0x02 0x12 0x34"));
+    QCOMPARE(desk.frame(0).text,
+             std::string("Unit 0x01: Read holding registers request, address 0x0064, count 1: 0x00 0x64 "
+                         "0x00 0x01"));
+    QCOMPARE(desk.frame(1).text,
+             std::string("Unit 0x01: Read holding registers response, address 0x0064, count 1: 0x02 0x12 "
+                         "0x34"));
+    QCOMPARE(desk.frame(2).text, std::string("Unit 0x09: Read holding registers response: 0x02 0x12 0x34"));
 }
 
 void TstModbus::functionsAndExceptionsAreNamed()
@@ -335,9 +337,9 @@ void TstModbus::functionsAndExceptionsAreNamed()
     QVERIFY(text({1, 1, 0, 0, 0, 1}).find("Read coils request") != std::string::npos);
     QVERIFY(text({1, 43, 14, 1, 0}).find("Encapsulated interface transport") != std::string::npos);
     QVERIFY(text({1, 100, 1}).find("Function 0x64") != std::string::npos);
-    QCOMPARE(text({1, 0x83, 2}), std::string("Unit 1: Read holding registers exception, illegal data address"));
-    QCOMPARE(text({1, 0x83, 99}), std::string("Unit 1: Read holding registers exception, unknown code"));
-    QVERIFY(text({0, 6, 0, 1, 0, 9}).find("Unit 0 (all): Write single register request, address 1") == 0);
+    QCOMPARE(text({1, 0x83, 2}), std::string("Unit 0x01: Read holding registers exception, illegal data address"));
+    QCOMPARE(text({1, 0x83, 99}), std::string("Unit 0x01: Read holding registers exception, unknown code 0x63"));
+    QVERIFY(text({0, 6, 0, 1, 0, 9}).find("Unit 0x00 (all): Write single register request, address 0x0001") == 0);
 }
 
 void TstModbus::theRateIsFoundAndTold()
@@ -361,6 +363,9 @@ void TstModbus::textsGoFromShortToLong()
              (Texts{"Q", "6", "Write single register", "1: Write single register request",
                     "Unit 1: Write single register request, address 1",
                     "Unit 1: Write single register request, address 1: 0 1 0 9"}));
+    const Texts binary = desk.bubble(0, Channel(0, 3), DisplayBase::Binary);
+    QCOMPARE(binary[1], std::string("0b0000110"));
+    QCOMPARE(binary[4], std::string("Unit 0b00000001: Write single register request, address 0b0000000000000001"));
 }
 
 void TstModbus::eachBitHasAMarker()
@@ -437,9 +442,9 @@ void TstModbus::aReadWithAWriteTellsBothAddresses()
 {
     const Decoded desk(sent({{1, 23, 0, 3, 0, 1, 0, 14, 0, 1, 2, 0, 0xff}, {1, 23, 2, 0, 0xfe}, {2, 23, 2, 0, 0xfe}}),
                        rate);
-    QVERIFY(desk.frame(0).text.find(" request, read address 3, count 1, write address 14, count 1: ") !=
+    QVERIFY(desk.frame(0).text.find(" request, read address 0x0003, count 1, write address 0x000E, count 1: ") !=
             std::string::npos);
-    QVERIFY(desk.frame(1).text.find(" response, read address 3, count 1: ") != std::string::npos);
+    QVERIFY(desk.frame(1).text.find(" response, read address 0x0003, count 1: ") != std::string::npos);
     QVERIFY(desk.frame(2).text.find(" response: ") != std::string::npos);
 }
 
@@ -464,7 +469,7 @@ void TstModbus::exportsHaveAllFrames()
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("frame,3,010600010009") != std::string::npos, csv.c_str());
     const std::string text = decoderChecks::exported(desk, path + ".txt", 0);
-    QVERIFY2(text.find("Write single register request, address 1") != std::string::npos, text.c_str());
+    QVERIFY2(text.find("Write single register request, address 0x0001") != std::string::npos, text.c_str());
 }
 
 void TstModbus::theRegistersAreExportedOneALine()

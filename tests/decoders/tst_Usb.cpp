@@ -213,6 +213,7 @@ private slots:
     void requestsHaveTheirNames_data();
     void requestsHaveTheirNames();
     void configurationsTellWhatIsInThem();
+    void numbersOfRequestsFollowTheBase();
     void bubblesGoFromShortToLong();
     void aCaptureMayBeginWithinAPacket();
     void nothingFalseIsShownWhereTheCaptureEnds();
@@ -282,7 +283,7 @@ void TstUsb::wrongChecksAreTold()
         wire.idle(20).token(0x69, 5, 1U << bit % 5).idle(40).data(0x4b, {1, 2}, 1U << bit).idle(40);
         const Decoded desk(wire);
         QCOMPARE(desk.packets(), (Texts{"packet pid=IN addr=5 ep=0 err=1", "packet pid=DATA1 data=0102 err=1"}));
-        QCOMPARE(desk.frame(0).text, std::string("IN, address 5, endpoint 0, CRC error"));
+        QCOMPARE(desk.frame(0).text, std::string("IN, address 0x05, endpoint 0x0, CRC error"));
     }
 }
 
@@ -530,8 +531,8 @@ void TstUsb::transactionsHoldTheirPackets()
     wire.token(0x69, 5 | 1 << 7).handshake(0x5a).idle(40).token(0x69, 6 | 3 << 7).data(0x4b, {9}).idle(40);
     wire.token(0xe1, 7).idle(40);
     const Decoded desk(wire);
-    QCOMPARE(desk.transactions(),
-             (Texts{"OUT 5.2, ACK: 0x01 0x02", "IN 5.1, NAK", "IN 6.3, no handshake: 0x09", "OUT 7.0, no answer"}));
+    QCOMPARE(desk.transactions(), (Texts{"OUT 0x05.0x2, ACK: 0x01 0x02", "IN 0x05.0x1, NAK",
+                                         "IN 0x06.0x3, no handshake: 0x09", "OUT 0x07.0x0, no answer"}));
     QCOMPARE(desk.frame(0).summary(), std::string("transaction pid=OUT addr=5 ep=2 data=0102 result=ACK"));
     QCOMPARE(desk.frame(0).first, wire.starts[0]);
     QCOMPARE(desk.frame(0).last, wire.ends[2]);
@@ -542,7 +543,7 @@ void TstUsb::anAnswerThatComesTooLateIsNone()
     for (const std::int64_t bits : {16, 40}) {
         Wire wire;
         wire.idle(20).token(0x69, 5).idle(bits).handshake(0x5a).idle(40);
-        QCOMPARE(Decoded(wire).transactions(), Texts{bits < 30 ? "IN 5.0, NAK" : "IN 5.0, no answer"});
+        QCOMPARE(Decoded(wire).transactions(), Texts{bits < 30 ? "IN 0x05.0x0, NAK" : "IN 0x05.0x0, no answer"});
     }
 }
 
@@ -560,14 +561,15 @@ void TstUsb::controlTransfersTellTheirRequest()
     wire.token(0xe1, 5).data(0x4b, {}).handshake(0xd2).idle(40);
     const Texts got = Decoded(wire).transactions();
     QCOMPARE(got.size(), std::size_t(8));
-    QCOMPARE(got.front(), std::string("SETUP 5.0, ACK: GET_DESCRIPTOR Device 0, 18 bytes"));
-    QCOMPARE(got.back(), std::string("OUT 5.0, ACK: end of GET_DESCRIPTOR Device 0, 18 bytes: USB 1.10, class 0x00, "
-                                     "vendor 0x1234, product 0x5678"));
+    QCOMPARE(got.front(), std::string("SETUP 0x05.0x0, ACK: GET_DESCRIPTOR Device 0, 18 bytes"));
+    QCOMPARE(got.back(),
+             std::string("OUT 0x05.0x0, ACK: end of GET_DESCRIPTOR Device 0, 18 bytes: USB 1.10, class 0x00, "
+                         "vendor 0x1234, product 0x5678"));
     Wire noData;
     noData.idle(20).token(0x2d, 0).data(0xc3, {0, 5, 13, 0, 0, 0, 0, 0}).handshake(0xd2).idle(40);
     noData.token(0x69, 0).data(0x4b, {}).handshake(0xd2).idle(40);
     QCOMPARE(Decoded(noData).transactions(),
-             (Texts{"SETUP 0.0, ACK: SET_ADDRESS 13", "IN 0.0, ACK: end of SET_ADDRESS 13"}));
+             (Texts{"SETUP 0x00.0x0, ACK: SET_ADDRESS 0x0D", "IN 0x00.0x0, ACK: end of SET_ADDRESS 0x0D"}));
 }
 
 void TstUsb::requestsHaveTheirNames_data()
@@ -597,7 +599,7 @@ void TstUsb::requestsHaveTheirNames()
     QFETCH(QByteArray, bytes);
     QFETCH(QString, text);
     const Bytes setup(bytes.begin(), bytes.end());
-    QCOMPARE(QString::fromStdString(usb::requestText(setup)), text);
+    QCOMPARE(QString::fromStdString(usb::requestText(setup, DisplayBase::Hexadecimal)), text);
 }
 
 void TstUsb::configurationsTellWhatIsInThem()
@@ -605,15 +607,29 @@ void TstUsb::configurationsTellWhatIsInThem()
     const Bytes request = {0x80, 6, 0, 2, 0, 0, 255, 0};
     const Bytes answer = {9, 2, 34,   0,    1, 1, 0, 0xa0, 50, 9, 4, 0, 0,    1, 3, 1, 2,
                           0, 9, 0x21, 0x10, 1, 0, 1, 0x22, 52, 0, 7, 5, 0x81, 3, 4, 0, 10};
-    QCOMPARE(usb::descriptorText(request, answer),
-             std::string("Configuration 1, 1 interface, 100 mA; Interface 0 class 0x03; HID; Endpoint 1 IN interrupt"));
-    QCOMPARE(usb::descriptorText(request, Bytes{4, 3, 'A', 0}), std::string("\"A\""));
+    QCOMPARE(
+        usb::descriptorText(request, answer, DisplayBase::Hexadecimal),
+        std::string("Configuration 1, 1 interface, 100 mA; Interface 0 class 0x03; HID; Endpoint 0x1 IN interrupt"));
+    QCOMPARE(usb::descriptorText(request, Bytes{4, 3, 'A', 0}, DisplayBase::Decimal), std::string("\"A\""));
     for (std::size_t length = 0; length <= answer.size(); ++length) {
         Bytes part(answer.begin(), answer.begin() + std::ptrdiff_t(length));
-        QVERIFY(usb::descriptorText(request, part).size() < 100);
+        QVERIFY(usb::descriptorText(request, part, DisplayBase::Decimal).size() < 100);
         part.resize(answer.size(), 0xff);
-        QVERIFY(usb::descriptorText(request, part).size() < 200);
+        QVERIFY(usb::descriptorText(request, part, DisplayBase::Decimal).size() < 200);
     }
+}
+
+void TstUsb::numbersOfRequestsFollowTheBase()
+{
+    const Bytes vendor = {0xc0, 0x1d, 2, 1, 3, 0, 4, 0};
+    QCOMPARE(usb::requestText(vendor, DisplayBase::Decimal),
+             std::string("vendor request 29, value 258, index 3, 4 bytes"));
+    const Bytes address = {0, 5, 13, 0, 0, 0, 0, 0};
+    QCOMPARE(usb::requestText(address, DisplayBase::Binary), std::string("SET_ADDRESS 0b0001101"));
+    const Bytes device = {0x80, 6, 0, 1, 0, 0, 18, 0};
+    const Bytes answer = {18, 1, 0x10, 1, 9, 0, 0, 8, 2, 1, 4, 3, 0, 1, 0, 0, 0, 1};
+    QCOMPARE(usb::descriptorText(device, answer, DisplayBase::Decimal),
+             std::string("USB 1.10, class 9, vendor 258, product 772"));
 }
 
 void TstUsb::bubblesGoFromShortToLong()
@@ -623,7 +639,8 @@ void TstUsb::bubblesGoFromShortToLong()
     const Decoded desk(wire);
     const Channel dp(0, dpChannel);
     const Channel dm(0, dmChannel);
-    QCOMPARE(desk.bubble(1, dp, DisplayBase::Hexadecimal), (Texts{"I", "IN", "IN 5.1", "IN, address 5, endpoint 1"}));
+    QCOMPARE(desk.bubble(1, dp, DisplayBase::Hexadecimal),
+             (Texts{"I", "IN", "IN 0x05.0x1", "IN, address 0x05, endpoint 0x1"}));
     QCOMPARE(QString::fromStdString(desk.bubble(2, dp, DisplayBase::Ascii).back()), QStringLiteral("DATA1: \"A\""));
     QCOMPARE(desk.bubble(0, dm, DisplayBase::Decimal), (Texts{"I", "IN", "IN 5.1", "IN 5.1, ACK", "IN 5.1, ACK: 65"}));
     QVERIFY(desk.bubble(0, dp, DisplayBase::Decimal).empty());
@@ -673,7 +690,7 @@ void TstUsb::exportsCanBeReadByOthers()
     QCOMPARE(pcap.substr(40, 2), std::string("\x69\x05"));
     QCOMPARE(pcap.back(), '\xd2');
     const std::string text = decoderChecks::exported(desk, path + ".txt", UsbSettings::Transactions);
-    QVERIFY2(text.find(" IN 5.0, ACK: 0x01 0x02") != std::string::npos, text.c_str());
+    QVERIFY2(text.find(" IN 0x05.0x0, ACK: 0x01 0x02") != std::string::npos, text.c_str());
 
     if (pcapFields::reader().isEmpty()) {
         QSKIP("tshark is not installed");
