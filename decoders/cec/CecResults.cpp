@@ -1,6 +1,7 @@
 #include "CecResults.h"
 
 #include "CecNames.h"
+#include "common/MessageExport.h"
 
 using lux::FrameText;
 using lux::FrameValues;
@@ -156,12 +157,13 @@ void CecResults::exportMessages(lux::ExportWriter &out) const
 {
     const std::uint64_t count = frameCount();
     FrameText text;
+    lux::MessageExport messages(out);
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
         if (one.kind == Message || one.kind == Cut) {
             text.start(FrameText::Purpose::Tabular, Channel(), out.base());
             describeMessage(one, text);
-            out.line(out.seconds(one.firstSample), "\t", text.last());
+            messages.whole(one, text.last());
         }
         out.progress(i, count);
     }

@@ -1,5 +1,7 @@
 #include "DmxResults.h"
 
+#include "common/MessageExport.h"
+
 #include <array>
 #include <string_view>
 
@@ -125,8 +127,10 @@ std::span<const char *const> DmxResults::columns() const
 
 void DmxResults::exportFile(ExportWriter &out, std::uint32_t optionId) const
 {
-    if (optionId == DmxSettings::Packets) {
+    if (optionId == DmxSettings::Packets && out.isCsv()) {
         exportPackets(out);
+    } else if (optionId == DmxSettings::Packets) {
+        exportPacketTexts(out);
     } else {
         exportFrames(out);
     }
@@ -163,4 +167,28 @@ void DmxResults::exportPackets(ExportWriter &out) const
     if (isOpen) {
         out.endLine();
     }
+}
+
+/// The same as text: "0.000012 0x00 0x7F 0x80".
+void DmxResults::exportPacketTexts(ExportWriter &out) const
+{
+    FrameText numbers;
+    numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+    lux::MessageExport packets(out);
+    const std::uint64_t count = frameCount();
+    FrameData open;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const FrameData one = frame(i);
+        if (one.kind == Break) {
+            packets.end();
+            open = one;
+        } else if (one.kind == Start) {
+            packets.begin(open);
+        }
+        if (packets.isOpen() && one.kind != Mark) {
+            packets.add(one, numbers.number(one.data, 8));
+        }
+        out.progress(i, count);
+    }
+    packets.end();
 }

@@ -33,6 +33,7 @@ private:
     [[nodiscard]] static bool has(const FrameData &frame, Flag flag) { return (frame.flags & flag) != 0; }
     void describeValue(const FrameData &frame, lux::FrameText &out) const;
     void exportPackets(lux::ExportWriter &out) const;
+    void exportPacketTexts(lux::ExportWriter &out) const;
 
     Channel m_line;
 };

@@ -7,4 +7,5 @@ DmxSettings::DmxSettings()
       invert(*this, "invert", "Polarity", "Inverted", "The line is low while it is idle, as Data- is")
 {
     addExport(Packets, "Packets, a line each", "CSV file", "csv");
+    addExport(Packets, "Packets, a line each", "Text file", "txt");
 }

@@ -1,5 +1,7 @@
 #include "I2cResults.h"
 
+#include "common/MessageExport.h"
+
 #include <string_view>
 
 using lux::FrameText;
@@ -200,48 +202,36 @@ void I2cResults::exportMessages(lux::ExportWriter &out) const
 {
     FrameText numbers;
     numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+    lux::MessageExport messages(out);
     const std::uint64_t count = frameCount();
-    bool isOpen = false;
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
-        if (one.kind == Start && isOpen) {
-            out.write("\n");
-            isOpen = false;
-        }
-        if (!isOpen) {
-            out.write(out.seconds(one.firstSample));
-            isOpen = true;
+        if (one.kind == Start || !messages.isOpen()) {
+            messages.begin(one);
         }
         const std::string_view ack = (one.flags & Nack) != 0 ? " N" : " A";
         switch (one.kind) {
         case Start:
-            out.write(" S");
+            messages.add(one, "S");
             break;
         case Restart:
-            out.write(" Sr");
+            messages.add(one, "Sr");
             break;
         case Stop:
-            out.line(" P");
-            isOpen = false;
+            messages.add(one, "P");
+            messages.end();
             break;
         case Address:
-            out.write(" ");
-            out.write(addressText(one, numbers));
-            out.write((one.flags & Read) != 0 ? " R" : " W");
-            out.write(ack);
+            messages.add(one, addressText(one, numbers), (one.flags & Read) != 0 ? " R" : " W", ack);
             break;
         case Data:
-            out.write(" ");
-            out.write(numbers.number(one.data, 8));
-            out.write(ack);
+            messages.add(one, numbers.number(one.data, 8), ack);
             break;
         default:
-            out.write(" cut");
+            messages.add(one, "cut");
             break;
         }
         out.progress(i, count);
     }
-    if (isOpen) {
-        out.write("\n");
-    }
+    messages.end();
 }

@@ -12,4 +12,5 @@ I2cSettings::I2cSettings()
 {
     addExport(DataBytes, "Data bytes", "Binary file", "bin");
     addExport(Messages, "Messages", "Text file", "txt");
+    addExport(Messages, "Messages", "CSV file", "csv");
 }

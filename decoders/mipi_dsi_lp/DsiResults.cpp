@@ -1,6 +1,7 @@
 #include "DsiResults.h"
 
 #include "DsiNames.h"
+#include "common/MessageExport.h"
 
 using lux::FrameText;
 using lux::FrameValues;
@@ -210,4 +211,32 @@ std::span<const char *const> DsiResults::columns() const
 {
     static constexpr const char *names[] = {"lane", "v", "vc", "dt", "data", "ecc", "crc", "n"};
     return names;
+}
+
+// ---- exports --------------------------------------------------------------------------------------------------------
+
+void DsiResults::exportFile(lux::ExportWriter &out, std::uint32_t optionId) const
+{
+    if (optionId == DsiSettings::Packets) {
+        exportPackets(out);
+    } else {
+        exportFrames(out);
+    }
+}
+
+/// A line a packet, whole or cut; without the entries and bytes that it is made of.
+void DsiResults::exportPackets(lux::ExportWriter &out) const
+{
+    const std::uint64_t count = frameCount();
+    FrameText text;
+    lux::MessageExport messages(out);
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const FrameData one = frame(i);
+        if (one.kind == Packet || one.kind == Cut) {
+            text.start(FrameText::Purpose::Tabular, Channel(), out.base());
+            describe(one, text);
+            messages.whole(one, text.last());
+        }
+        out.progress(i, count);
+    }
 }

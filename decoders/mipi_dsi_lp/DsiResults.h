@@ -36,6 +36,7 @@ protected:
     void describe(const FrameData &frame, lux::FrameText &out) const override;
     void values(const FrameData &frame, lux::FrameValues &out) const override;
     [[nodiscard]] std::span<const char *const> columns() const override;
+    void exportFile(lux::ExportWriter &out, std::uint32_t optionId) const override;
 
 private:
     [[nodiscard]] static bool has(const FrameData &frame, Flag flag) { return (frame.flags & flag) != 0; }
@@ -43,6 +44,7 @@ private:
     [[nodiscard]] bool isShownOn(const FrameData &frame, const Channel &channel) const;
     void describeEntry(const FrameData &frame, lux::FrameText &out) const;
     void describePacket(const FrameData &frame, lux::FrameText &out) const;
+    void exportPackets(lux::ExportWriter &out) const;
 
     std::array<DsiSettings::Lane, DsiSettings::mostLanes> m_lanes;
 };

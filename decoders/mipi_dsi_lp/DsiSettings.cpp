@@ -14,7 +14,10 @@ DsiSettings::DsiSettings()
       lanes(*this, "lanes", "Lanes",
             "How many data lanes are decoded; low-power data is on lane 0 alone, ultra-low power and bursts on all",
             {.least = 1, .most = std::int32_t(mostLanes)}, 1)
-{}
+{
+    addExport(Packets, "Packets", "Text file", "txt");
+    addExport(Packets, "Packets", "CSV file", "csv");
+}
 
 std::string DsiSettings::check() const
 {

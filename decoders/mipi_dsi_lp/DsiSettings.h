@@ -13,6 +13,8 @@ public:
         Channel n;
     };
 
+    enum Export : std::uint32_t { Packets = 1 };
+
     DsiSettings();
 
     lux::ChannelSetting d0p;

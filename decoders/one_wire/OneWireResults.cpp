@@ -1,6 +1,7 @@
 #include "OneWireResults.h"
 
 #include "OneWireTimes.h"
+#include "common/MessageExport.h"
 
 #include <bit>
 
@@ -216,31 +217,28 @@ void OneWireResults::exportMessages(lux::ExportWriter &out) const
 {
     FrameText numbers;
     numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+    lux::MessageExport messages(out);
     const std::uint64_t count = frameCount();
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
         if (one.kind == Reset || i == 0) {
-            out.write(i == 0 ? "" : "\n");
-            out.write(out.seconds(one.firstSample));
+            messages.begin(one);
         }
         switch (one.kind) {
         case Reset:
-            out.write((one.flags & Present) != 0 ? " R" : " R!");
+            messages.add(one, (one.flags & Present) != 0 ? "R" : "R!");
             break;
         case Byte:
-            out.write(" ");
-            out.write(numbers.number(one.data, 8));
+            messages.add(one, numbers.number(one.data, 8));
             break;
         case Search:
-            out.write(" ");
-            out.write(numbers.number(one.data, 64));
+            messages.add(one, numbers.number(one.data, 64));
             break;
         default:
-            out.write(" ");
-            out.write(restOf(one));
+            messages.add(one, restOf(one));
             break;
         }
         out.progress(i, count);
     }
-    out.write(count > 0 ? "\n" : "");
+    messages.end();
 }

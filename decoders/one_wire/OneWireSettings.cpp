@@ -11,4 +11,5 @@ OneWireSettings::OneWireSettings()
             OneWireSpeed::Auto)
 {
     addExport(Messages, "Messages", "Text file", "txt");
+    addExport(Messages, "Messages", "CSV file", "csv");
 }

@@ -1,5 +1,7 @@
 #include "QspiResults.h"
 
+#include "common/MessageExport.h"
+
 #include <algorithm>
 
 using lux::FrameText;
@@ -222,6 +224,9 @@ void QspiResults::exportFile(lux::ExportWriter &out, std::uint32_t optionId) con
     case QspiSettings::WrittenData:
         exportData(out, true);
         break;
+    case QspiSettings::Transfers:
+        exportTransfers(out);
+        break;
     default:
         exportFrames(out);
         break;
@@ -236,6 +241,23 @@ void QspiResults::exportData(lux::ExportWriter &out, bool written) const
         const FrameData one = frame(i);
         if (one.kind == Transfer && has(one, Write) == written) {
             out.write(dataOf(one));
+        }
+        out.progress(i, count);
+    }
+}
+
+/// A line a transfer, with all its phases.
+void QspiResults::exportTransfers(lux::ExportWriter &out) const
+{
+    const std::uint64_t count = frameCount();
+    FrameText text;
+    lux::MessageExport messages(out);
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const FrameData one = frame(i);
+        if (one.kind == Transfer || one.kind == Short) {
+            text.start(FrameText::Purpose::Tabular, Channel(), out.base());
+            describe(one, text);
+            messages.whole(one, text.last());
         }
         out.progress(i, count);
     }

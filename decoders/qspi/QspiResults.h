@@ -67,6 +67,7 @@ private:
     void describeTransfer(const FrameData &frame, lux::FrameText &out) const;
     void transferValues(const FrameData &frame, lux::FrameValues &out) const;
     void exportData(lux::ExportWriter &out, bool written) const;
+    void exportTransfers(lux::ExportWriter &out) const;
 
     Channel m_cs;
     Channel m_io;

@@ -44,6 +44,8 @@ QspiSettings::QspiSettings()
 {
     addExport(ReadData, "Data that was read", "Binary file", "bin");
     addExport(WrittenData, "Data that was written", "Binary file", "bin");
+    addExport(Transfers, "Transfers", "Text file", "txt");
+    addExport(Transfers, "Transfers", "CSV file", "csv");
 }
 
 std::array<Channel, 4> QspiSettings::lines() const

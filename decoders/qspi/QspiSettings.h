@@ -22,7 +22,7 @@ enum class QspiOrder : std::uint8_t { Big, Little };
 /// The settings of a serial flash memory.
 class QspiSettings final : public lux::Settings {
 public:
-    enum Export : std::uint32_t { ReadData = 1, WrittenData = 2 };
+    enum Export : std::uint32_t { ReadData = 1, WrittenData = 2, Transfers = 3 };
     static constexpr std::int32_t dummyOfCommand = -1;
 
     QspiSettings();

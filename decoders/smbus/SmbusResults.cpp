@@ -1,6 +1,7 @@
 #include "SmbusResults.h"
 
 #include "SmbusProtocol.h"
+#include "common/MessageExport.h"
 
 using lux::FrameText;
 using lux::FrameValues;
@@ -193,12 +194,13 @@ void SmbusResults::exportTransactions(lux::ExportWriter &out) const
 {
     const std::uint64_t count = frameCount();
     FrameText text;
+    lux::MessageExport messages(out);
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
         if (one.kind == Transaction || one.kind == Timeout) {
             text.start(FrameText::Purpose::Tabular, Channel(), out.base());
             describe(one, text);
-            out.line(out.seconds(one.firstSample), "\t", text.last());
+            messages.whole(one, text.last());
         }
         out.progress(i, count);
     }

@@ -4,4 +4,5 @@ SmbusSettings::SmbusSettings()
     : scl(*this, "scl", "SMBCLK", "The clock line"), sda(*this, "sda", "SMBDAT", "The data line")
 {
     addExport(Transactions, "Transactions", "Text file", "txt");
+    addExport(Transactions, "Transactions", "CSV file", "csv");
 }

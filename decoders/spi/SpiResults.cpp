@@ -1,5 +1,7 @@
 #include "SpiResults.h"
 
+#include "common/MessageExport.h"
+
 #include <string_view>
 
 using lux::FrameText;
@@ -125,28 +127,19 @@ void SpiResults::exportTransfers(lux::ExportWriter &out) const
 {
     FrameText numbers;
     numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+    lux::MessageExport messages(out);
     const std::uint64_t count = frameCount();
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
         if (i == 0 || (one.flags & FirstOfTransfer) != 0) {
-            out.write(i == 0 ? "" : "\n");
-            out.write(out.seconds(one.firstSample));
+            messages.begin(one);
         }
         const unsigned bits = one.kind == Cut ? one.extra : m_bits;
-        out.write(" ");
-        if (m_mosi.isDefined()) {
-            out.write(numbers.number(one.data, bits));
-        }
-        if (m_mosi.isDefined() && m_miso.isDefined()) {
-            out.write("/");
-        }
-        if (m_miso.isDefined()) {
-            out.write(numbers.number(one.data2, bits));
-        }
-        out.write(one.kind == Cut ? " cut" : "");
+        const ShortText mosi = m_mosi.isDefined() ? numbers.number(one.data, bits) : ShortText();
+        const ShortText miso = m_miso.isDefined() ? numbers.number(one.data2, bits) : ShortText();
+        messages.add(one, mosi, m_mosi.isDefined() && m_miso.isDefined() ? "/" : "", miso,
+                     one.kind == Cut ? " cut" : "");
         out.progress(i, count);
     }
-    if (count > 0) {
-        out.write("\n");
-    }
+    messages.end();
 }

@@ -28,6 +28,7 @@ SpiSettings::SpiSettings()
     addExport(MosiWords, "Words of MOSI", "Binary file", "bin");
     addExport(MisoWords, "Words of MISO", "Binary file", "bin");
     addExport(Transfers, "Transfers", "Text file", "txt");
+    addExport(Transfers, "Transfers", "CSV file", "csv");
 }
 
 Channel SpiSettings::select() const

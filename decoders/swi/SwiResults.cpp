@@ -1,6 +1,7 @@
 #include "SwiResults.h"
 
 #include "SwiNames.h"
+#include "common/MessageExport.h"
 
 #include <string_view>
 
@@ -145,12 +146,13 @@ void SwiResults::exportBlocks(lux::ExportWriter &out) const
 {
     const std::uint64_t count = frameCount();
     FrameText text;
+    lux::MessageExport messages(out);
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
         if (one.kind != Byte) {
             text.start(FrameText::Purpose::Tabular, Channel(), out.base());
             describe(one, text);
-            out.line(out.seconds(one.firstSample), "\t", text.last());
+            messages.whole(one, text.last());
         }
         out.progress(i, count);
     }

@@ -6,4 +6,5 @@ SwiSettings::SwiSettings()
               {.least = 1000, .most = 10000000}, usualRate)
 {
     addExport(Blocks, "Blocks", "Text file", "txt");
+    addExport(Blocks, "Blocks", "CSV file", "csv");
 }

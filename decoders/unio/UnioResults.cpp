@@ -1,5 +1,7 @@
 #include "UnioResults.h"
 
+#include "common/MessageExport.h"
+
 #include <string_view>
 
 using lux::FrameText;
@@ -141,22 +143,27 @@ void UnioResults::exportMessages(lux::ExportWriter &out) const
 {
     FrameText numbers;
     numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+    lux::MessageExport messages(out);
     const std::uint64_t count = frameCount();
-    bool isOpen = false;
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
-        if (one.kind == Header || one.kind == Standby) {
-            out.write(isOpen ? "\n" : "");
-            isOpen = one.kind == Header;
-            out.write(isOpen ? out.seconds(one.firstSample) : ShortText());
+        if (one.kind == Header) {
+            messages.begin(one);
+        } else if (one.kind == Standby) {
+            messages.end();
         } else {
+            if (!messages.isOpen()) {
+                messages.begin(one);
+            }
             const std::string_view name = one.line == Command ? commandName(one.data) : std::string_view();
             const ShortText number = numbers.number(one.data, 8);
-            out.write(" ");
-            out.write(one.kind == Cut ? "cut" : name.empty() ? number.view() : name);
-            out.write(one.kind == Byte && (one.flags & Sak) == 0 ? "!" : "");
+            messages.add(one,
+                         one.kind == Cut ? "cut"
+                         : name.empty()  ? number.view()
+                                         : name,
+                         one.kind == Byte && (one.flags & Sak) == 0 ? "!" : "");
         }
         out.progress(i, count);
     }
-    out.write(isOpen ? "\n" : "");
+    messages.end();
 }

@@ -1,4 +1,5 @@
 #include "UsbResults.h"
+#include "common/MessageExport.h"
 #include "common/Pcap.h"
 
 using lux::ExportWriter;
@@ -39,6 +40,7 @@ void UsbResults::exportPcap(ExportWriter &out) const
 /// A line a transaction: time, then its text.
 void UsbResults::exportTransactions(ExportWriter &out) const
 {
+    lux::MessageExport messages(out);
     const std::uint64_t count = frameCount();
     for (std::uint64_t i = 0; i < count; ++i) {
         const FrameData one = frame(i);
@@ -46,7 +48,7 @@ void UsbResults::exportTransactions(ExportWriter &out) const
             lux::FrameText text;
             text.start(lux::FrameText::Purpose::Tabular, Channel(), out.base());
             describeTransaction(one, text);
-            out.line(out.seconds(one.firstSample), " ", text.last());
+            messages.whole(one, text.last(), " ");
         }
         out.progress(i, count);
     }

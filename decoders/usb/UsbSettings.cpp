@@ -11,4 +11,5 @@ UsbSettings::UsbSettings()
 {
     addExport(Pcap, "Packets for a packet analyzer", "Packet capture", "pcap");
     addExport(Transactions, "Transactions", "Text file", "txt");
+    addExport(Transactions, "Transactions", "CSV file", "csv");
 }

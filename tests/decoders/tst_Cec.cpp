@@ -399,6 +399,9 @@ void TstCec::exportsHaveALineAMessage()
     const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
     QCOMPARE(decoderChecks::exported(desk, path + ".txt", CecSettings::Messages),
              std::string("0.00500\tTV to Audio system: Standby\n0.06950\tPlayback 1 to Audio system: poll\n"));
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", CecSettings::Messages);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",TV to Audio system: Standby\n0.06950,") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("block,54,1,1,") != std::string::npos, csv.c_str());
 }

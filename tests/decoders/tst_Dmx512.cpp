@@ -348,6 +348,8 @@ void TstDmx512::exportsHaveAllSlots()
     QCOMPARE(packets.substr(0, 22), std::string("time,start code,slots\n").substr(0, 22));
     QVERIFY2(packets.find("0.0000800,0,65,2\n") != std::string::npos, packets.c_str());
     QVERIFY2(packets.find(",23,9\n") != std::string::npos, packets.c_str());
+    const std::string text = decoderChecks::exported(desk, path + ".txt", DmxSettings::Packets);
+    QVERIFY2(text.starts_with("0.0000800 0x00 0x41 0x02\n") && text.ends_with(" 0x17 0x09\n"), text.c_str());
 }
 
 void TstDmx512::aCutSlotIsNotShown()

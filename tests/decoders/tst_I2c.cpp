@@ -296,6 +296,9 @@ void TstI2c::exportsHaveBytesAndMessages()
     const std::string text = decoderChecks::exported(desk, path + ".txt", I2cSettings::Messages);
     QVERIFY2(text.find(" S 0x7A W A 0x34 A 0x41 A P\n") != std::string::npos, text.c_str());
     QVERIFY2(text.find(" S 0x50 W A 0x42 A Sr 0x50 R A 0x43 N P\n") != std::string::npos, text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", I2cSettings::Messages);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",S 0x7A W A 0x34 A 0x41 A P\n") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("data,67,1,0,") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find("data,52,0,1,564,,") != std::string::npos, csv.c_str());

@@ -156,6 +156,7 @@ private slots:
     void theLengthIsThatOfTheCorrectedHead();
     void whatIsWrongHasAMarker();
     void aTableHasTheBytesOfACutPacket();
+    void packetsAreExportedOneALine();
     void packetsFollowEachOtherInOneTransmission();
     void entriesHaveTheirNames_data();
     void entriesHaveTheirNames();
@@ -302,6 +303,21 @@ void TstMipiDsiLp::aTableHasTheBytesOfACutPacket()
     const std::string csv = decoderChecks::exported(Decoded(wire), path, 0);
     QVERIFY2(csv.find(",ecc,crc,n,text\n") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",cut,,,,,,,,3,Packet cut after 3 bytes") != std::string::npos, csv.c_str());
+}
+
+void TstMipiDsiLp::packetsAreExportedOneALine()
+{
+    Wire wire;
+    wire.stop().enter(lowPowerData).send(displayOn).send({0x05, 0x29, 0x00}).leave();
+    const Decoded desk(wire);
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
+    const std::string text = decoderChecks::exported(desk, path + ".txt", DsiSettings::Packets);
+    QCOMPARE(std::count(text.begin(), text.end(), '\n'), std::ptrdiff_t(2));
+    QVERIFY2(text.ends_with("\tPacket cut after 3 bytes\n"), text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", DsiSettings::Packets);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.ends_with(",Packet cut after 3 bytes\n"), lines.c_str());
 }
 
 void TstMipiDsiLp::packetsFollowEachOtherInOneTransmission()

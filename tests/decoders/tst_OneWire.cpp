@@ -442,6 +442,9 @@ void TstOneWire::exportsHaveALineAMessage()
     const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
     QCOMPARE(decoderChecks::exported(desk, path + ".txt", OneWireSettings::Messages),
              std::string("0.000100 R 0xCC 0x44\n0.002180 R 0x33 10\n"));
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", OneWireSettings::Messages);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",R 0xCC 0x44\n0.002180,") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find(",byte,204,command,,,,,,Skip ROM (0xCC)\n") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",reset,,,1,0,,,,") != std::string::npos, csv.c_str());

@@ -634,6 +634,12 @@ void TstQspi::exportsHaveTheDataOfEachDirection()
     QVERIFY2(csv.find(",v,n,out,in,data2,data4,text\n") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",1,4142,,,0000000000,0000004142,,,") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",4,4344,,,,,,4344,") != std::string::npos, csv.c_str());
+    const std::string text = decoderChecks::exported(desk, path + ".txt", QspiSettings::Transfers);
+    QCOMPARE(std::count(text.begin(), text.end(), '\n'), std::ptrdiff_t(3));
+    QVERIFY2(text.find(desk.frame(0).text) != std::string::npos, text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", QspiSettings::Transfers);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QCOMPARE(std::count(lines.begin(), lines.end(), '\n'), std::ptrdiff_t(4));
 }
 
 void TstQspi::whatTheCaptureCutsIsNotShown()

@@ -374,6 +374,9 @@ void TstSmbus::exportsHaveALineATransaction()
     const std::string text = decoderChecks::exported(desk, path + ".txt", SmbusSettings::Transactions);
     QVERIFY2(text.find("\tSend Byte 0x5A: 0xB4 0x11\n") != std::string::npos, text.c_str());
     QVERIFY2(text.ends_with("\tQuick Command 0x5A: 0xB5\n"), text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", SmbusSettings::Transactions);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",Quick Command 0x5A: 0xB5\n") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("transaction,B411,,,0,Send Byte,,") != std::string::npos, csv.c_str());
     Wire cut;

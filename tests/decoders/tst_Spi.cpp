@@ -415,6 +415,9 @@ void TstSpi::exportsHaveTheWordsOfEachLine()
     const std::string first = " 0x123/0xEDC 0xABC/0x543\n";
     const std::string second = " 0x456/0xBA9 0x3/0x0 cut\n";
     QVERIFY2(text.find(first) != std::string::npos && text.find(second) != std::string::npos, text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", SpiSettings::Transfers);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",0x456/0xBA9 0x3/0x0 cut\n") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("word,291,3804,,") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find("kind,mosi,miso,n,text\n") != std::string::npos, csv.c_str());

@@ -436,6 +436,9 @@ void TstSwi::exportsHaveALineABlock()
     const std::string text = decoderChecks::exported(desk, path + ".txt", SwiSettings::Blocks);
     QCOMPARE(std::count(text.begin(), text.end(), '\n'), std::ptrdiff_t(3));
     QVERIFY2(text.ends_with("\tAnswer awake: 0x11\n"), text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", SwiSettings::Blocks);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",Answer awake: 0x11\n") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("block,11,1,device,") != std::string::npos, csv.c_str());
 }

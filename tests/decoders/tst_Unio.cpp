@@ -332,6 +332,9 @@ void TstUnio::exportsHaveALineAMessage()
     const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
     QCOMPARE(decoderChecks::exported(desk, path + ".txt", UnioSettings::Messages),
              std::string("0.000715 0xA0 WREN\n0.001930 0xA0! 0x12\n"));
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", UnioSettings::Messages);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",0xA0 WREN\n0.001930,") != std::string::npos, lines.c_str());
     const std::string csv = decoderChecks::exported(desk, path + ".csv", 0);
     QVERIFY2(csv.find("byte,150,0,1,,") != std::string::npos, csv.c_str());
     Wire cut;

@@ -691,6 +691,9 @@ void TstUsb::exportsCanBeReadByOthers()
     QCOMPARE(pcap.back(), '\xd2');
     const std::string text = decoderChecks::exported(desk, path + ".txt", UsbSettings::Transactions);
     QVERIFY2(text.find(" IN 0x05.0x0, ACK: 0x01 0x02") != std::string::npos, text.c_str());
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", UsbSettings::Transactions);
+    QVERIFY2(lines.starts_with("time_s,first_sample,last_sample,text\n"), lines.c_str());
+    QVERIFY2(lines.find(",\"IN 0x05.0x0, ACK: 0x01 0x02") != std::string::npos, lines.c_str());
 
     if (pcapFields::reader().isEmpty()) {
         QSKIP("tshark is not installed");
