@@ -5,6 +5,8 @@
 
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace AnalyzerSetup {
@@ -60,6 +62,19 @@ QString knownNames(const AnalyzerManager &manager)
     return names.isEmpty() ? QStringLiteral("none") : names.join(QStringLiteral(", "));
 }
 
+/// A bit rate may be "auto" for 0, which finds it, and need not be whole.
+bool take(AnalyzerSettingInterface &face, const QString &value)
+{
+    const bool isRate = QLatin1String(face.GetKey()).endsWith(QLatin1String("rate"));
+    if (isRate && value.compare(QLatin1String("auto"), Qt::CaseInsensitive) == 0) {
+        return face.SetFromText("0");
+    }
+    const double number = isRate ? value.toDouble() : 0;
+    const bool isWithinLimits = number >= 1 && number <= std::numeric_limits<std::int32_t>::max();
+    return face.SetFromText(isWithinLimits ? QByteArray::number(qRound(number)).constData()
+                                           : value.toUtf8().constData());
+}
+
 QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
 {
     for (const auto &[key, value] : request.settings) {
@@ -68,7 +83,7 @@ QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
             return QStringLiteral("%1 has no setting \"%2\"; it has: %3").arg(request.name, key, knownKeys(settings));
         }
         for (AnalyzerSettingInterface *face : faces) {
-            if (!face->SetFromText(value.toUtf8().constData())) {
+            if (!take(*face, value)) {
                 const QString possible = QString::fromStdString(AnalyzerSetup::valuesOf(*face));
                 return QStringLiteral("%1: \"%2\" is no value of %3").arg(request.name, value, key) +
                        (possible.isEmpty() ? QString() : QStringLiteral("; possible: ") + possible);

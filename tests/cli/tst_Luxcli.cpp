@@ -434,6 +434,9 @@ void TstLuxcli::keysThatMeanTheSameAreTaken()
         return outcome.out.left(outcome.out.indexOf('\n'));
     };
     QVERIFY(head("UART:rx=3,bitrate=9600").contains("\"baudrate\":9600"));
+    QVERIFY(head("UART:rx=3,baudrate=9600.3").contains("\"baudrate\":9600,"));
+    QVERIFY(head("UART:rx=3,baudrate=auto").contains("\"baudrate\":0"));
+    QVERIFY(head("UART:rx=3,baudrate=0.3").isEmpty()); // 0 would find it
     QVERIFY(head("UART:rx=3,bit_rate=9600").contains("\"baudrate\":9600"));
     QVERIFY(head("Manchester:data=3,baudrate=9600").contains("\"bitrate\":9600"));
     const QByteArray modbus = head("Modbus:rx=3,baudrate=9600,invert=true");
