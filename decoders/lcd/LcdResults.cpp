@@ -109,7 +109,10 @@ void LcdResults::describeData(const FrameData &frame, FrameText &out) const
     }
     out.add(isText ? shown : number);
     out.add(frame.kind == Data ? "Data " : "Read ", isText ? shown : number);
-    out.add(frame.kind == Data ? "Data " : "Read ", number, isText ? " " : "", shown, where, half(frame));
+    const bool tellsCharacter = out.base() == DisplayBase::Ascii || out.base() == DisplayBase::AsciiHex;
+    const bool showsBoth = isText && !tellsCharacter;
+    out.add(frame.kind == Data ? "Data " : "Read ", number, showsBoth ? " " : "", showsBoth ? shown : ShortText(),
+            where, half(frame));
 }
 
 /// Which half of the display is meant, where there are two.

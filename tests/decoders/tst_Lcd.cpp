@@ -491,6 +491,8 @@ void TstLcd::textsGoFromShortToLong()
     QCOMPARE(desk.bubble(0, highest, DisplayBase::Hexadecimal),
              (Texts{"0x01", "Clear display", "Clear display (0x01)"}));
     QCOMPARE(desk.bubble(1, highest, DisplayBase::Decimal), (Texts{"'A'", "Data 'A'", "Data 65 'A' to DDRAM 0"}));
+    QCOMPARE(desk.bubble(1, highest, DisplayBase::Ascii).back(), std::string("Data 'A' to DDRAM NUL")); // once
+    QCOMPARE(desk.bubble(1, highest, DisplayBase::AsciiHex).back(), std::string("Data 'A' (0x41) to DDRAM NUL (0x00)"));
     QCOMPARE(desk.bubble(2, highest, DisplayBase::Hexadecimal), (Texts{"B", "Busy", "Busy, address 0x00"}));
 }
 
