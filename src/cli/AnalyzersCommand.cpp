@@ -16,7 +16,7 @@ namespace {
 const char *const analyzersUsage =
     "Usage: luxcli analyzers [--all] [--retry FILE] [NAME]\n"
     "\n"
-    "Lists the decoders that are found, or the settings of one: key, kind, values, default.\n"
+    "Lists the decoders that are found, or the settings of one: key, kind, values, default, meaning.\n"
     "\n"
     "      --all          also tell which files are none, and why\n"
     "      --retry FILE   try a decoder again that was passed over since a program ended with it\n"
@@ -41,13 +41,14 @@ const char *kindOf(const AnalyzerSettingInterface &face)
 void writeSettingsTable(Output &out, const Analyzer &analyzer)
 {
     const AnalyzerSettings *settings = analyzer.GetAnalyzerSettings();
-    out << "key\tkind\tvalues\tdefault\ttitle\n";
+    out << "key\tkind\tvalues\tdefault\ttitle\tmeaning\n";
     for (std::uint32_t i = 0; i < settings->GetSettingsInterfacesCount(); ++i) {
         const AnalyzerSettingInterface &face = *settings->GetSettingsInterface(i);
         const auto *box = dynamic_cast<const AnalyzerSettingInterfaceBool *>(&face);
         const std::string_view title = face.GetTitle();
         out << face.GetKey() << '\t' << kindOf(face) << '\t' << AnalyzerSetup::valuesOf(face) << '\t'
-            << face.GetAsText() << '\t' << (title.empty() && box != nullptr ? box->GetCheckBoxText() : title) << '\n';
+            << face.GetAsText() << '\t' << (title.empty() && box != nullptr ? box->GetCheckBoxText() : title) << '\t'
+            << face.GetToolTip() << '\n';
     }
 }
 
