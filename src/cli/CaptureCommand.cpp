@@ -7,6 +7,8 @@
 #include "cli/Terminal.h"
 #include "device/UsbPlatform.h"
 #include "device/UsbPlatforms.h"
+#include "files/CaptureFile.h"
+#include "settings/FileReplacement.h"
 
 #include <QFileInfo>
 
@@ -96,17 +98,16 @@ QString readRun(const Arguments::Parsed &parsed, Job &job)
                                   : QString();
 }
 
-/// What would keep a capture from being saved, before it is made.
-QString obstacleTo(const QString &path)
+/// What would keep the first capture from being saved, before it is made.
+QString obstacleTo(const Job &job)
 {
-    const QFileInfo folder(QFileInfo(path).path());
-    if (path.isEmpty()) {
+    if (job.path.isEmpty()) {
         return {};
     }
-    if (!folder.isDir()) {
-        return QStringLiteral("%1: the folder does not exist").arg(path);
-    }
-    return folder.isWritable() ? QString() : QStringLiteral("%1: no right to write there").arg(path);
+    const QString path = numberedPath(job.path, 1, job.repeat);
+    const WriteFault fault = FileReplacement(path).begin();
+    return fault == WriteFault::None ? QString()
+                                     : QStringLiteral("%1: %2").arg(path, fileReason({fileResultOf(fault)}));
 }
 
 } // namespace
@@ -157,7 +158,7 @@ int run(const QStringList &arguments, const Host &host)
         Terminal::say(error + QStringLiteral("; \"luxcli capture --help\" tells more"));
         return Terminal::wrongUsage;
     }
-    error = obstacleTo(job.path);
+    error = obstacleTo(job);
     if (!error.isEmpty()) {
         Terminal::say(error);
         return Terminal::badInput;

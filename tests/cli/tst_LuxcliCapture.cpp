@@ -25,7 +25,8 @@ private slots:
     void aProgramThatOutlivesItsTerminalGoesOn();
     void aReaderThatLeavesEndsTheProgram();
     void aFullDiskLeavesNoFile();
-    void aFolderThatIsMissingIsToldBeforeTheCapture();
+    void whatCannotBeWrittenIsToldBeforeTheCapture_data();
+    void whatCannotBeWrittenIsToldBeforeTheCapture();
     void wrongUsageIsTold_data();
     void wrongUsageIsTold();
     void helpIsGood();
@@ -169,11 +170,29 @@ void TstLuxcliCapture::aFullDiskLeavesNoFile()
 #endif
 }
 
-void TstLuxcliCapture::aFolderThatIsMissingIsToldBeforeTheCapture()
+void TstLuxcliCapture::whatCannotBeWrittenIsToldBeforeTheCapture_data()
 {
-    const Outcome outcome = luxcli("capture -o %1 --simulate --rate 1M --depth 10G", path("none/out.cxdat"));
+    QTest::addColumn<QByteArray>("arguments");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("no folder") << QByteArray("-o %1/none/out.cxdat") << QByteArray("The folder does not exist.");
+    QTest::newRow("a folder") << QByteArray("-o %1/taken.cxdat") << QByteArray("This is a folder");
+    QTest::newRow("the first of a series")
+        << QByteArray("-o %1/many.cxdat --repeat 10") << QByteArray("This is a folder");
+}
+
+/// The capture itself would take minutes.
+void TstLuxcliCapture::whatCannotBeWrittenIsToldBeforeTheCapture()
+{
+    QFETCH(const QByteArray, arguments);
+    QFETCH(const QByteArray, message);
+    const FileFolder folder;
+    QVERIFY(QDir().mkdir(folder.path(QStringLiteral("taken.cxdat"))));
+    QVERIFY(QDir().mkdir(folder.path(QStringLiteral("many-01.cxdat"))));
+    const Outcome outcome =
+        luxcli(("capture --simulate --rate 1M --depth 10G " + arguments).constData(), folder.path(QString()));
     QCOMPARE(outcome.code, 1);
-    QVERIFY2(outcome.err.contains("folder"), outcome.err);
+    QVERIFY2(outcome.err.startsWith("luxcli: ") && outcome.err.contains(message), outcome.err);
+    QCOMPARE(QDir(folder.path(QString())).entryList(QDir::Files), QStringList());
 }
 
 void TstLuxcliCapture::wrongUsageIsTold_data()
