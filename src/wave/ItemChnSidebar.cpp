@@ -94,7 +94,7 @@ ItemChnSidebar::ItemChnSidebar(int channel, int row, int multiplier, QWidget *pa
     buildSetting();
     buildTrigger();
     buildAnalyzer();
-    nameControls();
+    setChnName(defaultName());
     buildGrid();
     for (QWidget *stop : tabStops()) {
         stop->installEventFilter(this);
@@ -159,7 +159,6 @@ void ItemChnSidebar::buildName()
     nameEdit->setStyleSheet(lineEditStyle() + QStringLiteral("QLineEdit{padding:0 %1px;}").arg(dp(2)));
     nameEdit->setMaxLength(nameLimit);
     nameEdit->setFixedHeight(sidebarLine());
-    setChnName(defaultName());
     connect(nameEdit, &QLineEdit::editingFinished, this, &ItemChnSidebar::leChnNameChangedSlot);
 }
 
