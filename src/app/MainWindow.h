@@ -107,6 +107,8 @@ private:
     void buildShortcuts();
     /// Brings everything that looks at the device in line with `gDev`.
     void rebindDevice();
+    /// Panels that are made anew take as long to be made as to be painted: in between other events have their turn.
+    void paintInTheNextTurn();
     void showTitleAndState();
     /// Tells in the status line how a save or an export ended, until the state changes.
     void showInStatus(const QString &text);

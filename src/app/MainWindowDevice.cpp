@@ -21,8 +21,10 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
+#include <QTimer>
 #include <QTimerEvent>
 #include <QUrl>
+#include <QVector>
 
 #include <utility>
 
@@ -72,8 +74,25 @@ void MainWindow::setHistory(CaptureHistory *history)
     mainMenu->setHistory(history);
 }
 
+void MainWindow::paintInTheNextTurn()
+{
+    constexpr int soon = 1; // ms; without any wait it would be this turn still
+    const QVector<QWidget *> parts{toolbar, mainView};
+    for (QWidget *part : parts) {
+        part->setUpdatesEnabled(false);
+    }
+    QTimer::singleShot(soon, this, [parts] {
+        for (QWidget *part : parts) {
+            part->setUpdatesEnabled(true);
+        }
+    });
+}
+
 void MainWindow::rebindDevice()
 {
+    if (isVisible()) {
+        paintInTheNextTurn();
+    }
     showTitleAndState();
     waveGen->setDataSource(gDev->smpData.get());
     waveGen->setClampToData(!gDev->isAnalogModel());

@@ -26,6 +26,22 @@
 
 #include <array>
 
+namespace {
+
+/// Counts how often a widget is painted.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget &widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        painted += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int painted = 0;
+};
+
+} // namespace
+
 /// The analog sections of the panel in the window: their way to the generator and to the wave view, and back.
 class TstMainWindowAnalog : public QObject, private WindowDesk {
     Q_OBJECT
@@ -44,6 +60,7 @@ private slots:
     void escapeTakesOffTheMarkerThatFollowsThePointer();
     void withShiftHeldBothMarkersMove();
     void anotherModelForgetsTheVoltages();
+    void anotherModelIsPaintedInATurnOfItsOwn();
     void aDataFileOpensAtAnotherModelWithItsAnalogSettings();
 
 private:
@@ -319,6 +336,21 @@ void TstMainWindowAnalog::anotherModelForgetsTheVoltages()
     m_window->slotDevPreConnect(analogModel);
     QCOMPARE(voltages().count(QStringLiteral("###")), 3);
     QCOMPARE(line(0).markerState(), MarkerState::off);
+}
+
+void TstMainWindowAnalog::anotherModelIsPaintedInATurnOfItsOwn()
+{
+    constexpr int thirtyTwoChannels = 9;
+    m_window->slotDevPreConnect(thirtyTwoChannels);
+    PaintCounter toolbar(*m_window->findChild<Toolbar *>());
+    PaintCounter waves(*m_waves->viewport());
+    QCoreApplication::sendPostedEvents(); // all that belongs to this turn
+    QCOMPARE(toolbar.painted + waves.painted, 0);
+    QTRY_VERIFY(toolbar.painted > 0);
+    QTRY_VERIFY(waves.painted > 0);
+    for (const QWidget *widget : m_window->findChildren<QWidget *>()) { // lists and menus of controls among them
+        QVERIFY2(widget->updatesEnabled(), widget->metaObject()->className());
+    }
 }
 
 void TstMainWindowAnalog::aDataFileOpensAtAnotherModelWithItsAnalogSettings()
