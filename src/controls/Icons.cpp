@@ -19,7 +19,8 @@ public:
 QString withKind(const QString &path)
 {
     for (const char *kind : {".svg", ".png"}) {
-        if (const QString named = path + QLatin1String(kind); QFile::exists(named)) {
+        QString named = path + QLatin1String(kind);
+        if (QFile::exists(named)) {
             return named;
         }
     }
