@@ -2,13 +2,13 @@
 
 #include "controls/Look.h"
 #include "controls/MyButton.h"
+#include "controls/PopupPlace.h"
 #include "measure/SectionParts.h"
 #include "measure/TimingMarkerTip.h"
 #include "settings/Config.h"
 #include "settings/Language.h"
 
 #include <QAction>
-#include <QCursor>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
@@ -94,7 +94,7 @@ void MeasureView::slotDeployClicked()
 
 void MeasureView::openMenuDig()
 {
-    measureMenu->popup(QCursor::pos());
+    measureMenu->popup(popupPlace(*btnSetting));
 }
 
 void MeasureView::slotMenuClicked(QAction *action)

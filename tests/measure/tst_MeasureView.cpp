@@ -28,7 +28,7 @@ private slots:
     void uncheckingAnEntryHidesTheRowAndStoresOne();
     void checkingItAgainStoresZero();
     void anotherConfigurationIsTakenOver();
-    void theSettingButtonPopsTheMenuUpAtThePointer();
+    void theMenuOpensAtThePointerOrBelowItsButton();
     void theMenuIsUsedByKeyboard();
     void foldingHidesTheRowsAndTheSettingButton();
     void anActionThatIsNoEntryIsIgnored();
@@ -163,18 +163,22 @@ void TstMeasureView::anotherConfigurationIsTakenOver()
     QVERIFY(isShown(view, 0));
 }
 
-void TstMeasureView::theSettingButtonPopsTheMenuUpAtThePointer()
+void TstMeasureView::theMenuOpensAtThePointerOrBelowItsButton()
 {
     MeasureView view;
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    QCursor::setPos(50, 60);
+    const MyButton &button = *view.btnSetting;
+    const QPoint onButton = button.mapToGlobal(button.rect().center());
+    QCursor::setPos(onButton);
     QTest::mouseClick(view.btnSetting, Qt::LeftButton);
     QVERIFY(view.measureMenu->isVisible());
-    QCursor::setPos(50, 60);
+    QCOMPARE(view.measureMenu->pos(), onButton);
     view.measureMenu->hide();
-    view.openMenuDig();
-    QCOMPARE(view.measureMenu->pos(), QPoint(50, 60));
+    QCursor::setPos(onButton + QPoint(0, 200));
+    QTest::keyClick(view.btnSetting, Qt::Key_Space);
+    QVERIFY(view.measureMenu->isVisible());
+    QCOMPARE(view.measureMenu->pos(), button.mapToGlobal(button.rect().bottomLeft()));
     view.measureMenu->hide();
 }
 
