@@ -224,8 +224,8 @@ void TstPackaging::theManualTellsEveryOptionOfTheEmulator()
 void TstPackaging::theLinksOfTheInstalledDocumentsLeadToInstalledOnes()
 {
     const QDir docs(QStringLiteral(LUX_ROOT_DIR "/docs"));
-    const QStringList installed{QStringLiteral("emulator.md"), QStringLiteral("formats.md"),
-                                QStringLiteral("guide.md")};
+    const QStringList installed{QStringLiteral("emulator.md"), QStringLiteral("formats.md"), QStringLiteral("guide.md"),
+                                QStringLiteral("luxcli.md")};
     for (const QString &name : installed) {
         const QSet<QString> links = capturesIn(textOf(docs.filePath(name)), QStringLiteral("\\]\\(([^)\\s#]+)"));
         for (const QString &link : links) {
