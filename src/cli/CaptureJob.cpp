@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QIODevice>
 
+#include <algorithm>
 #include <cstddef>
 
 namespace CaptureJob {
@@ -60,7 +61,8 @@ QString pick(const SmpData &data, const QStringList &wanted, std::vector<std::ui
         for (int chn = 0; chn < data.chnCount; ++chn) {
             channels[std::size_t(chn)] = holdsData(chn) ? 1 : 0;
         }
-        return {};
+        return std::count(channels.cbegin(), channels.cend(), 1) > 0 ? QString()
+                                                                     : QStringLiteral("no channel holds data");
     }
     ChannelOffer offer;
     for (const QString &name : names(data)) {

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QtTest>
 
 /// "luxcli export" and "luxcli convert" as they were built, run as a user or a script runs them.
@@ -24,6 +25,8 @@ private slots:
     void whatIsReadIsNotWritten();
     void badInputIsToldAndLeavesNothing_data();
     void badInputIsToldAndLeavesNothing();
+    void aFileThatHasLostAllChannelsLeavesNothing_data();
+    void aFileThatHasLostAllChannelsLeavesNothing();
     void helpIsGood();
     void aFullDiskIsTold();
     void aDiskThatFillsIsTold_data();
@@ -288,6 +291,32 @@ void TstLuxcliFiles::badInputIsToldAndLeavesNothing()
     QCOMPARE(outcome.code, 1);
     QVERIFY2(outcome.err.startsWith("luxcli: ") && outcome.err.contains(message), outcome.err);
     QCOMPARE(QFileInfo(in).dir().entryList(QDir::Files | QDir::Hidden), QStringList(name));
+}
+
+void TstLuxcliFiles::aFileThatHasLostAllChannelsLeavesNothing_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char *arguments :
+         {"convert cut.cxdat out.cxdat", "convert cut.cxdat out.vcd", "convert cut.cxdat out.sr",
+          "export cut.cxdat -o out.csv", "export cut.cxdat -f bin -o out"}) {
+        QTest::newRow(arguments) << QString::fromLatin1(arguments);
+    }
+}
+
+/// Cut within its first channel.
+void TstLuxcliFiles::aFileThatHasLostAllChannelsLeavesNothing()
+{
+    QFETCH(QString, arguments);
+    const FileFolder folder;
+    const QByteArray whole = m_folder.read(QStringLiteral("a.cxdat"));
+    const QString path = folder.write(whole.left(whole.indexOf("</settings>") + 500), QStringLiteral("cut.cxdat"));
+    QStringList list = arguments.split(QLatin1Char(' '));
+    list.replaceInStrings(QRegularExpression(QStringLiteral("^(cut|out)")), folder.path(QStringLiteral("\\1")));
+    const Outcome outcome = luxcli(list);
+    QCOMPARE(outcome.code, 1);
+    QVERIFY2(outcome.err.contains("The file is incomplete.") && outcome.err.endsWith(": no channel holds data\n"),
+             outcome.err);
+    QCOMPARE(QFileInfo(path).dir().entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("cut.cxdat")));
 }
 
 void TstLuxcliFiles::helpIsGood()
