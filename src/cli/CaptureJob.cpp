@@ -10,24 +10,50 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 
 namespace CaptureJob {
 
 namespace {
 
-/// As a device, for what writes to one.
-class StandardOutput final : public QIODevice {
+/// The standard output, or a device or a pipe that has a name, for what writes to a QIODevice.
+class StreamDevice final : public QIODevice {
 public:
-    StandardOutput() { QIODevice::open(QIODevice::WriteOnly); }
+    explicit StreamDevice(const QString &path) : m_stream(path == QLatin1String("-") ? stdout : Console::open(path))
+    {
+        if (m_stream != nullptr) {
+            QIODevice::open(QIODevice::WriteOnly);
+        }
+    }
+    ~StreamDevice() override
+    {
+        if (m_stream != nullptr && m_stream != stdout) {
+            std::fclose(m_stream);
+        }
+    }
+    StreamDevice(const StreamDevice &) = delete;
+    StreamDevice &operator=(const StreamDevice &) = delete;
     [[nodiscard]] bool isSequential() const override { return true; }
 
 protected:
     qint64 readData(char * /*data*/, qint64 /*most*/) override { return -1; }
     qint64 writeData(const char *data, qint64 size) override
     {
-        return Console::write({data, std::size_t(size)}) ? size : -1;
+        return Console::write({data, std::size_t(size)}, m_stream) ? size : -1;
     }
+
+private:
+    std::FILE *m_stream; ///< null if it could not be opened
 };
+
+FileOutcome writeTo(const QString &path, bool isStream, const SmpData &data, const CaptureOut &out)
+{
+    if (!isStream || out.kind == CaptureKind::Sr) { // an archive needs a file
+        return path == QLatin1String("-") ? FileOutcome{FileResult::WrongKind} : writeCaptureFile(path, data, out);
+    }
+    StreamDevice device(path);
+    return device.isOpen() ? writeCaptureTo(device, data, out) : FileOutcome{FileResult::Failed};
+}
 
 } // namespace
 
@@ -89,6 +115,7 @@ QString overwritten(const QString &in, const QString &out)
 
 int write(const QString &path, const SmpData &data, CaptureOut &out)
 {
+    const bool isStream = path == QLatin1String("-") || Console::isStream(path);
     FileOutcome outcome;
     {
         Terminal::Progress line(QStringLiteral("Writing"));
@@ -96,8 +123,7 @@ int write(const QString &path, const SmpData &data, CaptureOut &out)
             line.show(share);
             return !Terminal::wasInterrupted();
         };
-        StandardOutput standard;
-        outcome = path == QLatin1String("-") ? writeCaptureTo(standard, data, out) : writeCaptureFile(path, data, out);
+        outcome = writeTo(path, isStream, data, out);
     }
     if (Terminal::wasInterrupted()) {
         return Terminal::interrupted;
@@ -108,9 +134,9 @@ int write(const QString &path, const SmpData &data, CaptureOut &out)
     const bool isArchive = out.kind == CaptureKind::Sr;
     const QString reason = isArchive && !foreignKindIsBuilt(ForeignKind::Sr)
                                ? QStringLiteral("this program was built without the library for .sr files")
-                           : path != QLatin1String("-") ? fileReason(outcome)
-                           : isArchive                  ? QStringLiteral("an archive needs a file (-o)")
-                                                        : QStringLiteral("the output could not be written");
+                           : !isStream ? fileReason(outcome)
+                           : isArchive ? QStringLiteral("an archive needs a file (-o)")
+                                       : QStringLiteral("the output could not be written");
     Terminal::say(path == QLatin1String("-") ? reason : QStringLiteral("%1: %2").arg(path, reason));
     return Terminal::badInput;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileInfo>
 #include <QString>
 
 #include <cstdio>
@@ -19,7 +20,14 @@ public:
     /// and nobody reads, what has not arrived is given up after a tenth of a second; on Windows it is waited for.
     /// @return whether all has arrived. Any thread, one at a time.
     [[nodiscard]] static bool write(std::string_view bytes, std::FILE *to = stdout);
-    /// Opens a device or a pipe that has a name. A pipe's reader is waited for until the user wants the program to end.
+    /// Whether that is a device or a pipe that has a name: what takes bytes as they come, and is no file to be
+    /// replaced.
+    [[nodiscard]] static bool isStream(const QString &path)
+    {
+        const QFileInfo there(path);
+        return there.exists() && !there.isFile() && !there.isDir();
+    }
+    /// Opens one. A pipe's reader is waited for until the user wants the program to end.
     /// @return null if that failed, with the reason in errno. Any thread.
     [[nodiscard]] static std::FILE *open(const QString &path);
     /// True if the standard error is a terminal that knows the sequences. Any thread.

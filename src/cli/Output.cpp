@@ -4,15 +4,12 @@
 #include "cli/Terminal.h"
 #include "files/CaptureFile.h"
 
-#include <QFileInfo>
-
 Output::Output(const QString &path) : m_path(path == QLatin1String("-") ? QString() : path)
 {
     m_buffer.reserve(flushSize + 4096);
-    const QFileInfo there(m_path);
     if (m_path.isEmpty()) {
         m_stream = stdout;
-    } else if (there.exists() && !there.isFile() && !there.isDir()) {
+    } else if (Console::isStream(m_path)) {
         m_stream = Console::open(m_path); // another file in its place would take it from all who use it
         m_good = m_stream != nullptr;
     } else {

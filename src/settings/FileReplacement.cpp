@@ -29,7 +29,8 @@ QString behindLinks(QString path)
 {
     for (int i = 0; i < linkLimit; ++i) {
         const QString target = QFileInfo(path).symLinkTarget();
-        if (target.isEmpty()) {
+        const bool isMagic = !QFileInfo::exists(target) && QFileInfo::exists(path); // an open file below /proc
+        if (target.isEmpty() || isMagic) {
             break;
         }
         path = target;

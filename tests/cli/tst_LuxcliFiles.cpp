@@ -28,6 +28,8 @@ private slots:
     void aFileThatHasLostAllChannelsLeavesNothing_data();
     void aFileThatHasLostAllChannelsLeavesNothing();
     void helpIsGood();
+    void pipesTakeWhatFilesTake_data();
+    void pipesTakeWhatFilesTake();
     void aFullDiskIsTold();
     void aDiskThatFillsIsTold_data();
     void aDiskThatFillsIsTold();
@@ -326,6 +328,41 @@ void TstLuxcliFiles::helpIsGood()
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.out.startsWith("Usage: luxcli "));
     }
+}
+
+void TstLuxcliFiles::pipesTakeWhatFilesTake_data()
+{
+    QTest::addColumn<QString>("script"); // $1 the program, $2 the capture, $3 a folder
+    QTest::addColumn<QString>("direct");
+    QTest::newRow("the standard output by its name")
+        << QStringLiteral("\"$1\" export \"$2\" -f csv -o /dev/stdout | cat")
+        << QStringLiteral("export @a.cxdat -f csv");
+    QTest::newRow("a pipe that has a name")
+        << QStringLiteral("mkfifo \"$3/p.vcd\"; \"$1\" convert \"$2\" \"$3/p.vcd\" & cat "
+                          "\"$3/p.vcd\"; wait $!")
+        << QStringLiteral("export @a.cxdat -f vcd");
+}
+
+void TstLuxcliFiles::pipesTakeWhatFilesTake()
+{
+#ifdef Q_OS_LINUX
+    QFETCH(QString, script);
+    QFETCH(QString, direct);
+    const FileFolder folder;
+    const Outcome outcome =
+        run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(LUXCLI),
+                                   m_folder.path(QStringLiteral("a.cxdat")), folder.path(QString())});
+    QCOMPARE(outcome.err, QByteArray());
+    QCOMPARE(outcome.code, 0);
+    QVERIFY(!outcome.out.isEmpty());
+    QCOMPARE(outcome.out, luxcli(direct).out);
+    const Outcome archive = run(
+        QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("\"$1\" export \"$2\" -f sr -o /dev/stdout | cat"),
+                               QStringLiteral("sh"), QStringLiteral(LUXCLI), m_folder.path(QStringLiteral("a.cxdat"))});
+    QVERIFY2(archive.err.endsWith(": an archive needs a file (-o)\n"), archive.err);
+#else
+    QSKIP("needs pipes with names");
+#endif
 }
 
 void TstLuxcliFiles::aFullDiskIsTold()

@@ -165,6 +165,7 @@ void TstLuxcliPipe::aSignalEndsTheWaitForAReader_data()
     QTest::addColumn<QByteArray>("arguments");
     QTest::addColumn<int>("signal");
     QTest::newRow("decode") << QByteArray("decode %1 -a UART:rx=0,baudrate=100000 -o %2") << SIGINT;
+    QTest::newRow("export") << QByteArray("export %1 -f csv -o %2") << SIGTERM;
     QTest::newRow("measure") << QByteArray("measure %1 --channel 0 -o %2") << SIGTERM;
 }
 
