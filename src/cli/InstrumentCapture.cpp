@@ -2,6 +2,7 @@
 
 #include "acquisition/SmpState.h"
 #include "analyzer/AnalyzerManager.h"
+#include "analyzer/ChannelUsage.h"
 #include "cli/AnalyzerSetup.h"
 #include "cli/Decoding.h"
 #include "cli/Quantity.h"
@@ -19,6 +20,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <corvanlux/analyzer/AnalyzerTypes.h>
 #include <cstdio>
 #include <cstdlib>
 
@@ -69,6 +71,20 @@ QString captureFailure(const CaptureRun::Outcome &outcome, const std::optional<i
     }
     const RunStatus::ErrorText error = RunStatus::errorText(outcome.sta, outcome.err, gDev->transferMode);
     return RunStatus::dialogErrorText(outcome.err, error).simplified();
+}
+
+/// What a decoder needs and the capture will not have, for the user; empty for nothing.
+QString channelNotCaptured(const AnalyzerManager &manager)
+{
+    for (int i = 0; i < manager.count(); ++i) {
+        for (const auto &[channel, use] : ChannelUsage::ofAnalyzer(*manager.analyzerAt(i), manager.analyzerTitle(i))) {
+            const Channel needed(0, channel.toUInt());
+            if (needed.isDefined() && !gDev->chnEnable.value(int(needed.channelIndex))) {
+                return QStringLiteral("channel %1 (%2) is not captured").arg(channel, use);
+            }
+        }
+    }
+    return {};
 }
 
 /// Nothing of the user's own settings goes into a capture, so that a command does the same everywhere.
@@ -203,6 +219,10 @@ int InstrumentCapture::addDecoders()
             Terminal::say(refusal.error);
             return refusal.code;
         }
+    }
+    if (const QString missing = channelNotCaptured(*m_manager); !missing.isEmpty()) {
+        Terminal::say(missing);
+        return Terminal::wrongUsage;
     }
     m_manager->setCapture(gDev->smpData.get(), std::uint32_t(gDev->model));
     gSimulationSource = &m_manager->simulation();

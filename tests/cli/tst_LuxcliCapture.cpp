@@ -19,6 +19,7 @@ private slots:
     void initTestCase();
     void aSimulatedCaptureIsSaved();
     void capturesAreRepeatedAndDecoded();
+    void aDecoderMayHaveTheOnlyChannel();
     void theUsersSettingsStayAsTheyAre();
     void anInterruptKeepsWhatThereIs_data();
     void anInterruptKeepsWhatThereIs();
@@ -80,6 +81,15 @@ void TstLuxcliCapture::capturesAreRepeatedAndDecoded()
     QVERIFY(outcome.out.startsWith("{\"capture\":\"loop-1\""));
     QVERIFY(luxcli("info %1", path("loop-2.cxdat")).out.contains("analyzer: UART:"));
     QVERIFY(!QFileInfo::exists(path("loop.cxdat")));
+}
+
+/// The settings that name no channel need none.
+void TstLuxcliCapture::aDecoderMayHaveTheOnlyChannel()
+{
+    const Outcome outcome = luxcli("capture --simulate --rate 1M --depth 20k -c 3 -a UART:rx=3,baudrate=115200");
+    QCOMPARE(outcome.err, QByteArray());
+    QCOMPARE(outcome.code, 0);
+    QVERIFY(outcome.out.contains("\"k\":\"byte\""));
 }
 
 void TstLuxcliCapture::theUsersSettingsStayAsTheyAre()
@@ -222,6 +232,8 @@ void TstLuxcliCapture::wrongUsageIsTold_data()
                                   "capture -o %1 --simulate --trigger 2:rising",
                                   "capture -o %1 --simulate --position 10",
                                   "capture --simulate -a UART:rx=3 --output=",
+                                  "capture -o %1 --simulate -a UART:rx=3 --channels 0-2",
+                                  "capture -o %1 --simulate -a UART:rx=3,tx=40",
                                   "devices all",
                                   "devices --loud"})
         QTest::newRow(arguments) << QString::fromLatin1(arguments);
