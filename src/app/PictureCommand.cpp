@@ -45,6 +45,7 @@ FileOutcome write(const ExportJob &job, const ViewPicture &picture)
     constexpr double inch = 0.0254; // metres
     FileOutcome ended{FileResult::Failed};
     PictureWriter writer;
+    writer.mayGoOn = [] { return !Terminal::wasInterrupted(); };
     QEventLoop loop;
     QObject::connect(&writer, &PictureWriter::sigWritten, &loop, [&](const QString &, const FileOutcome &outcome) {
         ended = outcome;
@@ -87,6 +88,9 @@ int paint(const ExportJob &job, const CapturePart &part)
     OffscreenView view(manager);
     view.showPart(job.size.isEmpty() ? usual * job.dpi / 96 : job.size, job.size.isEmpty(), part.start, part.end);
     const FileOutcome outcome = write(job, view.picture());
+    if (outcome.result == FileResult::Cancelled) {
+        return Terminal::interrupted;
+    }
     if (!outcome.isDone()) {
         Terminal::say(QStringLiteral("%1: %2").arg(job.out, fileReason(outcome)));
         return Terminal::badInput;

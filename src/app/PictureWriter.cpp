@@ -13,18 +13,42 @@
 
 namespace {
 
-FileOutcome written(const QString &path, const std::function<bool(QFile &)> &put)
+/// The file beside the target. What it does not take is passed over, since Qt's writer of PNG would tell the terminal.
+class PartFile final : public QFile {
+public:
+    PartFile(const QString &path, const std::function<bool()> &mayGoOn) : QFile(path), m_mayGoOn(mayGoOn) {}
+    [[nodiscard]] bool isGood() const { return m_good; }
+    [[nodiscard]] bool isEnded() const { return m_isEnded; }
+
+protected:
+    qint64 writeData(const char *bytes, qint64 size) override
+    {
+        m_isEnded = m_isEnded || (m_mayGoOn && !m_mayGoOn());
+        m_good = m_good && !m_isEnded && QFile::writeData(bytes, size) == size;
+        return m_isEnded ? -1 : size;
+    }
+
+private:
+    const std::function<bool()> &m_mayGoOn;
+    bool m_good = true; ///< all was taken
+    bool m_isEnded = false;
+};
+
+FileOutcome written(const QString &path, const std::function<bool(QFile &)> &put, const std::function<bool()> &mayGoOn)
 {
     FileReplacement target(path);
     const WriteFault begun = target.begin();
     if (begun != WriteFault::None) {
         return {fileResultOf(begun)};
     }
-    QFile file(target.partPath());
+    PartFile file(target.partPath(), mayGoOn);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return {fileResultOf(writeFaultOf(file))};
     }
-    const bool isWhole = put(file) && file.flush() && file.error() == QFileDevice::NoError;
+    const bool isWhole = put(file) && file.isGood() && file.flush() && file.error() == QFileDevice::NoError;
+    if (file.isEnded()) {
+        return {FileResult::Cancelled};
+    }
     const WriteFault fault = isWhole ? WriteFault::None : writeFaultOf(file);
     file.close();
     return {fileResultOf(isWhole ? target.finish() : fault)};
@@ -66,7 +90,7 @@ void PictureWriter::start(const QString &path, std::function<bool(QFile &)> put)
     const int number = ++m_number;
     std::unique_ptr<QThread> &thread = m_threads[number];
     thread.reset(QThread::create([this, number, path, writes = std::move(put)] {
-        const FileOutcome outcome = written(path, writes);
+        const FileOutcome outcome = written(path, writes, mayGoOn);
         postCall(this, [this, number, path, outcome] { ended(number, path, outcome); });
     }));
     thread->start();

@@ -25,6 +25,10 @@ public:
     explicit PictureWriter(QObject *parent = nullptr);
     ~PictureWriter() override;
 
+    /// Asked again and again on the threads that write; false ends what is under way as cancelled. May be empty; not to
+    /// be changed while something is.
+    std::function<bool()> mayGoOn;
+
     /// A drawing of vectors.
     struct Drawing {
         QPicture shapes;

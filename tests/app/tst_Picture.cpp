@@ -8,9 +8,13 @@
 #include "wave/WaveView.h"
 
 #include <QClipboard>
+#include <QDir>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QSvgRenderer>
 #include <QXmlStreamReader>
+
+#include <atomic>
 
 namespace {
 
@@ -48,6 +52,7 @@ private slots:
     void anEarlierPictureStaysIfANewOneFails();
     void aPictureThatFailedIsTold();
     void theEndWaitsForAPicture();
+    void aPictureThatIsEndedLeavesNothing();
     void aKeyCopiesThePicture();
     void aFieldKeepsTheKeyForItsText();
 
@@ -257,6 +262,28 @@ void TstPicture::theEndWaitsForAPicture()
         writer.writeSvg(file, {view().shapes(), view().size(), 96, QString()});
     }
     QVERIFY(bytesOf(file).trimmed().endsWith("</svg>"));
+}
+
+void TstPicture::aPictureThatIsEndedLeavesNothing()
+{
+    const QString file = path("ended.png");
+    FileOutcome ended;
+    PictureWriter writer;
+    std::atomic<int> pieces{0};
+    writer.mayGoOn = [&pieces] { return ++pieces < 3; };
+    connect(&writer, &PictureWriter::sigWritten, this, [&](const QString &, const FileOutcome &o) { ended = o; });
+    QImage noise(1000, 1000, QImage::Format_RGB32);
+    std::uint32_t random = 1;
+    for (int y = 0; y < noise.height(); ++y) {
+        for (int x = 0; x < noise.width(); ++x) {
+            random = random * 1664525 + 1013904223;
+            noise.setPixel(x, y, random >> 8);
+        }
+    }
+    writer.writePng(file, noise);
+    QTRY_COMPARE_WITH_TIMEOUT(ended.result, FileResult::Cancelled, 30000);
+    const QFileInfo info(file);
+    QCOMPARE(info.dir().entryList({info.fileName() + QLatin1Char('*')}, QDir::Files), QStringList());
 }
 
 void TstPicture::aKeyCopiesThePicture()
