@@ -1,6 +1,6 @@
-// Linked to each program of a build that looks for leaks: the last threads leave before the process does. A thread gives
-// back itself what Qt keeps of it, behind the moment from which others may know that it has ended, and nobody does when
-// the library is already being taken down: a leak, where a machine stands still at the wrong moment.
+// Linked to each program of a build that looks for leaks: the last threads leave before the process does. A thread
+// gives back itself what Qt keeps of it, behind the moment from which others may know that it has ended, and nobody
+// does when the library is already being taken down: a leak, where a machine stands still at the wrong moment.
 
 #include <chrono>
 #include <filesystem>

@@ -18,8 +18,8 @@ namespace CaptureJob {
 [[nodiscard]] QStringList names(const SmpData &data);
 /// @return why the file that is read cannot be written, which would take its place; empty when it is another one
 [[nodiscard]] QString overwritten(const QString &in, const QString &out);
-/// Writes to a file, a device or a pipe that has a name, or for "-" to the standard output, with progress, and tells what
-/// went wrong.
+/// Writes to a file, a device or a pipe that has a name, or for "-" to the standard output, with progress, and tells
+/// what went wrong.
 /// @return the process's exit code
 [[nodiscard]] int write(const QString &path, const SmpData &data, CaptureOut &out);
 
