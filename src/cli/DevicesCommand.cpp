@@ -40,7 +40,7 @@ const char *wordOf(FoundInstrument::State state)
 
 std::string modelName(const FoundInstrument &instrument)
 {
-    return instrument.model != 0 ? createDevice(instrument.model)->name.toStdString() : std::string();
+    return instrument.model != 0 ? createModel(instrument.model)->name.toStdString() : std::string();
 }
 
 std::string serialOf(const FoundInstrument &instrument)

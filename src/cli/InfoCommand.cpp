@@ -87,7 +87,7 @@ int tell(Output &out, const QString &path)
     }
     const CaptureFacts &capture = facts.capture;
     out << "file: " << path.toStdString() << '\n';
-    out << "model: " << createDevice(globalGet(QStringLiteral("devModel")).toInt())->name.toStdString() << '\n';
+    out << "model: " << createModel(globalGet(QStringLiteral("devModel")).toInt())->name.toStdString() << '\n';
     out << "rate: " << capture.rate << " Hz\n";
     out << "samples: " << capture.samples << '\n';
     out << "length: " << secondsText(capture.samples, capture.rate).toStdString() << " s\n";

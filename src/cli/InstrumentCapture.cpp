@@ -34,7 +34,7 @@ int codeNamed(const QString &named)
     constexpr int lastCode = 255;
     int found = -1;
     for (int code = 1; code <= lastCode; ++code) {
-        const std::unique_ptr<DevBase> device = createDevice(code);
+        const std::unique_ptr<const DevBase> device = createModel(code);
         if (device->model == code && CaptureCommand::isModel(named, device->name, code)) {
             found = code;
         }

@@ -49,13 +49,14 @@ bool DevBase::waitForThreads(std::chrono::milliseconds most)
 void DevBase::receiveNothing()
 {
     SmpTransport *transport = devControl().transport();
-    if (transport != nullptr && !std::exchange(m_hasLeft, true)) {
+    if (std::exchange(m_receives, false) && transport != nullptr) {
         transport->setCallback(nullptr);
     }
 }
 
 void DevBase::receiveBulk()
 {
+    m_receives = true;
     m_run->receiveBulk();
 }
 

@@ -163,7 +163,7 @@ private:
     void receiveNothing();
 
     std::unique_ptr<DevRun> m_run;
-    bool m_hasLeft = false; ///< what the transport reads is another object's
+    bool m_receives = false; ///< what the transport reads; false also once that may be another object's
 };
 
 /// Who drives channels in simulated captures; null for nobody. Not owned; set on the main thread, while no simulated

@@ -69,6 +69,9 @@ const ModelTable &tableOf(int code)
 
 /// A model: its constructor fills the tables from its row of the catalogue and loads the user's settings.
 class DevModel : public DevBase {
+public:
+    using DevBase::receiveBulk;
+
 protected:
     explicit DevModel(int code);
 
@@ -83,7 +86,6 @@ DevModel::DevModel(int code)
     initRateLimits(table.transferMode);
     loadConfig();
     smpData = std::make_unique<SmpData>(table.chnCount, table.aChnCount);
-    receiveBulk();
 }
 
 void DevModel::fillTables(const ModelTable &table)
@@ -206,9 +208,7 @@ public:
     DevRV2720() : DevModel(97) {}
 };
 
-} // namespace
-
-std::unique_ptr<DevBase> createDevice(int code)
+std::unique_ptr<DevModel> makeModel(int code)
 {
     switch (code) {
     case 1:
@@ -236,6 +236,20 @@ std::unique_ptr<DevBase> createDevice(int code)
     default:
         return std::make_unique<DevNone>();
     }
+}
+
+} // namespace
+
+std::unique_ptr<DevBase> createDevice(int code)
+{
+    std::unique_ptr<DevModel> device = makeModel(code);
+    device->receiveBulk();
+    return device;
+}
+
+std::unique_ptr<const DevBase> createModel(int code)
+{
+    return makeModel(code);
 }
 
 int digitalChannelsOf(const ConfigDocument &settings)

@@ -79,7 +79,7 @@ QString plainText(const QString &name)
 void setModel(QDomDocument &tree, const QDomElement &devices, const ForeignCapture &capture, int model)
 {
     const SmpData &data = *capture.capture;
-    const std::unique_ptr<DevBase> device = createDevice(model);
+    const std::unique_ptr<const DevBase> device = createModel(model);
     const QDomElement section = childOf(tree, devices, device->name);
     QStringList enabled;
     QStringList triggers;

@@ -116,6 +116,7 @@ private slots:
     void aDeviceDeletedDuringACaptureJoinsItsThreads();
     void anInstrumentThatGoesDuringTheCaptureEndsIt();
     void theReceiverIsThatOfTheModel();
+    void aLookAtTheListsOfAModelLeavesTheReceiverAlone();
     void theLastCaptureStaysInViewUntilDataComes();
 };
 
@@ -419,6 +420,21 @@ void TstDevBaseCapture::theReceiverIsThatOfTheModel()
         QVERIFY(dynamic_cast<SmpCtrlStorage *>(desk.bulk.receiver()) != nullptr);
         desk.device.reset();
         QCOMPARE(desk.bulk.receiver(), nullptr);
+    }
+}
+
+void TstDevBaseCapture::aLookAtTheListsOfAModelLeavesTheReceiverAlone()
+{
+    const PluggedIn desk(2);
+    InterfaceDevCallback *const receiver = desk.bulk.receiver();
+    QVERIFY(receiver != nullptr);
+    for (const int code : {0, 2, 5}) {
+        {
+            const std::unique_ptr<const DevBase> model = createModel(code);
+            QCOMPARE(model->model, code);
+            QCOMPARE(desk.bulk.receiver(), receiver); // a capture may be under way
+        }
+        QCOMPARE(desk.bulk.receiver(), receiver);
     }
 }
 
