@@ -11,7 +11,7 @@
 namespace {
 
 constexpr double wholeCapture = 1e12;
-constexpr int patience = 20000; // ms
+constexpr int patience = 120000; // ms, of a busy machine
 
 QString text(const char *ascii)
 {

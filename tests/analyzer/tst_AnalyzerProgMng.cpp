@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int patience = 20000; // ms
+constexpr int patience = 120000; // ms, of a busy machine
 
 /// Comes to its end at once, or looks at a level until it is stopped.
 class LevelAnalyzer final : public Analyzer {

@@ -35,7 +35,7 @@ extern "C" int fchown(int file, uid_t owner, gid_t group) noexcept
 
 namespace {
 
-constexpr int patience = 20000; // ms
+constexpr int patience = 120000; // ms, of a busy machine
 
 /// A manager without plug-ins that exports made-up results into a folder of its own.
 class ExportDesk {

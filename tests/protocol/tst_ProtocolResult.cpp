@@ -751,14 +751,14 @@ void TstProtocolResult::aSearchGetsOnWhileAWorkerRuns()
     desk.desk.manager->addLibIndex = 1;
     desk.desk.manager->addAnalyzer(slow); // works until it is stopped
     desk.section->search->setText(text("nowhere"));
-    QTRY_VERIFY_WITH_TIMEOUT(desk.section->findChild<AnalyzerDataGen *>()->isAtRest(), 20000); // half a million frames
+    QTRY_VERIFY_WITH_TIMEOUT(desk.section->findChild<AnalyzerDataGen *>()->isAtRest(), 120000); // half a million frames
     desk.section->search->setText(text("edge 9999980")); // the last of all frames: the page is empty until the end
     // Asks for new frames every ten milliseconds, where the scan takes several times as long.
     const auto asksAndHasFound = [&desk] {
         QMetaObject::invokeMethod(desk.section.get(), "bringNewFrames");
         return desk.section->search->countText() == text("1");
     };
-    QVERIFY(QTest::qWaitFor(asksAndHasFound, 20000));
+    QVERIFY(QTest::qWaitFor(asksAndHasFound, 120000));
     QCOMPARE(desk.rows(), QStringList{text("edge 9999980")});
     QVERIFY(desk.desk.manager->isWorkerRunning(1));
     desk.wave.setDataSource(nullptr);
