@@ -8,7 +8,9 @@
 
 /// What the program's lines go to, as long as this lives. On Windows the standard output keeps its bytes, as an output
 /// file does, and a console is given what terminals have elsewhere: UTF-8 and the sequences that write a line anew; at
-/// the end it has again what it had before, for it outlives the program. Main thread, one; outlives who writes.
+/// the end it has again what it had before, for it outlives the program. Elsewhere the numbers of standard streams that
+/// came closed are taken, so that no file gets one, and with it what is told; they stay of no use. Main thread, one,
+/// before anything is opened; outlives who writes.
 class Console {
 public:
     Console();

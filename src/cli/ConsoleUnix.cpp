@@ -18,7 +18,14 @@ constexpr int patience = 100; // ms
 
 } // namespace
 
-Console::Console() = default;
+Console::Console()
+{
+    for (const int handle : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(handle, F_GETFD) < 0) { // open() gives the least number that is free, which is this one
+            (void)::open("/dev/null", handle == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
 
 Console::~Console() = default;
 

@@ -70,11 +70,11 @@ int run(const QStringList &arguments)
 
 int main(int argc, char *argv[])
 {
+    const Console console; // before anything is opened
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("luxcli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
     Terminal::catchSignals();
-    const Console console;
     memBudgetInit();
     SetAnalyzerMemoryBudget(&memBudget);
     configLoad();

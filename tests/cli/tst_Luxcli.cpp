@@ -35,6 +35,7 @@ private slots:
     void framesOfSeveralDecodersComeInTheOrderOfTime();
     void withoutADecoderThoseOfTheFileAreTaken();
     void anOutputFileIsWrittenWhole();
+    void anOutputFileHasNothingOfWhatIsToldToNobody();
     void aPipeTakesTheOutputAndStaysAPipe();
     void anEarlierOutputStaysWhereAllInputIsBad();
     void severalFilesAreDecodedOneAfterTheOther();
@@ -268,6 +269,25 @@ void TstLuxcli::anOutputFileIsWrittenWhole()
     QCOMPARE(toFile.code, 0);
     QCOMPARE(toFile.out, QByteArray());
     QCOMPARE(m_folder.read(QStringLiteral("out.jsonl")), luxcli(arguments).out);
+}
+
+void TstLuxcli::anOutputFileHasNothingOfWhatIsToldToNobody()
+{
+#ifdef Q_OS_UNIX
+    const QString path = m_folder.path(QStringLiteral("alone.jsonl"));
+    const QString found = QStringLiteral("UART:rx=0"); // what was found is told
+    const Outcome told = luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), found});
+    QVERIFY(!told.err.isEmpty());
+    for (const char *closed : {"<&- >&- 2>&-", ">&- 2>&-", "2>&-"}) {
+        const QString script = QStringLiteral("\"$1\" decode \"$2\" -a \"$3\" -o \"$4\" ") + QLatin1String(closed);
+        const Outcome alone = run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"),
+                                                         QStringLiteral(LUXCLI), m_capture, found, path});
+        QCOMPARE(alone.code, 0);
+        QCOMPARE(m_folder.read(QStringLiteral("alone.jsonl")), told.out);
+    }
+#else
+    QSKIP("Standard streams cannot be closed here.");
+#endif
 }
 
 void TstLuxcli::aPipeTakesTheOutputAndStaysAPipe()
