@@ -16,6 +16,7 @@
 #include "session/Session.h"
 #include "settings/Config.h"
 #include "settings/Globals.h"
+#include "settings/NativeNames.h"
 #include "store/MemBudget.h"
 
 #include <QApplication>
@@ -147,6 +148,7 @@ bool isAsked(const QStringList &arguments)
 
 int run(int argc, char *argv[])
 {
+    takeNamesOfAnyBytes(argc, argv);
     QStringList arguments;
     for (int i = 2; i < argc; ++i) {
         arguments += QString::fromLocal8Bit(argv[i]);

@@ -3,6 +3,7 @@
 #include "cli/Console.h"
 #include "cli/Terminal.h"
 #include "settings/Config.h"
+#include "settings/NativeNames.h"
 #include "store/MemBudget.h"
 
 #include <QCoreApplication>
@@ -72,6 +73,7 @@ int main(int argc, char *argv[])
 {
     const Console console; // before anything is opened
     QCoreApplication application(argc, argv);
+    takeNamesOfAnyBytes(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("luxcli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(LUX_VERSION));
     Terminal::catchSignals();

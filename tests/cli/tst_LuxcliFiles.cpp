@@ -28,6 +28,8 @@ private slots:
     void aFileThatHasLostAllChannelsLeavesNothing_data();
     void aFileThatHasLostAllChannelsLeavesNothing();
     void helpIsGood();
+    void namesMayHaveAnyBytes_data();
+    void namesMayHaveAnyBytes();
     void pipesTakeWhatFilesTake_data();
     void pipesTakeWhatFilesTake();
     void aFullDiskIsTold();
@@ -328,6 +330,38 @@ void TstLuxcliFiles::helpIsGood()
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.out.startsWith("Usage: luxcli "));
     }
+}
+
+void TstLuxcliFiles::namesMayHaveAnyBytes_data()
+{
+    QTest::addColumn<QString>("kind");
+    for (const char *kind : {"cxdat", "sr", "vcd", "csv", "raw"}) {
+        QTest::newRow(kind) << QString::fromLatin1(kind);
+    }
+}
+
+void TstLuxcliFiles::namesMayHaveAnyBytes()
+{
+#ifdef Q_OS_LINUX
+    QFETCH(QString, kind);
+    if (!foreignKindIsBuilt(ForeignKind::Sr) && kind == QLatin1String("sr")) {
+        QSKIP("built without the library for archives");
+    }
+    const FileFolder folder;
+    const QString script = QStringLiteral("set -e; cd \"$3\"; name=$(printf 'Pr\\374f\\377ung.%1')\n"
+                                          "\"$1\" convert \"$2\" \"$name\"; test -f \"$name\"\n"
+                                          "\"$1\" convert \"$name\" back.cxdat --rate 1M --channels 0-2\n"
+                                          "\"$1\" diff \"$2\" back.cxdat; rm \"$name\"; test \"$(ls -A)\" = back.cxdat")
+                               .arg(kind);
+    const Outcome outcome =
+        run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(LUXCLI),
+                                   m_folder.path(QStringLiteral("a.cxdat")), folder.path(QString())});
+    QCOMPARE(outcome.err, QByteArray());
+    QCOMPARE(outcome.out, QByteArray());
+    QCOMPARE(outcome.code, 0);
+#else
+    QSKIP("Names are Unicode here.");
+#endif
 }
 
 void TstLuxcliFiles::pipesTakeWhatFilesTake_data()
