@@ -22,7 +22,7 @@ TimeGrid::TimeGrid(CaptureFiller &filler, std::int64_t ticksPerSecond, std::int6
 std::int64_t TimeGrid::placeAtRate(std::int64_t ticks) const
 {
     const double nearest = double(ticks) * m_perTick + 0.5;
-    if (!(nearest < double(CaptureFiller::positionMax))) {
+    if (!(nearest < double(CaptureFiller::positionMax + 1))) {
         return tooLong;
     }
     // The quotient is right but for a tiny part of a sample, so that this finds every time of the rate.

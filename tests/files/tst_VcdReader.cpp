@@ -1,3 +1,4 @@
+#include "files/CaptureFiller.h"
 #include "files/ForeignBytes.h"
 #include "files/VcdReader.h"
 #include "store/MemBudget.h"
@@ -46,6 +47,7 @@ private slots:
     void aFineScaleTakesTheLeastCommonRate();
     void lateTimesTakeTheLeastCommonRate();
     void aToldRateGivesItsSamples();
+    void aToldRateGoesUpToTheLongestCapture();
     void aWrongToldRateIsPassedOver();
     void someOfThousandsOfSignalsArePicked();
     void namesAreCutAndTellChannelsApart();
@@ -213,6 +215,17 @@ void TstVcdReader::aToldRateGivesItsSamples()
     QCOMPARE(edgesOf(*read.capture, 0), (Edges{1, 2, 3}));
     QCOMPARE(vcd("$comment Acquisition with 2/2 channels at 24 MHz $end " + scaled("1 ps", values)).capture->smpFrequ(),
              24'000'000);
+}
+
+void TstVcdReader::aToldRateGoesUpToTheLongestCapture()
+{
+    const QByteArray told = "$comment Sample rate: 1000000000 Hz $end ";
+    const ForeignCapture read = vcd(told + scaled("1 ns", "#0 0! #1099511627774 1! #1099511627775"));
+    QVERIFY2(read.isDone(), qPrintable(read.detail));
+    QCOMPARE(read.capture->smpCount(), CaptureFiller::positionMax);
+    QCOMPARE(edgesOf(*read.capture, 0), (Edges{CaptureFiller::positionMax - 1}));
+    QVERIFY(vcd(told + scaled("1 ns", "#0 0! #1099511627775 1!")).detail.contains(QStringLiteral("2^40")));
+    QVERIFY(vcd(told + scaled("1 ns", "#0 0! #1099511627776")).detail.contains(QStringLiteral("2^40")));
 }
 
 void TstVcdReader::aWrongToldRateIsPassedOver()
