@@ -24,11 +24,25 @@ protected:
     qint64 writeData(const char *bytes, qint64 size) override
     {
         m_isEnded = m_isEnded || (m_mayGoOn && !m_mayGoOn());
-        m_good = m_good && !m_isEnded && QFile::writeData(bytes, size) == size;
+        m_good = m_good && !m_isEnded && writeAll(bytes, size);
         return m_isEnded ? -1 : size;
     }
 
 private:
+    /// A disk takes what it has room for, and tells with the rest that it is full.
+    bool writeAll(const char *bytes, qint64 size)
+    {
+        while (size > 0) {
+            const qint64 taken = QFile::writeData(bytes, size);
+            if (taken <= 0) {
+                return false;
+            }
+            bytes += taken;
+            size -= taken;
+        }
+        return true;
+    }
+
     const std::function<bool()> &m_mayGoOn;
     bool m_good = true; ///< all was taken
     bool m_isEnded = false;

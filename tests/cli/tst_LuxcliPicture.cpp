@@ -29,6 +29,7 @@ private slots:
     void badInputIsToldAndLeavesNothing_data();
     void badInputIsToldAndLeavesNothing();
     void anEarlierPictureStaysIfANewOneFails();
+    void aFullDiskIsToldInALine_data();
     void aFullDiskIsToldInALine();
     void whatIsStoredStaysAsItIs();
     void itSpeaksEnglishWhateverTheWindowSpeaks();
@@ -209,22 +210,31 @@ void TstLuxcliPicture::anEarlierPictureStaysIfANewOneFails()
     QCOMPARE(m_folder.read(QStringLiteral("earlier.png")), QByteArray("a picture"));
 }
 
+void TstLuxcliPicture::aFullDiskIsToldInALine_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("picture of pixels") << QStringLiteral("out.png");
+    QTest::newRow("drawing") << QStringLiteral("out.svg");
+}
+
 void TstLuxcliPicture::aFullDiskIsToldInALine()
 {
 #ifdef Q_OS_LINUX
+    QFETCH(QString, name);
     const QString full = m_folder.path(QStringLiteral("full"));
-    QVERIFY(QDir().mkdir(full));
-    const Outcome outcome = luxcliRun::run(
-        QStringLiteral("unshare"),
-        {QStringLiteral("--user"), QStringLiteral("--map-root-user"), QStringLiteral("--mount"), QStringLiteral("sh"),
-         QStringLiteral("-c"),
-         QStringLiteral("mount -t tmpfs -o size=8k none \"$3\" 2>/dev/null || exit 77\n"
-                        "\"$1\" export \"$2\" -o \"$3/out.png\" || { code=$?; ls -A \"$3\"; exit $code; }"),
-         QStringLiteral("sh"), QStringLiteral(LUXCLI), m_capture, full});
+    QVERIFY(QDir().mkpath(full));
+    const Outcome outcome =
+        luxcliRun::run(QStringLiteral("unshare"),
+                       {QStringLiteral("--user"), QStringLiteral("--map-root-user"), QStringLiteral("--mount"),
+                        QStringLiteral("sh"), QStringLiteral("-c"),
+                        QStringLiteral("mount -t tmpfs -o size=8k none \"$3\" 2>/dev/null || exit 77\n"
+                                       "\"$1\" export \"$2\" -o \"$3/$4\" || { code=$?; ls -A \"$3\"; exit $code; }"),
+                        QStringLiteral("sh"), QStringLiteral(LUXCLI), m_capture, full, name});
     if (outcome.code < 0 || outcome.err.contains("unshare") || outcome.code == 77)
         QSKIP("needs name spaces");
     QCOMPARE(outcome.err.count('\n'), 1);
-    QVERIFY2(outcome.err.startsWith("luxcli: ") && outcome.err.endsWith("out.png: The disk is full.\n"), outcome.err);
+    QVERIFY2(outcome.err.startsWith("luxcli: ") && outcome.err.endsWith(name.toUtf8() + ": The disk is full.\n"),
+             outcome.err);
     QCOMPARE(outcome.out, QByteArray());
     QCOMPARE(outcome.code, 1);
 #else
