@@ -34,24 +34,10 @@ CaptureSource openOther(const QString &path, ForeignKind kind, const ForeignOpti
     return source;
 }
 
-CaptureSource tell(const QString &path, CaptureSource source)
+CaptureSource openOwn(const QString &path, bool anySuffix)
 {
-    for (const QString &text : {source.error, source.warning}) {
-        if (!text.isEmpty() && !Terminal::wasInterrupted()) {
-            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
-        }
-    }
-    return source;
-}
-
-} // namespace
-
-CaptureSource CaptureSource::open(const QString &path)
-{
-    if (isForeignCapture(path)) {
-        return openOther(path, foreignKindOf(path), {});
-    }
     CaptureFile file(digitalChannelsOf);
+    file.anySuffix = anySuffix;
     file.mayGoOn = [] { return !Terminal::wasInterrupted(); };
     OpenedCapture opened = file.open(path);
     CaptureSource source;
@@ -72,6 +58,23 @@ CaptureSource CaptureSource::open(const QString &path)
     return source;
 }
 
+CaptureSource tell(const QString &path, CaptureSource source)
+{
+    for (const QString &text : {source.error, source.warning}) {
+        if (!text.isEmpty() && !Terminal::wasInterrupted()) {
+            Terminal::say(QStringLiteral("%1: %2").arg(path, text));
+        }
+    }
+    return source;
+}
+
+} // namespace
+
+CaptureSource CaptureSource::open(const QString &path)
+{
+    return isForeignCapture(path) ? openOther(path, foreignKindOf(path), {}) : openOwn(path, false);
+}
+
 CaptureSource CaptureSource::openOrTell(const QString &path)
 {
     return tell(path, open(path));
@@ -79,5 +82,5 @@ CaptureSource CaptureSource::openOrTell(const QString &path)
 
 CaptureSource CaptureSource::openOrTell(const QString &path, ForeignKind kind, const ForeignOptions &options)
 {
-    return tell(path, kind == ForeignKind::None ? open(path) : openOther(path, kind, options));
+    return tell(path, kind == ForeignKind::None ? openOwn(path, true) : openOther(path, kind, options));
 }

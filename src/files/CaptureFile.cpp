@@ -127,7 +127,7 @@ OpenedCapture CaptureFile::readHeads(const QString &path, Layout &layout, Captur
 {
     OpenedCapture opened;
     const QFileInfo info(path);
-    opened.isData = info.suffix() == QLatin1String("cxdat");
+    opened.isData = anySuffix || info.suffix() == QLatin1String("cxdat");
     const bool isSettings = info.suffix() == QLatin1String("cxset");
     QFile file(path);
     if (!info.exists()) {

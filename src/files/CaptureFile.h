@@ -107,6 +107,8 @@ public:
     std::function<bool()> mayGoOn;
     /// False drops what was written when the writing of a capture ends early, even where there was no file.
     bool keepsPart = true;
+    /// True reads a data file under whatever name.
+    bool anySuffix = false;
 
     /// Reads a data file (.cxdat) or a settings file (.cxset), told apart by the suffix.
     /// @param former  the capture that the caller will free when it takes the new one; may be null. What fits into the

@@ -139,7 +139,10 @@ CaptureKind captureKindNamed(const QString &name)
 
 CaptureKind captureKindOf(const QString &path)
 {
-    return captureKindNamed(QFileInfo(path).suffix());
+    const QString suffix = QFileInfo(path).suffix();
+    const CaptureKind kind = captureKindNamed(suffix);
+    // What has it in other letters nobody opens as a data file.
+    return kind == CaptureKind::Cxdat && suffix != QLatin1String("cxdat") ? CaptureKind::None : kind;
 }
 
 FileOutcome writeCaptureFile(const QString &path, const SmpData &data, const CaptureOut &out)

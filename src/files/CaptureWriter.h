@@ -24,7 +24,7 @@ enum class CaptureKind {
     Vcd    ///< "vcd": value change dump (writeVcd)
 };
 
-/// The kind of a name, or of a path's suffix; None for any other.
+/// The kind of a name, or of a path's suffix, in either case but for that of data files; None for any other.
 [[nodiscard]] CaptureKind captureKindNamed(const QString &name);
 [[nodiscard]] CaptureKind captureKindOf(const QString &path);
 

@@ -176,6 +176,12 @@ void TstLuxcliFiles::aKindMayBeTold()
     QCOMPARE(luxcli(QStringLiteral("convert @a.cxdat @t.txt")).code, 0);
     QCOMPARE(luxcli(QStringLiteral("convert @t.txt @t.cxdat --rate 1000k")).code, 0);
     QVERIFY(luxcli(QStringLiteral("info @t.cxdat")).out.contains("channel 1: DATA, "));
+    for (const char *name : {"told", "told.vcd", "told.CXDAT"}) {
+        const QString told = QLatin1String(name);
+        QCOMPARE(luxcli(QStringLiteral("convert @a.cxdat --to cxdat @") + told).err, QByteArray());
+        QCOMPARE(luxcli(QStringLiteral("convert --from cxdat --to csv @%1 -").arg(told)).out,
+                 luxcli(QStringLiteral("export @a.cxdat -f csv")).out);
+    }
 }
 
 void TstLuxcliFiles::aDataFileOfAnotherProgramsOpensWithItsFacts()
@@ -210,6 +216,7 @@ void TstLuxcliFiles::wrongUsageIsTold_data()
                                   "convert @a.vcd @b.vcd @c.vcd",
                                   "convert @a.vcd @b.doc",
                                   "convert @a.doc @b.vcd",
+                                  "convert @a.vcd @b.CXDAT",
                                   "convert @a.vcd @b --to odt",
                                   "convert @a.vcd @b.csv --rate fast",
                                   "convert @a.vcd @b.csv --rate 1.5",

@@ -231,6 +231,8 @@ void TstCaptureWriter::kindsAreNamed()
     QCOMPARE(captureKindOf(QStringLiteral("/a.b/c.VCD")), CaptureKind::Vcd);
     QCOMPARE(captureKindOf(QStringLiteral("a.raw")), CaptureKind::Bin);
     QCOMPARE(captureKindOf(QStringLiteral("a.cxset")), CaptureKind::None);
+    QCOMPARE(captureKindOf(QStringLiteral("a.cxdat")), CaptureKind::Cxdat);
+    QCOMPARE(captureKindOf(QStringLiteral("a.CXDAT")), CaptureKind::None); // as whoever opens it has it
     QCOMPARE(foreignKindOf(QStringLiteral("a.Sr")), ForeignKind::Sr);
     QCOMPARE(foreignKindOf(QStringLiteral("a.cxdat")), ForeignKind::None);
     QVERIFY(isForeignCapture(QStringLiteral("a.vcd")) && !isForeignCapture(QStringLiteral("a.csv")));
