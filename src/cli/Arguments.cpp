@@ -1,8 +1,19 @@
 #include "cli/Arguments.h"
 
-#include <algorithm>
+#include <QCommandLineParser>
 
 namespace Arguments {
+
+namespace {
+
+/// A sentence as a part of one: "Unknown option 'x'." as "unknown option 'x'".
+QString withoutEnds(const QString &sentence)
+{
+    const QString text = sentence.endsWith(QLatin1Char('.')) ? sentence.chopped(1) : sentence;
+    return text.left(1).toLower() + text.mid(1);
+}
+
+} // namespace
 
 bool Parsed::has(const QString &name) const
 {
@@ -28,42 +39,30 @@ QStringList Parsed::values(const QString &name) const
 
 Parsed parse(const QStringList &arguments, const QVector<Option> &known)
 {
+    QCommandLineParser parser;
+    for (const Option &option : known) {
+        QStringList names{option.name.mid(2)};
+        if (!option.brief.isEmpty()) {
+            names.append(option.brief.mid(1));
+        }
+        parser.addOption({names, QString(), option.hasValue ? QStringLiteral("value") : QString()});
+    }
     Parsed parsed;
-    for (int i = 0; i < arguments.size(); ++i) {
-        const QString &argument = arguments.at(i);
-        if (argument == QLatin1String("--")) {
-            parsed.operands += arguments.mid(i + 1);
-            break;
-        }
-        if (!argument.startsWith(QLatin1Char('-')) || argument == QLatin1String("-")) {
-            parsed.operands.append(argument);
-            continue;
-        }
-        const bool isLong = argument.startsWith(QLatin1String("--"));
-        const int equals = isLong ? argument.indexOf(QLatin1Char('=')) : -1;
-        const QString name = equals < 0 ? argument : argument.left(equals);
-        const auto named = [&name](const Option &option) { return option.name == name || option.brief == name; };
-        const auto option = std::find_if(known.cbegin(), known.cend(), named);
-        const bool lacksValue = option != known.cend() && option->hasValue && equals < 0 && i + 1 >= arguments.size();
-        if (option == known.cend()) {
-            parsed.error = QStringLiteral("unknown option %1").arg(name);
-        } else if (lacksValue) {
-            parsed.error = QStringLiteral("%1 needs a value").arg(name);
-        } else if (!option->hasValue && equals >= 0) {
-            parsed.error = QStringLiteral("%1 takes no value").arg(name);
-        }
-        if (!parsed.error.isEmpty()) {
-            return parsed;
-        }
-        QString value;
-        if (option->hasValue) {
-            value = equals >= 0 ? argument.mid(equals + 1) : arguments.at(++i);
-            if (value.isEmpty()) { // such as a variable of a script that is not set
-                parsed.error = QStringLiteral("%1 needs a value").arg(name);
+    if (!parser.parse(QStringList{QStringLiteral("luxcli")} + arguments)) {
+        parsed.error = withoutEnds(parser.errorText());
+        return parsed;
+    }
+    parsed.operands = parser.positionalArguments();
+    for (const Option &option : known) {
+        const QString name = option.name.mid(2);
+        const QStringList set = parser.isSet(name) ? QStringList{QString()} : QStringList();
+        for (const QString &value : option.hasValue ? parser.values(name) : set) {
+            if (option.hasValue && value.isEmpty()) { // such as a variable of a script that is not set
+                parsed.error = QStringLiteral("%1 needs a value").arg(option.name);
                 return parsed;
             }
+            parsed.options.append({option.name, value});
         }
-        parsed.options.append({option->name, value});
     }
     return parsed;
 }

@@ -20,7 +20,7 @@ struct Option {
 struct Parsed {
     QString error;                            ///< why the arguments are wrong, for the user; empty if they are not
     QStringList operands;                     ///< in their order
-    QVector<QPair<QString, QString>> options; ///< by Option::name, in their order; the value of one without is empty
+    QVector<QPair<QString, QString>> options; ///< by Option::name, each in its order; the value of one without is empty
 
     [[nodiscard]] bool has(const QString &name) const;
     /// The last one's value.
@@ -28,7 +28,8 @@ struct Parsed {
     [[nodiscard]] QStringList values(const QString &name) const;
 };
 
-/// "--format csv" and "--format=csv" mean the same. What follows "--" is an operand, as is "-".
+/// "--format csv" and "--format=csv" mean the same, and so do "-f csv" and "-fcsv". What follows "--" is an operand, as
+/// is "-".
 [[nodiscard]] Parsed parse(const QStringList &arguments, const QVector<Option> &known);
 
 /// An analyzer with its settings as written: "UART:rx=3,baudrate=115200".

@@ -23,6 +23,8 @@ private slots:
     void aRangeWithoutSamplesIsTold_data();
     void aRangeWithoutSamplesIsTold();
     void severalChannelsAreMeasured();
+    void optionsAreWrittenAsElsewhere_data();
+    void optionsAreWrittenAsElsewhere();
     void whatIsExpectedMakesTheExitCode_data();
     void whatIsExpectedMakesTheExitCode();
     void wrongUsageOfMeasureIsTold_data();
@@ -153,6 +155,33 @@ void TstLuxcliMeasure::severalChannelsAreMeasured()
     QCOMPARE(outcome.code, 0);
     QCOMPARE(outcome.out, QByteArray());
     QCOMPARE(m_folder.read(QStringLiteral("out.json")).count('\n'), 2);
+}
+
+void TstLuxcliMeasure::optionsAreWrittenAsElsewhere_data()
+{
+    QTest::addColumn<QByteArray>("error");
+    QTest::newRow("%1 --channel 3 --json") << QByteArray();
+    QTest::newRow("--json --channel=3 %1") << QByteArray();
+    QTest::newRow("-c3 %1 --json") << QByteArray();
+    QTest::newRow("--json -c 3 -- %1") << QByteArray();
+    QTest::newRow("%1 -c") << QByteArray("missing value after '-c'");
+    QTest::newRow("%1 --channel= --json") << QByteArray("--channel needs a value");
+    QTest::newRow("%1 -c3 --json=1") << QByteArray("unexpected value after '--json'");
+    QTest::newRow("%1 -c3 --loud") << QByteArray("unknown option 'loud'");
+}
+
+void TstLuxcliMeasure::optionsAreWrittenAsElsewhere()
+{
+    QFETCH(QByteArray, error);
+    const Outcome outcome = luxcli(("measure " + QByteArray(QTest::currentDataTag())).constData(), m_clock);
+    if (error.isEmpty()) {
+        QCOMPARE(outcome.err, QByteArray());
+        QCOMPARE(outcome.out, luxcli("measure %1 --channel 3 --json", m_clock).out);
+        QVERIFY(!outcome.out.isEmpty());
+        return;
+    }
+    QCOMPARE(outcome.err, "luxcli: " + error + "; \"luxcli measure --help\" tells more\n");
+    QCOMPARE(outcome.code, 2);
 }
 
 void TstLuxcliMeasure::whatIsExpectedMakesTheExitCode_data()
