@@ -164,7 +164,7 @@ QString ChannelOffer::tooMany() const
     const QString byNames =
         QStringLiteral(" or names (%1%2)")
             .arg(names.join(QStringLiteral(", ")), m_entries.size() > named ? QStringLiteral(", ...") : QString());
-    return QStringLiteral("%1 channels are more than %2: pick some by --channels, as numbers (0-7)%3")
+    return QStringLiteral("%1 channels are more than %2; \"luxcli convert --channels\" picks some: numbers (0-7)%3")
         .arg(QString::number(m_total), QString::number(CaptureFiller::channelMax), hasNames ? byNames : QString());
 }
 

@@ -490,9 +490,12 @@ void TstLuxcliFiles::manyChannelsArePicked()
 {
     QByteArray dump = "$timescale 1 us $end $var reg 100 ! BUS [99:0] $end $enddefinitions $end\n#0 b0 !\n#4 b1010 !\n";
     const QString path = m_folder.write(dump, QStringLiteral("many.vcd"));
-    const Outcome all = luxcli(QStringLiteral("convert @many.vcd @many.csv"));
-    QCOMPARE(all.code, 1);
-    QVERIFY2(all.err.contains("100 channels are more than 32: pick some by --channels"), all.err);
+    for (const char *arguments : {"convert @many.vcd @many.csv", "export @many.vcd -c 0-7 -f csv", "info @many.vcd"}) {
+        const Outcome all = luxcli(QString::fromLatin1(arguments));
+        QCOMPARE(all.code, 1);
+        QVERIFY2(all.err.contains("100 channels are more than 32; \"luxcli convert --channels\" picks some: numbers"),
+                 all.err);
+    }
     QCOMPARE(luxcli(QStringLiteral("convert @many.vcd - --to csv --channels BUS[3],0-1")).out,
              QByteArray("Time[s],BUS[3],BUS[0],BUS[1]\n0.000000000,0,0,0\n0.000004000,1,0,1\n"));
 }

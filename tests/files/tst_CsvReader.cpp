@@ -271,9 +271,9 @@ void TstCsvReader::plainBytesMustFit_data()
     QTest::newRow("wide samples") << QByteArray("abc") << 1LL << 129 << QStringLiteral("a sample has 1 to 128");
     QTest::newRow("nothing") << QByteArray() << 1LL << 1 << QStringLiteral("0 bytes are no whole samples of 1");
     QTest::newRow("a part") << QByteArray("abc") << 1LL << 2 << QStringLiteral("3 bytes are no whole samples of 2");
-    QTest::newRow("many channels") << QByteArray("abcde") << 1LL << 5
-                                   << QStringLiteral(
-                                          "40 channels are more than 32: pick some by --channels, as numbers (0-7)");
+    QTest::newRow("many channels")
+        << QByteArray("abcde") << 1LL << 5
+        << QStringLiteral("40 channels are more than 32; \"luxcli convert --channels\" picks some: numbers (0-7)");
 }
 
 void TstCsvReader::plainBytesMustFit()

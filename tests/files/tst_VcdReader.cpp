@@ -248,7 +248,8 @@ void TstVcdReader::someOfThousandsOfSignalsArePicked()
     head += "$var wire 64 v wide [63:0] $end $enddefinitions $end #0 0c3 #1 1c3 #2 1c4999 b1000 v #3";
     const ForeignCapture all = vcd(head);
     QCOMPARE(all.result, FileResult::Damaged);
-    QVERIFY2(all.detail.startsWith(QStringLiteral("5064 channels are more than 32: pick some")),
+    QVERIFY2(all.detail.startsWith(
+                 QStringLiteral("5064 channels are more than 32; \"luxcli convert --channels\" picks some")),
              qPrintable(all.detail));
     const ForeignCapture some =
         vcd(head, {QStringLiteral("m4999.s2499"), QStringLiteral("3"), QStringLiteral("wide[3]")});
