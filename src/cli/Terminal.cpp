@@ -42,8 +42,12 @@ void catchSignals()
         std::signal(SIGHUP, SIG_IGN);
     }
 #endif
+    // What cannot be written is told where it is written.
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN);
+#endif
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }
 

@@ -14,8 +14,8 @@ inline constexpr int interrupted = 130; ///< as shells tell a program that SIGIN
 /// "luxcli: text" and a line end. Any thread.
 void say(const QString &text);
 
-/// From here on Ctrl+C, a request to end and the end of the terminal only set wasInterrupted(), and a pipe that nobody
-/// reads any more is an error like any other. Main thread, once.
+/// From here on Ctrl+C, a request to end and the end of the terminal only set wasInterrupted(); a pipe that nobody
+/// reads any more, and a file that grows beyond what the user may write, are errors like any other. Main thread, once.
 void catchSignals();
 [[nodiscard]] bool wasInterrupted();
 /// The same, and forgets it: for who makes something of the first one, so that the next ends the program. Main thread.

@@ -35,6 +35,8 @@ private slots:
     void aFullDiskIsTold();
     void aDiskThatFillsIsTold_data();
     void aDiskThatFillsIsTold();
+    void aFileThatMayNotGrowIsTold_data();
+    void aFileThatMayNotGrowIsTold();
     void aReaderThatLeavesEndsTheProgram();
     void manyChannelsArePicked();
 
@@ -463,6 +465,33 @@ void TstLuxcliFiles::aDiskThatFillsIsTold()
     QCOMPARE(outcome.code, 1);
 #else
     QSKIP("needs name spaces");
+#endif
+}
+
+void TstLuxcliFiles::aFileThatMayNotGrowIsTold_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"out.vcd", "out.csv", "out.txt", "out.raw", "out.cxdat"}) {
+        QTest::newRow(name) << QString::fromLatin1(name);
+    }
+}
+
+/// As a limit of the shell has it.
+void TstLuxcliFiles::aFileThatMayNotGrowIsTold()
+{
+#ifdef Q_OS_UNIX
+    QFETCH(QString, name);
+    const FileFolder folder;
+    const QString script = QStringLiteral("cd \"$3\" && ulimit -f 2 && \"$1\" convert \"$2\" \"$4\"");
+    const Outcome outcome =
+        run(QStringLiteral("sh"), {QStringLiteral("-c"), script, QStringLiteral("sh"), QStringLiteral(LUXCLI),
+                                   m_folder.path(QStringLiteral("a.cxdat")), folder.path(QString()), name});
+    QVERIFY2(outcome.err.startsWith("luxcli: " + name.toUtf8() + ": "), outcome.err);
+    QCOMPARE(outcome.err.count('\n'), 1);
+    QCOMPARE(outcome.code, 1);
+    QCOMPARE(QDir(folder.path(QString())).entryList(QDir::Files | QDir::Hidden), QStringList());
+#else
+    QSKIP("There are no such limits here.");
 #endif
 }
 
