@@ -27,6 +27,8 @@ private slots:
     void badInputIsToldAndLeavesNothing();
     void aFileThatHasLostAllChannelsLeavesNothing_data();
     void aFileThatHasLostAllChannelsLeavesNothing();
+    void aFileThatLacksAChannelIsNoSuccess_data();
+    void aFileThatLacksAChannelIsNoSuccess();
     void helpIsGood();
     void namesMayHaveAnyBytes_data();
     void namesMayHaveAnyBytes();
@@ -330,6 +332,29 @@ void TstLuxcliFiles::aFileThatHasLostAllChannelsLeavesNothing()
     QVERIFY2(outcome.err.contains("The file is incomplete.") && outcome.err.endsWith(": no channel holds data\n"),
              outcome.err);
     QCOMPARE(QFileInfo(path).dir().entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("cut.cxdat")));
+}
+
+void TstLuxcliFiles::aFileThatLacksAChannelIsNoSuccess_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::newRow("info @short.cxdat") << 1;
+    QTest::newRow("measure @short.cxdat -c 0") << 1;
+    QTest::newRow("measure @short.cxdat -c 0 --expect edges<0") << 1;
+    QTest::newRow("convert @short.cxdat @short.vcd") << 1;
+    QTest::newRow("export @short.cxdat -f csv") << 1;
+    QTest::newRow("diff @short.cxdat @short.cxdat") << 2;
+    QTest::newRow("diff @a.cxdat @short.cxdat -c 0") << 2;
+}
+
+/// Cut within its last channel: what is there is used, and told as not all of it.
+void TstLuxcliFiles::aFileThatLacksAChannelIsNoSuccess()
+{
+    QFETCH(int, code);
+    const QByteArray whole = m_folder.read(QStringLiteral("a.cxdat"));
+    QVERIFY(!m_folder.write(whole.chopped(10), QStringLiteral("short.cxdat")).isEmpty());
+    const Outcome outcome = luxcli(QString::fromLatin1(QTest::currentDataTag()));
+    QVERIFY2(outcome.err.contains(": The file is incomplete. These channels are missing: CS\n"), outcome.err);
+    QCOMPARE(outcome.code, code);
 }
 
 void TstLuxcliFiles::helpIsGood()

@@ -259,6 +259,10 @@ void TstLuxcliMeasure::aToleranceMayBeATime()
         QVERIFY2(outcome.out.contains("at sample 800 (0.000800 s), an edge of the second; 2 edges differ"),
                  outcome.out);
     }
+    const QString longer = luxcliRun::save(m_folder, QStringLiteral("longer.cxdat"),
+                                           CaptureBuilder(16).samples(1001).channel(3, 0, clockEdges(100)));
+    QCOMPARE(luxcli("diff %1 %2 -c 3", m_clock, longer).out, QByteArray("length: 1000 and 1001 samples\n"));
+    QCOMPARE(luxcli("diff %1 %2 -c 3 --tolerance 1", m_clock, longer).code, 0);
 }
 
 void TstLuxcliMeasure::triggersAreLaidOnEachOther()
