@@ -374,6 +374,13 @@ void TstLuxcli::infoTellsOfTheCapture()
         QVERIFY2(outcome.out.contains(line), outcome.out);
     const QByteArray edges = QByteArray::number(int(serial("Hi,").edges().size()));
     QVERIFY2(outcome.out.contains("channel 0: Serial, " + edges + " edges\n"), outcome.out);
+    const QString missing = m_folder.path(QStringLiteral("missing.cxdat"));
+    for (const QStringList &files : {QStringList{m_capture, missing}, QStringList{missing, m_capture}}) {
+        const Outcome several = luxcli(QStringList{QStringLiteral("info")} + files);
+        QCOMPARE(several.out, outcome.out);
+        QVERIFY2(several.err.contains("missing.cxdat: The file does not exist.\n"), several.err);
+        QCOMPARE(several.code, 1);
+    }
 }
 
 void TstLuxcli::helpAndVersionAreGood()

@@ -227,6 +227,7 @@ void TstLuxcliFiles::wrongUsageIsTold_data()
                                   "convert @a.vcd @b.csv --rate 1mHz",
                                   "convert @a.vcd @b.csv --rate 2000G",
                                   "convert @a.raw @b.csv --bytes 0",
+                                  "convert @a.raw @b.csv --bytes 129",
                                   "convert @a.raw @b.csv --bytes x",
                                   "export @a.cxdat -f csv --channels=",
                                   "export @a.cxdat -f csv -c 0,,1",

@@ -34,6 +34,7 @@ private slots:
     void differencesAreToldPerChannel();
     void aToleranceMayBeATime();
     void triggersAreLaidOnEachOther();
+    void capturesOfDifferentRatesAreTrouble();
     void troubleOfDiffIsTold_data();
     void troubleOfDiffIsTold();
     void helpIsGood();
@@ -273,6 +274,19 @@ void TstLuxcliMeasure::triggersAreLaidOnEachOther()
     const Outcome aligned = luxcli("diff %1 %2 --at-trigger", m_clock, m_shifted);
     QCOMPARE(aligned.out, QByteArray());
     QCOMPARE(aligned.code, 0);
+    const Outcome other = luxcli("diff %1 %2 --at-trigger", m_shifted, m_clock);
+    QCOMPARE(other.out, QByteArray());
+    QCOMPARE(other.code, 0);
+}
+
+void TstLuxcliMeasure::capturesOfDifferentRatesAreTrouble()
+{
+    const QString fast = m_folder.write("$timescale 1 ns $end $var wire 1 ! A $end $enddefinitions $end #0 0! #9 1!\n",
+                                        QStringLiteral("fast.vcd"));
+    const Outcome outcome = luxcli("diff %1 %2", m_clock, fast);
+    QCOMPARE(outcome.err, QByteArray("luxcli: the captures have different rates: 1000000 and 1000000000 Hz\n"));
+    QCOMPARE(outcome.out, QByteArray());
+    QCOMPARE(outcome.code, 2);
 }
 
 void TstLuxcliMeasure::troubleOfDiffIsTold_data()

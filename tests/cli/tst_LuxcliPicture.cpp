@@ -164,9 +164,10 @@ void TstLuxcliPicture::capturesOfOtherProgramsAreShownToo()
 void TstLuxcliPicture::wrongUsageIsTold_data()
 {
     QTest::addColumn<QByteArray>("arguments");
-    for (const char *arguments : {"export %1 -f png", "export %1 -o %2 --size 100", "export %1 -o %2 --size 100x900",
-                                  "export %1 -o %2 --size 900x100000", "export %1 -o %2 --dpi 12",
-                                  "export %1 -o %2 --dpi many", "export %1 -f csv --size 900x900"})
+    for (const char *arguments :
+         {"export %1 -f png", "export %1 -o %2 --size 100", "export %1 -o %2 --size 100x900",
+          "export %1 -o %2 --size 900x100000", "export %1 -o %2 --dpi 95", "export %1 -o %2 --dpi 961",
+          "export %1 -o %2 --dpi many", "export %1 -f csv --size 900x900"})
         QTest::newRow(arguments) << QByteArray(arguments);
 }
 
