@@ -247,6 +247,13 @@ void TstSrReader::badArchivesAreTold_data()
     row("wrong place", ZipBytes().session(threeProbes, "a").add("logic-1-2", "abc", {-1, 1 << 29, false}).bytes(), "");
     row("wrong checksum", ZipBytes().session(threeProbes, "a").add("logic-1-2", "abc", {-1, -1, true}).bytes(),
         "logic-1-2: ");
+    const QByteArray many(1000, '\2');
+    row("wrong checksum of what is packed",
+        ZipBytes()
+            .session(threeProbes, "a")
+            .addPacked("logic-1-2", ZipBytes::deflated(many), ZipBytes::crc(many) ^ 1U, many.size())
+            .bytes(),
+        "logic-1-2: ");
 }
 
 void TstSrReader::badArchivesAreTold()
@@ -275,7 +282,7 @@ void TstSrReader::aZipBombIsTold_data()
     constexpr int sizeOfList = 22 - 12; // from the end, in the end record
     qToLittleEndian<quint32>(7 << 20, longList.data() + longList.size() - sizeOfList);
     row("millions of entries", longList, "a list of 7340032 bytes is too long");
-    row("entries in one place", bomb.bytes(), "");
+    row("entries in one place", bomb.bytes(), "logic-1-2: the entries overlap");
     const auto packed = [](std::int64_t told) {
         return ZipBytes().session(threeProbes, "a").addDeflated("logic-1-2", QByteArray(1 << 16, '\0'), told).bytes();
     };

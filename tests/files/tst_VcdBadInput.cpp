@@ -39,6 +39,9 @@ void TstVcdBadInput::itIsToldWithItsLine_data()
         "line 3: a byte that is no text");
     row("time goes back", head + "#5 1!\n#9 0!\n#8 1!\n", "line 6: the time goes back");
     row("time of 2^63", head + "#0 0!\n#9223372036854775808 1!\n", "line 5: this time has no room in 63 bits");
+    row("time beyond 63 bits of seconds",
+        "$timescale 100 s $end\n" + head.mid(head.indexOf('\n') + 1) + "#0 0!\n#9223372036854775807 1!\n",
+        "line 5: this time has no room in 63 bits");
     row("time of many digits", head + "#0 0!\n#99999999999999999999999999 1!\n",
         "line 5: this time has no room in 63 bits");
     row("time beyond any grid", head + "#0 0!\n#1 1!\n#9223372036854775807 0!\n#9223372036854775807\n",

@@ -235,6 +235,11 @@ void TstVcdReader::aWrongToldRateIsPassedOver()
     QVERIFY2(read.isDone(), qPrintable(read.detail));
     QCOMPARE(read.capture->smpFrequ(), 1'000'000'000'000);
     QCOMPARE(edgesOf(*read.capture, 0), (Edges{41667, 50000}));
+    // A tick beside the nearest one to a sample.
+    const ForeignCapture close =
+        vcd("$comment Sample rate: 24000000 Hz $end " + scaled("1 ps", "#0 0! #41666 1! #83333"));
+    QVERIFY2(close.isDone(), qPrintable(close.detail));
+    QCOMPARE(close.capture->smpFrequ(), 1'000'000'000'000);
 }
 
 void TstVcdReader::someOfThousandsOfSignalsArePicked()
