@@ -14,7 +14,7 @@ namespace lux {
 struct AsyncFormat {
     unsigned dataBits = 8; ///< 5 to 9
     Parity parity = Parity::None;
-    unsigned stopQuarters = BitGrid::quarters; ///< the stop element in quarters of a bit: 4, 6 or 8
+    unsigned stopQuarters = BitGrid::quarters; ///< the stop element in quarters of a bit: 2, 4, 6 or 8
     BitOrder order = BitOrder::LsbFirst;
     bool idleHigh = true; ///< the level of the idle line, of a stop bit and of a 1
 };
@@ -33,8 +33,9 @@ struct AsyncCharacter {
 ///
 /// A bit is what two of three looks around its middle see, or the look in the middle where a bit is too short for
 /// three. The stop bit is looked at a little early: so a sender may be as much too fast as too slow, by half a bit at
-/// the character's end, which is some 5 % of its rate. The line is asked for an element only when the capture has all
-/// of it, so that it never leaves the decode at the data's end; several lines can be read in turn.
+/// the character's end, which is some 5 % of its rate; by a quarter where there is half a stop bit only. The line is
+/// asked for an element only when the capture has all of it, so that it never leaves the decode at the data's end;
+/// several lines can be read in turn.
 class AsyncLine {
 public:
     /// The most bits of a character, its start bit and a stop bit included, and some to spare.
@@ -53,7 +54,7 @@ public:
         for (unsigned bit = 0; bit < m_bitsToStop; ++bit) {
             m_looks[bit] = grid.middleOf(bit);
         }
-        m_looks[m_bitsToStop] = grid.middleOf(m_bitsToStop) - early();
+        m_looks[m_bitsToStop] = grid.atQuarter(m_bitsToStop * BitGrid::quarters + stopLook()) - early();
     }
 
     /// Goes to the next start bit: an edge from idle behind which the line is not idle in the bit's middle.
@@ -88,7 +89,7 @@ public:
             character.value = std::uint32_t(reversed(character.value, m_format.dataBits));
         }
         const bool parity = hasParity() && (bits >> (m_bitsToStop - 1) & 1U) != 0;
-        character.parityWrong = hasParity() && parity != parityBit(character.value, m_format.parity);
+        character.parityWrong = isParityChecked() && parity != parityBit(character.value, m_format.parity);
         character.stopMissing = (bits >> m_bitsToStop & 1U) == 0;
         if (character.stopMissing && character.value == 0 && !parity) {
             endOfBreak(character);
@@ -124,8 +125,11 @@ public:
 
 private:
     [[nodiscard]] bool hasParity() const { return m_format.parity != Parity::None; }
-    /// The look at the stop bit comes before its middle.
-    [[nodiscard]] Sample early() const { return m_grid.atQuarter(1) / 8; }
+    [[nodiscard]] bool isParityChecked() const { return hasParity() && m_format.parity != Parity::Ignored; }
+    /// The middle of the stop bit, or of the part of it that is there, in quarters of a bit behind its begin.
+    [[nodiscard]] unsigned stopLook() const { return std::min(m_format.stopQuarters, BitGrid::quarters) / 2; }
+    /// The look at the stop bit comes before this middle.
+    [[nodiscard]] Sample early() const { return m_grid.atQuarter(stopLook()) / 16; }
     /// What three looks around a bit's middle see, by majority.
     [[nodiscard]] bool look(unsigned bit) const
     {

@@ -360,7 +360,7 @@ void TstLuxcli::decodersAndTheirSettingsAreListed()
     const Outcome one = luxcli({QStringLiteral("analyzers"), QStringLiteral("uart/rs232/485")});
     QCOMPARE(one.code, 0);
     QVERIFY(one.out.contains("rx\tchannel\tnumber or none\tnone\t"));
-    QVERIFY(one.out.contains("parity\tchoice\tnone|odd|even|mark|space\tnone\tParity\tThe bit behind the data\n"));
+    QVERIFY(one.out.contains("parity\tchoice\tnone|odd|even|mark|space|ignore\tnone\tParity\tThe bit behind the data\n"));
     const Outcome text = luxcli({QStringLiteral("analyzers"), QStringLiteral("QSPI")});
     QVERIFY(text.out.contains("such as 3+2+5+4 or 4-7\n")); // which no list of values could tell
     QCOMPARE(luxcli({QStringLiteral("analyzers"), QStringLiteral("--all")}).code, 0);
@@ -448,7 +448,7 @@ void TstLuxcli::aRefusedValueIsToldWithThePossibleOnes()
         return QString::fromUtf8(outcome.err).trimmed();
     };
     QCOMPARE(told("parity=blue"),
-             QStringLiteral("luxcli: UART: \"blue\" is no value of parity; possible: none|odd|even|mark|space"));
+             QStringLiteral("luxcli: UART: \"blue\" is no value of parity; possible: none|odd|even|mark|space|ignore"));
     QCOMPARE(told("data_bits=77"), QStringLiteral("luxcli: UART: \"77\" is no value of data_bits; possible: 5 to 9"));
     QCOMPARE(told("invert=x"), QStringLiteral("luxcli: UART: \"x\" is no value of invert; possible: false|true"));
     QCOMPARE(told("tx=x"), QStringLiteral("luxcli: UART: \"x\" is no value of tx; possible: number or none"));

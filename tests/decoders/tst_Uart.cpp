@@ -130,8 +130,12 @@ private slots:
     void eachLineMayBeInvertedByItself();
     void eachParityTakesTheRightBitAndTellsTheWrong_data();
     void eachParityTakesTheRightBitAndTellsTheWrong();
+    void anIgnoredParityBitIsThereAndMayHaveAnyValue();
     void aLowStopBitIsAFramingErrorAndTheNextStartIsFound();
     void theSecondStopBitIsAskedForWhereItIsSet();
+    void halfAStopBitIsEnoughWhereItIsSet();
+    void halfAStopBitIsReadAtAnyPlaceOfTheSamples();
+    void aLowHalfStopBitIsAFramingError();
     void aLongLowIsOneBreak();
     void aBreakMayLastToTheCapturesEnd();
     void aBreakMayBeginWithinACharacter();
@@ -240,6 +244,17 @@ void TstUart::eachParityTakesTheRightBitAndTellsTheWrong()
     QCOMPARE(brief(Decoded(sender, "baudrate=50000,parity=" + parity.toStdString())), expected);
 }
 
+void TstUart::anIgnoredParityBitIsThereAndMayHaveAnyValue()
+{
+    Sender sender(20);
+    sender.idle(12).raw("110000100").raw("110000101").raw("100000101").raw("100000100").raw("000000001");
+    sender.raw("100000101", 0).low(1).idle(2).low(12).idle(2);
+    const Decoded desk(sender, "baudrate=50000,parity=ignore");
+    QCOMPARE(brief(desk), (Texts{"67", "67", "65", "65", "0", "65f", "break"}));
+    QCOMPARE(desk.markers(3)[8].type, MarkerType::Dot);
+    QCOMPARE(desk.markers(3)[8].sample, std::uint64_t(sender.starts[0]) + 190);
+}
+
 void TstUart::aLowStopBitIsAFramingErrorAndTheNextStartIsFound()
 {
     Sender sender(20);
@@ -257,6 +272,51 @@ void TstUart::theSecondStopBitIsAskedForWhereItIsSet()
     QCOMPARE(brief(Decoded(sender, "baudrate=50000,stop_bits=1")), (Texts{"65", "66", "67", "68"}));
     QCOMPARE(brief(Decoded(sender, "baudrate=50000,stop_bits=1.5")), (Texts{"65f", "66", "67", "68"}));
     QCOMPARE(brief(Decoded(sender, "baudrate=50000,stop_bits=2")), (Texts{"65f", "66f", "67", "68"}));
+}
+
+void TstUart::halfAStopBitIsEnoughWhereItIsSet()
+{
+    Sender sender(20);
+    sender.idle(12);
+    Texts expected;
+    for (unsigned value = 0; value < 256; ++value) {
+        sender.byte(value, 0.5);
+        expected.push_back(std::to_string(value));
+    }
+    sender.idle(2);
+    const Decoded desk(sender, "baudrate=50000,stop_bits=0.5");
+    QCOMPARE(brief(desk), expected);
+    QCOMPARE(desk.frame(0).last, desk.frame(0).first + 189);
+    QCOMPARE(desk.frame(1).first, sender.starts[1]);
+}
+
+/// A stop element of a quarter before and behind its look: 2.5 % of the rate each way; and at few samples a bit.
+void TstUart::halfAStopBitIsReadAtAnyPlaceOfTheSamples()
+{
+    for (const double bit : {100.0, 97.5, 102.5, 20.0, 8.7, 5.3, 4.0}) {
+        Sender sender(bit);
+        sender.idle(12);
+        Texts expected;
+        for (unsigned value = 0; value < 256; ++value) {
+            sender.byte(value, 0.5).idle(value % 5 == 0 ? 0.3 : 0.0);
+            expected.push_back(std::to_string(value));
+        }
+        sender.idle(2);
+        const double nominal = bit > 90 ? 100 : bit;
+        const auto rate = std::lround(double(sampleRate) / nominal);
+        QCOMPARE(brief(Decoded(sender, "stop_bits=0.5,baudrate=" + std::to_string(rate))), expected);
+    }
+}
+
+void TstUart::aLowHalfStopBitIsAFramingError()
+{
+    Sender sender(20);
+    sender.idle(12).byte(0x41, 0).low(0.5).idle(1).byte(0x42, 0.5).byte(0x43, 1).low(15).idle(0.5).byte(0x44, 0.5);
+    sender.idle(1);
+    const Decoded desk(sender, "baudrate=50000,stop_bits=0.5");
+    QCOMPARE(brief(desk), (Texts{"65f", "66", "67", "break", "68"}));
+    QCOMPARE(desk.markers(3)[8].type, MarkerType::ErrorX);
+    QCOMPARE(desk.markers(3)[8].sample, std::uint64_t(sender.starts[0]) + 185); // 9 bits and a quarter
 }
 
 void TstUart::aLongLowIsOneBreak()
@@ -562,6 +622,7 @@ void TstUart::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("7e2, small blocks") << "rx=0,baudrate=9600,data_bits=7,parity=even,stop_bits=2" << 96000 << 77;
     QTest::newRow("one of two inverted") << "rx=0,tx=1,baudrate=19200,invert_tx=true" << 200000 << 4096;
     QTest::newRow("9o1 inverted") << "rx=0,baudrate=57600,data_bits=9,parity=odd,invert=true" << 2000000 << 4096;
+    QTest::newRow("8x0.5") << "rx=0,baudrate=14400,parity=ignore,stop_bits=0.5" << 1000000 << 4096;
     QTest::newRow("8s1.5 highest first") << "rx=0,baudrate=250000,parity=space,stop_bits=1.5,bit_order=msb" << 1000000
                                          << 50000;
 }
@@ -575,7 +636,8 @@ void TstUart::theSimulationIsDecodedAsItWasSent()
     DecodeDesk desk(std::make_unique<UartAnalyzer>(), settings.toStdString());
     const auto capture = desk.simulate(rate, rate / 2, block);
     desk.run(*capture);
-    const bool hasParity = settings.contains(QLatin1String("parity"));
+    const bool hasParity =
+        settings.contains(QLatin1String("parity")) && !settings.contains(QLatin1String("parity=ignore"));
     const unsigned bits = settings.contains(QLatin1String("=7")) ? 7 : settings.contains(QLatin1String("=9")) ? 9 : 8;
     const Texts got = brief(desk);
     QVERIFY2(got.size() > 300, std::to_string(got.size()).c_str());
