@@ -3,10 +3,12 @@
 #include "analyzer/PluginCall.h"
 #include "cli/Terminal.h"
 
+#include <algorithm>
 #include <corvanlux/analyzer/AnalyzerSettingInterface.h>
 #include <corvanlux/analyzer/AnalyzerSettings.h>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace AnalyzerSetup {
@@ -44,6 +46,44 @@ QVector<AnalyzerSettingInterface *> facesOf(AnalyzerSettings &settings, const QS
     return faces;
 }
 
+/// The mode of a serial peripheral interface: clock polarity and phase as one number, where they are two settings.
+struct ClockMode {
+    AnalyzerSettingInterface *polarity;
+    AnalyzerSettingInterface *phase;
+    [[nodiscard]] bool isKnown() const { return polarity != nullptr && phase != nullptr; }
+};
+
+ClockMode clockModeOf(AnalyzerSettings &settings, const QString &key)
+{
+    if (key != QLatin1String("mode") || faceOf(settings, key) != nullptr) {
+        return {};
+    }
+    return {faceOf(settings, QStringLiteral("cpol")), faceOf(settings, QStringLiteral("cpha"))};
+}
+
+/// Takes the mode when all other settings are. @return why not: it is none, or another setting contradicts it
+QString takeClockMode(const ClockMode &clock, const Arguments::Request &request, const QString &value)
+{
+    static const QStringList modes = {QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"),
+                                      QStringLiteral("3")};
+    const int mode = modes.indexOf(value);
+    if (mode < 0) {
+        return QStringLiteral("%1: \"%2\" is no value of mode; possible: %3")
+            .arg(request.name, value, modes.join(QLatin1Char('|')));
+    }
+    for (const auto &[face, bit] : {std::pair(clock.polarity, mode >> 1), std::pair(clock.phase, mode & 1)}) {
+        const QString key = QLatin1String(face->GetKey());
+        const QString before = QLatin1String(face->GetAsText());
+        face->SetFromText(bit != 0 ? "1" : "0");
+        const bool isNamed = std::any_of(request.settings.begin(), request.settings.end(),
+                                         [&](const auto &setting) { return setting.first == key; });
+        if (isNamed && before != QLatin1String(face->GetAsText())) {
+            return QStringLiteral("%1: mode=%2 contradicts %3=%4").arg(request.name, value, key, before);
+        }
+    }
+    return {};
+}
+
 QString knownKeys(AnalyzerSettings &settings)
 {
     QStringList keys;
@@ -77,7 +117,12 @@ bool take(AnalyzerSettingInterface &face, const QString &value)
 
 QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
 {
+    std::optional<QString> mode;
     for (const auto &[key, value] : request.settings) {
+        if (clockModeOf(settings, key).isKnown()) {
+            mode = value;
+            continue;
+        }
         const QVector<AnalyzerSettingInterface *> faces = facesOf(settings, key);
         if (faces.isEmpty()) {
             return QStringLiteral("%1 has no setting \"%2\"; it has: %3").arg(request.name, key, knownKeys(settings));
@@ -88,6 +133,12 @@ QString apply(AnalyzerSettings &settings, const Arguments::Request &request)
                 return QStringLiteral("%1: \"%2\" is no value of %3").arg(request.name, value, key) +
                        (possible.isEmpty() ? QString() : QStringLiteral("; possible: ") + possible);
             }
+        }
+    }
+    if (mode) {
+        QString refusal = takeClockMode(clockModeOf(settings, QStringLiteral("mode")), request, *mode);
+        if (!refusal.isEmpty()) {
+            return refusal;
         }
     }
     if (!settings.ApplyInterfaces()) {

@@ -47,6 +47,8 @@ private slots:
     void wrongUsageIsTold();
     void aRefusedValueIsToldWithThePossibleOnes();
     void keysThatMeanTheSameAreTaken();
+    void theModeOfSpiStandsForPolarityAndPhase();
+    void aModeThatContradictsPolarityOrPhaseIsRefused();
     void badInputIsTold_data();
     void badInputIsTold();
     void aFileCutAnywhereIsBadInput();
@@ -470,6 +472,36 @@ void TstLuxcli::keysThatMeanTheSameAreTaken()
     QVERIFY(head("Manchester:data=3,baudrate=9600").contains("\"bitrate\":9600"));
     const QByteArray modbus = head("Modbus:rx=3,baudrate=9600,invert=true");
     QVERIFY2(modbus.contains("\"invert_rx\":\"true\"") && modbus.contains("\"invert_tx\":\"true\""), modbus);
+}
+
+void TstLuxcli::theModeOfSpiStandsForPolarityAndPhase()
+{
+    const auto head = [this](const char *settings) {
+        const QString analyzer = QStringLiteral("SPI:clk=0,mosi=1,") + QLatin1String(settings);
+        const Outcome outcome = luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), analyzer});
+        return outcome.out.left(outcome.out.indexOf('\n'));
+    };
+    QVERIFY(head("mode=0").contains("\"cpol\":0,\"cpha\":0,"));
+    QVERIFY(head("mode=1").contains("\"cpol\":0,\"cpha\":1,"));
+    QVERIFY(head("mode=2").contains("\"cpol\":1,\"cpha\":0,"));
+    QVERIFY(head("mode=3").contains("\"cpol\":1,\"cpha\":1,"));
+    QVERIFY(head("cpha=true,mode=3,cpol=1").contains("\"cpol\":1,\"cpha\":1,"));
+}
+
+void TstLuxcli::aModeThatContradictsPolarityOrPhaseIsRefused()
+{
+    const auto told = [this](const char *request) {
+        const Outcome outcome =
+            luxcli({QStringLiteral("decode"), m_capture, QStringLiteral("-a"), QString::fromLatin1(request)});
+        return QString::fromUtf8(outcome.err).trimmed() + QStringLiteral(" %1").arg(outcome.code);
+    };
+    QCOMPARE(told("SPI:clk=0,mosi=1,mode=3,cpol=0"), QStringLiteral("luxcli: SPI: mode=3 contradicts cpol=0 2"));
+    QCOMPARE(told("SPI:clk=0,mosi=1,cpha=true,mode=2"), QStringLiteral("luxcli: SPI: mode=2 contradicts cpha=1 2"));
+    QCOMPARE(told("SPI:clk=0,mosi=1,mode=4"),
+             QStringLiteral("luxcli: SPI: \"4\" is no value of mode; possible: 0|1|2|3 2"));
+    QVERIFY(told("UART:rx=3,mode=1").startsWith(QStringLiteral("luxcli: UART has no setting \"mode\"")));
+    QVERIFY(
+        told("Modbus:rx=3,mode=1").startsWith(QStringLiteral("luxcli: Modbus: \"1\" is no value of mode; possible")));
 }
 
 void TstLuxcli::badInputIsTold_data()
