@@ -4,6 +4,8 @@
 #include "common/Duration.h"
 #include "common/FilteredLine.h"
 
+#include <algorithm>
+
 using lux::BusEvent;
 using lux::Sample;
 
@@ -15,6 +17,9 @@ constexpr unsigned bitsOfByte = 8;
 constexpr std::int64_t spike = 50;              ///< ns, SMBus 3.1, table 13, t_SPIKE
 constexpr std::int64_t leastTimeout = 25000000; ///< ns, t_TIMEOUT: a device may let go
 constexpr std::int64_t mostTimeout = 35000000;  ///< ns: each device has let go
+constexpr std::int64_t mostByTarget = 25000000; ///< ns, t_LOW:SEXT: a target holds the clock in a transaction
+constexpr std::int64_t mostInByte = 10000000;   ///< ns, t_LOW:MEXT: a controller holds it in a byte
+constexpr std::int64_t slowestPeriod = 100000;  ///< ns, of the clock, by the least of f_SMB
 constexpr std::size_t mostWaiting = 64;         ///< conditions before a transaction takes its place
 
 } // namespace
@@ -47,8 +52,12 @@ void SmbusAnalyzer::decodeBus(const Line &scl, const Line &sda)
     Sample lastRise = -1;
     BusEvent event;
     while (bus.next(event)) {
-        if (m_transaction.isOpen && bus.lowTime() >= timeout && bus.rise() != lastRise) {
-            takeTimeout(bus.rise(), bus.lowTime());
+        if (m_transaction.isOpen && bus.rise() != lastRise) {
+            if (bus.lowTime() >= timeout) {
+                takeTimeout(bus.rise(), bus.lowTime());
+            } else {
+                takeLow(bus.rise(), bus.lowTime());
+            }
         }
         lastRise = bus.rise(); // several conditions may follow one rise
         if (event.kind == BusEvent::Kind::Bit) {
@@ -107,6 +116,7 @@ void SmbusAnalyzer::takeCondition(const BusEvent &event, Sample sclRise)
         placeTransaction();
     }
     m_transaction.hasAddress = false;
+    m_transaction.extendedInByte = 0;
     if (!isStart) {
         endTransaction(event.at);
     }
@@ -127,6 +137,7 @@ void SmbusAnalyzer::addByte(bool acknowledge, Sample last)
         }
     }
     m_transaction.isNack = !acknowledge;
+    m_transaction.extendedInByte = 0;
     frame.flags = std::uint16_t(m_transaction.direction | (acknowledge ? 0 : SmbusResults::Nack));
     m_bytes.push_back(std::uint8_t(m_byte.bits));
     if (!isAddress && m_bytes.size() == 2 && m_transaction.direction == 0) {
@@ -220,6 +231,32 @@ void SmbusAnalyzer::takeTimeout(Sample rise, Sample lowTime)
     }
 }
 
+/// SMBus 3.1, 4.2.5: a target may hold the clock for 25 ms in all of a transaction, a controller for 10 ms between two
+/// acknowledgements. Who holds it cannot be seen, so that both limits are those of all together. A low counts as held
+/// beyond a period of the slowest clock, on a bus that is slower still beyond twice its shortest one.
+void SmbusAnalyzer::takeLow(Sample rise, Sample lowTime)
+{
+    Transaction &now = m_transaction;
+    now.shortestLow = std::min(now.shortestLow, lowTime);
+    const Sample held = lowTime - std::max(lux::samplesIn(slowestPeriod, sampleRate()), 2 * now.shortestLow);
+    if (held <= 0) {
+        return;
+    }
+    now.extended += held;
+    now.extendedInByte += held;
+    const std::uint16_t before = now.limits;
+    if (now.extended > lux::samplesIn(mostByTarget, sampleRate())) {
+        now.limits |= SmbusResults::HeldByTarget;
+    }
+    const bool isByteSlow = now.extendedInByte > lux::samplesIn(mostInByte, sampleRate());
+    if (isByteSlow) {
+        now.limits |= SmbusResults::HeldInByte;
+    }
+    if (now.limits != before || isByteSlow) {
+        results().mark(m_settings.scl, rise - lowTime, MarkerType::ErrorDot);
+    }
+}
+
 void SmbusAnalyzer::endTransaction(Sample last)
 {
     if (m_bytes.empty() && m_transaction.isPlaced) {
@@ -231,9 +268,9 @@ void SmbusAnalyzer::endTransaction(Sample last)
                         .lastSample = last,
                         .data = results().keep(m_bytes),
                         .kind = SmbusResults::Transaction,
-                        .flags = std::uint16_t((hasPec ? SmbusResults::RightPec : 0) |
-                                               (m_transaction.isNack ? SmbusResults::Nack : 0) |
-                                               (m_transaction.isBroken ? SmbusResults::Broken : 0)),
+                        .flags = std::uint16_t(
+                            (hasPec ? SmbusResults::RightPec : 0) | (m_transaction.isNack ? SmbusResults::Nack : 0) |
+                            (m_transaction.isBroken ? SmbusResults::Broken : 0) | m_transaction.limits),
                         .extra = m_transaction.secondAddress});
     }
     m_transaction = {};

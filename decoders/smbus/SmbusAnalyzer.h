@@ -35,6 +35,10 @@ private:
         std::uint32_t secondAddress = 0;
         bool isNack = false;
         bool isBroken = false;
+        lux::Sample shortestLow = INT64_MAX; ///< of the clock
+        lux::Sample extended = 0;            ///< for so long in all the clock was held low
+        lux::Sample extendedInByte = 0;      ///< of this, since the last acknowledgement or start
+        std::uint16_t limits = 0;            ///< the flags of what these go beyond
     };
 
     template<class Line>
@@ -42,6 +46,7 @@ private:
     void takeBit(const lux::BusEvent &event);
     void takeCondition(const lux::BusEvent &event, lux::Sample sclRise);
     void takeTimeout(lux::Sample rise, lux::Sample lowTime);
+    void takeLow(lux::Sample rise, lux::Sample lowTime);
     void addByte(bool acknowledge, lux::Sample last);
     void cutByte(lux::Sample last);
     void addHeldByte(bool isLast);

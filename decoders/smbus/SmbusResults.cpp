@@ -3,6 +3,8 @@
 #include "SmbusProtocol.h"
 #include "common/MessageExport.h"
 
+#include <string>
+
 using lux::FrameText;
 using lux::FrameValues;
 using lux::ShortText;
@@ -106,9 +108,12 @@ void SmbusResults::describeTransaction(const FrameData &frame, FrameText &out) c
     out.add(isBroken ? "!" : "T");
     out.add(name);
     out.add(name, " ", address);
-    out.add(head);
-    head.add(": ");
-    out.addBytes(head, all);
+    std::string full(head.view());
+    full += (frame.flags & HeldByTarget) != 0 ? ", clock held for more than 25 ms" : "";
+    full += (frame.flags & HeldInByte) != 0 ? ", clock held for more than 10 ms in a byte" : "";
+    out.add(full);
+    full += ": ";
+    out.addBytes(full, all);
 }
 
 void SmbusResults::describeAddress(const FrameData &frame, FrameText &out) const
@@ -149,6 +154,9 @@ void SmbusResults::values(const FrameData &frame, FrameValues &out) const
                  (frame.flags & Broken) != 0
                      ? "broken"
                      : smbus::protocolOf({.bytes = all, .secondAddress = frame.extra, .hasPec = hasPec}).name);
+        if ((frame.flags & (HeldByTarget | HeldInByte)) != 0) {
+            out.number("sext", (frame.flags & HeldByTarget) != 0).number("mext", (frame.flags & HeldInByte) != 0);
+        }
         break;
     }
     case Start:
@@ -176,7 +184,7 @@ void SmbusResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> SmbusResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "rw", "ack", "pec", "protocol", "n"};
+    static constexpr const char *names[] = {"v", "rw", "ack", "pec", "protocol", "n", "sext", "mext"};
     return names;
 }
 

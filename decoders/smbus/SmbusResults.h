@@ -24,7 +24,9 @@ public:
         Nack = 1, ///< of a transaction: its last byte
         Read = 2,
         RightPec = 4,
-        Broken = 8, ///< a transaction that a cut byte or a time-out ends
+        Broken = 8,        ///< a transaction that a cut byte or a time-out ends
+        HeldByTarget = 16, ///< its clock is held low for longer than a target may
+        HeldInByte = 32,   ///< that of one of its bytes for longer than a controller may
     };
 
     explicit SmbusResults(const SmbusSettings &settings);

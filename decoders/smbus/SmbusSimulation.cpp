@@ -33,6 +33,7 @@ enum Form : std::uint32_t {
     BlockProcessCall,
     Write32,
     Read64,
+    ClockSlow,
     Forms
 };
 
@@ -76,6 +77,16 @@ public:
             break;
         }
         pec(form == ReceiveByte || form == ReadWord || form == BlockProcessCall || form == Read64);
+    }
+    /// The clock is held for longer than a controller may in a byte, and than a target may in all.
+    void writeSlowly(Simulation &simulation, std::uint32_t value)
+    {
+        byte(toDevice);
+        for (const std::uint32_t each : {std::uint32_t(0x2a), value, std::uint32_t(0x12)}) {
+            simulation.holdTime(12, 1000);
+            byte(each);
+        }
+        pec();
     }
     void readByte(std::uint32_t value, std::uint32_t pecError = 0)
     {
@@ -150,6 +161,9 @@ void SmbusAnalyzer::simulate(Simulation &simulation)
     case ClockHeld: // devices let go, and the controller starts anew
         bus.bytes({toDevice, number});
         simulation.holdTime(36, 1000);
+        break;
+    case ClockSlow:
+        bus.writeSlowly(simulation, number);
         break;
     default:
         bus.more(m_sent % Forms, number);

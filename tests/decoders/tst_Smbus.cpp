@@ -48,6 +48,18 @@ Texts transactions(const DecodeDesk &desk)
     return all;
 }
 
+/// Where the clock is told to be held for too long.
+std::vector<std::uint64_t> errorDots(const DecodeDesk &desk)
+{
+    std::vector<std::uint64_t> all;
+    for (const Marker &marker : desk.markers(sclChannel)) {
+        if (marker.type == MarkerType::ErrorDot) {
+            all.push_back(marker.sample);
+        }
+    }
+    return all;
+}
+
 /// A transaction out of hexadecimal digits; "." is a repeated start, "+" a right packet error code.
 Wire sent(const std::string &digits)
 {
@@ -84,6 +96,10 @@ private slots:
     void aCutByteBreaksItsTransaction();
     void aTransactionWithoutBytesIsNone();
     void aClockThatIsHeldIsATimeout();
+    void aClockThatIsHeldInPartsIsTold();
+    void aClockThatIsHeldWithinAByteIsTold();
+    void aTextOfAHeldClockIsWhole();
+    void aSlowClockIsNotHeld();
     void severalConditionsBehindATimeoutAreOneTimeout();
     void spikesAreNotSeen();
     void aCaptureMayBeginAnywhere();
@@ -263,6 +279,83 @@ void TstSmbus::aClockThatIsHeldIsATimeout()
     QCOMPARE(Decoded(wire).frame(3).text, std::string("Time-out: clock low for 30.0 ms"));
 }
 
+/// Six bytes, before each of which the clock is held; 100 us of each low are a period of the slowest clock.
+void TstSmbus::aClockThatIsHeldInPartsIsTold()
+{
+    for (const int held : {25000, 25100}) { // us in all
+        Wire wire;
+        wire.start().byte(0xb4);
+        for (int i = 0; i < 5; ++i) {
+            wire.wait(held / 5 + 94).byte(0x11);
+        }
+        wire.stop().start().byte(0xb5).stop();
+        const Decoded desk(wire);
+        QCOMPARE(desk.message(), std::string());
+        const bool isTold = held > 25000;
+        QCOMPARE(desk.frame(0).value("sext"), std::string(isTold ? "1" : "(absent)"));
+        QCOMPARE(desk.frame(0).value("mext"), std::string(isTold ? "0" : "(absent)"));
+        QCOMPARE(desk.frame(0).text.find("clock held for more than 25 ms:") != std::string::npos, isTold);
+        QCOMPARE(std::ptrdiff_t(isTold), std::ptrdiff_t(errorDots(desk).size()));
+        const std::vector<DecodedFrame> frames = desk.frames();
+        QCOMPARE(frames[frames.size() - 4].value("sext"), std::string("(absent)")); // the next transaction begins anew
+        // At the fall behind the fifth byte's acknowledgement.
+        QVERIFY(!isTold || std::int64_t(errorDots(desk)[0]) == desk.frames()[6].last + 1);
+    }
+}
+
+void TstSmbus::aClockThatIsHeldWithinAByteIsTold()
+{
+    for (const int held : {10000, 10050}) {
+        Wire wire;
+        wire.start().byte(0xb4).bit(true).wait(held / 2 + 94).bit(true).wait(held / 2 + 94);
+        for (int i = 0; i < 6; ++i) {
+            wire.bit(false);
+        }
+        wire.bit(false).wait(9000).byte(0x12).wait(9000).stop(); // of the next byte, and of the stop
+        const Decoded desk(wire);
+        QCOMPARE(desk.message(), std::string());
+        QCOMPARE(desk.frame(0).value("sext"), std::string("1"));
+        QCOMPARE(desk.frame(0).value("mext"), std::string(held > 10000 ? "1" : "0"));
+    }
+}
+
+void TstSmbus::aTextOfAHeldClockIsWhole()
+{
+    Wire wire;
+    wire.start().all({0xb4, 0x27, 2, 0x11, 0x12}).start().byte(0xb5);
+    for (const unsigned value : {2U, 0x21U, 0x22U}) {
+        wire.wait(12000).byte(value);
+    }
+    wire.byte(smbus::Pec::of(std::vector<std::uint8_t>{0xb4, 0x27, 2, 0x11, 0x12, 0xb5, 2, 0x21, 0x22}), false).stop();
+    const Decoded desk(wire);
+    const Texts texts = desk.bubble(0, Channel(0, sclChannel), DisplayBase::Binary);
+    QCOMPARE(texts[texts.size() - 2],
+             std::string("Block Process Call 0b1011010, command 0b00100111, PEC right, "
+                         "clock held for more than 25 ms, clock held for more than 10 ms in a byte"));
+}
+
+/// A controller of 1 kHz: each low lasts half a millisecond, and none is held.
+void TstSmbus::aSlowClockIsNotHeld()
+{
+    EdgeLine scl(true);
+    EdgeLine sda(true);
+    scl.hold(1000);
+    sda.hold(500).set(false).hold(700);
+    for (int i = 0; i < 9 * 12; ++i) {
+        scl.set(false).hold(500).set(true).hold(500);
+        sda.hold(1000);
+    }
+    scl.set(false).hold(500).set(true).hold(1000);
+    sda.hold(600).set(true).hold(500);
+    TestCapture capture(sampleRate, scl.position());
+    capture.channel(sclChannel, scl).channel(sdaChannel, sda);
+    DecodeDesk desk(std::make_unique<SmbusAnalyzer>(), lines);
+    desk.run(capture);
+    QCOMPARE(desk.frame(0).kind, std::string("transaction"));
+    QCOMPARE(desk.frame(0).value("sext"), std::string("(absent)"));
+    QCOMPARE(errorDots(desk).size(), std::size_t(0));
+}
+
 void TstSmbus::severalConditionsBehindATimeoutAreOneTimeout()
 {
     Wire wire;
@@ -394,7 +487,7 @@ void TstSmbus::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("50 MHz") << 50000000 << 65536;
 }
 
-/// Nineteen forms of transaction in turn, each with data that counts up.
+/// Twenty forms of transaction in turn, each with data that counts up.
 void TstSmbus::theSimulationIsDecodedAsItWasSent()
 {
     QFETCH(int, rate);
@@ -433,8 +526,9 @@ void TstSmbus::theSimulationIsDecodedAsItWasSent()
                                {withPec("Block Write", "B42604111213" + n)},
                                {withPec("Block Process Call", "B4270211" + n + "B50221" + n)},
                                {withPec("Write 32", "B428111213" + n)},
-                               {withPec("Read 64", "B429B521222324252627" + n)}};
-        expected.insert(expected.end(), forms[i % 19].begin(), forms[i % 19].end());
+                               {withPec("Read 64", "B429B521222324252627" + n)},
+                               {withPec("Write Word", "B42A" + n + "12")}};
+        expected.insert(expected.end(), forms[i % 20].begin(), forms[i % 20].end());
     }
     expected.resize(got.size());
     QCOMPARE(got, expected);
