@@ -14,7 +14,7 @@ void SdioAnalyzer::decode()
     ChannelReader *lines[] = {&reader(m_settings.d0), &reader(m_settings.d1), &reader(m_settings.d2),
                               &reader(m_settings.d3)};
     SdioCommandLine commands(reader(m_settings.clk), reader(m_settings.cmd));
-    SdioDataLines data(reader(m_settings.clk), std::span(lines).first(width), width);
+    SdioDataLines data(reader(m_settings.clk), std::span(lines).first(width), width, m_settings.ddr);
     SdioTransfer transfer;
     SdioToken token;
     for (;;) {
@@ -76,7 +76,7 @@ void SdioAnalyzer::readData(SdioDataLines &lines, SdioTransfer &transfer, Sample
 bool SdioAnalyzer::readBlock(SdioDataLines &lines, SdioTransfer &transfer, Sample stop)
 {
     SdioBlock block;
-    const Sample start = lines.rise();
+    const Sample start = lines.taken();
     lines.readBlock(block, transfer.blockLength(), stop);
     if (!block.isWhole && stop == INT64_MAX) {
         // The capture's end; or the blocks are shorter than is known, and others follow.
@@ -100,7 +100,7 @@ void SdioAnalyzer::answerToWrite(SdioDataLines &lines, Sample until)
     if (!lines.findStart(until)) {
         return;
     }
-    const Sample first = lines.rise();
+    const Sample first = lines.taken();
     std::uint8_t status = 0;
     Sample last = 0;
     if (!lines.readStatus(status, last)) {
@@ -114,7 +114,7 @@ void SdioAnalyzer::answerToWrite(SdioDataLines &lines, Sample until)
 
 void SdioAnalyzer::addBusy(SdioDataLines &lines, Sample until)
 {
-    const Sample first = lines.rise();
+    const Sample first = lines.taken();
     Sample release = 0;
     if (lines.release(until, release)) {
         results().add(

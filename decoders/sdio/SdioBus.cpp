@@ -17,6 +17,38 @@ constexpr unsigned crc16Bits = 16;
 constexpr unsigned statusBits = 3;
 constexpr std::uint64_t allOnesAndEnd = 0xff;
 
+constexpr unsigned mostLines = 4;
+constexpr std::size_t mostEdges = 2; ///< of a clock
+
+/// What the data lines carry with the rises of the clock, or with its falls.
+struct EdgeData {
+    std::array<lux::Crc<crc16>, mostLines> crc{};
+    std::array<std::uint32_t, mostLines> sent{}; ///< the checks that were sent
+    std::uint32_t byte = 0;                      ///< its lower eight bits are those that came last
+
+    void addData(unsigned mask, unsigned width)
+    {
+        for (unsigned line = 0; line < width; ++line) {
+            crc[line].addBit((mask >> line & 1U) != 0);
+        }
+        byte = byte << width | mask;
+    }
+    void addCheck(unsigned mask, unsigned width)
+    {
+        for (unsigned line = 0; line < width; ++line) {
+            sent[line] = sent[line] << 1 | (mask >> line & 1U);
+        }
+    }
+    [[nodiscard]] bool isRight(unsigned width) const
+    {
+        bool isRight = true;
+        for (unsigned line = 0; line < width; ++line) {
+            isRight = isRight && sent[line] == crc[line].value();
+        }
+        return isRight;
+    }
+};
+
 Sample endOfClock(const ChannelReader &clk)
 {
     return std::min(clk.peekEdge(), clk.sampleCount()) - 1;
@@ -224,8 +256,9 @@ void SdioCommandLine::takeFields(SdioToken &token) const
 
 // ---- DAT ------------------------------------------------------------------------------------------------------------
 
-SdioDataLines::SdioDataLines(const ChannelReader &clk, std::span<ChannelReader *const> lines, unsigned width)
-    : m_clk(clk), m_width(width), m_used(width)
+SdioDataLines::SdioDataLines(const ChannelReader &clk, std::span<ChannelReader *const> lines, unsigned width,
+                             bool isDouble)
+    : m_clk(clk), m_width(width), m_used(width), m_edges(isDouble ? mostEdges : 1)
 {
     for (const ChannelReader *line : lines) {
         m_lines.push_back(*line);
@@ -237,7 +270,17 @@ bool SdioDataLines::takeRise()
     if (!goToRise(m_clk)) {
         return false;
     }
-    m_rise = m_clk.position();
+    m_taken = m_clk.position();
+    return true;
+}
+
+/// From a rise to the fall behind it.
+bool SdioDataLines::takeFall()
+{
+    if (!m_clk.hasEdge()) {
+        return false;
+    }
+    m_taken = m_clk.nextEdge();
     return true;
 }
 
@@ -245,7 +288,7 @@ unsigned SdioDataLines::levels()
 {
     unsigned mask = 0;
     for (unsigned i = 0; i < m_used; ++i) {
-        mask |= unsigned(m_lines[i].levelAt(m_rise)) << i;
+        mask |= unsigned(m_lines[i].levelAt(m_taken)) << i;
     }
     return mask;
 }
@@ -281,54 +324,54 @@ bool SdioDataLines::findStart(Sample end)
             return false;
         }
         m_clk = clk;
-        m_rise = clk.position();
+        m_taken = clk.position();
         if (levels() == 0) {
             return true;
         }
     }
 }
 
+/// With double data rate (DDR50) the first byte of each two comes with the rises and the second with the falls, and so
+/// do their checks. What a fall has behind the start bit says nothing.
 void SdioDataLines::readBlock(SdioBlock &block, std::size_t length, Sample stop)
 {
-    lux::Crc<crc16> crc[4];
-    std::uint32_t sent[4] = {};
+    std::array<EdgeData, mostEdges> data;
     block = {};
-    block.first = m_rise;
-    block.bytes.reserve(length);
+    block.first = m_taken;
+    block.bytes.reserve(length + 1);
     const unsigned width = m_used;
-    std::uint32_t byte = 0;
-    for (std::size_t clock = 0; clock < length * 8 / width; ++clock) {
-        if (!takeRise() || m_rise > stop) {
-            return;
+    if (m_edges > 1 && !takeFall()) {
+        return;
+    }
+    const std::size_t clocks = (length + m_edges - 1) / m_edges * 8 / width;
+    for (std::size_t clock = 1; clock <= clocks; ++clock) {
+        for (std::size_t edge = 0; edge < m_edges; ++edge) {
+            if (!takeEdge(edge) || m_taken > stop) {
+                return;
+            }
+            data[edge].addData(levels(), width);
         }
-        const unsigned mask = levels();
-        for (unsigned line = 0; line < width; ++line) {
-            crc[line].addBit((mask >> line & 1U) != 0);
-        }
-        byte = byte << width | mask;
-        if ((clock + 1) * width % 8 == 0) {
-            block.bytes.push_back(std::uint8_t(byte));
+        for (std::size_t edge = 0; clock * width % 8 == 0 && edge < m_edges; ++edge) {
+            block.bytes.push_back(std::uint8_t(data[edge].byte));
         }
         block.last = endOfClock(m_clk);
     }
+    block.bytes.resize(length); // of an odd number the last falls have none
     for (unsigned bit = 0; bit < crc16Bits; ++bit) {
-        if (!takeRise() || m_rise > stop) {
-            return;
-        }
-        const unsigned mask = levels();
-        for (unsigned line = 0; line < width; ++line) {
-            sent[line] = sent[line] << 1 | (mask >> line & 1U);
+        for (std::size_t edge = 0; edge < m_edges; ++edge) {
+            if (!takeEdge(edge) || m_taken > stop) {
+                return;
+            }
+            data[edge].addCheck(levels(), width);
         }
     }
-    if (!takeRise() || m_rise > stop) {
+    if (!takeRise() || m_taken > stop) {
         return;
     }
     block.endRight = levels() == (1U << width) - 1U;
     block.last = endOfClock(m_clk);
-    block.crcRight = true;
-    for (unsigned line = 0; line < width; ++line) {
-        block.crcRight = block.crcRight && sent[line] == crc[line].value();
-    }
+    block.crcRight = std::all_of(data.begin(), data.begin() + std::ptrdiff_t(m_edges),
+                                 [width](const EdgeData &edge) { return edge.isRight(width); });
     block.isWhole = true;
 }
 
@@ -339,7 +382,7 @@ bool SdioDataLines::readStatus(std::uint8_t &status, Sample &last)
         if (!takeRise()) {
             return false;
         }
-        status = std::uint8_t(unsigned(status) << 1 | unsigned(m_lines[0].levelAt(m_rise)));
+        status = std::uint8_t(unsigned(status) << 1 | unsigned(m_lines[0].levelAt(m_taken)));
     }
     if (!takeRise()) {
         return false;
@@ -350,7 +393,7 @@ bool SdioDataLines::readStatus(std::uint8_t &status, Sample &last)
 
 bool SdioDataLines::isBusy()
 {
-    return takeRise() && !m_lines[0].levelAt(m_rise);
+    return takeRise() && !m_lines[0].levelAt(m_taken);
 }
 
 bool SdioDataLines::release(Sample end, Sample &at)

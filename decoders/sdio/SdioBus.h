@@ -73,7 +73,9 @@ struct SdioBlock {
 
 class SdioDataLines {
 public:
-    SdioDataLines(const lux::ChannelReader &clk, std::span<lux::ChannelReader *const> lines, unsigned width);
+    /// @param isDouble  blocks are taken at both edges of the clock
+    SdioDataLines(const lux::ChannelReader &clk, std::span<lux::ChannelReader *const> lines, unsigned width,
+                  bool isDouble);
 
     [[nodiscard]] bool exists() const { return m_lines[0].exists(); }
     /// Goes to the next start bit of all lines in use that the clock takes before `end`.
@@ -86,8 +88,8 @@ public:
     bool isBusy();
     /// The first sample at which DAT0 is high again; false when it stays low up to `end` or to the capture's end.
     bool release(lux::Sample end, lux::Sample &at);
-    /// The rise of the clock that was taken last.
-    [[nodiscard]] lux::Sample rise() const { return m_rise; }
+    /// The edge of the clock that was taken last: a rise, but within a block of double data rate.
+    [[nodiscard]] lux::Sample taken() const { return m_taken; }
     /// What comes before that sample is not looked at.
     void skipTo(lux::Sample sample);
     /// Back to that sample, where what comes behind it was not what was looked for.
@@ -97,13 +99,16 @@ public:
 
 private:
     [[nodiscard]] bool takeRise();
+    [[nodiscard]] bool takeFall();
+    [[nodiscard]] bool takeEdge(std::size_t edge) { return edge == 0 ? takeRise() : takeFall(); }
     [[nodiscard]] unsigned levels();
 
     lux::ChannelReader m_clk;
     std::vector<lux::ChannelReader> m_lines;
     unsigned m_width;
     unsigned m_used;
-    lux::Sample m_rise = 0;
+    std::size_t m_edges; ///< of a clock at which data is taken, the rise first
+    lux::Sample m_taken = 0;
 };
 
 /// Takes the clock to its next rise. @return false when there is none

@@ -13,7 +13,9 @@ SdioSettings::SdioSettings()
             {{0, "auto", "Automatic", "Four bits when DAT0 to DAT3 have channels"},
              {1, "1", "1 bit: DAT0"},
              {4, "4", "4 bits: DAT0 to DAT3"}},
-            0)
+            0),
+      ddr(*this, "ddr", "Data", "Double data rate (DDR50)",
+          "Data is taken at both edges of the clock, commands and responses at its rise")
 {}
 
 unsigned SdioSettings::usedLines() const
@@ -28,6 +30,9 @@ std::string SdioSettings::check() const
 {
     if (width.value() == 4 && d0.isDefined() && !hasAll()) {
         return "Choose channels for DAT1 to DAT3, or a bus width of 1 bit";
+    }
+    if (ddr && d0.isDefined() && usedLines() != 4) {
+        return "Double data rate needs a bus of 4 bits";
     }
     return {};
 }

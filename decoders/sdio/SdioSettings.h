@@ -16,6 +16,7 @@ public:
     lux::ChannelSetting d2;
     lux::ChannelSetting d3;
     lux::NumberListSetting width; ///< data lines in use: 1 or 4, 0 for as many as have a channel
+    lux::BoolSetting ddr;         ///< data at both edges of the clock
 
     [[nodiscard]] std::array<Channel, 4> dataLines() const { return {d0, d1, d2, d3}; }
     [[nodiscard]] unsigned usedLines() const; ///< 1 or 4

@@ -2,6 +2,9 @@
 #include "common/Crc.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 using lux::Simulation;
@@ -31,6 +34,7 @@ public:
           m_clk(simulation.line(settings.clk, false)),
           m_cmd(simulation.line(settings.cmd, true)),
           m_width(settings.usedLines()),
+          m_edges(settings.ddr ? mostEdges : 1),
           m_perSecond(2 * std::max<std::int64_t>(1, std::min(usualRate, simulation.sampleRate() / samplesPerClock)))
     {
         for (const Channel &channel : settings.dataLines()) {
@@ -42,9 +46,7 @@ public:
     void clock(bool cmd = true, unsigned dat = allHigh)
     {
         m_cmd.set(cmd);
-        for (std::size_t i = 0; i < m_dat.size(); ++i) {
-            m_dat[i]->set((dat >> i & 1U) != 0);
-        }
+        setData(dat);
         m_simulation.holdTime(1, m_perSecond);
         m_clk.set(true);
         m_simulation.holdTime(1, m_perSecond);
@@ -88,31 +90,37 @@ public:
         bits(crc.value() << 1 | 1U, 8);
         idle(gap);
     }
-    /// Bytes that count up.
+    /// Bytes that count up. With double data rate the first of two comes with the rises of the clock.
     void block(std::uint32_t seed, Damage damage = Damage::None)
     {
-        lux::Crc<crc16> crc[4];
+        lux::Crc<crc16> crc[mostEdges][4];
         const unsigned high = ~((1U << m_width) - 1U);
+        EdgeMasks masks{};
         clock(true, high);
-        for (std::uint32_t i = 0; i < blockBytes; ++i) {
-            const std::uint32_t byte = (seed + i) & 0xffU;
+        for (std::uint32_t i = 0; i < blockBytes; i += std::uint32_t(m_edges)) {
             for (unsigned left = 8; left > 0;) {
                 left -= m_width;
-                const unsigned mask = byte >> left & ((1U << m_width) - 1U);
-                for (unsigned line = 0; line < m_width; ++line) {
-                    crc[line].addBit((mask >> line & 1U) != 0);
+                for (std::uint32_t edge = 0; edge < m_edges; ++edge) {
+                    const unsigned mask = (seed + i + edge) & 0xffU;
+                    masks[edge] = high | (mask >> left & ((1U << m_width) - 1U));
+                    for (unsigned line = 0; line < m_width; ++line) {
+                        crc[edge][line].addBit((masks[edge] >> line & 1U) != 0);
+                    }
                 }
-                clock(true, high | mask);
+                dataClock(masks);
             }
         }
         for (unsigned bit = crc16.width; bit > 0; --bit) {
-            unsigned mask = 0;
-            for (unsigned line = 0; line < m_width; ++line) {
-                mask |= (crc[line].value() >> (bit - 1) & 1U) << line;
+            for (std::uint32_t edge = 0; edge < m_edges; ++edge) {
+                masks[edge] = high;
+                for (unsigned line = 0; line < m_width; ++line) {
+                    masks[edge] |= (crc[edge][line].value() >> (bit - 1) & 1U) << line;
+                }
             }
-            clock(true, high | (mask ^ unsigned(damage == Damage::Crc && bit == 1)));
+            masks[m_edges - 1] ^= unsigned(damage == Damage::Crc && bit == 1);
+            dataClock(masks);
         }
-        clock(true, damage == Damage::End ? high : allHigh);
+        dataClock({damage == Damage::End ? high : allHigh, allHigh});
         idle(gap);
     }
     /// The first clocks of a block that the host stops: ones.
@@ -141,6 +149,29 @@ public:
 private:
     static constexpr unsigned allHigh = ~0U;
     static constexpr unsigned gap = 8;
+    static constexpr std::size_t mostEdges = 2; ///< of a clock at which data is taken
+    using EdgeMasks = std::array<unsigned, mostEdges>;
+
+    void setData(unsigned dat)
+    {
+        for (std::size_t i = 0; i < m_dat.size(); ++i) {
+            m_dat[i]->set((dat >> i & 1U) != 0);
+        }
+    }
+    /// One clock of data, which changes between the edges where both take it.
+    void dataClock(const EdgeMasks &masks)
+    {
+        if (m_edges == 1) {
+            clock(true, masks[0]);
+            return;
+        }
+        for (std::size_t edge = 0; edge < m_edges; ++edge) {
+            m_simulation.holdTime(1, 2 * m_perSecond);
+            setData(masks[edge]);
+            m_simulation.holdTime(1, 2 * m_perSecond);
+            m_clk.set(edge == 0);
+        }
+    }
 
     void bits(std::uint32_t value, unsigned count)
     {
@@ -165,6 +196,7 @@ private:
     SimulationLine &m_cmd;
     std::vector<SimulationLine *> m_dat;
     unsigned m_width;
+    std::size_t m_edges;
     std::int64_t m_perSecond; ///< half clocks
 };
 

@@ -18,6 +18,7 @@ constexpr std::uint32_t dat0Channel = 2;
 constexpr const char *commandLines = "clk=0,cmd=1";
 constexpr const char *narrow = "clk=0,cmd=1,d0=2,width=1";
 constexpr const char *wide = "clk=0,cmd=1,d0=2,d1=3,d2=4,d3=5,width=4";
+constexpr const char *doubled = "clk=0,cmd=1,d0=2,d1=3,d2=4,d3=5,ddr=true";
 
 /// The remainder of a division, bit by bit.
 std::uint32_t remainder(const std::vector<bool> &bits, unsigned width, std::uint32_t polynomial)
@@ -111,6 +112,52 @@ public:
         ends.push_back(m_now - 1);
         return idle();
     }
+    /// A clock with other data at its rise than at its fall.
+    Wire &bothEdges(unsigned rise, unsigned fall)
+    {
+        for (const bool isRise : {true, false}) {
+            m_now += half / 2;
+            for (unsigned i = 0; i < 4; ++i) {
+                at(m_lines[i + 1]).set(((isRise ? rise : fall) >> i & 1U) != 0);
+            }
+            m_now += half / 2;
+            at(m_clk).set(isRise);
+        }
+        return *this;
+    }
+    /// On four lines: the first byte of each two with the rises, the second with the falls, and a check for each.
+    /// @param damage  is added to the checks of DAT0, in the lower half to that of the rises
+    Wire &doubledBlock(const std::vector<std::uint8_t> &bytes, std::uint32_t damage = 0)
+    {
+        std::vector<bool> lines[2][4];
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+            for (unsigned bit = 0; bit < 8; ++bit) {
+                lines[i % 2][3 - bit % 4].push_back((bytes[i] >> (7 - bit) & 1U) != 0);
+            }
+        }
+        for (std::vector<bool> &line : lines[1]) {
+            line.resize(lines[0][0].size()); // behind an odd number of bytes the falls carry zeros
+        }
+        for (unsigned edge = 0; edge < 2; ++edge) {
+            for (unsigned line = 0; line < 4; ++line) {
+                const unsigned wrong = line == 0 ? damage >> (16 * edge) & 0xffffU : 0;
+                const std::vector<bool> tail = bitsOf(remainder(lines[edge][line], 16, 0x1021) ^ wrong, 16);
+                lines[edge][line].insert(lines[edge][line].end(), tail.begin(), tail.end());
+            }
+        }
+        starts.push_back(m_now + half);
+        bothEdges(0, 9); // what the fall behind the start bit carries says nothing
+        for (std::size_t i = 0; i < lines[0][0].size(); ++i) {
+            unsigned masks[2] = {};
+            for (unsigned line = 0; line < 8; ++line) {
+                masks[line / 4] |= unsigned(lines[line / 4][line % 4][i]) << line % 4;
+            }
+            bothEdges(masks[0], masks[1]);
+        }
+        bothEdges(15, 6);
+        ends.push_back(m_now - 1);
+        return idle();
+    }
     /// DAT0 bit by bit.
     Wire &dat0(const std::string &levels)
     {
@@ -195,11 +242,20 @@ private slots:
     void aTableHasTheWidthOfDataAndTheBitsOfACutToken();
     void withoutAWidthTheBusIsAsWideAsItHasLines();
     void aWideBusNeedsItsLines();
+    void doubleDataRateTakesDataAtBothEdges_data();
+    void doubleDataRateTakesDataAtBothEdges();
+    void aWrongCheckOfOneEdgeIsABlockError();
+    void aBlockOfDoubleDataRateIsAnswered();
+    void aStopCutsABlockOfDoubleDataRate();
+    void doubleDataRateNeedsFourLines();
     void nothingFalseIsShownWhereTheCaptureEnds();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void positionsBeyondFourThousandMillionAreRight();
     void randomEdgesGiveFramesInOrder();
+
+private:
+    static void nothingFalseIsShownOf(const Wire &wire, const char *settings);
 };
 
 /// The checks are those of the standard's own examples (4.5).
@@ -607,14 +663,101 @@ void TstSdio::aWideBusNeedsItsLines()
     QVERIFY(!desk.edit({{"cmd", "0"}}).empty());
 }
 
+void TstSdio::doubleDataRateTakesDataAtBothEdges_data()
+{
+    QTest::addColumn<int>("length");
+    for (const int length : {1, 2, 3, 8, 63, 512}) {
+        QTest::addRow("%d bytes", length) << length;
+    }
+}
+
+void TstSdio::doubleDataRateTakesDataAtBothEdges()
+{
+    QFETCH(int, length);
+    std::vector<std::uint8_t> bytes;
+    std::string hex;
+    for (int i = 0; i < length; ++i) {
+        bytes.push_back(std::uint8_t(i * 7 + 1));
+        hex += QString::asprintf("%02X", unsigned(bytes.back())).toStdString();
+    }
+    Wire wire;
+    wire.idle().command(16, std::uint32_t(length)).response(16).command(17, 0).response(17).doubledBlock(bytes);
+    wire.command(13, 0).response(13);
+    const Decoded desk(wire, doubled);
+    QCOMPARE(desk.frames().size(), std::size_t(7));
+    QCOMPARE(desk.summaries()[4], "data width=4 v=" + hex + " ok=1");
+    QCOMPARE(desk.frame(4).first, wire.starts[4]);
+    QCOMPARE(desk.frame(4).last, wire.ends[4]);
+}
+
+void TstSdio::aWrongCheckOfOneEdgeIsABlockError()
+{
+    for (const std::uint32_t damage : {0U, 1U, 0x8000U, 0x10000U, 0x80000000U}) {
+        Wire wire;
+        wire.idle().command(16, 4).response(16).command(17, 0).response(17).doubledBlock({1, 2, 3, 4}, damage);
+        QCOMPARE(last(Decoded(wire, doubled).summaries()),
+                 std::string("data width=4 v=01020304 ok=") + (damage == 0 ? "1" : "0"));
+    }
+}
+
+/// The status and the time in which the card is busy have nothing at the falls.
+void TstSdio::aBlockOfDoubleDataRateIsAnswered()
+{
+    Wire wire;
+    wire.idle().command(16, 2).response(16).command(25, 0).response(25).doubledBlock({0x12, 0x34});
+    wire.dat0("001010000").idle().doubledBlock({0x56, 0x78}).dat0("00101").idle().command(12, 0).response(12);
+    const Decoded desk(wire, doubled);
+    const Texts got = desk.summaries();
+    QCOMPARE(got.size(), std::size_t(11));
+    QCOMPARE(Texts(got.begin() + 4, got.begin() + 9),
+             (Texts{"data width=4 v=1234 ok=1", "status v=2", "busy", "data width=4 v=5678 ok=1", "status v=2"}));
+    QCOMPARE(desk.frame(6).last - desk.frame(6).first + 1, 2 * half * 4 - half);
+}
+
+void TstSdio::aStopCutsABlockOfDoubleDataRate()
+{
+    Wire wire;
+    wire.idle().command(16, 512).response(16).command(18, 0).response(18).clock(true, 0);
+    wire.idle(12).command(12, 0).response(12);
+    const Decoded desk(wire, doubled);
+    QCOMPARE(desk.frame(4).kind, std::string("cut_data"));
+    QVERIFY(desk.frame(4).last <= wire.ends[4]);
+    QCOMPARE(last(desk.summaries()).substr(0, 15), std::string("response idx=12"));
+}
+
+/// And a stored text without the setting has data at the rises.
+void TstSdio::doubleDataRateNeedsFourLines()
+{
+    DecodeDesk desk(std::make_unique<SdioAnalyzer>());
+    const std::string told = "Double data rate needs a bus of 4 bits";
+    QCOMPARE(desk.edit({{"clk", "0"}, {"cmd", "1"}, {"ddr", "true"}}), std::string());
+    QCOMPARE(desk.edit({{"d0", "2"}}), told);
+    QCOMPARE(desk.edit({{"d1", "3"}, {"d2", "4"}, {"d3", "5"}}), std::string());
+    QCOMPARE(desk.edit({{"width", "1"}}), told);
+    SdioSettings settings;
+    settings.LoadText(wide);
+    QVERIFY(!settings.ddr);
+}
+
 void TstSdio::nothingFalseIsShownWhereTheCaptureEnds()
 {
     Wire wire;
     wire.idle().command(16, 4).response(16).command(24, 0).response(24).block({1, 2, 3, 4}, 4);
     wire.dat0("0010100000").idle().command(13, 0);
-    const Decoded whole(wire, wide);
+    Wire fast;
+    fast.idle().command(16, 4).response(16).command(24, 0).response(24).doubledBlock({1, 2, 3, 4});
+    fast.dat0("0010100000").idle().command(13, 0);
+    for (const auto &[sent, settings] : {std::pair(&wire, wide), std::pair(&fast, doubled)}) {
+        nothingFalseIsShownOf(*sent, settings);
+    }
+}
+
+void TstSdio::nothingFalseIsShownOf(const Wire &wire, const char *settings)
+{
+    const Decoded whole(wire, settings);
+    QCOMPARE(whole.frames().size(), std::size_t(8));
     for (std::int64_t length = 1; length < wire.now(); length += 3) {
-        const Decoded cut(wire, wide, length);
+        const Decoded cut(wire, settings, length);
         std::vector<DecodedFrame> frames = cut.frames();
         if (!frames.empty() && frames.back().kind == "cut") {
             QCOMPARE(frames.back().first, whole.frame(frames.size() - 1).first);
@@ -632,6 +775,7 @@ void TstSdio::theSimulationIsDecodedAsItWasSent_data()
     QTest::newRow("four lines") << wide << 10000000 << 100000;
     QTest::newRow("one line, small blocks") << narrow << 20000 << 61;
     QTest::newRow("fast") << wide << 500000000 << 1048576;
+    QTest::newRow("double data rate") << doubled << 10000000 << 4096;
 }
 
 void TstSdio::theSimulationIsDecodedAsItWasSent()
@@ -712,7 +856,7 @@ void TstSdio::randomEdgesGiveFramesInOrder()
 {
     constexpr std::int64_t length = 60000;
     for (const std::int64_t mean : {1, 2, 10, 100}) {
-        for (const char *settings : {commandLines, narrow, wide}) {
+        for (const char *settings : {commandLines, narrow, wide, doubled}) {
             TestCapture capture(sampleRate, length);
             for (std::uint32_t i = 0; i < 6; ++i) {
                 capture.channel(i, i != 0, decoderChecks::randomEdges(i, i == 0 ? mean : 5 * mean, length));
