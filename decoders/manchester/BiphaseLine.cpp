@@ -124,12 +124,13 @@ bool BiphaseLine::next(BiphaseRun &run)
     while (goToRun()) {
         run.bits.clear();
         run.hasViolation = false;
+        run.leader = -1;
         const Sample begin = m_line.position();
         m_parity = m_isLonger ? 0 : parityHere();
         if (!m_isLonger) {
             m_before = HalfClock::Silence;
             m_lastOwn = -1;
-            m_hasTrailer = passLeader();
+            m_leader = passLeader() ? begin - m_leadIn : -1;
         }
         const End end = read(run);
         m_isLonger = end == End::Length;
@@ -182,7 +183,7 @@ BiphaseLine::End BiphaseLine::read(BiphaseRun &run)
             m_kept = width == HalfClock::Full ? int((m_parity + halves) & 1U) : -1;
             return m_line.hasEdge() ? End::Violation : End::CaptureEnd;
         }
-        if (isOwn && m_hasTrailer && run.bits.size() == bitsBeforeTrailer && readTrailer(run)) {
+        if (isOwn && m_leader >= 0 && run.bits.size() == bitsBeforeTrailer && readTrailer(run)) {
             halves = m_parity + unsigned(m_before == HalfClock::Full); // a whole bit may end at a bit's begin here
             continue;
         }
@@ -237,6 +238,7 @@ bool BiphaseLine::readTrailer(BiphaseRun &run)
     }
     run.bits.push_back({.begin = begin, .at = middle, .value = isOne(ahead.level())});
     run.end = middle + 2 * m_clock.half();
+    run.leader = m_leader;
     m_lastOwn = middle;
     m_previous = middle;
     m_before = isHalves(behind, 2) ? HalfClock::Full : HalfClock::Silence;

@@ -57,6 +57,7 @@ struct BiphaseRun {
 
     std::vector<BiphaseBit> bits;
     lux::Sample end = 0;       ///< the first sample behind
+    lux::Sample leader = -1;   ///< where the leader of an RC-6 frame begins; -1 where it is none
     bool hasViolation = false; ///< ends where the code is violated
 };
 
@@ -109,7 +110,7 @@ private:
     bool m_isFresh = false;    ///< no run was seen since the line rested
     int m_kept = -1;           ///< the parity that the run before leaves to the next one; -1 for none
     bool m_isTold = false;     ///< the run's own edges tell which those are that each bit has
-    bool m_hasTrailer = false; ///< the run is one of RC-6
+    lux::Sample m_leader = -1; ///< where the leader before the run begins, -1 for none: its fifth bit is longer
     lux::Sample m_leadIn = 0;  ///< the pulse before the run's first edge
     unsigned m_parity = 0;     ///< of halves from the run's first edge to those that each bit has
     lux::Sample m_lastEnd = 0; ///< of the run before

@@ -83,7 +83,9 @@ void ManchesterAnalyzer::addRun(const BiphaseRun &run)
     if (bits.empty()) {
         return;
     }
-    if (m_settings.bits.value() == 0) {
+    if (run.leader >= 0 && m_settings.bits.value() == 0 && bits.size() == run.bits.size()) {
+        addRemote(run);
+    } else if (m_settings.bits.value() == 0) {
         addBits(bits, run.end);
     } else {
         addWords(bits, run.end);
@@ -105,6 +107,45 @@ void ManchesterAnalyzer::addBits(std::span<const BiphaseBit> bits, Sample end)
                    .data = results().keep(packed),
                    .kind = ManchesterResults::Bits,
                    .extra = std::uint32_t(bits.size())});
+}
+
+/// A frame of an RC-6 remote control (Philips, "RC-6 Mode 0"): its leader, all bits, and these element by element. What
+/// the others than mode 0 have behind the trailer is told as bytes, behind the customer code of mode 6.
+void ManchesterAnalyzer::addRemote(const BiphaseRun &run)
+{
+    using Field = ManchesterResults::Field;
+    const std::vector<BiphaseBit> &bits = run.bits;
+    std::size_t at = 0;
+    results().add({.firstSample = run.leader, .lastSample = bits.front().begin - 1, .kind = ManchesterResults::Leader});
+    addBits(bits, run.end);
+    const auto add = [&](Field field, std::size_t most) {
+        const std::size_t first = at;
+        lux::BitCollector value(lux::BitOrder::MsbFirst);
+        for (; at < std::min(first + most, bits.size()); ++at) {
+            value.add(bits[at].value);
+        }
+        if (at > first) {
+            results().add({.firstSample = bits[first].begin,
+                           .lastSample = (at < bits.size() ? bits[at].begin : run.end) - 1,
+                           .data = value.value(),
+                           .kind = ManchesterResults::Element,
+                           .line = std::uint8_t(field),
+                           .extra = std::uint32_t(at - first)});
+        }
+        return value.value();
+    };
+    add(Field::Start, 1);
+    const std::uint64_t mode = add(Field::Mode, 3);
+    add(Field::Toggle, 1);
+    if (mode == 0) {
+        add(Field::Address, 8);
+        add(Field::Command, 8);
+    } else if (mode == 6 && at < bits.size()) {
+        add(Field::Customer, bits[at].value ? 16 : 8);
+    }
+    while (at < bits.size()) {
+        add(Field::Data, 8);
+    }
 }
 
 void ManchesterAnalyzer::addWords(std::span<const BiphaseBit> bits, Sample end)

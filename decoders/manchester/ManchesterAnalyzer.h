@@ -26,6 +26,7 @@ private:
     [[nodiscard]] std::size_t beginOf(const BiphaseRun &run) const;
     void addRun(const BiphaseRun &run);
     void addBits(std::span<const BiphaseBit> bits, lux::Sample end);
+    void addRemote(const BiphaseRun &run);
     void addWords(std::span<const BiphaseBit> bits, lux::Sample end);
 
     std::uint32_t m_sent = 0; ///< runs of the simulation

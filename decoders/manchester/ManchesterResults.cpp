@@ -1,9 +1,24 @@
 #include "ManchesterResults.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 using lux::FrameText;
 using lux::FrameValues;
+
+namespace {
+
+/// The text and the value of each field.
+constexpr std::array<std::pair<const char *, const char *>, 7> fieldNames{{{"Start bit", "start"},
+                                                                           {"Mode", "mode"},
+                                                                           {"Toggle", "toggle"},
+                                                                           {"Address", "address"},
+                                                                           {"Command", "command"},
+                                                                           {"Customer code", "customer"},
+                                                                           {"Data", "data"}}};
+
+} // namespace
 
 ManchesterResults::ManchesterResults(const ManchesterSettings &settings)
     : m_line(settings.data),
@@ -59,6 +74,14 @@ void ManchesterResults::describe(const FrameData &frame, FrameText &out) const
         out.add("Violation");
         out.add("Code violation");
         break;
+    case Leader:
+        out.add("L");
+        out.add("Leader");
+        break;
+    case Element:
+        out.add(out.number(frame.data, frame.extra));
+        out.add(fieldNames.at(frame.line).first, " ", out.number(frame.data, frame.extra));
+        break;
     default:
         break;
     }
@@ -79,6 +102,12 @@ void ManchesterResults::values(const FrameData &frame, FrameValues &out) const
     case Violation:
         out.kind("violation");
         break;
+    case Leader:
+        out.kind("leader");
+        break;
+    case Element:
+        out.kind("element").text("name", fieldNames.at(frame.line).second).number("v", frame.data);
+        break;
     default:
         break;
     }
@@ -86,6 +115,6 @@ void ManchesterResults::values(const FrameData &frame, FrameValues &out) const
 
 std::span<const char *const> ManchesterResults::columns() const
 {
-    static constexpr const char *names[] = {"v", "n"};
+    static constexpr const char *names[] = {"v", "n", "name"};
     return names;
 }

@@ -14,7 +14,10 @@ public:
         Word,      ///< `data` is the value
         Part,      ///< the same of a run's last bits, which are fewer than a word: `extra`
         Violation, ///< half a bit is missing, or too many
+        Leader,    ///< of an RC-6 frame
+        Element,   ///< `data` is the value of a Field, in `line`, of an RC-6 frame; `extra` its bits
     };
+    enum class Field : std::uint8_t { Start, Mode, Toggle, Address, Command, Customer, Data };
 
     explicit ManchesterResults(const ManchesterSettings &settings);
 

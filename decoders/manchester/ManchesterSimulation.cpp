@@ -9,11 +9,22 @@ namespace {
 
 constexpr std::int64_t simulatedAutoRate = 20000;
 constexpr std::uint32_t violationEvery = 6;
+constexpr std::uint32_t remoteEvery = 8;
+constexpr std::size_t trailer = 4;              ///< the number of this bit in a frame of a remote control
 constexpr std::int64_t samplesOfViolation = 40; ///< a bit needs so many, so that it is no spike
+
+/// Of a frame of a remote control, on a line that rests.
+void sendLeader(Simulation &simulation, SimulationLine &line, std::int64_t rate)
+{
+    line.toggle();
+    simulation.holdTime(6, 2 * rate);
+    line.toggle();
+    simulation.holdTime(2, 2 * rate);
+}
 
 } // namespace
 
-ManchesterSimulated ManchesterSimulated::of(std::uint32_t number)
+ManchesterSimulated ManchesterSimulated::of(std::uint32_t number, bool hasRemotes)
 {
     constexpr std::uint32_t preamble = 0xaa;
     ManchesterSimulated made;
@@ -22,6 +33,13 @@ ManchesterSimulated ManchesterSimulated::of(std::uint32_t number)
             made.bits.push_back((byte >> (bit - 1) & 1U) != 0);
         }
     };
+    made.isRemote = hasRemotes && number % remoteEvery == remoteEvery - 1;
+    if (made.isRemote) {
+        made.bits = {true, false, false, false, number / remoteEvery % 2 == 0}; // start, mode 0, toggle
+        add(4);
+        add(number);
+        return made;
+    }
     made.hasViolation = number % violationEvery == violationEvery - 1;
     add(preamble);
     for (std::uint32_t i = 0; i <= number % 12; ++i) {
@@ -43,11 +61,12 @@ void ManchesterAnalyzer::simulate(Simulation &simulation)
         simulation.hold(simulation.sampleRate()); // no bit could be told
         return;
     }
-    const auto half = [&] { simulation.holdTime(1, 2 * rate); };
+    std::int64_t length = 1; // of half a bit
+    const auto half = [&] { simulation.holdTime(length, 2 * rate); };
+    const bool isAuto = m_settings.convention == ManchesterSense::Auto;
     const auto bit = [&](bool value) {
         switch (m_settings.decodeAs.value()) {
         case BiphaseCode::Manchester: {
-            const bool isAuto = m_settings.convention == ManchesterSense::Auto;
             const bool rises = value == (isAuto ? rest : m_settings.convention == ManchesterSense::Rising);
             line.set(!rises);
             half();
@@ -70,9 +89,14 @@ void ManchesterAnalyzer::simulate(Simulation &simulation)
     };
     line.set(rest);
     simulation.holdTime(8 + simulation.random(20), 2 * rate);
-    const ManchesterSimulated run = ManchesterSimulated::of(m_sent++);
-    for (const bool value : run.bits) {
-        bit(value);
+    const bool hasRemotes = isAuto && m_settings.decodeAs == BiphaseCode::Manchester;
+    const ManchesterSimulated run = ManchesterSimulated::of(m_sent++, hasRemotes);
+    if (run.isRemote) {
+        sendLeader(simulation, line, rate);
+    }
+    for (std::size_t i = 0; i < run.bits.size(); ++i) {
+        length = run.isRemote && i == trailer ? 2 : 1;
+        bit(run.bits[i]);
     }
     if (run.hasViolation && simulation.sampleRate() >= samplesOfViolation * rate) {
         line.toggle();

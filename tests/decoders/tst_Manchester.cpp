@@ -82,14 +82,26 @@ public:
     {}
 };
 
-/// The bits alone, "violation" and the like by their kinds.
+/// The bits alone, "violation" and the like by their kinds. Without what frames of remote controls consist of.
 Texts brief(const DecodeDesk &desk)
 {
     Texts all;
     for (const DecodedFrame &frame : desk.frames()) {
+        if (frame.kind == "leader" || frame.kind == "element") {
+            continue;
+        }
         all.push_back(frame.kind == "violation" ? frame.kind : frame.value("v"));
     }
     return all;
+}
+
+/// A frame of RC-6 on a line that rests high.
+Sender remote(const std::string &mode, bool toggle, const std::string &data)
+{
+    Sender sender(true);
+    sender.pause(40).level(false, 6).level(true, 2).rising("1" + mode).level(!toggle, 2).level(toggle, 2);
+    sender.rising(data).pause(48);
+    return sender;
 }
 
 } // namespace
@@ -101,6 +113,9 @@ private slots:
     void eitherConventionMayBeSet();
     void theConventionIsToldByTheStartBitWhereTheLineRestsHigh();
     void theTrailerOfRc6IsOneBit();
+    void aFrameOfRc6HasElements();
+    void modesOfRc6HaveTheirOwnElements();
+    void wordsAndPreamblesLeaveOutTheElementsOfRc6();
     void aLeaderWithoutATrailerBeginsARunAsAnySilenceDoes();
     void differentialCodeHasAnEdgeAtTheBeginOfAZero();
     void biphaseMarkHasAnEdgeInTheMiddleOfAOne();
@@ -186,10 +201,54 @@ void TstManchester::theTrailerOfRc6IsOneBit()
             const std::string head = mode + std::string(toggle ? "1" : "0");
             const Decoded desk(sender, rate + "polarity=low");
             QCOMPARE(brief(desk), (Texts{head + "0000010011001010", head + "1100010011001011"}));
-            QCOMPARE(desk.frame(0).first, sender.begins[0]);
-            QCOMPARE(desk.frame(0).last, sender.begins[1] + 16 * 50 - 1);
+            QCOMPARE(desk.frame(1).first, sender.begins[0]);
+            QCOMPARE(desk.frame(1).last, sender.begins[1] + 16 * 50 - 1);
         }
     }
+}
+
+void TstManchester::aFrameOfRc6HasElements()
+{
+    const Decoded desk(remote("000", false, "0000010011001010"), rate + "polarity=low");
+    QCOMPARE(desk.summaries(),
+             (Texts{"leader", "bits v=100000000010011001010", "element name=start v=1", "element name=mode v=0",
+                    "element name=toggle v=0", "element name=address v=4", "element name=command v=202"}));
+    // In halves of a bit of 25 samples, behind a rest of 40: what begins where, and ends before what follows.
+    const int begins[] = {40, 48, 48, 50, 56, 60, 76, 92};
+    for (std::size_t i = 0; i < 7; ++i) {
+        QCOMPARE(desk.frame(i).first, std::int64_t(begins[i]) * 25);
+        QCOMPARE(desk.frame(i).last, std::int64_t(i == 1 ? begins[7] : begins[i + (i == 0 ? 2 : 1)]) * 25 - 1);
+    }
+    QCOMPARE(decoderChecks::faultOf(desk, 140 * 25), std::string());
+    const Channel line(0, 3);
+    QCOMPARE(desk.bubble(0, line, DisplayBase::Hexadecimal), (Texts{"L", "Leader"}));
+    QCOMPARE(desk.bubble(6, line, DisplayBase::Hexadecimal), (Texts{"0xCA", "Command 0xCA"}));
+    QCOMPARE(desk.bubble(4, line, DisplayBase::Decimal), (Texts{"0", "Toggle 0"}));
+}
+
+void TstManchester::modesOfRc6HaveTheirOwnElements()
+{
+    const auto behindToggle = [](const DecodeDesk &desk) {
+        Texts all = desk.summaries();
+        all.erase(all.begin(), all.begin() + 5);
+        return all;
+    };
+    // Of mode 6 the customer code has eight bits, or sixteen where the first is a 1.
+    const Decoded shorter(remote("110", false, "000011110000010000001100"), rate + "polarity=low");
+    QCOMPARE(behindToggle(shorter),
+             (Texts{"element name=customer v=15", "element name=data v=4", "element name=data v=12"}));
+    const Decoded longer(remote("110", false, "10000000000011110000010000001100"), rate + "polarity=low");
+    QCOMPARE(behindToggle(longer),
+             (Texts{"element name=customer v=32783", "element name=data v=4", "element name=data v=12"}));
+    const Decoded other(remote("011", true, "0000111101"), rate + "polarity=low");
+    QCOMPARE(behindToggle(other), (Texts{"element name=data v=15", "element name=data v=1"}));
+}
+
+void TstManchester::wordsAndPreamblesLeaveOutTheElementsOfRc6()
+{
+    const Sender sender = remote("000", false, "0000010011001010");
+    QCOMPARE(Decoded(sender, rate + "polarity=low,bits=7").summaries(), (Texts{"word v=64", "word v=9", "word v=74"}));
+    QCOMPARE(Decoded(sender, rate + "polarity=low,preamble=0000").summaries(), (Texts{"bits v=00000000010011001010"}));
 }
 
 void TstManchester::aLeaderWithoutATrailerBeginsARunAsAnySilenceDoes()
@@ -626,9 +685,13 @@ void TstManchester::theSimulationIsDecodedAsItWasSent()
     const Texts got = brief(desk);
     QVERIFY(got.size() > 80);
     const bool hasRoom = rate == 1000000 && !settings.contains(QLatin1String("100000")); // 40 samples a bit
+    const bool hasRemotes =
+        !settings.contains(QLatin1String("convention")) && !settings.contains(QLatin1String("decodeas"));
+    const std::vector<DecodedFrame> frames = desk.frames();
+    QCOMPARE(hasRemotes, std::any_of(frames.begin(), frames.end(), [](const auto &f) { return f.kind == "leader"; }));
     std::uint32_t number = 0;
     for (std::size_t i = 0; i + 1 < got.size(); ++i) { // the last one may be cut
-        const ManchesterSimulated sent = ManchesterSimulated::of(number++);
+        const ManchesterSimulated sent = ManchesterSimulated::of(number++, hasRemotes);
         std::string expected;
         for (const bool bit : sent.bits) {
             expected += bit ? '1' : '0';
