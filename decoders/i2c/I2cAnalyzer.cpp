@@ -90,6 +90,9 @@ void I2cAnalyzer::takeCondition(const BusEvent &event, Sample sclRise)
                                         : isRestart ? I2cResults::Restart
                                                     : I2cResults::Start),
                    .flags = std::uint16_t(wasIdle ? I2cResults::LostStop : 0)});
+    if (!isRestart) {
+        m_message.tenBitAddress.reset();
+    }
     m_message.isOpen = isStart;
     m_message.hasAddress = false;
     m_message.tenBitFollows = false;
@@ -114,9 +117,14 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
         m_message.tenBitFollows = m_byte.bits >> 3 == tenBitPrefix && m_message.direction == 0;
         m_message.tenBitHigh = m_byte.bits >> 1 & 3U;
         m_message.hasAddress = true;
+        if (isReadOfTenBits()) {
+            flags |= I2cResults::TenBit;
+            frame.data2 = *m_message.tenBitAddress;
+        }
     } else if (m_message.tenBitFollows) {
         flags |= I2cResults::TenBit;
         frame.data2 = m_message.tenBitHigh << bitsOfByte | m_byte.bits;
+        m_message.tenBitAddress = frame.data2;
         m_message.tenBitFollows = false;
     }
     flags |= m_message.direction;
@@ -126,6 +134,14 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
     }
     frame.flags = std::uint16_t(flags);
     results().add(frame);
+}
+
+/// A device with a 10-bit address is read behind a repeated start with the first part of its address alone, and knows
+/// that it was addressed before.
+bool I2cAnalyzer::isReadOfTenBits() const
+{
+    return m_byte.bits >> 3 == tenBitPrefix && m_message.direction != 0 && m_message.tenBitAddress &&
+           *m_message.tenBitAddress >> bitsOfByte == m_message.tenBitHigh;
 }
 
 /// A condition ends a byte that is not complete. The bit at whose clock it comes was none: a condition right behind an

@@ -4,6 +4,7 @@
 #include "common/StartStopBus.h"
 
 #include <cstdint>
+#include <optional>
 
 /// The I2C bus.
 class I2cAnalyzer final : public lux::Decoder<I2cSettings, I2cResults> {
@@ -32,7 +33,8 @@ private:
         std::uint16_t direction = 0;
         bool tenBitFollows = false; ///< the next byte is the second of a 10-bit address
         std::uint32_t tenBitHigh = 0;
-        lux::Sample bitTime = 0; ///< of the last byte
+        std::optional<std::uint32_t> tenBitAddress; ///< the device with such an address that was written to
+        lux::Sample bitTime = 0;                    ///< of the last byte
     };
 
     template<class Line>
@@ -41,6 +43,7 @@ private:
     void takeCondition(const lux::BusEvent &event, lux::Sample sclRise);
     void takeAcknowledge(bool bit, lux::Sample at, lux::Sample last);
     void addByte(bool acknowledge, lux::Sample last);
+    [[nodiscard]] bool isReadOfTenBits() const;
     void cutByte(lux::Sample condition);
 
     Byte m_byte;

@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned addressBits = 7;
 constexpr unsigned tenBits = 10;
+constexpr std::uint64_t tenBitPrefix = 0x1e; ///< of the first byte, 11110XX
 
 /// The first byte's reserved values (UM10204, 3.1.12, table 3); empty for an address of a device.
 std::string_view reservedName(std::uint64_t byte)
@@ -32,7 +33,7 @@ std::string_view reservedName(std::uint64_t byte)
     if (address >> 2 == 0x01) {
         return "Hs-mode master code";
     }
-    if (address >> 2 == 0x1e) {
+    if (byte >> 3 == tenBitPrefix) {
         return "10-bit address";
     }
     if (address >> 2 == 0x1f) {
@@ -111,6 +112,7 @@ void I2cResults::describeAddress(const FrameData &frame, FrameText &out) const
     const ShortText number = addressText(frame, out);
     const bool isRead = (frame.flags & Read) != 0;
     const std::string_view reserved = reservedName(frame.data);
+    const bool isTenBit = frame.data >> 3 == tenBitPrefix;
     out.add("A");
     out.add(number);
     out.add(number, isRead ? " R " : " W ", (frame.flags & Nack) != 0 ? "N" : "A");
@@ -118,7 +120,9 @@ void I2cResults::describeAddress(const FrameData &frame, FrameText &out) const
         out.add(isRead ? "Read " : "Write ", number, " ", ackText(frame));
         out.add("Address ", number, isRead ? " read, " : " write, ", ackText(frame), stretchText(frame));
     } else {
-        out.add(reserved, " ", number, ", ", ackText(frame), stretchText(frame));
+        const ShortText shown = (frame.flags & TenBit) != 0 ? out.number(frame.data2, tenBits) : number;
+        const std::string_view direction = !isTenBit ? "" : isRead ? " read" : " write";
+        out.add(reserved, " ", shown, direction, ", ", ackText(frame), stretchText(frame));
     }
 }
 

@@ -20,7 +20,7 @@ public:
         Nack = 1,
         Read = 2,
         Stretched = 4, ///< the clock was held low; `extra` tells for how many samples
-        TenBit = 8,    ///< the second byte of a 10-bit address; `data2` is the whole address
+        TenBit = 8, ///< the second byte of a 10-bit address, or its first one for a read; `data2` is the whole address
         LostStop = 16, ///< a repeated start after the bus was idle
     };
 

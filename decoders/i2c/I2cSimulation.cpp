@@ -5,20 +5,26 @@
 
 using lux::Simulation;
 
+namespace {
+
+/// A message of the simulation.
+enum Form : std::uint32_t {
+    WriteBytes,
+    ReadBytes,
+    WriteThenRead,
+    TenBitAddress,
+    GeneralCall,
+    NobodyThere,
+    Slow,
+    LostStop,
+    Broken
+};
+
+} // namespace
+
 /// Messages with bytes that count up, of nine forms in turn.
 void I2cAnalyzer::simulate(Simulation &simulation)
 {
-    enum Form : std::uint32_t {
-        WriteBytes,
-        ReadBytes,
-        WriteThenRead,
-        TenBitAddress,
-        GeneralCall,
-        NobodyThere,
-        Slow,
-        LostStop,
-        Broken
-    };
     lux::StartStopSender bus(simulation, m_settings.scl, m_settings.sda);
     const std::uint32_t number = m_sent & 0xffU;
     bus.wait(16 + simulation.random(64));
@@ -39,6 +45,9 @@ void I2cAnalyzer::simulate(Simulation &simulation)
         break;
     case TenBitAddress:
         bus.bytes({0xf2, 0x34, number});
+        bus.start();
+        bus.byte(0xf3);
+        bus.byte(number, true);
         break;
     case GeneralCall:
         bus.bytes({0x00, 0x06});

@@ -46,6 +46,7 @@ private slots:
     void eachElementBeginsAndEndsAsOnTheWire();
     void aReadHasItsDirectionUpToTheNextAddress();
     void aTenBitAddressIsAnAddressAndItsSecondByte();
+    void aTenBitReadOfAnotherDeviceHasNoWholeAddress();
     void reservedAddressesHaveTheirNames();
     void addressesAreShownWithSevenOrEightBits();
     void aStretchedClockIsTold();
@@ -99,9 +100,21 @@ void TstI2c::aTenBitAddressIsAnAddressAndItsSecondByte()
     const Decoded desk(wire);
     QCOMPARE(desk.summaries(),
              (Texts{"start", "address v=122 rw=0 ack=1", "data v=52 rw=0 ack=1 ten_bit=564", "data v=1 rw=0 ack=1",
-                    "restart", "address v=122 rw=1 ack=1", "data v=2 rw=1 ack=0", "stop"}));
-    QCOMPARE(desk.frame(1).text, std::string("10-bit address 0x7A, ACK"));
+                    "restart", "address v=122 rw=1 ack=1 ten_bit=564", "data v=2 rw=1 ack=0", "stop"}));
+    QCOMPARE(desk.frame(1).text, std::string("10-bit address 0x7A write, ACK"));
     QCOMPARE(desk.frame(2).text, std::string("Address 0x234, ACK"));
+    QCOMPARE(desk.frame(5).text, std::string("10-bit address 0x234 read, ACK"));
+}
+
+/// Behind a stop no device is addressed, and another first part is that of another device.
+void TstI2c::aTenBitReadOfAnotherDeviceHasNoWholeAddress()
+{
+    Wire wire;
+    wire.wait(20).start().byte(0xf4).byte(0x34).start().byte(0xf3).stop().start().byte(0xf5).byte(0x02, false).stop();
+    const Decoded desk(wire);
+    QCOMPARE(desk.frame(4).text, std::string("10-bit address 0x79 read, ACK"));
+    QCOMPARE(desk.frame(7).text, std::string("10-bit address 0x7A read, ACK"));
+    QCOMPARE(desk.frame(7).value("ten_bit"), std::string("(absent)"));
 }
 
 void TstI2c::reservedAddressesHaveTheirNames()
@@ -338,7 +351,8 @@ void TstI2c::theSimulationIsDecodedAsItWasSent()
         const Texts messages[] = {{address(0x50, 0), data(0, 0, 1), data(n, 0, 1)},
                                   {address(0x50, 1), data(n, 1, 1), data(n ^ 0xffU, 1, 0)},
                                   {address(0x48, 0), data(n, 0, 1), "restart", address(0x48, 1), data(n, 1, 0)},
-                                  {address(0x79, 0), data(0x34, 0, 1) + " ten_bit=308", data(n, 0, 1)},
+                                  {address(0x79, 0), data(0x34, 0, 1) + " ten_bit=308", data(n, 0, 1), "restart",
+                                   address(0x79, 1) + " ten_bit=308", data(n, 1, 0)},
                                   {address(0, 0), data(6, 0, 1)},
                                   {address(0x21, 0, 0)},
                                   {address(0x50, 0), data(n, 0, 1)},
