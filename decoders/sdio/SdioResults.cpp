@@ -1,5 +1,7 @@
 #include "SdioResults.h"
 
+#include "common/MessageExport.h"
+
 using lux::FrameText;
 using lux::FrameValues;
 using lux::ShortText;
@@ -202,4 +204,34 @@ std::span<const char *const> SdioResults::columns() const
 {
     static constexpr const char *names[] = {"idx", "arg", "reg", "crc", "ok", "end", "v", "width", "n"};
     return names;
+}
+
+void SdioResults::exportFile(lux::ExportWriter &out, std::uint32_t optionId) const
+{
+    if (optionId == SdioSettings::Commands) {
+        exportCommands(out);
+    } else {
+        exportFrames(out);
+    }
+}
+
+/// A line a command with all that answers it: "0.000012 CMD13 SEND_STATUS, argument 0x0 | R1 to CMD13: 0x900, state
+/// tran".
+void SdioResults::exportCommands(lux::ExportWriter &out) const
+{
+    FrameText text;
+    lux::MessageExport messages(out);
+    const std::uint64_t count = frameCount();
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const FrameData one = frame(i);
+        const bool isFirst = one.kind == Command || !messages.isOpen();
+        if (isFirst) {
+            messages.begin(one);
+        }
+        text.start(FrameText::Purpose::Tabular, Channel(), out.base());
+        describe(one, text);
+        messages.add(one, isFirst ? "" : "| ", text.last());
+        out.progress(i, count);
+    }
+    messages.end();
 }

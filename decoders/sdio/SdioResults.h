@@ -32,6 +32,7 @@ protected:
     void describe(const FrameData &frame, lux::FrameText &out) const override;
     void values(const FrameData &frame, lux::FrameValues &out) const override;
     [[nodiscard]] std::span<const char *const> columns() const override;
+    void exportFile(lux::ExportWriter &out, std::uint32_t optionId) const override;
 
 private:
     [[nodiscard]] static bool has(const FrameData &frame, Flag flag) { return (frame.flags & flag) != 0; }
@@ -43,6 +44,7 @@ private:
     void describeCommand(const FrameData &frame, lux::FrameText &out) const;
     void describeResponse(const FrameData &frame, lux::FrameText &out) const;
     void describeData(const FrameData &frame, lux::FrameText &out) const;
+    void exportCommands(lux::ExportWriter &out) const;
 
     Channel m_cmd;
     Channel m_dat0;

@@ -16,7 +16,10 @@ SdioSettings::SdioSettings()
             0),
       ddr(*this, "ddr", "Data", "Double data rate (DDR50)",
           "Data is taken at both edges of the clock, commands and responses at its rise")
-{}
+{
+    addExport(Commands, "Commands", "Text file", "txt");
+    addExport(Commands, "Commands", "CSV file", "csv");
+}
 
 unsigned SdioSettings::usedLines() const
 {

@@ -2,11 +2,14 @@
 
 #include <array>
 #include <corvanlux/analyzer/Decoder.h>
+#include <cstdint>
 #include <string>
 
 /// The settings of an SD or SDIO bus.
 class SdioSettings final : public lux::Settings {
 public:
+    enum Export : std::uint32_t { Commands = 1 };
+
     SdioSettings();
 
     lux::ChannelSetting clk;

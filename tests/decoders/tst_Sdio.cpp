@@ -240,6 +240,7 @@ private slots:
     void tokensHaveMarkers();
     void aWrongCheckHasAnErrorCross();
     void aTableHasTheWidthOfDataAndTheBitsOfACutToken();
+    void anExportHasALineACommand();
     void withoutAWidthTheBusIsAsWideAsItHasLines();
     void aWideBusNeedsItsLines();
     void doubleDataRateTakesDataAtBothEdges_data();
@@ -639,6 +640,30 @@ void TstSdio::aTableHasTheWidthOfDataAndTheBitsOfACutToken()
     QVERIFY2(csv.find("end,v,width,n,text\n") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",01020304,4,,") != std::string::npos, csv.c_str());
     QVERIFY2(csv.find(",,,8,Cut after 8 bits") != std::string::npos, csv.c_str());
+}
+
+void TstSdio::anExportHasALineACommand()
+{
+    Wire wire;
+    wire.idle().response(13).command(16, 2).response(16).command(24, 0).response(24).block({0x12, 0x34}, 1);
+    wire.dat0("00101").idle().command(0, 0);
+    const Decoded desk(wire, narrow);
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
+    const auto lines = QString::fromStdString(decoderChecks::exported(desk, path + ".txt", SdioSettings::Commands))
+                           .split(QLatin1Char('\n'));
+    QCOMPARE(lines.size(), 5);
+    QVERIFY2(lines[0].endsWith(QStringLiteral(" Response: 0x00000900")), qPrintable(lines[0]));
+    QVERIFY2(lines[1].endsWith(
+                 QStringLiteral(" CMD16 SET_BLOCKLEN, argument 0x00000002 | R1 to CMD16: 0x00000900, state tran")),
+             qPrintable(lines[1]));
+    QVERIFY2(lines[2].endsWith(
+                 QStringLiteral(" CMD24 WRITE_BLOCK, argument 0x00000000 | R1 to CMD24: 0x00000900, state tran | "
+                                "Data, 2 bytes: 0x12 0x34 | Block status: accepted")),
+             qPrintable(lines[2]));
+    QVERIFY2(lines[3].endsWith(QStringLiteral(" CMD0 GO_IDLE_STATE, argument 0x00000000")), qPrintable(lines[3]));
+    const std::string csv = decoderChecks::exported(desk, path + ".csv", SdioSettings::Commands);
+    QVERIFY2(csv.starts_with("time_s,first_sample,last_sample,text\n"), csv.c_str());
 }
 
 void TstSdio::withoutAWidthTheBusIsAsWideAsItHasLines()
