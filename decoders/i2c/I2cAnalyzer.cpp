@@ -117,6 +117,7 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
         m_message.tenBitFollows = m_byte.bits >> 3 == tenBitPrefix && m_message.direction == 0;
         m_message.tenBitHigh = m_byte.bits >> 1 & 3U;
         m_message.hasAddress = true;
+        m_message.isGeneralCall = m_byte.bits == 0;
         if (isReadOfTenBits()) {
             flags |= I2cResults::TenBit;
             frame.data2 = *m_message.tenBitAddress;
@@ -126,6 +127,9 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
         frame.data2 = m_message.tenBitHigh << bitsOfByte | m_byte.bits;
         m_message.tenBitAddress = frame.data2;
         m_message.tenBitFollows = false;
+    } else if (m_message.isGeneralCall) {
+        flags |= I2cResults::GeneralCall;
+        m_message.isGeneralCall = false;
     }
     flags |= m_message.direction;
     if (m_byte.longestLow > stretchFactor * m_byte.shortestLow) {

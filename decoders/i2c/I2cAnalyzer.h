@@ -31,6 +31,7 @@ private:
         bool isOpen = false;     ///< a start was seen, and no stop
         bool hasAddress = false; ///< the address byte is through
         std::uint16_t direction = 0;
+        bool isGeneralCall = false; ///< the next byte tells what all devices are to do
         bool tenBitFollows = false; ///< the next byte is the second of a 10-bit address
         std::uint32_t tenBitHigh = 0;
         std::optional<std::uint32_t> tenBitAddress; ///< the device with such an address that was written to

@@ -42,6 +42,24 @@ std::string_view reservedName(std::uint64_t byte)
     return {};
 }
 
+/// What the byte behind a general call asks of all devices (UM10204, 3.1.13).
+std::string_view generalCallName(std::uint64_t byte)
+{
+    if ((byte & 1U) != 0) {
+        return "hardware general call";
+    }
+    switch (byte) {
+    case 0x00:
+        return "not allowed";
+    case 0x04:
+        return "write the address";
+    case 0x06:
+        return "reset, and write the address";
+    default:
+        return "not fixed";
+    }
+}
+
 std::string_view ackText(const FrameData &frame)
 {
     return (frame.flags & I2cResults::Nack) != 0 ? "NACK" : "ACK";
@@ -133,6 +151,10 @@ void I2cResults::describeData(const FrameData &frame, FrameText &out) const
     out.add(number, (frame.flags & Nack) != 0 ? " N" : " A");
     if ((frame.flags & TenBit) != 0) {
         out.add("Address ", out.number(frame.data2, tenBits), ", ", ackText(frame), stretchText(frame));
+        return;
+    }
+    if ((frame.flags & GeneralCall) != 0) {
+        out.add("General call ", number, " (", generalCallName(frame.data), "), ", ackText(frame), stretchText(frame));
         return;
     }
     out.add("Data ", number, ", ", ackText(frame), stretchText(frame));

@@ -21,7 +21,8 @@ public:
         Read = 2,
         Stretched = 4, ///< the clock was held low; `extra` tells for how many samples
         TenBit = 8, ///< the second byte of a 10-bit address, or its first one for a read; `data2` is the whole address
-        LostStop = 16, ///< a repeated start after the bus was idle
+        LostStop = 16,    ///< a repeated start after the bus was idle
+        GeneralCall = 32, ///< the byte that tells what a general call asks
     };
 
     explicit I2cResults(const I2cSettings &settings);

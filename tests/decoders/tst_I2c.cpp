@@ -48,6 +48,7 @@ private slots:
     void aTenBitAddressIsAnAddressAndItsSecondByte();
     void aTenBitReadOfAnotherDeviceHasNoWholeAddress();
     void reservedAddressesHaveTheirNames();
+    void whatAGeneralCallAsksIsTold();
     void addressesAreShownWithSevenOrEightBits();
     void aStretchedClockIsTold();
     void aStopOrStartWithinAByteCutsIt();
@@ -127,6 +128,23 @@ void TstI2c::reservedAddressesHaveTheirNames()
         Wire wire;
         wire.wait(20).start().byte(byte).stop();
         QCOMPARE(Decoded(wire).frame(1).text, std::string(name));
+    }
+}
+
+void TstI2c::whatAGeneralCallAsksIsTold()
+{
+    const std::pair<unsigned, const char *> names[] = {{0x06, "0x06 (reset, and write the address)"},
+                                                       {0x04, "0x04 (write the address)"},
+                                                       {0x00, "0x00 (not allowed)"},
+                                                       {0x41, "0x41 (hardware general call)"},
+                                                       {0x08, "0x08 (not fixed)"}};
+    for (const auto &[byte, name] : names) {
+        Wire wire;
+        wire.wait(20).start().byte(0x00).byte(byte).byte(0x06).stop().start().byte(0x40).byte(0x06).stop();
+        const Decoded desk(wire);
+        QCOMPARE(desk.frame(2).text, "General call " + std::string(name) + ", ACK");
+        QCOMPARE(desk.frame(3).text, std::string("Data 0x06, ACK"));
+        QCOMPARE(desk.frame(7).text, std::string("Data 0x06, ACK"));
     }
 }
 
