@@ -362,7 +362,8 @@ void TstLuxcli::decodersAndTheirSettingsAreListed()
     const Outcome one = luxcli({QStringLiteral("analyzers"), QStringLiteral("uart/rs232/485")});
     QCOMPARE(one.code, 0);
     QVERIFY(one.out.contains("rx\tchannel\tnumber or none\tnone\t"));
-    QVERIFY(one.out.contains("parity\tchoice\tnone|odd|even|mark|space|ignore\tnone\tParity\tThe bit behind the data\n"));
+    QVERIFY(
+        one.out.contains("parity\tchoice\tnone|odd|even|mark|space|ignore\tnone\tParity\tThe bit behind the data\n"));
     const Outcome text = luxcli({QStringLiteral("analyzers"), QStringLiteral("QSPI")});
     QVERIFY(text.out.contains("such as 3+2+5+4 or 4-7\n")); // which no list of values could tell
     QCOMPARE(luxcli({QStringLiteral("analyzers"), QStringLiteral("--all")}).code, 0);

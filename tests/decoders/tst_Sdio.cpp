@@ -762,6 +762,7 @@ void TstSdio::doubleDataRateNeedsFourLines()
     SdioSettings settings;
     settings.LoadText(wide);
     QVERIFY(!settings.ddr);
+    QCOMPARE(std::string(settings.SaveText()), std::string(wide) + ",ddr=false");
 }
 
 void TstSdio::nothingFalseIsShownWhereTheCaptureEnds()

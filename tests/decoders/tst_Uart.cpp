@@ -152,10 +152,13 @@ private slots:
     void pausesAreShownFromTheSetLengthOn();
     void theNinthBitMarksAnAddress();
     void settingsThatDoNotGoTogetherAreRefused();
+    void storedSettingsOfEarlierVersionsStayWhatTheyWere();
     void textsGoFromShortToLong();
     void eachBitHasAMarkerAndErrorsTheirOwn();
     void exportsHaveAllCharacters();
     void aCutCharacterIsNotShown();
+    void aCutHalfStopBitIsNotShown();
+    void theRateIsFoundOfHalfStopBitsAndUncheckedParity();
     void theTailOfACharacterIsNoCharacter();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
@@ -531,6 +534,21 @@ void TstUart::settingsThatDoNotGoTogetherAreRefused()
     QVERIFY(!desk.edit({{"baudrate", "-1"}}).empty());
 }
 
+void TstUart::storedSettingsOfEarlierVersionsStayWhatTheyWere()
+{
+    for (const char *parity : {"none", "odd", "even", "mark", "space"}) {
+        for (const char *stop : {"1", "1.5", "2"}) {
+            const std::string stored = "rx=3,tx=none,baudrate=9600,data_bits=8,parity=" + std::string(parity) +
+                                       ",stop_bits=" + stop +
+                                       ",invert=false,invert_rx=false,invert_tx=false,bit_order=lsb,"
+                                       "address_bit=false,idle_bits=0";
+            UartSettings settings;
+            settings.LoadText(stored.c_str());
+            QCOMPARE(std::string(settings.SaveText()), stored);
+        }
+    }
+}
+
 void TstUart::textsGoFromShortToLong()
 {
     Sender sender(20);
@@ -601,6 +619,45 @@ void TstUart::aCutCharacterIsNotShown()
             // Known from the middle of the stop bit on.
             QCOMPARE(cut.size() > i, length > whole[i].first + 95);
         }
+    }
+}
+
+void TstUart::aCutHalfStopBitIsNotShown()
+{
+    Sender sender(10);
+    sender.idle(3).byte(0x41, 0.5).byte(0x00, 0.5).byte(0xff, 0.5).byte(0x55, 0.5).idle(1).byte(0x11, 0.5).idle(0.5);
+    const std::string settings = "baudrate=100000,stop_bits=0.5";
+    const auto whole = Decoded(sender, settings).frames();
+    QCOMPARE(whole.size(), std::size_t(5));
+    for (std::int64_t length = 1; length < sender.now(); ++length) {
+        const Decoded desk(sender, settings, length);
+        QCOMPARE(decoderChecks::faultOf(desk, length), std::string());
+        const auto cut = desk.frames();
+        QCOMPARE(decoderChecks::faultOfCut(cut, whole), std::string());
+        for (std::size_t i = 0; i < whole.size(); ++i) {
+            QCOMPARE(cut.size() > i, length > whole[i].first + 92);
+        }
+    }
+}
+
+void TstUart::theRateIsFoundOfHalfStopBitsAndUncheckedParity()
+{
+    for (const int rate : {1200, 9600, 57600}) {
+        Sender sender(double(sampleRate) / rate);
+        sender.idle(20);
+        Texts expected;
+        for (const char c : std::string("The rate is found from the edges.\r\n")) {
+            std::string bits;
+            for (unsigned i = 0; i < 8; ++i) {
+                bits += (unsigned(c) >> i & 1U) != 0 ? '1' : '0';
+            }
+            sender.raw(bits + (c % 3 == 0 ? "1" : "0"), 0.5);
+            expected.push_back(std::to_string(int(c)));
+        }
+        sender.idle(20);
+        const Decoded desk(sender, "baudrate=0,parity=ignore,stop_bits=0.5");
+        QCOMPARE(desk.message(), "Bit rate found: " + std::to_string(rate) + " bits/s");
+        QCOMPARE(brief(desk), expected);
     }
 }
 
@@ -694,7 +751,8 @@ void TstUart::randomEdgesGiveFramesInOrder()
     for (const std::int64_t mean : {1, 2, 5, 20, 100, 1000}) {
         for (const char *settings :
              {"baudrate=100000", "baudrate=0", "baudrate=20000,parity=odd,stop_bits=2,idle_bits=3",
-              "baudrate=300000,data_bits=5,invert=true"}) {
+              "baudrate=300000,data_bits=5,invert=true", "baudrate=300000,parity=ignore,stop_bits=0.5",
+              "baudrate=0,stop_bits=0.5"}) {
             TestCapture capture(sampleRate, length);
             capture.channel(3, false, decoderChecks::randomEdges(1, mean, length));
             capture.channel(4, true, decoderChecks::randomEdges(2, mean, length));
