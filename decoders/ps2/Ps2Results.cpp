@@ -1,6 +1,7 @@
 #include "Ps2Results.h"
 
 #include "Ps2Keys.h"
+#include "common/MessageExport.h"
 
 using lux::FrameText;
 using lux::FrameValues;
@@ -138,4 +139,44 @@ std::span<const char *const> Ps2Results::columns() const
 {
     static constexpr const char *names[] = {"v", "pe", "fe", "key", "event", "ack", "n"};
     return names;
+}
+
+void Ps2Results::exportFile(lux::ExportWriter &out, std::uint32_t optionId) const
+{
+    if (optionId == Ps2Settings::Keys) {
+        exportKeys(out);
+    } else {
+        exportFrames(out);
+    }
+}
+
+/// A line a key with all bytes of its code, "0.000012 0xE0 0xF0 0x75 Up released", and one for each other byte.
+void Ps2Results::exportKeys(lux::ExportWriter &out) const
+{
+    FrameText text;
+    lux::MessageExport messages(out);
+    const std::uint64_t count = frameCount();
+    for (std::uint64_t i = 0; i < count; ++i) {
+        const FrameData one = frame(i);
+        text.start(FrameText::Purpose::Tabular, Channel(), out.base());
+        const bool isCode = one.kind == Byte && (one.line == Key || one.line == Prefix);
+        if (!isCode || !messages.isOpen()) {
+            messages.begin(one);
+        }
+        if (isCode) {
+            messages.add(one, text.number(one.data, 8));
+        }
+        if (isCode && one.line == Key) {
+            const ShortText meaning = meaningOf(one, text);
+            messages.add(one, meaning.view().empty() ? "unknown" : meaning.view(), errorText(one));
+        } else if (!isCode) {
+            describe(one, text);
+            messages.add(one, text.last());
+        }
+        if (!isCode || one.line == Key) {
+            messages.end();
+        }
+        out.progress(i, count);
+    }
+    messages.end();
 }

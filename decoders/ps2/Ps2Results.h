@@ -36,10 +36,12 @@ protected:
     void describe(const FrameData &frame, lux::FrameText &out) const override;
     void values(const FrameData &frame, lux::FrameValues &out) const override;
     [[nodiscard]] std::span<const char *const> columns() const override;
+    void exportFile(lux::ExportWriter &out, std::uint32_t optionId) const override;
 
 private:
     [[nodiscard]] lux::ShortText meaningOf(const FrameData &frame, const lux::FrameText &out) const;
     void describeByte(const FrameData &frame, lux::FrameText &out) const;
+    void exportKeys(lux::ExportWriter &out) const;
 
     Channel m_data;
     Ps2CodeSet m_codeSet;

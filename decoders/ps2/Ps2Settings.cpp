@@ -8,4 +8,7 @@ Ps2Settings::Ps2Settings()
                {int(Ps2CodeSet::Two), "2", "Set 2", "What keyboards use after power-on"},
                {int(Ps2CodeSet::Three), "3", "Set 3"}},
               Ps2CodeSet::Two)
-{}
+{
+    addExport(Keys, "Keys and commands", "Text file", "txt");
+    addExport(Keys, "Keys and commands", "CSV file", "csv");
+}

@@ -9,6 +9,8 @@ enum class Ps2CodeSet : std::uint8_t { One = 1, Two, Three };
 /// The settings of a PS/2 port.
 class Ps2Settings final : public lux::Settings {
 public:
+    enum Export : std::uint32_t { Keys = 1 };
+
     Ps2Settings();
 
     lux::ChannelSetting clock;

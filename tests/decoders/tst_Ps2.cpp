@@ -150,6 +150,7 @@ private slots:
     void bubblesGoFromShortToLong();
     void markersStandAtClocksAndErrors();
     void framesAreExported();
+    void anExportHasALineAKey();
     void theSimulationIsDecodedAsItWasSent_data();
     void theSimulationIsDecodedAsItWasSent();
     void positionsBehindFourGigasamplesAreExact();
@@ -404,6 +405,28 @@ void TstPs2::markersStandAtClocksAndErrors()
     }
     QCOMPARE(desk.markers(dataChannel).size(), std::size_t(1));
     QVERIFY(desk.markers(dataChannel)[0].type == MarkerType::ErrorX);
+}
+
+void TstPs2::anExportHasALineAKey()
+{
+    Wire wire;
+    wire.keyboard(0x1c).keyboard(0xe0).keyboard(0xf0).keyboard(0x75).command(0xed).keyboard(0xfa).command(0x02);
+    wire.keyboard(0xe0).send(Wire::bitsOf(0x75) ^ 1U << 9).keyboard(0xe0).send(Wire::bitsOf(0x75), 5).keyboard(0x75);
+    const Decoded desk(wire);
+    QTemporaryDir folder;
+    const std::string path = folder.filePath(QStringLiteral("out")).toStdString();
+    QStringList got = QString::fromStdString(decoderChecks::exported(desk, path + ".txt", Ps2Settings::Keys))
+                          .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (QString &line : got) {
+        line = line.section(QLatin1Char(' '), 1); // without the time
+    }
+    const char *expected = "0x1C A pressed|0xE0 0xF0 0x75 Up released|Host: Set LEDs (0xED)|ACK (0xFA)|"
+                           "Host: LEDs: Num Lock (0x02)|0xE0 0x75 unknown, parity error|0xE0|Cut after 5 clocks|"
+                           "0x75 Up pressed";
+    QCOMPARE(got.join(QLatin1Char('|')), QString::fromLatin1(expected));
+    const std::string csv = decoderChecks::exported(desk, path + ".csv", Ps2Settings::Keys);
+    QVERIFY2(csv.starts_with("time_s,first_sample,last_sample,text\n"), csv.c_str());
+    QVERIFY2(csv.find(",0xE0 0xF0 0x75 Up released\n") != std::string::npos, csv.c_str());
 }
 
 void TstPs2::framesAreExported()
