@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BusLines.h"
+#include "MessageExport.h"
 
 #include <algorithm>
 #include <corvanlux/analyzer/Decoder.h>
@@ -73,6 +74,7 @@ public:
         add(WrittenData, "Written data", "Binary file", "bin");
         add(ReadData, "Read data", "Binary file", "bin");
         add(Commands, "Commands with their data", "Text file", "txt");
+        add(Commands, "Commands with their data", "CSV file", "csv");
     }
 
 protected:
@@ -149,21 +151,18 @@ private:
     {
         FrameText numbers;
         numbers.start(FrameText::Purpose::Tabular, Channel(), out.base());
+        MessageExport messages(out);
         const std::uint64_t count = frameCount();
         for (std::uint64_t i = 0; i < count; ++i) {
             const FrameData one = frame(i);
             const bool isCommand = m_hasSelect && one.kind == Write && (one.flags & Data) == 0;
             if (i == 0 || isCommand) {
-                out.write(i == 0 ? "" : "\n");
-                out.write(out.seconds(one.firstSample));
+                messages.begin(one);
             }
-            out.write(one.kind == Write ? " " : one.kind == Read ? " <" : " !");
-            out.write(numbers.number(one.data, m_width));
+            messages.add(one, one.kind == Write ? "" : one.kind == Read ? "<" : "!", numbers.number(one.data, m_width));
             out.progress(i, count);
         }
-        if (count > 0) {
-            out.write("\n");
-        }
+        messages.end();
     }
 
     unsigned m_width;
@@ -180,17 +179,19 @@ public:
     [[nodiscard]] BusLines &data() { return m_data; }
     /// Adds the access, unless it is one of another device.
     /// @param first  of the strobe @param end  the sample of the edge that ends it
-    void add(StrobedBusResults &results, Sample first, Sample end, StrobedBusResults::Kind kind)
+    /// @return false when it is
+    bool add(StrobedBusResults &results, Sample first, Sample end, StrobedBusResults::Kind kind)
     {
         const Sample taken = end - 1;
         if (m_select.exists() && m_select.levelAt(taken) != m_activeHigh) {
-            return;
+            return false;
         }
         results.add({.firstSample = first,
                      .lastSample = end,
                      .data = m_data.at(taken),
                      .kind = kind,
                      .flags = std::uint16_t(m_registerSelect.levelAt(taken) ? StrobedBusResults::Data : 0)});
+        return true;
     }
 
 private:

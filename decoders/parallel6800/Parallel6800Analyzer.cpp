@@ -21,9 +21,10 @@ void Parallel6800Analyzer::decode()
     while (enable.hasEdge()) {
         if (enable.advance()) {
             const bool isRead = direction.levelAt(enable.end() - 1);
-            bus.add(results(), enable.first(), enable.end(),
-                    isRead ? StrobedBusResults::Read : StrobedBusResults::Write);
-            results().mark(m_settings.e, enable.end(), arrow);
+            const auto kind = isRead ? StrobedBusResults::Read : StrobedBusResults::Write;
+            if (bus.add(results(), enable.first(), enable.end(), kind)) {
+                results().mark(m_settings.e, enable.end(), arrow);
+            }
         }
     }
 }

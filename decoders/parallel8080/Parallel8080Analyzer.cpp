@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+using lux::Sample;
 using lux::Strobe;
 using lux::StrobedBus;
 using lux::StrobedBusResults;
@@ -26,14 +27,16 @@ void Parallel8080Analyzer::decode()
         const Strobe &other = isWrite ? read : write;
         if (!strobe.advance()) {
             isClash = isClash || other.isActive();
-        } else if (!isClash) {
-            bus.add(results(), strobe.first(), strobe.end(),
-                    isWrite ? StrobedBusResults::Write : StrobedBusResults::Read);
-            results().mark(isWrite ? m_settings.wr : m_settings.rd, strobe.end(), arrow);
-        } else if (!other.isActive()) {
+        } else if (!isClash || !other.isActive()) {
+            const Sample first = isClash ? std::min(strobe.first(), other.first()) : strobe.first();
+            const auto kind = isClash   ? StrobedBusResults::Clash
+                              : isWrite ? StrobedBusResults::Write
+                                        : StrobedBusResults::Read;
+            if (bus.add(results(), first, strobe.end(), kind)) {
+                results().mark(isWrite ? m_settings.wr : m_settings.rd, strobe.end(),
+                               isClash ? MarkerType::ErrorX : arrow);
+            }
             isClash = false;
-            bus.add(results(), std::min(strobe.first(), other.first()), strobe.end(), StrobedBusResults::Clash);
-            results().mark(isWrite ? m_settings.wr : m_settings.rd, strobe.end(), MarkerType::ErrorX);
         }
     }
 }

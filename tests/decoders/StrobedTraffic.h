@@ -72,6 +72,11 @@ inline std::string faultOfExports(const DecodeDesk &desk, const std::string &pat
     if (text.find(" 0x2A 0x01 <0xEF <0x55\n") == std::string::npos || text.find(" 0x2C 0x41\n") == std::string::npos) {
         return text;
     }
+    const std::string lines = decoderChecks::exported(desk, path + ".csv", Results::Commands);
+    if (!lines.starts_with("time_s,first_sample,last_sample,text\n") ||
+        lines.find(",0x2A 0x01 <0xEF <0x55\n") == std::string::npos) {
+        return lines;
+    }
     return csv.find(",write,0,42,Write command 0x2A") == std::string::npos ? csv : std::string();
 }
 

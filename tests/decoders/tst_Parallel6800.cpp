@@ -99,7 +99,10 @@ void TstParallel6800::accessesOfOtherDevicesAreNone()
     Host host;
     host.wait(10);
     host.write(false, 1).select(true).write(false, 2).select(false).write(false, 3).read(true, 4);
-    QCOMPARE(Desk(host, lines).summaries(), Texts{"write rs=0 v=2"});
+    const Desk desk(host, lines);
+    QCOMPARE(desk.summaries(), Texts{"write rs=0 v=2"});
+    QCOMPARE(desk.markers(e).size(), std::size_t(1));
+    QCOMPARE(desk.markers(e)[0].sample, std::uint64_t(host.ends[1]));
     QCOMPARE(Desk(host, with("cs_polarity=high")).summaries(),
              (Texts{"write rs=0 v=1", "write rs=0 v=3", "read rs=1 v=4"}));
 }

@@ -100,7 +100,11 @@ void TstParallel8080::accessesOfOtherDevicesAreNone()
     Host host;
     host.wait(10);
     host.write(false, 1).select(true).write(false, 2).select(false).write(false, 3).read(true, 4);
-    QCOMPARE(Desk(host, lines).summaries(), Texts{"write rs=0 v=2"});
+    const Desk desk(host, lines);
+    QCOMPARE(desk.summaries(), Texts{"write rs=0 v=2"});
+    QCOMPARE(desk.markers(wr).size(), std::size_t(1));
+    QCOMPARE(desk.markers(wr)[0].sample, std::uint64_t(desk.frame(0).last));
+    QVERIFY(desk.markers(rd).empty());
     QCOMPARE(Desk(host, with("cs_polarity=high")).summaries(),
              (Texts{"write rs=0 v=1", "write rs=0 v=3", "read rs=1 v=4"}));
 }
@@ -160,6 +164,7 @@ void TstParallel8080::bothStrobesAtOnceAreAClash()
     QCOMPARE(desk.frame(1).last, last);
     QCOMPARE(desk.frame(2).summary(), std::string("read rs=1 v=2"));
     QCOMPARE(desk.markers(rd).at(0).type, MarkerType::ErrorX);
+    QVERIFY(Desk(host, with("cs_polarity=high")).markers(rd).empty()); // one of other devices
 }
 
 void TstParallel8080::aCutBeginShowsTheAccess()
