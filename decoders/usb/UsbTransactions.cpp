@@ -101,6 +101,7 @@ void UsbTransactions::control()
         Transfer &transfer = m_transfers[m_parts.address];
         std::copy(m_data.begin(), m_data.end(), transfer.setup.begin());
         transfer.data.clear();
+        transfer.dataPid = m_parts.dataPid;
         m_parts.stage = UsbResults::Stage::Setup;
         return;
     }
@@ -113,7 +114,10 @@ void UsbTransactions::control()
     const bool hasData = usb::lengthOf(transfer.setup) > 0;
     if (hasData && isIn == usb::isDeviceToHost(transfer.setup)) {
         m_parts.stage = UsbResults::Stage::Data;
-        if (transfer.data.size() + m_data.size() <= mostData) {
+        // Data is sent again with the same PID when its acknowledgement is lost: the receiver has it then (8.6.4).
+        const bool isRepeated = m_parts.dataPid == transfer.dataPid;
+        transfer.dataPid = m_parts.dataPid;
+        if (!isRepeated && transfer.data.size() + m_data.size() <= mostData) {
             transfer.data.insert(transfer.data.end(), m_data.begin(), m_data.end());
         }
         return;

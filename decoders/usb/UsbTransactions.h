@@ -32,6 +32,7 @@ private:
     struct Transfer {
         std::array<std::uint8_t, 8> setup{};
         std::vector<std::uint8_t> data;
+        std::uint8_t dataPid = 0; ///< of the last data packet, the SETUP's to begin with
     };
     static constexpr std::size_t mostData = 65536;
 

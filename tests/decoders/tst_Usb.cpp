@@ -210,6 +210,7 @@ private slots:
     void transactionsHoldTheirPackets();
     void anAnswerThatComesTooLateIsNone();
     void controlTransfersTellTheirRequest();
+    void dataThatIsSentAgainCountsOnce();
     void requestsHaveTheirNames_data();
     void requestsHaveTheirNames();
     void configurationsTellWhatIsInThem();
@@ -570,6 +571,26 @@ void TstUsb::controlTransfersTellTheirRequest()
     noData.token(0x69, 0).data(0x4b, {}).handshake(0xd2).idle(40);
     QCOMPARE(Decoded(noData).transactions(),
              (Texts{"SETUP 0x00.0x0, ACK: SET_ADDRESS 0x0D", "IN 0x00.0x0, ACK: end of SET_ADDRESS 0x0D"}));
+}
+
+/// The host's acknowledgement of the first packet has not reached the device.
+void TstUsb::dataThatIsSentAgainCountsOnce()
+{
+    Wire wire;
+    wire.idle(20).token(0x2d, 5).data(0xc3, {0x80, 6, 0, 1, 0, 0, 18, 0}).handshake(0xd2).idle(40);
+    const auto part = [](int from, int to) {
+        return Bytes(deviceDescriptor.begin() + from, deviceDescriptor.begin() + to);
+    };
+    for (const auto &[pid, bytes] : {std::pair(0x4b, part(0, 8)), std::pair(0x4b, part(0, 8)),
+                                     std::pair(0xc3, part(8, 16)), std::pair(0x4b, part(16, 18))}) {
+        wire.token(0x69, 5).data(std::uint8_t(pid), bytes).handshake(0xd2).idle(40);
+    }
+    wire.token(0xe1, 5).data(0x4b, {}).handshake(0xd2).idle(40);
+    const Texts got = Decoded(wire).transactions();
+    QCOMPARE(got.size(), std::size_t(6));
+    QCOMPARE(got.back(),
+             std::string("OUT 0x05.0x0, ACK: end of GET_DESCRIPTOR Device 0, 18 bytes: USB 1.10, class 0x00, "
+                         "vendor 0x1234, product 0x5678"));
 }
 
 void TstUsb::requestsHaveTheirNames_data()
