@@ -114,6 +114,14 @@ void ModbusAnalyzer::addNext(const Direction &direction, Request &request)
     request.isOpen = false;
 }
 
+/// A read of three bytes is as long as its request, which is sent again when nobody answers: its count tells them
+/// apart.
+std::uint32_t ModbusAnalyzer::bytesAsked(const ModbusFrame &frame, const Request &request)
+{
+    const std::uint32_t count = request.words & 0xffffU;
+    return frame.isReadOfBits() ? (count + 7) / 8 : 2 * count;
+}
+
 /// By the line where its sender is set; else by the request that waits for an answer, and by the form.
 bool ModbusAnalyzer::isResponse(const ModbusFrame &frame, ModbusResults::Line line, const Request &request) const
 {
@@ -126,5 +134,5 @@ bool ModbusAnalyzer::isResponse(const ModbusFrame &frame, ModbusResults::Line li
     const bool hasBoth = m_settings.rx.isDefined() && m_settings.tx.isDefined();
     const bool isExpected = request.isOpen && request.unit == frame.unit() && request.function == frame.function() &&
                             !(hasBoth && request.line == line);
-    return isExpected && frame.mayBeResponse();
+    return isExpected && frame.mayBeResponse() && (!frame.isRead() || frame.data()[0] == bytesAsked(frame, request));
 }

@@ -42,6 +42,7 @@ private:
     void addDirection(std::vector<Direction> &all, ModbusResults::Line number, const lux::BitGrid &grid);
     void findNext(Direction &direction);
     void addNext(const Direction &direction, Request &request);
+    [[nodiscard]] static std::uint32_t bytesAsked(const ModbusFrame &frame, const Request &request);
     [[nodiscard]] bool isResponse(const ModbusFrame &frame, ModbusResults::Line line, const Request &request) const;
 
     std::uint32_t m_sent = 0; ///< frames of the simulation

@@ -101,6 +101,7 @@ private slots:
     void asciiFramesMayBreakOff();
     void anAsciiFrameMayWaitForASecond();
     void requestsAndResponsesAreToldApart();
+    void aRequestThatIsSentAgainIsNoResponse();
     void theRoleTellsWhatALineHas();
     void twoLinesComeInTheOrderOfTime();
     void aResponseKnowsItsRequest();
@@ -293,6 +294,17 @@ void TstModbus::requestsAndResponsesAreToldApart()
     QCOMPARE(valuesOf(Decoded(sender, rate), "side"),
              (Texts{"request", "response", "request", "response", "request", "response", "request", "request",
                     "response", "request", "request"}));
+}
+
+/// One that begins with address 0x03xx looks like three bytes of a response.
+void TstModbus::aRequestThatIsSentAgainIsNoResponse()
+{
+    const Decoded registers(sent({{1, 3, 3, 5, 0, 2}, {1, 3, 3, 5, 0, 2}, {1, 3, 4, 1, 2, 3, 4}}), rate);
+    QCOMPARE(valuesOf(registers, "side"), (Texts{"request", "request", "response"}));
+    const Decoded coils(sent({{1, 1, 3, 5, 0, 9}, {1, 1, 3, 5, 0, 9}, {1, 1, 2, 1, 1}}), rate);
+    QCOMPARE(valuesOf(coils, "side"), (Texts{"request", "request", "response"}));
+    const Decoded answered(sent({{1, 1, 0, 5, 0, 17}, {1, 1, 3, 0xff, 0xff, 1}, {1, 1, 0, 5, 0, 17}}), rate);
+    QCOMPARE(valuesOf(answered, "side"), (Texts{"request", "response", "request"}));
 }
 
 void TstModbus::theRoleTellsWhatALineHas()
