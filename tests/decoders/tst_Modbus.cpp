@@ -97,6 +97,7 @@ private slots:
     void fastLinesHaveTheirOwnSilence();
     void charactersThatAreTooFewAreAnError();
     void errorsOfCharactersAreTold();
+    void anIgnoredParityBitIsNoError();
     void asciiFramesEndWithTheirLine();
     void asciiFramesMayBreakOff();
     void anAsciiFrameMayWaitForASecond();
@@ -226,6 +227,26 @@ void TstModbus::errorsOfCharactersAreTold()
     AsyncSender framing(bit);
     framing.idle(50).byte(2).byte(7).byte(0x41).byte(0x12, 0).low(1).idle(50);
     QCOMPARE(Decoded(framing, rate).frame(0).value("fe"), std::string("1"));
+}
+
+void TstModbus::anIgnoredParityBitIsNoError()
+{
+    AsyncSender sender(bit);
+    sender.idle(50);
+    bool parity = false;
+    for (const unsigned byte : withCrc({1, 6, 0, 1, 0, 9})) {
+        std::string bits;
+        for (unsigned i = 0; i < 8; ++i) {
+            bits += (byte >> i & 1U) != 0 ? '1' : '0';
+        }
+        sender.raw(bits + (parity ? "1" : "0"));
+        parity = !parity;
+    }
+    sender.idle(50);
+    const Decoded desk(sender, rate + ",parity=ignore");
+    QCOMPARE(valuesOf(desk, "crc"), Texts{"1"});
+    QCOMPARE(valuesOf(desk, "pe"), Texts{"(absent)"});
+    QCOMPARE(valuesOf(Decoded(sender, rate + ",parity=even"), "pe"), Texts{"1"});
 }
 
 void TstModbus::asciiFramesEndWithTheirLine()

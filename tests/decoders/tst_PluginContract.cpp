@@ -203,11 +203,10 @@ void TstPluginContract::valuesAreTakenInTheSpellingsOfTheField_data()
         row(plugin, "stop_bits=1 1.0", "1");
         row(plugin, "stop_bits=2 2.0", "2");
         row(plugin, "stop_bits=4 8 0.25", "");
+        row(plugin, "parity=ignore ignored Ignore", "ignore");
         row(plugin, "parity=0 1 2", "");
     }
-    row("UART", "parity=ignore ignored Ignore", "ignore");
     row("UART", "stop_bits=0.5 .5 0.50", "0.5");
-    row("Modbus", "parity=ignore", "");
     row("Modbus", "stop_bits=0.5", "");
     for (const char *plugin : {"SPI", "Parallel8080", "Parallel6800"}) {
         row(plugin, "cs_polarity=low active-low 0", "low");
