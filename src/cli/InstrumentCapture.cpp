@@ -290,7 +290,7 @@ int InstrumentCapture::keep(int number)
     if (code == Terminal::good && m_manager) {
         code = decode(path);
     }
-    return code == Terminal::good && m_isStopped ? int(Terminal::interrupted) : code;
+    return code;
 }
 
 int InstrumentCapture::save(const QString &path) const

@@ -1,5 +1,6 @@
 // "luxcli capture" in process: what ends it early, and what keeps it from a capture.
 
+#include "device/DevRequests.h"
 #include "emulator/CaptureCommandDesk.h"
 #include "platform/UsbPlatformEmulated.h"
 #include "support/FakeUsb.h"
@@ -52,6 +53,7 @@ private slots:
     void aTriggerThatDoesNotComeLeavesNoFile_data();
     void aTriggerThatDoesNotComeLeavesNoFile();
     void settingsReachTheInstrumentAndTheFile();
+    void theInstrumentIsSwitchedOffAtTheEnd();
     void anotherModelIsRefused();
     void whatTheModelHasNotIsWrongUsage_data();
     void whatTheModelHasNotIsWrongUsage();
@@ -133,6 +135,17 @@ void TstCaptureCommand::settingsReachTheInstrumentAndTheFile()
                entry.data.at(0) == std::uint8_t(vth.threshold & 0xFF);
     });
     QVERIFY(isSent);
+}
+
+void TstCaptureCommand::theInstrumentIsSwitchedOffAtTheEnd()
+{
+    Desk desk;
+    QVERIFY(desk.add(8));
+    QCOMPARE(desk.capture(QStringLiteral("-o OUT --depth 20k")), 0);
+    const auto sent = desk.road->bus().with([](emulator::Instrument &i) { return i.log().entries(); });
+    QVERIFY(!sent.empty());
+    QCOMPARE(int(sent.back().setup.request), int(devRequest::fpgaSwitch));
+    QCOMPARE(int(sent.back().setup.value), int(devRequest::fpgaOff));
 }
 
 void TstCaptureCommand::anotherModelIsRefused()
