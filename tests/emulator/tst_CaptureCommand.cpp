@@ -8,6 +8,12 @@
 #include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTemporaryFile>
+
+#include <cstdio>
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -32,6 +38,47 @@ bool isWaiting()
     constexpr int waiting = 2;
     return gDev != nullptr && gDev->isCapturing() && gDev->smpSta.load() == waiting;
 }
+
+/// The standard error goes into a file as long as this lives.
+class ErrorFile {
+public:
+    ErrorFile() : m_good(m_file.open())
+    {
+#ifdef Q_OS_UNIX
+        std::fflush(stderr);
+        m_before = dup(STDERR_FILENO);
+        m_good = m_good && dup2(m_file.handle(), STDERR_FILENO) >= 0;
+#else
+        m_good = false;
+#endif
+    }
+    ~ErrorFile()
+    {
+#ifdef Q_OS_UNIX
+        std::fflush(stderr);
+        dup2(m_before, STDERR_FILENO);
+        close(m_before);
+#endif
+    }
+    ErrorFile(const ErrorFile &) = delete;
+    ErrorFile &operator=(const ErrorFile &) = delete;
+
+    [[nodiscard]] bool isGood() const
+    {
+        return m_good;
+    }
+    [[nodiscard]] QByteArray read()
+    {
+        std::fflush(stderr);
+        m_file.seek(0);
+        return m_file.readAll();
+    }
+
+private:
+    QTemporaryFile m_file;
+    bool m_good;
+    [[maybe_unused]] int m_before = -1;
+};
 
 int captureOn(std::unique_ptr<UsbPlatform> platform, const QString &path)
 {
@@ -248,6 +295,7 @@ void TstCaptureCommand::oneThatCannotBeOpenedIsTold()
     FakeUsb clean;
     clean.devices = {FakeUsbDevice{}};
     (void)surveyInstruments(clean);
+    ErrorFile errors;
     for (int at = 1; at <= clean.operations; ++at) {
         auto usb = std::make_unique<FakeUsb>();
         usb->devices = {FakeUsbDevice{}};
@@ -256,6 +304,11 @@ void TstCaptureCommand::oneThatCannotBeOpenedIsTold()
         usb->failWith = {UsbError::Refused, 3};
         QCOMPARE(captureOn(std::move(usb), path), 1);
         QVERIFY(!QFileInfo::exists(path));
+    }
+    if (errors.isGood()) {
+        const QByteArray told = errors.read();
+        QVERIFY2(told.contains(": no right to open it: the udev rule 60-corvanlux.rules"), told);
+        QVERIFY2(told.contains(": another program uses it\n"), told);
     }
 }
 
