@@ -70,14 +70,14 @@ public:
     std::int64_t lowestBudget = ampleMemory;
 
     [[nodiscard]] bool isOpen() const override { return true; }
-    void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
+    void setCallback(InterfaceDevCallback * /*receiver*/) override {}
     void breakOffStream() override {}
-    [[nodiscard]] int readStream(std::int32_t) override
+    [[nodiscard]] int readStream(std::int32_t, InterfaceDevCallback &receiver) override
     {
         std::deque<SmpChunk> queued;
         queued.push_back(SmpChunk::take(chunkBytes));
         queued.push_back(SmpChunk::take(chunkBytes));
-        m_receiver->onStart();
+        receiver.onStart();
         for (std::int64_t at = 0; at < m_total && !m_device.stopped;) {
             SmpChunk chunk = std::move(queued.front());
             queued.pop_front();
@@ -87,7 +87,7 @@ public:
                 chunk.bytes()[pulseAt - at] = 0xFF;
             }
             at += std::int64_t(length);
-            m_receiver->onData(std::move(chunk), std::int32_t(length));
+            receiver.onData(std::move(chunk), std::int32_t(length));
             queued.push_back(SmpChunk::take(chunkBytes));
             lowestBudget = std::min(lowestBudget, memBudget.load());
         }
@@ -98,7 +98,6 @@ private:
     Device &m_device;
     const Bytes &m_source;
     std::int64_t m_total;
-    InterfaceDevCallback *m_receiver = nullptr;
 };
 
 /// One capture of a quiet stream: a trigger comes after `waitBytes`, then the depth fills.

@@ -167,7 +167,7 @@ void SmpCtrlStorage::readBack()
         endWithoutData(smpError::noMemory, 0);
         return;
     }
-    const int result = m_transport->readStream(window->size);
+    const int result = m_transport->readStream(window->size, *this);
     if (m_recvBytes != window->size && !isGivenUp()) {
         m_host.endErr.store(std::uint32_t(result != 0 ? result : smpError::endedEarly), std::memory_order_release);
     }

@@ -39,7 +39,7 @@ void SmpCtrlTransfer::work()
         endWithoutData(smpError::noMemory, 0);
         return;
     }
-    endRun(m_transport->readStream(0));
+    endRun(m_transport->readStream(0, *this));
 }
 
 bool SmpCtrlTransfer::isGivenUp() const

@@ -14,7 +14,7 @@ class SmpTransport {
 public:
     /// What readStream() answers.
     static constexpr int runEnded = smpError::none; ///< the limit was reached, or the device was done (a short read)
-    static constexpr int runNotOpen = smpError::notOpen; ///< no device is open, or nobody receives
+    static constexpr int runNotOpen = smpError::notOpen; ///< no device is open, or the receiver is not set (any more)
     static constexpr int runFailed = smpError::timedOut; ///< nothing came for 2800 ms, a read failed or came back empty
     static constexpr int runNoMemory = smpError::noMemory; ///< the memory budget is spent, or no run can be made
 
@@ -31,11 +31,13 @@ public:
     /// that were received before a failure have been handed over; the others are freed and credited. However it ended,
     /// the pipe is left clean, and another run may follow at once. Stopping the device is the caller's matter.
     /// One run at a time: a second one answers runNoMemory. Any thread.
-    /// @param limit  bytes after which the run ends, also beyond a buffer's end (a last buffer comes whole); 0 for
-    ///               reading until the device sends less than it was asked for. Below 0 counts as reached by the first
-    ///               buffer.
+    /// @param limit     bytes after which the run ends, also beyond a buffer's end (a last buffer comes whole); 0 for
+    ///                  reading until the device sends less than it was asked for. Below 0 counts as reached by the
+    ///                  first buffer.
+    /// @param receiver  who asks for the run, as set by setCallback(). Once another one is set, nothing is read: a
+    ///                  capture that is being left must not read for the device object that has taken its place
     /// @return one of the four answers above
-    [[nodiscard]] virtual int readStream(std::int32_t limit) = 0;
+    [[nodiscard]] virtual int readStream(std::int32_t limit, InterfaceDevCallback &receiver) = 0;
 
     /// Ends the run that is under way now, with runFailed: for a device that has fallen silent, or whose data nobody
     /// wants any more. What the device has still to send is lost. A run that begins later is not touched. Any thread,

@@ -113,11 +113,10 @@ UsbTransport::Slots UsbTransport::takeSlots()
     return std::exchange(m_slots, Slots{});
 }
 
-int UsbTransport::readStream(std::int32_t limit)
+int UsbTransport::readStream(std::int32_t limit, InterfaceDevCallback &receiver)
 {
     const std::shared_ptr<UsbLink> held = link();
-    InterfaceDevCallback *const receiver = callback.load(std::memory_order_acquire);
-    if (!held || receiver == nullptr) {
+    if (!held || callback.load(std::memory_order_acquire) != &receiver) {
         return runNotOpen;
     }
     Slots taken = takeSlots();
@@ -125,7 +124,7 @@ int UsbTransport::readStream(std::int32_t limit)
         return runNoMemory;
     }
     held->startRun();
-    const int result = UsbReadRun(*held, taken, *receiver, chunkSize, limit).run();
+    const int result = UsbReadRun(*held, taken, receiver, chunkSize, limit).run();
     const std::lock_guard lock(m_mutex);
     m_slots = std::move(taken);
     return result;

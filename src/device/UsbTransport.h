@@ -91,7 +91,7 @@ public:
     // ---- any thread -------------------------------------------------------------------------------------------------
 
     [[nodiscard]] bool isOpen() const override { return deviceOpen.load(std::memory_order_acquire) != 0; }
-    [[nodiscard]] int readStream(std::int32_t limit) override;
+    [[nodiscard]] int readStream(std::int32_t limit, InterfaceDevCallback &receiver) override;
     void breakOffStream() override;
 
     /// One vendor request to the device (request type 0x40). Blocks for at most 2 s.

@@ -73,11 +73,11 @@ void fillStream(PluggedIn &desk)
 class SilentBulk final : public SmpTransport {
 public:
     [[nodiscard]] bool isOpen() const override { return true; }
-    void setCallback(InterfaceDevCallback *receiver) override { m_receiver = receiver; }
+    void setCallback(InterfaceDevCallback * /*receiver*/) override {}
     void breakOffStream() override { m_brokenOff = true; }
-    [[nodiscard]] int readStream(std::int32_t) override
+    [[nodiscard]] int readStream(std::int32_t, InterfaceDevCallback &receiver) override
     {
-        m_receiver->onStart();
+        receiver.onStart();
         while (!m_brokenOff) {
             std::this_thread::yield();
         }
@@ -86,7 +86,6 @@ public:
 
 private:
     std::atomic<bool> m_brokenOff{false};
-    InterfaceDevCallback *m_receiver = nullptr;
 };
 
 } // namespace

@@ -42,7 +42,7 @@ Pass passOver(UsbDesk &desk, std::int32_t limit)
         }
     };
     desk.usb->reads = {FakeRead::full(), FakeRead::full(), FakeRead::full(), FakeRead::of(limit == 0 ? 500 : 1000)};
-    pass.run = desk.transport->readStream(limit);
+    pass.run = desk.transport->readStream(limit, desk.receiver);
     askAll(desk, pass);
     desk.transport->refresh();
     pass.inOrder = desk.receiver.inOrder;
@@ -149,7 +149,7 @@ void TstUsbFaults::theDeviceMayGoBeforeEveryOperation()
         desk.transport->refresh(); // for the message that the last operation was too late to see
         QVERIFY2(!desk.transport->isOpen(), where);
         QVERIFY2(desk.usb->allFreed(), where);
-        QCOMPARE(desk.transport->readStream(limit), 1);
+        QCOMPARE(desk.transport->readStream(limit, desk.receiver), 1);
 
         desk.usb->plug(FakeUsbDevice{});
         QVERIFY2(isSound(passOver(desk, limit)), where);
@@ -188,7 +188,7 @@ void TstUsbFaults::requestsAndARunMayMeetAnUnplugOnAnotherThread()
             ++buffers;
         };
         int run = -1;
-        std::thread capture([&] { run = desk.transport->readStream(0); });
+        std::thread capture([&] { run = desk.transport->readStream(0, desk.receiver); });
         std::atomic<bool> asked{false};
         std::thread asker([&] {
             std::uint8_t data[2] = {};

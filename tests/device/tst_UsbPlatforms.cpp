@@ -1,3 +1,4 @@
+#include "device/UsbDesk.h"
 #include "device/UsbIds.h"
 #include "device/UsbPlatformNone.h"
 #include "device/UsbPlatforms.h"
@@ -30,7 +31,9 @@ void TstUsbPlatforms::withoutAPlatformNothingIsFoundAndNothingIsTold()
     QVERIFY(!transport.isOpen());
     QVERIFY(!transport.registerHotplug(1));
     QCOMPARE(transport.controlOut(0x20, 0, 0, {}), 1);
-    QCOMPARE(transport.readStream(0), 1);
+    UsbReceiver receiver;
+    transport.setCallback(&receiver);
+    QCOMPARE(transport.readStream(0, receiver), 1);
 }
 
 void TstUsbPlatforms::onlyOurProductsAreInstruments_data()

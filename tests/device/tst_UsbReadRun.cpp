@@ -31,6 +31,7 @@ private slots:
     void cleanup() { blockRefusal = nullptr; }
 
     void withoutADeviceOrAReceiverNothingIsRead();
+    void whoDoesNotReceiveAnyMoreReadsNothing();
     void withoutBothReadSlotsNothingIsRead_data();
     void withoutBothReadSlotsNothingIsRead();
     void withoutMemoryForTwoBuffersNothingIsRead_data();
@@ -80,13 +81,26 @@ private slots:
 void TstUsbReadRun::withoutADeviceOrAReceiverNothingIsRead()
 {
     UsbDesk desk(noDevice);
-    QCOMPARE(desk.transport->readStream(0), 1);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 1);
     desk.usb->devices = {FakeUsbDevice{}};
     QVERIFY(desk.open());
     desk.transport->setCallback(nullptr);
-    QCOMPARE(desk.transport->readStream(0), 1);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 1);
     QCOMPARE(desk.usb->count("queueRead"), 0);
     QCOMPARE(memBudget.load(), UsbDesk::budget);
+}
+
+void TstUsbReadRun::whoDoesNotReceiveAnyMoreReadsNothing()
+{
+    UsbDesk desk;
+    QVERIFY(desk.open(1000));
+    desk.usb->reads = {FakeRead::of(7)};
+    UsbReceiver former;
+    QCOMPARE(desk.transport->readStream(0, former), 1);
+    QCOMPARE(desk.usb->count("queueRead"), 0);
+    QVERIFY(desk.receiver.lengths.empty()); // nor does the one that receives now
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
+    QCOMPARE(desk.receiver.lengths, Lengths{7});
 }
 
 void TstUsbReadRun::withoutBothReadSlotsNothingIsRead_data()
@@ -100,10 +114,10 @@ void TstUsbReadRun::withoutBothReadSlotsNothingIsRead()
 {
     QFETCH(int, refused);
     UsbDesk desk({FakeUsbDevice{}}, {std::uint8_t(refused)});
-    QCOMPARE(desk.transport->readStream(0), 1); // a missing device is told first
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 1); // a missing device is told first
     QVERIFY(desk.open());
-    QCOMPARE(desk.transport->readStream(0), 4);
-    QCOMPARE(desk.transport->readStream(0), 4);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 4);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 4);
     QCOMPARE(desk.usb->count("queueRead"), 0);
     QCOMPARE(memBudget.load(), UsbDesk::budget);
 }
@@ -129,7 +143,7 @@ void TstUsbReadRun::withoutMemoryForTwoBuffersNothingIsRead()
     if (!byBudget) {
         refuseFrom(allocation);
     }
-    QCOMPARE(desk.transport->readStream(0), 4);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 4);
     QCOMPARE(memBudget.load(), start);
     QCOMPARE(desk.usb->count("queueRead"), 0);
     QCOMPARE(desk.receiver.starts, 0);
@@ -144,7 +158,7 @@ void TstUsbReadRun::twoReadsAreQueuedBeforeTheDeviceIsStarted()
         QCOMPARE(desk.usb->count("waitRead 2800"), 0);
     };
     desk.usb->reads = {FakeRead::of(10)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.starts, 1);
 }
 
@@ -153,7 +167,7 @@ void TstUsbReadRun::anUnlimitedRunEndsWithTheFirstShortRead()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::full(), FakeRead::full(), FakeRead::full(), FakeRead::of(999), FakeRead::full()};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 1000, 999}));
     QVERIFY(desk.receiver.inOrder);
     QCOMPARE(desk.usb->reads.size(), std::size_t(1));
@@ -167,7 +181,7 @@ void TstUsbReadRun::anUnlimitedRunThatEndsWithAWholeReadEndsByTheTimeOut()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::full(), FakeRead::full()};
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000}));
     QCOMPARE(desk.usb->count("waitRead 2800"), 3);
 }
@@ -179,7 +193,7 @@ void TstUsbReadRun::aReadIsPendingAtEachCompletion()
     desk.usb->reads = std::deque<FakeRead>(500, FakeRead::full());
     desk.usb->reads.push_back(FakeRead::of(1));
     desk.receiver.received = [&desk](int) { desk.receiver.chunks.clear(); };
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths.size(), std::size_t(501));
     QVERIFY(desk.receiver.inOrder);
     QCOMPARE(desk.usb->fewestLeft, 1);
@@ -191,7 +205,7 @@ void TstUsbReadRun::theBuffersAreHandedOverWithoutACopy()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::full(), FakeRead::of(3)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.usb->buffers.at(0), desk.receiver.chunks.at(0).bytes());
     QCOMPARE(desk.usb->buffers.at(1), desk.receiver.chunks.at(1).bytes());
 }
@@ -201,7 +215,7 @@ void TstUsbReadRun::aLimitBelowOneReadQueuesOneWholeRead()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::of(600)};
-    QCOMPARE(desk.transport->readStream(600), 0);
+    QCOMPARE(desk.transport->readStream(600, desk.receiver), 0);
     QCOMPARE(desk.usb->readSizes, Sizes{1000});
     QCOMPARE(desk.receiver.lengths, Lengths{600});
     QCOMPARE(desk.usb->count("abortPipe"), 1);
@@ -225,7 +239,7 @@ void TstUsbReadRun::aLimitIsCoveredByWholeReads()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->whenUsedUp = FakeRead::full();
-    QCOMPARE(desk.transport->readStream(limit), 0);
+    QCOMPARE(desk.transport->readStream(limit, desk.receiver), 0);
     QCOMPARE(int(desk.usb->readSizes.size()), reads);
     QCOMPARE(int(desk.receiver.lengths.size()), reads);
     QVERIFY(desk.receiver.inOrder);
@@ -238,7 +252,7 @@ void TstUsbReadRun::shortReadsDoNotEndALimitedRun()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::of(10), FakeRead::of(20), FakeRead::full(), FakeRead::full(), FakeRead::full()};
-    QCOMPARE(desk.transport->readStream(5000), 3); // five reads were asked for and brought 3030 bytes
+    QCOMPARE(desk.transport->readStream(5000, desk.receiver), 3); // five reads were asked for and brought 3030 bytes
     QCOMPARE(desk.receiver.lengths, (Lengths{10, 20, 1000, 1000, 1000}));
 }
 
@@ -247,7 +261,7 @@ void TstUsbReadRun::aLimitedRunToWhichTheDeviceOwesBytesEndsWithoutWaiting()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::of(500)};
-    QCOMPARE(desk.transport->readStream(600), 3);
+    QCOMPARE(desk.transport->readStream(600, desk.receiver), 3);
     QCOMPARE(desk.receiver.lengths, Lengths{500});
     QCOMPARE(desk.usb->count("waitRead 2800"), 1); // no wait for the slot that holds no read
     QCOMPARE(desk.usb->count("abortPipe"), 1);
@@ -260,7 +274,7 @@ void TstUsbReadRun::aLimitedRunThatFallsShortWaitsForTheReadThatIsQueued()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::of(900), FakeRead::full()};
-    QCOMPARE(desk.transport->readStream(1900), 0);
+    QCOMPARE(desk.transport->readStream(1900, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, (Lengths{900, 1000}));
 }
 
@@ -269,7 +283,7 @@ void TstUsbReadRun::aLimitBelowZeroIsReachedByTheFirstBuffer()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->whenUsedUp = FakeRead::full();
-    QCOMPARE(desk.transport->readStream(std::numeric_limits<std::int32_t>::min()), 0);
+    QCOMPARE(desk.transport->readStream(std::numeric_limits<std::int32_t>::min(), desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, Lengths{1000});
 }
 
@@ -277,7 +291,7 @@ void TstUsbReadRun::nothingForTwoPointEightSecondsEndsTheRun()
 {
     UsbDesk desk;
     QVERIFY(desk.open(1000));
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.starts, 1);
     QVERIFY(desk.receiver.lengths.empty());
     QCOMPARE(desk.usb->count("waitRead 2800"), 1);
@@ -302,7 +316,7 @@ void TstUsbReadRun::aFailedOrEmptyReadEndsTheRun()
         UsbDesk desk;
         QVERIFY(desk.open(1000));
         desk.usb->reads = {FakeRead::full(), bad, FakeRead::full()};
-        QCOMPARE(desk.transport->readStream(limit), 3);
+        QCOMPARE(desk.transport->readStream(limit, desk.receiver), 3);
         QCOMPARE(desk.receiver.lengths, Lengths{1000}); // what came before stays
         desk.receiver.chunks.clear();
         QCOMPARE(memBudget.load(), UsbDesk::budget);
@@ -315,7 +329,7 @@ void TstUsbReadRun::aBudgetThatIsSpentMeanwhileEndsTheRun()
     QVERIFY(desk.open(1000));
     memBudget = 2500; // for three buffers: the third is larger than what is left
     desk.usb->whenUsedUp = FakeRead::full();
-    QCOMPARE(desk.transport->readStream(0), 4);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 4);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000}));
     QCOMPARE(memBudget.load(), 500);
     desk.receiver.chunks.clear();
@@ -336,7 +350,7 @@ void TstUsbReadRun::aFirstReadThatCannotBeQueuedEndsTheRunBeforeTheStart()
     QVERIFY(desk.open(1000));
     desk.usb->whenUsedUp = FakeRead::full();
     desk.usb->failAt = desk.usb->operations + read;
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.starts, 0);
     QCOMPARE(desk.usb->count("waitRead 2800"), 0);
     QCOMPARE(desk.usb->count("abortPipe"), 1);
@@ -353,7 +367,7 @@ void TstUsbReadRun::aReadThatCannotBeQueuedLaterStillLetsTheOtherArrive()
             desk.usb->failAt = desk.usb->operations + 1;
         }
     };
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 1000, 1000}));
     QVERIFY(desk.receiver.inOrder);
     QCOMPARE(desk.usb->count("waitRead 2800"), 4);
@@ -368,7 +382,7 @@ void TstUsbReadRun::aNewSizeOfReadsCountsFromTheNextReadOn()
     QVERIFY(desk.open(1000));
     desk.usb->reads = std::deque<FakeRead>(4, FakeRead::full());
     desk.receiver.received = [&desk](int number) { desk.transport->chunkSize = number == 0 ? 3000 : 50; };
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.usb->readSizes, (Sizes{1000, 1000, 3000, 50, 50, 50}));
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 3000, 50}));
     desk.receiver.chunks.clear();
@@ -383,14 +397,14 @@ void TstUsbReadRun::aReadIsShortByTheSizeWithWhichItWasQueued()
     desk.usb->reads = {FakeRead::full(), FakeRead::full(), FakeRead::of(100)};
     desk.receiver.received = [&desk](int) { desk.transport->chunkSize = 100; };
     // The first two came whole though the size is now another; the third, queued with 100, is whole as well.
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 100}));
 
     UsbDesk other;
     QVERIFY(other.open(1000));
     other.usb->reads = {FakeRead::of(500), FakeRead::full()};
     other.receiver.started = [&other] { other.transport->chunkSize = 500; };
-    QCOMPARE(other.transport->readStream(0), 0);
+    QCOMPARE(other.transport->readStream(0, other.receiver), 0);
     QCOMPARE(other.receiver.lengths, Lengths{500});
 }
 
@@ -415,7 +429,7 @@ void TstUsbReadRun::thePipeIsLeftCleanInThisOrder()
     if (end == 3) {
         desk.receiver.started = [] { memBudget = 0; };
     }
-    QTEST(desk.transport->readStream(0), "result");
+    QTEST(desk.transport->readStream(0, desk.receiver), "result");
     const Calls last(desk.usb->calls.end() - 3, desk.usb->calls.end());
     QCOMPARE(last, (Calls{"abortPipe", "flushPipe", "resetPipe"}));
     QVERIFY(desk.usb->misuse.empty());
@@ -426,9 +440,9 @@ void TstUsbReadRun::anotherRunMayFollowAtOnce()
     UsbDesk desk;
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::full(), FakeRead::silence()};
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     desk.usb->reads = {FakeRead::full(), FakeRead::of(7)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 7}));
     QVERIFY(desk.usb->misuse.empty());
 }
@@ -441,7 +455,7 @@ void TstUsbReadRun::requestsMayBeMadeFromTheReceiver()
     int results = 0;
     desk.receiver.started = [&] { results += desk.transport->controlOut(0x30, 0, 0, {}); };
     desk.receiver.received = [&](int) { results += desk.transport->controlOut(0x38, 0, 0, {}); };
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(results, 0);
     QCOMPARE(desk.usb->setups.size(), std::size_t(2));
 }
@@ -452,8 +466,8 @@ void TstUsbReadRun::aRunWithinARunIsRefused()
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::full(), FakeRead::of(1)};
     int inner = -1;
-    desk.receiver.started = [&] { inner = desk.transport->readStream(0); };
-    QCOMPARE(desk.transport->readStream(0), 0);
+    desk.receiver.started = [&] { inner = desk.transport->readStream(0, desk.receiver); };
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(inner, 4);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1}));
 }
@@ -466,7 +480,7 @@ void TstUsbReadRun::theSmallProductIsReadFromItsOwnPipe()
     UsbDesk desk({smallOne});
     QVERIFY(desk.open(1000));
     desk.usb->reads = {FakeRead::of(5)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, Lengths{5});
 }
 
@@ -476,10 +490,10 @@ void TstUsbReadRun::aHaltedPipeEndsOneRunAndServesTheNext()
     QVERIFY(desk.open(1000));
     desk.receiver.received = [&desk](int) { desk.usb->halt(); };
     desk.usb->reads = {FakeRead::full()};
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     desk.receiver.received = nullptr;
     desk.usb->reads = {FakeRead::of(9)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
 }
 
 void TstUsbReadRun::aDeviceThatIsClosedByTheReceiverEndsTheRun()
@@ -492,7 +506,7 @@ void TstUsbReadRun::aDeviceThatIsClosedByTheReceiverEndsTheRun()
             desk.transport->close();
         }
     };
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000}));
     QCOMPARE(desk.usb->count("queueRead"), 3); // none after it was closed
     QVERIFY(desk.usb->allFreed());
@@ -512,7 +526,7 @@ void TstUsbReadRun::aDeviceThatGoesWhileTheRunWaitsEndsItAtOnce()
         std::atomic<bool> waits{false};
         desk.receiver.received = [&waits](int) { waits = true; };
         int result = -1;
-        std::thread run([&] { result = desk.transport->readStream(0); });
+        std::thread run([&] { result = desk.transport->readStream(0, desk.receiver); });
         QTRY_VERIFY(waits);
         if (told) {
             desk.usb->unplug();
@@ -540,7 +554,7 @@ void TstUsbReadRun::aRunThatIsBrokenOffEndsAtOnceAndTheNextOneRuns()
     std::atomic<bool> waits{false};
     desk.receiver.received = [&waits](int) { waits = true; };
     int result = -1;
-    std::thread run([&] { result = desk.transport->readStream(0); });
+    std::thread run([&] { result = desk.transport->readStream(0, desk.receiver); });
     QTRY_VERIFY(waits);
     desk.transport->breakOffStream();
     run.join();
@@ -549,7 +563,7 @@ void TstUsbReadRun::aRunThatIsBrokenOffEndsAtOnceAndTheNextOneRuns()
     QCOMPARE(desk.receiver.lengths, Lengths{1000});
     desk.usb->holds = false;
     desk.usb->reads = {FakeRead::full(), FakeRead::of(7)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QCOMPARE(desk.receiver.lengths, (Lengths{1000, 1000, 7}));
     QVERIFY(desk.usb->misuse.empty());
     desk.receiver.chunks.clear();
@@ -563,7 +577,7 @@ void TstUsbReadRun::breakingOffWithoutARunIsHarmless()
     QVERIFY(desk.open(1000));
     desk.transport->breakOffStream();
     desk.usb->reads = {FakeRead::of(7)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QVERIFY(desk.usb->misuse.empty());
 }
 
@@ -579,7 +593,7 @@ void TstUsbReadRun::aTransferThatIsUnderWayKeepsItsDeviceFromBeingFreed()
         QVERIFY(!desk.transport->isOpen());
         freedUnderWay = desk.usb->interfacesOpen.empty();
     };
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QVERIFY(!freedUnderWay);
     QVERIFY(desk.usb->allFreed());
     QVERIFY(desk.usb->misuse.empty());
@@ -600,12 +614,12 @@ void TstUsbReadRun::anotherDeviceMayBeOpenedWhileTheRunOfTheFirstStillEnds()
         desk.usb->plug(other);
         QCOMPARE(desk.transport->refresh(), 1);
     };
-    QCOMPARE(desk.transport->readStream(0), 3);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 3);
     QVERIFY(desk.transport->isOpen());
     QCOMPARE(int(desk.usb->interfacesOpen.size()), 1);
     desk.receiver.received = nullptr;
     desk.usb->reads = {FakeRead::of(2)};
-    QCOMPARE(desk.transport->readStream(0), 0);
+    QCOMPARE(desk.transport->readStream(0, desk.receiver), 0);
     QVERIFY(desk.usb->misuse.empty());
 }
 
@@ -616,7 +630,7 @@ void TstUsbReadRun::theSizeOfReadsMayBeTunedFromAnotherThread()
     desk.usb->reads = std::deque<FakeRead>(100, FakeRead::full());
     desk.receiver.received = [&desk](int) { desk.receiver.chunks.clear(); };
     int result = -1;
-    std::thread run([&] { result = desk.transport->readStream(0); });
+    std::thread run([&] { result = desk.transport->readStream(0, desk.receiver); });
     for (int i = 1; i < 300; ++i) {
         desk.transport->tuneChunkSize(i * 5000);
     }

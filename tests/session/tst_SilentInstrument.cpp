@@ -4,6 +4,7 @@
 #include "device/DevBase.h"
 #include "device/DevControlUsb.h"
 #include "device/DevInit.h"
+#include "device/DevRequests.h"
 #include "device/DeviceGlobals.h"
 #include "platform/UsbPlatformEmulated.h"
 #include "session/Session.h"
@@ -59,6 +60,12 @@ public:
         if ((setup.requestType & vendor) == 0) {
             return UsbPlatformEmulated::controlTransfer(iface, setup, data, moved);
         }
+        if (setup.request == heldRequest) {
+            isHeld = true;
+            while (!released) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
         const int number = requests.fetch_add(1, std::memory_order_acq_rel);
         if (number < silentFrom.load(std::memory_order_acquire)) {
             return UsbPlatformEmulated::controlTransfer(iface, setup, data, moved);
@@ -73,6 +80,16 @@ public:
         return {UsbError::TimedOut};
     }
 
+    UsbResult queueRead(UsbInterface iface, std::uint8_t pipe, std::uint8_t *buffer, std::uint32_t size,
+                        UsbReadSlot &slot) override
+    {
+        ++reads;
+        return UsbPlatformEmulated::queueRead(iface, pipe, buffer, size, slot);
+    }
+
+    std::atomic<int> heldRequest{-1}; ///< answered only when all is released
+    std::atomic<bool> isHeld{false};
+    std::atomic<int> reads{0};
     std::atomic<int> requests{0};
     std::atomic<int> silentFrom{1 << 30};
     std::atomic<int> silenced{0};
@@ -162,6 +179,17 @@ public:
         }
         return platform->silenced > 0;
     }
+    /// Brings the instrument up and starts a capture, of which a thread waits for the answer to `request`.
+    [[nodiscard]] bool captureUntil(std::uint8_t request)
+    {
+        m_bus.plug();
+        if (!QTest::qWaitFor([this] { return isUp && !m_session->bringUp().isWorking(); }, longWait)) {
+            return false;
+        }
+        platform->heldRequest = request;
+        (void)m_session->startCapture();
+        return QTest::qWaitFor([this] { return platform->isHeld.load(); }, longWait);
+    }
     [[nodiscard]] Session &session() const { return *m_session; }
 
     Heart heart;
@@ -184,6 +212,7 @@ private slots:
     void theMainThreadNeverWaitsForASilentInstrument_data();
     void theMainThreadNeverWaitsForASilentInstrument();
     void aDeviceIsReplacedWithoutWaitingForItsCapture();
+    void aDeviceThatIsLeftBeforeItsReadBackReadsNothing();
     void theProgramEndsWithoutWaitingForItsCapture();
     void aProgramWithoutACaptureEndsAtOnce();
 };
@@ -238,6 +267,18 @@ void TstSilentInstrument::aDeviceIsReplacedWithoutWaitingForItsCapture()
     QVERIFY(!life.session().mayStartCapture());
     QTRY_VERIFY(life.session().mayStartCapture()); // once the request has had its time
     QVERIFY(life.session().startCapture());
+}
+
+void TstSilentInstrument::aDeviceThatIsLeftBeforeItsReadBackReadsNothing()
+{
+    Life life(8, 1 << 30);
+    QVERIFY(life.captureUntil(devRequest::bulkStart));
+    QVERIFY(life.session().chooseModel(5)); // which receives from now on
+    QVERIFY(!life.session().mayStartCapture());
+    life.platform->released = true;
+    QTRY_VERIFY(life.session().mayStartCapture());
+    QCOMPARE(life.platform->reads.load(), 0);
+    QCOMPARE(gDev->smpBufs.count(), 0);
 }
 
 void TstSilentInstrument::theProgramEndsWithoutWaitingForItsCapture()

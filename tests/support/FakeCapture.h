@@ -124,14 +124,13 @@ public:
     [[nodiscard]] InterfaceDevCallback *receiver() const { return m_receiver; }
     void breakOffStream() override { m_brokenOff = true; }
 
-    [[nodiscard]] int readStream(std::int32_t wanted) override
+    [[nodiscard]] int readStream(std::int32_t wanted, InterfaceDevCallback &receiver) override
     {
         limit = wanted;
         delivered = 0;
         lowestBudget = memBudget;
-        InterfaceDevCallback *const receiver = m_receiver;
         m_brokenOff = false; // what was broken off before is another run
-        if (!open || receiver == nullptr) {
+        if (!open || m_receiver != &receiver) {
             return runNotOpen;
         }
         std::deque<SmpChunk> queued;
@@ -141,7 +140,7 @@ public:
                 return runNoMemory;
             }
         }
-        receiver->onStart();
+        receiver.onStart();
         std::size_t at = 0;
         for (int buffer = 0;; ++buffer) {
             if (beforeBuffer) {
@@ -165,7 +164,7 @@ public:
             at += length;
             delivered = at;
             lowestBudget = std::min(lowestBudget, memBudget.load());
-            receiver->onData(std::move(chunk), std::int32_t(length));
+            receiver.onData(std::move(chunk), std::int32_t(length));
             queued.push_back(SmpChunk::take(chunkSize));
             if (!queued.back()) {
                 return runNoMemory;
