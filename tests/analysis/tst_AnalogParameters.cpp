@@ -51,6 +51,19 @@ Samples pulses(int high)
     });
 }
 
+/// Pulses of 12 samples that fall to a plateau of 25, in a period of 100. Bottom and top droop by a step in five
+/// samples, so that each rise is one of few samples: from `bottom` to `top`.
+Samples pulsesWithPlateau(int bottom, int top, int plateau)
+{
+    return samplesOf(1000, [=](int i) {
+        const int at = i % 100;
+        if (at < 63) {
+            return bottom + 11 - at / 5; // the last three are the step below, which the rise leaves
+        }
+        return at < 75 ? top - (at - 63) / 5 : plateau;
+    });
+}
+
 /// Ten periods of 100 samples, from -1.5 V to 1.5 V.
 Samples wave()
 {
@@ -82,6 +95,8 @@ private slots:
     void aProbeScalesLevelsAndLimit();
     void aSpikeOfOneSampleChangesNothing();
     void aFastRiseNeedsAPlateauOfTwentySamples();
+    void aPlateauAtTheMiddleItselfIsNotAboveIt();
+    void aLevelThatIsNotPassedCountsAsPassedAtTheFirstSample();
     void aRiseOfTwentySamplesNeedsNoPlateau();
     void aPeriodInWholeNanosecondsIsWrittenSoAndAnotherInPicoseconds();
     void aFrequencyIsCutToWholeHertz();
@@ -137,6 +152,8 @@ void TstAnalogParameters::risesBelowTwoVoltsAtTheProbesTipHaveNone()
     const Samples above = trapezoids(1000, 40, 40, 10, -25, 27);
     QCOMPARE(fieldOf(analogParameters(above, mega, 1), "Vpp"), QStringLiteral("1.96V"));
     QCOMPARE(fieldOf(analogParameters(above, mega, 10), "Vpp"), QStringLiteral("19.61V"));
+    const Samples exactly = trapezoids(1000, 40, 40, 10, -26, 25); // from -1 V to 1 V
+    QCOMPARE(fieldOf(analogParameters(exactly, mega, 1), "Vpp"), QStringLiteral("1.92V"));
 }
 
 void TstAnalogParameters::aSquareWaveOfOneVoltHasNone()
@@ -179,6 +196,31 @@ void TstAnalogParameters::aFastRiseNeedsAPlateauOfTwentySamples()
              QStringLiteral("Period:100us,Frequency:10KHz,RiseTime:1us,FallTime:1us,+PulseWidth:24us,"
                             "-PulseWidth:76us,DutyCycle:24.00%,Vmax:3.00V,Vmin:-2843.14mV,Vpp:5.84V,Vamp:5.84V,"
                             "Vtop:3.00V,Vbase:-2843.14mV,Overshoot:0.00%,Preshoot:0.00%,Vavg:-1285.59mV,Vrms:2.69V"));
+}
+
+void TstAnalogParameters::aPlateauAtTheMiddleItselfIsNotAboveIt()
+{
+    // From -3 V to 5 V, and a plateau at 1 V or a step higher.
+    QCOMPARE(analogParameters(pulsesWithPlateau(-77, 127, 25), mega, 1), QString());
+    QCOMPARE(fieldOf(analogParameters(pulsesWithPlateau(-77, 127, 26), mega, 1), "DutyCycle"),
+             QStringLiteral("37.00%"));
+    // The middle is cut to whole millivolts: of 137.25 mV, which is the plateau's level, to 137.
+    QCOMPARE(analogParameters(pulsesWithPlateau(-70, 76, 2), mega, 1), QString());
+    QCOMPARE(fieldOf(analogParameters(pulsesWithPlateau(-70, 76, 3), mega, 1), "DutyCycle"), QStringLiteral("37.00%"));
+}
+
+void TstAnalogParameters::aLevelThatIsNotPassedCountsAsPassedAtTheFirstSample()
+{
+    // Each rise begins above the middle of the one before: between the two nothing falls below it.
+    const Samples stairs = samplesOf(160, [](int i) {
+        const int at = i % 40;
+        return -128 + i / 40 * 33 + (at < 30 ? 2 * at : 60 - 27 * (at - 30) / 10);
+    });
+    const QString text = analogParameters(stairs, mega, 1);
+    QCOMPARE(fieldOf(text, "Period"), QStringLiteral("21us"));
+    QCOMPARE(fieldOf(text, "+PulseWidth"), QStringLiteral("-97us"));
+    QCOMPARE(fieldOf(text, "-PulseWidth"), QStringLiteral("118us"));
+    QCOMPARE(fieldOf(text, "DutyCycle"), QStringLiteral("-461.90%"));
 }
 
 void TstAnalogParameters::aRiseOfTwentySamplesNeedsNoPlateau()
