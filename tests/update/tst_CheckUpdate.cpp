@@ -47,6 +47,7 @@ private slots:
     void whatIsNoPlaceOfARecordIsNotSent();
 
     void aNewLastWithASupportAboveTheProgramsVersionOffersALinkAndNoAutomaticUpdate();
+    void aSupportEqualToTheProgramsVersionOffersTheAutomaticUpdate();
     void aLastEqualToTheProgramsVersionReadsAsLatestAndSupportIsNotRead();
     void anOlderLastReadsAsLatest();
     void aNewerVersionWithoutAnUpdatersLinkOffersTheDownload();
@@ -183,6 +184,13 @@ void TstCheckUpdate::aNewLastWithASupportAboveTheProgramsVersionOffersALinkAndNo
     serve(QByteArray(newer).replace("1.0.0", "98.0.0"));
     m_check->actCheckUpdate();
     QCOMPARE(outcome(), manual());
+}
+
+void TstCheckUpdate::aSupportEqualToTheProgramsVersionOffersTheAutomaticUpdate()
+{
+    serve(QByteArray(newer).replace("1.0.0", LUX_VERSION));
+    m_check->actCheckUpdate();
+    QCOMPARE(outcome(), automatic());
 }
 
 void TstCheckUpdate::aLastEqualToTheProgramsVersionReadsAsLatestAndSupportIsNotRead()
@@ -515,10 +523,16 @@ void TstCheckUpdate::aProgramClosedBeforeItsCheckBeginsSendsNothingAndLeavesLast
     globalSet(QStringLiteral("lastUpdate"), QStringLiteral("2020-01-01_00:00:00"));
     m_check->checkAtStart();
     m_check->stop();
+    bool hasBegun = false;
+    m_check->now = [this, &hasBegun] {
+        hasBegun = true;
+        return m_now;
+    };
     auto *other = new CheckUpdate({m_server->url(), true, {0, 0, 60'000}}, m_window.get());
     other->now = [] { return QDateTime(QDate(2027, 1, 1), QTime(0, 0)); };
     other->checkAtStart();
     QCOMPARE(outcomeOf(*other), failed);
+    QVERIFY(!hasBegun); // before the other one, as it was asked for earlier
     QCOMPARE(m_server->requests.size(), 1);
     QCOMPARE(lastUpdate(), QStringLiteral("2027-01-01_00:00:00")); // the other's, not that of this one's clock
 }
