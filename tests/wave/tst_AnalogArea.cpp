@@ -66,6 +66,7 @@ private slots:
     // Grid and traces.
     void theGridHasTenDivisionsAndALineAtEachTick_data();
     void theGridHasTenDivisionsAndALineAtEachTick();
+    void theGridDrawsNoLineAtItsEdgesNorBeyondThem();
     void theGridIsThereBeforeTheFirstCapture();
     void aSampleStandsAboveItsDigitalEdge_data();
     void aSampleStandsAboveItsDigitalEdge();
@@ -215,6 +216,31 @@ void TstAnalogArea::theGridHasTenDivisionsAndALineAtEachTick()
         }
         QVERIFY(x >= dp(900) || dots > desk.height() / 4);
     }
+}
+
+void TstAnalogArea::theGridDrawsNoLineAtItsEdgesNorBeyondThem()
+{
+    const AnalogDesk desk;
+    ItemAChWaveBackground grid(&desk.gen);
+    grid.setSize({100, 100});
+    QImage image(120, 120, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    QStyleOptionGraphicsItem option;
+    grid.paint(&painter, &option, nullptr);
+    painter.end();
+    const auto dotsIn = [&image](const QRect &part) {
+        int dots = 0;
+        for (int y = part.top(); y <= part.bottom(); ++y) {
+            for (int x = part.left(); x <= part.right(); ++x) {
+                dots += image.pixel(x, y) == QColor(Qt::black).rgb() ? 0 : 1;
+            }
+        }
+        return dots;
+    };
+    QVERIFY(dotsIn({0, 10, 100, 1}) > 25); // a tenth of the height
+    QVERIFY(dotsIn({0, 0, 100, 1}) < 5);   // the vertical lines alone
+    QCOMPARE(dotsIn({0, 100, 120, 20}), 0);
 }
 
 void TstAnalogArea::theGridIsThereBeforeTheFirstCapture()

@@ -27,6 +27,7 @@ private slots:
     void anotherHeightOfTheAreaKeepsTheVoltage();
     void onlyOneMarkerFollowsThePointer();
     void aSecondClickTakesTheMarkerAway();
+    void aPointerInTheMarkersRowIsNoMove();
     void afterAMoveTheSecondClickLaysTheMarkerDown();
     void aLaidMarkerIsTakenUpByItsButton();
     void idsThatAreNoneAreIgnored();
@@ -208,6 +209,15 @@ void TstVoltageBoard::aSecondClickTakesTheMarkerAway()
     QCOMPARE(state(0), MarkerState::off);
     QVERIFY(!marker(0).isVisible());
     QCOMPARE(m_values, list("### ### ###"));
+}
+
+void TstVoltageBoard::aPointerInTheMarkersRowIsNoMove()
+{
+    m_board->pressButton(0);
+    QVERIFY(m_board->pointerMoved(areaHeight * 3 / 10)); // where it stands at first
+    QCOMPARE(m_values, list("2.00V ### ###"));
+    m_board->pressButton(0);
+    QCOMPARE(state(0), MarkerState::off);
 }
 
 void TstVoltageBoard::afterAMoveTheSecondClickLaysTheMarkerDown()
