@@ -3,7 +3,10 @@
 #include "settings/HostSystem.h"
 #include "update/UpdateDesk.h"
 
+#include <QNetworkAccessManager>
 #include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QPointer>
 #include <QScopeGuard>
 #include <QSignalSpy>
 #include <QSysInfo>
@@ -333,6 +336,7 @@ void TstCheckUpdate::aNameThatIsLookedUpForTooLongIsFailedAndItsAnswerIsIgnored(
     QVERIFY(m_check->isLookingUp()); // nothing can end it
     answer(true);
     QVERIFY(!m_check->isLookingUp());
+    QVERIFY(m_check->findChild<QNetworkAccessManager *>() == nullptr); // nothing was sent
     // Another check gets through, however busy the system is, and only that one.
     m_check->pace.limit = 60'000;
     serve(newer);
@@ -505,10 +509,13 @@ void TstCheckUpdate::theUsersCheckTakesThePlaceOfTheOneByItself()
 void TstCheckUpdate::aSecondCheckOfTheUserLeavesTheFirst()
 {
     int asked = 0;
+    bool leavesAtOnce = false;
     m_server->keepsOpen = true;
-    m_server->answer = [this, &asked](const QByteArray &) {
+    m_server->answer = [this, &asked, &leavesAtOnce](const QByteArray &) {
         if (++asked == 1) {
+            const QPointer<QNetworkReply> first = m_check->findChild<QNetworkReply *>();
             m_check->actCheckUpdate();
+            leavesAtOnce = first && first->isFinished(); // its answer would be taken for that of the second
             return LoopbackServer::ok("<lux><last>1.0</last></lux>");
         }
         return LoopbackServer::ok("<lux>" + newer + "</lux>");
@@ -516,6 +523,7 @@ void TstCheckUpdate::aSecondCheckOfTheUserLeavesTheFirst()
     m_check->actCheckUpdate();
     QCOMPARE(outcome(), automatic());
     QCOMPARE(asked, 2);
+    QVERIFY(leavesAtOnce);
 }
 
 void TstCheckUpdate::aProgramClosedBeforeItsCheckBeginsSendsNothingAndLeavesLastUpdateAsItWas()
