@@ -25,6 +25,7 @@ private slots:
     void thousandMillivoltsAreAVolt_data();
     void thousandMillivoltsAreAVolt();
     void anotherHeightOfTheAreaKeepsTheVoltage();
+    void aMarkerThatIsMovedReadsByThePresentHeight();
     void onlyOneMarkerFollowsThePointer();
     void aSecondClickTakesTheMarkerAway();
     void aPointerInTheMarkersRowIsNoMove();
@@ -34,6 +35,7 @@ private slots:
     void theArrowsMoveTheMarkerThatWasTouchedLast();
     void theArrowsStopAtTheEndsOfTheArea();
     void bothMarkersKeepTheirDistanceAndStopTogether();
+    void aMarkerThatIsOffIsNotMovedWithTheOther();
     void withoutAnAnalogAreaNothingHappens();
     void onAScaledScreenPlacesAreWholeLogicalPixels();
     void aBoardWithoutAScaleReadsNoVoltage();
@@ -182,6 +184,17 @@ void TstVoltageBoard::anotherHeightOfTheAreaKeepsTheVoltage()
     QCOMPARE(marker(0).pos(), QPointF(0, 100 - 1));
 }
 
+void TstVoltageBoard::aMarkerThatIsMovedReadsByThePresentHeight()
+{
+    lay(0, 100);
+    m_scales[0] = {300, 10000};
+    m_board->setArea({1000, 600});
+    m_board->pressButton(0);
+    QVERIFY(m_board->pointerMoved(180));
+    QCOMPARE(m_values, list("2.00V ### ###"));
+    QCOMPARE(marker(0).pos(), QPointF(0, 180 - 1));
+}
+
 void TstVoltageBoard::onlyOneMarkerFollowsThePointer()
 {
     QSignalSpy following(m_board.get(), &VoltageBoard::followingChanged);
@@ -300,6 +313,15 @@ void TstVoltageBoard::bothMarkersKeepTheirDistanceAndStopTogether()
     m_board->pointerMoved(350);
     QCOMPARE(marker(0).position, 200);
     QCOMPARE(marker(1).position, 350);
+}
+
+void TstVoltageBoard::aMarkerThatIsOffIsNotMovedWithTheOther()
+{
+    m_board->movesBoth = true;
+    m_board->pressButton(0);
+    m_board->pointerMoved(areaHeight - 1); // further than the other one could follow
+    QCOMPARE(marker(0).position, areaHeight - 1);
+    QCOMPARE(marker(1).position, areaHeight * 7 / 10);
 }
 
 void TstVoltageBoard::withoutAnAnalogAreaNothingHappens()
