@@ -3,6 +3,7 @@
 #include "analysis/MarkerTimes.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -14,6 +15,26 @@ bool isDrawable(const TimeWindow &window, int width, std::int64_t count)
 {
     return window.ratio >= smallestRatio && window.start + double(width) * window.ratio > 0.0 &&
            window.start <= double(count);
+}
+
+/// Points that an analog line may have beyond one a column: of the samples at both edges of the view.
+constexpr int pointsAtEdges = 3;
+
+/// The line of an analog channel. Where a sample spans columns it begins with the one at the left edge, which stands to
+/// the left of the view: each sample is in the column of its digital edge.
+/// @param out  room for `width` + `pointsAtEdges` points. @return the points
+int analogLine(const SmpData &source, int chn, const TimeWindow &window, int width, SmpAChnPoint *out)
+{
+    if (width < 1 || window.ratio > 1.0 || window.start < 0.0) {
+        return source.aChnPoints(chn, window.start, window.ratio, width, out);
+    }
+    const double first = std::floor(window.start);
+    const int columns = width + int(std::ceil(1.0 / window.ratio)); // those of the first sample included
+    const int points = source.aChnPoints(chn, first, window.ratio, columns, out);
+    for (int n = 0; n < points; ++n) {
+        out[n].x = std::int32_t(std::floor((first + n - window.start) / window.ratio));
+    }
+    return points;
 }
 
 template<typename T>
@@ -33,7 +54,7 @@ void WaveFrame::resize(int chnCount, int aChnCount, int width)
     m_width = int(columns);
     m_runs.assign(std::size_t(chnCount) * columns, {});
     m_runCounts.assign(std::size_t(chnCount), 0);
-    m_points.assign(std::size_t(aChnCount) * columns, {});
+    m_points.assign(std::size_t(aChnCount) * (columns + pointsAtEdges), {});
     m_pointCounts.assign(std::size_t(aChnCount), 0);
     m_ticks.assign(std::size_t(TimeTicks::capacity(m_width)), {});
     m_tickCount = 0;
@@ -67,9 +88,8 @@ void WaveFrame::renderLines(const SmpData &source)
     }
     const int aChnCount = std::min(source.aChnCount, std::int32_t(m_pointCounts.size()));
     for (int chn = 0; chn < aChnCount; ++chn) {
-        SmpAChnPoint *out = m_points.data() + std::size_t(chn) * std::size_t(m_width);
-        const int points = source.aChnPoints(chn, m_window.start, m_window.ratio, m_width, out);
-        m_pointCounts[std::size_t(chn)] = std::max(0, points);
+        SmpAChnPoint *out = m_points.data() + std::size_t(chn) * std::size_t(m_width + pointsAtEdges);
+        m_pointCounts[std::size_t(chn)] = analogLine(source, chn, m_window, m_width, out);
     }
 }
 
@@ -96,7 +116,7 @@ std::span<const SmpWaveRun> WaveFrame::digLine(int chn) const
 
 std::span<const SmpAChnPoint> WaveFrame::aChnLine(int chn) const
 {
-    return line(m_points, m_pointCounts, chn, m_width);
+    return line(m_points, m_pointCounts, chn, m_width + pointsAtEdges);
 }
 
 std::span<const TimeTick> WaveFrame::timeTicks() const

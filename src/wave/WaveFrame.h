@@ -42,10 +42,10 @@ private:
     void renderTicks(const WaveInput &input, bool closed);
 
     TimeWindow m_window;
-    int m_width = 0;                ///< capacity of each line
+    int m_width = 0;                ///< columns
     std::vector<SmpWaveRun> m_runs; ///< channel after channel, `m_width` each
     std::vector<int> m_runCounts;
-    std::vector<SmpAChnPoint> m_points;
+    std::vector<SmpAChnPoint> m_points; ///< channel after channel, some more than `m_width` each
     std::vector<int> m_pointCounts;
     std::vector<TimeTick> m_ticks;
     int m_tickCount = 0;

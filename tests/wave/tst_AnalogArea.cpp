@@ -70,6 +70,8 @@ private slots:
     void theGridIsThereBeforeTheFirstCapture();
     void aSampleStandsAboveItsDigitalEdge_data();
     void aSampleStandsAboveItsDigitalEdge();
+    void whereASampleSpansColumnsItStandsAboveItsDigitalEdgeToo_data();
+    void whereASampleSpansColumnsItStandsAboveItsDigitalEdgeToo();
     void theTraceEndsWhereTheDigitalOneEnds();
     void aValueStandsAtItsHeightAboveTheZeroLevel();
     void belowASampleAColumnStraightStrokesJoinTheSamples();
@@ -296,6 +298,39 @@ void TstAnalogArea::aSampleStandsAboveItsDigitalEdge()
     QVERIFY(!nearRow(edge + s, low));
     QVERIFY(nearRow(edge - 2 * s, low));
     QVERIFY(!nearRow(edge - 2 * s, high));
+}
+
+void TstAnalogArea::whereASampleSpansColumnsItStandsAboveItsDigitalEdgeToo_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("ratio");
+    QTest::newRow("from a sample on") << 1480.0 << 0.05;
+    QTest::newRow("from within a sample") << 1480.75 << 0.05;
+    QTest::newRow("shortly before the next one") << 1499.0 + 63.0 / 64 << 0.01;
+    QTest::newRow("two columns a sample") << 1300.5 << 0.5;
+    QTest::newRow("one column a sample") << 1030.5 << 1.0;
+    QTest::newRow("before the first sample") << -3.5 << 0.6;
+}
+
+void TstAnalogArea::whereASampleSpansColumnsItStandsAboveItsDigitalEdgeToo()
+{
+    QFETCH(double, start);
+    QFETCH(double, ratio);
+    AnalogDesk desk;
+    fillStep(desk, start < 0 ? 1000 : 3000);
+    desk.gen.setRatioKeepStart(ratio);
+    desk.gen.setViewStart(start);
+    const std::span<const SmpWaveRun> row = desk.gen.digLine(0);
+    const auto edge = std::find_if(row.begin(), row.end(), [](const SmpWaveRun &run) { return run.kind == 2; });
+    QVERIFY(edge != row.end());
+    const std::span<const SmpAChnPoint> trace = desk.gen.aChnLine(0);
+    const auto high =
+        std::find_if(trace.begin(), trace.end(), [](const SmpAChnPoint &point) { return point.value > 0; });
+    QVERIFY(high != trace.end());
+    QCOMPARE(high->x, edge->x);
+    // From one end of the view to the other.
+    QVERIFY(trace.front().x <= std::max(0.0, -start / ratio));
+    QVERIFY(trace.back().x >= desk.gen.viewWidth() - 1);
 }
 
 void TstAnalogArea::theTraceEndsWhereTheDigitalOneEnds()
