@@ -162,6 +162,12 @@ void ResultView::wheelEvent(QWheelEvent *event)
     event->accept();
 }
 
+void ResultView::mousePressEvent(QMouseEvent *event)
+{
+    m_isRowPressed = indexAt(event->pos()).isValid();
+    QListView::mousePressEvent(event);
+}
+
 void ResultView::mouseMoveEvent(QMouseEvent *event)
 {
     if (event->buttons() == Qt::NoButton) { // else it would mark another row than that which was pressed
@@ -193,7 +199,7 @@ void ResultView::showTip(const QPoint &place)
 void ResultView::mouseDoubleClickEvent(QMouseEvent *event)
 {
     event->accept(); // not to the base, for which it would begin another click
-    if (event->button() == Qt::LeftButton) {
+    if (event->button() == Qt::LeftButton && m_isRowPressed) {
         emit rowDoubleClicked();
     }
 }

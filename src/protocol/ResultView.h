@@ -28,6 +28,7 @@ signals:
     void listRowChanged(int rows);
     /// A row was clicked, or chosen by the Enter key.
     void rowChosen(const QModelIndex &index);
+    /// By two clicks of which the first was on a row: the page may be another one at the second.
     void rowDoubleClicked();
     /// A key that moves through the list: Qt::Key_Up, Key_Down, Key_PageUp, Key_PageDown, Key_Home or Key_End.
     void keyMoved(int key);
@@ -42,6 +43,7 @@ protected:
     /// Framed while it has the keyboard's focus, as the line above it is.
     void paintEvent(QPaintEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void leaveEvent(QEvent *event) override;
@@ -54,6 +56,7 @@ private:
     void showTip(const QPoint &place);
 
     int m_rows = 0;
-    int m_tipY = -1;  ///< where the pointer was when the tip was last decided on; -1 off the rows
-    int m_turned = 0; ///< of the wheel, since the last whole notch
+    int m_tipY = -1;             ///< where the pointer was when the tip was last decided on; -1 off the rows
+    int m_turned = 0;            ///< of the wheel, since the last whole notch
+    bool m_isRowPressed = false; ///< by the last press, the second of a double click left out
 };

@@ -67,6 +67,7 @@ private slots:
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
+    void aDoubleClickBelowTheRowsAsksForNothing();
     void theMenuOfARowCopiesItAndTellsWhoseItIs();
     void theMenuOfAListWithoutAMarkedRowIsAboutThePage();
     void theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll();
@@ -461,6 +462,22 @@ void TstProtocolResult::aDoubleClickAsksForTheSettingsOfTheFirstClicksRow()
     QTest::mouseDClick(desk.section->view->viewport(), Qt::LeftButton, Qt::NoModifier, desk.placeOf(2));
     QCOMPARE(asked.size(), 1);
     QCOMPARE(asked.at(0).at(0).toInt(), 1);
+}
+
+void TstProtocolResult::aDoubleClickBelowTheRowsAsksForNothing()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    desk.click(2);
+    desk.section->search->setText(text("edge 77700"));
+    QTRY_COMPARE(desk.rows(), QStringList{text("edge 77700")});
+    const QSignalSpy asked(desk.section.get(), &ProtocolResult::settingsWanted);
+    QWidget *target = desk.section->view->viewport();
+    const QPoint below(20, 3 * ResultView::gridHeight());
+    QTest::mouseClick(target, Qt::LeftButton, Qt::NoModifier, below);
+    QTest::mouseDClick(target, Qt::LeftButton, Qt::NoModifier, below);
+    QCOMPARE(asked.size(), 0);
 }
 
 void TstProtocolResult::theMenuOfARowCopiesItAndTellsWhoseItIs()
