@@ -17,20 +17,28 @@
 namespace {
 
 constexpr int gridWidth = 10; // pixels
-constexpr int rowHeight = 18; // units, as the two below
+constexpr int rowHeight = 18; // units, as the three below
+constexpr int textMargin = 3; ///< left and right of a row's text
 constexpr int barWidth = 8;
 constexpr int fewestRows = 4;
 constexpr int wheelNotch = 120; // eighths of a degree
 
-QString viewStyle()
+/// What the style leaves free left and right of a row's text, pixels: the same at each scale.
+int marginOf(const QStyle &style)
+{
+    return style.pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+}
+
+QString viewStyle(const QStyle &style)
 {
     // Rows are as high as their grid: in a gap between two of them a click would go astray.
     return QStringLiteral("QListView{background-color:#1f1f23;border:0px solid #7f7f7f;color:#dfdfdf;outline:0;}"
-                          "QListView::item{min-height:%4px;border:0;}"
+                          "QListView::item{min-height:%4px;border:0;padding:0 %5px;}"
                           "QListView::item:hover{background-color:%1;}"
                           "QListView::item:selected{background-color:%2;color:%3;}")
         .arg(gGreys[7].name(), gGreys[5].name(), gGreys[0].name())
-        .arg(ResultView::gridHeight());
+        .arg(ResultView::gridHeight())
+        .arg(std::max(dp(textMargin) - marginOf(style), 0));
 }
 
 bool isMove(int key)
@@ -55,7 +63,7 @@ bool isCopy(const QKeyEvent &event)
 
 ResultView::ResultView(QWidget *parent) : QListView(parent)
 {
-    setStyleSheet(viewStyle());
+    setStyleSheet(viewStyle(*style()));
     setSelectionMode(QAbstractItemView::SingleSelection);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -188,7 +196,7 @@ void ResultView::showTip(const QPoint &place)
     }
     m_tipY = place.y();
     const QString text = index.data().toString();
-    const int room = viewport()->width() - 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+    const int room = viewport()->width() - 2 * std::max(dp(textMargin), marginOf(*style()));
     if (fontMetrics().horizontalAdvance(text) > room) {
         QToolTip::showText(viewport()->mapToGlobal(place), text.toHtmlEscaped(), viewport());
     } else {

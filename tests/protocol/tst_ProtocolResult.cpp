@@ -80,6 +80,8 @@ private slots:
     void theRowsEndWithTheView();
     void theListLooksAsTold_data();
     void theListLooksAsTold();
+    void theTextsKeepClearOfTheFrame_data();
+    void theTextsKeepClearOfTheFrame();
     void noPixelLiesBetweenTwoRows_data();
     void noPixelLiesBetweenTwoRows();
     void framesComeWhileTheWorkerRuns();
@@ -712,6 +714,36 @@ void TstProtocolResult::theListLooksAsTold()
     QCOMPARE(view.editTriggers(), QAbstractItemView::EditTriggers(QAbstractItemView::NoEditTriggers));
     const auto *newFrames = desk.section->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
     QCOMPARE(newFrames->interval(), 250); // four times a second
+}
+
+void TstProtocolResult::theTextsKeepClearOfTheFrame_data()
+{
+    theListLooksAsTold_data();
+}
+
+void TstProtocolResult::theTextsKeepClearOfTheFrame()
+{
+    QFETCH(int, dpi);
+    globalsSetDpi(dpi);
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    const QImage image = desk.section->view->grab().toImage();
+    const QRect page(0, 0, image.width(), ResultDesk::rowsOnShow * ResultView::gridHeight());
+    const auto hasText = [&](int x) {
+        for (int y = page.top(); y <= page.bottom(); ++y) {
+            if (image.pixelColor(x, y) != QColor(0x1f, 0x1f, 0x23)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    int x = 0;
+    while (x < page.right() && !hasText(x)) {
+        ++x;
+    }
+    QVERIFY2(x >= dp(3), qPrintable(QString::number(x)));
+    QVERIFY2(x <= dp(6), qPrintable(QString::number(x)));
 }
 
 void TstProtocolResult::noPixelLiesBetweenTwoRows_data()
