@@ -1,11 +1,19 @@
 #include "analyzer/ListWorker.h"
 
+#include <optional>
 #include <utility>
 
 namespace {
 
 constexpr auto reportEvery = std::chrono::milliseconds(50);
 constexpr auto gatePatience = std::chrono::milliseconds(2); // between two tries while results are being replaced
+
+/// The two list the same from the same place on.
+bool isSame(const ResultList::Query &one, const ResultList::Query &other)
+{
+    return one.searchText == other.searchText && !(one.begSample < other.begSample) &&
+           !(other.begSample < one.begSample);
+}
 
 } // namespace
 
@@ -134,7 +142,9 @@ void ListWorker::serve(Work &work)
             }
         }
         obey(requests, work);
-        makePage(work);
+        if (!work.lost) { // else the page on show stays until the reset that is wanted
+            makePage(work);
+        }
     } while (isCalled());
 }
 
@@ -142,8 +152,29 @@ void ListWorker::lose(Work &work)
 {
     if (!work.state.pageCursors.empty()) {
         ResultList::dropCursors(work.state);
+        work.lost = work.query;
         m_listener.resetWanted();
     }
+}
+
+void ListWorker::obeyReset(const Requests &requests, Work &work)
+{
+    const bool again = requests.keepsPlace && requests.query.searchText == work.searchTold;
+    work.leastRows = again ? work.rowsTold : 0;
+    const std::optional<ResultList::Query> lost = std::exchange(work.lost, {});
+    if (!lost || !requests.keepsPlace || !isSame(*lost, requests.query)) {
+        work.begRow.reset();
+    }
+    if (requests.sourcesOf != requests.generation) {
+        ResultList::dropCursors(work.state);
+        work.lost = requests.query;
+        m_listener.resetWanted(); // the results are other ones by now
+        return;
+    }
+    ResultList::reset(work.state, requests.sources, requests.query);
+    work.resetNumber = requests.resetNumber;
+    work.query = requests.query;
+    work.isNew = true;
 }
 
 void ListWorker::obey(const Requests &requests, Work &work)
@@ -152,19 +183,9 @@ void ListWorker::obey(const Requests &requests, Work &work)
     if (rebuild) {
         ResultList::setRowNum(work.state, requests.rowNum);
     }
-    const bool again = requests.resetRequest && requests.keepsPlace && requests.query.searchText == work.searchTold;
-    work.leastRows = again ? work.rowsTold : 0;
+    work.leastRows = 0;
     if (requests.resetRequest) {
-        work.begRow.reset();
-    }
-    if (requests.resetRequest && requests.sourcesOf != requests.generation) {
-        ResultList::dropCursors(work.state);
-        m_listener.resetWanted(); // the results are other ones by now
-    } else if (requests.resetRequest) {
-        ResultList::reset(work.state, requests.sources, requests.query);
-        work.resetNumber = requests.resetNumber;
-        work.searchNow = requests.query.searchText;
-        work.isNew = true;
+        obeyReset(requests, work);
     }
     if (requests.scrollRequest) {
         work.begRow = requests.begRow;
@@ -221,7 +242,7 @@ void ListWorker::publish(Work &work, bool rowsToo, bool isWhole)
         ++work.version;
         work.isNew = false;
         work.rowsTold = work.state.rows.size();
-        work.searchTold = work.searchNow;
+        work.searchTold = work.query.searchText;
     }
     bool tell = false;
     {

@@ -82,10 +82,12 @@ private:
         bool isNew = false;           ///< the page has not been handed over since it was begun
         std::optional<qint64> begRow; ///< the row that the page is on its way to, until it is full there
         qint64 totalTold = 0;
-        int rowsTold = 0;   ///< of the page that is on show
-        QString searchTold; ///< the search that found it
-        QString searchNow;  ///< the one under way
-        int leastRows = 0;  ///< nothing is told of a page with fewer, unless it is whole
+        int rowsTold = 0;        ///< of the page that is on show
+        QString searchTold;      ///< the search that found it
+        ResultList::Query query; ///< the one under way
+        /// What was listed when its results were replaced: a list of the same goes on where this one was to.
+        std::optional<ResultList::Query> lost;
+        int leastRows = 0; ///< nothing is told of a page with fewer, unless it is whole
         Clock::time_point told;
     };
 
@@ -97,6 +99,7 @@ private:
     void serve(Work &work);
     void lose(Work &work);
     void obey(const Requests &requests, Work &work);
+    void obeyReset(const Requests &requests, Work &work);
     void makePage(Work &work);
     void report(Work &work);
     void publish(Work &work, bool rowsToo, bool isWhole);

@@ -153,6 +153,8 @@ private slots:
     void aChangeOfResultsIsNotHeldUpByAScan();
     void aChangeOfResultsIsNotHeldUpByALongScroll();
     void resultsThatWereReplacedAreAskedForAgain();
+    void aScrollThatMeetsReplacedResultsGoesOnInTheListMadeAnew_data();
+    void aScrollThatMeetsReplacedResultsGoesOnInTheListMadeAnew();
     void aRequestDuringAChangeIsServedBehindIt();
     void itEndsInTheMiddleOfAScan();
     void anythingAtOnceLeavesItSound();
@@ -537,6 +539,41 @@ void TstAnalyzerDataGen::resultsThatWereReplacedAreAskedForAgain()
     QTRY_COMPARE(desk.wanted, 1);
     QCOMPARE(desk.page, text("A0 A1 A2"));
     desk.reset();
+    QVERIFY(desk.shows("B0 B1 B2"));
+}
+
+void TstAnalyzerDataGen::aScrollThatMeetsReplacedResultsGoesOnInTheListMadeAnew_data()
+{
+    QTest::addColumn<QString>("searched");
+    QTest::addColumn<double>("from");
+    QTest::addColumn<QString>("page");
+    QTest::newRow("the list is the same") << QString() << 0.0 << text("B50 B51 B52");
+    QTest::newRow("the wave has moved meanwhile") << QString() << 100.0 << text("B10 B11 B12");
+    QTest::newRow("something else is searched for") << text("b9") << 0.0 << text("B9 B90 B91");
+}
+
+void TstAnalyzerDataGen::aScrollThatMeetsReplacedResultsGoesOnInTheListMadeAnew()
+{
+    QFETCH(QString, searched);
+    QFETCH(double, from);
+    QFETCH(QString, page);
+    ThreadDesk desk;
+    desk.add('A').row(100, 0, 10);
+    desk.reset();
+    QVERIFY(desk.shows("A0 A1 A2"));
+    desk.list->slotModifyPrepare();
+    {
+        const ResultsChange change(desk.gate);
+        desk.made.clear();
+        desk.add('B').row(100, 0, 10);
+    }
+    desk.list->begFrameChanged(50);
+    QTRY_COMPARE(desk.wanted, 1);
+    desk.reset(searched, from, wholeCapture, AnalyzerDataGen::Clicked::Keep);
+    QTRY_COMPARE(desk.page, page);
+    QTRY_VERIFY(desk.list->isAtRest());
+    QCOMPARE(desk.page, page);
+    desk.reset({}, 0, wholeCapture, AnalyzerDataGen::Clicked::Keep); // which was done then
     QVERIFY(desk.shows("B0 B1 B2"));
 }
 
