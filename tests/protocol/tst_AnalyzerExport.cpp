@@ -8,6 +8,7 @@
 #include "protocol/FaceDesk.h"
 #include "support/BoxCloser.h"
 #include "support/GuiTestMain.h"
+#include "support/StarredTexts.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -96,6 +97,7 @@ private slots:
     void anAnalyzerWithoutOptionsHasADisabledEntry();
     void oneOptionIsAListOfEndings();
     void severalOptionsAskInADialogAndAStrangeEndingIsAText();
+    void optionsAndEndingsAreTranslated();
     void theDialogsFirstChoiceIsCheckedEachTime();
     void choicesOfOneIdAndEndingAreToldApartByTheirPlace();
     void theDialogIsLeftByEscape();
@@ -108,9 +110,11 @@ private slots:
     void theBarIsFullOnlyWhenTheFileHasItsName();
     void aStoppedExportLeavesNothing();
     void aFailedExportIsTold();
+    void theWordsOfADecoderThatFailedAreTold();
     void aFolderWithoutRightsIsToldAsOne();
     void aFullDiskIsToldAsOne();
     void theOpenCaptureIsNotOverwritten();
+    void resultsThatAreReplacedMeanwhileEndIt_data();
     void resultsThatAreReplacedMeanwhileEndIt();
 };
 
@@ -163,6 +167,17 @@ void TstAnalyzerExport::severalOptionsAskInADialogAndAStrangeEndingIsAText()
     QCOMPARE(desk.askedEnding, text("log"));
     QTRY_VERIFY_WITH_TIMEOUT(!desk.progress()->isVisible(), 30000);
     QCOMPARE(desk.read("frames.log"), QByteArray("option 7, format 1\n"));
+}
+
+void TstAnalyzerExport::optionsAndEndingsAreTranslated()
+{
+    const StarredTexts language("Lie", {"Edges &amp; more", "CSV file", "Levels"});
+    const ExportDesk desk("exports");
+    const QVector<ExportOption> options = exportOptionsOf(*desk.desk.manager->analyzerAt(0));
+    QCOMPARE(options.size(), 2);
+    QCOMPARE(options.at(0).name, text("*Edges & more"));
+    QCOMPARE(options.at(0).choices.at(1).text, text("*CSV file (*.csv)"));
+    QCOMPARE(options.at(1).name, text("*Levels"));
 }
 
 void TstAnalyzerExport::theDialogsFirstChoiceIsCheckedEachTime()
@@ -357,6 +372,18 @@ void TstAnalyzerExport::aFailedExportIsTold()
     QVERIFY(!desk.progress()->isVisible());
 }
 
+void TstAnalyzerExport::theWordsOfADecoderThatFailedAreTold()
+{
+    ExportDesk desk("text-throws");
+    BoxCloser boxes;
+    desk.take();
+    QTRY_COMPARE(boxes.seen.count, 1);
+    QCOMPARE(boxes.seen.title, text("An error occurred"));
+    QVERIFY(boxes.seen.text.startsWith(text("File save failed.")));
+    QVERIFY(boxes.seen.text.endsWith(text("the plug-in threw")));
+    QCOMPARE(desk.files(), QStringList());
+}
+
 void TstAnalyzerExport::aFolderWithoutRightsIsToldAsOne()
 {
 #ifdef Q_OS_UNIX
@@ -408,11 +435,28 @@ void TstAnalyzerExport::theOpenCaptureIsNotOverwritten()
     QCOMPARE(desk.read("capture.cxdat"), QByteArray("data"));
 }
 
+void TstAnalyzerExport::resultsThatAreReplacedMeanwhileEndIt_data()
+{
+    QTest::addColumn<bool>("isBehindAStoppedOne");
+    QTest::newRow("the first export") << false;
+    QTest::newRow("an export behind a stopped one") << true;
+}
+
 void TstAnalyzerExport::resultsThatAreReplacedMeanwhileEndIt()
 {
     ExportDesk desk("text-waits");
     BoxCloser boxes;
     TextGate &texts = desk.texts();
+    QFETCH(bool, isBehindAStoppedOne);
+    if (isBehindAStoppedOne) {
+        texts.held = true;
+        desk.take();
+        QTRY_COMPARE_WITH_TIMEOUT(texts.inside.load(), 1, 30000);
+        QTest::keyClick(desk.progress(), Qt::Key_Escape);
+        texts.held = false;
+        QTRY_VERIFY_WITH_TIMEOUT(!desk.progress()->isVisible(), 30000);
+        QCOMPARE(boxes.seen.count, 0);
+    }
     ResultsGate &gate = desk.desk.manager->gate();
     gate.patience = std::chrono::seconds(30); // the helper may be slow
     texts.held = true;

@@ -4,12 +4,14 @@
 #include "protocol/ResultDesk.h"
 #include "support/GuiTestMain.h"
 #include "support/MenuDriver.h"
+#include "support/StarredTexts.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
 #include <QLayout>
 #include <QMenu>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QToolTip>
 
@@ -18,6 +20,14 @@ namespace {
 QString text(const char *ascii)
 {
     return QString::fromLatin1(ascii);
+}
+
+/// Moves the pointer to a place in the list.
+void pointAt(const ResultDesk &desk, const QPoint &place)
+{
+    QWidget *target = desk.section->view->viewport();
+    QMouseEvent move(QEvent::MouseMove, place, target->mapToGlobal(place), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &move);
 }
 
 /// Turns the wheel over the list, in eighths of a degree. @return whether the list took it
@@ -46,12 +56,14 @@ private slots:
 
     void anAnalyzersFramesAreListedWhenItsWorkerEnds();
     void theListFollowsTheWave();
+    void aMoveOfTheWaveMakesOnePage();
     void aSearchDoesNotFollowTheWave();
     void aSearchShowsItsMatchesAndTheirCount();
     void aSearchWithoutMatchEmptiesTheList();
     void aNewSearchEmptiesTheListAtOnce();
     void aClickMovesTheWaveAndTheRowStaysMarked();
     void aMarkedRowStaysMarkedWhenAWorkerEnds();
+    void aMarkedRowIsForgottenWhenAnalyzersChange();
     void aRowThatIsPressedIsTheOneThatKeysMoveFrom_data();
     void aRowThatIsPressedIsTheOneThatKeysMoveFrom();
     void aClickInASearchMovesTheWaveAlone();
@@ -64,6 +76,8 @@ private slots:
     void enterInTheSearchShowsTheFirstThatWasFound();
     void aKeyLeadsToTheSearchFromAnywhere();
     void choosingTheFormatInUseKeepsTheMarkedRow();
+    void keysOfTheListAreNoShortcutsOfTheWindow_data();
+    void keysOfTheListAreNoShortcutsOfTheWindow();
     void aFrameTellsThatTheListHasTheFocus();
     void copyTakesTheMarkedRowOrThePage();
     void aDoubleClickAsksForTheSettingsOfTheFirstClicksRow();
@@ -71,11 +85,15 @@ private slots:
     void theMenuOfARowCopiesItAndTellsWhoseItIs();
     void theMenuOfAListWithoutAMarkedRowIsAboutThePage();
     void theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll();
+    void theMenuTranslatesTheNamesOfTheAnalyzers();
     void theMenuSaysSoWhenThereIsNone();
     void aFoldedSectionHidesAllButItsTitle();
     void aClearedSectionIsEmptyUntilTheNextReset();
+    void aPageOnItsWayToAClearedSectionIsNotShown();
     void aRowTooLongForItsPlaceHasATip();
     void theTipOfARowStaysWhileThePointerRests();
+    void theTipOfARowIsPlainText();
+    void theTipGoesOffTheRowsAndComesAnewAtAnotherHeightAlone();
     void theViewIsAWholeNumberOfRowsHigh();
     void theRowsEndWithTheView();
     void theListLooksAsTold_data();
@@ -85,6 +103,7 @@ private slots:
     void noPixelLiesBetweenTwoRows_data();
     void noPixelLiesBetweenTwoRows();
     void framesComeWhileTheWorkerRuns();
+    void aFullPageStaysInItsPlaceWhileAWorkerRuns();
     void aSearchGetsOnWhileAWorkerRuns();
     void aRowIsClickedWhileItsFrameIsGoing();
     void aClickOutsideOfTheFramesLocatesTheFirstSample();
@@ -113,6 +132,18 @@ void TstProtocolResult::theListFollowsTheWave()
     desk.wave.zoomSetRatio(0.5);
     desk.wave.setViewStart(99500.0); // fewer frames behind it than rows
     QVERIFY(desk.begins("edge 99200"));
+}
+
+void TstProtocolResult::aMoveOfTheWaveMakesOnePage()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    const QSignalSpy pages(desk.section->findChild<AnalyzerDataGen *>(), &AnalyzerDataGen::listChanged);
+    desk.wave.setViewStart(5050.0); // the bar that follows it asks for nothing
+    QVERIFY(desk.begins("edge 5100"));
+    desk.wave.setViewStart(7050.0);
+    QVERIFY(desk.begins("edge 7100"));
+    QCOMPARE(pages.size(), 2);
 }
 
 void TstProtocolResult::aSearchDoesNotFollowTheWave()
@@ -177,6 +208,20 @@ void TstProtocolResult::aClickMovesTheWaveAndTheRowStaysMarked()
     desk.section->slotWaveMoved(); // the wave settles: now the list begins at its left edge
     QTRY_COMPARE(desk.firstRow(), text("edge 5400"));
     QCOMPARE(desk.section->view->currentRow(), 0);
+}
+
+void TstProtocolResult::aMarkedRowIsForgottenWhenAnalyzersChange()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.add(7));
+    QVERIFY(desk.begins("edge 100"));
+    desk.press(Qt::Key_Down);
+    QCOMPARE(desk.section->view->currentRow(), 0);
+    desk.desk.manager->removeAnalyzer(1);
+    QTRY_COMPARE(desk.section->search->countText(), text("999"));
+    QTRY_COMPARE(desk.section->view->currentRow(), -1);
+    QCOMPARE(desk.firstRow(), text("edge 100"));
 }
 
 void TstProtocolResult::aMarkedRowStaysMarkedWhenAWorkerEnds()
@@ -418,6 +463,34 @@ void TstProtocolResult::choosingTheFormatInUseKeepsTheMarkedRow()
     QCOMPARE(desk.desk.manager->displayFormat(0), int(DisplayBase::Binary));
 }
 
+void TstProtocolResult::keysOfTheListAreNoShortcutsOfTheWindow_data()
+{
+    QTest::addColumn<int>("key");
+    for (const int key : {int(Qt::Key_Up), int(Qt::Key_Down), int(Qt::Key_PageUp), int(Qt::Key_PageDown),
+                          int(Qt::Key_Home), int(Qt::Key_End), int(Qt::Key_Return), int(Qt::Key_Enter),
+                          int(Qt::CTRL) | int(Qt::Key_C), int(Qt::CTRL) | int(Qt::SHIFT) | int(Qt::Key_C)}) {
+        QTest::newRow(qPrintable(QKeySequence(key).toString())) << key;
+    }
+}
+
+void TstProtocolResult::keysOfTheListAreNoShortcutsOfTheWindow()
+{
+    QFETCH(int, key);
+    const ResultDesk desk;
+    const QShortcut ofWindow(QKeySequence(key), desk.section.get());
+    const QSignalSpy taken(&ofWindow, &QShortcut::activated);
+    desk.section->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(desk.section.get()));
+    desk.section->view->setFocus();
+    QTest::keyClick(desk.section->view, Qt::Key(key & ~int(Qt::KeyboardModifierMask)),
+                    Qt::KeyboardModifiers(key & int(Qt::KeyboardModifierMask)));
+    QCOMPARE(taken.size(), 0);
+    desk.section->btnSetting->setFocus();
+    QTest::keyClick(desk.section->btnSetting, Qt::Key(key & ~int(Qt::KeyboardModifierMask)),
+                    Qt::KeyboardModifiers(key & int(Qt::KeyboardModifierMask)));
+    QCOMPARE(taken.size(), 1);
+}
+
 void TstProtocolResult::aFrameTellsThatTheListHasTheFocus()
 {
     const ResultDesk desk;
@@ -569,6 +642,16 @@ void TstProtocolResult::theMenuHidesAnAnalyzerAndKeepsTheEntriesOfAll()
     desk.section->menu->close();
 }
 
+void TstProtocolResult::theMenuTranslatesTheNamesOfTheAnalyzers()
+{
+    const StarredTexts language("Lie", {"Lie"});
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.section->openMenuDig();
+    QCOMPARE(desk.section->menu->actions().constFirst()->text(), text("*Lie"));
+    desk.section->menu->close();
+}
+
 void TstProtocolResult::theMenuSaysSoWhenThereIsNone()
 {
     ResultDesk desk;
@@ -616,24 +699,33 @@ void TstProtocolResult::aClearedSectionIsEmptyUntilTheNextReset()
     QVERIFY(desk.begins("edge 100"));
 }
 
+void TstProtocolResult::aPageOnItsWayToAClearedSectionIsNotShown()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.begins("edge 100"));
+    const QSignalSpy pages(desk.section->findChild<AnalyzerDataGen *>(), &AnalyzerDataGen::listChanged);
+    desk.wave.setViewStart(5050.0);
+    desk.section->clear();
+    QVERIFY(!QTest::qWaitFor([&pages] { return !pages.isEmpty(); }, 20)); // one that was on its way would be here
+    QVERIFY(desk.rows().isEmpty());
+    desk.section->slotWaveMoved();
+    QVERIFY(desk.begins("edge 5100"));
+    QCOMPARE(pages.size(), 1);
+}
+
 void TstProtocolResult::aRowTooLongForItsPlaceHasATip()
 {
     ResultDesk desk;
     QVERIFY(desk.add(0));
     QVERIFY(desk.begins("edge 100"));
     QToolTip::hideText();
-    const auto moveTo = [&desk](int row) {
-        QWidget *target = desk.section->view->viewport();
-        QMouseEvent move(QEvent::MouseMove, desk.placeOf(row), target->mapToGlobal(desk.placeOf(row)), Qt::NoButton,
-                         Qt::NoButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &move);
-    };
-    moveTo(1);
+    pointAt(desk, desk.placeOf(1));
     QVERIFY(!QToolTip::isVisible());
     desk.section->setFixedWidth(40);
     QTRY_VERIFY(desk.section->view->viewport()->width() < 40);
     QVERIFY(desk.section->view->fontMetrics().horizontalAdvance(text("edge 300")) > 34);
-    moveTo(2);
+    pointAt(desk, desk.placeOf(2));
     QTRY_VERIFY(QToolTip::isVisible());
     QCOMPARE(QToolTip::text(), text("edge 300"));
     QToolTip::hideText();
@@ -656,6 +748,42 @@ void TstProtocolResult::theTipOfARowStaysWhileThePointerRests()
         QVERIFY(QToolTip::isVisible());
         QCOMPARE(QToolTip::text(), text("edge 300"));
     }
+    QToolTip::hideText();
+}
+
+void TstProtocolResult::theTipOfARowIsPlainText()
+{
+    const ResultDesk desk;
+    desk.section->setFixedWidth(40);
+    QTRY_VERIFY(desk.section->view->viewport()->width() < 40);
+    qobject_cast<QStringListModel *>(desk.section->view->model())->setStringList({text("<b>0x3C</b> & more")});
+    pointAt(desk, desk.placeOf(0));
+    QVERIFY(QToolTip::isVisible());
+    QCOMPARE(QToolTip::text(), text("&lt;b&gt;0x3C&lt;/b&gt; &amp; more"));
+    QToolTip::hideText();
+}
+
+void TstProtocolResult::theTipGoesOffTheRowsAndComesAnewAtAnotherHeightAlone()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    desk.section->setFixedWidth(40);
+    QTRY_VERIFY(desk.section->view->viewport()->width() < 40);
+    desk.section->search->setText(text("edge 77700"));
+    QTRY_COMPARE(desk.rows().size(), 1);
+    const QPoint onRow = desk.placeOf(0);
+    pointAt(desk, onRow);
+    QVERIFY(QToolTip::isVisible());
+    pointAt(desk, QPoint(onRow.x(), 3 * ResultView::gridHeight())); // below the rows
+    QTRY_VERIFY(!QToolTip::isVisible());
+    pointAt(desk, onRow);
+    QVERIFY(QToolTip::isVisible());
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+    pointAt(desk, onRow + QPoint(4, 0));
+    QVERIFY(!QToolTip::isVisible());
+    pointAt(desk, onRow + QPoint(4, 1));
+    QVERIFY(QToolTip::isVisible());
     QToolTip::hideText();
 }
 
@@ -784,6 +912,25 @@ void TstProtocolResult::framesComeWhileTheWorkerRuns()
     QTRY_COMPARE(desk.section->search->countText(), text("999999"));
     desk.wave.setDataSource(nullptr);
     desk.desk.manager->setCapture(nullptr, 0);
+}
+
+void TstProtocolResult::aFullPageStaysInItsPlaceWhileAWorkerRuns()
+{
+    ResultDesk desk({text("slow")});
+    QVERIFY(desk.add(0));
+    Analyzer *slow = desk.desk.manager->createAnalyzer(1);
+    AnalyzerDesk::lineOf(*slow)->SetChannel(Channel(0, 1));
+    QVERIFY(slow->GetAnalyzerSettings()->ApplyInterfaces());
+    desk.desk.manager->addLibIndex = 1;
+    desk.desk.manager->addAnalyzer(slow); // works until it is stopped
+    QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
+    QVERIFY(desk.begins("edge 100"));
+    desk.section->view->bar->setValue(50 * qlonglong(ResultView::gridHeight())); // away from the wave's left edge
+    QVERIFY(desk.begins("edge 5100"));
+    QMetaObject::invokeMethod(desk.section.get(), "bringNewFrames");
+    QTRY_VERIFY(desk.section->findChild<AnalyzerDataGen *>()->isAtRest());
+    QCOMPARE(desk.firstRow(), text("edge 5100"));
+    QVERIFY(desk.desk.manager->isWorkerRunning(1));
 }
 
 void TstProtocolResult::aSearchGetsOnWhileAWorkerRuns()

@@ -87,7 +87,7 @@ public:
         line.SetKey("line");
         line.SetTitleAndToolTip("Line", "");
         AddInterface(&line);
-        if (lie == "sound" || lie == "exports" || lie == "text-waits") {
+        if (lie == "sound" || lie == "exports" || lie == "text-waits" || lie == "text-throws") {
             AddExportOption(3, "Edges & more");
             AddExportExtension(3, "Text file", "txt");
             AddExportExtension(3, "CSV file", "csv");
