@@ -1,24 +1,20 @@
 #include "controls/Style.h"
 #include "protocol/FaceDesk.h"
 #include "protocol/ProtocolEdit.h"
-#include "settings/Config.h"
-#include "settings/Language.h"
 #include "support/BoxCloser.h"
 #include "support/DialogDriver.h"
 #include "support/GuiTestMain.h"
+#include "support/StarredTexts.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QFile>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QLocale>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTemporaryDir>
 
 #include <atomic>
 #include <memory>
@@ -241,23 +237,10 @@ void TstProtocolEdit::editorsBelowEachOtherAreOfOneWidth()
 
 void TstProtocolEdit::allTextsButThoseOfChannelsAreTranslated()
 {
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("xx.xml")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QByteArray texts;
-    for (const char *text : {"Line", "The line &amp; its edges", "List", "Second", "Number", "A count", "Text", "word",
-                             "Check this &amp; that", "A flag"}) {
-        texts += QByteArray("<t class=\"Face\" src=\"") + text + "\">*" + text + "</t>";
-    }
-    file.write("<language><head><code>xx</code><name>X</name><info>I</info></head><lux/><analyzers>" + texts +
-               "</analyzers></language>");
-    file.close();
-    globalSet(QStringLiteral("userLang"), QStringLiteral("xx"));
-    languageLoadFrom(folder.path(), QLocale::c());
+    const StarredTexts language("Face", {"Line", "The line &amp; its edges", "List", "Second", "Number", "A count",
+                                         "Text", "word", "Check this &amp; that", "A flag"});
     const FaceDesk desk("kinds");
     const ProtocolEdit dialog(false, desk.manager.get(), 0);
-    globalSet(QStringLiteral("userLang"), QStringLiteral("en-US"));
-    languageLoadFrom(folder.path(), QLocale::c());
     QVERIFY(combo(dialog, "Line") != nullptr); // its name is that of the line
     QCOMPARE(combo(dialog, "Line")->toolTip(), QStringLiteral("*The line & its edges"));
     QCOMPARE(combo(dialog, "*List")->currentText(), QStringLiteral("*Second"));

@@ -57,6 +57,7 @@ private slots:
     void anAnalyzersFramesAreListedWhenItsWorkerEnds();
     void theListFollowsTheWave();
     void aMoveOfTheWaveMakesOnePage();
+    void aMoveWithoutACaptureAsksForNothing();
     void aSearchDoesNotFollowTheWave();
     void aSearchShowsItsMatchesAndTheirCount();
     void aSearchWithoutMatchEmptiesTheList();
@@ -144,6 +145,20 @@ void TstProtocolResult::aMoveOfTheWaveMakesOnePage()
     desk.wave.setViewStart(7050.0);
     QVERIFY(desk.begins("edge 7100"));
     QCOMPARE(pages.size(), 2);
+}
+
+void TstProtocolResult::aMoveWithoutACaptureAsksForNothing()
+{
+    ResultDesk desk;
+    QVERIFY(desk.add(0));
+    const auto *list = desk.section->findChild<AnalyzerDataGen *>();
+    QTRY_VERIFY(list->isAtRest());
+    desk.section->slotWaveMoved();
+    QVERIFY(!list->isAtRest());
+    QTRY_VERIFY(list->isAtRest());
+    desk.wave.setDataSource(nullptr);
+    desk.section->slotWaveMoved();
+    QVERIFY(list->isAtRest());
 }
 
 void TstProtocolResult::aSearchDoesNotFollowTheWave()
