@@ -5,6 +5,7 @@
 #include "protocol/ExportDialog.h"
 #include "protocol/ProtocolEdit.h"
 #include "protocol/ProtocolItem.h"
+#include "protocol/ProtocolResult.h"
 #include "protocol/ProtocolSetting.h"
 #include "protocol/ResultView.h"
 #include "protocol/SearchEdit.h"
@@ -21,6 +22,9 @@
 #include <QMessageBox>
 #include <QStringListModel>
 #include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace {
 
@@ -57,6 +61,18 @@ int framesOf(const QByteArray &characters)
     return characters.size() + 1;
 }
 
+/// How often a widget is painted.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget &widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
 } // namespace
 
 /// Analyzers in the window, with the decoders that come with the program: from the menu to the boxes on the wave.
@@ -80,6 +96,9 @@ private slots:
     void framesAreListedFoundAndBroughtIntoView();
     void aDoubleClickOnAFrameOpensItsSettings();
     void aNewCaptureEmptiesTheListAndFillsItAgain();
+    void framesAreBroughtWhileTheDecodersOfANewCaptureWork();
+    void anotherModelEmptiesTheListAndItsSearch();
+    void theWavesArePaintedAnewWhenADecoderHasFoundMore();
     void aSimulatedCaptureCarriesTheTrafficOfItsAnalyzers();
     void framesAreExportedFromTheRowsMenu();
     void aDecoderDuringWhichTheProgramDiedIsOfferedToBeTriedAgain();
@@ -327,6 +346,52 @@ void TstMainWindowAnalyzers::aNewCaptureEmptiesTheListAndFillsItAgain()
     m_dialog->hide();
 }
 
+void TstMainWindowAnalyzers::framesAreBroughtWhileTheDecodersOfANewCaptureWork()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    const auto *results = m_window->findChild<ProtocolResult *>();
+    const auto *newFrames = results->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+    QTRY_VERIFY(!newFrames->isActive()); // all have come
+    serialCapture("Hi");
+    QVERIFY(newFrames->isActive());
+}
+
+void TstMainWindowAnalyzers::anotherModelEmptiesTheListAndItsSearch()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    auto *search = m_window->findChild<SearchEdit *>();
+    QTest::keyClicks(search, QStringLiteral("0x48"));
+    QTRY_COMPARE(listed().size(), 1);
+    m_window->slotDevPreConnect(gDev->model == 8 ? 9 : 8);
+    QVERIFY(listed().isEmpty());
+    QCOMPARE(search->text(), QString());
+    QCOMPARE(search->countText(), QString());
+}
+
+void TstMainWindowAnalyzers::theWavesArePaintedAnewWhenADecoderHasFoundMore()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    PaintCounter paints(*m_window->findChild<WaveView *>()->viewport());
+    const auto comeToRest = [&paints] {
+        do {
+            paints.count = 0;
+            QTest::qWait(0);
+        } while (paints.count > 0);
+    };
+    comeToRest();
+    emit m_window->findChild<AnalyzerManager *>()->analyzerDecodedChanged();
+    QTRY_VERIFY(paints.count > 0);
+    comeToRest();
+    emit m_panel->decodeAdvanced();
+    QTRY_VERIFY(paints.count > 0);
+}
+
 void TstMainWindowAnalyzers::aSimulatedCaptureCarriesTheTrafficOfItsAnalyzers()
 {
     addSerial();
@@ -368,6 +433,13 @@ void TstMainWindowAnalyzers::framesAreExportedFromTheRowsMenu()
     const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
     QCOMPARE(lines.size(), framesOf("Hello"));
     QVERIFY(QString::fromUtf8(lines.at(4)).endsWith(listed().at(4)));
+    const auto isTold = [this] {
+        const auto labels = m_window->findChildren<QLabel *>();
+        return std::any_of(labels.cbegin(), labels.cend(), [](const QLabel *label) {
+            return label->toolTip() == QLatin1String("Saved: frames.txt"); // the status line's
+        });
+    };
+    QTRY_VERIFY(isTold());
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
 }
 

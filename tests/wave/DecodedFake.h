@@ -16,6 +16,7 @@ public:
     std::vector<Made> frames; ///< in the order of their first samples
     std::vector<DecodedMarker> markers;
     bool bubbles = true;
+    bool marks = true;   ///< its markers are shown on the channel
     bool shares = false; ///< its frames with other channels
     mutable int rangeQueries = 0;
     mutable int textQueries = 0;
@@ -57,7 +58,7 @@ public:
         }
         return {m_pointers.data(), std::uint32_t(m_pointers.size())};
     }
-    bool hasMarkers() const override { return !markers.empty(); }
+    bool hasMarkers() const override { return marks && !markers.empty(); }
     std::uint64_t markerCount() const override { return markers.size(); }
     bool markersInRange(std::int64_t first, std::int64_t last, std::uint64_t &firstMarker,
                         std::uint64_t &lastMarker) const override

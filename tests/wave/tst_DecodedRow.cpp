@@ -151,6 +151,7 @@ private slots:
     void markersWithRoomAroundThemAreKept();
     void crowdedMarkersAreLeftOut();
     void severalMarkersInAPixelCrowdThoseBehind();
+    void aDecoderWithoutMarkersOnTheChannelIsNotSearched();
     void aSampleWiderThanAPixelIsTestedByItself();
     void boxesAndMarkersAreThoseOfTheToldWalk_data();
     void boxesAndMarkersAreThoseOfTheToldWalk();
@@ -394,6 +395,15 @@ void TstDecodedRow::severalMarkersInAPixelCrowdThoseBehind()
     DecodedFake far;
     far.mark(101).mark(105).mark(215);
     QCOMPARE(samplesOf(markersOf(far, view)), (std::vector<std::uint64_t>{215}));
+}
+
+void TstDecodedRow::aDecoderWithoutMarkersOnTheChannelIsNotSearched()
+{
+    DecodedFake decoded;
+    decoded.mark(100).mark(500);
+    decoded.marks = false;
+    QVERIFY(markersOf(decoded, oneToOne()).empty());
+    QCOMPARE(decoded.rangeQueries, 0);
 }
 
 void TstDecodedRow::aSampleWiderThanAPixelIsTestedByItself()
