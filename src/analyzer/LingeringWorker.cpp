@@ -37,6 +37,7 @@ bool LingeringWorker::hasLeft()
         return false;
     }
     m_gone = true;
+    item.givenUp.reset();
     if (item.isRead()) {
         keepForEver(); // what a reader has not come out of
     } else {

@@ -84,9 +84,18 @@ void LingeringWorkers::giveUp(SmpData &capture)
     if (!isHeld && m_heldForEver.empty()) {
         return; // also where all of them were given the last one: the next one may be filled by now
     }
-    capture.leaveBehind();
-    m_heldForEver.clear();
+    const std::shared_ptr<const void> trees = capture.leaveBehind();
+    if (!m_heldForEver.empty()) {
+        AnalyzerItem holder;
+        holder.givenUp = trees;
+        keepForEver(std::move(holder));
+        m_heldForEver.clear();
+    }
     for (const Entry &entry : m_workers) {
-        entry.worker->item.capture.reset();
+        AnalyzerItem &item = entry.worker->item;
+        if (item.capture) {
+            item.givenUp = trees; // until it leaves
+            item.capture.reset();
+        }
     }
 }

@@ -27,7 +27,8 @@ public:
     quint64 add(const QString &decoder, AnalyzerItem item);
     /// Waits until all have ended or were left behind: some 2 s at most, without events.
     void endAll();
-    /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them.
+    /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them. Its
+    /// memory is theirs from then on, until the last of them has left.
     void giveUp(SmpData &capture);
 
 signals:

@@ -145,15 +145,14 @@ void SmpData::trim()
     m_slabs->trim();
 }
 
-void SmpData::leaveBehind()
+std::shared_ptr<const void> SmpData::leaveBehind()
 {
     closeToReaders();
     std::fill(m_chnRoots.begin(), m_chnRoots.end(), nullptr);
     std::fill(m_aChnBufs.begin(), m_aChnBufs.end(), nullptr);
-    static auto &kept = *new std::vector<std::unique_ptr<SmpSlabs>>; // until the process ends
-    kept.push_back(std::exchange(m_slabs, std::make_unique<SmpSlabs>()));
     m_smpCount = 0;
     m_trgPos = 0;
+    return std::exchange(m_slabs, std::make_unique<SmpSlabs>());
 }
 
 bool SmpData::adopt(SmpData &other)

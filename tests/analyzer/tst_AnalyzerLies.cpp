@@ -3,6 +3,7 @@
 #include "AnalyzerDesk.h"
 #include "analyzer/AnalyzerDataGen.h"
 #include "plugins/TextGate.h"
+#include "store/MemBudget.h"
 
 #include <atomic>
 #include <chrono>
@@ -29,6 +30,7 @@ private slots:
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind_data();
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
     void aDecoderThatLeavesLateIsNoLiarAndGoesOn();
+    void theMemoryOfACaptureComesBackWhenTheDecoderThatLeavesItLateHasLeft();
     void aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves();
     void textsThatThrowAreEmpty();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data();
@@ -263,6 +265,23 @@ void TstAnalyzerLies::aDecoderThatLeavesLateIsNoLiarAndGoesOn()
     desk.manager->captureReady();
     mayLeave.held = false;
     desk.manager.reset(); // it runs no more
+}
+
+void TstAnalyzerLies::theMemoryOfACaptureComesBackWhenTheDecoderThatLeavesItLateHasLeft()
+{
+    const std::int64_t before = memBudget;
+    AnalyzerDesk desk({QStringLiteral("leaves-late")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    TextGate &mayLeave = *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    mayLeave.held = true;
+    QVERIFY(desk.add());
+    const std::int64_t withCapture = memBudget;
+    QVERIFY(withCapture < before);
+    desk.manager->captureStarts(); // which cannot wait for it
+    QCOMPARE(desk.capture.entryCount(0), std::int64_t(0));
+    QVERIFY2(memBudget == withCapture, "the decoder still reads it");
+    mayLeave.held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(memBudget.load(), before, 20000);
 }
 
 void TstAnalyzerLies::aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves()
