@@ -3,6 +3,7 @@
 #include "store/SmpData.h"
 #include "store/SmpLease.h"
 
+#include <QDeadlineTimer>
 #include <QThread>
 
 #include <algorithm>
@@ -11,8 +12,10 @@
 
 namespace {
 
-constexpr int lookStep = 50;           // ms, between two looks
-constexpr unsigned long lastStep = 10; // ms, the same when there is no event loop any more
+constexpr int lookStep = 50;            // ms, between two looks
+constexpr unsigned long lastStep = 10;  // ms, the same when there is no event loop any more
+constexpr int othersPatience = 10;      // ms, with others who hold a lease and are told to leave
+constexpr unsigned long othersStep = 1; // ms
 
 } // namespace
 
@@ -22,7 +25,14 @@ LingeringWorkers::LingeringWorkers()
     connect(&m_timer, &QTimer::timeout, this, &LingeringWorkers::look);
 }
 
-LingeringWorkers::~LingeringWorkers() = default;
+LingeringWorkers::~LingeringWorkers()
+{
+    for (std::unique_ptr<SmpLease> &lease : m_heldForEver) { // of a store that others still read
+        AnalyzerItem holder;
+        holder.capture = std::move(lease);
+        keepForEver(std::move(holder));
+    }
+}
 
 quint64 LingeringWorkers::add(const QString &decoder, AnalyzerItem item)
 {
@@ -77,25 +87,50 @@ void LingeringWorkers::endAll()
     }
 }
 
+std::vector<std::unique_ptr<SmpLease> *> LingeringWorkers::leasesOf(const SmpData &capture)
+{
+    std::vector<std::unique_ptr<SmpLease> *> leases;
+    const auto addIfOf = [&](std::unique_ptr<SmpLease> &lease) {
+        if (lease && lease->isOf(capture)) {
+            leases.push_back(&lease);
+        }
+    };
+    for (const Entry &entry : m_workers) {
+        addIfOf(entry.worker->item.capture);
+    }
+    for (std::unique_ptr<SmpLease> &lease : m_heldForEver) {
+        addIfOf(lease);
+    }
+    return leases;
+}
+
 void LingeringWorkers::giveUp(SmpData &capture)
 {
-    const bool isHeld = std::any_of(m_workers.begin(), m_workers.end(),
-                                    [](const Entry &entry) { return entry.worker->item.capture != nullptr; });
-    if (!isHeld && m_heldForEver.empty()) {
+    const auto leases = leasesOf(capture);
+    if (leases.empty()) {
         return; // also where all of them were given the last one: the next one may be filled by now
     }
+    capture.closeToReaders();
+    const QDeadlineTimer until(othersPatience);
+    while (capture.leaseCount() > int(leases.size())) {
+        if (until.hasExpired()) {
+            return; // others still read it: who writes waits for them, and for these
+        }
+        QThread::msleep(othersStep);
+    }
     const std::shared_ptr<const void> trees = capture.leaveBehind();
-    if (!m_heldForEver.empty()) {
+    for (const Entry &entry : m_workers) {
+        AnalyzerItem &item = entry.worker->item;
+        if (item.capture && item.capture->isOf(capture)) {
+            item.givenUp = trees; // until it leaves
+        }
+    }
+    for (std::unique_ptr<SmpLease> *lease : leases) {
+        lease->reset();
+    }
+    if (std::erase(m_heldForEver, nullptr) > 0) {
         AnalyzerItem holder;
         holder.givenUp = trees;
         keepForEver(std::move(holder));
-        m_heldForEver.clear();
-    }
-    for (const Entry &entry : m_workers) {
-        AnalyzerItem &item = entry.worker->item;
-        if (item.capture) {
-            item.givenUp = trees; // until it leaves
-            item.capture.reset();
-        }
     }
 }

@@ -28,7 +28,8 @@ public:
     /// Waits until all have ended or were left behind: some 2 s at most, without events.
     void endAll();
     /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them. Its
-    /// memory is theirs from then on, until the last of them has left.
+    /// memory is theirs from then on, until the last of them has left. While others hold leases too nothing is given
+    /// up.
     void giveUp(SmpData &capture);
 
 signals:
@@ -47,6 +48,8 @@ private:
     };
 
     void look();
+    /// Their admissions to this capture, where they are held.
+    [[nodiscard]] std::vector<std::unique_ptr<SmpLease> *> leasesOf(const SmpData &capture);
     /// Takes the admission of one that is left behind.
     void hold(LingeringWorker &worker);
 

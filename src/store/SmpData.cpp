@@ -59,6 +59,25 @@ SmpReadLock::~SmpReadLock()
     }
 }
 
+namespace {
+
+/// Waits until no reader of a frame is left in a store that admits none. @return false at the deadline
+bool waitForFrames(const std::atomic<int> &readers, std::chrono::steady_clock::time_point deadline)
+{
+    // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
+    // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
+    constexpr std::chrono::microseconds again(200);
+    while (readers.load(std::memory_order_seq_cst) != 0) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(again);
+    }
+    return true;
+}
+
+} // namespace
+
 void SmpData::closeToReaders()
 {
     m_complete.store(false, std::memory_order_seq_cst);
@@ -76,19 +95,7 @@ bool SmpData::open(std::chrono::milliseconds most)
 {
     const auto deadline = std::chrono::steady_clock::now() + most;
     closeToReaders();
-    if (!m_leases->waitUntil(deadline)) {
-        return false;
-    }
-    // Asked again and again, since readers stay for one frame at most: where there is no futex, as on Windows, g++ 12's
-    // wait of an atomic can miss its wake-up, and the writer would then wait for ever.
-    constexpr std::chrono::microseconds again(200);
-    while (m_readers.load(std::memory_order_seq_cst) != 0) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(again);
-    }
-    return true;
+    return m_leases->waitUntil(deadline) && waitForFrames(m_readers, deadline);
 }
 
 void SmpData::readmit()
@@ -148,6 +155,7 @@ void SmpData::trim()
 std::shared_ptr<const void> SmpData::leaveBehind()
 {
     closeToReaders();
+    waitForFrames(m_readers, std::chrono::steady_clock::time_point::max());
     std::fill(m_chnRoots.begin(), m_chnRoots.end(), nullptr);
     std::fill(m_aChnBufs.begin(), m_aChnBufs.end(), nullptr);
     m_smpCount = 0;

@@ -125,8 +125,8 @@ public:
     /// open(), then gives every block and credits `memBudget`; `smpCount` and `trgPos` become 0. The next capture takes
     /// the memory first; what it leaves goes back to the system with finish(), readmit() or trim().
     void clear();
-    /// Gives up the trees without freeing them: for a reader that does not leave, which may go on with them. No capture
-    /// is here then. The reader's own lock may be released afterwards.
+    /// Gives up the trees without freeing them: for holders of leases who do not leave and may go on with them, all
+    /// that there are. Waits for readers of a frame. No capture is here then; the leases may be released afterwards.
     /// @return what owns the trees, whose bytes stay charged as long as it lives; may go on any thread
     [[nodiscard]] std::shared_ptr<const void> leaveBehind();
     /// Gives memory that holds no block back to the system, if it is much on a thread that does nothing else. For a

@@ -27,6 +27,8 @@ public:
 
     /// True while admitted.
     explicit operator bool() const { return m_data != nullptr; }
+    /// Whether it admits to this store.
+    [[nodiscard]] bool isOf(const SmpData &data) const { return m_data == &data; }
     /// True when the holder must leave. False without admission. Cost: one atomic load.
     [[nodiscard]] bool writerWaits() const;
     /// Gives the admission up. Waits for a call of `writerCame` that is under way on another thread, so that nothing

@@ -4,6 +4,7 @@
 #include "analyzer/AnalyzerDataGen.h"
 #include "plugins/TextGate.h"
 #include "store/MemBudget.h"
+#include "store/SmpLease.h"
 
 #include <atomic>
 #include <chrono>
@@ -31,6 +32,7 @@ private slots:
     void aDecoderThatNeverLeavesIsTakenOutAndLeftBehind();
     void aDecoderThatLeavesLateIsNoLiarAndGoesOn();
     void theMemoryOfACaptureComesBackWhenTheDecoderThatLeavesItLateHasLeft();
+    void aCaptureThatOthersReadIsNotTakenFromThemForADecoderThatDoesNotLeave();
     void aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves();
     void textsThatThrowAreEmpty();
     void textsAndValuesThatThrowAreToldAndTakeTheAnalyzerOutOfUse_data();
@@ -282,6 +284,25 @@ void TstAnalyzerLies::theMemoryOfACaptureComesBackWhenTheDecoderThatLeavesItLate
     QVERIFY2(memBudget == withCapture, "the decoder still reads it");
     mayLeave.held = false;
     QTRY_COMPARE_WITH_TIMEOUT(memBudget.load(), before, 20000);
+}
+
+void TstAnalyzerLies::aCaptureThatOthersReadIsNotTakenFromThemForADecoderThatDoesNotLeave()
+{
+    AnalyzerDesk desk({QStringLiteral("leaves-late")});
+    QLibrary file(desk.manager->foundLibraries().at(0).path);
+    TextGate &mayLeave = *reinterpret_cast<TextGate *(*)()>(file.resolve("TextGateOf"))();
+    mayLeave.held = true;
+    QVERIFY(desk.add());
+    const std::int64_t entries = desk.capture.entryCount(0);
+    SmpLease other(&desk.capture); // as of a file that is being written
+    QVERIFY(bool(other));
+    desk.manager->setCapture(nullptr, 0);
+    QVERIFY(other.writerWaits());
+    QCOMPARE(desk.capture.entryCount(0), entries);
+    other.release();
+    mayLeave.held = false;
+    QTRY_COMPARE_WITH_TIMEOUT(desk.capture.leaseCount(), 0, 20000);
+    QCOMPARE(desk.capture.entryCount(0), entries);
 }
 
 void TstAnalyzerLies::aMachineThatStandsStillMakesNoLiarOfADecoderThatLeaves()

@@ -29,6 +29,8 @@ private slots:
     void aReadmittedStoreTellsTheNextWriterAnew();
     void aRetiredStoreGoesAtOnceWhenNobodyReads();
     void aRetiredStoreLastsAsLongAsItIsRead();
+    void readersOfAFrameAreWaitedForBeforeACaptureIsLeftBehind();
+    void whatIsLeftBehindLastsAsLongAsItsOwner();
     void readersNeverSeeACaptureThatAWriterTouches();
 
 private:
@@ -229,6 +231,48 @@ void TstSmpLease::aRetiredStoreLastsAsLongAsItIsRead()
     QVERIFY(memBudget < ample);
     lease.reset();
     QTRY_COMPARE(memBudget.load(), ample);
+}
+
+void TstSmpLease::readersOfAFrameAreWaitedForBeforeACaptureIsLeftBehind()
+{
+    SmpData data(1, 0);
+    captures::close(data, {{5}}, 10);
+    std::atomic<bool> reads{false};
+    std::atomic<bool> left{false};
+    int torn = 0;
+    std::thread reader([&] {
+        const SmpReadLock lock(&data);
+        reads = bool(lock);
+        while (data.complete()) {
+            std::this_thread::yield();
+        }
+        for (int i = 0; i < 100'000; ++i) {
+            torn += data.nextEdge(0, 0) == 5 ? 0 : 1;
+        }
+        left = true;
+    });
+    while (!reads) {
+        std::this_thread::yield();
+    }
+    const std::shared_ptr<const void> trees = data.leaveBehind();
+    const bool wasLeft = left;
+    reader.join();
+    QVERIFY(wasLeft);
+    QCOMPARE(torn, 0);
+}
+
+void TstSmpLease::whatIsLeftBehindLastsAsLongAsItsOwner()
+{
+    SmpData data(1, 0);
+    captures::close(data, {{5}}, 10);
+    const SmpEdgeRoot &root = *data.chnRoots()[0];
+    const std::int64_t charged = memBudget;
+    std::shared_ptr<const void> trees = data.leaveBehind();
+    QCOMPARE(data.entryCount(0), std::int64_t(0));
+    QCOMPARE(memBudget.load(), charged);
+    QCOMPARE(root.mids[0]->leaves[0]->position(0), std::int64_t(5));
+    trees.reset();
+    QCOMPARE(memBudget.load(), ample);
 }
 
 void TstSmpLease::readersNeverSeeACaptureThatAWriterTouches()
