@@ -57,6 +57,7 @@ void AnalyzerManager::setCapture(SmpData *capture, std::uint32_t deviceCode)
 
 void AnalyzerManager::captureReady()
 {
+    m_awaitsCapture = false;
     m_runs.takeCapture();
     const ResultsChange change = m_runs.prepareModify();
     std::vector<const Analyzer *> all;
@@ -71,8 +72,16 @@ void AnalyzerManager::captureReady()
     }
 }
 
+void AnalyzerManager::captureFailed()
+{
+    if (m_awaitsCapture) {
+        captureReady();
+    }
+}
+
 void AnalyzerManager::captureStarts()
 {
+    m_awaitsCapture = true;
     m_runs.stopAll();
     m_runs.leaveCapture();
     const ResultsChange change = m_runs.prepareModify();

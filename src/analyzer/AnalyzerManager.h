@@ -51,6 +51,9 @@ public:
     /// A capture is about to fill the store: stops all workers, drops all results, and tells the simulation who is to
     /// drive channels.
     void captureStarts();
+    /// The capture that was to start has failed, or was stopped before it began: decodes what the store has, which may
+    /// be the last one. Nothing when it is ready, or none was to start.
+    void captureFailed();
 
     // ---- the list --------------------------------------------------------------------------------------------------
 
@@ -136,6 +139,7 @@ private:
     AnalyzerSimulation m_simulation;
     AnalyzerMaker m_maker;
     AnalyzerRuns m_runs;
+    bool m_awaitsCapture = false;                   ///< captureStarts(), and nothing since
     QTimer m_watchTimer;                            ///< lookAfterReaders()
     WatchedTime m_readTime;                         ///< of the readers of results
     std::unique_ptr<ExportDataProMng> exportThread; ///< null when idle

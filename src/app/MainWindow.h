@@ -126,6 +126,9 @@ private:
     void startCapture();
     void showRunError(int sta, int err, int n);
     void showRunState(int sta, int n);
+    /// Behind a capture that has ended without data: the analyzers decode what is in the store, which may be the last
+    /// one.
+    void decodeLastCapture();
     /// True when there is something that the view can zoom in and move through.
     [[nodiscard]] bool hasView() const;
 

@@ -22,10 +22,16 @@
 #include "wave/TimeView.h"
 #include "wave/WaveDataGen.h"
 
+#include <QTimer>
+
 #include <algorithm>
 
 void MainWindow::slotDevSmpStaShow(int sta, int err, int n)
 {
+    if (err != 0 || sta == smpState::done) {
+        // Behind the capture's data, where there is some.
+        QTimer::singleShot(0, this, &MainWindow::decodeLastCapture);
+    }
     if (err != 0) {
         showRunError(sta, err, n);
     } else {
@@ -108,6 +114,14 @@ void MainWindow::slotSmpDataReady()
     }
     analyzerMgr->captureReady();
     protocolResult->followWorkers();
+}
+
+void MainWindow::decodeLastCapture()
+{
+    if (!gDev->isCapturing()) {
+        analyzerMgr->captureFailed();
+        protocolResult->followWorkers();
+    }
 }
 
 bool MainWindow::hasView() const

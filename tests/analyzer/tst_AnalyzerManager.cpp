@@ -195,6 +195,7 @@ private slots:
     void aNewCaptureIsDecodedByEachAnalyzer();
     void aNewCaptureAndTheEndStoreNothing();
     void theStartOfACaptureStopsAllAndDropsTheResults();
+    void theLastCaptureIsDecodedAgainWhenTheNextOneFails();
     void aRestartTakesTheNewSettings();
     void aRestartIsStoredAndToldBeforeItRuns();
     void whoHearsOfAStartMayChangeTheList();
@@ -386,6 +387,26 @@ void TstAnalyzerManager::theStartOfACaptureStopsAllAndDropsTheResults()
     QVERIFY(!desk.manager->isWorkerRunning(0));
     QCOMPARE(desk.frames(), 0U);
     desk.capture.clear(); // waits for readers: none is left
+}
+
+void TstAnalyzerManager::theLastCaptureIsDecodedAgainWhenTheNextOneFails()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    QVERIFY(desk.waitForWorkers());
+    desk.manager->captureStarts();
+    QCOMPARE(desk.frames(), 0U);
+    desk.manager->captureFailed();
+    QVERIFY(desk.waitForWorkers());
+    QCOMPARE(desk.frames(), std::uint64_t(desk.capture.entryCount(0) - 1));
+
+    int starts = 0;
+    connect(desk.manager.get(), &AnalyzerManager::analyzerStarted, this, [&starts] { ++starts; });
+    desk.manager->captureFailed(); // a note of one that has ended
+    desk.manager->captureStarts();
+    desk.manager->captureReady();
+    desk.manager->captureFailed(); // whose data has come
+    QCOMPARE(starts, 1);
 }
 
 void TstAnalyzerManager::aRestartTakesTheNewSettings()

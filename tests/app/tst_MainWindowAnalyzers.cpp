@@ -99,6 +99,7 @@ private slots:
     void framesAreBroughtWhileTheDecodersOfANewCaptureWork();
     void anotherModelEmptiesTheListAndItsSearch();
     void theWavesArePaintedAnewWhenADecoderHasFoundMore();
+    void framesOfTheLastCaptureComeBackWhenTheNextOneFails();
     void aSimulatedCaptureCarriesTheTrafficOfItsAnalyzers();
     void framesAreExportedFromTheRowsMenu();
     void aDecoderDuringWhichTheProgramDiedIsOfferedToBeTriedAgain();
@@ -390,6 +391,25 @@ void TstMainWindowAnalyzers::theWavesArePaintedAnewWhenADecoderHasFoundMore()
     comeToRest();
     emit m_panel->decodeAdvanced();
     QTRY_VERIFY(paints.count > 0);
+}
+
+void TstMainWindowAnalyzers::framesOfTheLastCaptureComeBackWhenTheNextOneFails()
+{
+    serialCapture("Hello");
+    addSerial();
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    emit gDev->sigCaptureStarts();
+    m_window->slotDevSmpStaShow(0, 0, 0);
+    QVERIFY(listed().isEmpty());
+    m_window->slotDevSmpStaShow(2, 7, 0); // an instrument that waits for its trigger, and is told off
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+
+    emit gDev->sigCaptureStarts();
+    m_window->slotDevSmpStaShow(0, 0, 0);
+    QVERIFY(listed().isEmpty());
+    m_window->slotDevSmpStaShow(smpState::done, 0, 0); // one that is stopped while it is being set up
+    QTRY_COMPARE(listed().size(), framesOf("Hello"));
+    m_dialog->hide();
 }
 
 void TstMainWindowAnalyzers::aSimulatedCaptureCarriesTheTrafficOfItsAnalyzers()
