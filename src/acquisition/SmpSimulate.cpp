@@ -266,7 +266,8 @@ void SmpSimulate::takeFromSource(Block &block)
         return;
     }
     for (const SimulationChannel &channel : block.source) {
-        if (channel.chn < 0 || std::size_t(channel.chn) >= m_settings.enable.size()) {
+        const bool isThere = channel.chn >= 0 && std::size_t(channel.chn) < m_settings.enable.size();
+        if (!isThere || m_settings.enable[std::size_t(channel.chn)] == 0) {
             continue;
         }
         const bool high = channel.initialLevel != 0;

@@ -682,6 +682,7 @@ void TstSmpSimulate::dataForAChannelThatIsNotCapturedIsPassedOver()
     bench.settings.enable = {1, 0};
     QVERIFY(bench.run(&source));
     QCOMPARE(bench.smpData->entryCount(1), std::int64_t(0));
+    QCOMPARE(bench.smpData->startLevels(), std::uint64_t(0));
     QVERIFY(bench.smpData->entryCount(0) > 5);
     QCOMPARE(bench.smpData->sampleCount(), std::int64_t(20000));
 }
