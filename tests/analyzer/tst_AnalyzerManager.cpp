@@ -193,6 +193,7 @@ private slots:
     void needsRestartRunsTheWorkerAgainAndTellsAfterwards();
     void aFileNameOutOfRangeIsEmpty();
     void aNewCaptureIsDecodedByEachAnalyzer();
+    void aDecoderIsToldLengthRateAndTriggerOfEachCapture();
     void aNewCaptureAndTheEndStoreNothing();
     void theStartOfACaptureStopsAllAndDropsTheResults();
     void theLastCaptureIsDecodedAgainWhenTheNextOneFails();
@@ -364,6 +365,21 @@ void TstAnalyzerManager::aNewCaptureIsDecodedByEachAnalyzer()
     QVERIFY(desk.waitForWorkers());
     QCOMPARE(desk.frames(0), std::uint64_t(desk.capture.entryCount(0) - 1));
     QCOMPARE(desk.frames(1), std::uint64_t(desk.capture.entryCount(1) - 1));
+}
+
+void TstAnalyzerManager::aDecoderIsToldLengthRateAndTriggerOfEachCapture()
+{
+    AnalyzerDesk desk({sound});
+    QVERIFY(desk.add(0));
+    for (const CaptureBuilder &capture : {CaptureBuilder{5000, 25'000'000, 100, 1234}, CaptureBuilder{3000, 1000}}) {
+        desk.manager->captureStarts();
+        capture.fill(desk.capture);
+        desk.manager->captureReady();
+        QVERIFY(desk.waitForWorkers());
+        QCOMPARE(desk.results()->GetSampleCount(), capture.samples);
+        QCOMPARE(desk.results()->GetSampleRate(), capture.rate);
+        QCOMPARE(desk.results()->GetTriggerSample(), capture.trigger);
+    }
 }
 
 void TstAnalyzerManager::aNewCaptureAndTheEndStoreNothing()
