@@ -64,6 +64,7 @@ void SmpSimulate::startRun(const SimulationSettings &settings, SimulationSource 
     abort.store(false, std::memory_order_release);
     m_busy.store(true, std::memory_order_release);
     if (!launch()) {
+        m_host.smpData->readmit(); // the last capture can be read again
         m_busy.store(false, std::memory_order_release);
         m_host.report(smpState::starting, smpError::noMemory, 0);
     }
