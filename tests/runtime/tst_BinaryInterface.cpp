@@ -5,6 +5,7 @@
 #include <QStandardPaths>
 #include <QtTest>
 
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -26,8 +27,44 @@ static_assert(sizeof(AnalyzerSettingInterfaceInteger) == 3 * sizeof(void *));
 static_assert(sizeof(AnalyzerSettingInterfaceText) == 3 * sizeof(void *));
 static_assert(sizeof(AnalyzerSettingInterfaceBool) == 3 * sizeof(void *));
 
+// What decoders derive from, have as members, or are handed and look into by themselves.
+static_assert(sizeof(lux::DecoderBase) == 3 * sizeof(void *));
+static_assert(sizeof(lux::Results) == 3 * sizeof(void *));
+static_assert(sizeof(lux::Settings) == 3 * sizeof(void *));
+static_assert(sizeof(lux::ChannelSetting) == sizeof(void *));
+static_assert(sizeof(lux::IntegerSetting) == sizeof(void *));
+static_assert(sizeof(lux::NumberListSetting) == sizeof(void *));
+static_assert(sizeof(lux::TextSetting) == sizeof(void *));
+static_assert(sizeof(lux::BoolSetting) == sizeof(void *));
+static_assert(sizeof(lux::IntegerSetting::Range) == 8 && offsetof(lux::IntegerSetting::Range, most) == 4);
+static_assert(offsetof(lux::Choice, number) == 0 && offsetof(lux::Choice, word) == 8);
+static_assert(offsetof(lux::Choice, text) == 16 && offsetof(lux::Choice, toolTip) == 24 && sizeof(lux::Choice) == 32);
+static_assert(sizeof(lux::ShortText) == 96);
+static_assert(sizeof(lux::FrameText) == 32);
+static_assert(sizeof(lux::FrameValues) == sizeof(void *));
+static_assert(sizeof(lux::ExportWriter) == sizeof(void *));
+static_assert(sizeof(lux::Simulation) == sizeof(void *));
+static_assert(sizeof(lux::SimulationLine) == 16);
+
 #ifdef __linux__
 namespace {
+
+// What a decoder overrides is not for others to name.
+struct DecoderTable : lux::DecoderBase {
+    using DecoderBase::decode;
+    using DecoderBase::makeResults;
+    using DecoderBase::simulate;
+};
+struct ResultsTable : lux::Results {
+    using Results::columns;
+    using Results::describe;
+    using Results::exportFile;
+    using Results::values;
+};
+struct SettingsTable : lux::Settings {
+    using Settings::channelsMayBeShared;
+    using Settings::check;
+};
 
 /// The index of a virtual operation in its table: a pointer to it holds the offset, plus 1.
 template<class Operation>
@@ -92,6 +129,15 @@ void TstBinaryInterface::theTablesAreInTheirOrder()
     QCOMPARE(slotOf(&AnalyzerResults::BuildMessageText), 5);
     QCOMPARE(slotOf(&AnalyzerResults::BuildGroupText), 6);
     QCOMPARE(slotOf(&AnalyzerResults::BuildFrameValues), 7);
+    QCOMPARE(slotOf(&DecoderTable::decode), 9);
+    QCOMPARE(slotOf(&DecoderTable::simulate), 10);
+    QCOMPARE(slotOf(&DecoderTable::makeResults), 11);
+    QCOMPARE(slotOf(&ResultsTable::describe), 8);
+    QCOMPARE(slotOf(&ResultsTable::values), 9);
+    QCOMPARE(slotOf(&ResultsTable::columns), 10);
+    QCOMPARE(slotOf(&ResultsTable::exportFile), 11);
+    QCOMPARE(slotOf(&SettingsTable::check), 6);
+    QCOMPARE(slotOf(&SettingsTable::channelsMayBeShared), 7);
     QCOMPARE(slotOf(&ProgressManager::StartWorker), 0);
     QCOMPARE(slotOf(&ProgressManager::WorkerEnded), 1);
     QCOMPARE(slotOf(&ProgressManager::SetProgress), 2);
