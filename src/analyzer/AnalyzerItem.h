@@ -43,7 +43,6 @@ struct AnalyzerItem : AnalyzerLib {
     // While a worker runs:
     std::shared_ptr<CaptureView> view;
     std::unique_ptr<SmpLease> capture;
-    std::shared_ptr<const void> givenUp;      ///< the capture's memory, when its store has given it up to this worker
     std::unique_ptr<AnalyzerProgMng> progMng; ///< never null; idle without a worker
 
     AnalyzerItem();

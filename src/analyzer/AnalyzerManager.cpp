@@ -83,7 +83,6 @@ void AnalyzerManager::captureStarts()
 {
     m_awaitsCapture = true;
     m_runs.stopAll();
-    m_runs.leaveCapture();
     const ResultsChange change = m_runs.prepareModify();
     for (AnalyzerItem &item : items) {
         m_runs.leaveResults(item);

@@ -43,9 +43,6 @@ AnalyzerRuns::AnalyzerRuns(const Parts &parts)
 void AnalyzerRuns::setCapture(SmpData *capture, std::uint32_t deviceCode)
 {
     stopAll();
-    if (capture != m_capture) {
-        leaveCapture();
-    }
     m_capture = capture;
     deviceView = std::make_shared<CaptureView>();
     DeviceCollection &device = deviceView->device;
@@ -59,13 +56,6 @@ void AnalyzerRuns::setCapture(SmpData *capture, std::uint32_t deviceCode)
         device.smpFrequ = capture->smpFrequ();
         device.trgPos = capture->trgPos();
         device.chnCount = capture->chnCount;
-    }
-}
-
-void AnalyzerRuns::leaveCapture()
-{
-    if (m_capture != nullptr) {
-        m_lingering.giveUp(*m_capture);
     }
 }
 
@@ -177,7 +167,6 @@ void AnalyzerRuns::endAll()
     }
     items.clear(); // none of them waits for one of those
     m_lingering.endAll();
-    leaveCapture();
     for (AnalyzerItem &item : m_read) {
         if (item.isRead()) {
             keepForEver(std::move(item));

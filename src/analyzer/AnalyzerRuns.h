@@ -39,8 +39,6 @@ public:
     void setCapture(SmpData *capture, std::uint32_t deviceCode);
     /// The same capture with other data.
     void takeCapture() { setCapture(m_capture, deviceView->device.deviceCode); }
-    /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them.
-    void leaveCapture();
 
     /// The user starts it: one run on the present capture, by whatever it was out of use.
     void start(AnalyzerItem &item);

@@ -37,14 +37,13 @@ bool LingeringWorker::hasLeft()
         return false;
     }
     m_gone = true;
-    item.givenUp.reset();
+    item.capture.reset();
     if (item.isRead()) {
-        keepForEver(); // what a reader has not come out of
+        keepForEver(std::move(item)); // what a reader has not come out of
     } else {
         item.progMng.reset();
         (void)pluginFault([this] { item.analyzer.reset(); });
     }
-    item.capture.reset();
     return true;
 }
 
@@ -70,15 +69,7 @@ void LingeringWorker::leaveBehind()
 {
     m_gone = true;
     LeftBehind::note();
-    keepForEver();
-}
-
-void LingeringWorker::keepForEver()
-{
-    std::unique_ptr<SmpLease> capture = std::move(item.capture);
-    ::keepForEver(std::move(item));
-    item = AnalyzerItem();
-    item.capture = std::move(capture);
+    keepForEver(std::move(item));
 }
 
 void keepForEver(AnalyzerItem item)

@@ -9,8 +9,8 @@
 ///
 /// It has two seconds to leave, as looks count them; if it is not gone by then it is left behind: thread, analyzer and
 /// results are then never freed. Nothing is ended by force, which no code of a plug-in is made for: who catches
-/// everything, or is in what must not throw, would end the program with it. Its admission to the capture stays in
-/// `item` for the owner, who has the store give the capture up before that is replaced or goes.
+/// everything, or is in what must not throw, would end the program with it. Whoever writes the next capture does not
+/// wait for it: the trees of this one are then its own.
 struct LingeringWorker {
     enum class State { Waiting, Ended, LeftBehind };
 
@@ -30,8 +30,6 @@ struct LingeringWorker {
 private:
     [[nodiscard]] bool hasLeft();
     void leaveBehind();
-    /// All but the admission to the capture.
-    void keepForEver();
 
     WatchedTime m_time;
     bool m_gone = false; ///< ended or left behind

@@ -9,13 +9,8 @@
 #include <memory>
 #include <vector>
 
-class SmpData;
-
 /// The workers that did not leave when they were asked to. Looks after them every now and then while the event loop
 /// runs. Main thread.
-///
-/// Their admissions to a capture, and those of the workers that were left behind in it, stay here until the capture's
-/// owner wants it back: giveUp().
 class LingeringWorkers : public QObject {
     Q_OBJECT
 public:
@@ -27,10 +22,6 @@ public:
     quint64 add(const QString &decoder, AnalyzerItem item);
     /// Waits until all have ended or were left behind: some 2 s at most, without events.
     void endAll();
-    /// The capture is about to be replaced or to go: when workers are left in it, the store gives it up to them. Its
-    /// memory is theirs from then on, until the last of them has left. While others hold leases too nothing is given
-    /// up.
-    void giveUp(SmpData &capture);
 
 signals:
     /// It has left by itself, within its time.
@@ -48,13 +39,8 @@ private:
     };
 
     void look();
-    /// Their admissions to this capture, where they are held.
-    [[nodiscard]] std::vector<std::unique_ptr<SmpLease> *> leasesOf(const SmpData &capture);
-    /// Takes the admission of one that is left behind.
-    void hold(LingeringWorker &worker);
 
     std::vector<Entry> m_workers;
     quint64 m_lastNumber = 0;
-    std::vector<std::unique_ptr<SmpLease>> m_heldForEver; ///< of workers that were left behind
     QTimer m_timer;
 };

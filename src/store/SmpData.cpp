@@ -15,7 +15,7 @@ using namespace smpBlocks;
 SmpData::SmpData(int chns, int aChns)
     : chnCount(std::max(chns, 0)),
       aChnCount(std::max(aChns, 0)),
-      m_leases(std::make_unique<SmpLeaseList>()),
+      m_leases(std::make_shared<SmpLeaseList>()),
       m_slabs(std::make_unique<SmpSlabs>()),
       m_chnRoots(std::size_t(chnCount), nullptr),
       m_aChnBufs(std::size_t(aChnCount), nullptr),
@@ -95,7 +95,13 @@ bool SmpData::open(std::chrono::milliseconds most)
 {
     const auto deadline = std::chrono::steady_clock::now() + most;
     closeToReaders();
-    return m_leases->waitUntil(deadline) && waitForFrames(m_readers, deadline);
+    if (!m_leases->waitUntil(deadline) || !waitForFrames(m_readers, deadline)) {
+        return false;
+    }
+    if (m_leases->count() > 0) {
+        leaveTrees();
+    }
+    return true;
 }
 
 void SmpData::readmit()
@@ -152,15 +158,14 @@ void SmpData::trim()
     m_slabs->trim();
 }
 
-std::shared_ptr<const void> SmpData::leaveBehind()
+/// To those who have resigned: nobody else is here any more.
+void SmpData::leaveTrees()
 {
-    closeToReaders();
-    waitForFrames(m_readers, std::chrono::steady_clock::time_point::max());
     std::fill(m_chnRoots.begin(), m_chnRoots.end(), nullptr);
     std::fill(m_aChnBufs.begin(), m_aChnBufs.end(), nullptr);
     m_smpCount = 0;
     m_trgPos = 0;
-    return std::exchange(m_slabs, std::make_unique<SmpSlabs>());
+    m_leases->leaveTo(std::exchange(m_slabs, std::make_unique<SmpSlabs>()));
 }
 
 bool SmpData::adopt(SmpData &other)

@@ -125,10 +125,6 @@ public:
     /// open(), then gives every block and credits `memBudget`; `smpCount` and `trgPos` become 0. The next capture takes
     /// the memory first; what it leaves goes back to the system with finish(), readmit() or trim().
     void clear();
-    /// Gives up the trees without freeing them: for holders of leases who do not leave and may go on with them, all
-    /// that there are. Waits for readers of a frame. No capture is here then; the leases may be released afterwards.
-    /// @return what owns the trees, whose bytes stay charged as long as it lives; may go on any thread
-    [[nodiscard]] std::shared_ptr<const void> leaveBehind();
     /// Gives memory that holds no block back to the system, if it is much on a thread that does nothing else. For a
     /// capture that is cleared or begun and not finished.
     void trim();
@@ -222,6 +218,7 @@ private:
         std::uint64_t records = 0; ///< records since the capture's start
     };
 
+    void leaveTrees();
     void freeChannel(int chn);
     void closeChannel(SmpEdgeRoot &root, int level);
     [[nodiscard]] SmpEdgeLeaf *writableLeaf(SmpEdgeRoot &root);
@@ -247,8 +244,8 @@ private:
     void startSlices();
     void learnStartLevels(std::span<const std::uint8_t> bytes);
 
-    std::unique_ptr<SmpLeaseList> m_leases;
-    std::unique_ptr<SmpSlabs> m_slabs; ///< the memory of all blocks
+    std::shared_ptr<SmpLeaseList> m_leases; ///< also the leases'
+    std::unique_ptr<SmpSlabs> m_slabs;      ///< the memory of all blocks
     std::vector<SmpEdgeRoot *> m_chnRoots;
     std::vector<SmpAChnBuffer *> m_aChnBufs;
     std::int64_t m_smpCount = 0;

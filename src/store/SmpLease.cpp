@@ -15,6 +15,7 @@ SmpLease::SmpLease(const SmpData *data, std::function<void()> writerCame)
     m_holder->writerCame = std::move(writerCame);
     if (data->m_leases->add(m_holder, [data] { return data->complete(); })) {
         m_data = data;
+        m_list = data->m_leases;
     }
 }
 
@@ -28,10 +29,20 @@ bool SmpLease::writerWaits() const
     return m_data != nullptr && !m_data->complete();
 }
 
+void SmpLease::resign()
+{
+    if (m_list) {
+        m_list->resign(m_holder);
+        m_data = nullptr; // may go at any time from here on
+    }
+}
+
 void SmpLease::release()
 {
-    if (const SmpData *data = std::exchange(m_data, nullptr); data != nullptr) {
-        data->m_leases->remove(m_holder);
+    m_data = nullptr;
+    if (const std::shared_ptr<SmpLeaseList> list = std::exchange(m_list, nullptr)) {
+        list->remove(m_holder);
+        m_holder.reset();
     }
 }
 
@@ -41,8 +52,25 @@ void SmpLeaseList::remove(const std::shared_ptr<Holder> &holder)
     m_changed.wait(lock,
                    [&] { return holder->caller == std::thread::id() || holder->caller == std::this_thread::get_id(); });
     std::erase(m_holders, holder);
-    // Under the mutex: as soon as nobody is listed the writer may go on and take the store down, this list with it.
     m_changed.notify_all();
+}
+
+void SmpLeaseList::resign(const std::shared_ptr<Holder> &holder)
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [&] { return holder->caller == std::thread::id(); });
+    holder->writerCame = nullptr;
+    holder->hasResigned = true;
+    m_changed.notify_all();
+}
+
+void SmpLeaseList::leaveTo(const std::shared_ptr<const void> &trees)
+{
+    const std::lock_guard lock(m_mutex);
+    for (const std::shared_ptr<Holder> &holder : m_holders) {
+        holder->trees = trees;
+    }
+    m_holders.clear();
 }
 
 void SmpLeaseList::tell()
@@ -79,7 +107,9 @@ void SmpLeaseList::forget()
 bool SmpLeaseList::waitUntil(std::chrono::steady_clock::time_point deadline)
 {
     std::unique_lock lock(m_mutex);
-    return m_changed.wait_until(lock, deadline, [this] { return m_holders.empty(); });
+    const auto hasResigned = [](const std::shared_ptr<Holder> &holder) { return holder->hasResigned; };
+    return m_changed.wait_until(lock, deadline,
+                                [&] { return std::all_of(m_holders.begin(), m_holders.end(), hasResigned); });
 }
 
 std::size_t SmpLeaseList::count() const

@@ -4,6 +4,7 @@
 #include <memory>
 
 class SmpData;
+class SmpLeaseList;
 
 /// Admission to read a capture for long: for a decoder, a list, an export, whoever reads for more than a frame.
 ///
@@ -27,10 +28,12 @@ public:
 
     /// True while admitted.
     explicit operator bool() const { return m_data != nullptr; }
-    /// Whether it admits to this store.
-    [[nodiscard]] bool isOf(const SmpData &data) const { return m_data == &data; }
     /// True when the holder must leave. False without admission. Cost: one atomic load.
     [[nodiscard]] bool writerWaits() const;
+    /// Of a holder whose thread does not leave: nothing is called from here on, and no writer waits. The next one
+    /// leaves the trees to the holder, who may read them, and nothing else of the store, until release(). Not within
+    /// `writerCame`.
+    void resign();
     /// Gives the admission up. Waits for a call of `writerCame` that is under way on another thread, so that nothing
     /// is called from here on. Harmless without admission.
     void release();
@@ -39,6 +42,7 @@ private:
     friend class SmpLeaseList;
     struct Holder;
 
-    const SmpData *m_data = nullptr; ///< null when refused or released
+    const SmpData *m_data = nullptr;      ///< null when refused, resigned or released
+    std::shared_ptr<SmpLeaseList> m_list; ///< null when refused or released; may outlive the store
     std::shared_ptr<Holder> m_holder;
 };

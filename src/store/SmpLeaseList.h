@@ -13,10 +13,12 @@
 
 /// What the store knows of one lease.
 struct SmpLease::Holder {
-    std::function<void()> writerCame; ///< written before it is listed
+    std::function<void()> writerCame; ///< written before it is listed, and by resign()
     // Under the list's mutex:
-    bool told = false;      ///< of the writer who waits now
-    std::thread::id caller; ///< the thread on which `writerCame` is under way; none otherwise
+    bool hasResigned = false;          ///< no writer waits for it
+    std::shared_ptr<const void> trees; ///< that a writer has left to it; gone with the lease
+    bool told = false;                 ///< of the writer who waits now
+    std::thread::id caller;            ///< the thread on which `writerCame` is under way; none otherwise
 };
 
 /// The leases of one store. Private to this folder. Any thread.
@@ -42,8 +44,12 @@ public:
     void tell();
     /// What was told is no longer true: the next writer tells again.
     void forget();
-    /// Waits until nobody holds a lease, no longer than until `deadline`. @return whether nobody does
+    /// The holder is no longer called nor waited for.
+    void resign(const std::shared_ptr<Holder> &holder);
+    /// Waits until all who hold a lease have resigned, no longer than until `deadline`. @return whether they have
     bool waitUntil(std::chrono::steady_clock::time_point deadline);
+    /// Leaves the trees to all who are listed, and takes them off the list.
+    void leaveTo(const std::shared_ptr<const void> &trees);
     [[nodiscard]] std::size_t count() const;
 
 private:

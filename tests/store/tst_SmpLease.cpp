@@ -29,8 +29,10 @@ private slots:
     void aReadmittedStoreTellsTheNextWriterAnew();
     void aRetiredStoreGoesAtOnceWhenNobodyReads();
     void aRetiredStoreLastsAsLongAsItIsRead();
-    void readersOfAFrameAreWaitedForBeforeACaptureIsLeftBehind();
-    void whatIsLeftBehindLastsAsLongAsItsOwner();
+    void nobodyWaitsForAHolderWhoHasResignedNorCallsIt();
+    void whoHasResignedKeepsTheTreesUntilItsRelease();
+    void treesAreLeftToWhoHasResignedOnlyWhenAllOthersHaveLeft();
+    void readersOfAFrameAreWaitedForBeforeTreesAreLeft();
     void readersNeverSeeACaptureThatAWriterTouches();
 
 private:
@@ -233,10 +235,68 @@ void TstSmpLease::aRetiredStoreLastsAsLongAsItIsRead()
     QTRY_COMPARE(memBudget.load(), ample);
 }
 
-void TstSmpLease::readersOfAFrameAreWaitedForBeforeACaptureIsLeftBehind()
+void TstSmpLease::nobodyWaitsForAHolderWhoHasResignedNorCallsIt()
 {
     SmpData data(1, 0);
     captures::close(data, {{5}}, 10);
+    int calls = 0;
+    SmpLease lease(&data, [&] { ++calls; });
+    lease.resign();
+    QVERIFY(!lease);
+    QVERIFY(data.open(0ms));
+    QCOMPARE(calls, 0);
+    QCOMPARE(data.leaseCount(), 0);
+    captures::close(data, {{7}}, 10);
+    QCOMPARE(data.nextEdge(0, 0), std::int64_t(7));
+    lease.release();
+    QCOMPARE(data.nextEdge(0, 0), std::int64_t(7));
+}
+
+void TstSmpLease::whoHasResignedKeepsTheTreesUntilItsRelease()
+{
+    auto data = std::make_unique<SmpData>(1, 0);
+    captures::close(*data, {{5}}, 10);
+    const SmpEdgeRoot &root = *data->chnRoots()[0];
+    const std::int64_t charged = memBudget;
+    SmpLease first(data.get());
+    SmpLease second(data.get());
+    first.resign();
+    second.resign();
+    QCOMPARE(data->nextEdge(0, 0), std::int64_t(5)); // nobody has come yet
+    data->clear();
+    QCOMPARE(data->entryCount(0), std::int64_t(0));
+    QCOMPARE(memBudget.load(), charged);
+    SmpData::retire(std::move(data));
+    first.release();
+    QCOMPARE(root.mids[0]->leaves[0]->position(0), std::int64_t(5));
+    QCOMPARE(memBudget.load(), charged);
+    second.release();
+    QCOMPARE(memBudget.load(), ample);
+}
+
+void TstSmpLease::treesAreLeftToWhoHasResignedOnlyWhenAllOthersHaveLeft()
+{
+    SmpData data(1, 0);
+    captures::close(data, {{5}}, 10);
+    SmpLease resigned(&data);
+    SmpLease other(&data);
+    resigned.resign();
+    QVERIFY(!data.open(0ms));
+    QCOMPARE(data.nextEdge(0, 0), std::int64_t(5));
+    data.readmit(); // the writer gives up: all is as it was
+    QCOMPARE(data.sampleCount(), std::int64_t(10));
+    other.release();
+    resigned.release();
+    QVERIFY(data.open(0ms));
+    QCOMPARE(data.nextEdge(0, 0), std::int64_t(5));
+}
+
+void TstSmpLease::readersOfAFrameAreWaitedForBeforeTreesAreLeft()
+{
+    SmpData data(1, 0);
+    captures::close(data, {{5}}, 10);
+    SmpLease lease(&data);
+    lease.resign();
     std::atomic<bool> reads{false};
     std::atomic<bool> left{false};
     int torn = 0;
@@ -254,25 +314,11 @@ void TstSmpLease::readersOfAFrameAreWaitedForBeforeACaptureIsLeftBehind()
     while (!reads) {
         std::this_thread::yield();
     }
-    const std::shared_ptr<const void> trees = data.leaveBehind();
+    data.open();
     const bool wasLeft = left;
     reader.join();
     QVERIFY(wasLeft);
     QCOMPARE(torn, 0);
-}
-
-void TstSmpLease::whatIsLeftBehindLastsAsLongAsItsOwner()
-{
-    SmpData data(1, 0);
-    captures::close(data, {{5}}, 10);
-    const SmpEdgeRoot &root = *data.chnRoots()[0];
-    const std::int64_t charged = memBudget;
-    std::shared_ptr<const void> trees = data.leaveBehind();
-    QCOMPARE(data.entryCount(0), std::int64_t(0));
-    QCOMPARE(memBudget.load(), charged);
-    QCOMPARE(root.mids[0]->leaves[0]->position(0), std::int64_t(5));
-    trees.reset();
-    QCOMPARE(memBudget.load(), ample);
 }
 
 void TstSmpLease::readersNeverSeeACaptureThatAWriterTouches()
