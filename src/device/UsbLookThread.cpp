@@ -66,7 +66,8 @@ void UsbLookThread::takeOver(UsbLook look)
     }
     if (isHeldBack && isHeldBack()) {
         constexpr int againMs = 200;
-        QTimer::singleShot(againMs, this, [this, look = std::move(look)] { takeOver(look); });
+        m_heldBack = std::move(look); // not in the call, which a timer keeps when this, and the bus, are gone
+        QTimer::singleShot(againMs, this, [this] { takeOver(std::exchange(m_heldBack, {})); });
         return;
     }
     UsbChange change = m_usb.takeLook(std::move(look));

@@ -48,6 +48,7 @@ private:
     int m_waiting = 0;        ///< looks that have not begun; main thread
     bool m_underWay = false;  ///< from a launch until its answer has been taken; main thread
     bool m_isStopped = false; ///< main thread
+    UsbLook m_heldBack;       ///< until it is taken over; main thread
     // What the thread is to do, set before it is launched.
     bool m_looks = false;
     std::optional<std::string> m_openPath;

@@ -3,6 +3,7 @@
 #include "BringUpDesk.h"
 #include "device/DeviceGlobals.h"
 #include "device/UsbLookThread.h"
+#include "support/FakeUsb.h"
 
 #include <QSemaphore>
 
@@ -81,6 +82,7 @@ private slots:
     void theCoordinatorMayGoInEveryPause_data();
     void theCoordinatorMayGoInEveryPause();
     void theCoordinatorMayGoWithARunThatHasNotStarted();
+    void aDeviceThatIsHeldBackIsClosedWithTheCoordinator();
     void theVersionIsZeroWhenItCannotBeRead();
 };
 
@@ -411,6 +413,22 @@ void TstDevInit::theCoordinatorMayGoWithARunThatHasNotStarted()
     hold.release();
     desk.session.reset();
     QVERIFY(desk.asked.isEmpty());
+}
+
+void TstDevInit::aDeviceThatIsHeldBackIsClosedWithTheCoordinator()
+{
+    auto made = std::make_unique<FakeUsb>();
+    FakeUsb &usb = *made;
+    usb.devices = {FakeUsbDevice()};
+    UsbTransport transport(std::move(made));
+    auto coordinator = std::make_unique<DevInit>(transport);
+    bool wasAsked = false;
+    coordinator->setHeldBack([&wasAsked] { return wasAsked = true; });
+    coordinator->slotDevChange();
+    QTRY_VERIFY(wasAsked);
+    QVERIFY(!usb.allFreed());
+    coordinator.reset(); // the bus may go next
+    QVERIFY(usb.allFreed());
 }
 
 void TstDevInit::theVersionIsZeroWhenItCannotBeRead()
