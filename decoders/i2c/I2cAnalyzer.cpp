@@ -13,7 +13,6 @@ LUX_PLUGIN(I2cAnalyzer)
 namespace {
 
 constexpr unsigned bitsOfByte = 8;
-constexpr std::uint32_t tenBitPrefix = 0x1e; ///< 11110XX, UM10204, 3.1.11
 /// The clock is held low where it is low so many times longer than elsewhere in the byte.
 constexpr Sample stretchFactor = 4;
 /// The bus is idle, and a stop is missing, where it stays high for so many bits.
@@ -114,7 +113,7 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
     if (!m_message.hasAddress) {
         frame.kind = I2cResults::Address;
         m_message.direction = (m_byte.bits & 1U) != 0 ? I2cResults::Read : 0;
-        m_message.tenBitFollows = m_byte.bits >> 3 == tenBitPrefix && m_message.direction == 0;
+        m_message.tenBitFollows = m_byte.bits >> 3 == I2cResults::tenBitPrefix && m_message.direction == 0;
         m_message.tenBitHigh = m_byte.bits >> 1 & 3U;
         m_message.hasAddress = true;
         m_message.isGeneralCall = m_byte.bits == 0;
@@ -144,7 +143,7 @@ void I2cAnalyzer::addByte(bool acknowledge, Sample last)
 /// that it was addressed before.
 bool I2cAnalyzer::isReadOfTenBits() const
 {
-    return m_byte.bits >> 3 == tenBitPrefix && m_message.direction != 0 && m_message.tenBitAddress &&
+    return m_byte.bits >> 3 == I2cResults::tenBitPrefix && m_message.direction != 0 && m_message.tenBitAddress &&
            *m_message.tenBitAddress >> bitsOfByte == m_message.tenBitHigh;
 }
 

@@ -12,7 +12,6 @@ namespace {
 
 constexpr unsigned addressBits = 7;
 constexpr unsigned tenBits = 10;
-constexpr std::uint64_t tenBitPrefix = 0x1e; ///< of the first byte, 11110XX
 
 /// The first byte's reserved values (UM10204, 3.1.12, table 3); empty for an address of a device.
 std::string_view reservedName(std::uint64_t byte)
@@ -33,7 +32,7 @@ std::string_view reservedName(std::uint64_t byte)
     if (address >> 2 == 0x01) {
         return "Hs-mode master code";
     }
-    if (byte >> 3 == tenBitPrefix) {
+    if (byte >> 3 == I2cResults::tenBitPrefix) {
         return "10-bit address";
     }
     if (address >> 2 == 0x1f) {

@@ -25,6 +25,9 @@ public:
         GeneralCall = 32, ///< the byte that tells what a general call asks
     };
 
+    /// The upper five bits of the first byte of a 10-bit address, 11110XX (UM10204, 3.1.11).
+    static constexpr std::uint32_t tenBitPrefix = 0x1e;
+
     explicit I2cResults(const I2cSettings &settings);
 
 protected:

@@ -45,6 +45,14 @@ public:
         made.push_back(std::make_unique<MadeResults>(letter));
         return *made.back();
     }
+    /// By those of one analyzer, a frame every ten samples from 0 on.
+    void replaceResults(char letter, std::uint64_t frames)
+    {
+        list->slotModifyPrepare();
+        const ResultsChange change(gate);
+        made.clear();
+        add(letter).row(frames, 0, 10);
+    }
     void reset(const QString &searched = {}, double from = 0, double to = wholeCapture,
                AnalyzerDataGen::Clicked clicked = AnalyzerDataGen::Clicked::Forget)
     {
@@ -528,12 +536,7 @@ void TstAnalyzerDataGen::resultsThatWereReplacedAreAskedForAgain()
     desk.add('A').row(100, 0, 10);
     desk.reset();
     QVERIFY(desk.shows("A0 A1 A2"));
-    desk.list->slotModifyPrepare();
-    {
-        const ResultsChange change(desk.gate);
-        desk.made.clear();
-        desk.add('B').row(100, 0, 10);
-    }
+    desk.replaceResults('B', 100);
     QCOMPARE(desk.wanted, 0); // the list has what it shows
     desk.list->begFrameChanged(50);
     QTRY_COMPARE(desk.wanted, 1);
@@ -561,12 +564,7 @@ void TstAnalyzerDataGen::aScrollThatMeetsReplacedResultsGoesOnInTheListMadeAnew(
     desk.add('A').row(100, 0, 10);
     desk.reset();
     QVERIFY(desk.shows("A0 A1 A2"));
-    desk.list->slotModifyPrepare();
-    {
-        const ResultsChange change(desk.gate);
-        desk.made.clear();
-        desk.add('B').row(100, 0, 10);
-    }
+    desk.replaceResults('B', 100);
     desk.list->begFrameChanged(50);
     QTRY_COMPARE(desk.wanted, 1);
     desk.reset(searched, from, wholeCapture, AnalyzerDataGen::Clicked::Keep);
@@ -651,12 +649,7 @@ void TstAnalyzerDataGen::anythingAtOnceLeavesItSound()
         }
     }
     desk.list->slotRowNumChanged(2);
-    desk.list->slotModifyPrepare();
-    {
-        const ResultsChange change(desk.gate);
-        desk.made.clear();
-        desk.add('Z').row(5, 0, 10);
-    }
+    desk.replaceResults('Z', 5);
     desk.reset();
     QVERIFY(desk.shows("Z0 Z1"));
 }
